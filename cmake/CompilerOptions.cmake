@@ -1,0 +1,19 @@
+# Options that every target of the project is built with.
+
+# A fused multiply-add rounds once instead of twice: the same settings must give the same bytes on every machine.
+add_compile_options(-ffp-contract=off)
+
+if(TARNO2_SANITIZE)
+    add_compile_options(-fsanitize=${TARNO2_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${TARNO2_SANITIZE})
+endif()
+
+if(WIN32)
+    # Paths and texts are single-byte (the system's code page), so the A functions are meant throughout.
+    add_compile_definitions(WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+    add_link_options(-static -static-libgcc -static-libstdc++)
+endif()
+
+function(tarno2_warnings target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+endfunction()

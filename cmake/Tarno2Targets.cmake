@@ -1,0 +1,31 @@
+# One static library a folder: tarno2_folder(NAME platform SOURCES ... LINKS ...). Includes are written from the root,
+# so that every include line names the folder it reaches into.
+function(tarno2_folder)
+    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
+    add_library(tarno2_${ARG_NAME} STATIC ${ARG_SOURCES})
+    target_include_directories(tarno2_${ARG_NAME} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
+    target_link_libraries(tarno2_${ARG_NAME} PUBLIC ${ARG_LINKS})
+    tarno2_warnings(tarno2_${ARG_NAME})
+endfunction()
+
+# A board driver: a shared library beside the programs, and the registry text that lists it under its display name.
+function(tarno2_driver)
+    cmake_parse_arguments(ARG "" "NAME;DISPLAY" "SOURCES;LINKS" ${ARGN})
+    add_library(${ARG_NAME} MODULE ${ARG_SOURCES})
+    set_target_properties(${ARG_NAME} PROPERTIES PREFIX "")
+    target_link_libraries(${ARG_NAME} PRIVATE tarno2_sdk ${ARG_LINKS})
+    tarno2_warnings(${ARG_NAME})
+    set(DRIVER_DISPLAY ${ARG_DISPLAY})
+    set(DRIVER_FILE ${ARG_NAME}${CMAKE_SHARED_MODULE_SUFFIX})
+    configure_file(${PROJECT_SOURCE_DIR}/drivers/driver.reg.in ${TARNO2_BIN}/registry.d/${ARG_NAME}.reg @ONLY)
+endfunction()
+
+# One test program a folder, one ctest entry a program.
+function(tarno2_test)
+    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
+    add_executable(test_${ARG_NAME} ${ARG_SOURCES})
+    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    target_link_libraries(test_${ARG_NAME} PRIVATE ${ARG_LINKS} tarno2_test_support GTest::gmock GTest::gtest_main)
+    tarno2_warnings(test_${ARG_NAME})
+    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+endfunction()

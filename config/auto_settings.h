@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tarno2 {
+
+/// How a recording ends by itself.
+enum class StopRule { Manual = 0, Time = 1, Size = 2 };
+
+/// Modes of a board, in the driver's capabilities and in `BoardMode` alike.
+enum BoardModeBits : uint32_t {
+    kBoardExternalStart = 0x1,
+    kBoardDifferential = 0x2,
+    kBoardPacketMode = 0x4,
+    kBoardExternalClock = 0x8
+};
+
+/// What an autosettings file says, checked and in base units.
+struct AutoSettings {
+    std::string driverName;
+    uint32_t baseNumber = 1;
+    std::string fileName;            ///< empty: a name is generated
+    std::vector<int32_t> channels;   ///< channel numbers in recording order
+    std::vector<int32_t> gains;      ///< one a channel
+    double frequency = 0.0;          ///< Hz
+    int32_t cutMode = 0;             ///< size of a piece, MiB; 0: not cut
+    StopRule stopRule = StopRule::Manual;
+    double timeNeed = 0.0;           ///< seconds
+    uint64_t sizeNeed = 0;           ///< bytes
+    uint32_t boardMode = 0;          ///< BoardModeBits
+    double packetFrequency = 0.0;    ///< Hz
+    int32_t decimation = 1;          ///< keep the first of so many frames
+};
+
+/// Reads an autosettings file for console mode. Opens AutoLog.txt in `programDirectory` first and writes every finding
+/// to it; opens the debug log when the file asks for it. Nothing when the file can't be used; the log says why.
+/// `path`: nothing when none was given.
+[[nodiscard]] std::optional<AutoSettings> LoadAutoSettings(const std::optional<std::string>& path,
+                                                           const std::string& programDirectory);
+
+}  // namespace tarno2

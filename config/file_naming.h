@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/os_error.h"
+
+namespace tarno2 {
+
+/// Makes names for recordings: "<folder>/file_<year>_<month>_<day>_n<number>.dat", never one that exists.
+/// One object serves the whole run, so that its running number only grows. Window thread only.
+class FileNaming {
+public:
+    /// A new name in the folder of `currentName` (what the name field holds), else in that of the name saved in the
+    /// settings file, else in "Data" under the documents folder, else in the current folder. The folder itself is made
+    /// when the recording starts, not here.
+    [[nodiscard]] std::string GenerateFileName(const std::string& currentName, const std::string& savedName);
+
+private:
+    uint32_t runningNumber_ = 0;
+};
+
+/// The user's documents folder: the registry's "Personal", else $XDG_DOCUMENTS_DIR, else ~/Documents. Empty when
+/// there is none.
+[[nodiscard]] std::string documentsFolder();
+
+/// `name` with ".dat" when its last part has no extension.
+[[nodiscard]] std::string withDataExtension(const std::string& name);
+/// Name of piece `k` of a recording: the name itself for 0, else "<base>_<k>.<extension>".
+[[nodiscard]] std::string pieceName(const std::string& name, uint32_t k);
+
+/// Makes the folders of a file's path that are missing, one by one. The error is that of the last one.
+OsError createFoldersFor(const std::string& fileName);
+
+/// Moves what an earlier recording of that name left (data file, description, pieces and their descriptions) out of
+/// the way, as "<base>_old<k>...", with the first k for which none of the new names is taken.
+struct MovedAside {
+    OsError error;                   ///< the first failure; the files before it were moved
+    std::vector<std::string> names;  ///< new names
+};
+[[nodiscard]] MovedAside moveEarlierRecordingAside(const std::string& name);
+
+}  // namespace tarno2

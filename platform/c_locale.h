@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdarg>
+#include <memory>
+#include <string>
+
+namespace tarno2 {
+
+/// Numbers in files have a decimal point whatever the user's locale says. While an object of this class lives, the C
+/// library's number formatting and parsing of this thread use the "C" locale.
+class CNumericLocale {
+public:
+    CNumericLocale();
+    ~CNumericLocale();
+    CNumericLocale(const CNumericLocale&) = delete;
+    CNumericLocale& operator=(const CNumericLocale&) = delete;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// printf into a string, in the "C" locale. Empty when the format is wrong.
+[[nodiscard]] std::string formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));
+[[nodiscard]] std::string formatTextV(const char* format, va_list arguments);
+
+}  // namespace tarno2

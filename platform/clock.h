@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tarno2 {
+
+/// Local calendar time to the millisecond.
+struct LocalTime {
+    uint16_t year = 0;
+    uint16_t month = 0;      ///< 1 to 12
+    uint16_t dayOfWeek = 0;  ///< 0 is Sunday
+    uint16_t day = 0;        ///< 1 to 31
+    uint16_t hour = 0;
+    uint16_t minute = 0;
+    uint16_t second = 0;
+    uint16_t millisecond = 0;
+
+    friend bool operator==(const LocalTime&, const LocalTime&) = default;
+};
+
+/// The local time now. Any thread.
+[[nodiscard]] LocalTime localTime();
+
+/// Milliseconds of a clock that never goes back; its zero is arbitrary. Any thread.
+[[nodiscard]] uint64_t tickCount();
+
+/// Nanoseconds of a clock that never goes back; its zero is arbitrary. Any thread.
+[[nodiscard]] uint64_t monotonicNanoseconds();
+
+/// Gives the processor away for at least so many milliseconds.
+void sleepMilliseconds(uint32_t milliseconds);
+
+}  // namespace tarno2

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/os_error.h"
+
+namespace tarno2 {
+
+enum class FileMode {
+    CreateAlways,  ///< make it, emptying one that is there
+    CreateNew,     ///< make it; fails when the name is taken
+    OpenExisting,  ///< fails when there is none
+    OpenAlways     ///< open it, making it when there is none; contents stay
+};
+
+enum class FileAccess { Read, Write, ReadWrite };
+
+/// Who else may have the file open meanwhile. `None` is exclusive: opening fails while another holder that also asked
+/// for `None` has it (elsewhere than on Windows this is an advisory lock).
+enum class FileShare { None, ReadWrite };
+
+/// One open file; closed on destruction. Reads and writes are unbuffered and move the file's own position.
+/// An object belongs to one thread at a time.
+class File {
+public:
+    File() = default;
+    ~File();
+    File(File&& other) noexcept;
+    File& operator=(File&& other) noexcept;
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    /// Opens `path`; an already open file is closed first. Directories are refused.
+    OsError open(const std::string& path, FileMode mode, FileAccess access, FileShare share);
+    /// Closes the file; the result is that of the system's close, which may report a late write error.
+    OsError close();
+    [[nodiscard]] bool isOpen() const { return handle_ != kClosed; }
+
+    /// Reads up to `size` bytes; `done` gets how many (less at the end of the file).
+    OsError read(void* data, size_t size, size_t& done);
+    /// Writes `size` bytes in as many system calls as it takes; `done` gets how many were taken, also on failure.
+    OsError write(const void* data, size_t size, size_t& done);
+    /// Moves the position to `offset` bytes from the start.
+    OsError seek(uint64_t offset);
+    OsError size(uint64_t& bytes) const;
+    /// Cuts (or extends) the file to `size` bytes and puts the position there.
+    OsError truncate(uint64_t size);
+    /// Has the system put everything written on the disk.
+    OsError flush();
+
+private:
+    static constexpr intptr_t kClosed = -1;
+    intptr_t handle_ = kClosed;
+};
+
+[[nodiscard]] bool fileExists(const std::string& path);  ///< a file, folder or anything else of that name
+[[nodiscard]] bool isDirectory(const std::string& path);
+OsError removeFile(const std::string& path);
+OsError createDirectory(const std::string& path);
+OsError removeDirectory(const std::string& path);
+/// Gives a file another name in the same volume; fails (alreadyExists) rather than replace one of that name.
+OsError renameFile(const std::string& from, const std::string& to);
+/// Gives a file another name in the same volume, replacing a file of that name in one step.
+OsError replaceFile(const std::string& from, const std::string& to);
+/// The names (without folder) in a folder, sorted bytewise, without "." and "..". Empty when it can't be read.
+[[nodiscard]] std::vector<std::string> listDirectory(const std::string& path);
+/// Makes an empty file with an unused name that starts with `prefix` in the folder; `path` gets its full name.
+OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path);
+/// Reads a whole file of at most `limit` bytes. A larger one, a folder or one that can't be read is an error.
+OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, std::string& contents);
+
+}  // namespace tarno2

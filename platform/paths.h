@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarno2 {
+
+/// Names of files are the system's own bytes: the code page on Windows, UTF-8 elsewhere.
+
+/// '\\' on Windows, '/' elsewhere.
+extern const char kPathSeparator;
+/// Whether the character parts folders: '/', and '\\' too on Windows.
+[[nodiscard]] bool isPathSeparator(char c);
+/// Position of the last separator, npos when there is none.
+[[nodiscard]] size_t findLastSeparator(std::string_view path);
+/// What stands before the last separator (a root keeps its separator); empty when there is none.
+[[nodiscard]] std::string parentFolder(std::string_view path);
+/// What stands after the last separator.
+[[nodiscard]] std::string fileNameOf(std::string_view path);
+/// `folder` and `name` with exactly one separator between them; `name` alone when the folder is empty.
+[[nodiscard]] std::string joinPath(std::string_view folder, std::string_view name);
+/// Starts at a root (or with a drive on Windows).
+[[nodiscard]] bool isAbsolutePath(std::string_view path);
+
+/// A variable of the environment; nothing when it is unset.
+[[nodiscard]] std::optional<std::string> environmentVariable(const char* name);
+/// Folder of the running program, without a separator at its end.
+[[nodiscard]] std::string executableFolder();
+[[nodiscard]] std::string currentFolder();
+/// Where settings and logs live: $TARNO2_HOME when set; else the program's own folder when it is writable; else the
+/// user's settings folder for this program (made when missing). Without a separator at its end.
+[[nodiscard]] std::string programDirectory();
+
+}  // namespace tarno2

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace tarno2 {
+
+/// What became of the wish for time-critical priority.
+enum class PriorityResult { Realtime, Raised, Unchanged };
+
+/// A thread that is created suspended, may be given a higher priority, and runs its body once it is resumed.
+/// All operations belong to the creating thread. Destruction resumes and joins it.
+class Thread {
+public:
+    Thread();
+    ~Thread();
+    Thread(Thread&&) noexcept;
+    Thread& operator=(Thread&&) noexcept;
+
+    /// Creates the thread; the body does not run before `resume`. False when the system refuses.
+    [[nodiscard]] bool create(std::function<void()> body);
+    /// Asks for time-critical priority: priority 15 on Windows, else SCHED_FIFO, else a lower nice value.
+    PriorityResult raisePriority();
+    /// Lets the body run. Further calls do nothing.
+    void resume();
+    /// Waits for the end of the body, without limit. Does nothing when there is no thread.
+    void join();
+    [[nodiscard]] bool joinable() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// English words for the log.
+[[nodiscard]] const char* describe(PriorityResult result);
+
+}  // namespace tarno2

@@ -1,0 +1,71 @@
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace tarno2::test {
+
+namespace {
+
+void setVariable(const std::string& name, const char* value) {
+#if defined(__MINGW32__)
+    _putenv_s(name.c_str(), value == nullptr ? "" : value);
+#else
+    if (value == nullptr) {
+        unsetenv(name.c_str());
+    } else {
+        setenv(name.c_str(), value, 1);
+    }
+#endif
+}
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() {
+    std::random_device random;
+    const auto root = std::filesystem::temp_directory_path();
+    std::filesystem::path folder;
+    do {
+        folder = root / ("tarno2_test_" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(folder));
+    path_ = folder.string();
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TemporaryFolder::file(std::string_view name) const {
+    return (std::filesystem::path(path_) / name).string();
+}
+
+std::string TemporaryFolder::write(std::string_view name, std::string_view contents) const {
+    std::ofstream out(file(name), std::ios::binary);
+    out.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+    EXPECT_TRUE(out.good()) << file(name);
+    return file(name);
+}
+
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    EXPECT_TRUE(in.is_open()) << path;
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value) : name_(name) {
+    if (const char* old = std::getenv(name)) {
+        had_ = true;
+        old_ = old;
+    }
+    setVariable(name_, value.c_str());
+}
+
+ScopedEnvironment::~ScopedEnvironment() { setVariable(name_, had_ ? old_.c_str() : nullptr); }
+
+}  // namespace tarno2::test
