@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdarg>
-#include <memory>
 #include <string>
 
 namespace tarno2 {
@@ -16,12 +15,12 @@ public:
     CNumericLocale& operator=(const CNumericLocale&) = delete;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    void* previous_ = nullptr;  ///< the thread's earlier locale
+    std::string previousName_;  ///< its name, on systems that know locales by name only
 };
 
 /// printf into a string, in the "C" locale. Empty when the format is wrong.
-[[nodiscard]] std::string formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));
+[[nodiscard]] std::string formatText(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
 [[nodiscard]] std::string formatTextV(const char* format, va_list arguments);
 
 }  // namespace tarno2

@@ -12,6 +12,8 @@ public:
 
     /// The error of the last failed system call of this thread.
     static OsError last();
+    /// The system's error for a file that is larger than can be dealt with.
+    static OsError tooLarge();
 
     [[nodiscard]] bool ok() const { return code_ == 0; }
     [[nodiscard]] int code() const { return code_; }

@@ -28,6 +28,11 @@ extern const char kPathSeparator;
 /// Folder of the running program, without a separator at its end.
 [[nodiscard]] std::string executableFolder();
 [[nodiscard]] std::string currentFolder();
+/// Whether this user may make files in the folder.
+[[nodiscard]] bool isWritableFolder(const std::string& folder);
+/// The user's settings folder for this program (%APPDATA%\Tarno2, $XDG_CONFIG_HOME/tarno2), which need not exist yet.
+/// Empty when the user has none.
+[[nodiscard]] std::string userSettingsFolder();
 /// Where settings and logs live: $TARNO2_HOME when set; else the program's own folder when it is writable; else the
 /// user's settings folder for this program (made when missing). Without a separator at its end.
 [[nodiscard]] std::string programDirectory();

@@ -36,8 +36,8 @@ struct RegistryValue {
                                                          const std::string& name);
 /// Writes a string value, making its key. On POSIX it goes to a text of its own, named after the key's last part, in
 /// the user's folder (the first one of $TARNO2_REGISTRY when set). `where` gets the file or key written.
-OsError registrySetString(RegistryRoot root, const std::string& key, const std::string& name,
-                          const std::string& value, std::string& where);
+OsError registrySetString(RegistryRoot root, const std::string& key, const std::string& name, const std::string& value,
+                          std::string& where);
 /// Removes a key that `registrySetString` made, with its values.
 OsError registryDeleteKey(RegistryRoot root, const std::string& key, std::string& where);
 

@@ -11,8 +11,8 @@ namespace tarno2 {
 /// One value of a registry text, with the root and key it stands under.
 struct RegistryTextEntry {
     RegistryRoot root = RegistryRoot::LocalMachine;
-    std::string key;    ///< without the root's name
-    std::string name;   ///< empty for the default value ("@") and for the entry that stands for the key itself
+    std::string key;   ///< without the root's name
+    std::string name;  ///< empty for the default value ("@") and for the entry that stands for the key itself
     bool keyOnly = false;
     RegistryValue value;
 };

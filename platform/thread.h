@@ -23,7 +23,7 @@ public:
     PriorityResult raisePriority();
     /// Lets the body run. Further calls do nothing.
     void resume();
-    /// Waits for the end of the body, without limit. Does nothing when there is no thread.
+    /// Lets the body run and waits for its end, without limit. Does nothing when there is no thread.
     void join();
     [[nodiscard]] bool joinable() const;
 

@@ -14,9 +14,9 @@ enum class VolumeStatus {
 
 /// What a disk says of itself.
 struct VolumeInfo {
-    std::string fileSystem;     ///< "NTFS", "FAT32", "ext4", ...: Windows names where the system has one
-    std::string root;           ///< root of the volume, with its separator
-    uint64_t freeBytes = 0;     ///< what this user may still write
+    std::string fileSystem;  ///< "NTFS", "FAT32", "ext4", ...: Windows names where the system has one
+    std::string root;        ///< root of the volume, with its separator
+    uint64_t freeBytes = 0;  ///< what this user may still write
     uint64_t totalBytes = 0;
 };
 

@@ -1,0 +1,65 @@
+#include "platform/file.h"
+
+#include <utility>
+
+#include "platform/c_locale.h"
+#include "platform/clock.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+File::~File() {
+    close();
+}
+
+File::File(File&& other) noexcept : handle_(std::exchange(other.handle_, kClosed)) {}
+
+File& File::operator=(File&& other) noexcept {
+    if (this != &other) {
+        close();
+        handle_ = std::exchange(other.handle_, kClosed);
+    }
+    return *this;
+}
+
+OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path) {
+    constexpr int kAttempts = 100;
+    OsError error;
+    for (int i = 0; i < kAttempts; ++i) {
+        const auto number = static_cast<unsigned long long>(monotonicNanoseconds());
+        path = joinPath(folder, formatText("%s%llx.tmp", prefix.c_str(), number));
+        File file;
+        error = file.open(path, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
+        if (error.ok()) {
+            return file.close();
+        }
+        if (!error.alreadyExists()) {
+            break;
+        }
+    }
+    path.clear();
+    return error;
+}
+
+OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, std::string& contents) {
+    contents.clear();
+    File file;
+    OsError error = file.open(path, FileMode::OpenExisting, FileAccess::Read, share);
+    uint64_t size = 0;
+    if (error.ok()) {
+        error = file.size(size);
+    }
+    if (!error.ok()) {
+        return error;
+    }
+    if (size > limit) {
+        return OsError::tooLarge();
+    }
+    contents.resize(static_cast<size_t>(size));
+    size_t done = 0;
+    error = file.read(contents.data(), contents.size(), done);
+    contents.resize(error.ok() ? done : 0);
+    return error;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,52 @@
+#include "platform/clock.h"
+
+#include <cerrno>
+#include <ctime>
+
+namespace tarno2 {
+
+namespace {
+
+constexpr long kNanosecondsPerMillisecond = 1'000'000;
+constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
+
+}  // namespace
+
+LocalTime localTime() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm parts{};
+    localtime_r(&now.tv_sec, &parts);
+    const auto field = [](long value) { return static_cast<uint16_t>(value); };
+    LocalTime time;
+    time.year = field(parts.tm_year + 1900);
+    time.month = field(parts.tm_mon + 1);
+    time.dayOfWeek = field(parts.tm_wday);
+    time.day = field(parts.tm_mday);
+    time.hour = field(parts.tm_hour);
+    time.minute = field(parts.tm_min);
+    time.second = field(parts.tm_sec);
+    time.millisecond = field(now.tv_nsec / kNanosecondsPerMillisecond);
+    return time;
+}
+
+uint64_t tickCount() {
+    return monotonicNanoseconds() / kNanosecondsPerMillisecond;
+}
+
+uint64_t monotonicNanoseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<uint64_t>(now.tv_nsec);
+}
+
+void sleepMilliseconds(uint32_t milliseconds) {
+    const uint64_t deadline = monotonicNanoseconds() + uint64_t{milliseconds} * kNanosecondsPerMillisecond;
+    timespec until{};
+    until.tv_sec = static_cast<time_t>(deadline / kNanosecondsPerSecond);
+    until.tv_nsec = static_cast<long>(deadline % kNanosecondsPerSecond);
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+    }
+}
+
+}  // namespace tarno2

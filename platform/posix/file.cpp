@@ -1,0 +1,249 @@
+#include "platform/file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tarno2 {
+
+namespace {
+
+static_assert(sizeof(off_t) == sizeof(int64_t), "recordings are larger than 2 GiB");
+
+constexpr mode_t kFileMode = 0666;
+constexpr mode_t kFolderMode = 0777;
+constexpr size_t kLargestTransfer = size_t{1} << 30U;
+
+OsError result(int returned) {
+    return returned == 0 ? OsError() : OsError::last();
+}
+
+int descriptor(intptr_t handle) {
+    return static_cast<int>(handle);
+}
+
+int openFlags(FileMode mode, FileAccess access) {
+    // Without O_NONBLOCK the open of a pipe that nobody else has open would never return.
+    int flags = O_CLOEXEC | O_NONBLOCK;
+    switch (access) {
+        case FileAccess::Read:
+            flags |= O_RDONLY;
+            break;
+        case FileAccess::Write:
+            flags |= O_WRONLY;
+            break;
+        case FileAccess::ReadWrite:
+            flags |= O_RDWR;
+            break;
+    }
+    switch (mode) {
+        case FileMode::CreateNew:
+            return flags | O_CREAT | O_EXCL;
+        case FileMode::CreateAlways:  // emptied once it is known that nobody holds it
+        case FileMode::OpenAlways:
+            return flags | O_CREAT;
+        case FileMode::OpenExisting:
+            break;
+    }
+    return flags;
+}
+
+/// Locks a file for exclusive use. File systems that know no locks count as unlocked.
+OsError lockFile(int fd) {
+    int locked = 0;
+    do {
+        locked = flock(fd, LOCK_EX | LOCK_NB);
+    } while (locked != 0 && errno == EINTR);
+    return locked != 0 && errno == EWOULDBLOCK ? OsError(EWOULDBLOCK) : OsError();
+}
+
+/// What is left to do on a descriptor that was just opened.
+OsError prepare(int fd, FileMode mode, FileShare share) {
+    struct stat facts {};
+    if (fstat(fd, &facts) != 0) {
+        return OsError::last();
+    }
+    if (S_ISDIR(facts.st_mode)) {
+        return OsError(EISDIR);
+    }
+    if (S_ISFIFO(facts.st_mode)) {
+        return OsError(ESPIPE);
+    }
+    if (share == FileShare::None) {
+        if (const OsError error = lockFile(fd); !error.ok()) {
+            return error;
+        }
+    }
+    if (mode == FileMode::CreateAlways && S_ISREG(facts.st_mode) && ftruncate(fd, 0) != 0) {
+        return OsError::last();
+    }
+    return S_ISREG(facts.st_mode) ? OsError() : result(fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK));
+}
+
+bool fitsOffset(uint64_t offset) {
+    return offset <= static_cast<uint64_t>(std::numeric_limits<off_t>::max());
+}
+
+/// Renames where the system can't promise by itself that nothing is replaced.
+OsError renameByLink(const std::string& from, const std::string& to) {
+    if (link(from.c_str(), to.c_str()) == 0) {
+        return result(unlink(from.c_str()));
+    }
+    if (errno == EEXIST || errno == ENOENT) {
+        return OsError::last();
+    }
+    // No hard links either (FAT, folders): look before renaming.
+    return fileExists(to) ? OsError(EEXIST) : result(rename(from.c_str(), to.c_str()));
+}
+
+}  // namespace
+
+OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
+    close();
+    int fd = -1;
+    do {
+        fd = ::open(path.c_str(), openFlags(mode, access), kFileMode);
+    } while (fd < 0 && errno == EINTR);
+    if (fd < 0) {
+        return OsError::last();
+    }
+    const OsError error = prepare(fd, mode, share);
+    if (error.ok()) {
+        handle_ = fd;
+    } else {
+        ::close(fd);
+    }
+    return error;
+}
+
+OsError File::close() {
+    if (!isOpen()) {
+        return {};
+    }
+    const OsError error = result(::close(descriptor(std::exchange(handle_, kClosed))));
+    return error.code() == EINTR ? OsError() : error;  // closed all the same
+}
+
+OsError File::read(void* data, size_t size, size_t& done) {
+    done = 0;
+    while (done < size) {
+        const ssize_t got =
+            ::read(descriptor(handle_), static_cast<char*>(data) + done, std::min(size - done, kLargestTransfer));
+        if (got == 0) {
+            break;
+        }
+        if (got > 0) {
+            done += static_cast<size_t>(got);
+        } else if (errno != EINTR) {
+            return OsError::last();
+        }
+    }
+    return {};
+}
+
+OsError File::write(const void* data, size_t size, size_t& done) {
+    done = 0;
+    while (done < size) {
+        const ssize_t put = ::write(descriptor(handle_), static_cast<const char*>(data) + done,
+                                    std::min(size - done, kLargestTransfer));
+        if (put > 0) {
+            done += static_cast<size_t>(put);
+        } else if (put == 0) {
+            return OsError(ENOSPC);
+        } else if (errno != EINTR) {
+            return OsError::last();
+        }
+    }
+    return {};
+}
+
+OsError File::seek(uint64_t offset) {
+    if (!fitsOffset(offset)) {
+        return OsError(EINVAL);
+    }
+    return lseek(descriptor(handle_), static_cast<off_t>(offset), SEEK_SET) < 0 ? OsError::last() : OsError();
+}
+
+OsError File::size(uint64_t& bytes) const {
+    struct stat facts {};
+    if (fstat(descriptor(handle_), &facts) != 0) {
+        return OsError::last();
+    }
+    bytes = static_cast<uint64_t>(facts.st_size);
+    return {};
+}
+
+OsError File::truncate(uint64_t size) {
+    if (!fitsOffset(size)) {
+        return OsError(EINVAL);
+    }
+    int cut = 0;
+    do {
+        cut = ftruncate(descriptor(handle_), static_cast<off_t>(size));
+    } while (cut != 0 && errno == EINTR);
+    return cut != 0 ? OsError::last() : seek(size);
+}
+
+OsError File::flush() {
+    const OsError error = result(fsync(descriptor(handle_)));
+    return error.code() == EINVAL ? OsError() : error;  // a device keeps nothing back
+}
+
+bool fileExists(const std::string& path) {
+    struct stat facts {};
+    return lstat(path.c_str(), &facts) == 0;
+}
+
+bool isDirectory(const std::string& path) {
+    struct stat facts {};
+    return stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+OsError removeFile(const std::string& path) {
+    return result(unlink(path.c_str()));
+}
+
+OsError createDirectory(const std::string& path) {
+    return result(mkdir(path.c_str(), kFolderMode));
+}
+
+OsError removeDirectory(const std::string& path) {
+    return result(rmdir(path.c_str()));
+}
+
+OsError renameFile(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return {};
+    }
+    return errno == EINVAL || errno == ENOSYS ? renameByLink(from, to) : OsError::last();
+}
+
+OsError replaceFile(const std::string& from, const std::string& to) {
+    return result(rename(from.c_str(), to.c_str()));
+}
+
+std::vector<std::string> listDirectory(const std::string& path) {
+    std::vector<std::string> names;
+    DIR* folder = opendir(path.c_str());
+    if (folder == nullptr) {
+        return names;
+    }
+    while (const dirent* entry = readdir(folder)) {
+        std::string name = entry->d_name;
+        if (name != "." && name != "..") {
+            names.push_back(std::move(name));
+        }
+    }
+    closedir(folder);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace tarno2

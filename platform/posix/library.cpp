@@ -1,0 +1,46 @@
+#include "platform/library.h"
+
+#include <dlfcn.h>
+#include <utility>
+
+namespace tarno2 {
+
+Library::~Library() {
+    unload();
+}
+
+Library::Library(Library&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+
+Library& Library::operator=(Library&& other) noexcept {
+    if (this != &other) {
+        unload();
+        handle_ = std::exchange(other.handle_, nullptr);
+    }
+    return *this;
+}
+
+bool Library::load(const std::string& path, std::string& error) {
+    unload();
+    if (path.empty()) {  // would be the program itself
+        error = "no file name";
+        return false;
+    }
+    handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle_ == nullptr) {
+        const char* words = dlerror();
+        error = words == nullptr ? "unknown error" : words;
+    }
+    return handle_ != nullptr;
+}
+
+void Library::unload() {
+    if (handle_ != nullptr) {
+        dlclose(std::exchange(handle_, nullptr));
+    }
+}
+
+void* Library::symbol(const char* name) const {
+    return handle_ == nullptr ? nullptr : dlsym(handle_, name);
+}
+
+}  // namespace tarno2

@@ -1,0 +1,52 @@
+#include "platform/paths.h"
+
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "platform/file.h"
+
+namespace tarno2 {
+
+const char kPathSeparator = '/';
+
+bool isPathSeparator(char c) {
+    return c == '/';
+}
+
+std::optional<std::string> environmentVariable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+std::string executableFolder() {
+    std::string path(PATH_MAX, '\0');
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    if (length <= 0) {
+        return currentFolder();
+    }
+    path.resize(static_cast<size_t>(length));
+    return parentFolder(path);
+}
+
+std::string currentFolder() {
+    std::string path(PATH_MAX, '\0');
+    return getcwd(path.data(), path.size()) == nullptr ? std::string() : std::string(path.c_str());
+}
+
+bool isWritableFolder(const std::string& folder) {
+    return isDirectory(folder) && faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+std::string userSettingsFolder() {
+    if (const auto config = environmentVariable("XDG_CONFIG_HOME"); config && isAbsolutePath(*config)) {
+        return joinPath(*config, "tarno2");
+    }
+    if (const auto home = environmentVariable("HOME"); home && !home->empty()) {
+        return joinPath(*home, ".config/tarno2");
+    }
+    return {};
+}
+
+}  // namespace tarno2

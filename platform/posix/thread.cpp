@@ -1,0 +1,109 @@
+#include "platform/thread.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tarno2 {
+
+namespace {
+
+/// High enough to go before ordinary work, low enough to leave the system's own threads in front.
+constexpr int kRealtimePriority = 10;
+constexpr int kRaisedNice = -15;
+
+}  // namespace
+
+struct Thread::State {
+    std::function<void()> body;
+    pthread_t thread{};
+    std::mutex mutex;
+    std::condition_variable changed;
+    pid_t id = 0;  ///< the system's number of the thread, once it runs
+    bool open = false;
+
+    void run() {
+        {
+            std::unique_lock lock(mutex);
+            id = gettid();
+            changed.notify_all();
+            changed.wait(lock, [this] { return open; });
+        }
+        body();
+        body = nullptr;
+    }
+};
+
+Thread::Thread() = default;
+
+Thread::~Thread() {
+    join();
+}
+
+Thread::Thread(Thread&& other) noexcept = default;
+
+Thread& Thread::operator=(Thread&& other) noexcept {
+    if (this != &other) {
+        join();
+        state_ = std::move(other.state_);
+    }
+    return *this;
+}
+
+bool Thread::create(std::function<void()> body) {
+    join();
+    auto state = std::make_unique<State>();
+    state->body = std::move(body);
+    const auto entry = [](void* argument) -> void* {
+        static_cast<State*>(argument)->run();
+        return nullptr;
+    };
+    if (pthread_create(&state->thread, nullptr, entry, state.get()) != 0) {
+        return false;
+    }
+    state_ = std::move(state);
+    return true;
+}
+
+PriorityResult Thread::raisePriority() {
+    if (!state_) {
+        return PriorityResult::Unchanged;
+    }
+    for (const int priority : {kRealtimePriority, sched_get_priority_min(SCHED_FIFO)}) {
+        sched_param parameters{};
+        parameters.sched_priority = priority;
+        if (pthread_setschedparam(state_->thread, SCHED_FIFO, &parameters) == 0) {
+            return PriorityResult::Realtime;
+        }
+    }
+    std::unique_lock lock(state_->mutex);
+    state_->changed.wait(lock, [this] { return state_->id != 0; });
+    const bool raised = setpriority(PRIO_PROCESS, static_cast<id_t>(state_->id), kRaisedNice) == 0;
+    return raised ? PriorityResult::Raised : PriorityResult::Unchanged;
+}
+
+void Thread::resume() {
+    if (state_) {
+        const std::scoped_lock lock(state_->mutex);
+        state_->open = true;
+        state_->changed.notify_all();
+    }
+}
+
+void Thread::join() {
+    if (state_) {
+        resume();
+        pthread_join(state_->thread, nullptr);
+        state_.reset();
+    }
+}
+
+bool Thread::joinable() const {
+    return state_ != nullptr;
+}
+
+}  // namespace tarno2
