@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarno2 {
+
+/// UTF-8 as UTF-16; nothing when it is no UTF-8 (overlong forms and surrogates included).
+[[nodiscard]] std::optional<std::u16string> utf8ToUtf16(std::string_view utf8);
+/// UTF-16 as UTF-8. A surrogate without its partner becomes U+FFFD.
+[[nodiscard]] std::string utf16ToUtf8(std::u16string_view utf16);
+/// UTF-16 in the encoding of the system's file names: UTF-8, on Windows the code page of the system.
+[[nodiscard]] std::string utf16ToSystem(std::u16string_view utf16);
+
+}  // namespace tarno2
