@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdarg>
 #include <string>
 
 #include "platform/file.h"
@@ -18,6 +19,7 @@ public:
 
     /// printf-style, in the "C" locale; a message of more than 3000 bytes is cut.
     void log(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    void logV(const char* format, va_list arguments) __attribute__((format(printf, 2, 0)));
 
 private:
     File file_;

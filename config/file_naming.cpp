@@ -1,0 +1,191 @@
+#include "config/file_naming.h"
+
+#include <charconv>
+#include <optional>
+#include <set>
+#include <string_view>
+
+#include "config/ascii_case.h"
+#include "config/debug_log.h"
+#include "platform/c_locale.h"
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "platform/registry.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr std::string_view kDataExtension = ".dat";
+
+/// A file name cut before the "." of its extension. A "." that begins or ends the last part begins no extension.
+struct NameParts {
+    std::string base;
+    std::string extension;  ///< with its "."; may be empty
+};
+
+NameParts splitName(const std::string& name) {
+    const std::string last = fileNameOf(name);
+    const size_t dot = last.rfind('.');
+    if (dot == std::string::npos || dot == 0 || dot + 1 == last.size()) {
+        return {name, {}};
+    }
+    const size_t baseLength = name.size() - last.size() + dot;
+    return {name.substr(0, baseLength), name.substr(baseLength)};
+}
+
+/// The k of a file called "<base>_<k>.<anything>"; nothing for other names.
+std::optional<uint32_t> pieceNumber(const std::string& file, const std::string& base) {
+    const std::string stem = splitName(file).base;
+    if (stem.size() < base.size() + 2 || stem[base.size()] != '_' ||
+        !sameIgnoringCase(std::string_view(stem).substr(0, base.size()), base)) {
+        return std::nullopt;
+    }
+    const char* begin = stem.data() + base.size() + 1;
+    const char* end = stem.data() + stem.size();
+    uint32_t k = 0;
+    const auto [stop, error] = std::from_chars(begin, end, k);
+    if (error != std::errc() || stop != end || *begin == '0') {
+        return std::nullopt;
+    }
+    return k;
+}
+
+/// Numbers of the files that a recording of that name has left, 0 for the one that bears the name itself.
+std::set<uint32_t> pieceNumbers(const std::string& name, const std::vector<std::string>& folderContents) {
+    const std::string base = fileNameOf(splitName(name).base);
+    std::set<uint32_t> numbers{0};
+    for (const std::string& file : folderContents) {
+        if (const auto k = pieceNumber(file, base)) {
+            numbers.insert(*k);
+        }
+    }
+    return numbers;
+}
+
+struct Renaming {
+    std::string from;
+    std::string to;
+};
+
+/// The data files and descriptions of a recording that exist, with what they are to be called.
+std::vector<Renaming> filesOfRecording(const std::string& name, const std::string& newName,
+                                       const std::vector<std::string>& folderContents) {
+    std::vector<Renaming> files;
+    for (const uint32_t k : pieceNumbers(name, folderContents)) {
+        const Renaming data{pieceName(name, k), pieceName(newName, k)};
+        const Renaming description{RecordDescription::fileNameFor(data.from), RecordDescription::fileNameFor(data.to)};
+        for (const Renaming& file : {data, description}) {
+            if (fileExists(file.from)) {
+                files.push_back(file);
+            }
+        }
+    }
+    return files;
+}
+
+std::string oldName(const std::string& name, uint32_t n) {
+    const NameParts parts = splitName(name);
+    return parts.base + formatText("_old%u", n) + parts.extension;
+}
+
+std::string folderForNewNames(const std::string& currentName, const std::string& savedName) {
+    for (const std::string& name : {currentName, savedName}) {
+        if (std::string folder = parentFolder(name); !folder.empty()) {
+            return folder;
+        }
+    }
+    const std::string documents = documentsFolder();
+    return documents.empty() ? currentFolder() : joinPath(documents, "Data");
+}
+
+}  // namespace
+
+std::string FileNaming::GenerateFileName(const std::string& currentName, const std::string& savedName) {
+    const std::string folder = folderForNewNames(currentName, savedName);
+    const LocalTime today = localTime();
+    const auto build = [&] {
+        return joinPath(folder,
+                        formatText("file_%d_%d_%d_n%u.dat", today.year, today.month, today.day, runningNumber_));
+    };
+    std::string name = build();
+    while (fileExists(name) || fileExists(RecordDescription::fileNameFor(name))) {
+        ++runningNumber_;
+        name = build();
+    }
+    DEBUG_LOG("New file = \"%s\"", name.c_str());
+    return name;
+}
+
+std::string documentsFolder() {
+    const auto personal = registryValue(
+        RegistryRoot::CurrentUser, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders", "Personal");
+    if (personal && personal->type == kRegistryString && !personal->data.empty()) {
+        return personal->data;
+    }
+    if (const auto documents = environmentVariable("XDG_DOCUMENTS_DIR"); documents && !documents->empty()) {
+        return *documents;
+    }
+    const auto home = environmentVariable("HOME");
+    return home && !home->empty() ? joinPath(*home, "Documents") : std::string();
+}
+
+std::string withDataExtension(const std::string& name) {
+    if (fileNameOf(name).empty() || !splitName(name).extension.empty()) {
+        return name;
+    }
+    std::string whole = name;
+    if (whole.back() == '.') {
+        whole.pop_back();
+    }
+    return whole.append(kDataExtension);
+}
+
+std::string pieceName(const std::string& name, uint32_t k) {
+    if (k == 0) {
+        return name;
+    }
+    const NameParts parts = splitName(name);
+    return parts.base + formatText("_%u", k) + parts.extension;
+}
+
+OsError createFoldersFor(const std::string& fileName) {
+    const std::string folder = parentFolder(fileName);
+    OsError error;
+    for (size_t end = 1; end <= folder.size(); ++end) {
+        const bool wholePart = (end == folder.size() || isPathSeparator(folder[end])) &&
+                               !isPathSeparator(folder[end - 1]) && folder[end - 1] != ':';
+        if (wholePart) {
+            error = createDirectory(folder.substr(0, end));
+        }
+    }
+    return folder.empty() || isDirectory(folder) ? OsError() : error;
+}
+
+MovedAside moveEarlierRecordingAside(const std::string& chosenName) {
+    const std::string name = withDataExtension(chosenName);
+    const std::string parent = parentFolder(name);
+    const std::vector<std::string> contents = listDirectory(parent.empty() ? "." : parent);
+    MovedAside result;
+    if (filesOfRecording(name, name, contents).empty()) {
+        return result;
+    }
+    uint32_t n = 1;
+    while (!filesOfRecording(oldName(name, n), name, contents).empty()) {
+        ++n;
+    }
+    for (const Renaming& file : filesOfRecording(name, oldName(name, n), contents)) {
+        result.error = renameFile(file.from, file.to);
+        if (!result.error.ok()) {
+            DEBUG_LOG("!!!!! Earlier file \"%s\" not renamed: %s", file.from.c_str(), result.error.text().c_str());
+            break;
+        }
+        DEBUG_LOG("Earlier file \"%s\" renamed to \"%s\"", file.from.c_str(), file.to.c_str());
+        result.names.push_back(file.to);
+    }
+    return result;
+}
+
+}  // namespace tarno2
