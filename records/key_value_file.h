@@ -20,20 +20,23 @@ public:
 
     explicit KeyValueFile(uint32_t valuesPerLine = 4);
 
-    /// Reads the whole file and normalises it; it is closed again at once. False when it can't be opened (exclusively),
-    /// is larger than `kMaximumSize` or is a folder; nothing is held then.
+    /// Reads the whole file and normalises it; it is closed again at once. False when it can't be opened (exclusively)
+    /// or read, is larger than `kMaximumSize`, is a folder, or memory is short; nothing is held then.
     bool openForReading(const std::string& fileName);
     /// Takes a text in place of a file's contents.
     void readText(std::string_view text);
     /// Makes the file anew, empty; others may read and write it meanwhile.
     bool createForWriting(const std::string& fileName);
-    void close();
+    /// Ends writing. True when every line since `createForWriting` reached the file and the system closed it without an
+    /// error, or when no file was open.
+    bool close();
 
     /// Values of an array in one line; 0 counts as 4.
     void setValuesPerLine(uint32_t count);
 
-    // Writers. `comment` is UTF-8 without ";" and is written in code page 1251; empty for none. True when the whole
-    // entry reached the file.
+    // Writers. An entry is its comment line (if any), its value and an empty line, each line written at once. `comment`
+    // is one line of UTF-8 without ";" and is written in code page 1251; empty for none. True when the whole entry
+    // reached the file; after a failure the next entry is tried all the same.
     bool writeComment(std::string_view comment);
     bool writeEmptyLine();
     bool writeInt8(std::string_view key, int8_t value, std::string_view comment = {}, bool hex = false);
@@ -50,7 +53,9 @@ public:
                           bool hex = false);
     bool writeDoubleArray(std::string_view key, std::span<const double> values, std::string_view comment = {});
 
-    // Readers. The default is stored first; false when the key is missing or its value can't be parsed.
+    // Readers. The default is stored first; false when the key is missing or its value can't be parsed. Of a number the
+    // longest valid prefix counts ("12 mV" is 12); one that is out of range can't be parsed. Hexadecimal numbers may
+    // begin with "0x". A minus sign before an unsigned or hexadecimal number counts modulo its width.
     bool readInt32(std::string_view key, int32_t& value, int32_t defaultValue, bool hex = false) const;
     bool readUInt32(std::string_view key, uint32_t& value, uint32_t defaultValue, bool hex = false) const;
     bool readUInt64(std::string_view key, uint64_t& value, uint64_t defaultValue) const;
@@ -63,11 +68,16 @@ public:
 
 private:
     bool writeLine(std::string_view line);
-    [[nodiscard]] bool findValue(std::string_view key, std::string_view& value) const;
+    bool writeScalar(std::string_view key, std::string_view value, std::string_view comment);
+    template <typename Value, typename FormatItem>
+    bool writeArray(std::string_view key, std::span<const Value> values, std::string_view comment, FormatItem format);
+    template <typename Value, typename Parse>
+    bool readArray(std::string_view key, std::span<Value> capacity, uint32_t& count, Parse parse) const;
 
     File output_;
     std::string text_;
     uint32_t valuesPerLine_;
+    bool complete_ = true;  ///< every line so far reached the file
 };
 
 }  // namespace tarno2

@@ -23,13 +23,13 @@ struct SampleLayout {
 
 /// One synchronisation event of a recording.
 struct SynchroEvent {
-    uint64_t point = 0;        ///< trigger point, frames
-    uint32_t prehistory = 0;   ///< frames
-    uint32_t history = 0;      ///< frames
-    int32_t mode = 0;          ///< 0 analog channel, 1 digital port
-    int32_t condition = 0;     ///< 0 leading edge, 1 falling edge
-    int32_t channel = 0;       ///< position of the channel in the frame, or the port's bit
-    double value = 0.0;        ///< threshold as typed
+    uint64_t point = 0;       ///< trigger point, frames
+    uint32_t prehistory = 0;  ///< frames
+    uint32_t history = 0;     ///< frames
+    int32_t mode = 0;         ///< 0 analog channel, 1 digital port
+    int32_t condition = 0;    ///< 0 leading edge, 1 falling edge
+    int32_t channel = 0;      ///< position of the channel in the frame, or the port's bit
+    double value = 0.0;       ///< threshold as typed
 };
 
 /// Collects what a later reader has to know of one data file and writes the description beside it.
@@ -63,7 +63,8 @@ public:
     bool addChannelRange(double upper, double lower);
     bool addSynchroEvent(const SynchroEvent& event);
 
-    /// Writes the description of that data file beside it.
+    /// Writes the description of that data file beside it, replacing an older one. False when it can't be made
+    /// (`status` tells why), and also, with status `Ok`, when it was made but not every line reached the disk.
     bool writeForDataFile(const std::string& dataFileName);
 
     /// Name of a data file's description: the part after the last "." replaced by "txt".
@@ -72,6 +73,8 @@ public:
 private:
     bool finish(Status status);
     void writeKeys(KeyValueFile& file) const;
+    void writeDataFormat(KeyValueFile& file) const;
+    void writeChannelRanges(KeyValueFile& file) const;
     void writeSynchroList(KeyValueFile& file) const;
 
     struct ChannelRange {

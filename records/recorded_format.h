@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+/// What a data file's description tells of its samples.
+struct RecordedFormat {
+    SampleLayout layout;
+    double frequencyPerChannel = 0.0;  ///< Hz
+    uint32_t channelCount = 0;
+    uint64_t frames = 0;
+    std::vector<std::pair<double, double>> ranges;  ///< upper and lower limit of each channel, volts
+    std::string driverName;                         ///< empty when the description names none
+};
+
+/// Reads a description back. False when it can't be used: `missingKey` then names the first key that is missing or
+/// whose value makes no sense, or is empty when the file itself can't be read; `format` is left as it was.
+/// A format that is given has 2 or 4 bytes a sample, shifts and bit counts within them, at least one channel, a range
+/// for each and a positive frequency. Fields of the digital port may be -1, undefined.
+[[nodiscard]] bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format,
+                                      std::string& missingKey);
+
+}  // namespace tarno2
