@@ -40,32 +40,32 @@ enum {
 
 // Bits of m_nStartOf
 enum {
-    kADCStartByProgram = 0x2,     // the measurement begins with `Start`
-    kADCStartExternal = 0x4,      // the board waits for an external start signal or runs from an external clock
-    kADCStartRing = 0x1000000     // endless acquisition into the ring; set in every block of this host
+    kADCStartByProgram = 0x2,  // the measurement begins with `Start`
+    kADCStartExternal = 0x4,   // the board waits for an external start signal or runs from an external clock
+    kADCStartRing = 0x1000000  // endless acquisition into the ring; set in every block of this host
 };
 
 // Bits of m_nControl
 enum {
-    kADCControlDifferential = 0x2,    // differential inputs
-    kADCControlExternalStart = 0x10   // external start; set in the check pass only
+    kADCControlDifferential = 0x2,   // differential inputs
+    kADCControlExternalStart = 0x10  // external start; set in the check pass only
 };
 
 #pragma pack(push, 1)
 
 // Base block. All fields are 32-bit little-endian.
 struct ADCParametersDMA {
-    int32_t m_nType;           // kADCTypeDMA
-    int32_t m_nSizeOf;         // 52
-    int32_t m_nStartOf;        // start source, kADCStart...
-    int32_t m_nIntOf;          // -1
-    int32_t m_nDMABlockSize;   // samples wished for in the ring: half a second's worth, at most the driver's maximum
-    int32_t m_nDMAMode;        // 0x1000000
-    float m_fFreqStart;        // Hz; the total over all channels, or a channel's when kADCGetPerChannelFrequency says so;
-                               // 0 with an external clock
-    int32_t m_nTimerStart;     // 0
-    float m_fFreqPack;         // packets (frames) per second in packet mode, else 0
-    int32_t m_nTimerPack;      // 1 in packet mode, else -1
+    int32_t m_nType;          // kADCTypeDMA
+    int32_t m_nSizeOf;        // 52
+    int32_t m_nStartOf;       // start source, kADCStart...
+    int32_t m_nIntOf;         // -1
+    int32_t m_nDMABlockSize;  // samples wished for in the ring: half a second's worth, at most the driver's maximum
+    int32_t m_nDMAMode;       // 0x1000000
+    float m_fFreqStart;     // Hz; the total over all channels, or a channel's when kADCGetPerChannelFrequency says so;
+                            // 0 with an external clock
+    int32_t m_nTimerStart;  // 0
+    float m_fFreqPack;      // packets (frames) per second in packet mode, else 0
+    int32_t m_nTimerPack;   // 1 in packet mode, else -1
     int32_t m_nFirstChannel;   // number of the first channel of the list
     int32_t m_nChannelNumber;  // count of channels
     int32_t m_nGain;           // gain of the first channel
@@ -74,29 +74,29 @@ struct ADCParametersDMA {
 // Extended block, for boards that answer 1 to kADCGetExtendedBlock. The arrays belong to the host and stay valid during
 // the call; the driver may change their contents and shorten the list (m_nSize), not lengthen it.
 struct ADCParametersDMAEX {
-    int32_t m_nType;           // kADCTypeDMAEX
-    int32_t m_nSizeOf;         // 40 with 64-bit pointers, 32 with 32-bit ones
-    int32_t* m_pnGains;        // gain of each channel
-    int32_t* m_pnChannels;     // number of each channel, in the order of the samples of a frame
-    int32_t m_nSize;           // count of channels
-    int32_t m_nControl;        // kADCControl...
-    int32_t m_nSyncLevel[2];   // 0, 0
+    int32_t m_nType;          // kADCTypeDMAEX
+    int32_t m_nSizeOf;        // 40 with 64-bit pointers, 32 with 32-bit ones
+    int32_t* m_pnGains;       // gain of each channel
+    int32_t* m_pnChannels;    // number of each channel, in the order of the samples of a frame
+    int32_t m_nSize;          // count of channels
+    int32_t m_nControl;       // kADCControl...
+    int32_t m_nSyncLevel[2];  // 0, 0
 };
 
 // Answer to kADCGetRing.
 struct ADCRingInfo {
-    uint32_t m_nRingSize;      // samples in the ring; a multiple of 2 x channels
-    uint8_t m_nReserved;       // the driver writes 0
-    uint32_t m_hDataEvent;     // set once each time another half of the ring is full: on Windows the HANDLE of a
-                               // manual-reset event, elsewhere an eventfd number, to which the driver writes 1. The host
-                               // resets (reads) it and never closes it.
+    uint32_t m_nRingSize;   // samples in the ring; a multiple of 2 x channels
+    uint8_t m_nReserved;    // the driver writes 0
+    uint32_t m_hDataEvent;  // set once each time another half of the ring is full: on Windows the HANDLE of a
+                            // manual-reset event, elsewhere an eventfd number, to which the driver writes 1. The host
+                            // resets (reads) it and never closes it.
 };
 
 // Answer to kADCGetBoardList. The host gives the array; the driver fills at most m_nCapacity entries and sets m_nCount
 // to the number of its boards.
 struct ADCBoardEntry {
-    uint32_t m_nNumber;        // number of the board, from 1
-    char m_sName[124];         // its number as three hexadecimal digits, a blank, its name: "001 ADC16 (16 channels)"
+    uint32_t m_nNumber;  // number of the board, from 1
+    char m_sName[124];   // its number as three hexadecimal digits, a blank, its name: "001 ADC16 (16 channels)"
 };
 struct ADCBoardList {
     uint32_t m_nCapacity;
@@ -106,16 +106,16 @@ struct ADCBoardList {
 
 // Answer to kADCGetSampleFormat: how a sample word is laid out. Analog code and digital port may share the word.
 struct ADCSampleFormat {
-    uint32_t m_nBytes;         // bytes per sample: 2 or 4, little-endian
-    uint32_t m_nCodeBits;      // bits of the analog code
-    uint32_t m_nCodeShift;     // right shift that brings the code's lowest bit to bit 0
-    uint32_t m_nCodeMask;      // the code's bits in the word (before the shift)
-    uint32_t m_nDigitalShift;  // right shift that brings digital line 0 to bit 0
-    uint32_t m_nDigitalMask;   // the digital lines' bits in the word (before the shift); 0: no lines in the word
-    uint32_t m_nDigitalLines;  // count of digital lines in the word
-    uint32_t m_nSignedCodes;   // 1: codes are two's complement, 0: unsigned
-    uint32_t m_nBackwardOrder; // 1: the samples of a frame come in reverse order of the channel list
-    uint32_t m_nFormatFlags;   // bit 0: 0 - lines below the code (lines 0 .. code shift - 1), 1 - code below the lines
+    uint32_t m_nBytes;          // bytes per sample: 2 or 4, little-endian
+    uint32_t m_nCodeBits;       // bits of the analog code
+    uint32_t m_nCodeShift;      // right shift that brings the code's lowest bit to bit 0
+    uint32_t m_nCodeMask;       // the code's bits in the word (before the shift)
+    uint32_t m_nDigitalShift;   // right shift that brings digital line 0 to bit 0
+    uint32_t m_nDigitalMask;    // the digital lines' bits in the word (before the shift); 0: no lines in the word
+    uint32_t m_nDigitalLines;   // count of digital lines in the word
+    uint32_t m_nSignedCodes;    // 1: codes are two's complement, 0: unsigned
+    uint32_t m_nBackwardOrder;  // 1: the samples of a frame come in reverse order of the channel list
+    uint32_t m_nFormatFlags;    // bit 0: 0 - lines below the code (lines 0 .. code shift - 1), 1 - code below the lines
 };
 
 // Answer to kADCGetCodeRange: the codes of the lower and upper end of an input range.
@@ -129,7 +129,7 @@ struct ADCCodeRange {
 struct ADCInputRange {
     int32_t m_nChannel;
     int32_t m_nGain;
-    float m_fRange;            // R, volts, greater than 0
+    float m_fRange;  // R, volts, greater than 0
 };
 
 // Answers that are lists of 32-bit integers or floats; capacity and count as in ADCBoardList.
@@ -159,54 +159,49 @@ struct ADCFrequencyLimits {
 // "Board" codes answer for the board chosen with `SelectBoard` and may be asked at any time after it; "running" codes
 // may be asked from `Start` on.
 enum {
-    kADCGetMaxBufferOld = 48,              // uint32_t  board: as kADCGetMaxBuffer; asked only when that fails
-    kADCGetMaxBuffer = 70,                 // uint32_t  board: largest ring in samples
-    kADCGetRing = 71,                      // ADCRingInfo  after an accepted Setup(1, ...)
+    kADCGetMaxBufferOld = 48,  // uint32_t  board: as kADCGetMaxBuffer; asked only when that fails
+    kADCGetMaxBuffer = 70,     // uint32_t  board: largest ring in samples
+    kADCGetRing = 71,          // ADCRingInfo  after an accepted Setup(1, ...)
 
-    kADCGetHotPlugPresence = 0x5A5A0101,   // uint32_t  running: 0 - the board was pulled out
-    kADCGetAbiVersion = 0x5A5A0201,        // uint32_t  kADCAbiVersion; every driver answers, before SelectBoard too
-    kADCGetBoardList = 0x5A5A0202,         // ADCBoardList  before SelectBoard too; an empty list: no board found
-    kADCGetSampleFormat = 0x5A5A0203,      // ADCSampleFormat  board; required
-    kADCGetCodeRange = 0x5A5A0204,         // ADCCodeRange  board; required
-    kADCGetInputRange = 0x5A5A0205,        // ADCInputRange  board; required
-    kADCGetGainList = 0x5A5A0206,          // ADCIntList  board: gains to choose from; without it only gain 1
-    kADCGetChannelCount = 0x5A5A0207,      // uint32_t  board: physical channels, numbered from 0; required, 1 to 160
-    kADCGetFrequencyList = 0x5A5A0208,     // ADCFloatList  board: the only frequencies; without it any within limits
-    kADCGetFrequencyLimits = 0x5A5A0209,   // ADCFrequencyLimits  board
-    kADCGetBoardModes = 0x5A5A020A,        // uint32_t  board: modes it can do, kADCMode...; without it none
-    kADCGetCutMode = 0x5A5A020B,           // uint32_t  board: 1 - a recording may be cut into pieces; without it 1
-    kADCGetExtendedBlock = 0x5A5A020C,     // uint32_t  board: 1 - takes ADCParametersDMAEX; without it 0
+    kADCGetHotPlugPresence = 0x5A5A0101,      // uint32_t  running: 0 - the board was pulled out
+    kADCGetAbiVersion = 0x5A5A0201,           // uint32_t  kADCAbiVersion; every driver answers, before SelectBoard too
+    kADCGetBoardList = 0x5A5A0202,            // ADCBoardList  before SelectBoard too; an empty list: no board found
+    kADCGetSampleFormat = 0x5A5A0203,         // ADCSampleFormat  board; required
+    kADCGetCodeRange = 0x5A5A0204,            // ADCCodeRange  board; required
+    kADCGetInputRange = 0x5A5A0205,           // ADCInputRange  board; required
+    kADCGetGainList = 0x5A5A0206,             // ADCIntList  board: gains to choose from; without it only gain 1
+    kADCGetChannelCount = 0x5A5A0207,         // uint32_t  board: physical channels, numbered from 0; required, 1 to 160
+    kADCGetFrequencyList = 0x5A5A0208,        // ADCFloatList  board: the only frequencies; without it any within limits
+    kADCGetFrequencyLimits = 0x5A5A0209,      // ADCFrequencyLimits  board
+    kADCGetBoardModes = 0x5A5A020A,           // uint32_t  board: modes it can do, kADCMode...; without it none
+    kADCGetCutMode = 0x5A5A020B,              // uint32_t  board: 1 - a recording may be cut into pieces; without it 1
+    kADCGetExtendedBlock = 0x5A5A020C,        // uint32_t  board: 1 - takes ADCParametersDMAEX; without it 0
     kADCGetPerChannelFrequency = 0x5A5A020D,  // uint32_t  board: 1 - m_fFreqStart counts per channel; without it 0
-    kADCGetHotPlug = 0x5A5A020E,           // uint32_t  board: 1 - can be unplugged, answers kADCGetHotPlugPresence
-    kADCGetHardwareAverage = 0x5A5A020F,   // uint32_t  board: 1 - kADCSetHardwareAverage is there; without it 0
-    kADCGetPreHistory = 0x5A5A0210,        // uint32_t  board: 1 - GetData has a pre-history portion; without it 0
-    kADCGetSamplesWritten = 0x5A5A0211,    // uint64_t  running: samples put into the ring since Start. Counts up as
-                                           // they come in, not only by halves; by it the host sees overwritten samples.
+    kADCGetHotPlug = 0x5A5A020E,              // uint32_t  board: 1 - can be unplugged, answers kADCGetHotPlugPresence
+    kADCGetHardwareAverage = 0x5A5A020F,      // uint32_t  board: 1 - kADCSetHardwareAverage is there; without it 0
+    kADCGetPreHistory = 0x5A5A0210,           // uint32_t  board: 1 - GetData has a pre-history portion; without it 0
+    kADCGetSamplesWritten = 0x5A5A0211,       // uint64_t  running: samples put into the ring since Start. Counts up as
+                                         // they come in, not only by halves; by it the host sees overwritten samples.
     kADCGetSynchronousChannels = 0x5A5A0212,  // uint32_t  board: 1 - channels of a frame are sampled at one moment
-    kADCGetBoardFrequency = 0x5A5A0213,    // float  board: Hz; a frequency that suits it, to start a selector with
-    kADCGetDrqList = 0x5A5A0214            // ADCIntList  board: DRQ numbers to choose from; without it no choice
+    kADCGetBoardFrequency = 0x5A5A0213,       // float  board: Hz; a frequency that suits it, to start a selector with
+    kADCGetDrqList = 0x5A5A0214               // ADCIntList  board: DRQ numbers to choose from; without it no choice
 };
 
 // Bits of kADCGetBoardModes
-enum {
-    kADCModeExternalStart = 0x1,
-    kADCModeDifferential = 0x2,
-    kADCModePacket = 0x4,
-    kADCModeExternalClock = 0x8
-};
+enum { kADCModeExternalStart = 0x1, kADCModeDifferential = 0x2, kADCModePacket = 0x4, kADCModeExternalClock = 0x8 };
 
 // Codes of `Set`. An unknown one gives 0 and changes nothing.
 enum {
-    kADCSetHardwareAverage = 0x5A5A0301,   // uint32_t  1 - the board averages its samples, 0 - it does not
-    kADCSetDrq = 0x5A5A0302                // int32_t  one of kADCGetDrqList; 0 when it is taken by somebody else
+    kADCSetHardwareAverage = 0x5A5A0301,  // uint32_t  1 - the board averages its samples, 0 - it does not
+    kADCSetDrq = 0x5A5A0302               // int32_t  one of kADCGetDrqList; 0 when it is taken by somebody else
 };
 
 // Modes of `GetData`, and its results.
 enum {
-    kADCDataShort = 1,                     // 2-byte samples
-    kADCDataLong = 3,                      // 4-byte samples
-    kADCDataPreHistory = 0x40000000,       // the pre-history portion, from drivers that have one
-    kADCDataFailed = -2                    // `GetData`: the transfer failed; in pre-history mode: the portion has ended
+    kADCDataShort = 1,                // 2-byte samples
+    kADCDataLong = 3,                 // 4-byte samples
+    kADCDataPreHistory = 0x40000000,  // the pre-history portion, from drivers that have one
+    kADCDataFailed = -2               // `GetData`: the transfer failed; in pre-history mode: the portion has ended
 };
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -229,7 +224,8 @@ struct IADCDevice {
     virtual int32_t TARNO2_CALL Setup(int32_t apply, void* block, int32_t zero) = 0;
     // 5: begins the measurement with an empty ring. 1: it runs.
     virtual int32_t TARNO2_CALL Start() = 0;
-    // 6: ends the measurement. What the ring holds may be read until the next Setup or Start. Harmless when nothing runs.
+    // 6: ends the measurement. What the ring holds may be read until the next Setup or Start. Harmless when nothing
+    // runs.
     virtual void TARNO2_CALL Stop() = 0;
     // 7: copies `count` samples from sample position `offset` of the ring, which lie in one stretch, to `destination`.
     // Anything but kADCDataFailed: done.

@@ -1,10 +1,9 @@
 #include "tests/support/temporary_folder.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 
@@ -66,6 +65,8 @@ ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value)
     setVariable(name_, value.c_str());
 }
 
-ScopedEnvironment::~ScopedEnvironment() { setVariable(name_, had_ ? old_.c_str() : nullptr); }
+ScopedEnvironment::~ScopedEnvironment() {
+    setVariable(name_, had_ ? old_.c_str() : nullptr);
+}
 
 }  // namespace tarno2::test

@@ -1,0 +1,216 @@
+#!/usr/bin/env bash
+# Fails when an #include crosses a wall between the folders, or code outside platform/ knows the operating system.
+#
+#   scripts/check-includes.sh [FOLDER]       checks a source tree (this one)
+#   scripts/check-includes.sh --self-test    checks that planted violations are found, and that nothing else is
+#
+# Each violation is printed as FILE:LINE: reason. docs/architecture.md says what the walls are for.
+set -euo pipefail
+export LC_ALL=C.UTF-8
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+find_sources() {
+    find . \( -path ./build -o -path ./.git \) -prune -o -type f \
+        \( -name '*.h' -o -name '*.hpp' -o -name '*.cpp' -o -name '*.cc' -o -name '*.c' -o -name '*.h.in' \) -print |
+        sed 's|^\./||' | LC_ALL=C sort
+}
+
+# Prints the violations of the tree in the current folder.
+find_violations() {
+    find_sources | xargs -r -d '\n' awk '
+        BEGIN {
+            # What each folder may include of ours, itself included. Folders that are missing here may include any.
+            reach["sdk"]      = ""
+            reach["platform"] = "platform"
+            reach["language"] = "platform language"
+            reach["records"]  = "platform language records"
+            reach["sync"]     = "platform language records sync"
+            reach["config"]   = "platform language records sync config"
+            reach["core"]     = "platform language records sync config core"
+            reach["ui"]       = "platform language records sync config core ui"
+            reach["apps"]     = "platform language records sync config core ui apps"
+            reach["scopera"]  = "platform scopera"
+            reach["drivers"]  = "platform records drivers"
+            ours = "sdk platform language records sync config core ui apps scopera drivers tests bench"
+            sdk_users = "sdk core ui apps scopera drivers tests bench"
+            qt_users = "ui scopera apps tests"
+            # The C++ standard library without <csignal>, whose meaning differs from system to system.
+            standard = "algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv " \
+                "chrono cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine " \
+                "cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception execution " \
+                "expected filesystem format forward_list fstream functional future initializer_list iomanip ios iosfwd " \
+                "iostream istream iterator latch limits list locale map memory memory_resource mutex new numbers " \
+                "numeric optional ostream queue random ranges ratio regex scoped_allocator semaphore set shared_mutex " \
+                "source_location span sstream stack stdexcept stop_token streambuf string string_view strstream " \
+                "syncstream system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set " \
+                "utility valarray variant vector version"
+            systems = "(_WIN32|_WIN64|WIN32|WIN64|__WIN32__|_MSC_VER|__MINGW32__|__MINGW64__|__CYGWIN__|__linux__|" \
+                "__linux|linux|__unix__|__unix|unix|__APPLE__|__FreeBSD__|__OpenBSD__|__NetBSD__|__ANDROID__|_POSIX_[A-Z_]+)"
+        }
+        function has(list, word) { return index(" " list " ", " " word " ") > 0 }
+        function report(reason) { print FILENAME ":" FNR ": " reason }
+
+        FNR == 1 {
+            folder = FILENAME
+            sub("/.*", "", folder)
+            inside = FILENAME
+            in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform)\//
+        }
+
+        /^[ \t]*#[ \t]*(if|ifdef|ifndef|elif|elifdef|elifndef)[^a-z]/ {
+            line = $0
+            sub("//.*", "", line)
+            if (line ~ ("(^|[^A-Za-z0-9_])" systems "([^A-Za-z0-9_]|$)") && !in_system && inside !~ /^sdk\/tarno2\//)
+                report("tests which operating system it is built for; only platform/ may")
+        }
+
+        /^[ \t]*#[ \t]*include/ {
+            line = $0
+            sub(/^[ \t]*#[ \t]*include[ \t]*/, "", line)
+            if (line !~ /^("[^"]*"|<[^>]*>)/) {
+                report("an include that is no plain name can not be checked")
+                next
+            }
+            angle = line ~ /^</
+            name = substr(line, 2)
+            sub(/[">].*/, "", name)
+            top = name
+            sub("/.*", "", top)
+
+            if (name ~ /(^|\/)\.\.?(\/|$)/) {
+                report("\"" name "\" is not written from the root of the project")
+            } else if (top == "tarno2" && name ~ /\//) {
+                if (!has(sdk_users, folder)) report(folder "/ may not include the driver interface <" name ">")
+            } else if (name ~ /\// && has(ours, top)) {
+                if ((folder in reach) && !has(reach[folder], top)) report(folder "/ may not include \"" name "\"")
+            } else if (!angle) {
+                if (inside !~ /^sdk\/example\//) report("\"" name "\" is not written from the root of the project")
+            } else if (name ~ /^Q[A-Za-z0-9]*(\/|$)|^q[a-z0-9]+\.h$|^qcustomplot/) {
+                if (!has(qt_users, folder)) report(folder "/ may not include the window toolkit <" name ">")
+            } else if (has(standard, name)) {
+            } else if (folder == "sdk" && name ~ /^(stddef|stdint|string|stdlib|math)\.h$/) {
+            } else if (folder == "tests" && name ~ /^(gtest|gmock)\//) {
+            } else if (folder == "bench" && name ~ /^benchmark\//) {
+            } else if (folder == "apps" && name ~ /^CLI\//) {
+            } else if (!in_system) {
+                report(folder "/ may not include <" name ">: an operating-system header or an unknown one")
+            }
+        }'
+}
+
+# One planted line a line of this table: whether it is a violation, the file, the text.
+planted() {
+    cat <<'TABLE'
+bad platform/a.h #include "records/key_value_file.h"
+bad platform/b.h #include "language/language_table.h"
+bad language/a.cpp #include "config/debug_log.h"
+bad records/a.cpp #include "sync/block_evaluator.h"
+bad records/b.cpp #include <tarno2/IADCDevice.h>
+bad sync/a.cpp #include "config/debug_log.h"
+bad sync/b.cpp   #  include   "core/driver.h"
+bad config/a.cpp #include "core/driver.h"
+bad config/b.cpp #include <tarno2/IADCDevice.h>
+bad platform/c.cpp #include <tarno2/IADCDevice.h>
+bad language/b.cpp #include <tarno2/ISCOPERA.h>
+bad core/a.cpp #include "ui/main_form.h"
+bad core/b.cpp #include "apps/console.h"
+bad core/c.cpp #include <ui/main_form.h>
+bad core/d.cpp #include "drivers/simulator/board.h"
+bad core/e.cpp #include "../ui/main_form.h"
+bad core/f.cpp #include "driver.h"
+bad core/g.cpp #include "tests/support/temporary_folder.h"
+bad ui/a.cpp #include "apps/console.h"
+bad ui/b.cpp #include "scopera/plot.h"
+bad apps/a.cpp #include "drivers/simulator/board.h"
+bad drivers/simulator/a.cpp #include "core/driver.h"
+bad drivers/simulator/b.cpp #include "config/debug_log.h"
+bad scopera/a.cpp #include "core/driver.h"
+bad sdk/tarno2/a.h #include "platform/event.h"
+bad sdk/tarno2/b.h #include <windows.h>
+bad sdk/example/a.cpp #include "platform/event.h"
+bad core/h.cpp #include <windows.h>
+bad core/i.cpp #include <unistd.h>
+bad config/c.cpp #include <sys/statvfs.h>
+bad records/c.cpp #include <fcntl.h>
+bad drivers/replay/a.cpp #include <pthread.h>
+bad drivers/replay/b.cpp #include <sys/eventfd.h>
+bad apps/b.cpp #include <signal.h>
+bad apps/c.cpp #include <csignal>
+bad core/j.cpp #include <dlfcn.h>
+bad core/k.cpp #include <poll.h>
+bad sync/c.h #if defined(_WIN32)
+bad core/l.h #ifdef __linux__
+bad apps/d.cpp #elif defined(__MINGW32__)
+bad drivers/simulator/c.cpp #  ifndef _WIN32
+bad bench/a.cpp #if !defined _WIN32 && defined(X)
+bad core/m.cpp #include <QString>
+bad config/d.cpp #include <QtCore/QFile>
+bad records/d.cpp #include <qcustomplot.h>
+bad drivers/simulator/d.cpp #include <qobject.h>
+bad config/version.h.in #include "core/driver.h"
+bad core/n.cpp #include <gtest/gtest.h>
+bad core/o.cpp #include HEADER
+good platform/posix/a.cpp #include <unistd.h>
+good platform/windows/a.cpp #include <windows.h>
+good platform/d.cpp #if defined(_WIN32)
+good language/c.cpp #include "platform/codepage1251.h"
+good records/e.cpp #include "platform/file.h"
+good config/e.cpp #include "sync/block_evaluator.h"
+good core/p.cpp #include <tarno2/IADCDevice.h>
+good core/q.cpp #include "config/version.h"
+good core/r.cpp // #include "ui/main_form.h"
+good core/s.cpp #if defined(__GNUC__) // not _WIN32
+good core/t.cpp #include <atomic>
+good ui/c.cpp #include <QMainWindow>
+good ui/d.cpp #include "core/driver.h"
+good apps/e.cpp #include "ui/main_form.h"
+good apps/f.cpp #include <CLI/CLI.hpp>
+good scopera/b.cpp #include <qcustomplot.h>
+good drivers/simulator/e.cpp #include "records/key_value_file.h"
+good drivers/simulator/f.cpp #include "drivers/common/pace.h"
+good sdk/tarno2/c.h #if defined(_WIN32)
+good sdk/tarno2/d.h #include <stdint.h>
+good sdk/example/b.cpp #include <tarno2/IADCDevice.h>
+good sdk/example/c.cpp #include <pthread.h>
+good tests/core/a.cpp #include "drivers/simulator/board.h"
+good tests/core/b.cpp #include <gtest/gtest.h>
+good bench/b.cpp #include <benchmark/benchmark.h>
+TABLE
+}
+
+self_test() {
+    local kind file text passed=0 failed=0 found
+    folder=$(mktemp -d)
+    trap 'rm -rf "$folder"' EXIT
+    while read -r kind file text; do
+        mkdir -p "$folder/$(dirname "$file")"
+        printf '#pragma once\n%s\n' "$text" >"$folder/$file"
+    done < <(planted)
+    found=$(cd "$folder" && find_violations)
+    while read -r kind file text; do
+        if [ "$kind" = bad ] && ! grep -qF "$file:2: " <<<"$found"; then
+            echo "self-test: not found: $file: $text" && failed=$((failed + 1))
+        elif [ "$kind" = good ] && grep -qF "$file:" <<<"$found"; then
+            echo "self-test: wrongly found: $file: $text" && failed=$((failed + 1))
+        else
+            passed=$((passed + 1))
+        fi
+    done < <(planted)
+    echo "$passed passed, $failed failed"
+    [ "$failed" -eq 0 ]
+}
+
+if [ "${1:-}" = --self-test ]; then
+    self_test
+else
+    cd "${1:-$root}"
+    violations=$(find_violations)
+    if [ -n "$violations" ]; then
+        echo "$violations"
+        echo "$(wc -l <<<"$violations") includes or conditions cross a wall (docs/architecture.md)"
+        exit 1
+    fi
+    files=$(find_sources | wc -l)
+    echo "No include crosses a wall in $files files"
+    [ "$files" -gt 0 ]
+fi

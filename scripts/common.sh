@@ -1,0 +1,93 @@
+# What the scripts share; sourced, with the checkout's root as the working directory.
+# shellcheck shell=bash
+
+export LC_ALL=C.UTF-8
+export DEBIAN_FRONTEND=noninteractive
+
+# Packages by purpose, for Debian 12.
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
+# alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format.
+TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales)
+WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix wine wine64)
+
+fail() {
+    echo "!!!! $*" >&2
+    exit 1
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo -n "$@" || fail "Not allowed: $*. Run it as root, then this script again."
+    else
+        fail "Needs root: $*. Run it as root, then this script again."
+    fi
+}
+
+is_installed() {
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+# Installs those of the named packages that are missing; asks nothing, and touches no network when none is.
+install_packages() {
+    command -v dpkg-query >/dev/null || fail "Only Debian is known here. Install what corresponds to: $*"
+    local missing=() package
+    for package in "$@"; do
+        is_installed "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing ${missing[*]}"
+    as_root apt-get -q -o DPkg::Lock::Timeout=300 update
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300 \
+        install --no-install-recommends "${missing[@]}"
+}
+
+# Makes the Russian locale known, in which a decimal comma would show up wherever one slips in.
+ensure_russian_locale() {
+    locale -a 2>/dev/null | grep -qi '^ru_RU\.utf-\?8$' || as_root localedef -i ru_RU -f UTF-8 ru_RU.UTF-8
+}
+
+# Compiles through ccache where there is one.
+use_ccache() {
+    if command -v ccache >/dev/null; then
+        export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache
+    fi
+}
+
+# Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.
+# A program that fails without naming a case (it crashed, hung or ran nothing) counts as one failure.
+# Prints "<passed> <failed> <skipped>".
+count_tests() {
+    tr -d '\r' <"$1" | awk '
+        /^[0-9]+: \[  PASSED  \] [0-9]+ test/ { entry = $1; sub(":", "", entry); cases[entry] = 1; passed += $5 }
+        /^[0-9]+: \[  SKIPPED \] [0-9]+ test/ { skipped += $5 }
+        /^[0-9]+: \[  FAILED  \] [0-9]+ test.*listed below/ {
+            entry = $1; sub(":", "", entry); cases[entry] = 1; failed += $5; named[entry] = 1
+        }
+        /^ *[0-9]+\/[0-9]+ Test +#[0-9]+: / {
+            entry = $0; sub(/^[^#]*#/, "", entry); sub(/:.*/, "", entry)
+            if ($0 ~ /\*\*\*Not Run|\*\*\*Skipped|\(Disabled\)/) skipped++
+            else if ($0 !~ / Passed +[0-9.]+ sec/) { if (!named[entry]) failed++ }
+            else if (!cases[entry]) passed++
+        }
+        END { print passed + 0, failed + 0, skipped + 0 }'
+}
+
+# ThreadSanitizer can't lay out its memory when the kernel randomises addresses too widely; then its programs run
+# without randomisation. Prints the prefix that a command needs, nothing when none.
+tsan_prefix() {
+    local folder program
+    folder=$(mktemp -d)
+    program=$folder/hello
+    echo 'int main() { return 0; }' | c++ -fsanitize=thread -x c++ -o "$program" - || fail "no ThreadSanitizer here"
+    local i
+    for i in 1 2 3 4 5; do
+        if ! "$program" >/dev/null 2>&1; then
+            setarch -R "$program" >/dev/null 2>&1 || fail "ThreadSanitizer does not run on this kernel"
+            echo "setarch -R"
+            break
+        fi
+    done
+    rm -rf "$folder"
+}
