@@ -62,4 +62,29 @@ OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, 
     return error;
 }
 
+OsError replaceWholeFile(const std::string& path, std::string_view contents) {
+    std::string temporary;
+    OsError error = createTemporaryFile(parentFolder(path), fileNameOf(path), temporary);
+    if (!error.ok()) {
+        return error;
+    }
+    File file;
+    size_t done = 0;
+    error = file.open(temporary, FileMode::OpenExisting, FileAccess::Write, FileShare::None);
+    if (error.ok()) {
+        error = file.write(contents.data(), contents.size(), done);
+    }
+    if (error.ok()) {
+        error = file.flush();
+    }
+    const OsError closed = file.close();
+    if (error.ok()) {
+        error = closed.ok() ? replaceFile(temporary, path) : closed;
+    }
+    if (!error.ok()) {
+        removeFile(temporary);
+    }
+    return error;
+}
+
 }  // namespace tarno2

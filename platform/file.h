@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/os_error.h"
@@ -71,5 +72,8 @@ OsError replaceFile(const std::string& from, const std::string& to);
 OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path);
 /// Reads a whole file of at most `limit` bytes. A larger one, a folder or one that can't be read is an error.
 OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, std::string& contents);
+/// Writes a whole file in one step: through a temporary file beside it, so that a crash leaves the old contents or the
+/// new ones.
+OsError replaceWholeFile(const std::string& path, std::string_view contents);
 
 }  // namespace tarno2

@@ -45,7 +45,8 @@ void appendUtf8(std::string& text, char32_t c) {
         return;
     }
     const unsigned more = c < 0x800 ? 1 : c < kFirstSupplementary ? 2 : 3;
-    text += static_cast<char>((0xF00U >> more & 0xF0U) | c >> (6U * more));
+    constexpr char32_t kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    text += static_cast<char>(kLead[more] | c >> (6U * more));
     for (unsigned left = more; left-- > 0;) {
         text += static_cast<char>(0x80U | (c >> (6U * left) & 0x3FU));
     }

@@ -1,0 +1,147 @@
+#include "platform/registry.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "platform/registry_folders.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr const char* kFolderName = "registry.d";
+constexpr size_t kLongestStem = 200;  ///< bytes of a file's name, well under what file systems take
+
+/// The folders that $TARNO2_REGISTRY names; nothing when it is unset.
+std::optional<std::vector<std::string>> namedFolders() {
+    const auto variable = environmentVariable("TARNO2_REGISTRY");
+    if (!variable) {
+        return std::nullopt;
+    }
+    std::vector<std::string> folders;
+    for (size_t start = 0; start <= variable->size();) {
+        const size_t end = std::min(variable->find(':', start), variable->size());
+        if (end > start) {
+            folders.push_back(variable->substr(start, end - start));
+        }
+        start = end + 1;
+    }
+    return folders;
+}
+
+std::string userFolder() {
+    const std::string settings = userSettingsFolder();
+    return settings.empty() ? settings : joinPath(settings, kFolderName);
+}
+
+std::vector<RegistryTextEntry> readAll() {
+    if (const auto named = namedFolders()) {
+        return readRegistryFolders(*named);
+    }
+    std::vector<std::string> folders = {joinPath(executableFolder(), kFolderName)};
+    if (std::string user = userFolder(); !user.empty()) {
+        folders.push_back(std::move(user));
+    }
+    folders.emplace_back("/etc/tarno2/registry.d");
+    return readRegistryFolders(folders);
+}
+
+std::string writableFolder() {
+    const auto named = namedFolders();
+    return named && !named->empty() ? named->front() : userFolder();
+}
+
+OsError createFolders(const std::string& folder) {
+    if (folder.empty() || isDirectory(folder)) {
+        return {};
+    }
+    if (const OsError error = createFolders(parentFolder(folder)); !error.ok()) {
+        return error;
+    }
+    const OsError error = createDirectory(folder);
+    return error.alreadyExists() && isDirectory(folder) ? OsError() : error;
+}
+
+/// A file name made of the last part of a key.
+std::string stemOf(const std::string& key) {
+    std::string stem = key.substr(key.rfind('\\') + 1).substr(0, kLongestStem);
+    for (char& c : stem) {
+        if (c == '/' || static_cast<unsigned char>(c) < ' ') {
+            c = '_';
+        }
+    }
+    if (stem.empty() || stem.front() == '.') {
+        stem.insert(stem.begin(), '_');
+    }
+    return stem;
+}
+
+/// Whether all that a text holds stands under that one key.
+bool holdsOnly(const std::vector<RegistryTextEntry>& entries, RegistryRoot root, const std::string& key) {
+    return !entries.empty() && std::all_of(entries.begin(), entries.end(), [&](const RegistryTextEntry& entry) {
+        return entry.root == root && sameRegistryName(entry.key, key);
+    });
+}
+
+/// The name of the text for a key: of its own text, or one that is free. Never that of a text with other keys.
+std::string textFor(const std::string& folder, RegistryRoot root, const std::string& key) {
+    const std::string stem = stemOf(key);
+    std::string name = stem + ".reg";
+    for (int k = 2; fileExists(joinPath(folder, name)) && !holdsOnly(readRegistryFile(folder, name), root, key); ++k) {
+        name = stem + '-' + std::to_string(k) + ".reg";
+    }
+    return name;
+}
+
+}  // namespace
+
+std::optional<std::string> registrySubKey(RegistryRoot root, const std::string& key, int index, size_t capacity) {
+    std::vector<std::string> names;
+    appendSubKeys(readAll(), root, key, names);
+    return nameAt(names, index, capacity);
+}
+
+std::optional<RegistryValue> registryValue(RegistryRoot root, const std::string& key, const std::string& name) {
+    return findRegistryValue(readAll(), root, key, name);
+}
+
+OsError registrySetString(RegistryRoot root, const std::string& key, const std::string& name, const std::string& value,
+                          std::string& where) {
+    const std::string folder = writableFolder();
+    if (folder.empty() || key.empty()) {
+        return OsError(ENOENT);
+    }
+    if (const OsError error = createFolders(folder); !error.ok()) {
+        where = folder;
+        return error;
+    }
+    const std::string file = textFor(folder, root, key);
+    where = joinPath(folder, file);
+    auto values = readRegistryFile(folder, file);
+    std::erase_if(values,
+                  [&](const RegistryTextEntry& entry) { return entry.keyOnly || sameRegistryName(entry.name, name); });
+    values.push_back({root, key, name, false, {kRegistryString, value, {}}});
+    const auto text = formatRegistryText(root, key, values);
+    return text ? replaceWholeFile(where, *text) : OsError(EINVAL);
+}
+
+OsError registryDeleteKey(RegistryRoot root, const std::string& key, std::string& where) {
+    const std::string folder = writableFolder();
+    where = folder;
+    OsError error(ENOENT);
+    for (const auto& name : registryFiles(folder)) {
+        if (holdsOnly(readRegistryFile(folder, name), root, key)) {
+            where = joinPath(folder, name);
+            error = removeFile(where);
+            if (!error.ok()) {
+                break;
+            }
+        }
+    }
+    return error;
+}
+
+}  // namespace tarno2
