@@ -1,0 +1,117 @@
+#include "apps/console/console_session.h"
+
+#include <utility>
+
+#include "config/console_log.h"
+#include "config/debug_log.h"
+#include "config/version.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+
+namespace tarno2 {
+
+ConsoleSession::ConsoleSession(AutoSettings settings, std::string programDirectory)
+    : settings_(std::move(settings)),
+      fileName_(settings_.fileName),
+      selection_([this](const std::string& fault) { showMessage(fault); }, std::move(programDirectory)),
+      control_(*this, selection_.driver(), naming_) {}
+
+void ConsoleSession::run() {
+    DEBUG_LOG("LoadConfig consolemode");
+    if (!applySettings()) {
+        return;
+    }
+    DEBUG_LOG("LoadConfig consolemode - Status OK");
+    consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
+    if (fileName_.empty()) {
+        control_.GenerateFileName();
+    }
+    if (control_.StartButtonClick()) {
+        consoleLog().log("Save to file \"%s\"", fileName_.c_str());
+    }
+    queue_.run();
+    DEBUG_LOG("WriteConfig consolemode");
+}
+
+bool ConsoleSession::applySettings() {
+    switch (selection_.apply(settings_.driverName, settings_.baseNumber)) {
+        case ApplyOutcome::Done:
+            return true;
+        case ApplyOutcome::DriverNotFound:
+            consoleLog().log("Driver not founded");
+            return false;
+        case ApplyOutcome::NoDriverName:
+        case ApplyOutcome::DriverError:
+            SetErrorCode(BoardStatus::DriverError);
+            break;
+        case ApplyOutcome::BoardError:
+            SetErrorCode(BoardStatus::Error);
+            break;
+    }
+    if (!selection_.problem().empty()) {
+        consoleLog().log("%s", selection_.problem().c_str());
+    }
+    return false;
+}
+
+void ConsoleSession::SetErrorCode(BoardStatus status) {
+    TextId id = TextId::StatusError;
+    switch (status) {
+        case BoardStatus::DriverError:
+            id = TextId::StatusDriver;
+            break;
+        case BoardStatus::Unplugged:
+            id = TextId::StatusUnplug;
+            break;
+        case BoardStatus::Error:
+            break;
+        case BoardStatus::Ready:
+            return;
+    }
+    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status), text(id).c_str());
+}
+
+void ConsoleSession::requestStop() {
+    queue_.post([this] {
+        if (control_.running()) {
+            control_.StopButtonClick();
+        } else {
+            queue_.quit();
+        }
+    });
+}
+
+void ConsoleSession::post(const Notification& notification) {
+    if (notification.result.code == StopCode::Running) {
+        return;
+    }
+    queue_.post([this, notification] { control_.OnNotification(notification); });
+}
+
+RecordingSettings ConsoleSession::settings() {
+    RecordingSettings settings;
+    settings.channels = settings_.channels;
+    settings.gains = settings_.gains;
+    settings.frequencyText = formatText("%.17g", settings_.frequency);
+    settings.boardMode = settings_.boardMode;
+    settings.packetFrequency = settings_.packetFrequency;
+    settings.stopRule = settings_.stopRule;
+    settings.stopSeconds = settings_.timeNeed;
+    settings.stopBytes = settings_.sizeNeed;
+    settings.cutMode = settings_.cutMode > 0;
+    settings.cutNumberText = std::to_string(settings_.cutMode);
+    settings.decimation = settings_.decimation;
+    return settings;
+}
+
+void ConsoleSession::showStatus(const std::string& status) { consoleLog().log("%s", status.c_str()); }
+
+void ConsoleSession::showAttention(const std::string& message) { consoleLog().log("%s", message.c_str()); }
+
+void ConsoleSession::showMessage(const std::string& message) { consoleLog().log("%s", message.c_str()); }
+
+void ConsoleSession::startTimer(uint32_t milliseconds) {
+    queue_.startTimer(milliseconds, [this] { control_.StopTimerTick(); });
+}
+
+}  // namespace tarno2

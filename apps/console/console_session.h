@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "config/auto_settings.h"
+#include "config/file_naming.h"
+#include "core/board_selection.h"
+#include "core/recording_control.h"
+#include "core/recording_shell.h"
+#include "platform/message_queue.h"
+
+namespace tarno2 {
+
+/// One unattended recording without a window: the shell that the recording logic runs in. What a window would show is a
+/// line in the console log. Everything but `post` and `requestStop` runs on the thread that calls `run`.
+class ConsoleSession final : public RecordingShell {
+public:
+    ConsoleSession(AutoSettings settings, std::string programDirectory);
+
+    /// Applies the settings, records once, and returns when it is over.
+    void run();
+    /// Ends the recording like the stop button. Any thread.
+    void requestStop();
+    /// How long a board may give no data event, milliseconds at least. Before `run`.
+    void setDataWait(uint32_t milliseconds) { control_.setDataWait(milliseconds); }
+
+    void post(const Notification& notification) override;
+    [[nodiscard]] RecordingSettings settings() override;
+    [[nodiscard]] std::string fileName() override { return fileName_; }
+    void setFileName(const std::string& name) override { fileName_ = name; }
+    [[nodiscard]] std::string savedFileName() override { return {}; }
+    void showStatus(const std::string& status) override;
+    void showAttention(const std::string& message) override;
+    void showMessage(const std::string& message) override;
+    void showBytes(uint64_t /*bytes*/) override {}
+    void showProgress(int /*percent*/) override {}
+    void startTimer(uint32_t milliseconds) override;
+    void killTimer() override { queue_.stopTimer(); }
+    [[nodiscard]] bool consoleMode() override { return true; }
+    void quit() override { queue_.quit(); }
+
+private:
+    [[nodiscard]] bool applySettings();
+    void SetErrorCode(BoardStatus status);
+
+    AutoSettings settings_;
+    std::string fileName_;
+    MessageQueue queue_;
+    FileNaming naming_;
+    BoardSelection selection_;
+    RecordingControl control_;
+};
+
+}  // namespace tarno2

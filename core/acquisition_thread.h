@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "core/board.h"
+#include "core/decimator.h"
+#include "core/ring_reader.h"
+#include "core/stop_code.h"
+
+namespace tarno2 {
+
+/// The body of a session's acquisition thread: sets the board up, waits to be released, then moves every half of the
+/// driver's ring through the evaluator into the data file until something ends the recording. On every way out the
+/// files are closed and described and one final notification is posted.
+///
+/// Between pieces of a recording it neither allocates nor locks.
+class AcquisitionThread {
+public:
+    explicit AcquisitionThread(T_BOARD& board);
+    /// The whole life of the thread; does not throw.
+    void run() noexcept;
+
+private:
+    /// Results of a pass through the data path.
+    enum Pass : int32_t {
+        kGoOn = 0,
+        kFinished = 1,
+        kWriteFailed = -1,
+        kNoData = -2,
+        kAnalyzeFailed = -3,
+        kTransferFailed = -4
+    };
+    enum class Wake { Data, Stop, TimedOut, Unplugged };
+
+    [[nodiscard]] bool prepare();
+    [[nodiscard]] bool startBoard();
+    void measure();
+    void finish();
+
+    [[nodiscard]] Wake waitForData();
+    [[nodiscard]] bool unplugged();
+    void updatePositions();
+    [[nodiscard]] bool noDataTooLong();
+    void readHalves();
+    void drain();
+    [[nodiscard]] bool transfer(const RingReader::Part& part);
+    [[nodiscard]] bool fetch(std::byte* destination, uint32_t count, uint32_t offset, int32_t partNumber);
+    [[nodiscard]] int32_t processBlock(uint32_t samples);
+    void overflow();
+    void fail(ErrorDetail detail);
+    void notify();
+    void notifyProgress();
+
+    T_BOARD& board_;
+    T_DRIVER& driver_;
+    uint32_t sampleWidth_;
+    StreamTiming timing_;
+    std::unique_ptr<std::byte[]> buffer_;
+    std::optional<Decimator> decimator_;
+    std::optional<RingReader> ring_;
+    std::optional<Event> dataEvent_;
+    uint32_t waitLimitMs_ = 0;
+    bool countKnown_ = false;       ///< the driver tells how many samples it has put into the ring
+    bool additionalMode_ = false;   ///< the pre-history portion is being read
+    int32_t dataMode_ = 0;
+    int32_t result_ = kGoOn;
+    bool unplugged_ = false;
+    std::optional<LocalTime> noDataSince_;
+    uint64_t lastHalves_ = 0;
+    uint64_t lastProgress_ = 0;
+    RecordingResult report_;
+};
+
+}  // namespace tarno2

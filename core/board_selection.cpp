@@ -1,0 +1,106 @@
+#include "core/board_selection.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "config/debug_log.h"
+#include "core/driver_catalogue.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr size_t kBaseDigits = 3;
+
+// The list's texts begin with the board's number as three hexadecimal digits, in either case of letters.
+bool beginsWithNumber(const ADCBoardEntry& entry, uint32_t number) {
+    const std::string begin = std::string(entry.m_sName).substr(0, kBaseDigits);
+    return begin == formatText("%03x", number) || begin == formatText("%03X", number);
+}
+
+}  // namespace
+
+BoardSelection::BoardSelection(FaultReporter faults, std::string programDirectory)
+    : driver_(std::move(faults)), programDirectory_(std::move(programDirectory)) {}
+
+std::vector<std::string> BoardSelection::installedDrivers() {
+    std::vector<std::string> names;
+    EnumerateDrivers([&names](const std::string& name) { names.push_back(name); });
+    return names;
+}
+
+bool BoardSelection::DriverBoxChange(const std::string& name) {
+    DEBUG_LOG("Driver load \"%s\"", name.c_str());
+    boards_.clear();
+    boardTexts_.clear();
+    problem_.clear();
+    if (!driver_.LoadDriver(name, programDirectory_, problem_)) {
+        DEBUG_LOG("!!!! Driver load error");
+        DEBUG_LOG("!!!! %s", problem_.c_str());
+        boardTexts_.push_back(text(TextId::UnknownBoard));
+        return false;
+    }
+    DEBUG_LOG("Driver load OK");
+    boards_ = driver_.device().boards();
+    for (const ADCBoardEntry& board : boards_) {
+        boardTexts_.emplace_back(board.m_sName);
+    }
+    if (boards_.empty()) {
+        problem_ = driver_.device().lastError();
+        boardTexts_.push_back(text(TextId::UnknownBoard));
+    } else {
+        BaseBoxChange(boards_.front().m_nNumber);
+    }
+    return true;
+}
+
+bool BoardSelection::BaseBoxChange(uint32_t number) {
+    DEBUG_LOG("Setup Base = 0x%x , DRQ = %d", number, 0);
+    if (!driver_.selectBoard(number, problem_)) {
+        DEBUG_LOG("!!!! Board 0x%x can't be used: %s", number, problem_.c_str());
+        return false;
+    }
+    if (driver_.facts().hotPlug) {
+        DEBUG_LOG("But hotplug device");
+    }
+    logCapabilities();
+    return true;
+}
+
+void BoardSelection::logCapabilities() const {
+    const BoardFacts& facts = driver_.facts();
+    DEBUG_LOG(facts.frequencies.empty() ? "Driver Freq List = NULL" : "Driver Freq List != NULL");
+    DEBUG_LOG("Driver BoardMode accessible = %u", facts.boardModes & 0xFU);
+    DEBUG_LOG(facts.cutMode ? "Cut mode accesible" : "Cut mode not accesible");
+}
+
+ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseNumber) {
+    DEBUG_LOG("LoadConfigOk");
+    if (driverName.empty()) {
+        DEBUG_LOG("Driver name = 0");
+        return ApplyOutcome::NoDriverName;
+    }
+    const auto drivers = installedDrivers();
+    if (std::find(drivers.begin(), drivers.end(), driverName) == drivers.end()) {
+        DEBUG_LOG("Driver not founded");
+        return ApplyOutcome::DriverNotFound;
+    }
+    if (!DriverBoxChange(driverName)) {
+        return ApplyOutcome::DriverError;
+    }
+    const auto board = std::find_if(boards_.begin(), boards_.end(), [baseNumber](const ADCBoardEntry& entry) {
+        return beginsWithNumber(entry, baseNumber);
+    });
+    if (board == boards_.end()) {
+        DEBUG_LOG("Base number Error");
+        if (problem_.empty()) {
+            problem_ = formatText("the driver has no board %03x", baseNumber);
+        }
+        return ApplyOutcome::BoardError;
+    }
+    return BaseBoxChange(board->m_nNumber) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/driver.h"
+
+namespace tarno2 {
+
+/// State of the chosen board, as the status bar shows it. The negative ones end console mode.
+enum class BoardStatus : int32_t { DriverError = -3, Unplugged = -2, Error = -1, Ready = 0 };
+
+/// Why settings could not be applied to driver and board.
+enum class ApplyOutcome {
+    Done,
+    NoDriverName,
+    DriverNotFound,  ///< no driver of that name is installed
+    DriverError,     ///< it is installed but can't be loaded
+    BoardError       ///< the driver has no such board, or the board can't be used
+};
+
+/// The choice of a driver and of one of its boards: what stands behind the driver and board selectors of the window and
+/// behind the names in an autosettings file. Window thread only.
+class BoardSelection {
+public:
+    /// `programDirectory` is handed to the drivers.
+    BoardSelection(FaultReporter faults, std::string programDirectory);
+
+    /// Names of the installed drivers, in the registry's order.
+    [[nodiscard]] static std::vector<std::string> installedDrivers();
+
+    /// Loads a driver and chooses its first usable board. False when it can't be loaded: there is no device then, and
+    /// the board list holds the one entry "Unknown". `problem` says why.
+    bool DriverBoxChange(const std::string& name);
+    /// Chooses a board of the loaded driver by its number.
+    bool BaseBoxChange(uint32_t number);
+    /// Chooses driver and board by name and number, as settings name them; a board is found by the three hexadecimal
+    /// digits that its text begins with.
+    [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber);
+
+    [[nodiscard]] T_DRIVER& driver() { return driver_; }
+    /// Texts of the boards in the driver's list.
+    [[nodiscard]] const std::vector<std::string>& boardTexts() const { return boardTexts_; }
+    /// The system's or the driver's words for the last failure.
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+
+private:
+    void logCapabilities() const;
+
+    T_DRIVER driver_;
+    std::string programDirectory_;
+    std::vector<ADCBoardEntry> boards_;
+    std::vector<std::string> boardTexts_;
+    std::string problem_;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/recording_facts.h"
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+/// Where and how a recording is written.
+struct WriterSetup {
+    std::string fileName;         ///< of the first piece
+    uint32_t sampleWidth = 2;     ///< bytes
+    uint32_t channelCount = 1;
+    uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
+    uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
+    RecordingFacts facts;
+
+    [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
+};
+
+/// Writes a recording into headerless files of interleaved samples, with a description beside each.
+///
+/// Small blocks are gathered in a cache and written in large ones. When a piece is full the next one is begun; data
+/// that must stay together (a triggered record) are not divided. After a failed write the file at hand is cut back to
+/// whole frames and nothing more is written. Made and opened on the window's thread, then used by the acquisition
+/// thread alone; the counters may be read by any thread.
+class DataWriter {
+public:
+    static constexpr size_t kCacheBytes = 0x300000;
+
+    DataWriter();
+    ~DataWriter();
+    DataWriter(const DataWriter&) = delete;
+    DataWriter& operator=(const DataWriter&) = delete;
+
+    /// The cache could be allocated.
+    [[nodiscard]] bool ready() const { return cache_ != nullptr; }
+
+    /// Makes the folders and the first file, moving an earlier recording of that name out of the way. `description` is
+    /// filled for each piece and belongs to the caller; it must outlive the writer's `Close`.
+    /// 0, or -1 no memory, -2 no file name, -3 a frame size of 0, -5 a folder or file could not be made (`openError`).
+    [[nodiscard]] int32_t open(const WriterSetup& setup, RecordDescription& description);
+    [[nodiscard]] const std::string& openError() const { return openError_; }
+    /// New names of the files that `open` moved out of the way.
+    [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
+    /// Create time of the first piece; later pieces take the time of their first sample.
+    void setCreateTime(const LocalTime& time);
+
+    /// Takes `size` bytes of whole frames. `unitBytes`: what must stay in one file, a frame or a record.
+    /// 0: go on; 1: the size limit is reached; -1: a write failed, now or earlier.
+    [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes);
+    /// Writes what is left in the cache, then the description; closes the files and deletes one without samples.
+    /// False when something did not reach the disk.
+    bool Close();
+
+    /// Bytes accepted so far, those in the cache included. Any thread.
+    [[nodiscard]] uint64_t totalBytes() const { return totalBytes_.load(std::memory_order_relaxed); }
+    /// Bytes accepted when the cache was last written. Any thread.
+    [[nodiscard]] uint64_t flushedBytes() const { return flushedBytes_.load(std::memory_order_relaxed); }
+    /// Files begun so far. Any thread.
+    [[nodiscard]] uint32_t fileCount() const { return fileCount_.load(std::memory_order_relaxed); }
+    /// The system's words for the write that failed.
+    [[nodiscard]] const std::string& writeError() const { return writeError_; }
+
+private:
+    [[nodiscard]] bool beginFile(uint32_t number);
+    [[nodiscard]] bool createFile(const std::string& name);
+    bool endFile();
+    void describeFile();
+    [[nodiscard]] bool nextPieceFor(uint64_t unitBytes);
+    [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
+    [[nodiscard]] bool writeThrough(const std::byte* data, uint64_t size);
+    void fail(const OsError& error);
+
+    WriterSetup setup_;
+    RecordDescription* description_ = nullptr;
+    std::unique_ptr<std::byte[]> cache_;
+    size_t cacheFill_ = 0;
+    File write_;
+    File read_;  ///< for those who look at what was written while the recording runs
+    std::string currentName_;
+    std::optional<LocalTime> createTime_;
+    uint64_t pieceFill_ = 0;      ///< bytes accepted for the file at hand
+    uint64_t fileBytes_ = 0;      ///< bytes that are really in it
+    bool failed_ = false;
+    std::string openError_;
+    std::vector<std::string> movedAside_;
+    std::string writeError_;
+    std::atomic<uint64_t> totalBytes_{0};
+    std::atomic<uint64_t> flushedBytes_{0};
+    std::atomic<uint32_t> fileCount_{0};
+};
+
+}  // namespace tarno2

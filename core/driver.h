@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/board_facts.h"
+#include "core/device.h"
+#include "core/holder_count.h"
+#include "core/parameter_blocks.h"
+#include "platform/library.h"
+
+namespace tarno2 {
+
+/// One loaded driver library with its device object, the board chosen in it, and a count of holders (board sessions,
+/// running threads) that keeps the library alive.
+///
+/// Loading, choosing and freeing belong to the window's thread; a session's acquisition thread uses the device while
+/// it holds a block.
+class T_DRIVER {
+public:
+    explicit T_DRIVER(FaultReporter faults);
+    ~T_DRIVER();
+    T_DRIVER(const T_DRIVER&) = delete;
+    T_DRIVER& operator=(const T_DRIVER&) = delete;
+
+    /// Loads the driver of that name from the catalogue after releasing the one before. `programDirectory` is handed
+    /// to it. On failure nothing is loaded and `why` says what is wrong.
+    [[nodiscard]] bool LoadDriver(const std::string& name, const std::string& programDirectory, std::string& why);
+    /// Takes a device object that the caller made; it is released like a loaded one.
+    [[nodiscard]] bool attach(IADCDevice* device, const std::string& name, const std::string& programDirectory,
+                              std::string& why);
+    /// Chooses a board by its number and reads its facts. Without a usable board nothing can be started.
+    [[nodiscard]] bool selectBoard(uint32_t number, std::string& why);
+
+    void AddBlock() { holders_.AddBlock(); }
+    void RelBlock() { holders_.RelBlock(); }
+    /// Releases device and library. Holders that are left are reported, and it goes on.
+    void FREE();
+
+    [[nodiscard]] const std::string& name() const { return name_; }
+    [[nodiscard]] Device& device() { return device_; }
+    [[nodiscard]] bool loaded() const { return device_.present(); }
+    [[nodiscard]] const BoardFacts& facts() const { return facts_; }
+    [[nodiscard]] int32_t blockCount() const { return holders_.count(); }
+    [[nodiscard]] bool startAllowed() const { return startAllowed_; }
+    [[nodiscard]] bool initialised() const { return initialised_; }
+    [[nodiscard]] bool started() const { return started_; }
+
+    /// Largest ring, samples: 0x7FFFFFFF when the driver doesn't tell, 0 without a device.
+    [[nodiscard]] uint32_t maximumBuffer();
+
+    /// Hands both blocks to the driver, which may correct them in place: to look at them (`checkOnly`) or to set the
+    /// board up. After a set-up the block size is that of the ring which the driver made.
+    [[nodiscard]] bool CheckParameters(ParameterBlocks& blocks, bool checkOnly);
+    [[nodiscard]] int32_t rez1() const { return rez1_; }  ///< result of the extended block
+    [[nodiscard]] int32_t rez2() const { return rez2_; }  ///< result of the base block
+
+    /// Starts the measurement of a board that is set up and not running.
+    [[nodiscard]] bool start();
+    /// Stops a running measurement; the board has to be set up anew before the next one.
+    void stop();
+
+private:
+    void releaseDevice();
+    void initPass(ParameterBlocks& blocks);
+
+    HolderCount holders_;
+    Library library_;
+    Device device_;
+    std::string name_;
+    BoardFacts facts_;
+    bool startAllowed_ = false;
+    bool initialised_ = false;
+    bool started_ = false;
+    int32_t rez1_ = 0;
+    int32_t rez2_ = 0;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,381 @@
+#include "core/recording_control.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <new>
+#include <optional>
+
+#include "config/debug_log.h"
+#include "core/static_parameters.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint64_t kMebibyte = 1024 * 1024;
+constexpr uint32_t kTimerPeriodMs = 1000;
+
+std::string_view trimmed(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+}
+
+// The whole text has to be a number; the decimal character is a point whatever the user's locale says.
+template <typename Number>
+std::optional<Number> parseNumber(std::string_view text) {
+    text = trimmed(text);
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+}  // namespace
+
+RecordingControl::RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming)
+    : shell_(shell), driver_(driver), naming_(naming) {}
+
+RecordingControl::~RecordingControl() { freeSession(); }
+
+bool RecordingControl::StartButtonClick() {
+    DEBUG_LOG("StartButtonClick");
+    if (session_) {
+        DEBUG_LOG("Already run");
+        StopButtonClick();
+        DEBUG_LOG("Stop ok");
+    }
+    settings_ = shell_.settings();
+    settings_.gains.resize(settings_.channels.size(), 1);
+    const bool started =
+        createSession() && checkFile() && checkSettings() && checkStopRule() && startThread() && prepareFacts();
+    if (!started || !createFiles()) {
+        return false;
+    }
+    release();
+    return true;
+}
+
+bool RecordingControl::createSession() {
+    session_.reset(new (std::nothrow) T_BOARD(driver_, ++sessionNumber_,
+                                              [this](const std::string& fault) { shell_.showMessage(fault); }));
+    if (session_ == nullptr || !session_->ready()) {
+        DEBUG_LOG("!!!!!  MyData");
+        return refuse(TextId::NotEnoughMemory);
+    }
+    session_->dataWaitMs = dataWaitMs_;
+    return true;
+}
+
+bool RecordingControl::checkFile() {
+    DEBUG_LOG("Connect");
+    DEBUG_LOG("Check file");
+    fileName_ = withDataExtension(shell_.fileName());
+    switch (checkDataFileName(fileName_)) {
+        case NameProblem::Empty:
+            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -5);
+            return refuse(TextId::FileNameEmpty);
+        case NameProblem::EqualsDescription:
+            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -6);
+            return refuse(TextId::FileNameEqualsDescription);
+        case NameProblem::IsFolder:
+            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -7);
+            return refuse(TextId::FileNameIsFolder);
+        case NameProblem::None:
+            break;
+    }
+    const int32_t code = DiskInfo(fileName_, disk_);
+    if (code >= 0) {
+        shell_.setFileName(fileName_);
+        return true;
+    }
+    DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), code);
+    switch (code) {
+        case -1:
+            return refuse(TextId::NotEnoughMemory);
+        case -2:
+            return refuse(TextId::NotLocalDrive);
+        case -3:
+            return refuse(TextId::UnknownDrive);
+        default:
+            return refuse(TextId::UnknownFat);
+    }
+}
+
+bool RecordingControl::checkSettings() {
+    BoardSettings& board = session_->settings;
+    board.channels = settings_.channels;
+    board.gains = settings_.gains;
+    board.externalStart = (settings_.boardMode & kBoardExternalStart) != 0;
+    board.differential = (settings_.boardMode & kBoardDifferential) != 0;
+    board.packetMode = (settings_.boardMode & kBoardPacketMode) != 0;
+    board.externalClock = (settings_.boardMode & kBoardExternalClock) != 0;
+    board.packetFrequency = static_cast<float>(settings_.packetFrequency);
+    session_->decimation = static_cast<uint32_t>(std::max(settings_.decimation, 1));
+
+    DEBUG_LOG("Save to file \"%s\"", fileName_.c_str());
+    for (size_t i = 0; i < board.channels.size(); ++i) {
+        DEBUG_LOG("Active channel = %d, gain = %d", board.channels[i], board.gains[i]);
+    }
+    if (board.packetMode && board.channels.size() == 1) {
+        DEBUG_LOG("!!! Packet mode, but channel's count = 1");
+        return refuse(TextId::PacketModeOneChannel);
+    }
+    DEBUG_LOG("BoardMode = %u", settings_.boardMode);
+    if (board.packetMode) {
+        DEBUG_LOG("Packet freq = %f", settings_.packetFrequency);
+    }
+    const uint32_t width = driver_.facts().sampleWidth();
+    if (width != 2 && width != 4) {
+        return refuse(TextId::UndefinedFormat);
+    }
+    if (board.channels.empty()) {
+        DEBUG_LOG("Channel count = 0");
+        return refuse(TextId::ChannelCountZero);
+    }
+    const auto frequency = parseNumber<double>(settings_.frequencyText);
+    DEBUG_LOG("Frequency = %f", frequency.value_or(0.0));
+    board.frequency = static_cast<float>(frequency.value_or(0.0));
+    const bool packetUsable = !board.packetMode || (std::isfinite(board.packetFrequency) && board.packetFrequency > 0);
+    if (!std::isfinite(board.frequency) || !(board.frequency > 0.0F) || !packetUsable) {
+        return refuse(TextId::FrequencyIncorrect);
+    }
+    return true;
+}
+
+bool RecordingControl::checkStopRule() {
+    const bool emptySize = settings_.stopRule == StopRule::Size && settings_.stopBytes == 0;
+    const bool emptyTime = settings_.stopRule == StopRule::Time &&
+                           (!std::isfinite(settings_.stopSeconds) || !(settings_.stopSeconds > 0.0));
+    if (emptySize || emptyTime) {
+        DEBUG_LOG("!!!!! Stop value = 0");
+        return refuse(TextId::StopValueIncorrect);
+    }
+    return true;
+}
+
+bool RecordingControl::startThread() {
+    DEBUG_LOG("CreateThread");
+    const bool started = session_->StartThread(&shell_, {});
+    DEBUG_LOG("Uninitialize");
+    if (started) {
+        DEBUG_LOG("No Error");
+        return true;
+    }
+    DEBUG_LOG("!!!!!  Error status != 0");
+    if (session_->incompatible()) {
+        DEBUG_LOG("Library not compatible");
+        return refuse(TextId::IncompatibleDriver);
+    }
+    if (session_->initError()) {
+        DEBUG_LOG("Init error");
+        return refuse(TextId::InitError);
+    }
+    DEBUG_LOG("Memory error");
+    return refuse(TextId::NotEnoughMemory);
+}
+
+void RecordingControl::chooseCut() {
+    int32_t cutNumber = 0;
+    bool cut = settings_.cutMode && driver_.facts().cutMode;
+    if (cut && !settings_.automaticCut) {
+        const auto number = parseNumber<int32_t>(settings_.cutNumberText);
+        cutNumber = number.value_or(0);
+        if (cutNumber <= 0) {
+            DEBUG_LOG("!!!! CutNumber catching= %d", cutNumber);
+            attention(text(TextId::CutNumberIncorrect));
+            cut = false;
+        }
+    }
+    DEBUG_LOG("CutNumber = %d", cutNumber);
+    DEBUG_LOG(cut ? "CutMode enabled" : "CutMode disable");
+    // A file never grows over what its volume holds: the recording goes on in a numbered piece.
+    pieceBytes_ = disk_.maximumFileSize;
+    if (cut && cutNumber > 0) {
+        pieceBytes_ = std::min(pieceBytes_, static_cast<uint64_t>(cutNumber) * kMebibyte);
+    }
+    const uint64_t limit = settings_.stopRule == StopRule::Size ? settings_.stopBytes : 0;
+    DEBUG_LOG("Set parameters: \r\nFreq = %f\r\nCutNumber = %d\r\nChannelCount = %u\r\nDataSize = %llu\r\nCutFlag = %d",
+              static_cast<double>(session_->settings.frequency), cutNumber, session_->settings.channelCount(),
+              static_cast<unsigned long long>(limit), cut ? 1 : 0);
+}
+
+bool RecordingControl::prepareFacts() {
+    chooseCut();
+    shell_.killTimer();
+    timerArmed_ = false;
+    std::string missing;
+    if (!calculateStaticParameters(driver_, *session_, facts_, missing)) {
+        DEBUG_LOG("!!!!! Error on calculate static parameters");
+        DEBUG_LOG("!!!!! The driver does not tell %s", missing.c_str());
+        return refuse(TextId::StaticParametersMistake);
+    }
+    warnOfFreeSpace();
+    return true;
+}
+
+void RecordingControl::warnOfFreeSpace() {
+    const BoardSettings& board = session_->settings;
+    double need = 0.0;
+    if (settings_.stopRule == StopRule::Size) {
+        need = static_cast<double>(settings_.stopBytes);
+    } else if (settings_.stopRule == StopRule::Time && !board.externalClock) {
+        need = session_->sampleRate() * driver_.facts().sampleWidth() * settings_.stopSeconds / session_->decimation;
+    }
+    if (need > static_cast<double>(disk_.freeBytes)) {
+        DEBUG_LOG("Free space = %llu, recording needs %.0f", static_cast<unsigned long long>(disk_.freeBytes), need);
+        attention(text(TextId::FreeSpaceTooSmall));
+    }
+}
+
+bool RecordingControl::createFiles() {
+    WriterSetup setup;
+    setup.fileName = fileName_;
+    setup.sampleWidth = driver_.facts().sampleWidth();
+    setup.channelCount = session_->settings.channelCount();
+    setup.limitBytes = settings_.stopRule == StopRule::Size ? settings_.stopBytes : 0;
+    setup.pieceBytes = pieceBytes_;
+    setup.facts = facts_;
+    const int32_t code = session_->writer().open(setup, description_);
+    for (const std::string& name : session_->writer().movedAside()) {
+        attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), name.c_str()));
+    }
+    if (code != 0) {
+        DEBUG_LOG("!!!!! Error in create files. Code = %d", code);
+        DEBUG_LOG("!!!!! %s", session_->writer().openError().c_str());
+        return refuse(TextId::FileNameError);
+    }
+    return true;
+}
+
+void RecordingControl::release() {
+    session_->writer().setCreateTime(localTime());
+    DEBUG_LOG("Resume start");
+    session_->Begin();
+    shell_.showStatus(text(TextId::StatusRecording));
+    if (settings_.stopRule == StopRule::Time) {
+        DEBUG_LOG("Create timer for stop: TimeStopValue = %lf", settings_.stopSeconds);
+        timerCount_ = 0;
+        timerArmed_ = true;
+        shell_.startTimer(kTimerPeriodMs);
+    }
+}
+
+void RecordingControl::StopTimerTick() {
+    if (!timerArmed_ || !session_) {
+        return;
+    }
+    // A board that waits for its external start has not begun yet.
+    if (session_->settings.externalStart && session_->samplesRead() == 0) {
+        return;
+    }
+    ++timerCount_;
+    if (static_cast<double>(timerCount_) < settings_.stopSeconds) {
+        return;
+    }
+    DEBUG_LOG("Timer stop - Work");
+    StopButtonClick();
+    shell_.showProgress(100);
+    shell_.killTimer();
+}
+
+void RecordingControl::StopButtonClick() {
+    DEBUG_LOG("StopButtonClick");
+    if (session_) {
+        session_->requestStop();
+    }
+    DEBUG_LOG("KillTimer");
+    shell_.killTimer();
+    timerArmed_ = false;
+    if (!session_) {
+        return;
+    }
+    DEBUG_LOG("Stoping");
+    DEBUG_LOG("Stoping by User");
+    session_->endThread();
+    DEBUG_LOG("Generate new file name");
+    GenerateFileName();
+    freeSession();
+    if (shell_.consoleMode() && !closing_) {
+        closing_ = true;
+        shell_.quit();
+    }
+}
+
+void RecordingControl::GenerateFileName() {
+    shell_.setFileName(naming_.GenerateFileName(shell_.fileName(), shell_.savedFileName()));
+}
+
+void RecordingControl::OnNotification(const Notification& notification) {
+    const RecordingResult& result = notification.result;
+    const bool current = session_ && session_->number() == notification.session;
+    if (result.code == StopCode::Running) {
+        if (current) {
+            shell_.showBytes(result.bytes);
+        }
+        return;
+    }
+    if (!current && notification.session == refusedSession_) {
+        DEBUG_LOG("Refused start: %s", stopText(result));
+        return;
+    }
+    if (!current) {
+        report(result, true);
+        return;
+    }
+    if (result.code == StopCode::StopMeasuring && settings_.autoStart) {
+        report(result, false);
+        shell_.killTimer();
+        StartButtonClick();
+        return;
+    }
+    if (result.code != StopCode::Error) {
+        report(result, false);
+    }
+    StopButtonClick();
+    if (result.code == StopCode::Error) {
+        report(result, false);
+    }
+    if (const std::string message = stopMessage(result); !message.empty()) {
+        attention(message);
+    }
+    if (result.code == StopCode::TransferError) {
+        shell_.showMessage(result.getData.text());
+    }
+}
+
+void RecordingControl::report(const RecordingResult& result, bool withMessage) {
+    if (const char* line = stopText(result); line[0] != '\0') {
+        DEBUG_LOG("%s", line);
+        shell_.showStatus(line);
+    }
+    if (const std::string message = stopMessage(result); withMessage && !message.empty()) {
+        attention(message);
+    }
+}
+
+void RecordingControl::attention(const std::string& message) {
+    shell_.showAttention(formatText(text(TextId::Attention).c_str(), message.c_str()));
+}
+
+// Every refusal ends the waiting thread and frees the session, with the files that it may have made.
+bool RecordingControl::refuse(TextId id) {
+    refusedSession_ = sessionNumber_;
+    freeSession();
+    attention(text(id));
+    if (shell_.consoleMode()) {
+        shell_.quit();
+    }
+    return false;
+}
+
+void RecordingControl::freeSession() { session_.reset(); }
+
+}  // namespace tarno2

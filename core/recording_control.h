@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "config/disk_info.h"
+#include "config/file_naming.h"
+#include "core/board.h"
+#include "core/driver.h"
+#include "core/recording_shell.h"
+#include "language/text_ids.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+/// Starting and stopping recordings: the rules behind the start and stop buttons and behind console mode. Checks the
+/// settings in a fixed order, makes a board session for each recording and frees it after the stop.
+/// Window thread only; notifications reach it through the shell.
+class RecordingControl {
+public:
+    /// All outlive the control.
+    RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming);
+    ~RecordingControl();
+
+    /// Starts a recording. A refusal is logged, shown and leaves nothing behind. True when it runs.
+    bool StartButtonClick();
+    /// Ends the running recording, waits for its files and proposes the next name.
+    void StopButtonClick();
+    /// Handles what an acquisition thread posted.
+    void OnNotification(const Notification& notification);
+    /// A second of the stop timer has passed.
+    void StopTimerTick();
+    /// Puts a new unused name into the file name field.
+    void GenerateFileName();
+
+    [[nodiscard]] bool running() const { return session_ != nullptr; }
+    /// The session of the running recording, null when there is none.
+    [[nodiscard]] T_BOARD* session() { return session_.get(); }
+    /// How long a board may give no data event, milliseconds at least.
+    void setDataWait(uint32_t milliseconds) { dataWaitMs_ = milliseconds; }
+
+private:
+    [[nodiscard]] bool createSession();
+    [[nodiscard]] bool checkFile();
+    [[nodiscard]] bool checkSettings();
+    [[nodiscard]] bool checkStopRule();
+    [[nodiscard]] bool startThread();
+    void chooseCut();
+    void warnOfFreeSpace();
+    [[nodiscard]] bool prepareFacts();
+    [[nodiscard]] bool createFiles();
+    void release();
+
+    bool refuse(TextId id);
+    void attention(const std::string& message);
+    void report(const RecordingResult& result, bool withMessage);
+    void freeSession();
+
+    RecordingShell& shell_;
+    T_DRIVER& driver_;
+    FileNaming& naming_;
+    RecordDescription description_;
+    std::unique_ptr<T_BOARD> session_;
+    uint32_t sessionNumber_ = 0;
+    uint32_t refusedSession_ = 0;  ///< its refusal was shown: what its thread still says is only logged
+    uint32_t dataWaitMs_ = 10000;
+    bool closing_ = false;
+
+    RecordingSettings settings_;
+    std::string fileName_;
+    DiskFacts disk_;
+    RecordingFacts facts_;
+    uint64_t pieceBytes_ = 0;
+    bool timerArmed_ = false;
+    int64_t timerCount_ = 0;
+};
+
+}  // namespace tarno2
