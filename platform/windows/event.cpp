@@ -1,0 +1,99 @@
+#include "platform/event.h"
+
+#include <utility>
+#include <windows.h>
+
+#include "platform/clock.h"
+
+namespace tarno2 {
+
+namespace {
+
+HANDLE nativeHandle(intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+}  // namespace
+
+Event::Event() : handle_(reinterpret_cast<intptr_t>(CreateEventA(nullptr, TRUE, FALSE, nullptr))), owned_(true) {}
+
+// Handles are 32 bits wide in 64-bit programs too, extended with their sign.
+Event::Event(Borrowed /*tag*/, uint32_t number) : handle_(static_cast<int32_t>(number)), owned_(false) {}
+
+Event Event::wrap(uint32_t number) {
+    return {Borrowed{}, number};
+}
+
+Event::~Event() {
+    close();
+}
+
+Event::Event(Event&& other) noexcept
+    : handle_(std::exchange(other.handle_, 0)), owned_(std::exchange(other.owned_, false)) {}
+
+Event& Event::operator=(Event&& other) noexcept {
+    if (this != &other) {
+        close();
+        handle_ = std::exchange(other.handle_, 0);
+        owned_ = std::exchange(other.owned_, false);
+    }
+    return *this;
+}
+
+void Event::close() {
+    if (owned_ && valid()) {
+        CloseHandle(nativeHandle(handle_));
+    }
+}
+
+// -1 is the number of the process itself, which a wait would take for an object.
+bool Event::valid() const {
+    return handle_ != 0 && handle_ != -1;
+}
+
+uint32_t Event::number() const {
+    return static_cast<uint32_t>(handle_);
+}
+
+bool Event::set() {
+    return valid() && SetEvent(nativeHandle(handle_)) != 0;
+}
+
+uint64_t Event::reset() {
+    const bool signalled = wait(0) == WaitResult::Signalled;
+    return signalled && ResetEvent(nativeHandle(handle_)) != 0 ? 1 : 0;
+}
+
+WaitResult Event::wait(uint32_t milliseconds) const {
+    if (!valid()) {
+        return WaitResult::Failed;
+    }
+    static_assert(kWaitForever == INFINITE);
+    switch (WaitForSingleObject(nativeHandle(handle_), milliseconds)) {
+        case WAIT_OBJECT_0:
+            return WaitResult::Signalled;
+        case WAIT_TIMEOUT:
+            return WaitResult::TimedOut;
+        default:
+            return WaitResult::Failed;
+    }
+}
+
+Event::Either Event::waitEither(const Event& a, const Event& b, uint32_t milliseconds) {
+    if (!a.valid() || !b.valid()) {
+        return {};
+    }
+    const HANDLE handles[] = {nativeHandle(a.handle_), nativeHandle(b.handle_)};
+    switch (WaitForMultipleObjects(2, handles, FALSE, milliseconds)) {
+        case WAIT_OBJECT_0:  // the lowest index is reported: the other may be signalled too
+            return {WaitResult::Signalled, true, b.wait(0) == WaitResult::Signalled};
+        case WAIT_OBJECT_0 + 1:
+            return {WaitResult::Signalled, false, true};
+        case WAIT_TIMEOUT:
+            return {WaitResult::TimedOut, false, false};
+        default:
+            return {};
+    }
+}
+
+}  // namespace tarno2

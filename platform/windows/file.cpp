@@ -1,0 +1,178 @@
+#include "platform/file.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+#include <windows.h>
+
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr size_t kLargestTransfer = size_t{1} << 30U;
+
+OsError result(BOOL returned) {
+    return returned != 0 ? OsError() : OsError::last();
+}
+
+HANDLE nativeHandle(intptr_t handle) {
+    return reinterpret_cast<HANDLE>(handle);
+}
+
+DWORD disposition(FileMode mode) {
+    switch (mode) {
+        case FileMode::CreateAlways:
+            return CREATE_ALWAYS;
+        case FileMode::CreateNew:
+            return CREATE_NEW;
+        case FileMode::OpenAlways:
+            return OPEN_ALWAYS;
+        case FileMode::OpenExisting:
+            break;
+    }
+    return OPEN_EXISTING;
+}
+
+DWORD accessRights(FileAccess access) {
+    switch (access) {
+        case FileAccess::Write:
+            return GENERIC_WRITE;
+        case FileAccess::ReadWrite:
+            return GENERIC_READ | GENERIC_WRITE;
+        case FileAccess::Read:
+            break;
+    }
+    return GENERIC_READ;
+}
+
+}  // namespace
+
+OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
+    close();
+    const DWORD sharing = share == FileShare::None ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const HANDLE file = CreateFileA(path.c_str(), accessRights(access), sharing, nullptr, disposition(mode),
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return OsError::last();
+    }
+    static_assert(kClosed == -1, "the value of INVALID_HANDLE_VALUE");
+    handle_ = reinterpret_cast<intptr_t>(file);
+    return {};
+}
+
+OsError File::close() {
+    return isOpen() ? result(CloseHandle(nativeHandle(std::exchange(handle_, kClosed)))) : OsError();
+}
+
+OsError File::read(void* data, size_t size, size_t& done) {
+    done = 0;
+    while (done < size) {
+        const auto part = static_cast<DWORD>(std::min(size - done, kLargestTransfer));
+        DWORD got = 0;
+        if (ReadFile(nativeHandle(handle_), static_cast<char*>(data) + done, part, &got, nullptr) == 0) {
+            return OsError::last();
+        }
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return {};
+}
+
+OsError File::write(const void* data, size_t size, size_t& done) {
+    done = 0;
+    while (done < size) {
+        const auto part = static_cast<DWORD>(std::min(size - done, kLargestTransfer));
+        DWORD put = 0;
+        const BOOL written =
+            WriteFile(nativeHandle(handle_), static_cast<const char*>(data) + done, part, &put, nullptr);
+        const OsError error = result(written);
+        done += put;
+        if (!error.ok()) {
+            return error;
+        }
+        if (put == 0) {
+            return OsError(ERROR_DISK_FULL);
+        }
+    }
+    return {};
+}
+
+OsError File::seek(uint64_t offset) {
+    if (offset > static_cast<uint64_t>(std::numeric_limits<LONGLONG>::max())) {
+        return OsError(ERROR_NEGATIVE_SEEK);
+    }
+    LARGE_INTEGER distance{};
+    distance.QuadPart = static_cast<LONGLONG>(offset);
+    return result(SetFilePointerEx(nativeHandle(handle_), distance, nullptr, FILE_BEGIN));
+}
+
+OsError File::size(uint64_t& bytes) const {
+    LARGE_INTEGER size{};
+    if (GetFileSizeEx(nativeHandle(handle_), &size) == 0) {
+        return OsError::last();
+    }
+    bytes = static_cast<uint64_t>(size.QuadPart);
+    return {};
+}
+
+OsError File::truncate(uint64_t size) {
+    const OsError error = seek(size);
+    return error.ok() ? result(SetEndOfFile(nativeHandle(handle_))) : error;
+}
+
+OsError File::flush() {
+    return result(FlushFileBuffers(nativeHandle(handle_)));
+}
+
+bool fileExists(const std::string& path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool isDirectory(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+OsError removeFile(const std::string& path) {
+    return result(DeleteFileA(path.c_str()));
+}
+
+OsError createDirectory(const std::string& path) {
+    return result(CreateDirectoryA(path.c_str(), nullptr));
+}
+
+OsError removeDirectory(const std::string& path) {
+    return result(RemoveDirectoryA(path.c_str()));
+}
+
+OsError renameFile(const std::string& from, const std::string& to) {
+    return result(MoveFileExA(from.c_str(), to.c_str(), 0));
+}
+
+OsError replaceFile(const std::string& from, const std::string& to) {
+    return result(MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING));
+}
+
+std::vector<std::string> listDirectory(const std::string& path) {
+    std::vector<std::string> names;
+    WIN32_FIND_DATAA found{};
+    const HANDLE search = path.empty() ? INVALID_HANDLE_VALUE : FindFirstFileA(joinPath(path, "*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return names;
+    }
+    do {
+        std::string name = found.cFileName;
+        if (name != "." && name != "..") {
+            names.push_back(std::move(name));
+        }
+    } while (FindNextFileA(search, &found) != 0);
+    FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace tarno2

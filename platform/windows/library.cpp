@@ -1,0 +1,52 @@
+#include "platform/library.h"
+
+#include <utility>
+#include <windows.h>
+
+#include "platform/os_error.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+Library::~Library() {
+    unload();
+}
+
+Library::Library(Library&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+
+Library& Library::operator=(Library&& other) noexcept {
+    if (this != &other) {
+        unload();
+        handle_ = std::exchange(other.handle_, nullptr);
+    }
+    return *this;
+}
+
+bool Library::load(const std::string& path, std::string& error) {
+    unload();
+    // A damaged library would otherwise be reported in a box that waits for a click.
+    DWORD previousMode = 0;
+    SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previousMode);
+    // A driver's own libraries lie beside it.
+    handle_ = LoadLibraryExA(path.c_str(), nullptr, isAbsolutePath(path) ? LOAD_WITH_ALTERED_SEARCH_PATH : 0);
+    if (handle_ == nullptr) {
+        error = OsError::last().text();
+    }
+    SetThreadErrorMode(previousMode, nullptr);
+    return handle_ != nullptr;
+}
+
+void Library::unload() {
+    if (handle_ != nullptr) {
+        FreeLibrary(static_cast<HMODULE>(std::exchange(handle_, nullptr)));
+    }
+}
+
+void* Library::symbol(const char* name) const {
+    if (handle_ == nullptr) {
+        return nullptr;
+    }
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name));
+}
+
+}  // namespace tarno2
