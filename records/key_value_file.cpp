@@ -106,7 +106,7 @@ bool KeyValueFile::writeLine(std::string_view line) {
 }
 
 bool KeyValueFile::writeComment(std::string_view comment) {
-    return writeLine(";" + utf8ToCp1251(comment).value_or(std::string(comment)));
+    return writeLine(std::string(";").append(utf8ToCp1251(comment).value_or(std::string(comment))));
 }
 
 bool KeyValueFile::writeEmptyLine() {
