@@ -1,0 +1,110 @@
+#include "core/ring_reader.h"
+
+#include <gtest/gtest.h>
+
+namespace tarno2 {
+namespace {
+
+TEST(StreamTiming, FollowsFromRateAndRing) {
+    struct Case {
+        const char* what;
+        double frequency;
+        uint32_t factor;
+        uint32_t width;
+        uint32_t ring;
+        bool hotPlug;
+        uint32_t threshold;
+        uint32_t sleep;
+        int64_t check;
+    };
+    const Case cases[] = {
+        {"slow: a fifth of a second", 10000.0, 1, 2, 20000, false, 2000, 1, 1 + 19},
+        {"slow: at most the half less one", 10000.0, 1, 2, 2000, false, 999, 1, 20},
+        {"slow: at least 100", 300.0, 1, 2, 1000, false, 100, 1, 34},
+        {"slow: a small ring caps the least threshold", 2.0, 1, 2, 32, false, 15, 1, 5120},
+        {"fast: half a ring less one, a quarter of its time", 1e6, 1, 2, 500000, false, 249999, 62500 / 500, 20},
+        {"counted per channel it is fast", 100000.0, 16, 2, 100000, false, 49999, 15, 20},
+        {"hot-plug: read early", 1e6, 1, 2, 500000, true, 100, 1, 20},
+        {"check time follows the frequency", 3000.0, 1, 2, 3000, false, 600, 1, 3},
+        {"check time of exactly 1 s is taken as 20", 10240.0, 1, 2, 10240, false, 2047, 1, 20},
+    };
+    for (const Case& c : cases) {
+        const StreamTiming timing = streamTiming(c.frequency, c.factor, c.width, c.ring, c.hotPlug);
+        EXPECT_NEAR(timing.threshold, c.threshold, 1.0) << c.what;
+        EXPECT_NEAR(timing.maximumSleep, c.sleep, 1.0) << c.what;
+        EXPECT_EQ(timing.checkSeconds, c.check) << c.what;
+        EXPECT_LT(timing.threshold, c.ring / 2) << c.what << ": a filled half has to be read";
+    }
+}
+
+TEST(RingReader, ReadsFilledHalvesInOrder) {
+    RingReader ring(120, 3, 59);
+    EXPECT_EQ(ring.nextHalves().count, 0U);
+    for (uint64_t half = 0; half < 7; ++half) {
+        ring.halvesFilled(1);
+        const RingReader::Part part = ring.nextHalves();
+        EXPECT_EQ(part.offset, half % 2 * 60);
+        EXPECT_EQ(part.count, 60U);
+        EXPECT_FALSE(ring.overflows(part));
+        ring.advance(part.count);
+        EXPECT_EQ(ring.nextHalves().count, 0U);
+    }
+    EXPECT_EQ(ring.readPosition(), 420U);
+}
+
+TEST(RingReader, ThresholdHasToBeExceeded) {
+    RingReader equal(120, 3, 60);
+    equal.halvesFilled(1);
+    EXPECT_EQ(equal.nextHalves().count, 0U);
+    EXPECT_TRUE(equal.nextHalves().belowThreshold);
+    RingReader less(120, 3, 59);
+    less.halvesFilled(1);
+    EXPECT_EQ(less.nextHalves().count, 60U);
+}
+
+TEST(RingReader, TwoUnreadHalvesAreAnOverflowNotNothing) {
+    RingReader byEvents(120, 3, 59);
+    byEvents.halvesFilled(2);
+    EXPECT_EQ(byEvents.nextHalves().count, 120U);
+    EXPECT_TRUE(byEvents.overflows(byEvents.nextHalves()));
+
+    RingReader byCount(120, 3, 59);
+    byCount.samplesWritten(119);
+    EXPECT_FALSE(byCount.overflows(byCount.nextHalves()));
+    EXPECT_EQ(byCount.nextHalves().count, 60U);
+    byCount.samplesWritten(120);
+    EXPECT_TRUE(byCount.overflows(byCount.nextHalves()));
+    EXPECT_FALSE(byCount.overwritten()) << "full, but nothing is lost yet";
+    byCount.samplesWritten(121);
+    EXPECT_TRUE(byCount.overwritten());
+}
+
+TEST(RingReader, RestComesInStretchesOfWholeFrames) {
+    RingReader ring(120, 3, 59);
+    ring.samplesWritten(60);
+    ring.advance(60);
+    ring.samplesWritten(60 + 60 + 31);
+    RingReader::Part part = ring.nextRest();
+    EXPECT_EQ(part.offset, 60U);
+    EXPECT_EQ(part.count, 60U) << "up to the ring's end";
+    ring.advance(part.count);
+    part = ring.nextRest();
+    EXPECT_EQ(part.offset, 0U);
+    EXPECT_EQ(part.count, 30U) << "the torn frame stays";
+    ring.advance(part.count);
+    EXPECT_EQ(ring.nextRest().count, 0U);
+}
+
+TEST(RingReader, PositionsGoOnBeyond32Bits) {
+    RingReader ring(4000000000U, 4, 100);
+    for (int i = 0; i < 6; ++i) {
+        ring.halvesFilled(1);
+        const RingReader::Part part = ring.nextHalves();
+        ASSERT_EQ(part.count, 2000000000U);
+        ring.advance(part.count);
+    }
+    EXPECT_EQ(ring.readPosition(), 12000000000U);
+}
+
+}  // namespace
+}  // namespace tarno2
