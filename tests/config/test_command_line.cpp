@@ -1,0 +1,41 @@
+#include <gtest/gtest.h>
+
+#include "config/command_line.h"
+
+namespace tarno2::test {
+namespace {
+
+TEST(CommandLine, ModeAndPath) {
+    struct {
+        const char* text;
+        CommandLine::Mode mode;
+        const char* path;
+    } const cases[] = {
+        {"", CommandLine::Interactive, ""},
+        {"/c auto.cfg", CommandLine::Console, "auto.cfg"},
+        {"/C auto.cfg", CommandLine::Console, "auto.cfg"},
+        {"/c  my file.cfg ", CommandLine::Console, " my file.cfg "},
+        {"/c \"auto.cfg\"", CommandLine::Console, "\"auto.cfg\""},
+        {"/c ", CommandLine::Console, ""},
+        {"/c", CommandLine::Usage, ""},
+        {"/cauto.cfg", CommandLine::Usage, ""},
+        {" /c auto.cfg", CommandLine::Usage, ""},
+        {"/?", CommandLine::Usage, ""},
+        {"auto.cfg", CommandLine::Usage, ""},
+    };
+    for (const auto& c : cases) {
+        const CommandLine line = parseCommandLine(c.text);
+        EXPECT_EQ(line.mode, c.mode) << c.text;
+        EXPECT_EQ(line.path, c.path) << c.text;
+    }
+}
+
+TEST(CommandLine, ArgumentsAreJoinedByBlanks) {
+    const char* const arguments[] = {"Tarno2", "/c", "my", "file.cfg"};
+    EXPECT_EQ(joinArguments(4, arguments), "/c my file.cfg");
+    EXPECT_EQ(joinArguments(1, arguments), "");
+    EXPECT_EQ(joinArguments(0, nullptr), "");
+}
+
+}  // namespace
+}  // namespace tarno2::test

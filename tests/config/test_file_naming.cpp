@@ -1,0 +1,156 @@
+#include <gmock/gmock.h>
+
+#include "config/debug_log.h"
+#include "config/disk_info.h"
+#include "config/file_naming.h"
+#include "platform/c_locale.h"
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "tests/support/temporary_folder.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The running number of a name generated today; -1 when the name is not one.
+int numberOf(const std::string& name) {
+    const LocalTime today = localTime();
+    const std::string prefix = formatText("file_%d_%d_%d_n", today.year, today.month, today.day);
+    const std::string file = fileNameOf(name);
+    if (!file.starts_with(prefix) || !file.ends_with(".dat")) {
+        return -1;
+    }
+    return std::stoi(file.substr(prefix.size()));
+}
+
+TEST(FileNaming, NewNamesMeetNoLeftovers) {
+    const TemporaryFolder folder;
+    FileNaming naming;
+    const std::string first = naming.GenerateFileName(folder.file("chosen.dat"), {});
+    EXPECT_EQ(parentFolder(first), folder.path());
+    const int start = numberOf(first);
+    ASSERT_GE(start, 0) << first;
+
+    folder.write(fileNameOf(first), "recorded");
+    const std::string second = naming.GenerateFileName(first, {});
+    EXPECT_EQ(numberOf(second), start + 1);
+    folder.write(fileNameOf(second).replace(fileNameOf(second).size() - 3, 3, "txt"), "a description alone");
+    EXPECT_EQ(numberOf(naming.GenerateFileName(first, {})), start + 2);
+
+    debugLog().open(folder.file("naming.cfg"), 1);
+    const std::string third = naming.GenerateFileName(first, {});
+    debugLog().close();
+    EXPECT_THAT(readFile(folder.file("naming.dbg")), testing::HasSubstr("--- New file = \"" + third + "\"\r\n"));
+}
+
+TEST(FileNaming, FolderComesFromTheFirstNameThatHasOne) {
+    const TemporaryFolder field;
+    const TemporaryFolder saved;
+    const TemporaryFolder documents;
+    const ScopedEnvironment noRegistry("TARNO2_REGISTRY", documents.path());
+    const ScopedEnvironment own("XDG_DOCUMENTS_DIR", documents.path());
+    FileNaming naming;
+    const auto folderOf = [&](const std::string& current, const std::string& savedName) {
+        return parentFolder(naming.GenerateFileName(current, savedName));
+    };
+    EXPECT_EQ(folderOf(field.file("a.dat"), saved.file("b.dat")), field.path());
+    EXPECT_EQ(folderOf("a.dat", saved.file("b.dat")), saved.path());
+    EXPECT_EQ(folderOf("", ""), joinPath(documentsFolder(), "Data"));
+    if (kPathSeparator == '/') {  // Windows has a registry of its own
+        EXPECT_EQ(documentsFolder(), documents.path());
+        documents.write("personal.reg",
+                        "REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\"
+                        "Shell Folders]\r\n\"Personal\"=\"/home/of/documents\"\r\n");
+        EXPECT_EQ(documentsFolder(), "/home/of/documents");
+    }
+}
+
+TEST(FileNaming, ExtensionsAndPieces) {
+    struct {
+        const char* name;
+        const char* withExtension;
+        const char* secondPiece;
+    } const cases[] = {
+        {"run", "run.dat", "run_2.dat"},
+        {"run.bin", "run.bin", "run_2.bin"},
+        {"run.", "run.dat", "run_2.dat"},
+        {"a.b/run", "a.b/run.dat", "a.b/run_2.dat"},
+        {"a.b/.run", "a.b/.run.dat", "a.b/.run_2.dat"},
+        {"a/run.1.dat", "a/run.1.dat", "a/run.1_2.dat"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(withDataExtension(c.name), c.withExtension);
+        EXPECT_EQ(pieceName(c.withExtension, 0), c.withExtension);
+        EXPECT_EQ(pieceName(c.withExtension, 2), c.secondPiece);
+    }
+}
+
+TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(createDirectory(folder.file("sub")).ok());
+    ASSERT_TRUE(createDirectory(folder.file("sub.dat")).ok());
+    EXPECT_EQ(checkDataFileName(""), NameProblem::Empty);
+    EXPECT_EQ(checkDataFileName("run.txt"), NameProblem::EqualsDescription);
+    EXPECT_EQ(checkDataFileName("run.TXT"), NameProblem::EqualsDescription);
+    EXPECT_EQ(checkDataFileName(folder.path()), NameProblem::IsFolder);
+    EXPECT_EQ(checkDataFileName(folder.file("new") + kPathSeparator), NameProblem::IsFolder);
+    EXPECT_EQ(checkDataFileName(folder.file("sub.dat")), NameProblem::IsFolder);
+    EXPECT_EQ(checkDataFileName(folder.file("sub")), NameProblem::IsFolder);
+    EXPECT_EQ(checkDataFileName(".."), NameProblem::IsFolder);
+    EXPECT_EQ(checkDataFileName(folder.file("run")), NameProblem::None);
+    EXPECT_EQ(checkDataFileName(folder.file("not yet/run.dat")), NameProblem::None);
+}
+
+TEST(FileNaming, FoldersAreMadeOneByOne) {
+    const TemporaryFolder folder;
+    const std::string deep = joinPath(joinPath(folder.file("a"), "b"), "run.dat");
+    EXPECT_TRUE(createFoldersFor(deep).ok());
+    EXPECT_TRUE(isDirectory(parentFolder(deep)));
+    EXPECT_TRUE(createFoldersFor(deep).ok());
+    EXPECT_TRUE(createFoldersFor("run.dat").ok());
+    const std::string file = folder.write("file", "x");
+    EXPECT_FALSE(createFoldersFor(joinPath(file, "run.dat")).ok());
+    EXPECT_FALSE(createFoldersFor(joinPath(joinPath(file, "below"), "run.dat")).ok());
+}
+
+TEST(MoveAside, AllFilesOfTheRecordingAndNoOthers) {
+    const TemporaryFolder folder;
+    // Every file holds its first name, so that a lost or replaced one shows.
+    for (const char* name : {"run.dat", "run.txt", "run_1.dat", "run_1.txt", "run_12.txt", "run_01.dat", "run_x.dat",
+                             "run_0.dat", "runner_1.dat", "run_3.csv", "run_old1_4.dat", "run_old2.txt"}) {
+        folder.write(name, name);
+    }
+    const MovedAside moved = moveEarlierRecordingAside(folder.file("run"));
+    EXPECT_TRUE(moved.error.ok());
+    EXPECT_THAT(moved.names,
+                ElementsAre(folder.file("run_old3.dat"), folder.file("run_old3.txt"), folder.file("run_old3_1.dat"),
+                            folder.file("run_old3_1.txt"), folder.file("run_old3_12.txt")));
+    EXPECT_THAT(listDirectory(folder.path()),
+                ElementsAre("run_0.dat", "run_01.dat", "run_3.csv", "run_old1_4.dat", "run_old2.txt", "run_old3.dat",
+                            "run_old3.txt", "run_old3_1.dat", "run_old3_1.txt", "run_old3_12.txt", "run_x.dat",
+                            "runner_1.dat"));
+    EXPECT_EQ(readFile(folder.file("run_old3.dat")), "run.dat");
+    EXPECT_EQ(readFile(folder.file("run_old3_12.txt")), "run_12.txt");
+    EXPECT_EQ(readFile(folder.file("run_old2.txt")), "run_old2.txt");
+
+    EXPECT_THAT(moveEarlierRecordingAside(folder.file("run.dat")).names, IsEmpty());
+    EXPECT_THAT(moveEarlierRecordingAside(folder.file("no folder/run.dat")).names, IsEmpty());
+
+    folder.write("run.dat", "again");
+    EXPECT_THAT(moveEarlierRecordingAside(folder.file("run.dat")).names, ElementsAre(folder.file("run_old4.dat")));
+}
+
+TEST(MoveAside, OtherCaseCountsWhereTheDiskDoesNotTell) {
+    const TemporaryFolder folder;
+    folder.write("RUN_5.DAT", "five");
+    const bool oneName = fileExists(folder.file("run_5.dat"));
+    const MovedAside moved = moveEarlierRecordingAside(folder.file("run.dat"));
+    EXPECT_EQ(moved.names.size(), oneName ? 1U : 0U);
+    EXPECT_EQ(readFile(folder.file(oneName ? "run_old1_5.dat" : "RUN_5.DAT")), "five");
+}
+
+}  // namespace
+}  // namespace tarno2::test
