@@ -85,6 +85,15 @@ TEST(KeyValueFileWriter, ReportsWhatDoesNotReachAFile) {
     EXPECT_TRUE(file.close()) << "a failure is reported once";
 }
 
+TEST(KeyValueFileWriter, ReportsAFullDisk) {
+    KeyValueFile file;
+    if (!file.createForWriting("/dev/full")) {
+        GTEST_SKIP() << "this system has no device that is always full";
+    }
+    EXPECT_FALSE(file.writeUInt32("Key", 1));
+    EXPECT_FALSE(file.close());
+}
+
 TEST(KeyValueFileReader, NormalisesTextOnItsWay) {
     struct Case {
         const char* what;
