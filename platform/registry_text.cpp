@@ -151,9 +151,9 @@ public:
 
 private:
     std::string_view takeLine() {
-        const size_t end = rest_.find_first_of("\r\n");
-        const std::string_view line = rest_.substr(0, end);
-        rest_.remove_prefix(end == std::string_view::npos ? rest_.size() : end + 1);
+        const std::string_view line = rest_.substr(0, rest_.find_first_of("\r\n"));
+        rest_.remove_prefix(line.size());
+        rest_.remove_prefix(rest_.starts_with("\r\n") ? 2 : std::min<size_t>(rest_.size(), 1));
         return line;
     }
 
@@ -255,9 +255,6 @@ private:
         std::string whole;
         while (text.ends_with('\\')) {
             whole += text.substr(0, text.size() - 1);
-            if (rest_.starts_with('\n')) {  // the second half of CR LF
-                rest_.remove_prefix(1);
-            }
             text = trimmed(takeLine());
         }
         return whole.append(text);

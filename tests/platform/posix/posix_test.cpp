@@ -1,0 +1,165 @@
+// What exists elsewhere than on Windows only: pipes, symbolic links, signals, folders of registry texts.
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/eventfd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/event.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "platform/registry.h"
+#include "platform/termination.h"
+#include "platform/volume.h"
+#include "tests/support/temporary_folder.h"
+
+namespace tarno2 {
+namespace {
+
+using test::ScopedEnvironment;
+using test::TemporaryFolder;
+
+TEST(PosixEvent, CountsAndNeverBlocksOnADriversEvent) {
+    const int descriptor = eventfd(0, 0);  // a blocking one
+    Event event = Event::wrap(static_cast<uint32_t>(descriptor));
+    EXPECT_EQ(event.reset(), 0U);
+    for (int i = 0; i < 3; ++i) {
+        event.set();
+    }
+    EXPECT_EQ(event.reset(), 3U);
+    EXPECT_EQ(event.wait(0), WaitResult::TimedOut);
+    ::close(descriptor);
+    EXPECT_EQ(event.wait(0), WaitResult::Failed);
+}
+
+TEST(PosixFile, PipesAndFullDisks) {
+    const TemporaryFolder folder;
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    File file;
+    EXPECT_FALSE(file.open(pipe, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
+    ASSERT_TRUE(file.open("/dev/full", FileMode::OpenExisting, FileAccess::Write, FileShare::ReadWrite).ok());
+    size_t done = 1;
+    EXPECT_FALSE(file.write("x", 1, done).ok());
+    EXPECT_EQ(done, 0U);
+    ASSERT_EQ(symlink("nowhere", folder.file("link").c_str()), 0);
+    EXPECT_TRUE(fileExists(folder.file("link"))) << "the name is taken";
+}
+
+TEST(PosixPaths, UserSettingsFolder) {
+    const ScopedEnvironment home("HOME", "/home/x");
+    {
+        const ScopedEnvironment config("XDG_CONFIG_HOME", "/c");
+        EXPECT_EQ(userSettingsFolder(), "/c/tarno2");
+    }
+    const ScopedEnvironment relative("XDG_CONFIG_HOME", "c");
+    EXPECT_EQ(userSettingsFolder(), "/home/x/.config/tarno2");
+}
+
+TEST(PosixVolume, FollowsLinksAndNamesMounts) {
+    const TemporaryFolder folder;
+    VolumeInfo info;
+    ASSERT_EQ(symlink("/proc", folder.file("link").c_str()), 0);
+    ASSERT_EQ(queryVolume(folder.file("link/no/file"), info), VolumeStatus::Ok);
+    EXPECT_EQ(info.fileSystem, "proc");
+    EXPECT_EQ(info.root, "/proc/");
+}
+
+TEST(PosixTermination, SignalsCallBackOnAThreadOfItsOwn) {
+    Event called;
+    sigset_t before;
+    sigset_t after;
+    pthread_sigmask(SIG_SETMASK, nullptr, &before);
+    {
+        TerminationWatcher watcher([&] { called.set(); });
+        for (const int signal : {SIGINT, SIGTERM, SIGINT}) {
+            ASSERT_EQ(kill(getpid(), signal), 0);
+            EXPECT_EQ(called.wait(kWaitForever), WaitResult::Signalled);
+            called.reset();
+        }
+        watcher.finished();
+    }
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    EXPECT_EQ(sigismember(&after, SIGTERM), sigismember(&before, SIGTERM));
+}
+
+class RegistryFolders : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(createDirectory(first_).ok());
+        ASSERT_TRUE(createDirectory(second_).ok());
+    }
+    static std::string text(const std::string& key, const std::string& value) {
+        return "REGEDIT4\n[HKEY_LOCAL_MACHINE\\" + key + "]\n\"path\"=" + value + "\n";
+    }
+    static std::string path(const std::string& key) {
+        const auto value = registryValue(RegistryRoot::LocalMachine, key, "path");
+        return value ? value->data + '@' + fileNameOf(value->folder) : "none";
+    }
+
+    TemporaryFolder folder_;
+    std::string first_ = folder_.file("first");
+    std::string second_ = folder_.file("second");
+    ScopedEnvironment named_{"TARNO2_REGISTRY", first_ + "::" + folder_.file("missing") + ':' + second_};
+};
+
+TEST_F(RegistryFolders, FirstFolderAndFirstFileWin) {
+    (void)folder_.write("second/a.reg", text("D\\X", "\"second\"") + text("D\\Other", "\"o\"").substr(9));
+    (void)folder_.write("first/b.reg", text("D\\x", "\"b\""));
+    (void)folder_.write("first/a.reg", text("d\\X\\Deep", "\"a\""));
+    (void)folder_.write("first/ignored.txt", text("D\\Ignored", "\"i\""));
+    EXPECT_EQ(path("D\\X"), "b@first");
+    EXPECT_EQ(path("D\\other"), "o@second");
+    const auto sub = [](int index) { return registrySubKey(RegistryRoot::LocalMachine, "D", index, 1000); };
+    EXPECT_EQ(sub(0), "X");
+    EXPECT_EQ(sub(1), "Other");
+    EXPECT_EQ(sub(2), std::nullopt);
+}
+
+TEST_F(RegistryFolders, BadTextsAreSteppedOver) {
+    ASSERT_EQ(symlink("loop.reg", (first_ + "/loop.reg").c_str()), 0);
+    ASSERT_EQ(symlink("..", (first_ + "/up.reg").c_str()), 0);
+    ASSERT_TRUE(createDirectory(first_ + "/folder.reg").ok());
+    ASSERT_EQ(mkfifo((first_ + "/pipe.reg").c_str(), 0600), 0);
+    (void)folder_.write("first/binary.reg", std::string(5000, '\0'));
+    (void)folder_.write("first/large.reg", std::string(2 << 20, 'x'));
+    (void)folder_.write("first/type.reg", text("D\\T", "dword:1"));
+    const std::string whole(999, 'n');
+    (void)folder_.write("first/long.reg", text("D\\" + whole, "\"w\"") + text("D\\" + whole + "tail", "\"t\""));
+    EXPECT_EQ(registryValue(RegistryRoot::LocalMachine, "D\\T", "path")->type, kRegistryDword);
+    EXPECT_EQ(registrySubKey(RegistryRoot::LocalMachine, "D", 0, 1000), whole);
+    EXPECT_EQ(registrySubKey(RegistryRoot::LocalMachine, "D", 1, 1000), whole) << "a longer name is cut";
+    EXPECT_EQ(path("D\\" + whole + "tail"), "t@first");
+}
+
+TEST_F(RegistryFolders, WrittenTextsNeverTouchOtherKeys) {
+    const auto machine = RegistryRoot::LocalMachine;
+    const std::string mixed = text("D\\Board", "\"mine\"") + text("D\\Second", "\"m\"").substr(9);
+    (void)folder_.write("first/Board.reg", mixed);
+    std::string where;
+    ASSERT_TRUE(registrySetString(machine, "D\\a/b", "path", "x", where).ok());
+    EXPECT_EQ(fileNameOf(where), "a_b.reg");
+    ASSERT_TRUE(registrySetString(machine, "E\\Board", "path", "Ж", where).ok());
+    EXPECT_EQ(fileNameOf(where), "Board-2.reg");
+    EXPECT_EQ(path("E\\Board"), "Ж@first") << "kept through UTF-16";
+    EXPECT_EQ(test::readFile(first_ + "/Board.reg"), mixed);
+    const std::string longName(999, 'L');
+    ASSERT_TRUE(registrySetString(machine, "D\\" + longName, "path", "l", where).ok()) << where;
+    EXPECT_EQ(path("D\\" + longName), "l@first");
+    EXPECT_FALSE(registrySetString(machine, "D\\New", "path", "two\nlines", where).ok());
+    EXPECT_TRUE(registryDeleteKey(machine, "D\\Board", where).notFound()) << "that text holds another key too";
+    EXPECT_TRUE(registryDeleteKey(machine, "e\\board", where).ok());
+    EXPECT_FALSE(fileExists(where));
+}
+
+TEST_F(RegistryFolders, MissingFoldersAreMade) {
+    const ScopedEnvironment unmade("TARNO2_REGISTRY", folder_.file("x/y/z"));
+    std::string where;
+    ASSERT_TRUE(registrySetString(RegistryRoot::LocalMachine, "K", "path", "v", where).ok());
+    EXPECT_EQ(where, folder_.file("x/y/z/K.reg"));
+    const ScopedEnvironment below("TARNO2_REGISTRY", where + "/below");
+    EXPECT_FALSE(registrySetString(RegistryRoot::LocalMachine, "K", "path", "v", where).ok());
+}
+
+}  // namespace
+}  // namespace tarno2
