@@ -22,6 +22,20 @@ File& File::operator=(File&& other) noexcept {
     return *this;
 }
 
+OsError createFolders(const std::string& path) {
+    if (isDirectory(path)) {
+        return {};
+    }
+    const std::string parent = parentFolder(path);
+    if (!parent.empty() && parent != path) {
+        if (OsError error = createFolders(parent); !error.ok()) {
+            return error;
+        }
+    }
+    const OsError error = createDirectory(path);
+    return isDirectory(path) ? OsError() : error;
+}
+
 OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path) {
     constexpr int kAttempts = 100;
     OsError error;

@@ -61,6 +61,8 @@ private:
 [[nodiscard]] bool isDirectory(const std::string& path);
 OsError removeFile(const std::string& path);
 OsError createDirectory(const std::string& path);
+/// Makes a folder with all that lead to it; one that is there already is no error.
+OsError createFolders(const std::string& path);
 OsError removeDirectory(const std::string& path);
 /// Gives a file another name in the same volume; fails (alreadyExists) rather than replace one of that name.
 OsError renameFile(const std::string& from, const std::string& to);

@@ -73,10 +73,7 @@ std::string programDirectory() {
     if (settings.empty()) {
         return folder;
     }
-    if (!isDirectory(settings)) {
-        createDirectory(parentFolder(settings));
-        createDirectory(settings);
-    }
+    createFolders(settings);
     return settings;
 }
 

@@ -54,17 +54,6 @@ std::string writableFolder() {
     return named && !named->empty() ? named->front() : userFolder();
 }
 
-OsError createFolders(const std::string& folder) {
-    if (folder.empty() || isDirectory(folder)) {
-        return {};
-    }
-    if (const OsError error = createFolders(parentFolder(folder)); !error.ok()) {
-        return error;
-    }
-    const OsError error = createDirectory(folder);
-    return error.alreadyExists() && isDirectory(folder) ? OsError() : error;
-}
-
 /// A file name made of the last part of a key.
 std::string stemOf(const std::string& key) {
     std::string stem = key.substr(key.rfind('\\') + 1).substr(0, kLongestStem);

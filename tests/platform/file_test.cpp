@@ -129,7 +129,13 @@ TEST(File, RenamingReplacesOnlyWhenAsked) {
     EXPECT_TRUE(createDirectory(folder.file("Z")).ok());
     EXPECT_TRUE(createDirectory(folder.file("Z")).alreadyExists());
     EXPECT_THAT(listDirectory(folder.path()), ElementsAre("Z", "a"));
-    EXPECT_TRUE(removeDirectory(folder.file("Z")).ok());
+    EXPECT_TRUE(createFolders(folder.file("Z/y/x/")).ok());
+    EXPECT_TRUE(createFolders(folder.file("Z/y")).ok());
+    EXPECT_FALSE(createFolders(joinPath(a, "y")).ok());
+    EXPECT_FALSE(removeDirectory(folder.file("Z")).ok()) << "not empty";
+    for (const char* name : {"Z/y/x", "Z/y", "Z"}) {
+        EXPECT_TRUE(removeDirectory(folder.file(name)).ok());
+    }
     EXPECT_TRUE(removeFile(a).ok());
     EXPECT_FALSE(fileExists(a));
 }
