@@ -9,6 +9,7 @@
 
 #include "config/debug_log.h"
 #include "config/version.h"
+#include "platform/c_locale.h"
 #include "platform/file.h"
 #include "tests/config/masked.h"
 #include "tests/support/temporary_folder.h"
@@ -102,8 +103,8 @@ TEST(DebugLog, ThreadsNeverMixTheirLines) {
         const bool stamped = masked(line).starts_with(kStamp);
         const std::string message = stamped ? line.substr(line.find(" --- ") + 5) : line;
         for (const char* writerText : kTexts) {
-            const int next = counts[writerText];
-            counts[writerText] += message == writerText + (" " + std::to_string(next)) + " end\r" ? 1 : 0;
+            int& next = counts[writerText];
+            next += message == formatText("%s %d end\r", writerText, next) ? 1 : 0;
         }
         ++counts["all"];
     }
