@@ -14,9 +14,10 @@ struct BoardFacts {
     ADCSampleFormat format{};
     ADCCodeRange codes{};
     uint32_t channels = 1;
-    float range = 1.0F;              ///< volts at gain 1
-    std::vector<int32_t> gains;      ///< empty: only gain 1
-    std::vector<float> frequencies;  ///< total Hz, the only ones; empty: any within the limits
+    float range = 1.0F;                ///< volts at gain 1
+    std::vector<float> channelRanges;  ///< volts of each channel, where they differ; empty: `range` for all
+    std::vector<int32_t> gains;        ///< empty: only gain 1
+    std::vector<float> frequencies;    ///< total Hz, the only ones; empty: any within the limits
     float minimumFrequency = 1.0F;
     float maximumFrequency = 1.0F;
     float usualFrequency = 1.0F;

@@ -310,7 +310,9 @@ int32_t RingDevice::answerForBoard(uint32_t code, void* result) {
             std::memcpy(&range, result, sizeof range);
             if (range.m_nChannel < 0 || range.m_nChannel >= static_cast<int32_t>(board_->channels))
                 return fail("The board has no channel %d.", range.m_nChannel);
-            range.m_fRange = board_->range;
+            range.m_fRange = board_->channelRanges.empty()
+                                 ? board_->range
+                                 : board_->channelRanges[static_cast<size_t>(range.m_nChannel)];
             return put(result, range);
         }
         case kADCGetGainList:
