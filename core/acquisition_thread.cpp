@@ -27,12 +27,30 @@ uint32_t waitLimit(uint32_t leastMs, uint32_t ringSize, double sampleRate) {
 
 }  // namespace
 
+StopCode AcquisitionThread::stopCodeOf(int32_t result) {
+    switch (result) {
+        case kFinished:
+            return StopCode::StopMeasuring;
+        case kWriteFailed:
+            return StopCode::WriteError;
+        case kNoData:
+            return StopCode::NoData;
+        case kAnalyzeFailed:
+            return StopCode::AnalyzeError;
+        case kTransferFailed:
+            return StopCode::TransferError;
+        default:
+            return StopCode::User;
+    }
+}
+
 AcquisitionThread::AcquisitionThread(T_BOARD& board)
     : board_(board), driver_(board.driver_), sampleWidth_(board.driver_.facts().sampleWidth()) {}
 
 void AcquisitionThread::run() noexcept {
     try {
         DEBUG_LOG("Thread for SHORT(2) - START");
+        DEBUG_LOG("Calculate data error state = %d", board_.noDataCheck_ ? 1 : 0);
         if (!prepare()) {
             board_.readyEvent_.set();
             finish();
@@ -61,7 +79,6 @@ void AcquisitionThread::run() noexcept {
 
 bool AcquisitionThread::prepare() {
     const InitOutcome outcome = board_.Init();
-    DEBUG_LOG("Calculate data error state = %d", board_.noDataCheck_ ? 1 : 0);
     if (outcome == InitOutcome::Incompatible) {
         board_.incompatible_ = true;
         report_.code = StopCode::Incompatible;
@@ -74,8 +91,8 @@ bool AcquisitionThread::prepare() {
     const uint32_t ringSize = board_.maxBufferSamples_;
     const auto& settings = board_.settings;
     const uint32_t factor = driver_.facts().perChannelFrequency ? settings.channelCount() : 1;
-    timing_ = streamTiming(static_cast<double>(settings.frequency), factor, sampleWidth_, ringSize,
-                           driver_.facts().hotPlug);
+    timing_ =
+        streamTiming(static_cast<double>(settings.frequency), factor, sampleWidth_, ringSize, driver_.facts().hotPlug);
     DEBUG_LOG("DataSpeed = %lf", timing_.megabytesPerSecond);
     DEBUG_LOG("Time for check = %lld", static_cast<long long>(timing_.checkSeconds));
     DEBUG_LOG("Max Sleep Time = %u", timing_.maximumSleep);
@@ -252,8 +269,7 @@ bool AcquisitionThread::transfer(const RingReader::Part& part) {
     if (uint64_t{part.offset} + part.count > ringSize) {
         // Rings hold whole frames in each half, so a read does not come here unless a driver answers otherwise.
         const uint32_t first = ringSize - part.offset;
-        done = fetch(buffer_.get(), first, part.offset, 2) &&
-               fetch(buffer_.get() + first, part.count - first, 0, 1);
+        done = fetch(buffer_.get(), first, part.offset, 2) && fetch(buffer_.get() + first, part.count - first, 0, 1);
     } else {
         done = fetch(buffer_.get(), part.count, part.offset, 2);
     }
@@ -282,8 +298,7 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
         notify();
         return fetch(destination, count, offset, partNumber);
     }
-    report_.getData = {dataMode_,    count, offset, destination, buffer_.get(), board_.maxBufferSamples_,
-                       partNumber};
+    report_.getData = {dataMode_, count, offset, destination, buffer_.get(), board_.maxBufferSamples_, partNumber};
     result_ = kTransferFailed;
     DEBUG_LOG("!!!!! GetData error at sample %llu: %s", static_cast<unsigned long long>(ring_->readPosition()),
               driver_.device().lastError().c_str());
@@ -351,8 +366,7 @@ void AcquisitionThread::overflow() {
     driver_.stop();
     DEBUG_LOG("!!!!! FIFO Overflow");
     report_.overflowPosition = ring_->readPosition();
-    DEBUG_LOG("!!!!! First lost sample = %llu, frame = %llu",
-              static_cast<unsigned long long>(report_.overflowPosition),
+    DEBUG_LOG("!!!!! First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(report_.overflowPosition),
               static_cast<unsigned long long>(report_.overflowPosition / board_.settings.channelCount()));
     fail(ErrorDetail::Overflow);
 }
@@ -369,30 +383,7 @@ void AcquisitionThread::finish() {
     report_.stopTime = localTime();
     report_.bytes = board_.writer_.totalBytes();
     if (report_.code == StopCode::Running) {
-        if (unplugged_) {
-            report_.code = StopCode::Unplug;
-        } else {
-            switch (result_) {
-                case kFinished:
-                    report_.code = StopCode::StopMeasuring;
-                    break;
-                case kNoData:
-                    report_.code = StopCode::NoData;
-                    break;
-                case kAnalyzeFailed:
-                    report_.code = StopCode::AnalyzeError;
-                    break;
-                case kTransferFailed:
-                    report_.code = StopCode::TransferError;
-                    break;
-                case kWriteFailed:
-                    report_.code = StopCode::WriteError;
-                    break;
-                default:
-                    report_.code = StopCode::User;
-                    break;
-            }
-        }
+        report_.code = unplugged_ ? StopCode::Unplug : stopCodeOf(result_);
     }
     const bool endedWell = report_.code == StopCode::User || report_.code == StopCode::StopMeasuring;
     if (!saved && endedWell) {

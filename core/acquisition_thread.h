@@ -35,6 +35,8 @@ private:
     };
     enum class Wake { Data, Stop, TimedOut, Unplugged };
 
+    [[nodiscard]] static StopCode stopCodeOf(int32_t result);
+
     [[nodiscard]] bool prepare();
     [[nodiscard]] bool startBoard();
     void measure();
@@ -63,8 +65,8 @@ private:
     std::optional<RingReader> ring_;
     std::optional<Event> dataEvent_;
     uint32_t waitLimitMs_ = 0;
-    bool countKnown_ = false;       ///< the driver tells how many samples it has put into the ring
-    bool additionalMode_ = false;   ///< the pre-history portion is being read
+    bool countKnown_ = false;      ///< the driver tells how many samples it has put into the ring
+    bool additionalMode_ = false;  ///< the pre-history portion is being read
     int32_t dataMode_ = 0;
     int32_t result_ = kGoOn;
     bool unplugged_ = false;

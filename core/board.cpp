@@ -6,14 +6,22 @@
 
 #include "config/debug_log.h"
 #include "core/acquisition_thread.h"
+#include "language/language_table.h"
 
 namespace tarno2 {
+
+namespace {
+
+constexpr HolderCount::Texts kHolderTexts{TextId::BoardReleasedTooOften, TextId::BoardFreedWhileHeld,
+                                          TextId::BoardDestroyedWhileHeld};
+
+}  // namespace
 
 T_BOARD::T_BOARD(T_DRIVER& driver, uint32_t number, FaultReporter faults)
     : evaluator(std::make_unique<PassThrough>()),
       driver_(driver),
       number_(number),
-      holders_("T_BOARD", std::move(faults)) {
+      holders_(kHolderTexts, std::move(faults)) {
     driver_.AddBlock();
 }
 
@@ -39,6 +47,7 @@ bool T_BOARD::StartThread(NotificationTarget* target, ProgressCallback progress)
     endThread();
     target_ = target;
     progress_ = std::move(progress);
+    noDataCheck_ = !settings.externalStart && !settings.externalClock;
     stopRequest_ = false;
     stopEvent_.reset();
     readyEvent_.reset();
@@ -60,7 +69,9 @@ bool T_BOARD::StartThread(NotificationTarget* target, ProgressCallback progress)
     return !initError_ && !memoryError_ && !startError_;
 }
 
-void T_BOARD::Begin() { startEvent_.set(); }
+void T_BOARD::Begin() {
+    startEvent_.set();
+}
 
 void T_BOARD::requestStop() {
     stopRequest_ = true;
@@ -75,7 +86,7 @@ void T_BOARD::endThread() {
     thread_.resume();
     startEvent_.set();
     thread_.join();
-    holders_.RelBlock(" Board: " + driver_.name());
+    holders_.RelBlock(text(TextId::OfBoard) + driver_.name());
 }
 
 InitOutcome T_BOARD::Init() {

@@ -40,9 +40,9 @@ public:
     /// Events and cache could be had.
     [[nodiscard]] bool ready() const;
 
-    BoardSettings settings;           ///< corrected by the driver once the thread is started
-    uint32_t decimation = 1;          ///< keep the first of so many frames
-    uint32_t dataWaitMs = 10000;      ///< least time without a data event that ends the recording
+    BoardSettings settings;       ///< corrected by the driver once the thread is started
+    uint32_t decimation = 1;      ///< keep the first of so many frames
+    uint32_t dataWaitMs = 10000;  ///< least time without a data event that ends the recording
     std::unique_ptr<BlockEvaluator> evaluator;
 
     /// Makes the thread, which sets the board up and then waits for `Begin`. False when the board, the memory or the

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <tarno2/IADCDevice.h>
-
 #include <cstdint>
 #include <vector>
+
+#include <tarno2/IADCDevice.h>
 
 #include "core/device.h"
 
@@ -14,17 +14,17 @@ inline constexpr uint32_t kMaximumChannels = 160;
 
 /// What a driver says of the board that is chosen. Read once, when the board is chosen.
 struct BoardFacts {
-    bool formatKnown = false;      ///< the driver told the format
+    bool formatKnown = false;  ///< the driver told the format
     ADCSampleFormat format{};
     bool codeRangeKnown = false;
     ADCCodeRange codeRange{};
-    uint32_t channelCount = 0;     ///< physical channels
-    std::vector<int32_t> gains;    ///< to choose from; gain 1 alone when the driver tells none
+    uint32_t channelCount = 0;       ///< physical channels
+    std::vector<int32_t> gains;      ///< to choose from; gain 1 alone when the driver tells none
     std::vector<float> frequencies;  ///< the only ones, Hz; empty: any within the limits
     ADCFrequencyLimits frequencyLimits{};
-    float boardFrequency = 0.0F;   ///< Hz, to start a selector with
-    uint32_t boardModes = 0;       ///< kADCMode... bits
-    bool cutMode = true;           ///< a recording may be cut into pieces
+    float boardFrequency = 0.0F;  ///< Hz, to start a selector with
+    uint32_t boardModes = 0;      ///< kADCMode... bits
+    bool cutMode = true;          ///< a recording may be cut into pieces
     bool extendedBlock = false;
     bool perChannelFrequency = false;
     bool hotPlug = false;

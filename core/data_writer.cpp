@@ -22,7 +22,9 @@ int32_t setBits(int32_t mask, uint32_t sampleWidth) {
 
 DataWriter::DataWriter() : cache_(new (std::nothrow) std::byte[kCacheBytes]) {}
 
-DataWriter::~DataWriter() { Close(); }
+DataWriter::~DataWriter() {
+    Close();
+}
 
 int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& description) {
     if (!ready()) {
@@ -53,7 +55,9 @@ int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& descriptio
     return beginFile(0) ? 0 : -5;
 }
 
-void DataWriter::setCreateTime(const LocalTime& time) { createTime_ = time; }
+void DataWriter::setCreateTime(const LocalTime& time) {
+    createTime_ = time;
+}
 
 int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitBytes) {
     if (failed_ || !write_.isOpen()) {

@@ -17,11 +17,11 @@ namespace tarno2 {
 
 /// Where and how a recording is written.
 struct WriterSetup {
-    std::string fileName;         ///< of the first piece
-    uint32_t sampleWidth = 2;     ///< bytes
+    std::string fileName;      ///< of the first piece
+    uint32_t sampleWidth = 2;  ///< bytes
     uint32_t channelCount = 1;
-    uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
-    uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
+    uint64_t limitBytes = 0;  ///< size limit of all pieces together; 0: none
+    uint64_t pieceBytes = 0;  ///< size of a piece, cut down to whole frames; 0: one file
     RecordingFacts facts;
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
@@ -89,8 +89,8 @@ private:
     File read_;  ///< for those who look at what was written while the recording runs
     std::string currentName_;
     std::optional<LocalTime> createTime_;
-    uint64_t pieceFill_ = 0;      ///< bytes accepted for the file at hand
-    uint64_t fileBytes_ = 0;      ///< bytes that are really in it
+    uint64_t pieceFill_ = 0;  ///< bytes accepted for the file at hand
+    uint64_t fileBytes_ = 0;  ///< bytes that are really in it
     bool failed_ = false;
     std::string openError_;
     std::vector<std::string> movedAside_;

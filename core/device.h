@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tarno2/IADCDevice.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include <tarno2/IADCDevice.h>
 
 namespace tarno2 {
 

@@ -10,6 +10,8 @@ namespace tarno2 {
 namespace {
 
 constexpr uint32_t kUnlimitedBuffer = 0x7FFFFFFF;
+constexpr HolderCount::Texts kHolderTexts{TextId::DriverReleasedTooOften, TextId::DriverFreedWhileHeld,
+                                          TextId::DriverDestroyedWhileHeld};
 
 void* callFactory(void* entry, const char* interfaceName) {
     const auto factory = reinterpret_cast<ADCStaticFactory>(entry);
@@ -22,9 +24,11 @@ void* callFactory(void* entry, const char* interfaceName) {
 
 }  // namespace
 
-T_DRIVER::T_DRIVER(FaultReporter faults) : holders_("T_DRIVER", std::move(faults)) {}
+T_DRIVER::T_DRIVER(FaultReporter faults) : holders_(kHolderTexts, std::move(faults)) {}
 
-T_DRIVER::~T_DRIVER() { releaseDevice(); }
+T_DRIVER::~T_DRIVER() {
+    releaseDevice();
+}
 
 bool T_DRIVER::LoadDriver(const std::string& name, const std::string& programDirectory, std::string& why) {
     FREE();

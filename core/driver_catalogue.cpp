@@ -30,7 +30,9 @@ std::string driverKey(const std::string& name) {
     return joinKey({"SOFTWARE", "Kestrel Lines LTD", "Drivers", "1.0", name});
 }
 
-std::string driverCatalogueKey() { return driverKey({}); }
+std::string driverCatalogueKey() {
+    return driverKey({});
+}
 
 void EnumerateDrivers(const std::function<void(const std::string&)>& callback, size_t capacity) {
     for (int index = 0;; ++index) {

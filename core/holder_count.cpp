@@ -2,26 +2,27 @@
 
 #include <utility>
 
+#include "language/language_table.h"
+
 namespace tarno2 {
 
-HolderCount::HolderCount(std::string owner, FaultReporter report)
-    : owner_(std::move(owner)), report_(std::move(report)) {}
+HolderCount::HolderCount(const Texts& texts, FaultReporter report) : texts_(texts), report_(std::move(report)) {}
 
 HolderCount::~HolderCount() {
     if (count_ != 0) {
-        report_("Error: " + owner_ + "::~" + owner_ + "() \nBlocked count != 0 when destruct");
+        report_(text(texts_.heldAtDestroy));
     }
 }
 
 void HolderCount::RelBlock(const std::string& detail) {
     if (--count_ < 0) {
-        report_("Error: " + owner_ + "::RelBlock() \nBlocked count under 0" + detail);
+        report_(text(texts_.underZero) + detail);
     }
 }
 
 void HolderCount::checkFree() const {
     if (count_ != 0) {
-        report_("Error: " + owner_ + "::FREE() \nBlocked count != 0 when free");
+        report_(text(texts_.heldAtFree));
     }
 }
 

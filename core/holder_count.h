@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "language/text_ids.h"
+
 namespace tarno2 {
 
 /// Told of a fault of the program itself: the window shows it in a box without title, console mode logs it.
@@ -14,8 +16,14 @@ using FaultReporter = std::function<void(const std::string&)>;
 /// Counting is safe from any thread.
 class HolderCount {
 public:
-    /// `owner`: the class that is counted, as the messages name it.
-    HolderCount(std::string owner, FaultReporter report);
+    /// What is told of an object whose count doesn't add up.
+    struct Texts {
+        TextId underZero;      ///< released more often than held
+        TextId heldAtFree;     ///< freed with holders left
+        TextId heldAtDestroy;  ///< destroyed with holders left
+    };
+
+    HolderCount(const Texts& texts, FaultReporter report);
     /// Reports holders that are left.
     ~HolderCount();
     HolderCount(const HolderCount&) = delete;
@@ -30,7 +38,7 @@ public:
     [[nodiscard]] int32_t count() const { return count_.load(); }
 
 private:
-    std::string owner_;
+    Texts texts_;
     FaultReporter report_;
     std::atomic<int32_t> count_{0};
 };

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <tarno2/IADCDevice.h>
-
 #include <array>
 #include <cstdint>
 #include <vector>
+
+#include <tarno2/IADCDevice.h>
 
 #include "core/board_facts.h"
 
@@ -18,7 +18,7 @@ struct BoardSettings {
     bool differential = false;
     bool externalStart = false;
     bool packetMode = false;
-    float packetFrequency = 0.0F;   ///< Hz, packets of one frame
+    float packetFrequency = 0.0F;  ///< Hz, packets of one frame
     bool externalClock = false;
 
     [[nodiscard]] uint32_t channelCount() const { return static_cast<uint32_t>(channels.size()); }

@@ -43,7 +43,9 @@ std::optional<Number> parseNumber(std::string_view text) {
 RecordingControl::RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming)
     : shell_(shell), driver_(driver), naming_(naming) {}
 
-RecordingControl::~RecordingControl() { freeSession(); }
+RecordingControl::~RecordingControl() {
+    freeSession();
+}
 
 bool RecordingControl::StartButtonClick() {
     DEBUG_LOG("StartButtonClick");
@@ -376,6 +378,8 @@ bool RecordingControl::refuse(TextId id) {
     return false;
 }
 
-void RecordingControl::freeSession() { session_.reset(); }
+void RecordingControl::freeSession() {
+    session_.reset();
+}
 
 }  // namespace tarno2

@@ -11,10 +11,10 @@ namespace tarno2 {
 /// Everything in a description that describes the board and its settings: the same for every piece of a recording.
 struct RecordingFacts {
     std::string driverName;
-    double totalFrequency = 0.0;       ///< Hz over all channels, of the kept frames
+    double totalFrequency = 0.0;  ///< Hz over all channels, of the kept frames
     bool synchronousChannels = false;
     bool packetMode = false;
-    double packetFrequency = 0.0;      ///< Hz
+    double packetFrequency = 0.0;  ///< Hz
     bool externalClock = false;
     bool backwardOrder = false;
     SampleLayout layout;
@@ -22,7 +22,7 @@ struct RecordingFacts {
         double upper;  ///< volts
         double lower;  ///< volts
     };
-    std::vector<Range> ranges;         ///< one a channel, in recording order
+    std::vector<Range> ranges;  ///< one a channel, in recording order
 
     /// Fills a description that was reset. `packetFrequency` is always set, since a reset leaves it alone.
     void describe(RecordDescription& description) const;

@@ -11,19 +11,19 @@ namespace tarno2 {
 
 /// What the user has set for the next recording, as the controls hold it.
 struct RecordingSettings {
-    std::vector<int32_t> channels;   ///< active channels' numbers in recording order
-    std::vector<int32_t> gains;      ///< one a channel; 1 where there is none
-    std::string frequencyText;       ///< Hz
-    uint32_t boardMode = 0;          ///< BoardModeBits
-    double packetFrequency = 0.0;    ///< Hz
+    std::vector<int32_t> channels;  ///< active channels' numbers in recording order
+    std::vector<int32_t> gains;     ///< one a channel; 1 where there is none
+    std::string frequencyText;      ///< Hz
+    uint32_t boardMode = 0;         ///< BoardModeBits
+    double packetFrequency = 0.0;   ///< Hz
     StopRule stopRule = StopRule::Manual;
-    double stopSeconds = 0.0;        ///< for StopRule::Time
-    uint64_t stopBytes = 0;          ///< for StopRule::Size; all pieces together
-    bool cutMode = false;            ///< cut the recording into pieces
-    std::string cutNumberText;       ///< size of a piece, MiB
-    bool automaticCut = false;       ///< pieces as large as the volume holds
-    int32_t decimation = 1;          ///< keep the first of so many frames
-    bool autoStart = false;          ///< begin the next recording when one ended by its rule
+    double stopSeconds = 0.0;   ///< for StopRule::Time
+    uint64_t stopBytes = 0;     ///< for StopRule::Size; all pieces together
+    bool cutMode = false;       ///< cut the recording into pieces
+    std::string cutNumberText;  ///< size of a piece, MiB
+    bool automaticCut = false;  ///< pieces as large as the volume holds
+    int32_t decimation = 1;     ///< keep the first of so many frames
+    bool autoStart = false;     ///< begin the next recording when one ended by its rule
 };
 
 /// What the recording logic asks of the program around it: the main window, or the console session without one.

@@ -47,7 +47,9 @@ StreamTiming streamTiming(double frequency, uint32_t frequencyFactor, uint32_t s
     return timing;
 }
 
-void RingReader::halvesFilled(uint64_t halves) { halvesPosition_ += halves * (ringSize_ / 2); }
+void RingReader::halvesFilled(uint64_t halves) {
+    halvesPosition_ += halves * (ringSize_ / 2);
+}
 
 void RingReader::samplesWritten(uint64_t count) {
     counted_ = std::max(counted_, count);

@@ -9,16 +9,16 @@ namespace tarno2 {
 
 /// How a recording ended.
 enum class StopCode : int32_t {
-    Error = -1,          ///< see ErrorDetail
-    Running = 0,         ///< it has not: a progress notification
-    User = 1,            ///< from outside: user, stop timer, signal
-    StopMeasuring = 2,   ///< size limit reached or stop condition met
-    WriteError = 3,      ///< the disk did not take the data
-    Unplug = 4,          ///< the board was pulled out
-    NoData = 5,          ///< the board gave no data in time
-    AnalyzeError = 6,    ///< the evaluator failed
-    TransferError = 7,   ///< `GetData` failed
-    Incompatible = 8     ///< the driver's ring can't be used
+    Error = -1,         ///< see ErrorDetail
+    Running = 0,        ///< it has not: a progress notification
+    User = 1,           ///< from outside: user, stop timer, signal
+    StopMeasuring = 2,  ///< size limit reached or stop condition met
+    WriteError = 3,     ///< the disk did not take the data
+    Unplug = 4,         ///< the board was pulled out
+    NoData = 5,         ///< the board gave no data in time
+    AnalyzeError = 6,   ///< the evaluator failed
+    TransferError = 7,  ///< `GetData` failed
+    Incompatible = 8    ///< the driver's ring can't be used
 };
 
 /// What went wrong when the code is `StopCode::Error`.
@@ -27,12 +27,12 @@ enum class ErrorDetail : int32_t { Unknown, Overflow, Init, Start, Memory };
 /// The `GetData` call that failed, for the report to the user.
 struct GetDataReport {
     int32_t mode = 0;
-    uint32_t size = 0;                   ///< samples
-    uint32_t offset = 0;                 ///< samples from the ring's start
-    const void* buffer = nullptr;        ///< destination of the failed call
+    uint32_t size = 0;             ///< samples
+    uint32_t offset = 0;           ///< samples from the ring's start
+    const void* buffer = nullptr;  ///< destination of the failed call
     const void* bufferStart = nullptr;
-    uint32_t bufferSize = 0;             ///< samples
-    int32_t partNumber = 0;              ///< 1: second part of a split read, 2: unsplit read
+    uint32_t bufferSize = 0;  ///< samples
+    int32_t partNumber = 0;   ///< 1: second part of a split read, 2: unsplit read
 
     /// The report's text.
     [[nodiscard]] std::string text() const;
@@ -42,9 +42,9 @@ struct GetDataReport {
 struct RecordingResult {
     StopCode code = StopCode::Running;
     ErrorDetail detail = ErrorDetail::Unknown;
-    GetDataReport getData;           ///< when `code` is TransferError
-    uint64_t bytes = 0;              ///< accepted by the writer
-    uint64_t overflowPosition = 0;   ///< samples read since the start when the ring overflowed
+    GetDataReport getData;          ///< when `code` is TransferError
+    uint64_t bytes = 0;             ///< accepted by the writer
+    uint64_t overflowPosition = 0;  ///< samples read since the start when the ring overflowed
     LocalTime startTime;
     LocalTime stopTime;
 };

@@ -104,11 +104,17 @@ RecordingSettings ConsoleSession::settings() {
     return settings;
 }
 
-void ConsoleSession::showStatus(const std::string& status) { consoleLog().log("%s", status.c_str()); }
+void ConsoleSession::showStatus(const std::string& status) {
+    consoleLog().log("%s", status.c_str());
+}
 
-void ConsoleSession::showAttention(const std::string& message) { consoleLog().log("%s", message.c_str()); }
+void ConsoleSession::showAttention(const std::string& message) {
+    consoleLog().log("%s", message.c_str());
+}
 
-void ConsoleSession::showMessage(const std::string& message) { consoleLog().log("%s", message.c_str()); }
+void ConsoleSession::showMessage(const std::string& message) {
+    consoleLog().log("%s", message.c_str());
+}
 
 void ConsoleSession::startTimer(uint32_t milliseconds) {
     queue_.startTimer(milliseconds, [this] { control_.StopTimerTick(); });
