@@ -69,7 +69,7 @@ std::string programDirectory() {
     if (isWritableFolder(folder)) {
         return folder;
     }
-    const std::string settings = userSettingsFolder();
+    std::string settings = userSettingsFolder();
     if (settings.empty()) {
         return folder;
     }

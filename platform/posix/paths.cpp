@@ -32,7 +32,11 @@ std::string executableFolder() {
 
 std::string currentFolder() {
     std::string path(PATH_MAX, '\0');
-    return getcwd(path.data(), path.size()) == nullptr ? std::string() : std::string(path.c_str());
+    if (getcwd(path.data(), path.size()) == nullptr) {
+        return {};
+    }
+    path.resize(path.find('\0'));
+    return path;
 }
 
 bool isWritableFolder(const std::string& folder) {
