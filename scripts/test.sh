@@ -51,11 +51,11 @@ status=0
 "${prefix[@]}" ctest --preset "$preset" -V --timeout "${TARNO2_TEST_TIMEOUT:-900}" --no-tests=error \
     </dev/null >"$log" 2>&1 || status=$?
 
-# Of a run that went well the table is enough.
+# Of a run that went well the table is enough; of another, all but the cases that passed.
 if [ "$status" -eq 0 ]; then
     grep -E '^ *[0-9]+/[0-9]+ Test +#|tests passed|Total Test time' "$log" || true
 else
-    cat "$log"
+    grep -vE '^[0-9]+: (\[ RUN      \]|\[       OK \]|\[-{10}\]|\s*$)' "$log" || true
 fi
 read -r passed failed skipped <<<"$(count_tests "$log")"
 if [ "$status" -ne 0 ] && [ "$failed" -eq 0 ]; then
