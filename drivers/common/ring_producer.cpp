@@ -156,12 +156,13 @@ void RingProducer::runByReader() {
 bool RingProducer::fillByReader(uint64_t position) {
     const uint64_t wanted = std::min<uint64_t>(half_, end_ - position);
     const uint64_t got = produce(position, wanted, false);
-    {
-        const std::lock_guard lock(publishing_);
-        prepared_ = position + got;
-    }
     if (got < wanted)
         completeHalf(position + got);
+    {
+        // Only now: a reader that published a half before it was completed would never be told of the rest.
+        const std::lock_guard lock(publishing_);
+        prepared_ = std::max(prepared_, position + got);
+    }
     publishPrepared();
     return got == half_;
 }

@@ -22,23 +22,24 @@ uint32_t usedBits(const ADCSampleFormat& format) {
     return bits;
 }
 
-template <typename Word>
-class CounterSource final : public SampleSource {
+/// The counter in words of 16 bits: stretches of a table of all words, which is far faster than computing each.
+class ShortCounterSource final : public SampleSource {
 public:
-    CounterSource(uint32_t bits, size_t channels) : bits_(bits), channels_(channels) {}
+    ShortCounterSource(uint32_t bits, size_t channels) : bits_(bits), channels_(channels), table_(size_t{1} << bits) {
+        for (size_t i = 0; i < table_.size(); ++i)
+            table_[i] = static_cast<uint16_t>(i);
+    }
 
     uint64_t fill(uint64_t first, std::byte* destination, uint64_t frames) override {
         uint64_t index = first * channels_;
         const uint64_t end = index + frames * channels_;
-        auto* out = reinterpret_cast<Word*>(destination);
         while (index < end) {
             // As long as the upper part of the index stays, the words count up by one.
-            const uint64_t run = std::min(end, ((index >> bits_) + 1) << bits_) - index;
+            const uint64_t stays = ((index >> bits_) + 1) << bits_;
             const uint32_t word = counterWord(index, bits_);
-            const uint32_t mask = bits_ >= 32 ? ~0U : (1U << bits_) - 1U;
-            for (uint32_t i = 0; i < run; ++i)
-                out[i] = static_cast<Word>((word + i) & mask);
-            out += run;
+            const uint64_t run = std::min({end - index, stays - index, table_.size() - word});
+            std::memcpy(destination, table_.data() + word, run * sizeof(uint16_t));
+            destination += run * sizeof(uint16_t);
             index += run;
         }
         return frames;
@@ -46,6 +47,24 @@ public:
 
 private:
     uint32_t bits_;
+    uint64_t channels_;
+    std::vector<uint16_t> table_;
+};
+
+/// The counter in words of 32 bits.
+class LongCounterSource final : public SampleSource {
+public:
+    explicit LongCounterSource(size_t channels) : channels_(channels) {}
+
+    uint64_t fill(uint64_t first, std::byte* destination, uint64_t frames) override {
+        auto* out = reinterpret_cast<uint32_t*>(destination);
+        const uint64_t begin = first * channels_;
+        for (uint64_t i = 0; i < frames * channels_; ++i)
+            out[i] = counterWord(begin + i, 32);
+        return frames;
+    }
+
+private:
     uint64_t channels_;
 };
 
@@ -164,14 +183,6 @@ private:
     std::vector<Word> table_;  // one period; empty when it is too long for that
 };
 
-template <typename Word>
-std::unique_ptr<SampleSource> make(const SignalSettings& settings, const BoardFacts& board,
-                                   const Measurement& measurement) {
-    if (settings.signal == Signal::Counter)
-        return std::make_unique<CounterSource<Word>>(usedBits(board.format), measurement.channels.size());
-    return std::make_unique<WaveformSource<Word>>(settings, board, measurement);
-}
-
 }  // namespace
 
 int32_t waveform(Signal signal, uint32_t phase, uint64_t frame, int32_t channel) {
@@ -189,8 +200,16 @@ int32_t waveform(Signal signal, uint32_t phase, uint64_t frame, int32_t channel)
 
 std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const BoardFacts& board,
                                          const Measurement& measurement) {
-    return board.format.m_nBytes == 2 ? make<uint16_t>(settings, board, measurement)
-                                      : make<uint32_t>(settings, board, measurement);
+    const bool narrow = board.format.m_nBytes == 2;
+    const size_t channels = measurement.channels.size();
+    if (settings.signal != Signal::Counter) {
+        if (narrow)
+            return std::make_unique<WaveformSource<uint16_t>>(settings, board, measurement);
+        return std::make_unique<WaveformSource<uint32_t>>(settings, board, measurement);
+    }
+    if (narrow)
+        return std::make_unique<ShortCounterSource>(usedBits(board.format), channels);
+    return std::make_unique<LongCounterSource>(channels);
 }
 
 }  // namespace tarno2::drivers

@@ -51,7 +51,7 @@ TEST(SimulatorStream, EverySampleArrivesOnceWhateverTheRing) {
 
 TEST(SimulatorStream, ClockPacedSamplesCountUpAndEndWithStop) {
     const TemporaryFolder folder;
-    const ScopedEnvironment settings("TARNO2_SIMULATOR", "Signal=Counter");
+    const ScopedEnvironment settings("TARNO2_SIMULATOR", "Signal=Counter;SilentAfter=100000");
     const LoadedDriver driver(SIMULATOR_LIBRARY, folder.path());
     ASSERT_EQ(driver->SelectBoard(2), 1);
     for (int run = 0; run < 3; ++run) {
@@ -67,7 +67,6 @@ TEST(SimulatorStream, ClockPacedSamplesCountUpAndEndWithStop) {
         const uint64_t written = reader.written();
         EXPECT_EQ(written % 5, 0U);
         // What is in the ring stays readable, the part of a half too.
-        ASSERT_LE(written, reader.ring());
         EXPECT_EQ(reader.fetch(static_cast<uint32_t>(written - reader.position())), 1);
         EXPECT_EQ(firstWrongSample(reader.words(), 16), -1);
         EXPECT_EQ(reader.written(), written);
