@@ -39,6 +39,19 @@ std::optional<Unsigned> parseUnsigned(std::string_view text, int base) {
     return negative ? Unsigned{0} - magnitude : magnitude;
 }
 
+template <typename Real>
+std::optional<Real> parseReal(std::string_view text) {
+    const bool negative = takeSign(text);
+    if (text.empty() || text.front() == '-') {
+        return std::nullopt;
+    }
+    Real magnitude = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), magnitude).ec != std::errc()) {
+        return std::nullopt;
+    }
+    return negative ? -magnitude : magnitude;
+}
+
 }  // namespace
 
 std::optional<int32_t> parseInt32(std::string_view text) {
@@ -64,16 +77,12 @@ std::optional<uint64_t> parseUInt64(std::string_view text) {
     return parseUnsigned<uint64_t>(text, 10);
 }
 
+std::optional<float> parseFloat(std::string_view text) {
+    return parseReal<float>(text);
+}
+
 std::optional<double> parseDouble(std::string_view text) {
-    const bool negative = takeSign(text);
-    if (text.empty() || text.front() == '-') {
-        return std::nullopt;
-    }
-    double magnitude = 0.0;
-    if (std::from_chars(text.data(), text.data() + text.size(), magnitude).ec != std::errc()) {
-        return std::nullopt;
-    }
-    return negative ? -magnitude : magnitude;
+    return parseReal<double>(text);
 }
 
 }  // namespace tarno2

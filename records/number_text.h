@@ -18,7 +18,9 @@ namespace tarno2 {
 [[nodiscard]] std::optional<uint32_t> parseHex32(std::string_view text);
 /// Unsigned decimal of 64 bits; signs as in `parseUInt32`.
 [[nodiscard]] std::optional<uint64_t> parseUInt64(std::string_view text);
-/// "%lf", decimal; also "inf" and "nan".
+/// "%f", decimal; also "inf" and "nan".
+[[nodiscard]] std::optional<float> parseFloat(std::string_view text);
+/// "%lf", likewise.
 [[nodiscard]] std::optional<double> parseDouble(std::string_view text);
 
 }  // namespace tarno2
