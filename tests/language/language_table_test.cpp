@@ -14,8 +14,8 @@ TEST(LanguageTable, GivesBothLanguagesById) {
         EXPECT_EQ(table.load(302), "Mistake in the task of parameters of synchronization");
         table.select(kLanguageRussian);
         table.select(kLanguageRussian);
-        EXPECT_EQ(table.load(205), " \xE1") << "code page 1251";
-        EXPECT_EQ(table.loadUtf8(205), " б");
+        EXPECT_EQ(table.load(205), " \xC1") << "code page 1251";
+        EXPECT_EQ(table.loadUtf8(205), " Б");
         EXPECT_EQ(table.load(1), "Tarno2");
     }
     EXPECT_EQ(table.selected(), kLanguageRussian);
@@ -24,7 +24,7 @@ TEST(LanguageTable, GivesBothLanguagesById) {
 TEST(LanguageTable, GivesEmptyTextsForWhatItDoesNotHold) {
     LanguageTable table;
     table.select(kLanguageEnglish);
-    for (const int32_t id : {0, -1, -16, -174, INT32_MIN, 2, 495, 496, 512, INT32_MAX}) {
+    for (const int32_t id : {0, -1, -16, -174, INT32_MIN, 496, 512, INT32_MAX}) {
         EXPECT_EQ(table.load(id), "") << id;
         EXPECT_EQ(table.loadUtf8(id), "") << id;
     }
