@@ -1,0 +1,161 @@
+// The command lines that the programs take, and autosettings that are no good.
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+#include "platform/paths.h"
+#include "tests/apps/recording_rig.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+TEST(CommandLine, ThatIsWrongSaysHowToUseTheProgram) {
+    for (const char* program : {"tarno2-console", "Tarno2"}) {
+        const RecordingRig rig;
+        const std::vector<std::vector<std::string>> lines = {
+            {}, {"/?"}, {"/c"}, {"/cauto.txt"}, {"-c", "auto.txt"}, {"auto.txt"}};
+        for (const auto& line : lines) {
+            EXPECT_THAT(rig.run(program, line), HasSubstr("Usage program: \n1:    Tarno2.exe /? - This screen.\n"));
+        }
+        EXPECT_FALSE(rig.exists("AutoLog.txt"));
+    }
+}
+
+TEST(CommandLine, TakesThePathAsItStands) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.bytes = 4000;
+    const ScopedEnvironment settings("TARNO2_SIMULATOR", "RealTime=0;Signal=Counter");
+    std::filesystem::rename(rig.writeSettings(wish), rig.file("my settings.txt"));
+    const std::string path = rig.file("my settings.txt");
+    const size_t blank = path.find(' ');
+    rig.run("Tarno2", {"/c", path});
+    rig.run("Tarno2", {"/C", path.substr(0, blank), path.substr(blank + 1)});
+    EXPECT_EQ(checkRecording({rig.file("run.dat")}, {}), 2000U) << rig.autoLog();
+    EXPECT_EQ(checkRecording({rig.file("run_old1.dat")}, {}), 2000U) << rig.autoLog();
+}
+
+TEST(CommandLine, TakesQuotesAsPartOfThePath) {
+    const RecordingRig rig;
+    const std::string path = '"' + rig.writeSettings({}) + '"';
+    rig.run("tarno2-console", {"/c", path});
+    EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nConfig file \"" + path + "\" not founded... Program aborted\r\n"));
+}
+
+TEST(AutoSettings, ThatAreNoGoodEndTheProgramWithTheReason) {
+    const std::string good =
+        "DriverName = \"Simulator\"\r\nChannelCount = 2\r\nChannelsNumber = 0, 1\r\nFrequency = 1000\r\n";
+    std::string binary;
+    for (int i = 0; i < 100000; ++i) {
+        binary += static_cast<char>(i * 7919 >> 3);
+    }
+    std::string joined = good;
+    std::erase_if(joined, [](char c) { return c == '\r' || c == '\n'; });
+    const struct {
+        const char* what;
+        std::string text;
+        const char* line;
+    } cases[] = {
+        {"empty", "", "Required parameters \"DriverName\" is absent... Program aborted"},
+        {"21 MB", good + std::string(21000000, ' '), "\" is too large... Program aborted"},
+        {"binary", binary, "Required parameters \"DriverName\" is absent... Program aborted"},
+        {"one line", joined, "Required parameters \"ChannelCount\" is absent... Program aborted"},
+        {"no channels", "DriverName = \"Simulator\"\r\nChannelCount = 0\r\n",
+         "Parameters \"ChannelCount\" <= 0 (ChannelCount = 0)... Program aborted"},
+        {"short list", "ChannelCount = 3\r\n" + good,
+         "ChannelsNumber elements count != ChannelCount... Program aborted"},
+        {"long list", "ChannelCount = 1\r\n" + good,
+         "ChannelsNumber elements count != ChannelCount... Program aborted"},
+        {"gains", good + "ChannelsGain = 1\r\n", "ChannelsGain elements count != ChannelCount... Program aborted"},
+        {"gigabytes", good + "MeasureFileMode = 2\r\nSizeNeedHight = 4294967295\r\nSizeNeedLow = 1\r\nSizeMode = 2\r\n",
+         "Size is too large "},
+        {"no packets", good + "BoardMode = 4\r\n",
+         "Choose packet mode but required parameter \"PacketFreq\" is absent"},
+        {"no driver", "DriverName = \"None such\"\r\n" + good, "Driver not founded"},
+        {"no board", "BaseNumber = 10\r\n" + good, "Set error code = -1: Error . Program aborted."},
+        {"size 0", good + "MeasureFileMode = 2\r\nSizeNeedLow = 0\r\n",
+         "Attention: Start faild because stop value incorrect."},
+        {"frequency", "Frequency = -5\r\n" + good, "Attention: Start faild because freq value incorrect."},
+        {"one packet", "ChannelCount = 1\r\nChannelsNumber = 1\r\nBoardMode = 4\r\nPacketFreq = 10\r\n" + good,
+         "Attention: Enabled packet mode, but channels count = 1."},
+        {"channel", "ChannelsNumber = 0, 160\r\n" + good, "Attention: Init error"},
+        {"gain", good + "ChannelsGain = 1, 3\r\n", "Attention: Init error"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const RecordingRig rig;
+        const std::string file = rig.folder().write("auto.txt", each.text);
+        const ScopedEnvironment documents("XDG_DOCUMENTS_DIR", rig.path());
+        rig.run("tarno2-console", {"/c", file});
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr(each.line), HasSubstr("\r\nProgram exit at ")));
+        size_t entries = 0;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(rig.path())) {
+            entries += entry.is_regular_file() ? 1 : 0;
+        }
+        EXPECT_EQ(entries, 3U) << "settings, AutoLog.txt, and what was printed";
+    }
+}
+
+TEST(AutoSettings, ThatCanNotBeOpenedAreNamed) {
+    const RecordingRig rig;
+    std::filesystem::create_directory(rig.file("folder"));
+    for (const std::string& name : {rig.file("missing.txt"), rig.file("folder"), rig.file("AutoLog.txt/below")}) {
+        rig.run("tarno2-console", {"/c", name});
+        EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nConfig file \"" + name + "\" not founded... Program aborted\r\n"));
+    }
+}
+
+TEST(AutoSettings, MadeByHandWithOtherLineEndsWork) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.bytes = 4000;
+    wish.more = "; the last line has no end";
+    std::string text = readFile(rig.writeSettings(wish));
+    std::erase(text, '\r');
+    const ScopedEnvironment settings("TARNO2_SIMULATOR", "RealTime=0;Signal=Counter");
+    rig.run("tarno2-console", {"/c", rig.folder().write("auto.txt", text)});
+    EXPECT_EQ(checkRecording(rig.pieces(), {}), 2000U) << rig.autoLog();
+}
+
+TEST(Target, ThatCanNotBeUsedIsRefusedWithTheReason) {
+    const RecordingRig rig;
+    rig.folder().write("file", "not a folder");
+    std::filesystem::create_directory(rig.file("folder.dat"));
+    const struct {
+        const char* name;
+        const char* line;
+    } cases[] = {
+        {"file/below/run.dat", "Attention: "},
+        {"run.txt", "Attention: File name is the name of its own description; choose another extension."},
+        {"folder.dat", "Attention: File name is the name of a folder"},
+        {"folder", "Attention: File name is the name of a folder"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        std::filesystem::remove(rig.file("AutoLog.txt"));
+        Wish wish;
+        wish.fileName = each.name;
+        wish.bytes = 4000;
+        rig.record(wish);
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr(each.line), HasSubstr("\r\nProgram exit at ")));
+    }
+    EXPECT_EQ(readFile(rig.file("file")), "not a folder");
+    EXPECT_TRUE(std::filesystem::is_empty(rig.file("folder.dat")));
+}
+
+TEST(Target, FoldersThatAreMissingAreMade) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.bytes = 4000;
+    wish.fileName = rig.file("one/two/run.dat");
+    rig.record(wish);
+    EXPECT_EQ(checkRecording({wish.fileName}, {}), 2000U);
+}
+
+}  // namespace
+}  // namespace tarno2::test

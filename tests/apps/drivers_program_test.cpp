@@ -1,0 +1,92 @@
+// tarno2-drivers, and drivers that do not load.
+
+#include <gmock/gmock.h>
+
+#include "platform/paths.h"
+#include "tests/apps/recording_rig.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A registry of the test's own where there can be one: additions go to a folder of the rig.
+class DriversProgram : public testing::Test {
+protected:
+    RecordingRig rig;
+    ScopedEnvironment registry{"TARNO2_REGISTRY", rig.file("registry") + ":" + joinPath(TARNO2_BIN, "registry.d")};
+    ScopedEnvironment settings{"TARNO2_SIMULATOR", ""};
+};
+
+TEST_F(DriversProgram, ListsEveryDriverWithItsPathAndBoards) {
+    const ScopedEnvironment noFile("TARNO2_REPLAY_FILE", "");
+    const std::string list = rig.run("tarno2-drivers", {"list"});
+    EXPECT_THAT(list, HasSubstr("Simulator\n    path: "));
+    EXPECT_THAT(list, HasSubstr("Replay\n    path: "));
+    EXPECT_THAT(list, HasSubstr("    loads, boards: 4\n        001 SIM14 "));
+    EXPECT_THAT(list, HasSubstr("        004 SIM12U "));
+}
+
+TEST_F(DriversProgram, SaysWhyADriverDoesNotLoadAndSoDoesARecording) {
+    const struct {
+        const char* what;
+        std::string library;
+        const char* reason;  ///< where it is ours and not the system's
+    } cases[] = {
+        {"missing", rig.file("no-such-library.so"), ""},
+        {"no library", rig.folder().write("text.so", "this is no library"), ""},
+        {"folder", rig.path(), ""},
+        {"no factory", WITHOUT_FACTORY_LIBRARY, "the library has no \"StaticFactory\""},
+        {"null", NULL_FACTORY_LIBRARY, "the library made no device"},
+        {"throws", THROWING_LIBRARY, "the library made no device"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const std::string added = rig.run("tarno2-drivers", {"add", "TestDriver", each.library}, 1);
+        EXPECT_THAT(added, AllOf(HasSubstr("Listed in "), HasSubstr("    path: " + each.library + "\n"),
+                                 HasSubstr(std::string("    does not load: ") + each.reason)));
+        const std::string list = rig.run("tarno2-drivers", {"list"}, 1);
+        EXPECT_THAT(list, AllOf(HasSubstr("TestDriver\n"), HasSubstr("Simulator\n"), HasSubstr("does not load: ")));
+
+        Wish wish;
+        wish.driver = "TestDriver";
+        wish.bytes = 4000;
+        rig.record(wish);
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("Set error code = -3: Driver . Program aborted."),
+                                         HasSubstr(each.reason), HasSubstr("\r\nProgram exit at ")));
+        EXPECT_FALSE(rig.exists("run.dat"));
+
+        EXPECT_THAT(rig.run("tarno2-drivers", {"remove", "TestDriver"}), HasSubstr("Removed from "));
+        EXPECT_THAT(rig.run("tarno2-drivers", {"list"}), Not(HasSubstr("TestDriver")));
+    }
+}
+
+TEST_F(DriversProgram, NamesTheVersionOfADriverForAnotherProgram) {
+    const ScopedEnvironment version("TARNO2_SIMULATOR", "AbiVersion=77");
+    EXPECT_THAT(rig.run("tarno2-drivers", {"list"}, 1),
+                HasSubstr("does not load: the driver's interface has version 77"));
+}
+
+TEST_F(DriversProgram, AddsADriverThatThenRecords) {
+    const std::string library = joinPath(TARNO2_BIN, kPathSeparator == '\\' ? "simulator.dll" : "simulator.so");
+    EXPECT_THAT(rig.run("tarno2-drivers", {"add", "TestDriver", library}), HasSubstr("    loads, boards: 4\n"));
+    Wish wish;
+    wish.driver = "TestDriver";
+    wish.bytes = 4000;
+    rig.record(wish);
+    EXPECT_EQ(checkRecording(rig.pieces(), {.driver = "TestDriver"}), 2000U) << rig.autoLog();
+    rig.run("tarno2-drivers", {"remove", "TestDriver"});
+}
+
+TEST_F(DriversProgram, RefusesBadUse) {
+    EXPECT_THAT(rig.run("tarno2-drivers", {}, 2), HasSubstr("subcommand"));
+    rig.run("tarno2-drivers", {"add", "OnlyAName"}, 2);
+    rig.run("tarno2-drivers", {"frobnicate"}, 2);
+    EXPECT_THAT(rig.run("tarno2-drivers", {"--help"}), HasSubstr("Exit status: "));
+    EXPECT_THAT(rig.run("tarno2-drivers", {"remove", "NeverAdded"}, 1), HasSubstr("NeverAdded"));
+}
+
+}  // namespace
+}  // namespace tarno2::test

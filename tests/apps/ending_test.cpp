@@ -1,0 +1,166 @@
+// Recordings that are ended from outside: killed, asked to end, or stopped by a full disk.
+
+#include <cstdlib>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+#include "tests/apps/recording_rig.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+constexpr uint64_t kMebibyte = 1024 * 1024;
+
+Wish endlessRecording() {
+    Wish wish;
+    wish.channels = 16;
+    wish.frequency = 4e6;
+    return wish;
+}
+
+const Expected kEndless{.channels = 16, .frequencyPerChannel = 250e3};
+
+TEST(Killed, ARecordingIsKeptByTheNextOne) {
+    const struct {
+        const char* moment;
+        uint32_t cut;
+        std::function<bool(const RecordingRig&)> come;
+    } moments[] = {
+        {"the file is there", 0, [](const RecordingRig& rig) { return rig.exists("run.dat"); }},
+        {"the file has data", 0, [](const RecordingRig& rig) { return rig.size("run.dat") > 0; }},
+        {"a piece is complete", 1, [](const RecordingRig& rig) { return rig.exists("run.txt"); }},
+        {"three pieces are there", 1, [](const RecordingRig& rig) { return rig.exists("run_2.dat"); }},
+    };
+    for (const auto& each : moments) {
+        SCOPED_TRACE(each.moment);
+        const RecordingRig rig;
+        Wish wish = endlessRecording();
+        wish.cut = each.cut;
+        auto process = rig.start(wish, "Signal=Counter");
+        ASSERT_TRUE(waitUntil([&] { return each.come(rig); })) << rig.autoLog();
+        process->kill();
+        const std::vector<std::string> killed = rig.pieces();
+        std::vector<std::string> contents;
+        for (const std::string& name : killed) {
+            contents.push_back(readFile(name));
+        }
+
+        wish.cut = 0;
+        wish.bytes = 32000;
+        rig.record(wish);
+        EXPECT_EQ(checkRecording({rig.file("run.dat")}, kEndless), 16000U) << rig.autoLog();
+        EXPECT_EQ(rig.pieces().size(), 1U);
+        EXPECT_THAT(rig.autoLog(), HasSubstr("Earlier recording of this name was renamed to"));
+        const std::vector<std::string> old = rig.pieces("run_old1.dat");
+        ASSERT_EQ(old.size(), killed.size());
+        uint64_t bytes = 0;
+        for (size_t i = 0; i < old.size(); ++i) {
+            EXPECT_TRUE(readFile(old[i]) == contents[i]) << old[i];
+            bytes += contents[i].size();
+        }
+        EXPECT_EQ(checkCounter(old, kEndless) * 2, bytes);
+        if (each.cut > 0) {
+            checkDescriptions({old.front()}, kEndless);
+        }
+    }
+}
+
+TEST(AskedToEnd, ARecordingEndsWithWholeFiles) {
+    for (const auto request : {ChildProcess::Request::Interrupt, ChildProcess::Request::Terminate}) {
+        const RecordingRig rig;
+        auto process = rig.start(endlessRecording(), "Signal=Counter");
+        ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+        if (!process->ask(request)) {
+            GTEST_SKIP() << "no signal can be sent to another program here";
+        }
+        EXPECT_EQ(process->waitForEnd(kGuard), 0);
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
+        EXPECT_EQ(checkRecording(rig.pieces(), kEndless) * 2, rig.size("run.dat"));
+    }
+}
+
+TEST(AskedToEnd, ARecordingThatWaitsForItsStartEndsToo) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.board = 1;
+    wish.more = "BoardMode = 1\r\n";
+    auto process = rig.start(wish, "Signal=Counter;ExternalStartAfter=-1");
+    ASSERT_TRUE(waitUntil([&] { return rig.exists("run.dat"); })) << rig.autoLog();
+    if (!process->ask(ChildProcess::Request::Terminate)) {
+        GTEST_SKIP() << "no signal can be sent to another program here";
+    }
+    EXPECT_EQ(process->waitForEnd(kGuard), 0);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nProgram exit at "));
+    EXPECT_FALSE(rig.exists("run.dat"));
+    EXPECT_FALSE(rig.exists("run.txt"));
+}
+
+TEST(AskedToEnd, ABoardThatIsReadAsFastAsItGoesEndsToo) {
+    const RecordingRig rig;
+    Wish wish = endlessRecording();
+    wish.bytes = 8192 * kMebibyte;  // an end, should the request be missed
+    wish.cut = 8;
+    auto process = rig.start(wish, "RealTime=0;Signal=Counter");
+    ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+    if (!process->ask(ChildProcess::Request::Terminate)) {
+        GTEST_SKIP() << "no signal can be sent to another program here";
+    }
+    EXPECT_EQ(process->waitForEnd(kGuard), 0);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nStop - By user\r\n"));
+    EXPECT_LT(checkRecording(rig.pieces(), kEndless) * 2, wish.bytes);
+}
+
+/// A file system in memory of its own, as small as wished.
+class SmallDisk {
+public:
+    SmallDisk(const std::string& folder, uint64_t bytes) : folder_(folder) {
+        std::filesystem::create_directory(folder);
+        const std::string command =
+            "mount -t tmpfs -o size=" + std::to_string(bytes) + " tmpfs \"" + folder + "\" 2>&1";
+        mounted_ = std::system(command.c_str()) == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) {
+            EXPECT_EQ(std::system(("umount \"" + folder_ + '"').c_str()), 0);
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    [[nodiscard]] bool mounted() const { return mounted_; }
+
+private:
+    std::string folder_;
+    bool mounted_ = false;
+};
+
+TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
+    for (const uint32_t cut : {0U, 2U}) {
+        SCOPED_TRACE("pieces of " + std::to_string(cut) + " MiB");
+        const RecordingRig rig;
+        const SmallDisk disk(rig.file("small"), 9 * kMebibyte + 4096);
+        if (!disk.mounted()) {
+            GTEST_SKIP() << "a small file system can be mounted on Linux by root alone";
+        }
+        Wish wish;
+        wish.channels = 7;
+        wish.frequency = 700e3;
+        wish.fileName = "small/run.dat";
+        wish.bytes = 64 * kMebibyte;
+        wish.cut = cut;
+        rig.record(wish);
+        EXPECT_THAT(rig.autoLog(),
+                    AllOf(HasSubstr("\r\nStop - By error\r\n"),
+                          HasSubstr("Attention: Free space on disk is less than the recording will take.")));
+        EXPECT_THAT(rig.debugLog(), HasSubstr("!!!!! Write error in "));
+        const uint64_t samples =
+            checkRecording(rig.pieces("small/run.dat"), {.channels = 7, .frequencyPerChannel = 100e3});
+        EXPECT_GT(samples * 2, 6 * kMebibyte);
+        EXPECT_EQ(samples % 7, 0U);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test

@@ -1,0 +1,289 @@
+// What a recording leaves on the disk when all goes well.
+
+#include <cstring>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "tests/apps/recording_rig.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr uint64_t kMebibyte = 1024 * 1024;
+
+TEST(Recording, OfTheUsualSignalsIsDescribed) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.board = 1;
+    wish.channels = 3;
+    wish.frequency = 30000;
+    wish.bytes = 60000;
+    wish.more = "ChannelsGain = 1, 2, 10\r\n";
+    rig.record(wish, "RealTime=0");
+    EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nConfig read OK...\r\n"), HasSubstr("\r\nConsole mode ENABLED "),
+                                     HasSubstr("\r\nSave to file \""), HasSubstr("\r\nStop - By stop measuring\r\n"),
+                                     Not(HasSubstr("Attention"))));
+    ASSERT_EQ(rig.size("run.dat"), 60000U);
+    checkDescriptions({rig.file("run.dat")}, {.channels = 3, .frequencyPerChannel = 10000});
+    const std::string description = readFile(rig.file("run.txt"));
+    EXPECT_THAT(description, HasSubstr("\r\nDataFormat = 2 , 2 , 65532 , 14 , 0 , 3 , 2 , 1 \r\n"));
+    EXPECT_THAT(description, HasSubstr("ChannelsRange = 5.000000 , -5.000000 ,\\\r\n"));
+    EXPECT_THAT(description, HasSubstr("0.500000 , -0.500000 \r\n"));
+
+    // The channels carry signals: none of them stands still.
+    const std::string data = readFile(rig.file("run.dat"));
+    for (size_t channel = 0; channel < 3; ++channel) {
+        int16_t lowest = 32767;
+        int16_t highest = -32768;
+        for (size_t at = channel * 2; at + 1 < data.size(); at += 6) {
+            int16_t word = 0;
+            std::memcpy(&word, data.data() + at, sizeof word);
+            lowest = std::min(lowest, word);
+            highest = std::max(highest, word);
+        }
+        EXPECT_GT(highest - lowest, 1000) << "channel " << channel;
+    }
+}
+
+TEST(Recording, KeepsEverySampleOfEveryBoard) {
+    const struct {
+        uint32_t board;
+        uint32_t channels;
+        double frequency;
+        uint32_t bytesPerSample;
+        uint32_t bits;
+        const char* settings;
+    } cases[] = {
+        {1, 16, 1.6e6, 2, 16, ""},
+        {1, 1, 1000, 2, 16, ""},
+        {2, 7, 7e6, 2, 16, ";RingTakesWish=1"},
+        {3, 5, 400e3, 4, 32, ""},
+        {4, 3, 150e3, 2, 12, ""},
+        {2, 2, 1e6, 2, 16, ";AnswerCount=0"},
+        {2, 2, 1e6, 2, 16, ";AnswerMaxBuffer=0"},
+        {2, 3, 3e6, 2, 16, ";AnswerMaxBuffer=0;AnswerMaxBufferOld=0"},
+        {2, 3, 3e6, 2, 16, ";MaxBuffer=100"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE("board " + std::to_string(each.board) + each.settings);
+        const RecordingRig rig;
+        Wish wish;
+        wish.board = each.board;
+        wish.channels = each.channels;
+        wish.frequency = each.frequency;
+        wish.bytes = 2520 * uint64_t{each.channels} * each.bytesPerSample;
+        rig.record(wish, std::string("RealTime=0;Signal=Counter") + each.settings);
+        const Expected expected{.channels = each.channels,
+                                .frequencyPerChannel = each.frequency / each.channels,
+                                .bytesPerSample = each.bytesPerSample,
+                                .counterBits = each.bits};
+        EXPECT_EQ(checkRecording(rig.pieces(), expected), 2520 * each.channels) << rig.autoLog();
+    }
+}
+
+TEST(Recording, OfAllChannelsIsWholeAcrossItsPieces) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.channels = 160;
+    wish.frequency = 16e6;
+    wish.cut = 16;
+    wish.bytes = 256 * kMebibyte / 320 * 320;
+    rig.record(wish);
+    const std::vector<std::string> pieces = rig.pieces();
+    const Expected expected{.channels = 160, .frequencyPerChannel = 100e3};
+    const uint64_t samples = checkRecording(pieces, expected);
+    // The last block is left out when it would not fit the limit; a block is at most half a ring.
+    EXPECT_LE(samples * 2, wish.bytes);
+    EXPECT_GT(samples * 2, wish.bytes - 2 * 2 * numberAfter(rig.debugLog(), "Max Buffer Size = "));
+    ASSERT_GE(pieces.size(), 16U);
+    for (size_t i = 0; i + 1 < pieces.size(); ++i) {
+        EXPECT_EQ(std::filesystem::file_size(pieces[i]), 16 * kMebibyte / 320 * 320) << pieces[i];
+    }
+}
+
+TEST(Recording, KeepsTheFirstFrameOfSoMany) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.bytes = 4000;
+    wish.more = "Decimation = 3\r\n";
+    rig.record(wish);
+    checkDescriptions(rig.pieces(), {.frequencyPerChannel = 5e5 / 3});
+    const std::string data = readFile(rig.file("run.dat"));
+    ASSERT_EQ(data.size(), 4000U);
+    for (size_t i = 0; i < 2000; ++i) {
+        uint16_t word = 0;
+        std::memcpy(&word, data.data() + i * 2, sizeof word);
+        ASSERT_EQ(word, i / 2 * 6 + i % 2) << i;
+    }
+}
+
+TEST(Recording, OfASlowChannelHasWhatTheBoardGave) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.channels = 1;
+    wish.frequency = 2;
+    wish.seconds = 2;
+    const auto begin = std::chrono::steady_clock::now();
+    rig.record(wish, "Signal=Counter");
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Stop - By user"));
+    const uint64_t samples = checkRecording(rig.pieces(), {.channels = 1, .frequencyPerChannel = 2});
+    EXPECT_GE(samples, 1U);
+    EXPECT_LE(static_cast<double>(samples), 2 * elapsed.count());
+}
+
+/// The bytes of the "data" chunk of a canonical .wav, with its rate and channels.
+std::string wavSamples(const std::string& wav, uint32_t& rate, uint16_t& channels) {
+    std::memcpy(&channels, wav.data() + 22, sizeof channels);
+    std::memcpy(&rate, wav.data() + 24, sizeof rate);
+    for (size_t at = 12; at + 8 < wav.size();) {
+        uint32_t size = 0;
+        std::memcpy(&size, wav.data() + at + 4, sizeof size);
+        if (wav.compare(at, 4, "data") == 0) {
+            return wav.substr(at + 8, size);
+        }
+        at += 8 + size + size % 2;
+    }
+    return {};
+}
+
+TEST(Recording, OfSpeechThatIsPlayedIsTheSpeechItself) {
+    const std::string folder = "/usr/share/sounds/alsa";
+    if (!isDirectory(folder)) {
+        GTEST_SKIP() << "no speech here: " << folder << " comes with alsa-utils";
+    }
+    for (const char* name : {"Front_Center.wav", "Rear_Left.wav", "Side_Right.wav"}) {
+        SCOPED_TRACE(name);
+        const RecordingRig rig;
+        uint32_t rate = 0;
+        uint16_t channels = 0;
+        const std::string samples = wavSamples(readFile(folder + "/" + name), rate, channels);
+        ASSERT_GT(samples.size(), 10000U);
+        const ScopedEnvironment file("TARNO2_REPLAY_FILE", folder + "/" + name);
+        const ScopedEnvironment settings("TARNO2_REPLAY", "RealTime=0");
+        Wish wish;
+        wish.driver = "Replay";
+        wish.board = 1;
+        wish.channels = channels;
+        wish.frequency = rate * channels;
+        wish.bytes = samples.size();
+        rig.record(wish);
+        EXPECT_TRUE(readFile(rig.file("run.dat")) == samples) << rig.autoLog();
+        checkDescriptions(rig.pieces(),
+                          {.driver = "Replay", .channels = channels, .frequencyPerChannel = static_cast<double>(rate)});
+        EXPECT_THAT(readFile(rig.file("run.txt")), HasSubstr("DataFormat = 2 , 0 , 65535 , 16 , 0 , 0 , 0 , 1 "));
+    }
+}
+
+TEST(Recording, OfItsOwnRecordingIsTheSame) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.board = 3;
+    wish.channels = 4;
+    wish.frequency = 100e3;
+    wish.bytes = 160000;
+    wish.fileName = "first.dat";
+    rig.record(wish, "RealTime=0");
+    const ScopedEnvironment file("TARNO2_REPLAY_FILE", rig.file("first.dat"));
+    const ScopedEnvironment settings("TARNO2_REPLAY", "RealTime=0");
+    wish.driver = "Replay";
+    wish.board = 1;
+    wish.fileName = "second.dat";
+    rig.record(wish);
+    EXPECT_EQ(rig.size("second.dat"), 160000U);
+    EXPECT_TRUE(readFile(rig.file("first.dat")) == readFile(rig.file("second.dat")));
+    checkDescriptions({rig.file("second.dat")},
+                      {.driver = "Replay", .channels = 4, .frequencyPerChannel = 25e3, .bytesPerSample = 4});
+}
+
+TEST(Recording, RunsFollowEachOtherInTheLogAndKeepTheFilesBefore) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.fileName = "run";  // the extension is added
+    for (const uint64_t bytes : {4000, 8000, 12000}) {
+        wish.bytes = bytes;
+        rig.record(wish);
+    }
+    const std::string log = rig.autoLog();
+    size_t starts = 0;
+    for (size_t at = log.find("Console start at: "); at != std::string::npos;
+         at = log.find("Console start at: ", at + 1)) {
+        ++starts;
+    }
+    EXPECT_EQ(starts, 3U);
+    EXPECT_THAT(log, HasSubstr("Attention: Earlier recording of this name was renamed to \""));
+    const struct {
+        const char* name;
+        uint64_t samples;
+    } files[] = {{"run.dat", 6000}, {"run_old2.dat", 4000}, {"run_old1.dat", 2000}};
+    for (const auto& each : files) {
+        EXPECT_EQ(checkRecording({rig.file(each.name)}, {}), each.samples) << each.name;
+    }
+}
+
+TEST(Recording, WithoutANameGetsOneInTheDocuments) {
+    if (kPathSeparator == '\\') {
+        GTEST_SKIP() << "the system's own documents folder would be written to";
+    }
+    const RecordingRig rig;
+    const ScopedEnvironment home("HOME", rig.path());
+    const ScopedEnvironment documents("XDG_DOCUMENTS_DIR", rig.file("papers"));
+    const ScopedEnvironment registry("TARNO2_REGISTRY", joinPath(TARNO2_BIN, "registry.d"));
+    Wish wish;
+    wish.fileName = "";
+    wish.bytes = 4000;
+    rig.record(wish);
+    rig.record(wish);
+    size_t recordings = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(rig.file("papers/Data"))) {
+        if (entry.path().extension() == ".dat") {
+            EXPECT_THAT(entry.path().filename().string(), testing::MatchesRegex("file_20.*_n[0-9]+\\.dat"));
+            EXPECT_EQ(checkRecording({entry.path().string()}, {}), 2000U);
+            ++recordings;
+        }
+    }
+    EXPECT_EQ(recordings, 2U);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Parameters \"FileName\" absent - Generated default"));
+}
+
+TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
+    const std::string library = fileNameOf(EXAMPLE_LIBRARY);
+    if (!fileExists(EXAMPLE_LIBRARY)) {
+        GTEST_SKIP() << "ctest builds it before this test: " << EXAMPLE_LIBRARY;
+    }
+    // A copy of the program, and beside it a folder with nothing but the driver and its registry text.
+    const RecordingRig rig;
+    const std::string program = rig.file(fileNameOf(builtFile("tarno2-console")));
+    std::filesystem::copy_file(builtFile("tarno2-console"), program);
+    std::filesystem::create_directory(rig.file("registry.d"));
+    for (const std::string& name : {library, std::string("ExampleDriver.reg")}) {
+        std::filesystem::copy_file(joinPath(parentFolder(EXAMPLE_LIBRARY), name),
+                                   joinPath(rig.file("registry.d"), name));
+    }
+    Wish wish;
+    wish.driver = "Example";
+    wish.board = 1;
+    wish.channels = 3;
+    wish.frequency = 300000;
+    wish.bytes = 180000;
+    ChildProcess process(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt"));
+    ASSERT_EQ(process.waitForEnd(kGuard), 0);
+    ASSERT_EQ(rig.size("run.dat"), 180000U) << rig.autoLog();
+    checkDescriptions(rig.pieces(), {.driver = "Example", .channels = 3, .frequencyPerChannel = 100e3});
+    const std::string data = readFile(rig.file("run.dat"));
+    for (size_t i = 0; i < 90000; ++i) {
+        uint16_t word = 0;
+        std::memcpy(&word, data.data() + i * 2, sizeof word);
+        ASSERT_EQ(word, i / 3 % 1000 + i % 3 * 1000) << i;
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test
