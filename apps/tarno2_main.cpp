@@ -3,12 +3,13 @@
 #include "apps/console/console_program.h"
 #include "config/command_line.h"
 #include "language/language_table.h"
+#include "platform/program_arguments.h"
 
 // There is no window yet, so a command line that asks for it gets the same text as one that is wrong.
 int main(int argc, char** argv) {
     using namespace tarno2;
     languageTable().select(kLanguageEnglish);
-    const CommandLine line = parseCommandLine(joinArguments(argc, argv));
+    const CommandLine line = parseCommandLine(argumentText(argc, argv));
     if (line.mode == CommandLine::Mode::Console) {
         runConsoleProgram(line.path);
         return 0;

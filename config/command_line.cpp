@@ -13,15 +13,4 @@ CommandLine parseCommandLine(std::string_view argumentText) {
     return {CommandLine::Usage, {}};
 }
 
-std::string joinArguments(int argc, const char* const* argv) {
-    std::string text;
-    for (int i = 1; i < argc; ++i) {
-        if (i > 1) {
-            text += ' ';
-        }
-        text += argv[i];
-    }
-    return text;
-}
-
 }  // namespace tarno2

@@ -15,7 +15,4 @@ struct CommandLine {
 /// Nothing is interactive mode, "/c " or "/C " and a path is console mode, anything else asks how to use the program.
 [[nodiscard]] CommandLine parseCommandLine(std::string_view argumentText);
 
-/// The arguments without the program's name, joined by single blanks.
-[[nodiscard]] std::string joinArguments(int argc, const char* const* argv);
-
 }  // namespace tarno2

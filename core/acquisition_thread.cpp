@@ -5,6 +5,7 @@
 #include <new>
 
 #include "config/debug_log.h"
+#include "platform/c_locale.h"
 #include "platform/clock.h"
 
 namespace tarno2 {
@@ -20,7 +21,7 @@ int32_t secondsBetween(const LocalTime& from, const LocalTime& to) {
 
 // Slow boards fill a half in more than the usual time: twice what a half takes is waited for.
 uint32_t waitLimit(uint32_t leastMs, uint32_t ringSize, double sampleRate) {
-    const double half = sampleRate > 0.0 ? ringSize / 2 / sampleRate : 0.0;
+    const double half = sampleRate > 0.0 ? ringSize / 2.0 / sampleRate : 0.0;
     const double limit = std::min(std::max<double>(leastMs, 2.0 * half * 1000.0), 4e9);
     return static_cast<uint32_t>(limit);
 }
@@ -59,7 +60,8 @@ void AcquisitionThread::run() noexcept {
         DEBUG_LOG("Set Event for Main");
         board_.readyEvent_.set();
         DEBUG_LOG("Wait Start");
-        if (board_.startEvent_.wait(kWaitForever) != WaitResult::Signalled) {
+        const Event::Either woken = Event::waitEither(board_.startEvent_, board_.stopEvent_, kWaitForever);
+        if (woken.result != WaitResult::Signalled) {
             fail(ErrorDetail::Unknown);
         } else if (!board_.stopRequest_) {
             DEBUG_LOG("Prepare for start - OK");
@@ -71,6 +73,7 @@ void AcquisitionThread::run() noexcept {
         board_.memoryError_ = true;
         fail(ErrorDetail::Memory);
     } catch (...) {
+        board_.threadError_ = true;
         fail(ErrorDetail::Unknown);
     }
     finish();
@@ -119,20 +122,24 @@ bool AcquisitionThread::startBoard() {
     dataMode_ = additionalMode_ ? static_cast<int32_t>(kADCDataPreHistory) : normalMode;
     ADCRingInfo info{};
     if (!driver_.device().get(kADCGetRing, info) || info.m_nRingSize != board_.maxBufferSamples_) {
-        DEBUG_LOG("!!!!! Ring of %u samples, set up with %u", info.m_nRingSize, board_.maxBufferSamples_);
+        report_.code = StopCode::Incompatible;
+        report_.problem = formatText("The driver gives a ring of %u samples and was set up with %u", info.m_nRingSize,
+                                     board_.maxBufferSamples_);
+        DEBUG_LOG("!!!!! %s", report_.problem.c_str());
         board_.incompatible_ = true;
         board_.stopRequest_ = true;
-        report_.code = StopCode::Incompatible;
         return false;
     }
     dataEvent_.emplace(Event::wrap(info.m_hDataEvent));
     dataEvent_->reset();
     if (!driver_.start()) {
-        DEBUG_LOG("!!!!! Start ERROR %s", driver_.device().lastError().c_str());
+        DEBUG_LOG("!!!!! Start ERROR");
         board_.startError_ = true;
-        fail(ErrorDetail::Start);
+        fail(ErrorDetail::Start, driver_.device().lastError());
         return false;
     }
+    uint64_t written = 0;
+    countKnown_ = driver_.device().get(kADCGetSamplesWritten, written);
     ring_.emplace(info.m_nRingSize, board_.settings.channelCount(), timing_.threshold);
     report_.startTime = localTime();
     return true;
@@ -145,7 +152,8 @@ void AcquisitionThread::measure() {
             DEBUG_LOG("!!!!! Board unplug.... Thread stop");
             unplugged_ = true;
         } else if (wake == Wake::TimedOut) {
-            DEBUG_LOG("!!!!! No data event in %u ms", waitLimitMs_);
+            report_.problem = formatText("The board gave no data event in %u ms", waitLimitMs_);
+            DEBUG_LOG("!!!!! %s", report_.problem.c_str());
             result_ = kNoData;
         }
         if (wake != Wake::Data) {
@@ -205,11 +213,10 @@ bool AcquisitionThread::unplugged() {
 void AcquisitionThread::updatePositions() {
     const uint64_t halves = dataEvent_->reset();
     uint64_t written = 0;
-    countKnown_ = driver_.device().get(kADCGetSamplesWritten, written);
-    if (countKnown_) {
-        ring_->samplesWritten(written);
-    } else {
+    if (!countKnown_) {
         ring_->halvesFilled(halves);
+    } else if (driver_.device().get(kADCGetSamplesWritten, written)) {
+        ring_->samplesWritten(written);
     }
     const auto load = static_cast<uint32_t>(ring_->load() * 1000.0);
     if (load > board_.worstLoad()) {
@@ -224,7 +231,7 @@ void AcquisitionThread::readHalves() {
         return;
     }
     if (part.belowThreshold && timing_.maximumSleep > 0) {
-        sleepMilliseconds(timing_.maximumSleep);
+        static_cast<void>(board_.stopEvent_.wait(timing_.maximumSleep));
     }
     if (part.count == 0) {
         if (noDataTooLong()) {
@@ -279,10 +286,7 @@ bool AcquisitionThread::transfer(const RingReader::Part& part) {
     uint64_t written = 0;
     if (countKnown_ && driver_.device().get(kADCGetSamplesWritten, written)) {
         ring_->samplesWritten(written);
-        if (ring_->overwritten()) {
-            overflow();
-            return false;
-        }
+        return !overwritten();
     }
     return true;
 }
@@ -295,13 +299,15 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
         // The board's pre-history is at its end: the same part follows in the normal mode.
         additionalMode_ = false;
         dataMode_ = sampleWidth_ == 4 ? kADCDataLong : kADCDataShort;
+        lastProgress_ = tickCount();
         notify();
         return fetch(destination, count, offset, partNumber);
     }
     report_.getData = {dataMode_, count, offset, destination, buffer_.get(), board_.maxBufferSamples_, partNumber};
     result_ = kTransferFailed;
+    report_.problem = driver_.device().lastError();
     DEBUG_LOG("!!!!! GetData error at sample %llu: %s", static_cast<unsigned long long>(ring_->readPosition()),
-              driver_.device().lastError().c_str());
+              report_.problem.c_str());
     return false;
 }
 
@@ -312,6 +318,10 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     }
     int32_t result = kGoOn;
     if (!block.empty()) {
+        if (!begun_ && board_.settings.externalStart) {
+            board_.writer_.setCreateTime(localTime(board_.writer_.millisecondsOf(block.size())));
+        }
+        begun_ = true;
         EvaluatedBlock out;
         const int32_t verdict = board_.evaluator->evaluate(block, out);
         if (verdict < 0) {
@@ -332,18 +342,19 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     return result;
 }
 
-// Reads what is left in the ring: filled halves, and the part of the next one that the driver has counted.
+// Reads what the ring holds at this moment: filled halves, and the part of the next one that the driver has counted.
 void AcquisitionThread::drain() {
+    draining_ = true;
     updatePositions();
-    int32_t ended = result_;
-    while (report_.code == StopCode::Running) {
-        const RingReader::Part part = ring_->nextRest();
-        if (ring_->overwritten()) {
-            overflow();
-            return;
-        }
+    const uint64_t end = ring_->written();
+    const int32_t ended = result_;
+    if (overwritten()) {
+        return;
+    }
+    for (;;) {
+        const RingReader::Part part = ring_->nextRest(end);
         if (part.count == 0) {
-            break;
+            return;
         }
         if (!transfer(part)) {
             // The board went away with it, or the transfer broke: what came before is kept.
@@ -362,13 +373,29 @@ void AcquisitionThread::drain() {
     }
 }
 
+// Unread samples are gone. A board that gave no event in time has run over its ring unseen: that it gave none stays the
+// reason why the recording ends.
+bool AcquisitionThread::overwritten() {
+    if (!ring_->overwritten()) {
+        return false;
+    }
+    if (draining_ && result_ == kNoData) {
+        DEBUG_LOG("!!!!! Samples from %llu on were overwritten unread",
+                  static_cast<unsigned long long>(ring_->readPosition()));
+    } else {
+        overflow();
+    }
+    return true;
+}
+
 void AcquisitionThread::overflow() {
     driver_.stop();
     DEBUG_LOG("!!!!! FIFO Overflow");
-    report_.overflowPosition = ring_->readPosition();
-    DEBUG_LOG("!!!!! First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(report_.overflowPosition),
-              static_cast<unsigned long long>(report_.overflowPosition / board_.settings.channelCount()));
-    fail(ErrorDetail::Overflow);
+    const uint64_t position = ring_->readPosition();
+    report_.overflowPosition = position;
+    fail(ErrorDetail::Overflow,
+         formatText("First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(position),
+                    static_cast<unsigned long long>(position / board_.settings.channelCount())));
 }
 
 void AcquisitionThread::fail(ErrorDetail detail) {
@@ -376,19 +403,38 @@ void AcquisitionThread::fail(ErrorDetail detail) {
     report_.detail = detail;
 }
 
+void AcquisitionThread::fail(ErrorDetail detail, const std::string& problem) {
+    fail(detail);
+    report_.problem = problem;
+    DEBUG_LOG("!!!!! %s", problem.c_str());
+}
+
+void AcquisitionThread::closeFiles() {
+    bool saved = false;
+    try {
+        saved = board_.writer_.Close();
+    } catch (...) {
+        DEBUG_LOG("!!!!! Files could not be closed");
+    }
+    report_.bytes = board_.writer_.totalBytes();
+    report_.files = board_.writer_.fileCount();
+    if (report_.code == StopCode::Running) {
+        report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
+    }
+    if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring)) {
+        report_.code = StopCode::WriteError;
+    }
+    if (!saved && report_.problem.empty()) {
+        report_.problem = board_.writer_.writeError();
+    }
+}
+
 void AcquisitionThread::finish() {
     driver_.stop();
     buffer_.reset();
-    const bool saved = board_.writer_.Close();
+    closeFiles();
     report_.stopTime = localTime();
-    report_.bytes = board_.writer_.totalBytes();
-    if (report_.code == StopCode::Running) {
-        report_.code = unplugged_ ? StopCode::Unplug : stopCodeOf(result_);
-    }
-    const bool endedWell = report_.code == StopCode::User || report_.code == StopCode::StopMeasuring;
-    if (!saved && endedWell) {
-        report_.code = StopCode::WriteError;
-    }
+    DEBUG_LOG("Worst load of the ring = %u of 1000", board_.worstLoad());
     DEBUG_LOG("Thread Exit rezAdd = %d, Code = %d", result_, static_cast<int>(report_.code));
     notify();
 }
@@ -397,7 +443,11 @@ void AcquisitionThread::notify() {
     if (board_.target_ != nullptr) {
         Notification notification{board_.number_, report_};
         notification.result.bytes = board_.writer_.totalBytes();
-        board_.target_->post(notification);
+        try {
+            board_.target_->post(notification);
+        } catch (...) {
+            DEBUG_LOG("!!!!! Notification could not be posted");
+        }
     }
 }
 

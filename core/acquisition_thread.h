@@ -51,8 +51,11 @@ private:
     [[nodiscard]] bool transfer(const RingReader::Part& part);
     [[nodiscard]] bool fetch(std::byte* destination, uint32_t count, uint32_t offset, int32_t partNumber);
     [[nodiscard]] int32_t processBlock(uint32_t samples);
+    [[nodiscard]] bool overwritten();
     void overflow();
     void fail(ErrorDetail detail);
+    void fail(ErrorDetail detail, const std::string& problem);
+    void closeFiles();
     void notify();
     void notifyProgress();
 
@@ -65,11 +68,13 @@ private:
     std::optional<RingReader> ring_;
     std::optional<Event> dataEvent_;
     uint32_t waitLimitMs_ = 0;
+    bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
     bool countKnown_ = false;      ///< the driver tells how many samples it has put into the ring
     bool additionalMode_ = false;  ///< the pre-history portion is being read
     int32_t dataMode_ = 0;
     int32_t result_ = kGoOn;
     bool unplugged_ = false;
+    bool begun_ = false;  ///< the first block was processed
     std::optional<LocalTime> noDataSince_;
     uint64_t lastHalves_ = 0;
     uint64_t lastProgress_ = 0;

@@ -7,6 +7,7 @@
 #include "config/debug_log.h"
 #include "core/acquisition_thread.h"
 #include "language/language_table.h"
+#include "platform/c_locale.h"
 
 namespace tarno2 {
 
@@ -66,7 +67,7 @@ bool T_BOARD::StartThread(NotificationTarget* target, ProgressCallback progress)
         endThread();
         return false;
     }
-    return !initError_ && !memoryError_ && !startError_;
+    return !initError_ && !memoryError_ && !startError_ && !threadError_;
 }
 
 void T_BOARD::Begin() {
@@ -89,24 +90,33 @@ void T_BOARD::endThread() {
     holders_.RelBlock(text(TextId::OfBoard) + driver_.name());
 }
 
+bool T_BOARD::dataBegun() {
+    uint64_t written = 0;
+    return samplesRead() > 0 || (driver_.device().get(kADCGetSamplesWritten, written) && written > 0);
+}
+
 InitOutcome T_BOARD::Init() {
     DEBUG_LOG("INIT start");
     initError_ = true;
     noDataCheck_ = !settings.externalStart && !settings.externalClock;
+    if (settings.channelCount() > kMaximumChannels || !fitsBaseBlock()) {
+        return refused("CHECK", "The board can't record this list of channels and gains.");
+    }
     ParameterBlocks blocks;
     blocks.build(settings, SetupPass::Check, driver_.maximumBuffer());
     DEBUG_LOG("CHECK to driver");
-    if (!driver_.CheckParameters(blocks, true) || !acceptChecked(blocks)) {
-        DEBUG_LOG("!!!!! CHECK error Rez1 = %d, Rez2 = %d", driver_.rez1(), driver_.rez2());
-        return InitOutcome::Refused;
+    if (!driver_.CheckParameters(blocks, true)) {
+        return refused("CHECK", driver_.device().lastError());
+    }
+    if (!acceptChecked(blocks)) {
+        return refused("CHECK", problem_);
     }
     DEBUG_LOG("CHECK REZULT = OK");
 
     const uint32_t maximumBuffer = driver_.maximumBuffer();
     blocks.build(settings, SetupPass::Init, maximumBuffer);
     DEBUG_LOG("INIT to driver");
-    if (!driver_.CheckParameters(blocks, false)) {
-        DEBUG_LOG("!!!!! INIT error Rez1 = %d, Rez2 = %d", driver_.rez1(), driver_.rez2());
+    if (!initPass(blocks)) {
         return InitOutcome::Refused;
     }
     if (const InitOutcome fit = fitRing(blocks, maximumBuffer); fit != InitOutcome::Done) {
@@ -119,23 +129,71 @@ InitOutcome T_BOARD::Init() {
     return InitOutcome::Done;
 }
 
-// Takes over what the driver corrected in the check pass. It may shorten the channel list, not lengthen it.
-bool T_BOARD::acceptChecked(const ParameterBlocks& blocks) {
-    const int32_t count = blocks.extended.m_nSize;
-    if (count <= 0 || count > static_cast<int32_t>(settings.channelCount())) {
-        DEBUG_LOG("!!!!! CHECK gave %d channels for %u", count, settings.channelCount());
-        return false;
+InitOutcome T_BOARD::refused(const char* pass, const std::string& problem) {
+    DEBUG_LOG("!!!!! %s error Rez1 = %d, Rez2 = %d", pass, driver_.rez1(), driver_.rez2());
+    problem_ = problem;
+    if (!problem.empty()) {
+        DEBUG_LOG("!!!!! %s", problem.c_str());
     }
-    if (!settings.externalClock) {
-        const float frequency = blocks.dma.m_fFreqStart;
-        if (!std::isfinite(frequency) || !(frequency > 0.0F)) {
-            DEBUG_LOG("!!!!! CHECK gave a frequency of %f", static_cast<double>(frequency));
+    return InitOutcome::Refused;
+}
+
+// A board without the extended block is told only its first channel, the count and one gain.
+bool T_BOARD::fitsBaseBlock() const {
+    if (driver_.facts().extendedBlock) {
+        return true;
+    }
+    for (size_t i = 1; i < settings.channels.size(); ++i) {
+        if (settings.channels[i] != settings.channels[i - 1] + 1 || settings.gains[i] != settings.gains[0]) {
             return false;
         }
-        settings.frequency = frequency;
     }
-    settings.channels.assign(blocks.channels.begin(), blocks.channels.begin() + count);
-    settings.gains.assign(blocks.gains.begin(), blocks.gains.begin() + count);
+    return true;
+}
+
+// Takes over what the driver corrected in the check pass. It may shorten the channel list, not lengthen it.
+bool T_BOARD::acceptChecked(const ParameterBlocks& blocks) {
+    const bool extended = driver_.facts().extendedBlock;
+    const int32_t count = extended ? blocks.extended.m_nSize : blocks.dma.m_nChannelNumber;
+    if (count <= 0 || count > static_cast<int32_t>(settings.channelCount())) {
+        problem_ = formatText("The driver made %d channels of %u.", count, settings.channelCount());
+        return false;
+    }
+    const auto usable = [](float hertz) { return std::isfinite(hertz) && hertz > 0.0F; };
+    if (!settings.externalClock) {
+        settings.frequency = blocks.dma.m_fFreqStart;
+    }
+    if (settings.packetMode) {
+        settings.packetFrequency = blocks.dma.m_fFreqPack;
+    }
+    if (!usable(settings.frequency) || (settings.packetMode && !usable(settings.packetFrequency))) {
+        problem_ = formatText("The driver gave a frequency of %f Hz, packets of %f Hz.",
+                              static_cast<double>(settings.frequency), static_cast<double>(settings.packetFrequency));
+        return false;
+    }
+    settings.channels.resize(static_cast<size_t>(count));
+    settings.gains.resize(static_cast<size_t>(count));
+    for (int32_t i = 0; i < count; ++i) {
+        const auto place = static_cast<size_t>(i);
+        settings.channels[place] = extended ? blocks.channels[place] : blocks.dma.m_nFirstChannel + i;
+        settings.gains[place] = extended ? blocks.gains[place] : blocks.dma.m_nGain;
+    }
+    return true;
+}
+
+// Sets the board up. It must keep to the channels that it agreed to in the check pass, else frames would be torn.
+bool T_BOARD::initPass(ParameterBlocks& blocks) {
+    if (!driver_.CheckParameters(blocks, false)) {
+        refused("INIT", driver_.device().lastError());
+        return false;
+    }
+    const bool extended = driver_.facts().extendedBlock;
+    const int32_t count = extended ? blocks.extended.m_nSize : blocks.dma.m_nChannelNumber;
+    if (count != static_cast<int32_t>(settings.channelCount())) {
+        refused("INIT",
+                formatText("The driver set %d channels up and had agreed to %u.", count, settings.channelCount()));
+        return false;
+    }
     return true;
 }
 
@@ -153,20 +211,16 @@ InitOutcome T_BOARD::fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer) {
         if (wanted != 0) {
             blocks.build(settings, SetupPass::Init, maximumBuffer);
             blocks.dma.m_nDMABlockSize = static_cast<int32_t>(wanted);
-            if (!driver_.CheckParameters(blocks, false)) {
-                DEBUG_LOG("!!!!! INIT error Rez1 = %d, Rez2 = %d", driver_.rez1(), driver_.rez2());
+            if (!initPass(blocks)) {
                 return InitOutcome::Refused;
             }
         }
     }
     if (misfit()) {
-        DEBUG_LOG("!!!!! Ring of %d samples can't hold whole frames of %u channels in each half",
-                  blocks.dma.m_nDMABlockSize, settings.channelCount());
+        problem_ = formatText("A ring of %d samples can't hold whole frames of %u channels in each half.",
+                              blocks.dma.m_nDMABlockSize, settings.channelCount());
+        DEBUG_LOG("!!!!! %s", problem_.c_str());
         return InitOutcome::Incompatible;
-    }
-    if (blocks.extended.m_nSize != static_cast<int32_t>(settings.channelCount())) {
-        DEBUG_LOG("!!!!! INIT gave %d channels, CHECK gave %u", blocks.extended.m_nSize, settings.channelCount());
-        return InitOutcome::Refused;
     }
     return InitOutcome::Done;
 }

@@ -45,8 +45,9 @@ public:
     uint32_t dataWaitMs = 10000;  ///< least time without a data event that ends the recording
     std::unique_ptr<BlockEvaluator> evaluator;
 
-    /// Makes the thread, which sets the board up and then waits for `Begin`. False when the board, the memory or the
-    /// system refused; the session's error flags say which. Notifications go to `target`, which outlives the session.
+    /// Once in a session: makes the thread, which sets the board up and then waits for `Begin`. False when the board,
+    /// the memory or the system refused; the session's error flags say which. Notifications go to `target`, which
+    /// outlives the session.
     [[nodiscard]] bool StartThread(NotificationTarget* target, ProgressCallback progress);
     /// Lets the thread start the measurement.
     void Begin();
@@ -64,6 +65,10 @@ public:
     [[nodiscard]] bool memoryError() const { return memoryError_; }
     [[nodiscard]] bool startError() const { return startError_; }
     [[nodiscard]] bool incompatible() const { return incompatible_; }
+    /// Why the board could not be set up, in the driver's or our words. After `StartThread` has failed.
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+    /// The board has put something into its ring, which with an external start may be long after `Begin`.
+    [[nodiscard]] bool dataBegun();
     /// Samples of the whole stream that were read so far. Any thread.
     [[nodiscard]] uint64_t samplesRead() const { return samplesRead_.load(std::memory_order_relaxed); }
     /// How full the ring was at the worst read, thousandths. Any thread.
@@ -75,8 +80,11 @@ private:
     friend class AcquisitionThread;
 
     [[nodiscard]] InitOutcome Init();
+    [[nodiscard]] bool fitsBaseBlock() const;
     [[nodiscard]] bool acceptChecked(const ParameterBlocks& blocks);
+    [[nodiscard]] bool initPass(ParameterBlocks& blocks);
     [[nodiscard]] InitOutcome fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer);
+    InitOutcome refused(const char* pass, const std::string& problem);
 
     T_DRIVER& driver_;
     uint32_t number_;
@@ -89,6 +97,7 @@ private:
     ProgressCallback progress_;
 
     uint32_t maxBufferSamples_ = 0;
+    std::string problem_;
     bool noDataCheck_ = true;
     std::atomic<bool> stopRequest_{false};
     std::atomic<bool> threadError_{false};

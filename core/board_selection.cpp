@@ -32,6 +32,17 @@ std::vector<std::string> BoardSelection::installedDrivers() {
 }
 
 bool BoardSelection::DriverBoxChange(const std::string& name) {
+    if (!load(name)) {
+        return false;
+    }
+    if (!boards_.empty()) {
+        BaseBoxChange(boards_.front().m_nNumber);
+    }
+    return true;
+}
+
+// Loads a driver without taking any of its boards, which another program may want.
+bool BoardSelection::load(const std::string& name) {
     DEBUG_LOG("Driver load \"%s\"", name.c_str());
     boards_.clear();
     boardTexts_.clear();
@@ -50,8 +61,6 @@ bool BoardSelection::DriverBoxChange(const std::string& name) {
     if (boards_.empty()) {
         problem_ = driver_.device().lastError();
         boardTexts_.push_back(text(TextId::UnknownBoard));
-    } else {
-        BaseBoxChange(boards_.front().m_nNumber);
     }
     return true;
 }
@@ -87,7 +96,7 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
         DEBUG_LOG("Driver not founded");
         return ApplyOutcome::DriverNotFound;
     }
-    if (!DriverBoxChange(driverName)) {
+    if (!load(driverName)) {
         return ApplyOutcome::DriverError;
     }
     const auto board = std::find_if(boards_.begin(), boards_.end(), [baseNumber](const ADCBoardEntry& entry) {
@@ -101,6 +110,15 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
         return ApplyOutcome::BoardError;
     }
     return BaseBoxChange(board->m_nNumber) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+}
+
+bool BoardSelection::hasFrequency(double hertz) const {
+    const auto& list = driver_.facts().frequencies;
+    const bool found = list.empty() || std::find(list.begin(), list.end(), static_cast<float>(hertz)) != list.end();
+    if (!found) {
+        DEBUG_LOG("Frequency not founded");
+    }
+    return found;
 }
 
 }  // namespace tarno2

@@ -38,6 +38,8 @@ public:
     /// Chooses driver and board by name and number, as settings name them; a board is found by the three hexadecimal
     /// digits that its text begins with.
     [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber);
+    /// The chosen board can make that frequency: it is in the board's list, or the board has none.
+    [[nodiscard]] bool hasFrequency(double hertz) const;
 
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
     /// Texts of the boards in the driver's list.
@@ -46,6 +48,7 @@ public:
     [[nodiscard]] const std::string& problem() const { return problem_; }
 
 private:
+    bool load(const std::string& name);
     void logCapabilities() const;
 
     T_DRIVER driver_;

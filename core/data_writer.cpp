@@ -8,10 +8,13 @@
 
 #include "config/debug_log.h"
 #include "config/file_naming.h"
+#include "platform/paths.h"
 
 namespace tarno2 {
 
 namespace {
+
+constexpr uint64_t kReserveBytes = 64 * 1024;
 
 int32_t setBits(int32_t mask, uint32_t sampleWidth) {
     const uint32_t word = sampleWidth >= 4 ? 0xFFFFFFFFU : 0xFFFFU;
@@ -59,6 +62,13 @@ void DataWriter::setCreateTime(const LocalTime& time) {
     createTime_ = time;
 }
 
+uint64_t DataWriter::millisecondsOf(uint64_t bytes) const {
+    if (!(setup_.bytesPerSecond > 0.0)) {
+        return 0;
+    }
+    return static_cast<uint64_t>(std::min(static_cast<double>(bytes) * 1000.0 / setup_.bytesPerSecond, 1e12));
+}
+
 int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitBytes) {
     if (failed_ || !write_.isOpen()) {
         return -1;
@@ -72,7 +82,7 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
     while (size > 0) {
         uint64_t part = size;
         if (setup_.pieceBytes != 0) {
-            if (!nextPieceFor(std::min(unit, size))) {
+            if (!nextPieceFor(std::min(unit, size), size)) {
                 return -1;
             }
             // A piece holds whole units; a unit larger than a piece has a piece of its own.
@@ -89,7 +99,9 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
     return limitReached || full ? 1 : 0;
 }
 
-bool DataWriter::nextPieceFor(uint64_t unitBytes) {
+// `bytesLeft`: what is still to be written of a block that ends about now, so that its first sample came that much
+// earlier.
+bool DataWriter::nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft) {
     if (pieceFill_ == 0 || pieceFill_ + unitBytes <= setup_.pieceBytes) {
         return true;
     }
@@ -101,14 +113,15 @@ bool DataWriter::nextPieceFor(uint64_t unitBytes) {
         writeError_ = openError_;
         return false;
     }
-    setCreateTime(localTime());
+    setCreateTime(localTime(millisecondsOf(bytesLeft)));
     return true;
 }
 
 // `last`: the size limit cut this block short. When the cache has to be written in the same pass, such a block is left
 // out, so that a recording by size ends on what was gathered.
 bool DataWriter::put(const std::byte* data, uint64_t size, bool last) {
-    if (cacheFill_ + size >= kCacheBytes) {
+    const bool through = cacheFill_ + size >= kCacheBytes;
+    if (through) {
         if (!writeThrough(cache_.get(), cacheFill_)) {
             return false;
         }
@@ -125,6 +138,9 @@ bool DataWriter::put(const std::byte* data, uint64_t size, bool last) {
     }
     pieceFill_ += size;
     totalBytes_.store(totalBytes() + size, std::memory_order_relaxed);
+    if (through) {
+        flushedBytes_.store(totalBytes(), std::memory_order_relaxed);
+    }
     return true;
 }
 
@@ -139,7 +155,6 @@ bool DataWriter::writeThrough(const std::byte* data, uint64_t size) {
         fail(error);
         return false;
     }
-    flushedBytes_.store(totalBytes(), std::memory_order_relaxed);
     return true;
 }
 
@@ -188,7 +203,13 @@ bool DataWriter::beginFile(uint32_t number) {
     createTime_.reset();
     description_->reset();
     setup_.facts.describe(*description_);
-    return createFile(pieceName(setup_.fileName, number));
+    if (!createFile(pieceName(setup_.fileName, number))) {
+        return false;
+    }
+    if (const OsError error = reserve_.hold(parentFolder(currentName_), kReserveBytes); !error.ok()) {
+        DEBUG_LOG("No space could be reserved for the description: %s", error.text().c_str());
+    }
+    return true;
 }
 
 bool DataWriter::endFile() {
@@ -203,16 +224,17 @@ bool DataWriter::endFile() {
         DEBUG_LOG("!!!!! Close error in \"%s\": %s", currentName_.c_str(), writeError_.c_str());
     }
     read_.close();
-    if (fileBytes_ == 0) {
+    reserve_.release();
+    if (fileBytes_ < setup_.frameBytes()) {
         removeFile(currentName_);
-    } else {
-        describeFile();
+    } else if (!describeFile()) {
+        failed_ = true;
     }
     description_->reset();
     return !failed_;
 }
 
-void DataWriter::describeFile() {
+bool DataWriter::describeFile() {
     SampleLayout layout = setup_.facts.layout;
     layout.analogBits = setBits(layout.analogMask, setup_.sampleWidth);
     layout.digitalBits = setBits(layout.digitalMask, setup_.sampleWidth);
@@ -221,10 +243,17 @@ void DataWriter::describeFile() {
     if (createTime_) {
         description_->setCreateTime(*createTime_);
     }
-    if (!description_->writeForDataFile(currentName_)) {
-        DEBUG_LOG("!!!!! Description of \"%s\" not written, status = %d", currentName_.c_str(),
-                  static_cast<int>(description_->status()));
+    if (description_->writeForDataFile(currentName_)) {
+        return true;
     }
+    DEBUG_LOG("!!!!! Description of \"%s\" not written, status = %d", currentName_.c_str(),
+              static_cast<int>(description_->status()));
+    if (writeError_.empty()) {
+        writeError_ = "the description could not be written";
+    }
+    // Half a description would mislead its reader.
+    removeFile(RecordDescription::fileNameFor(currentName_));
+    return false;
 }
 
 }  // namespace tarno2

@@ -10,6 +10,7 @@
 
 #include "core/recording_facts.h"
 #include "platform/clock.h"
+#include "platform/disk_reserve.h"
 #include "platform/file.h"
 #include "records/record_description.h"
 
@@ -20,8 +21,9 @@ struct WriterSetup {
     std::string fileName;      ///< of the first piece
     uint32_t sampleWidth = 2;  ///< bytes
     uint32_t channelCount = 1;
-    uint64_t limitBytes = 0;  ///< size limit of all pieces together; 0: none
-    uint64_t pieceBytes = 0;  ///< size of a piece, cut down to whole frames; 0: one file
+    uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
+    uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
+    double bytesPerSecond = 0.0;  ///< of the kept stream, to date the pieces by; 0: not known
     RecordingFacts facts;
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
@@ -52,8 +54,10 @@ public:
     [[nodiscard]] const std::string& openError() const { return openError_; }
     /// New names of the files that `open` moved out of the way.
     [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
-    /// Create time of the first piece; later pieces take the time of their first sample.
+    /// Create time of the file at hand. Pieces take the time of their first sample by themselves.
     void setCreateTime(const LocalTime& time);
+    /// How long the kept stream takes for so many bytes; 0 when its rate is not known.
+    [[nodiscard]] uint64_t millisecondsOf(uint64_t bytes) const;
 
     /// Takes `size` bytes of whole frames. `unitBytes`: what must stay in one file, a frame or a record.
     /// 0: go on; 1: the size limit is reached; -1: a write failed, now or earlier.
@@ -75,8 +79,8 @@ private:
     [[nodiscard]] bool beginFile(uint32_t number);
     [[nodiscard]] bool createFile(const std::string& name);
     bool endFile();
-    void describeFile();
-    [[nodiscard]] bool nextPieceFor(uint64_t unitBytes);
+    [[nodiscard]] bool describeFile();
+    [[nodiscard]] bool nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft);
     [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
     [[nodiscard]] bool writeThrough(const std::byte* data, uint64_t size);
     void fail(const OsError& error);
@@ -86,7 +90,8 @@ private:
     std::unique_ptr<std::byte[]> cache_;
     size_t cacheFill_ = 0;
     File write_;
-    File read_;  ///< for those who look at what was written while the recording runs
+    File read_;            ///< for those who look at what was written while the recording runs
+    DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
     std::string currentName_;
     std::optional<LocalTime> createTime_;
     uint64_t pieceFill_ = 0;  ///< bytes accepted for the file at hand

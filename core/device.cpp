@@ -52,10 +52,6 @@ bool Device::selectBoard(uint32_t number) noexcept {
     return guarded(device_, 0, [number](IADCDevice& device) { return device.SelectBoard(number); }) == 1;
 }
 
-void Device::closeBoard() noexcept {
-    guarded(device_, 0, [](IADCDevice& device) { return device.CloseBoard(); });
-}
-
 int32_t Device::setup(int32_t apply, void* block) noexcept {
     return guarded(device_, 0, [apply, block](IADCDevice& device) { return device.Setup(apply, block, 0); });
 }

@@ -19,7 +19,6 @@ public:
 
     void release() noexcept;
     [[nodiscard]] bool selectBoard(uint32_t number) noexcept;
-    void closeBoard() noexcept;
     /// The driver's answer, 0 when it threw.
     [[nodiscard]] int32_t setup(int32_t apply, void* block) noexcept;
     [[nodiscard]] bool start() noexcept;

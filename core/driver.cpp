@@ -68,7 +68,7 @@ bool T_DRIVER::attach(IADCDevice* device, const std::string& name, const std::st
         why = version == 0 ? "the driver does not tell the version of its interface"
                            : "the driver's interface has version " + std::to_string(version) + ", this program's " +
                                  std::to_string(kADCAbiVersion);
-        device_.release();
+        releaseDevice();
         return false;
     }
     if (!device_.setProgramDirectory(programDirectory)) {
@@ -78,6 +78,11 @@ bool T_DRIVER::attach(IADCDevice* device, const std::string& name, const std::st
 }
 
 bool T_DRIVER::selectBoard(uint32_t number, std::string& why) {
+    if (blockCount() != 0) {
+        why = "the board is in use";
+        return false;
+    }
+    stop();
     startAllowed_ = false;
     initialised_ = false;
     facts_ = {};
@@ -145,6 +150,7 @@ bool T_DRIVER::CheckParameters(ParameterBlocks& blocks, bool checkOnly) {
 }
 
 void T_DRIVER::initPass(ParameterBlocks& blocks) {
+    initialised_ = false;
     DEBUG_LOG("ADCParametersDMA INIT structures:");
     blocks.dumpDma();
     rez2_ = device_.setup(1, &blocks.dma);

@@ -66,8 +66,13 @@ bool RecordingControl::StartButtonClick() {
 }
 
 bool RecordingControl::createSession() {
-    session_.reset(new (std::nothrow) T_BOARD(driver_, ++sessionNumber_,
-                                              [this](const std::string& fault) { shell_.showMessage(fault); }));
+    ++sessionNumber_;
+    try {
+        session_ = std::make_unique<T_BOARD>(driver_, sessionNumber_,
+                                             [this](const std::string& fault) { shell_.showMessage(fault); });
+    } catch (const std::bad_alloc&) {
+        session_.reset();
+    }
     if (session_ == nullptr || !session_->ready()) {
         DEBUG_LOG("!!!!!  MyData");
         return refuse(TextId::NotEnoughMemory);
@@ -165,20 +170,31 @@ bool RecordingControl::checkStopRule() {
 
 bool RecordingControl::startThread() {
     DEBUG_LOG("CreateThread");
+    const float asked = session_->settings.frequency;
     const bool started = session_->StartThread(&shell_, {});
     DEBUG_LOG("Uninitialize");
     if (started) {
         DEBUG_LOG("No Error");
+        const float made = session_->settings.frequency;
+        if (made != asked) {
+            shell_.showDetail(formatText("Asked for %f Hz, the board takes %f Hz", static_cast<double>(asked),
+                                         static_cast<double>(made)));
+        }
         return true;
     }
     DEBUG_LOG("!!!!!  Error status != 0");
+    const std::string problem = session_->problem();
     if (session_->incompatible()) {
         DEBUG_LOG("Library not compatible");
-        return refuse(TextId::IncompatibleDriver);
+        return refuse(TextId::IncompatibleDriver, problem);
+    }
+    if (session_->threadError()) {
+        DEBUG_LOG("Thread error");
+        return refuse(TextId::UnknownError);
     }
     if (session_->initError()) {
         DEBUG_LOG("Init error");
-        return refuse(TextId::InitError);
+        return refuse(TextId::InitError, problem);
     }
     DEBUG_LOG("Memory error");
     return refuse(TextId::NotEnoughMemory);
@@ -187,6 +203,9 @@ bool RecordingControl::startThread() {
 void RecordingControl::chooseCut() {
     int32_t cutNumber = 0;
     bool cut = settings_.cutMode && driver_.facts().cutMode;
+    if (settings_.cutMode && !driver_.facts().cutMode) {
+        shell_.showDetail("Cut mode not accesible");
+    }
     if (cut && !settings_.automaticCut) {
         const auto number = parseNumber<int32_t>(settings_.cutNumberText);
         cutNumber = number.value_or(0);
@@ -217,7 +236,7 @@ bool RecordingControl::prepareFacts() {
     if (!calculateStaticParameters(driver_, *session_, facts_, missing)) {
         DEBUG_LOG("!!!!! Error on calculate static parameters");
         DEBUG_LOG("!!!!! The driver does not tell %s", missing.c_str());
-        return refuse(TextId::StaticParametersMistake);
+        return refuse(TextId::StaticParametersMistake, "The driver does not tell " + missing);
     }
     warnOfFreeSpace();
     return true;
@@ -244,6 +263,9 @@ bool RecordingControl::createFiles() {
     setup.channelCount = session_->settings.channelCount();
     setup.limitBytes = settings_.stopRule == StopRule::Size ? settings_.stopBytes : 0;
     setup.pieceBytes = pieceBytes_;
+    if (!session_->settings.externalClock) {
+        setup.bytesPerSecond = session_->sampleRate() * setup.sampleWidth / session_->decimation;
+    }
     setup.facts = facts_;
     const int32_t code = session_->writer().open(setup, description_);
     for (const std::string& name : session_->writer().movedAside()) {
@@ -251,8 +273,9 @@ bool RecordingControl::createFiles() {
     }
     if (code != 0) {
         DEBUG_LOG("!!!!! Error in create files. Code = %d", code);
-        DEBUG_LOG("!!!!! %s", session_->writer().openError().c_str());
-        return refuse(TextId::FileNameError);
+        const std::string problem = session_->writer().openError();
+        DEBUG_LOG("!!!!! %s", problem.c_str());
+        return refuse(TextId::FileNameError, problem);
     }
     return true;
 }
@@ -275,7 +298,7 @@ void RecordingControl::StopTimerTick() {
         return;
     }
     // A board that waits for its external start has not begun yet.
-    if (session_->settings.externalStart && session_->samplesRead() == 0) {
+    if (session_->settings.externalStart && !session_->dataBegun()) {
         return;
     }
     ++timerCount_;
@@ -329,21 +352,29 @@ void RecordingControl::OnNotification(const Notification& notification) {
         return;
     }
     if (!current) {
-        report(result, true);
+        report(result);
         return;
     }
     if (result.code == StopCode::StopMeasuring && settings_.autoStart) {
-        report(result, false);
+        report(result);
         shell_.killTimer();
         StartButtonClick();
         return;
     }
-    if (result.code != StopCode::Error) {
-        report(result, false);
+    const bool stopFirst = result.code == StopCode::Error;
+    if (stopFirst) {
+        StopButtonClick();
     }
-    StopButtonClick();
-    if (result.code == StopCode::Error) {
-        report(result, false);
+    report(result);
+    if (!stopFirst) {
+        StopButtonClick();
+    }
+}
+
+void RecordingControl::report(const RecordingResult& result) {
+    if (const char* line = stopText(result); line[0] != '\0') {
+        DEBUG_LOG("%s", line);
+        shell_.showStatus(line);
     }
     if (const std::string message = stopMessage(result); !message.empty()) {
         attention(message);
@@ -351,15 +382,12 @@ void RecordingControl::OnNotification(const Notification& notification) {
     if (result.code == StopCode::TransferError) {
         shell_.showMessage(result.getData.text());
     }
-}
-
-void RecordingControl::report(const RecordingResult& result, bool withMessage) {
-    if (const char* line = stopText(result); line[0] != '\0') {
-        DEBUG_LOG("%s", line);
-        shell_.showStatus(line);
+    if (!result.problem.empty()) {
+        shell_.showDetail(result.problem);
     }
-    if (const std::string message = stopMessage(result); withMessage && !message.empty()) {
-        attention(message);
+    if (result.bytes > 0) {
+        shell_.showDetail(
+            formatText("Recorded %llu bytes in %u files", static_cast<unsigned long long>(result.bytes), result.files));
     }
 }
 
@@ -368,10 +396,13 @@ void RecordingControl::attention(const std::string& message) {
 }
 
 // Every refusal ends the waiting thread and frees the session, with the files that it may have made.
-bool RecordingControl::refuse(TextId id) {
+bool RecordingControl::refuse(TextId id, const std::string& detail) {
     refusedSession_ = sessionNumber_;
     freeSession();
     attention(text(id));
+    if (!detail.empty()) {
+        shell_.showDetail(detail);
+    }
     if (shell_.consoleMode()) {
         shell_.quit();
     }

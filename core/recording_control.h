@@ -52,9 +52,9 @@ private:
     [[nodiscard]] bool createFiles();
     void release();
 
-    bool refuse(TextId id);
+    bool refuse(TextId id, const std::string& detail = {});
     void attention(const std::string& message);
-    void report(const RecordingResult& result, bool withMessage);
+    void report(const RecordingResult& result);
     void freeSession();
 
     RecordingShell& shell_;

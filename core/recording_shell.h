@@ -40,6 +40,9 @@ public:
     virtual void showStatus(const std::string& status) = 0;
     /// A refusal or warning, complete with its "Attention: ".
     virtual void showAttention(const std::string& message) = 0;
+    /// What exactly stands behind the message before it: the driver's or the system's words, one line, for the log
+    /// list.
+    virtual void showDetail(const std::string& detail) = 0;
     /// A text for a message box.
     virtual void showMessage(const std::string& message) = 0;
     virtual void showBytes(uint64_t bytes) = 0;

@@ -75,10 +75,12 @@ RingReader::Part RingReader::nextHalves() const {
     return part;
 }
 
-RingReader::Part RingReader::nextRest() const {
+RingReader::Part RingReader::nextRest(uint64_t end) const {
     Part part;
     part.offset = static_cast<uint32_t>(readPosition_ % ringSize_);
-    part.count = wholeFrames(std::min<uint64_t>(written() - readPosition_, ringSize_ - part.offset));
+    if (end > readPosition_) {
+        part.count = wholeFrames(std::min<uint64_t>(end - readPosition_, ringSize_ - part.offset));
+    }
     return part;
 }
 

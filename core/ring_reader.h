@@ -37,9 +37,9 @@ public:
     };
     /// What the filled halves hold.
     [[nodiscard]] Part nextHalves() const;
-    /// When the stream ends: the rest, the unfinished half included as far as the driver told of it, in stretches that
-    /// do not wrap.
-    [[nodiscard]] Part nextRest() const;
+    /// When the stream ends: the rest up to the position `end`, the unfinished half included as far as the driver told
+    /// of it, in stretches that do not wrap.
+    [[nodiscard]] Part nextRest(uint64_t end) const;
     /// So many samples were read.
     void advance(uint32_t count) { readPosition_ += count; }
 
@@ -48,13 +48,14 @@ public:
     /// An unread sample was overwritten for certain.
     [[nodiscard]] bool overwritten() const { return written() - readPosition_ > ringSize_; }
 
+    /// End of all that the driver is known to have put into the ring.
+    [[nodiscard]] uint64_t written() const { return counted_ > halvesPosition_ ? counted_ : halvesPosition_; }
     [[nodiscard]] uint64_t readPosition() const { return readPosition_; }
     [[nodiscard]] uint64_t halvesPosition() const { return halvesPosition_; }
     /// How full the ring is, 0 to 1.
     [[nodiscard]] double load() const;
 
 private:
-    [[nodiscard]] uint64_t written() const { return counted_ > halvesPosition_ ? counted_ : halvesPosition_; }
     [[nodiscard]] uint32_t wholeFrames(uint64_t samples) const;
 
     uint32_t ringSize_;

@@ -44,7 +44,9 @@ struct RecordingResult {
     ErrorDetail detail = ErrorDetail::Unknown;
     GetDataReport getData;          ///< when `code` is TransferError
     uint64_t bytes = 0;             ///< accepted by the writer
-    uint64_t overflowPosition = 0;  ///< samples read since the start when the ring overflowed
+    uint32_t files = 0;             ///< pieces begun
+    uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
+    std::string problem;            ///< what exactly went wrong, in English; empty when nothing is known
     LocalTime startTime;
     LocalTime stopTime;
 };

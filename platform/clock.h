@@ -18,8 +18,8 @@ struct LocalTime {
     friend bool operator==(const LocalTime&, const LocalTime&) = default;
 };
 
-/// The local time now. Any thread.
-[[nodiscard]] LocalTime localTime();
+/// The local time now, or so many milliseconds ago. Any thread.
+[[nodiscard]] LocalTime localTime(uint64_t millisecondsAgo = 0);
 
 /// Milliseconds of a clock that never goes back; its zero is arbitrary. Any thread.
 [[nodiscard]] uint64_t tickCount();

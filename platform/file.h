@@ -53,6 +53,7 @@ public:
     OsError flush();
 
 private:
+    friend class DiskReserve;
     static constexpr intptr_t kClosed = -1;
     intptr_t handle_ = kClosed;
 };

@@ -1,5 +1,6 @@
 #include "apps/console/console_session.h"
 
+#include <exception>
 #include <utility>
 
 #include "config/console_log.h"
@@ -20,6 +21,9 @@ void ConsoleSession::run() {
     DEBUG_LOG("LoadConfig consolemode");
     if (!applySettings()) {
         return;
+    }
+    if (!selection_.hasFrequency(settings_.frequency)) {
+        consoleLog().log("Frequency not founded");
     }
     DEBUG_LOG("LoadConfig consolemode - Status OK");
     consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
@@ -71,8 +75,20 @@ void ConsoleSession::SetErrorCode(BoardStatus status) {
     consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status), text(id).c_str());
 }
 
+// Whatever goes wrong in one step, the recording that runs goes on.
+void ConsoleSession::enqueue(std::function<void()> work) {
+    queue_.post([step = std::move(work)] {
+        try {
+            step();
+        } catch (const std::exception& error) {
+            DEBUG_LOG("!!!! Exception: %s", error.what());
+            consoleLog().log("!!!! Exception: %s", error.what());
+        }
+    });
+}
+
 void ConsoleSession::requestStop() {
-    queue_.post([this] {
+    enqueue([this] {
         if (control_.running()) {
             control_.StopButtonClick();
         } else {
@@ -82,10 +98,16 @@ void ConsoleSession::requestStop() {
 }
 
 void ConsoleSession::post(const Notification& notification) {
-    if (notification.result.code == StopCode::Running) {
-        return;
+    if (notification.result.code != StopCode::Running) {
+        enqueue([this, notification] { handle(notification); });
     }
-    queue_.post([this, notification] { control_.OnNotification(notification); });
+}
+
+void ConsoleSession::handle(const Notification& notification) {
+    control_.OnNotification(notification);
+    if (notification.result.code == StopCode::Unplug) {
+        SetErrorCode(BoardStatus::Unplugged);
+    }
 }
 
 RecordingSettings ConsoleSession::settings() {
@@ -110,6 +132,10 @@ void ConsoleSession::showStatus(const std::string& status) {
 
 void ConsoleSession::showAttention(const std::string& message) {
     consoleLog().log("%s", message.c_str());
+}
+
+void ConsoleSession::showDetail(const std::string& detail) {
+    consoleLog().log("%s", detail.c_str());
 }
 
 void ConsoleSession::showMessage(const std::string& message) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "config/auto_settings.h"
@@ -32,6 +33,7 @@ public:
     [[nodiscard]] std::string savedFileName() override { return {}; }
     void showStatus(const std::string& status) override;
     void showAttention(const std::string& message) override;
+    void showDetail(const std::string& detail) override;
     void showMessage(const std::string& message) override;
     void showBytes(uint64_t /*bytes*/) override {}
     void showProgress(int /*percent*/) override {}
@@ -41,6 +43,9 @@ public:
     void quit() override { queue_.quit(); }
 
 private:
+    /// Queues work whose exceptions end up in the logs.
+    void enqueue(std::function<void()> work);
+    void handle(const Notification& notification);
     [[nodiscard]] bool applySettings();
     void SetErrorCode(BoardStatus status);
 

@@ -8,15 +8,19 @@ namespace tarno2 {
 namespace {
 
 constexpr long kNanosecondsPerMillisecond = 1'000'000;
+constexpr int64_t kMillisecondsPerSecond = 1000;
 constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
-LocalTime localTime() {
+LocalTime localTime(uint64_t millisecondsAgo) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t milliseconds = int64_t{now.tv_sec} * kMillisecondsPerSecond +
+                                 now.tv_nsec / kNanosecondsPerMillisecond - static_cast<int64_t>(millisecondsAgo);
+    const auto seconds = static_cast<time_t>(milliseconds / kMillisecondsPerSecond);
     tm parts{};
-    localtime_r(&now.tv_sec, &parts);
+    localtime_r(&seconds, &parts);
     const auto field = [](long value) { return static_cast<uint16_t>(value); };
     LocalTime time;
     time.year = field(parts.tm_year + 1900);
@@ -26,7 +30,7 @@ LocalTime localTime() {
     time.hour = field(parts.tm_hour);
     time.minute = field(parts.tm_min);
     time.second = field(parts.tm_sec);
-    time.millisecond = field(now.tv_nsec / kNanosecondsPerMillisecond);
+    time.millisecond = field(milliseconds % kMillisecondsPerSecond);
     return time;
 }
 

@@ -9,6 +9,7 @@ namespace {
 
 constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr uint64_t kNanosecondsPerMillisecond = 1'000'000;
+constexpr uint64_t kTicksPerMillisecond = 10'000;  // a FILETIME counts 100 ns
 
 uint64_t counterFrequency() {
     LARGE_INTEGER frequency{};
@@ -18,9 +19,19 @@ uint64_t counterFrequency() {
 
 }  // namespace
 
-LocalTime localTime() {
+LocalTime localTime(uint64_t millisecondsAgo) {
+    FILETIME time{};
+    GetSystemTimeAsFileTime(&time);
+    ULARGE_INTEGER ticks{};
+    ticks.LowPart = time.dwLowDateTime;
+    ticks.HighPart = time.dwHighDateTime;
+    ticks.QuadPart -= millisecondsAgo * kTicksPerMillisecond;
+    time.dwLowDateTime = ticks.LowPart;
+    time.dwHighDateTime = ticks.HighPart;
+    SYSTEMTIME universal{};
     SYSTEMTIME now{};
-    GetLocalTime(&now);
+    FileTimeToSystemTime(&time, &universal);
+    SystemTimeToTzSpecificLocalTime(nullptr, &universal, &now);
     return {now.wYear, now.wMonth, now.wDayOfWeek, now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds};
 }
 

@@ -30,12 +30,5 @@ TEST(CommandLine, ModeAndPath) {
     }
 }
 
-TEST(CommandLine, ArgumentsAreJoinedByBlanks) {
-    const char* const arguments[] = {"Tarno2", "/c", "my", "file.cfg"};
-    EXPECT_EQ(joinArguments(4, arguments), "/c my file.cfg");
-    EXPECT_EQ(joinArguments(1, arguments), "");
-    EXPECT_EQ(joinArguments(0, nullptr), "");
-}
-
 }  // namespace
 }  // namespace tarno2::test

@@ -84,15 +84,15 @@ TEST(RingReader, RestComesInStretchesOfWholeFrames) {
     ring.samplesWritten(60);
     ring.advance(60);
     ring.samplesWritten(60 + 60 + 31);
-    RingReader::Part part = ring.nextRest();
+    RingReader::Part part = ring.nextRest(ring.written());
     EXPECT_EQ(part.offset, 60U);
     EXPECT_EQ(part.count, 60U) << "up to the ring's end";
     ring.advance(part.count);
-    part = ring.nextRest();
+    part = ring.nextRest(ring.written());
     EXPECT_EQ(part.offset, 0U);
     EXPECT_EQ(part.count, 30U) << "the torn frame stays";
     ring.advance(part.count);
-    EXPECT_EQ(ring.nextRest().count, 0U);
+    EXPECT_EQ(ring.nextRest(ring.written()).count, 0U);
 }
 
 TEST(RingReader, PositionsGoOnBeyond32Bits) {
