@@ -1,9 +1,16 @@
 #include "language/language_table.h"
 
+#include <cctype>
 #include <gtest/gtest.h>
+#include <set>
+#include <vector>
+
+#include "platform/codepage1251.h"
 
 namespace tarno2 {
 namespace {
+
+constexpr int32_t kHighestId = 495;
 
 TEST(LanguageTable, GivesBothLanguagesById) {
     LanguageTable table;
@@ -29,23 +36,110 @@ TEST(LanguageTable, GivesEmptyTextsForWhatItDoesNotHold) {
         EXPECT_EQ(table.loadUtf8(id), "") << id;
     }
     table.select(1031);
-    EXPECT_EQ(table.load(174), "");
+    for (int32_t id = 0; id <= kHighestId; ++id) {
+        EXPECT_EQ(table.load(id), "") << id;
+    }
     table.select(kLanguageEnglish);
     EXPECT_EQ(table.load(174), "FIFO overflow");
 }
 
-// Every text that the table shows reaches a single-byte window or log whole.
-TEST(LanguageTable, ConvertsEveryTextToTheCodePage) {
+// Every text reaches a single-byte window or log whole, and no block of 16 is missing: a reader that finds texts by the
+// count of blocks would take the wrong one from there on.
+TEST(LanguageTable, HoldsAllTextsInBothLanguages) {
     LanguageTable table;
     for (const uint16_t language : {kLanguageEnglish, kLanguageRussian}) {
         table.select(language);
         int texts = 0;
-        for (int32_t id = 1; id <= 495; ++id) {
-            const bool there = !table.loadUtf8(id).empty();
-            EXPECT_EQ(there, !table.load(id).empty()) << id;
-            texts += there ? 1 : 0;
+        std::set<int32_t> blocks;
+        for (int32_t id = 0; id <= kHighestId; ++id) {
+            const std::string utf8 = table.loadUtf8(id);
+            EXPECT_EQ(utf8ToCp1251(utf8), table.load(id)) << id;
+            if (!utf8.empty()) {
+                ++texts;
+                blocks.insert(id / 16);
+            }
         }
-        EXPECT_GT(texts, 50);
+        EXPECT_EQ(texts, 491);
+        EXPECT_EQ(blocks.size(), 31U);
+    }
+}
+
+// Ids that other programs and old settings files know.
+TEST(LanguageTable, KeepsFixedTextsAtTheirIds) {
+    const struct {
+        int32_t id;
+        const char* english;
+    } fixed[] = {
+        {1, "Tarno2"},
+        {4, "Select language"},
+        {24, "Language"},
+        {25, "0 - Russian; 1 - English"},
+        {27, "Channel's color in hex format (BGR)"},
+        {53, "Can't load scopera.dll\nShow not posible."},
+        {174, "FIFO overflow"},
+        {265, "Select all"},
+        {266, "Invert selection"},
+        {286, "Mistake at input of value"},
+        {293, "By leading edge"},
+        {294, "By falling edge"},
+        {302, "Mistake in the task of parameters of synchronization"},
+        {389, "Help file not founded."},
+        {409, "Digital line settings"},
+        {428, "Save as text..."},
+        {431, "Absent"},
+        {434, "HH:MM:SS:ms"},
+        {446, "Volts"},
+        {447, "ADC code"},
+        {450, "Tab"},
+        {459, "0 - Absent, 1 - Samples, 2 - Second, 3 - HH:MM:SS:ms"},
+        {461, "0 - ADC codes, 1 - Voltage"},
+        {471, "0 - tab, 1 - symbol"},
+        {484, "Dynamic library is not compatible with this application! Update drivers."},
+        {492, "Axis font name"},
+        {493, "Axis font size"},
+    };
+    LanguageTable table;
+    table.select(kLanguageEnglish);
+    for (const auto& text : fixed) {
+        EXPECT_EQ(table.load(text.id), text.english) << text.id;
+    }
+}
+
+/// The letter that a menu text or a caption underlines, in lower case; 0 when it has none.
+char32_t mnemonic(const std::string& text) {
+    const size_t at = text.find('&');
+    if (at == std::string::npos || at + 1 == text.size()) {
+        return 0;
+    }
+    const auto letter = static_cast<unsigned char>(text[at + 1]);
+    return letter >= 0xC0 && letter < 0xE0 ? letter + 0x20U : static_cast<char32_t>(std::tolower(letter));
+}
+
+TEST(LanguageTable, UnderlinesEachLetterOnceInAMenu) {
+    using enum TextId;
+    const std::vector<std::vector<TextId>> menus = {
+        {MenuFile, MenuRecording, MenuView, MenuSettings, MenuHelp, CommandStart, CommandStop},
+        {MenuOpenRecording, MenuChooseFile, MenuSaveAsText, MenuRecover, MenuExit},
+        {CommandStart, CommandStop, CommandCycleStart, MenuAdditionalSettings},
+        {MenuShowSignal, MenuDetachSignal, MenuShowPanels, MenuShowMessages, MenuExtendedChannels},
+        {MenuManual, MenuAbout},
+        {KeepAndStart, GoBack},
+        {StartAnyway, GoBack},
+        {StopAndClose, GoBack},
+        {ExportSave, ExportCancel},
+        {CopyMessages, ButtonClose},
+    };
+    LanguageTable table;
+    for (const uint16_t language : {kLanguageEnglish, kLanguageRussian}) {
+        table.select(language);
+        for (const auto& menu : menus) {
+            std::set<char32_t> letters;
+            for (const TextId id : menu) {
+                const std::string text = table.load(static_cast<int32_t>(id));
+                EXPECT_NE(mnemonic(text), 0U) << text;
+                EXPECT_TRUE(letters.insert(mnemonic(text)).second) << cp1251ToUtf8(text);
+            }
+        }
     }
 }
 
