@@ -1,0 +1,440 @@
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <thread>
+#include <utility>
+
+#include "config/file_naming.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "tests/core/rig.h"
+
+namespace tarno2::test {
+namespace {
+
+constexpr float kFast = 1e6F;
+
+/// Passes blocks on and answers what a test tells it; once a block is done the next answer counts.
+class ScriptedEvaluator final : public BlockEvaluator {
+public:
+    ScriptedEvaluator(uint32_t atCall, int32_t answer, uint32_t frames = 0)
+        : atCall_(atCall), answer_(answer), frames_(frames) {}
+
+    int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
+        emptyBlocks += block.empty() ? 1 : 0;
+        out = {block, frames_};
+        return calls++ == atCall_ ? answer_ : 0;
+    }
+
+    uint32_t calls = 0;
+    uint32_t emptyBlocks = 0;
+
+private:
+    uint32_t atCall_;
+    int32_t answer_;
+    uint32_t frames_;
+};
+
+struct Stream {
+    uint32_t channels;
+    uint32_t ring;
+    float rate;
+    uint32_t width;
+    bool tellsCount;
+    bool obeys;  // makes a ring of whole frames when asked for it
+    bool perChannel;
+    bool hotPlug;
+};
+
+/// Lets the board deliver a few rings and a bit, stops it, and compares what is in the file.
+void expectWholeStream(const Stream& stream) {
+    FakeDevice device;
+    device.quiet = true;
+    device.format.m_nBytes = stream.width;
+    device.tellsCount = stream.tellsCount;
+    device.ring = [&](uint32_t asked, uint32_t time) { return time > 0 && stream.obeys ? asked : stream.ring; };
+    device.numbers[kADCGetPerChannelFrequency] = stream.perChannel ? 1 : 0;
+    device.numbers[kADCGetHotPlug] = stream.hotPlug ? 1 : 0;
+    device.numbers[kADCGetHotPlugPresence] = 1;
+    SessionRig rig(device);
+    const bool fits = stream.ring % (2 * stream.channels) == 0;
+    const bool started = rig.prepare(stream.channels, stream.rate);
+    ASSERT_EQ(started, fits || stream.obeys);
+    if (!started) {
+        EXPECT_EQ(rig.end().code, StopCode::Incompatible);
+        return;
+    }
+    const uint64_t half = device.ringSize() / 2;
+    const uint64_t total = half * 7 + half * 2 / 3;
+    device.readerPaced = total;
+    rig.board->Begin();
+    ASSERT_TRUE(device.waitForReads(half * 7));
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    const uint64_t expected = stream.tellsCount ? total / stream.channels * stream.channels : half * 7;
+    EXPECT_EQ(rig.board->samplesRead(), expected);
+    EXPECT_TRUE(rig.data() == streamBytes(0, expected, stream.width)) << "a sample is lost, repeated or out of order";
+    EXPECT_EQ(rig.faults, std::vector<std::string>{});
+}
+
+TEST(Acquisition, EverySampleArrivesOnceAndInOrder) {
+    constexpr float kRates[] = {1.0F, 2.0F, 63.0F, 100.0F, 399.0F, 1000.0F, 44100.0F, 524288.0F, 1e6F, 2e7F};
+    constexpr uint32_t kEdges[] = {1, 2, 3, 16, 159, 160};
+    std::mt19937 random(20121219);
+    const auto below = [&random](uint32_t limit) { return static_cast<uint32_t>(random() % limit); };
+    for (int i = 0; i < 300; ++i) {
+        Stream stream{};
+        stream.channels = i % 3 == 0 ? kEdges[below(6)] : 1 + below(160);
+        const uint32_t scale = below(4);
+        stream.ring = 32 + (scale == 0 ? below(99969) : scale == 1 ? below(9969) : below(969));
+        stream.rate = kRates[below(10)];
+        stream.width = below(2) == 0 ? 2 : 4;
+        stream.tellsCount = below(3) != 0;
+        stream.obeys = below(6) != 0;
+        stream.perChannel = below(3) == 0;
+        stream.hotPlug = below(4) == 0;
+        if (i == 0 || i == 1) {
+            stream = {i == 0 ? 1U : 160U, i == 0 ? 32U : 100000U, 1.0F, 2, true, true, false, false};
+        }
+        SCOPED_TRACE(::testing::Message() << "case " << i << ": " << stream.channels << " channels, ring "
+                                          << stream.ring << ", " << stream.rate << " Hz, width " << stream.width
+                                          << ", count " << stream.tellsCount << ", obeys " << stream.obeys);
+        expectWholeStream(stream);
+        if (::testing::Test::HasFailure()) {
+            return;
+        }
+    }
+}
+
+// How a recording of one channel over a ring of 1000 samples ends, and what is in its file then.
+struct Ending {
+    const char* what;
+    void (*script)(FakeDevice&);
+    StopCode code;
+    ErrorDetail detail;
+    uint64_t saved;           // samples at least
+    bool exactly;             // and not more
+    const char* line;         // in the debug log
+    bool countsOnly = false;  // can't be noticed where events are not counted
+};
+
+constexpr uint32_t kHalf = 500;
+
+void paced(FakeDevice& device) {
+    device.readerPaced = 20 * kHalf;
+}
+
+const Ending kEndings[] = {
+    {"the first GetData fails",
+     [](FakeDevice& d) { paced(d), d.failingRead = 0; },
+     StopCode::TransferError,
+     {},
+     0,
+     true,
+     "!!!!! GetData error at sample 0: scripted"},
+    {"the sixth GetData fails",
+     [](FakeDevice& d) { paced(d), d.failingRead = 5; },
+     StopCode::TransferError,
+     {},
+     5 * kHalf,
+     true,
+     "!!!!! GetData error at sample 2500: scripted"},
+    {"GetData throws",
+     [](FakeDevice& d) { paced(d), d.throwing = "GetData"; },
+     StopCode::TransferError,
+     {},
+     0,
+     true,
+     ""},
+    {"Start is refused", [](FakeDevice& d) { d.startAnswer = 0; }, StopCode::Error, ErrorDetail::Start, 0, true,
+     "!!!!! Start ERROR"},
+    {"Start throws", [](FakeDevice& d) { d.throwing = "Start"; }, StopCode::Error, ErrorDetail::Start, 0, true,
+     "!!!!! Start ERROR"},
+    {"Get throws", [](FakeDevice& d) { d.throwing = "Get"; }, StopCode::Incompatible, {}, 0, true, ""},
+    {"no data event at all", [](FakeDevice&) {}, StopCode::NoData, {}, 0, true, ""},
+    {"the board falls silent within a half",
+     [](FakeDevice& d) { d.readerPaced = 3 * kHalf + 77; },
+     StopCode::NoData,
+     {},
+     3 * kHalf + 77,
+     true,
+     ""},
+    {"silent, and Stop throws",
+     [](FakeDevice& d) { d.readerPaced = 2 * kHalf, d.throwing = "Stop"; },
+     StopCode::NoData,
+     {},
+     2 * kHalf,
+     true,
+     ""},
+    {"pulled out after three halves",
+     [](FakeDevice& d) {
+         d.readerPaced = 4 * kHalf + 33;
+         d.numbers[kADCGetHotPlug] = 1;
+         d.numbers[kADCGetHotPlugPresence] = 1;
+         d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
+     },
+     StopCode::Unplug,
+     {},
+     4 * kHalf,
+     false,
+     "!!!!! Board unplug.... Thread stop"},
+    {"pulled out, and nothing can be fetched any more",
+     [](FakeDevice& d) {
+         paced(d);
+         d.failingRead = 3;
+         d.numbers[kADCGetHotPlug] = 1;
+         d.numbers[kADCGetHotPlugPresence] = 1;
+         d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
+     },
+     StopCode::Unplug,
+     {},
+     3 * kHalf,
+     true,
+     "!!!!! Board unplug.... Thread stop"},
+    {"two unread halves at once, by the count", [](FakeDevice& d) { d.atStart = 2 * kHalf; }, StopCode::Error,
+     ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow"},
+    {"two unread halves at once, by the events", [](FakeDevice& d) { d.atStart = 2 * kHalf, d.tellsCount = false; },
+     StopCode::Error, ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow", true},
+    {"two unread halves after four good ones",
+     [](FakeDevice& d) {
+         d.readerPaced = 4 * kHalf;
+         const auto asked = std::make_shared<int>(-1);  // how often for the count, since the fourth read
+         d.afterRead = [&d, asked](uint32_t read) {
+             if (read == 3) {
+                 d.produce(kHalf);
+                 *asked = 0;
+             }
+         };
+         d.afterGetCode = [&d, asked](uint32_t code) {
+             if (code == kADCGetSamplesWritten && *asked >= 0 && ++*asked == 2) {
+                 d.produce(kHalf);
+             }
+         };
+     },
+     StopCode::Error, ErrorDetail::Overflow, 4 * kHalf, true, "!!!!! FIFO Overflow"},
+    {"overwritten while it was copied",
+     [](FakeDevice& d) {
+         paced(d);
+         d.afterRead = [&d](uint32_t read) {
+             if (read == 6) {
+                 d.produce(4 * kHalf + 1);
+             }
+         };
+     },
+     StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true, "!!!!! FIFO Overflow"},
+};
+
+TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
+    for (const Ending& c : kEndings) {
+        SCOPED_TRACE(c.what);
+        if (c.countsOnly && kPathSeparator == '\\') {
+            continue;  // events are not counted there
+        }
+        FakeDevice device;
+        device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+        ScopedDebugLog log;
+        c.script(device);
+        const std::string throwing = std::exchange(device.throwing, {});
+        {
+            SessionRig rig(device);
+            rig.board->dataWaitMs = 1;
+            ASSERT_TRUE(rig.prepare(1, kFast));
+            device.throwing = throwing;
+            rig.board->Begin();
+            const RecordingResult result = rig.end();
+            EXPECT_EQ(result.code, c.code);
+            EXPECT_EQ(result.detail, c.detail);
+            const std::string data = rig.data();
+            EXPECT_EQ(data.size() / 2 == c.saved, c.exactly || data.size() / 2 == c.saved) << data.size() / 2;
+            EXPECT_GE(data.size() / 2, c.saved);
+            EXPECT_TRUE(data == streamBytes(0, data.size() / 2, 2));
+            EXPECT_EQ(fileExists(rig.dataName), !data.empty()) << "a file without samples is deleted";
+            EXPECT_EQ(fileExists(rig.folder.file("run.txt")), !data.empty());
+            EXPECT_EQ(device.countCalls("Stop"), device.countCalls("Start") > 0 && !rig.board->startError() ? 1U : 0U);
+            EXPECT_FALSE(rig.driver.started());
+            EXPECT_EQ(result.overflowPosition, c.detail == ErrorDetail::Overflow ? c.saved : 0);
+        }
+        std::vector<std::string> lines{c.line,
+                                       "Thread Exit rezAdd = ", ", Code = " + std::to_string(static_cast<int>(c.code))};
+        if (c.detail == ErrorDetail::Overflow) {
+            lines.insert(lines.begin() + 1, std::to_string(c.saved));  // the first lost sample
+        }
+        EXPECT_EQ(firstMissing(log.finish(), lines), "");
+    }
+}
+
+TEST(Acquisition, ReportTellsTheReadThatFailed) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+    paced(device);
+    device.failingRead = 3;
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.begin(1, kFast));
+    const GetDataReport report = rig.end().getData;
+    EXPECT_EQ(report.mode, kADCDataShort);
+    EXPECT_EQ(report.size, kHalf);
+    EXPECT_EQ(report.offset, kHalf);
+    EXPECT_EQ(report.buffer, report.bufferStart);
+    EXPECT_EQ(report.bufferSize, 2 * kHalf);
+    EXPECT_EQ(report.partNumber, 2);
+}
+
+TEST(Acquisition, StopWakesAThreadThatWaitsForItsStart) {
+    FakeDevice device;
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.prepare(2, kFast));
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    EXPECT_EQ(device.countCalls("Start"), 0U);
+    EXPECT_FALSE(fileExists(rig.dataName));
+}
+
+TEST(Acquisition, CancelledStartNeverReachesTheBoard) {
+    FakeDevice device;
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.prepare(2, kFast));
+    rig.board->endThread();
+    const auto end = rig.notes.nextEnd();
+    ASSERT_TRUE(end.has_value());
+    EXPECT_EQ(end->result.code, StopCode::User);
+    EXPECT_EQ(device.countCalls("Start") + device.countCalls("Stop"), 0U);
+    EXPECT_FALSE(fileExists(rig.dataName));
+    EXPECT_EQ(rig.driver.blockCount(), 1);
+}
+
+// A board that waits for an external signal is waited for without limit, its presence asked in slices, and a stop
+// still gets through.
+TEST(Acquisition, ExternalStartWaitsUntilItIsStopped) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+    device.numbers[kADCGetHotPlug] = 1;
+    device.numbers[kADCGetHotPlugPresence] = 1;
+    SessionRig rig(device);
+    rig.board->dataWaitMs = 1;
+    rig.board->settings.externalStart = true;
+    ASSERT_TRUE(rig.begin(1, kFast));
+    ASSERT_TRUE(device.waitForCall("Start"));
+    const std::string presence = "Get " + std::to_string(kADCGetHotPlugPresence);
+    const size_t asked = device.countCalls(presence);
+    while (device.countCalls(presence) < asked + 2) {
+        std::this_thread::yield();  // the second question comes after a slice of waiting
+    }
+    device.produce(kHalf / 2);
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    EXPECT_TRUE(rig.data() == streamBytes(0, kHalf / 2, 2)) << "what the ring held at the stop";
+    EXPECT_EQ(device.calls().back(), "Stop") << "read first, then stopped";
+}
+
+// A board that fills its ring as fast as it is emptied must not keep a stopped recording alive.
+TEST(Acquisition, StopEndsThoughTheRingIsFilledAnew) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+    device.readerPaced = 1000 * kHalf;
+    SessionRig rig(device);
+    device.afterRead = [&](uint32_t read) {
+        if (read == 4) {
+            rig.board->requestStop();
+        }
+    };
+    ASSERT_TRUE(rig.begin(1, kFast));
+    EXPECT_EQ(rig.end().code, StopCode::User);
+    EXPECT_LE(device.samplesRead(), (5 + 2) * kHalf) << "more than the ring held at the stop was waited for";
+    EXPECT_TRUE(rig.data() == streamBytes(0, device.samplesRead(), 2));
+}
+
+TEST(Acquisition, PreHistoryPortionEndsInTheNormalMode) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+    device.numbers[kADCGetPreHistory] = 1;
+    device.preHistoryReads = 2;
+    device.readerPaced = 5 * kHalf;
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.begin(1, kFast));
+    ASSERT_TRUE(device.waitForReads(5 * kHalf));
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    std::vector<std::string> reads;
+    for (const auto& call : device.calls()) {
+        if (call.starts_with("GetData")) {
+            reads.push_back(call.substr(8));
+        }
+    }
+    EXPECT_EQ(reads, (std::vector<std::string>{"1073741824 500 0", "1073741824 500 500", "1073741824 500 0", "1 500 0",
+                                               "1 500 500", "1 500 0"}));
+    EXPECT_TRUE(rig.data() == streamBytes(0, 5 * kHalf, 2));
+    EXPECT_GE(rig.notes.progressCount(), 1U);
+}
+
+TEST(Acquisition, EvaluatorEndsTheRecording) {
+    struct Case {
+        int32_t answer;
+        StopCode code;
+        uint64_t saved;
+    };
+    for (const Case& c : {Case{1, StopCode::StopMeasuring, 3 * kHalf}, Case{-1, StopCode::AnalyzeError, 2 * kHalf},
+                          Case{-2, StopCode::AnalyzeError, 2 * kHalf}}) {
+        FakeDevice device;
+        device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+        paced(device);
+        SessionRig rig(device);
+        rig.board->evaluator = std::make_unique<ScriptedEvaluator>(2, c.answer);
+        ASSERT_TRUE(rig.begin(1, kFast));
+        EXPECT_EQ(rig.end().code, c.code) << c.answer;
+        EXPECT_TRUE(rig.data() == streamBytes(0, c.saved, 2)) << c.answer;
+    }
+}
+
+TEST(Acquisition, SizeLimitEndsTheRecording) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+    paced(device);
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.prepare(1, kFast, 2346));
+    rig.board->Begin();
+    const RecordingResult result = rig.end();
+    EXPECT_EQ(result.code, StopCode::StopMeasuring);
+    EXPECT_EQ(result.bytes, 2346U);
+    EXPECT_TRUE(rig.data() == streamBytes(0, 1173, 2));
+}
+
+TEST(Acquisition, DecimationRunsOnAcrossBlocks) {
+    for (const uint32_t factor : {2U, 7U, 100U, 1000U}) {
+        FakeDevice device;
+        device.ring = [](uint32_t, uint32_t) { return 300U; };  // halves of 50 frames
+        device.readerPaced = 3 * 2010;
+        SessionRig rig(device);
+        auto evaluator = std::make_unique<ScriptedEvaluator>(FakeDevice::kNever, 0);
+        const ScriptedEvaluator& seen = *evaluator;
+        rig.board->evaluator = std::move(evaluator);
+        rig.board->decimation = factor;
+        ASSERT_TRUE(rig.begin(3, kFast));
+        ASSERT_TRUE(device.waitForReads(3 * 2000));
+        EXPECT_EQ(rig.stop().code, StopCode::User);
+        std::string expected;
+        for (uint64_t group = 0; (group + 1) * factor <= 2010; ++group) {
+            expected += streamBytes(group * factor * 3, 3, 2);
+        }
+        EXPECT_TRUE(rig.data() == expected) << factor;
+        EXPECT_EQ(seen.emptyBlocks, 0U) << factor;
+    }
+}
+
+TEST(Acquisition, RecordsAreNotDividedBetweenPieces) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 120U; };
+    device.readerPaced = 240;
+    SessionRig rig(device);
+    rig.board->evaluator = std::make_unique<ScriptedEvaluator>(FakeDevice::kNever, 0, 20);
+    ASSERT_TRUE(rig.prepare(1, kFast, 0, 50 * 2));
+    rig.board->Begin();
+    ASSERT_TRUE(device.waitForReads(240));
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    std::string all;
+    for (uint32_t piece = 0; piece < 6; ++piece) {
+        const std::string data = rig.data(piece);
+        EXPECT_EQ(data.size(), 40U * 2) << piece;
+        all += data;
+    }
+    EXPECT_TRUE(all == streamBytes(0, 240, 2));
+    EXPECT_FALSE(fileExists(pieceName(rig.dataName, 6)));
+}
+
+}  // namespace
+}  // namespace tarno2::test

@@ -1,0 +1,86 @@
+// A program of its own, since it replaces the global operator new.
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+#include "tests/core/rig.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kCounting = false;
+#else
+constexpr bool kCounting = true;
+
+namespace {
+thread_local bool counting = false;
+thread_local size_t allocations = 0;
+}  // namespace
+
+void* operator new(std::size_t size) {
+    allocations += counting ? 1 : 0;
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    std::free(memory);
+}
+#endif
+
+namespace tarno2::test {
+namespace {
+
+/// Passes blocks on; the thread that brings them counts its allocations between the first block and the last one.
+class CountingEvaluator final : public BlockEvaluator {
+public:
+    CountingEvaluator(uint32_t blocks, size_t& result) : blocks_(blocks), result_(result) {}
+
+    int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
+        out = {block, 0};
+        ++seen_;
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+        if (seen_ == 1) {
+            allocations = 0;
+            counting = true;
+        } else if (seen_ == blocks_) {
+            counting = false;
+            result_ = allocations;
+        }
+#endif
+        return seen_ == blocks_ ? 1 : 0;
+    }
+
+private:
+    uint32_t blocks_;
+    uint32_t seen_ = 0;
+    size_t& result_;
+};
+
+TEST(Allocation, NoneBetweenTheFirstBlockAndTheLast) {
+    if (!kCounting) {
+        GTEST_SKIP() << "the sanitizers have an operator new of their own";
+    }
+    for (const uint32_t decimation : {1U, 3U}) {
+        FakeDevice device;
+        device.quiet = true;
+        device.ring = [](uint32_t, uint32_t) { return 200000U; };
+        device.readerPaced = 100000000;
+        SessionRig rig(device);
+        size_t counted = 12345;
+        rig.board->decimation = decimation;
+        rig.board->evaluator = std::make_unique<CountingEvaluator>(100, counted);  // the cache is written several times
+        ASSERT_TRUE(rig.begin(4, 1e6F));
+        EXPECT_EQ(rig.end().code, StopCode::StopMeasuring);
+        EXPECT_EQ(counted, 0U) << "decimation " << decimation;
+        EXPECT_GT(rig.board->writer().flushedBytes(), 0U);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test

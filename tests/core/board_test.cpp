@@ -1,0 +1,225 @@
+#include "core/board.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include "tests/core/rig.h"
+
+namespace tarno2::test {
+namespace {
+
+/// The calls from the first look at the blocks on.
+std::vector<std::string> handshake(FakeDevice& device) {
+    auto calls = device.calls();
+    calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "Get 70"));
+    return calls;
+}
+
+TEST(Board, ChecksThenSetsUp) {
+    using Calls = std::vector<std::string>;
+    struct Case {
+        const char* what;
+        std::map<uint32_t, uint32_t> numbers;
+        Calls calls;
+        int32_t block;
+    };
+    const Case cases[] = {
+        {"both blocks",
+         {{70, 1000}, {48, 10}, {kADCGetExtendedBlock, 1}},
+         {"Get 70", "Setup 0 1", "Setup 0 4", "Get 70", "Setup 1 1", "Setup 1 4", "Get 71"},
+         1000},
+        {"no extended block, the old code for the largest buffer",
+         {{48, 900}},
+         {"Get 70", "Get 48", "Setup 0 1", "Get 70", "Get 48", "Setup 1 1", "Get 71"},
+         900},
+        {"no largest buffer", {}, {"Get 70", "Get 48", "Setup 0 1", "Get 70", "Get 48", "Setup 1 1", "Get 71"}, 10000},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FakeDevice device;
+        device.numbers = c.numbers;
+        device.numbers[kADCGetAbiVersion] = kADCAbiVersion;
+        ScopedDebugLog log;
+        {
+            SessionRig rig(device);
+            ASSERT_TRUE(rig.prepare(2, 20000.0F));
+            EXPECT_EQ(handshake(device), c.calls);
+            EXPECT_EQ(int32_t{device.dmaBlocks().front().m_nDMABlockSize}, c.block);
+            EXPECT_EQ(rig.board->maxBufferSamples(), static_cast<uint32_t>(c.block));
+            rig.board->endThread();
+        }
+        const std::string text = log.finish();
+        EXPECT_EQ(firstMissing(text, {"INIT start", "CHECK to driver", "CHECK REZULT = OK", "INIT to driver",
+                                      "ADCParametersDMA INIT structures:", "ADCParametersDMA INIT rezult = 1",
+                                      "ADCParametersDMA INIT structures rezult:",
+                                      c.numbers.contains(kADCGetExtendedBlock) ? "ADCParametersDMAEX INIT rezult = 1"
+                                                                               : "ADCParametersDMAEX INIT - missing",
+                                      "INIT REZULT = OK", "Max Buffer Size = " + std::to_string(c.block),
+                                      "Set Event for Main", "Wait Start"}),
+                  "")
+            << text;
+    }
+}
+
+TEST(Board, RefusalsOfTheDriver) {
+    struct Case {
+        const char* what;
+        int32_t answers[2][2];
+        const char* throwing;
+        const char* line;
+        size_t setups;
+    };
+    const Case cases[] = {
+        {"check of the base block", {{0, 1}, {1, 1}}, "", "!!!!! CHECK error Rez1 = 1, Rez2 = 0", 2},
+        {"check of the extended block", {{1, 0}, {1, 1}}, "", "!!!!! CHECK error Rez1 = 0, Rez2 = 1", 2},
+        {"set-up of the base block", {{1, 1}, {0, 1}}, "", "!!!!! INIT error Rez1 = 1, Rez2 = 0", 4},
+        {"set-up of the extended block", {{1, 1}, {1, 5}}, "", "!!!!! INIT error Rez1 = 5, Rez2 = 1", 4},
+        {"throws", {{1, 1}, {1, 1}}, "Setup", "!!!!! CHECK error Rez1 = 0, Rez2 = 0", 2},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FakeDevice device;
+        std::copy_n(&c.answers[0][0], 4, &device.setupAnswers[0][0]);
+        ScopedDebugLog log;
+        {
+            SessionRig rig(device);
+            device.throwing = c.throwing;
+            EXPECT_FALSE(rig.prepare(2, 1000.0F));
+            EXPECT_TRUE(rig.board->initError());
+            const RecordingResult result = rig.end();
+            EXPECT_EQ(result.code, StopCode::Error);
+            EXPECT_EQ(result.detail, ErrorDetail::Init);
+            EXPECT_EQ(device.countCalls("Setup"), c.setups);
+            EXPECT_EQ(device.countCalls("Start"), 0U);
+            EXPECT_FALSE(rig.driver.initialised());
+        }
+        EXPECT_EQ(firstMissing(log.finish(), {c.line}), "");
+    }
+}
+
+TEST(Board, TakesCorrectionsOver) {
+    FakeDevice device;
+    device.correctDma = [](int32_t apply, ADCParametersDMA& block) {
+        if (apply == 0) {
+            block.m_fFreqStart = 640.0F;
+        }
+    };
+    device.correctEx = [](int32_t apply, ADCParametersDMAEX& block) {
+        if (apply == 0) {
+            block.m_nSize = 2;
+            block.m_pnChannels[0] = 8;
+            block.m_pnGains[1] = 4;
+        }
+    };
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.prepare(3, 1000.0F));
+    const BoardSettings& settings = rig.board->settings;
+    EXPECT_EQ(settings.channels, (std::vector<int32_t>{8, 1}));
+    EXPECT_EQ(settings.gains, (std::vector<int32_t>{1, 4}));
+    EXPECT_EQ(settings.frequency, 640.0F);
+    const ADCParametersDMA init = device.dmaBlocks().back();
+    EXPECT_EQ(float{init.m_fFreqStart}, 640.0F);
+    EXPECT_EQ(int32_t{init.m_nChannelNumber}, 2);
+    EXPECT_EQ(int32_t{init.m_nFirstChannel}, 8);
+    EXPECT_EQ(int32_t{init.m_nDMABlockSize}, 320);
+}
+
+TEST(Board, ExternalClockKeepsTheFrequencySetting) {
+    FakeDevice device;
+    device.correctDma = [](int32_t, ADCParametersDMA& block) { block.m_fFreqStart = 77.0F; };
+    SessionRig rig(device);
+    rig.board->settings.externalClock = true;
+    ASSERT_TRUE(rig.prepare(1, 1000.0F));
+    EXPECT_EQ(rig.board->settings.frequency, 1000.0F);
+    EXPECT_EQ(float{device.dmaBlocks().front().m_fFreqStart}, 0.0F);
+}
+
+TEST(Board, WrongCorrectionsAreRefused) {
+    struct Case {
+        const char* what;
+        int32_t channels;
+        float frequency;
+    };
+    for (const Case& c :
+         {Case{"longer list", 4, 1000.0F}, Case{"empty list", 0, 1000.0F}, Case{"negative", -1, 1000.0F},
+          Case{"no frequency", 3, 0.0F}, Case{"below zero", 3, -5.0F}, Case{"no number", 3, NAN}}) {
+        FakeDevice device;
+        device.correctDma = [&](int32_t, ADCParametersDMA& block) { block.m_fFreqStart = c.frequency; };
+        device.correctEx = [&](int32_t, ADCParametersDMAEX& block) { block.m_nSize = c.channels; };
+        SessionRig rig(device);
+        EXPECT_FALSE(rig.prepare(3, 1000.0F)) << c.what;
+        EXPECT_EQ(rig.end().detail, ErrorDetail::Init) << c.what;
+    }
+}
+
+TEST(Board, RingOfWholeFramesIsAskedForOnceMore) {
+    struct Case {
+        const char* what;
+        uint32_t channels;
+        uint32_t ring;     // what the driver makes at first
+        uint32_t maximum;  // 0: not told
+        bool obeys;        // makes the ring asked for the second time
+        uint32_t rings;    // how often it is asked
+        uint32_t size;     // 0: refused
+    };
+    const Case cases[] = {
+        {"fits at once", 3, 600, 0, true, 1, 600},
+        {"rounded up", 3, 1000, 0, true, 2, 1002},
+        {"the maximum is in the way", 3, 1000, 1001, true, 2, 996},
+        {"insists", 3, 1000, 0, false, 2, 0},
+        {"one frame a half at least", 160, 32, 0, true, 2, 320},
+        {"not even that fits", 160, 32, 300, true, 1, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FakeDevice device;
+        uint32_t made = 0;
+        device.ring = [&](uint32_t asked, uint32_t time) {
+            made = time + 1;
+            return time > 0 && c.obeys ? asked : c.ring;
+        };
+        if (c.maximum != 0) {
+            device.numbers[kADCGetMaxBuffer] = c.maximum;
+        }
+        ScopedDebugLog log;
+        {
+            SessionRig rig(device);
+            EXPECT_EQ(rig.prepare(c.channels, 1000.0F), c.size != 0);
+            EXPECT_EQ(made, c.rings);
+            EXPECT_EQ(rig.board->incompatible(), c.size == 0);
+            if (c.size != 0) {
+                EXPECT_EQ(rig.board->maxBufferSamples(), c.size);
+            } else {
+                EXPECT_EQ(rig.end().code, StopCode::Incompatible);
+            }
+        }
+        EXPECT_EQ(log.finish().find("can't hold whole frames") != std::string::npos, c.size == 0);
+    }
+}
+
+TEST(Board, RingThatCannotBeToldOrChangesEndsTheStart) {
+    struct Case {
+        const char* what;
+        uint32_t refusedFrom;
+        void (*restate)(uint32_t&);
+    };
+    const Case cases[] = {{"never told", 0, nullptr},
+                          {"not told at the start", 1, nullptr},
+                          {"smaller at the start", FakeDevice::kNever, [](uint32_t& ring) { ring /= 2; }},
+                          {"larger at the start", FakeDevice::kNever, [](uint32_t& ring) { ring *= 2; }}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FakeDevice device;
+        device.ringRefusedFrom = c.refusedFrom;
+        device.restate = c.restate;
+        SessionRig rig(device);
+        ASSERT_TRUE(rig.begin(2, 1000.0F));
+        EXPECT_EQ(rig.end().code, StopCode::Incompatible);
+        EXPECT_TRUE(rig.board->incompatible());
+        EXPECT_EQ(device.countCalls("Start"), 0U);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test

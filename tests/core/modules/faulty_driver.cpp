@@ -1,0 +1,53 @@
+// Driver libraries that a host must survive, one a value of FAULT.
+
+#include <cstring>
+#include <stdexcept>
+
+#include <tarno2/IADCDevice.h>
+
+namespace {
+
+class Device final : public IADCDevice {
+public:
+    void* TARNO2_CALL QueryInterface(const char* /*name*/) override { return nullptr; }
+    void TARNO2_CALL Release() override { delete this; }
+    int32_t TARNO2_CALL SelectBoard(uint32_t /*number*/) override { return 0; }
+    int32_t TARNO2_CALL CloseBoard() override { return 1; }
+    int32_t TARNO2_CALL Setup(int32_t /*apply*/, void* /*block*/, int32_t /*zero*/) override { return 0; }
+    int32_t TARNO2_CALL Start() override { return 0; }
+    void TARNO2_CALL Stop() override {}
+    int32_t TARNO2_CALL GetData(int32_t, void*, uint32_t, uint32_t) override { return kADCDataFailed; }
+    int32_t TARNO2_CALL LastError(char* text, uint32_t size) override {
+        std::strncpy(text, "no such board", size - 1);
+        return 1;
+    }
+    int32_t TARNO2_CALL Get(uint32_t code, void* result) override {
+        if (code != kADCGetAbiVersion || FAULT == 4) {
+            return 0;
+        }
+        const uint32_t version = FAULT == 3 ? kADCAbiVersion + 1 : kADCAbiVersion;
+        std::memcpy(result, &version, sizeof version);
+        return 1;
+    }
+    int32_t TARNO2_CALL Set(uint32_t /*code*/, const void* /*value*/) override { return 0; }
+    int32_t TARNO2_CALL ReadPort(uint32_t* /*lines*/) override { return 0; }
+    int32_t TARNO2_CALL WritePort(uint32_t /*lines*/) override { return 0; }
+    int32_t TARNO2_CALL WriteAnalog(uint32_t /*output*/, float /*volts*/) override { return 0; }
+    int32_t TARNO2_CALL SetProgramDirectory(const char* /*folder*/) override { return 1; }
+};
+
+}  // namespace
+
+#if FAULT == 0
+TARNO2_EXPORT void* TARNO2_CALL SomethingElse(const char* /*interfaceName*/, uint32_t /*flags*/) {
+    return new Device;
+}
+#else
+TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags) {
+    if (FAULT == 2) {
+        throw std::runtime_error("no memory for a device");
+    }
+    const bool known = std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) == 0 && flags == 0;
+    return known && FAULT != 1 ? new Device : nullptr;
+}
+#endif

@@ -1,0 +1,418 @@
+#include "core/recording_control.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <thread>
+
+#include "language/language_table.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "tests/core/rig.h"
+
+namespace tarno2::test {
+namespace {
+
+/// The program around the recording logic: keeps what it is shown, in order, and its notifications for `pump`.
+class FakeShell final : public RecordingShell {
+public:
+    RecordingSettings settings() override { return wanted; }
+    std::string fileName() override { return name; }
+    void setFileName(const std::string& newName) override { name = newName; }
+    std::string savedFileName() override { return {}; }
+    void showStatus(const std::string& status) override { shown.push_back("status: " + status); }
+    void showAttention(const std::string& message) override { shown.push_back(message); }
+    void showMessage(const std::string& message) override { shown.push_back("box: " + message); }
+    void showDetail(const std::string& detail) override { details.push_back(detail); }
+    void showBytes(uint64_t bytes) override { lastBytes = bytes; }
+    void showProgress(int percent) override { shown.push_back("progress: " + std::to_string(percent)); }
+    void startTimer(uint32_t milliseconds) override { timer = milliseconds; }
+    void killTimer() override { timer = 0; }
+    bool consoleMode() override { return console; }
+    void quit() override { ++quits; }
+    void post(const Notification& notification) override { notes.post(notification); }
+
+    [[nodiscard]] bool hasShown(const std::string& text) const {
+        return std::any_of(shown.begin(), shown.end(),
+                           [&](const auto& s) { return s.find(text) != std::string::npos; });
+    }
+
+    RecordingSettings wanted;
+    std::string name;
+    std::vector<std::string> shown;
+    std::vector<std::string> details;
+    uint64_t lastBytes = 0;
+    uint32_t timer = 0;
+    bool console = false;
+    int quits = 0;
+    NotificationLog notes;
+};
+
+class ControlRig {
+public:
+    ControlRig()
+        : driver([this](const std::string& fault) { faults.push_back(fault); }), control(shell, driver, naming) {
+        languageTable().select(kLanguageEnglish);
+        device.ring = [](uint32_t, uint32_t) { return 1000U; };
+        shell.wanted.channels = {0, 1};
+        shell.wanted.frequencyText = "1e6";
+        shell.name = folder.file("run.dat");
+        control.setDataWait(1);
+    }
+
+    void attach() {
+        std::string why;
+        ASSERT_TRUE(driver.attach(&device, "Fake", folder.path(), why)) << why;
+        ASSERT_TRUE(driver.selectBoard(1, why)) << why;
+    }
+    /// Hands the next end of a recording to the control, as the window's message loop would.
+    Notification pump() {
+        const auto notification = shell.notes.nextEnd();
+        if (!notification) {
+            ADD_FAILURE() << "no notification came";
+            return {};
+        }
+        control.OnNotification(*notification);
+        return *notification;
+    }
+    [[nodiscard]] std::vector<std::string> files() const { return listDirectory(folder.path()); }
+
+    FakeDevice device;
+    TemporaryFolder folder;
+    std::vector<std::string> faults;
+    FakeShell shell;
+    FileNaming naming;
+    T_DRIVER driver;
+    RecordingControl control;
+};
+
+struct Refusal {
+    const char* what;
+    void (*change)(ControlRig&);
+    const char* message;
+    std::vector<std::string> lines;  // of the debug log, in order
+    bool driverTouched = false;
+};
+
+const Refusal kRefusals[] = {
+    {"a name below a file",
+     [](ControlRig& r) { r.shell.name = joinPath(r.folder.write("file", "x"), "run.dat"); },
+     "Error in file name",
+     {"No Error", "!!!!! Error in create files. Code = -5"},
+     true},
+    {"no name",
+     [](ControlRig& r) { r.shell.name.clear(); },
+     "File name is empty",
+     {"Check file", "File error \"\" code = "}},
+    {"the description's name",
+     [](ControlRig& r) { r.shell.name = r.folder.file("run.txt"); },
+     "File name is the name of its own description",
+     {"Check file", "File error"}},
+    {"packets of one channel",
+     [](ControlRig& r) {
+         r.shell.wanted.channels = {3};
+         r.shell.wanted.boardMode = kBoardPacketMode;
+         r.shell.wanted.packetFrequency = 5;
+     },
+     "Enabled packet mode, but channels count = 1.",
+     {"Check file", "Save to file", "Active channel = 3, gain = 1", "!!! Packet mode, but channel's count = 1"}},
+    {"an unknown format",
+     [](ControlRig& r) { r.device.format.m_nBytes = 3; },
+     "Undefined format",
+     {"Save to file", "BoardMode = 0"}},
+    {"an unknown format comes before no channel",
+     [](ControlRig& r) {
+         r.device.format.m_nBytes = 8;
+         r.shell.wanted.channels.clear();
+     },
+     "Undefined format",
+     {"BoardMode = 0"}},
+    {"no channel",
+     [](ControlRig& r) {
+         r.shell.wanted.channels.clear();
+         r.shell.wanted.frequencyText = "x";
+     },
+     "Start faild because channel count = 0.",
+     {"BoardMode = 0", "Channel count = 0"}},
+    {"a frequency that is no number",
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "fast"; },
+     "Start faild because freq value incorrect.",
+     {"Frequency = "}},
+    {"an infinite frequency",
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "inf"; },
+     "Start faild because freq value incorrect.",
+     {"Frequency = "}},
+    {"a negative frequency",
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "-1000"; },
+     "Start faild because freq value incorrect.",
+     {"Frequency = -1000.000000"}},
+    {"a size of nothing",
+     [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size; },
+     "Start faild because stop value incorrect.",
+     {"Frequency = 1000000.000000"}},
+    {"the board is refused",
+     [](ControlRig& r) { r.device.setupAnswers[0][0] = 0; },
+     "Init error",
+     {"CreateThread", "Uninitialize", "!!!!!  Error status != 0", "Init error"},
+     true},
+    {"a ring without whole frames",
+     [](ControlRig& r) { r.device.ring = [](uint32_t, uint32_t) { return 1001U; }; },
+     "Dynamic library is not compatible with this application! Update drivers.",
+     {"CreateThread", "!!!!!  Error status != 0"},
+     true},
+    {"no code range",
+     [](ControlRig& r) { r.device.codeRangeKnown = false; },
+     "Mistake in calculation of statistical parameters",
+     {"No Error", "CutMode disable", "Set parameters: ", "!!!!! Error on calculate static parameters"},
+     true},
+    {"no input range",
+     [](ControlRig& r) { r.device.inputRange = 0.0F; },
+     "Mistake in calculation of statistical parameters",
+     {"!!!!! Error on calculate static parameters"},
+     true},
+};
+
+TEST(RecordingControl, RefusalsLeaveNothingBehind) {
+    for (const Refusal& c : kRefusals) {
+        for (const bool console : {false, true}) {
+            SCOPED_TRACE(std::string(c.what) + (console ? ", console" : ""));
+            ScopedDebugLog log;
+            {
+                ControlRig rig;
+                rig.shell.console = console;
+                c.change(rig);
+                rig.attach();
+                const auto before = rig.files();
+                EXPECT_FALSE(rig.control.StartButtonClick());
+                EXPECT_FALSE(rig.control.running());
+                EXPECT_EQ(rig.driver.blockCount(), 0) << "the session is freed, its thread ended";
+                EXPECT_EQ(rig.files(), before);
+                EXPECT_EQ(rig.device.countCalls("Start"), 0U);
+                EXPECT_EQ(rig.device.countCalls("Setup") > 0, c.driverTouched);
+                if (c.driverTouched) {
+                    rig.pump();  // what the thread told at its end is no second refusal
+                }
+                ASSERT_EQ(rig.shell.shown.size(), 1U);
+                EXPECT_EQ(rig.shell.shown[0].rfind(std::string("Attention: ") + c.message, 0), 0U)
+                    << rig.shell.shown[0];
+                EXPECT_EQ(rig.shell.quits, console ? 1 : 0);
+                EXPECT_EQ(rig.faults, std::vector<std::string>{});
+            }
+            std::vector<std::string> lines{"StartButtonClick", "Connect"};
+            lines.insert(lines.end(), c.lines.begin(), c.lines.end());
+            EXPECT_EQ(firstMissing(log.finish(), lines), "");
+        }
+    }
+}
+
+TEST(RecordingControl, UnknownFileSystem) {
+    ControlRig rig;
+    rig.attach();
+    rig.shell.name = "/proc/run.dat";
+    if (!isDirectory("/proc/self")) {
+        GTEST_SKIP() << "needs a /proc";
+    }
+    EXPECT_FALSE(rig.control.StartButtonClick());
+    EXPECT_EQ(rig.shell.shown, std::vector<std::string>{"Attention: Unknown FAT"});
+}
+
+struct Ending {
+    const char* what;
+    void (*script)(ControlRig&);
+    StopCode code;
+    const char* status;   // log line and status text
+    const char* message;  // after "Attention: "
+    bool data = true;
+};
+
+const Ending kEndings[] = {
+    {"size", [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size, r.shell.wanted.stopBytes = 1000; },
+     StopCode::StopMeasuring, "Stop - By stop measuring", ""},
+    {"pulled out",
+     [](ControlRig& r) {
+         r.device.numbers[kADCGetHotPlug] = 1;
+         r.device.numbers[kADCGetHotPlugPresence] = 1;
+         r.device.afterRead = [&r](uint32_t read) { r.device.numbers[kADCGetHotPlugPresence] = read == 0 ? 1 : 0; };
+     },
+     StopCode::Unplug, "Stop - By device unplug", ""},
+    {"no data", [](ControlRig& r) { r.device.readerPaced = 0; }, StopCode::NoData, "Stop - By non data",
+     "Data did not act for a settlement time interval", false},
+    {"transfer", [](ControlRig& r) { r.device.failingRead = 2; }, StopCode::TransferError, "Stop - By get error",
+     "Error in metod GET"},
+    {"another ring at the start", [](ControlRig& r) { r.device.ringRefusedFrom = 1; }, StopCode::Incompatible, "",
+     "Dynamic library is not compatible with this application! Update drivers.", false},
+    {"overflow",
+     [](ControlRig& r) { r.device.afterRead = [&r](uint32_t read) { r.device.produce(read == 1 ? 5000 : 0); }; },
+     StopCode::Error, "", "FIFO overflow"},
+    {"start refused", [](ControlRig& r) { r.device.startAnswer = 0; }, StopCode::Error, "Stop - By start error",
+     "Start error", false},
+};
+
+TEST(RecordingControl, EveryEndRunsTheStopRoutine) {
+    for (const Ending& c : kEndings) {
+        SCOPED_TRACE(c.what);
+        ScopedDebugLog log;
+        {
+            ControlRig rig;
+            rig.shell.console = true;
+            rig.device.readerPaced = 100000;
+            c.script(rig);
+            rig.attach();
+            const std::string first = rig.shell.name;
+            ASSERT_TRUE(rig.control.StartButtonClick());
+            EXPECT_EQ(rig.pump().result.code, c.code);
+            EXPECT_FALSE(rig.control.running());
+            EXPECT_EQ(rig.driver.blockCount(), 0);
+            EXPECT_EQ(fileExists(first), c.data);
+            EXPECT_EQ(fileExists(rig.folder.file("run.txt")), c.data);
+            EXPECT_NE(rig.shell.name, first) << "a new name is proposed";
+            EXPECT_FALSE(fileExists(rig.shell.name));
+            EXPECT_EQ(rig.shell.quits, 1);
+            if (*c.status != '\0') {
+                EXPECT_TRUE(rig.shell.hasShown(std::string("status: ") + c.status));
+            }
+            EXPECT_EQ(rig.shell.hasShown("Attention: "), *c.message != '\0');
+            EXPECT_TRUE(rig.shell.hasShown(*c.message == '\0' ? "" : std::string("Attention: ") + c.message));
+            EXPECT_EQ(rig.shell.hasShown("box: GetData mode:\n     Mode = 1\n"), c.code == StopCode::TransferError);
+            rig.control.StopButtonClick();
+            EXPECT_EQ(rig.shell.quits, 1) << "the program ends once";
+        }
+        const std::string text = log.finish();
+        EXPECT_EQ(firstMissing(text, {"Resume start", "StopButtonClick", "KillTimer", "Stoping", "Stoping by User",
+                                      "Generate new file name", "New file = "}),
+                  "");
+        EXPECT_EQ(firstMissing(text, {c.status}), "");
+    }
+}
+
+TEST(RecordingControl, StopByUser) {
+    ScopedDebugLog log;
+    {
+        ControlRig rig;
+        rig.attach();
+        rig.control.setDataWait(60000);
+        ASSERT_TRUE(rig.control.StartButtonClick());
+        rig.control.StopButtonClick();
+        EXPECT_FALSE(rig.control.running());
+        const std::string next = rig.shell.name;
+        // The notification comes when the session is gone, and meets the next recording.
+        ASSERT_TRUE(rig.control.StartButtonClick());
+        EXPECT_EQ(rig.pump().result.code, StopCode::User);
+        EXPECT_TRUE(rig.control.running()) << "it is not the next recording's";
+        EXPECT_TRUE(rig.shell.hasShown("status: Stop - By user"));
+        EXPECT_FALSE(rig.shell.hasShown("Attention"));
+        EXPECT_EQ(rig.shell.quits, 0);
+        // Starting again ends the one that runs.
+        EXPECT_TRUE(rig.control.StartButtonClick());
+        EXPECT_TRUE(rig.control.running());
+        rig.control.StopButtonClick();
+        EXPECT_EQ(rig.driver.blockCount(), 0);
+    }
+    EXPECT_EQ(
+        firstMissing(log.finish(), {"Stop - By user", "StartButtonClick", "Already run", "StopButtonClick", "Stop ok"}),
+        "");
+}
+
+TEST(RecordingControl, StopTimer) {
+    struct Case {
+        const char* what;
+        double seconds;
+        int ticks;
+    };
+    for (const Case& c : {Case{"a second and a half", 1.5, 2}, Case{"whole seconds", 3.0, 3}, Case{"a bit", 0.01, 1}}) {
+        SCOPED_TRACE(c.what);
+        ScopedDebugLog log;
+        {
+            ControlRig rig;
+            rig.attach();
+            rig.control.setDataWait(60000);
+            rig.shell.wanted.stopRule = StopRule::Time;
+            rig.shell.wanted.stopSeconds = c.seconds;
+            ASSERT_TRUE(rig.control.StartButtonClick());
+            EXPECT_EQ(rig.shell.timer, 1000U);
+            for (int tick = 1; tick <= c.ticks; ++tick) {
+                EXPECT_TRUE(rig.control.running()) << "before tick " << tick;
+                rig.control.StopTimerTick();
+            }
+            EXPECT_FALSE(rig.control.running());
+            EXPECT_EQ(rig.shell.timer, 0U);
+            EXPECT_TRUE(rig.shell.hasShown("progress: 100"));
+            rig.control.StopTimerTick();  // one that was due already
+        }
+        EXPECT_EQ(firstMissing(log.finish(), {"Create timer for stop: TimeStopValue = ", "Timer stop - Work"}), "");
+    }
+}
+
+TEST(RecordingControl, StopTimerCountsFromTheFirstDataOfAnExternalStart) {
+    ControlRig rig;
+    rig.attach();
+    rig.shell.wanted.boardMode = kBoardExternalStart;
+    rig.shell.wanted.stopRule = StopRule::Time;
+    rig.shell.wanted.stopSeconds = 2;
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    ASSERT_TRUE(rig.device.waitForCall("Start"));
+    for (int tick = 0; tick < 10; ++tick) {
+        rig.control.StopTimerTick();
+    }
+    ASSERT_TRUE(rig.control.running()) << "the board has not begun";
+    rig.device.produce(500);
+    ASSERT_TRUE(rig.device.waitForReads(500));
+    while (rig.control.session()->samplesRead() == 0) {
+        std::this_thread::yield();
+    }
+    rig.control.StopTimerTick();
+    EXPECT_TRUE(rig.control.running());
+    rig.control.StopTimerTick();
+    EXPECT_FALSE(rig.control.running());
+}
+
+TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
+    ControlRig rig;
+    rig.device.readerPaced = 100000;
+    rig.shell.wanted.stopRule = StopRule::Size;
+    rig.shell.wanted.stopBytes = 400;
+    rig.shell.wanted.autoStart = true;
+    rig.attach();
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    const std::string first = rig.shell.name;
+    rig.pump();
+    EXPECT_TRUE(rig.control.running());
+    const std::string second = rig.shell.name;
+    EXPECT_NE(second, first);
+    rig.shell.wanted.autoStart = false;
+    rig.pump();
+    EXPECT_TRUE(readFile(first) == streamBytes(0, 200, 2));
+    EXPECT_TRUE(readFile(second) == streamBytes(0, 200, 2));
+}
+
+TEST(RecordingControl, CutNumber) {
+    struct Case {
+        const char* text;
+        bool accessible;
+        size_t pieces;
+        std::vector<std::string> lines;
+    };
+    for (const Case& c : {Case{"1", true, 2, {"CutNumber = 1", "CutMode enabled", "CutFlag = 1"}},
+                          Case{"1", false, 1, {"CutMode disable", "CutFlag = 0"}},
+                          Case{"one", true, 1, {"!!!! CutNumber catching= 0", "CutMode disable"}}}) {
+        SCOPED_TRACE(c.text);
+        ScopedDebugLog log;
+        {
+            ControlRig rig;
+            rig.device.quiet = true;
+            rig.device.readerPaced = 1000000;
+            rig.device.numbers[kADCGetCutMode] = c.accessible ? 1 : 0;
+            rig.shell.wanted.stopRule = StopRule::Size;
+            rig.shell.wanted.stopBytes = 1536 * 1024;
+            rig.shell.wanted.cutMode = true;
+            rig.shell.wanted.cutNumberText = c.text;
+            rig.attach();
+            ASSERT_TRUE(rig.control.StartButtonClick());
+            EXPECT_EQ(rig.pump().result.code, StopCode::StopMeasuring);
+            EXPECT_EQ(rig.files().size(), 2 * c.pieces);
+        }
+        EXPECT_EQ(firstMissing(log.finish(), c.lines), "");
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test
