@@ -273,12 +273,15 @@ bool AcquisitionThread::noDataTooLong() {
 bool AcquisitionThread::transfer(const RingReader::Part& part) {
     const uint32_t ringSize = board_.maxBufferSamples_;
     bool done = false;
+    block_ = buffer_.get();
     if (uint64_t{part.offset} + part.count > ringSize) {
         // Rings hold whole frames in each half, so a read does not come here unless a driver answers otherwise.
         const uint32_t first = ringSize - part.offset;
         done = fetch(buffer_.get(), first, part.offset, 2) && fetch(buffer_.get() + first, part.count - first, 0, 1);
     } else {
-        done = fetch(buffer_.get(), part.count, part.offset, 2);
+        std::byte* room = decimator_ ? nullptr : board_.writer_.room(uint64_t{part.count} * sampleWidth_);
+        block_ = room != nullptr ? room : buffer_.get();
+        done = fetch(block_, part.count, part.offset, 2);
     }
     if (!done) {
         return false;
@@ -303,7 +306,7 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
         notify();
         return fetch(destination, count, offset, partNumber);
     }
-    report_.getData = {dataMode_, count, offset, destination, buffer_.get(), board_.maxBufferSamples_, partNumber};
+    report_.getData = {dataMode_, count, offset, destination, block_, board_.maxBufferSamples_, partNumber};
     result_ = kTransferFailed;
     report_.problem = driver_.device().lastError();
     DEBUG_LOG("!!!!! GetData error at sample %llu: %s", static_cast<unsigned long long>(ring_->readPosition()),
@@ -312,7 +315,7 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
 }
 
 int32_t AcquisitionThread::processBlock(uint32_t samples) {
-    std::span<const std::byte> block{buffer_.get(), size_t{samples} * sampleWidth_};
+    std::span<const std::byte> block{block_, size_t{samples} * sampleWidth_};
     if (decimator_) {
         block = decimator_->process(block);
     }

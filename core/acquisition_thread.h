@@ -64,6 +64,7 @@ private:
     uint32_t sampleWidth_;
     StreamTiming timing_;
     std::unique_ptr<std::byte[]> buffer_;
+    std::byte* block_ = nullptr;  ///< the block that was read last: in the buffer, or in the writer's cache
     std::optional<Decimator> decimator_;
     std::optional<RingReader> ring_;
     std::optional<Event> dataEvent_;

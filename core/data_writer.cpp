@@ -101,6 +101,10 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
 
 // `bytesLeft`: what is still to be written of a block that ends about now, so that its first sample came that much
 // earlier.
+std::byte* DataWriter::room(uint64_t size) {
+    return cacheFill_ + size < kCacheBytes ? cache_.get() + cacheFill_ : nullptr;
+}
+
 bool DataWriter::nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft) {
     if (pieceFill_ == 0 || pieceFill_ + unitBytes <= setup_.pieceBytes) {
         return true;
@@ -133,7 +137,10 @@ bool DataWriter::put(const std::byte* data, uint64_t size, bool last) {
             return false;
         }
     } else {
-        std::memcpy(cache_.get() + cacheFill_, data, size);
+        // A block that was read into `room` is in its place already, unless a new piece has begun since.
+        if (data != cache_.get() + cacheFill_) {
+            std::memmove(cache_.get() + cacheFill_, data, size);
+        }
         cacheFill_ += size;
     }
     pieceFill_ += size;

@@ -62,6 +62,9 @@ public:
     /// Takes `size` bytes of whole frames. `unitBytes`: what must stay in one file, a frame or a record.
     /// 0: go on; 1: the size limit is reached; -1: a write failed, now or earlier.
     [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes);
+    /// Where a block of `size` bytes may be put so that the next `Write`, given this place, need not copy it; null when
+    /// such a block does not go through the cache.
+    [[nodiscard]] std::byte* room(uint64_t size);
     /// Writes what is left in the cache, then the description; closes the files and deletes one without samples.
     /// False when something did not reach the disk.
     bool Close();
