@@ -1,5 +1,6 @@
 // tarno2-drivers, and drivers that do not load.
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 #include "platform/paths.h"
@@ -12,9 +13,20 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
+/// A path of the build as the system writes it.
+std::string native(const std::string& path) {
+    return std::filesystem::absolute(path).make_preferred().string();
+}
+
 /// A registry of the test's own where there can be one: additions go to a folder of the rig.
 class DriversProgram : public testing::Test {
 protected:
+    void TearDown() override {
+        // What a test that failed left in a registry that outlives it.
+        ChildProcess remove(builtFile("tarno2-drivers"), {"remove", "TestDriver"}, rig.file("output.txt"));
+        remove.waitForEnd(kGuard);
+    }
+
     RecordingRig rig;
     ScopedEnvironment registry{"TARNO2_REGISTRY", rig.file("registry") + ":" + joinPath(TARNO2_BIN, "registry.d")};
     ScopedEnvironment settings{"TARNO2_SIMULATOR", ""};
@@ -38,9 +50,9 @@ TEST_F(DriversProgram, SaysWhyADriverDoesNotLoadAndSoDoesARecording) {
         {"missing", rig.file("no-such-library.so"), ""},
         {"no library", rig.folder().write("text.so", "this is no library"), ""},
         {"folder", rig.path(), ""},
-        {"no factory", WITHOUT_FACTORY_LIBRARY, "the library has no \"StaticFactory\""},
-        {"null", NULL_FACTORY_LIBRARY, "the library made no device"},
-        {"throws", THROWING_LIBRARY, "the library made no device"},
+        {"no factory", native(WITHOUT_FACTORY_LIBRARY), "the library has no \"StaticFactory\""},
+        {"null", native(NULL_FACTORY_LIBRARY), "the library made no device"},
+        {"throws", native(THROWING_LIBRARY), "the library made no device"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
@@ -53,6 +65,7 @@ TEST_F(DriversProgram, SaysWhyADriverDoesNotLoadAndSoDoesARecording) {
         Wish wish;
         wish.driver = "TestDriver";
         wish.bytes = 4000;
+        std::filesystem::remove(rig.file("AutoLog.txt"));
         rig.record(wish);
         EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("Set error code = -3: Driver . Program aborted."),
                                          HasSubstr(each.reason), HasSubstr("\r\nProgram exit at ")));
@@ -70,7 +83,7 @@ TEST_F(DriversProgram, NamesTheVersionOfADriverForAnotherProgram) {
 }
 
 TEST_F(DriversProgram, AddsADriverThatThenRecords) {
-    const std::string library = joinPath(TARNO2_BIN, kPathSeparator == '\\' ? "simulator.dll" : "simulator.so");
+    const std::string library = native(joinPath(TARNO2_BIN, kPathSeparator == '\\' ? "simulator.dll" : "simulator.so"));
     EXPECT_THAT(rig.run("tarno2-drivers", {"add", "TestDriver", library}), HasSubstr("    loads, boards: 4\n"));
     Wish wish;
     wish.driver = "TestDriver";

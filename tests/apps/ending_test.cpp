@@ -31,7 +31,7 @@ TEST(Killed, ARecordingIsKeptByTheNextOne) {
     } moments[] = {
         {"the file is there", 0, [](const RecordingRig& rig) { return rig.exists("run.dat"); }},
         {"the file has data", 0, [](const RecordingRig& rig) { return rig.size("run.dat") > 0; }},
-        {"a piece is complete", 1, [](const RecordingRig& rig) { return rig.exists("run.txt"); }},
+        {"a piece is complete", 1, [](const RecordingRig& rig) { return rig.exists("run_1.dat"); }},
         {"three pieces are there", 1, [](const RecordingRig& rig) { return rig.exists("run_2.dat"); }},
     };
     for (const auto& each : moments) {

@@ -80,7 +80,9 @@ std::string RecordingRig::run(const std::string& program, const std::vector<std:
     const ScopedEnvironment home("TARNO2_HOME", path());
     ChildProcess process(builtFile(program), arguments, file("output.txt"));
     EXPECT_EQ(process.waitForEnd(kGuard), expectedStatus) << program;
-    return readFile(file("output.txt"));
+    std::string printed = readFile(file("output.txt"));
+    std::erase(printed, '\r');
+    return printed;
 }
 
 std::vector<std::string> RecordingRig::pieces(const std::string& name) const {

@@ -37,7 +37,7 @@ public:
     [[nodiscard]] std::unique_ptr<ChildProcess> start(const Wish& wish, const std::string& simulator) const;
     /// Records until the program ends by itself, which has to be with status 0.
     void record(const Wish& wish, const std::string& simulator = "RealTime=0;Signal=Counter") const;
-    /// Runs a program of the build with these arguments to its end; returns what it printed.
+    /// Runs a program of the build with these arguments to its end; returns what it printed, with LF as line end.
     std::string run(const std::string& program, const std::vector<std::string>& arguments,
                     int expectedStatus = 0) const;
 
