@@ -16,5 +16,6 @@ endif()
 
 function(tarno2_warnings target)
     # -Wrestrict of GCC 12 misfires on "literal" + std::string.
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wno-restrict -Werror)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict> -Werror)
 endfunction()

@@ -31,7 +31,7 @@ template <typename List, typename Value>
 int32_t putList(void* result, const std::vector<Value>& values) {
     if (values.empty())
         return 0;
-    List list;
+    List list{};
     std::memcpy(&list, result, sizeof list);
     list.m_nCount = static_cast<uint32_t>(values.size());
     if (valuesOf(list) != nullptr)
@@ -306,7 +306,7 @@ int32_t RingDevice::answerForBoard(uint32_t code, void* result) {
         case kADCGetCodeRange:
             return put(result, board_->codes);
         case kADCGetInputRange: {
-            ADCInputRange range;
+            ADCInputRange range{};
             std::memcpy(&range, result, sizeof range);
             if (range.m_nChannel < 0 || range.m_nChannel >= static_cast<int32_t>(board_->channels))
                 return fail("The board has no channel %d.", range.m_nChannel);
@@ -344,7 +344,7 @@ int32_t RingDevice::answerForBoard(uint32_t code, void* result) {
 }
 
 int32_t RingDevice::answerBoardList(void* result) {
-    ADCBoardList list;
+    ADCBoardList list{};
     std::memcpy(&list, result, sizeof list);
     list.m_nCount = static_cast<uint32_t>(boards_.size());
     if (list.m_pEntries != nullptr)

@@ -123,8 +123,8 @@ public:
           bytes_(recording.board.format.m_nBytes),
           frameBytes_(uint64_t{recording.board.format.m_nBytes} * recording.board.channels),
           channels_(std::move(channels)),
-          loop_(loop) {
-        whole_ = channels_.size() == recording.board.channels;
+          loop_(loop),
+          whole_(channels_.size() == recording.board.channels) {
         for (size_t i = 0; whole_ && i < channels_.size(); ++i)
             whole_ = channels_[i] == static_cast<int32_t>(i);
         if (!whole_)

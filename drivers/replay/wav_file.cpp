@@ -13,7 +13,7 @@ constexpr uint16_t kFormatExtensible = 0xFFFE;
 constexpr uint32_t kMostChannels = 160;
 
 struct Chunk {
-    char id[4];
+    char id[4] = {};
     uint32_t size = 0;
     uint64_t begin = 0;  // of what it holds
     [[nodiscard]] bool is(const char* name) const { return std::memcmp(id, name, 4) == 0; }

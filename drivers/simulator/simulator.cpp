@@ -216,7 +216,7 @@ int32_t SimulatorDevice::answerRing(void* result) {
         return fail("There is no answer about the ring (AnswerRing).");
     const int32_t answered = RingDevice::Get(kADCGetRing, result);
     if (answered == 1 && faults_.ringDiffers && ringAnswers_++ > 0) {
-        ADCRingInfo info;
+        ADCRingInfo info{};
         std::memcpy(&info, result, sizeof info);
         info.m_nRingSize *= 2;
         std::memcpy(result, &info, sizeof info);

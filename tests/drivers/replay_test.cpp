@@ -198,7 +198,7 @@ std::string writeDataFile(const TemporaryFolder& folder, const std::string& data
     EXPECT_TRUE(description.setFrequency(20000.0) && description.setDataFormat(layout) &&
                 description.setDriverName("Simulator") && description.setDataCountPerChannel(data.size() / 8) &&
                 description.addChannelRange(2.5, -2.5) && description.addChannelRange(0.25, -0.25));
-    const std::string file = folder.write("run.dat", data);
+    std::string file = folder.write("run.dat", data);
     EXPECT_TRUE(description.writeForDataFile(file));
     return file;
 }

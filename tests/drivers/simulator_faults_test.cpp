@@ -54,7 +54,7 @@ TEST(SimulatorFaults, MissingAndWrongAnswers) {
     EXPECT_EQ(Faulty("AnswerMaxBufferOld=0").driver->Get(kADCGetMaxBufferOld, &value), 0);
     EXPECT_EQ(Faulty("AnswerCount=0").driver->Get(kADCGetSamplesWritten, &value), 0);
     EXPECT_EQ(Faulty("MaxBuffer=1234").driver.get<uint32_t>(kADCGetMaxBuffer), 1234U);
-    ADCSampleFormat format;
+    ADCSampleFormat format{};
     EXPECT_EQ(Faulty("AnswerFacts=0").driver->Get(kADCGetSampleFormat, &format), 0);
 
     EXPECT_FALSE(Faulty("AnswerRing=0").reader().ok());

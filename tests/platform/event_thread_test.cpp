@@ -33,7 +33,7 @@ TEST(Event, IsSharedThroughItsNumber) {
     }
     EXPECT_EQ(owner.wait(0), WaitResult::Signalled) << "the borrower must not have closed it";
     Event moved = std::move(owner);
-    EXPECT_FALSE(owner.valid());  // NOLINT(bugprone-use-after-move): an emptied one is asked on purpose
+    EXPECT_FALSE(owner.valid());
     EXPECT_EQ(owner.wait(0), WaitResult::Failed);
     EXPECT_EQ(moved.wait(0), WaitResult::Signalled);
     EXPECT_EQ(Event::wrap(0xFFFFFFFFU).wait(0), WaitResult::Failed);
