@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Builds the benchmarks optimised and prints the ratios that docs/performance.md explains.
+#
+#   scripts/bench.sh                       the ratios; fails when recording is slower than it has to be
+#   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
+#
+# Files go to the memory file system, or to the folder that TARNO2_BENCH_FOLDER names; about 600 MB have to be free.
+set -euo pipefail
+started_in=$PWD
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+install_packages "${BUILD_PACKAGES[@]}" libbenchmark-dev
+use_ccache
+# A tree that was configured already keeps its tests; a new one needs none here.
+configuration=(-DTARNO2_BENCH=ON)
+[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
+cmake --preset release "${configuration[@]}"
+cmake --build --preset release --target tarno2-bench tarno2-bench-ratios simulator
+bin=$PWD/build/release/bin
+
+# A relative folder counts from where the script was called.
+cd "$started_in"
+if [ "${1:-}" = --times ]; then
+    shift
+    exec "$bin/tarno2-bench" "$@"
+fi
+[ $# -eq 0 ] || fail "Unknown: $*"
+exec "$bin/tarno2-bench-ratios"
