@@ -106,15 +106,17 @@ TEST(Acquisition, EverySampleArrivesOnceAndInOrder) {
 }
 
 // How a recording of one channel over a ring of 1000 samples ends, and what is in its file then.
-struct Ending {
+struct Expected {
     const char* what;
-    void (*script)(FakeDevice&);
     StopCode code;
     ErrorDetail detail;
-    uint64_t saved;           // samples at least
-    bool exactly;             // and not more
-    const char* line;         // in the debug log
-    bool countsOnly = false;  // can't be noticed where events are not counted
+    uint64_t saved;    // samples at least
+    bool exactly;      // and not more
+    const char* line;  // in the debug log
+    bool counted;      // noticed only where events are counted
+};
+struct Ending : Expected {
+    void (*script)(FakeDevice&);
 };
 
 constexpr uint32_t kHalf = 500;
@@ -124,77 +126,69 @@ void paced(FakeDevice& device) {
 }
 
 const Ending kEndings[] = {
-    {"the first GetData fails",
-     [](FakeDevice& d) { paced(d), d.failingRead = 0; },
-     StopCode::TransferError,
-     {},
-     0,
-     true,
-     "!!!!! GetData error at sample 0: scripted"},
-    {"the sixth GetData fails",
-     [](FakeDevice& d) { paced(d), d.failingRead = 5; },
-     StopCode::TransferError,
-     {},
-     5 * kHalf,
-     true,
-     "!!!!! GetData error at sample 2500: scripted"},
-    {"GetData throws",
-     [](FakeDevice& d) { paced(d), d.throwing = "GetData"; },
-     StopCode::TransferError,
-     {},
-     0,
-     true,
-     ""},
-    {"Start is refused", [](FakeDevice& d) { d.startAnswer = 0; }, StopCode::Error, ErrorDetail::Start, 0, true,
-     "!!!!! Start ERROR"},
-    {"Start throws", [](FakeDevice& d) { d.throwing = "Start"; }, StopCode::Error, ErrorDetail::Start, 0, true,
-     "!!!!! Start ERROR"},
-    {"Get throws", [](FakeDevice& d) { d.throwing = "Get"; }, StopCode::Incompatible, {}, 0, true, ""},
-    {"no data event at all", [](FakeDevice&) {}, StopCode::NoData, {}, 0, true, ""},
-    {"the board falls silent within a half",
-     [](FakeDevice& d) { d.readerPaced = 3 * kHalf + 77; },
-     StopCode::NoData,
-     {},
-     3 * kHalf + 77,
-     true,
-     ""},
-    {"silent, and Stop throws",
-     [](FakeDevice& d) { d.readerPaced = 2 * kHalf, d.throwing = "Stop"; },
-     StopCode::NoData,
-     {},
-     2 * kHalf,
-     true,
-     ""},
-    {"pulled out after three halves",
+    {{"the first GetData fails",
+      StopCode::TransferError,
+      {},
+      0,
+      true,
+      "!!!!! GetData error at sample 0: scripted",
+      false},
+     [](FakeDevice& d) { paced(d), d.failingRead = 0; }},
+    {{"the sixth GetData fails",
+      StopCode::TransferError,
+      {},
+      5 * kHalf,
+      true,
+      "!!!!! GetData error at sample 2500: scripted",
+      false},
+     [](FakeDevice& d) { paced(d), d.failingRead = 5; }},
+    {{"GetData throws", StopCode::TransferError, {}, 0, true, "", false},
+     [](FakeDevice& d) { paced(d), d.throwing = "GetData"; }},
+    {{"Start is refused", StopCode::Error, ErrorDetail::Start, 0, true, "!!!!! Start ERROR", false},
+     [](FakeDevice& d) { d.startAnswer = 0; }},
+    {{"Start throws", StopCode::Error, ErrorDetail::Start, 0, true, "!!!!! Start ERROR", false},
+     [](FakeDevice& d) { d.throwing = "Start"; }},
+    {{"Get throws", StopCode::Incompatible, {}, 0, true, "", false}, [](FakeDevice& d) { d.throwing = "Get"; }},
+    {{"no data event at all", StopCode::NoData, {}, 0, true, "", false}, [](FakeDevice&) {}},
+    {{"the board falls silent within a half", StopCode::NoData, {}, 3 * kHalf + 77, true, "", false},
+     [](FakeDevice& d) { d.readerPaced = 3 * kHalf + 77; }},
+    {{"silent, and Stop throws", StopCode::NoData, {}, 2 * kHalf, true, "", false},
+     [](FakeDevice& d) { d.readerPaced = 2 * kHalf, d.throwing = "Stop"; }},
+    {{"pulled out after three halves",
+      StopCode::Unplug,
+      {},
+      4 * kHalf,
+      false,
+      "!!!!! Board unplug.... Thread stop",
+      false},
      [](FakeDevice& d) {
          d.readerPaced = 4 * kHalf + 33;
          d.numbers[kADCGetHotPlug] = 1;
          d.numbers[kADCGetHotPlugPresence] = 1;
          d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
-     },
-     StopCode::Unplug,
-     {},
-     4 * kHalf,
-     false,
-     "!!!!! Board unplug.... Thread stop"},
-    {"pulled out, and nothing can be fetched any more",
+     }},
+    {{"pulled out, and nothing can be fetched any more",
+      StopCode::Unplug,
+      {},
+      3 * kHalf,
+      true,
+      "!!!!! Board unplug.... Thread stop",
+      false},
      [](FakeDevice& d) {
          paced(d);
          d.failingRead = 3;
          d.numbers[kADCGetHotPlug] = 1;
          d.numbers[kADCGetHotPlugPresence] = 1;
          d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
-     },
-     StopCode::Unplug,
-     {},
-     3 * kHalf,
-     true,
-     "!!!!! Board unplug.... Thread stop"},
-    {"two unread halves at once, by the count", [](FakeDevice& d) { d.atStart = 2 * kHalf; }, StopCode::Error,
-     ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow"},
-    {"two unread halves at once, by the events", [](FakeDevice& d) { d.atStart = 2 * kHalf, d.tellsCount = false; },
-     StopCode::Error, ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow", true},
-    {"two unread halves after four good ones",
+     }},
+    {{"two unread halves at once, by the count", StopCode::Error, ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow",
+      false},
+     [](FakeDevice& d) { d.atStart = 2 * kHalf; }},
+    {{"two unread halves at once, by the events", StopCode::Error, ErrorDetail::Overflow, 0, true,
+      "!!!!! FIFO Overflow", true},
+     [](FakeDevice& d) { d.atStart = 2 * kHalf, d.tellsCount = false; }},
+    {{"two unread halves after four good ones", StopCode::Error, ErrorDetail::Overflow, 4 * kHalf, true,
+      "!!!!! FIFO Overflow", false},
      [](FakeDevice& d) {
          d.readerPaced = 4 * kHalf;
          const auto asked = std::make_shared<int>(-1);  // how often for the count, since the fourth read
@@ -209,9 +203,9 @@ const Ending kEndings[] = {
                  d.produce(kHalf);
              }
          };
-     },
-     StopCode::Error, ErrorDetail::Overflow, 4 * kHalf, true, "!!!!! FIFO Overflow"},
-    {"overwritten while it was copied",
+     }},
+    {{"overwritten while it was copied", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true, "!!!!! FIFO Overflow",
+      false},
      [](FakeDevice& d) {
          paced(d);
          d.afterRead = [&d](uint32_t read) {
@@ -219,14 +213,12 @@ const Ending kEndings[] = {
                  d.produce(4 * kHalf + 1);
              }
          };
-     },
-     StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true, "!!!!! FIFO Overflow"},
-};
+     }}};
 
 TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
     for (const Ending& c : kEndings) {
         SCOPED_TRACE(c.what);
-        if (c.countsOnly && kPathSeparator == '\\') {
+        if (c.counted && kPathSeparator == '\\') {
             continue;  // events are not counted there
         }
         FakeDevice device;

@@ -17,64 +17,34 @@ BoardSettings threeChannels() {
 }
 
 TEST(ParameterBlocks, FieldsOfBothPasses) {
-    struct Case {
+    struct Fields {
         const char* what;
-        void (*change)(BoardSettings&);
         int32_t startOf[2];  // check, init
         int32_t control[2];
         float frequency;
         float packetFrequency;
         int32_t packetTimer;
     };
-    constexpr int32_t kRing = 0x1000000;
-    const Case cases[] = {
-        {"plain", [](BoardSettings&) {}, {kRing | 2, kRing | 2}, {0, 0}, 1000.5F, 0.0F, -1},
-        {"differential",
-         [](BoardSettings& s) { s.differential = true; },
-         {kRing | 2, kRing | 2},
-         {2, 2},
-         1000.5F,
-         0,
-         -1},
-        {"external start",
-         [](BoardSettings& s) { s.externalStart = true; },
-         {kRing | 6, kRing | 6},
-         {16, 0},
-         1000.5F,
-         0,
-         -1},
-        {"external clock",
-         [](BoardSettings& s) { s.externalClock = true; },
-         {kRing | 6, kRing | 4},
-         {0, 0},
-         0.0F,
-         0,
-         -1},
-        {"both external, differential",
-         [](BoardSettings& s) { s.externalStart = s.externalClock = s.differential = true; },
-         {kRing | 6, kRing | 4},
-         {18, 2},
-         0.0F,
-         0,
-         -1},
-        {"packets",
-         [](BoardSettings& s) {
-             s.packetMode = true;
-             s.packetFrequency = 12.5F;
-         },
-         {kRing | 2, kRing | 2},
-         {0, 0},
-         1000.5F,
-         12.5F,
-         1},
-        {"packet frequency without packets",
-         [](BoardSettings& s) { s.packetFrequency = 12.5F; },
-         {kRing | 2, kRing | 2},
-         {0, 0},
-         1000.5F,
-         0.0F,
-         -1},
+    struct Case : Fields {
+        void (*change)(BoardSettings&);
     };
+    constexpr int32_t kRing = 0x1000000;
+    const Case cases[] = {{{"plain", {kRing | 2, kRing | 2}, {0, 0}, 1000.5F, 0.0F, -1}, [](BoardSettings&) {}},
+                          {{"differential", {kRing | 2, kRing | 2}, {2, 2}, 1000.5F, 0, -1},
+                           [](BoardSettings& s) { s.differential = true; }},
+                          {{"external start", {kRing | 6, kRing | 6}, {16, 0}, 1000.5F, 0, -1},
+                           [](BoardSettings& s) { s.externalStart = true; }},
+                          {{"external clock", {kRing | 6, kRing | 4}, {0, 0}, 0.0F, 0, -1},
+                           [](BoardSettings& s) { s.externalClock = true; }},
+                          {{"both external, differential", {kRing | 6, kRing | 4}, {18, 2}, 0.0F, 0, -1},
+                           [](BoardSettings& s) { s.externalStart = s.externalClock = s.differential = true; }},
+                          {{"packets", {kRing | 2, kRing | 2}, {0, 0}, 1000.5F, 12.5F, 1},
+                           [](BoardSettings& s) {
+                               s.packetMode = true;
+                               s.packetFrequency = 12.5F;
+                           }},
+                          {{"packet frequency without packets", {kRing | 2, kRing | 2}, {0, 0}, 1000.5F, 0.0F, -1},
+                           [](BoardSettings& s) { s.packetFrequency = 12.5F; }}};
     for (const Case& c : cases) {
         BoardSettings settings = threeChannels();
         c.change(settings);

@@ -85,91 +85,72 @@ public:
     RecordingControl control;
 };
 
-struct Refusal {
+struct Told {
     const char* what;
-    void (*change)(ControlRig&);
     const char* message;
+    bool driverTouched;
     std::vector<std::string> lines;  // of the debug log, in order
-    bool driverTouched = false;
+};
+struct Refusal : Told {
+    void (*change)(ControlRig&);
 };
 
 const Refusal kRefusals[] = {
-    {"a name below a file",
-     [](ControlRig& r) { r.shell.name = joinPath(r.folder.write("file", "x"), "run.dat"); },
-     "Error in file name",
-     {"No Error", "!!!!! Error in create files. Code = -5"},
-     true},
-    {"no name",
-     [](ControlRig& r) { r.shell.name.clear(); },
-     "File name is empty",
-     {"Check file", "File error \"\" code = "}},
-    {"the description's name",
-     [](ControlRig& r) { r.shell.name = r.folder.file("run.txt"); },
-     "File name is the name of its own description",
-     {"Check file", "File error"}},
-    {"packets of one channel",
+    {{"a name below a file", "Error in file name", true, {"No Error", "!!!!! Error in create files. Code = -5"}},
+     [](ControlRig& r) { r.shell.name = joinPath(r.folder.write("file", "x"), "run.dat"); }},
+    {{"no name", "File name is empty", false, {"Check file", "File error \"\" code = "}},
+     [](ControlRig& r) { r.shell.name.clear(); }},
+    {{"the description's name", "File name is the name of its own description", false, {"Check file", "File error"}},
+     [](ControlRig& r) { r.shell.name = r.folder.file("run.txt"); }},
+    {{"packets of one channel",
+      "Enabled packet mode, but channels count = 1.",
+      false,
+      {"Check file", "Save to file", "Active channel = 3, gain = 1", "!!! Packet mode, but channel's count = 1"}},
      [](ControlRig& r) {
          r.shell.wanted.channels = {3};
          r.shell.wanted.boardMode = kBoardPacketMode;
          r.shell.wanted.packetFrequency = 5;
-     },
-     "Enabled packet mode, but channels count = 1.",
-     {"Check file", "Save to file", "Active channel = 3, gain = 1", "!!! Packet mode, but channel's count = 1"}},
-    {"an unknown format",
-     [](ControlRig& r) { r.device.format.m_nBytes = 3; },
-     "Undefined format",
-     {"Save to file", "BoardMode = 0"}},
-    {"an unknown format comes before no channel",
+     }},
+    {{"an unknown format", "Undefined format", false, {"Save to file", "BoardMode = 0"}},
+     [](ControlRig& r) { r.device.format.m_nBytes = 3; }},
+    {{"an unknown format comes before no channel", "Undefined format", false, {"BoardMode = 0"}},
      [](ControlRig& r) {
          r.device.format.m_nBytes = 8;
          r.shell.wanted.channels.clear();
-     },
-     "Undefined format",
-     {"BoardMode = 0"}},
-    {"no channel",
+     }},
+    {{"no channel", "Start faild because channel count = 0.", false, {"BoardMode = 0", "Channel count = 0"}},
      [](ControlRig& r) {
          r.shell.wanted.channels.clear();
          r.shell.wanted.frequencyText = "x";
-     },
-     "Start faild because channel count = 0.",
-     {"BoardMode = 0", "Channel count = 0"}},
-    {"a frequency that is no number",
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "fast"; },
-     "Start faild because freq value incorrect.",
-     {"Frequency = "}},
-    {"an infinite frequency",
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "inf"; },
-     "Start faild because freq value incorrect.",
-     {"Frequency = "}},
-    {"a negative frequency",
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "-1000"; },
-     "Start faild because freq value incorrect.",
-     {"Frequency = -1000.000000"}},
-    {"a size of nothing",
-     [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size; },
-     "Start faild because stop value incorrect.",
-     {"Frequency = 1000000.000000"}},
-    {"the board is refused",
-     [](ControlRig& r) { r.device.setupAnswers[0][0] = 0; },
-     "Init error",
-     {"CreateThread", "Uninitialize", "!!!!!  Error status != 0", "Init error"},
-     true},
-    {"a ring without whole frames",
-     [](ControlRig& r) { r.device.ring = [](uint32_t, uint32_t) { return 1001U; }; },
-     "Dynamic library is not compatible with this application! Update drivers.",
-     {"CreateThread", "!!!!!  Error status != 0"},
-     true},
-    {"no code range",
-     [](ControlRig& r) { r.device.codeRangeKnown = false; },
-     "Mistake in calculation of statistical parameters",
-     {"No Error", "CutMode disable", "Set parameters: ", "!!!!! Error on calculate static parameters"},
-     true},
-    {"no input range",
-     [](ControlRig& r) { r.device.inputRange = 0.0F; },
-     "Mistake in calculation of statistical parameters",
-     {"!!!!! Error on calculate static parameters"},
-     true},
-};
+     }},
+    {{"a frequency that is no number", "Start faild because freq value incorrect.", false, {"Frequency = "}},
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "fast"; }},
+    {{"an infinite frequency", "Start faild because freq value incorrect.", false, {"Frequency = "}},
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "inf"; }},
+    {{"a negative frequency", "Start faild because freq value incorrect.", false, {"Frequency = -1000.000000"}},
+     [](ControlRig& r) { r.shell.wanted.frequencyText = "-1000"; }},
+    {{"a size of nothing", "Start faild because stop value incorrect.", false, {"Frequency = 1000000.000000"}},
+     [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size; }},
+    {{"the board is refused",
+      "Init error",
+      true,
+      {"CreateThread", "Uninitialize", "!!!!!  Error status != 0", "Init error"}},
+     [](ControlRig& r) { r.device.setupAnswers[0][0] = 0; }},
+    {{"a ring without whole frames",
+      "Dynamic library is not compatible with this application! Update drivers.",
+      true,
+      {"CreateThread", "!!!!!  Error status != 0"}},
+     [](ControlRig& r) { r.device.ring = [](uint32_t, uint32_t) { return 1001U; }; }},
+    {{"no code range",
+      "Mistake in calculation of statistical parameters",
+      true,
+      {"No Error", "CutMode disable", "Set parameters: ", "!!!!! Error on calculate static parameters"}},
+     [](ControlRig& r) { r.device.codeRangeKnown = false; }},
+    {{"no input range",
+      "Mistake in calculation of statistical parameters",
+      true,
+      {"!!!!! Error on calculate static parameters"}},
+     [](ControlRig& r) { r.device.inputRange = 0.0F; }}};
 
 TEST(RecordingControl, RefusalsLeaveNothingBehind) {
     for (const Refusal& c : kRefusals) {
@@ -208,44 +189,44 @@ TEST(RecordingControl, UnknownFileSystem) {
     ControlRig rig;
     rig.attach();
     rig.shell.name = "/proc/run.dat";
-    if (!isDirectory("/proc/self")) {
-        GTEST_SKIP() << "needs a /proc";
+    if (kPathSeparator == '\\' || !isDirectory("/proc/self")) {
+        GTEST_SKIP() << "needs a file system that holds no files";
     }
     EXPECT_FALSE(rig.control.StartButtonClick());
     EXPECT_EQ(rig.shell.shown, std::vector<std::string>{"Attention: Unknown FAT"});
 }
 
-struct Ending {
+struct Expected {
     const char* what;
-    void (*script)(ControlRig&);
     StopCode code;
     const char* status;   // log line and status text
     const char* message;  // after "Attention: "
-    bool data = true;
+    bool data;
+};
+struct Ending : Expected {
+    void (*script)(ControlRig&);
 };
 
 const Ending kEndings[] = {
-    {"size", [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size, r.shell.wanted.stopBytes = 1000; },
-     StopCode::StopMeasuring, "Stop - By stop measuring", ""},
-    {"pulled out",
+    {{"size", StopCode::StopMeasuring, "Stop - By stop measuring", "", true},
+     [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size, r.shell.wanted.stopBytes = 1000; }},
+    {{"pulled out", StopCode::Unplug, "Stop - By device unplug", "", true},
      [](ControlRig& r) {
          r.device.numbers[kADCGetHotPlug] = 1;
          r.device.numbers[kADCGetHotPlugPresence] = 1;
          r.device.afterRead = [&r](uint32_t read) { r.device.numbers[kADCGetHotPlugPresence] = read == 0 ? 1 : 0; };
-     },
-     StopCode::Unplug, "Stop - By device unplug", ""},
-    {"no data", [](ControlRig& r) { r.device.readerPaced = 0; }, StopCode::NoData, "Stop - By non data",
-     "Data did not act for a settlement time interval", false},
-    {"transfer", [](ControlRig& r) { r.device.failingRead = 2; }, StopCode::TransferError, "Stop - By get error",
-     "Error in metod GET"},
-    {"another ring at the start", [](ControlRig& r) { r.device.ringRefusedFrom = 1; }, StopCode::Incompatible, "",
-     "Dynamic library is not compatible with this application! Update drivers.", false},
-    {"overflow",
-     [](ControlRig& r) { r.device.afterRead = [&r](uint32_t read) { r.device.produce(read == 1 ? 5000 : 0); }; },
-     StopCode::Error, "", "FIFO overflow"},
-    {"start refused", [](ControlRig& r) { r.device.startAnswer = 0; }, StopCode::Error, "Stop - By start error",
-     "Start error", false},
-};
+     }},
+    {{"no data", StopCode::NoData, "Stop - By non data", "Data did not act for a settlement time interval", false},
+     [](ControlRig& r) { r.device.readerPaced = 0; }},
+    {{"transfer", StopCode::TransferError, "Stop - By get error", "Error in metod GET", true},
+     [](ControlRig& r) { r.device.failingRead = 2; }},
+    {{"another ring at the start", StopCode::Incompatible, "",
+      "Dynamic library is not compatible with this application! Update drivers.", false},
+     [](ControlRig& r) { r.device.ringRefusedFrom = 1; }},
+    {{"overflow", StopCode::Error, "", "FIFO overflow", true},
+     [](ControlRig& r) { r.device.afterRead = [&r](uint32_t read) { r.device.produce(read == 1 ? 5000 : 0); }; }},
+    {{"start refused", StopCode::Error, "Stop - By start error", "Start error", false},
+     [](ControlRig& r) { r.device.startAnswer = 0; }}};
 
 TEST(RecordingControl, EveryEndRunsTheStopRoutine) {
     for (const Ending& c : kEndings) {
