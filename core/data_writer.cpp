@@ -99,12 +99,12 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
     return limitReached || full ? 1 : 0;
 }
 
-// `bytesLeft`: what is still to be written of a block that ends about now, so that its first sample came that much
-// earlier.
 std::byte* DataWriter::room(uint64_t size) {
     return cacheFill_ + size < kCacheBytes ? cache_.get() + cacheFill_ : nullptr;
 }
 
+// `bytesLeft`: what is still to be written of a block that ends about now, so that its first sample came that much
+// earlier.
 bool DataWriter::nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft) {
     if (pieceFill_ == 0 || pieceFill_ + unitBytes <= setup_.pieceBytes) {
         return true;
