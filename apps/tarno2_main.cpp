@@ -2,13 +2,14 @@
 
 #include "apps/console/console_program.h"
 #include "config/command_line.h"
+#include "config/language_choice.h"
 #include "language/language_table.h"
 #include "platform/program_arguments.h"
 
 // There is no window yet, so a command line that asks for it gets the same text as one that is wrong.
 int main(int argc, char** argv) {
     using namespace tarno2;
-    languageTable().select(kLanguageEnglish);
+    selectLanguage(languageFromLocale());
     const CommandLine line = parseCommandLine(argumentText(argc, argv));
     if (line.mode == CommandLine::Mode::Console) {
         runConsoleProgram(line.path);

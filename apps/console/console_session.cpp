@@ -5,6 +5,7 @@
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
+#include "config/settings_file.h"
 #include "config/version.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
@@ -13,8 +14,9 @@ namespace tarno2 {
 
 ConsoleSession::ConsoleSession(AutoSettings settings, std::string programDirectory)
     : settings_(std::move(settings)),
+      programDirectory_(std::move(programDirectory)),
       fileName_(settings_.fileName),
-      selection_([this](const std::string& fault) { showMessage(fault); }, std::move(programDirectory)),
+      selection_([this](const std::string& fault) { showMessage(fault); }, programDirectory_),
       control_(*this, selection_.driver(), naming_) {}
 
 void ConsoleSession::run() {
@@ -124,6 +126,10 @@ RecordingSettings ConsoleSession::settings() {
     settings.cutNumberText = std::to_string(settings_.cutMode);
     settings.decimation = settings_.decimation;
     return settings;
+}
+
+std::string ConsoleSession::savedFileName() {
+    return tarno2::savedFileName(programDirectory_);
 }
 
 void ConsoleSession::showStatus(const std::string& status) {

@@ -30,7 +30,7 @@ public:
     [[nodiscard]] RecordingSettings settings() override;
     [[nodiscard]] std::string fileName() override { return fileName_; }
     void setFileName(const std::string& name) override { fileName_ = name; }
-    [[nodiscard]] std::string savedFileName() override { return {}; }
+    [[nodiscard]] std::string savedFileName() override;
     void showStatus(const std::string& status) override;
     void showAttention(const std::string& message) override;
     void showDetail(const std::string& detail) override;
@@ -50,6 +50,7 @@ private:
     void SetErrorCode(BoardStatus status);
 
     AutoSettings settings_;
+    std::string programDirectory_;
     std::string fileName_;
     MessageQueue queue_;
     FileNaming naming_;

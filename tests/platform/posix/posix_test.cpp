@@ -7,6 +7,7 @@
 
 #include "platform/event.h"
 #include "platform/file.h"
+#include "platform/locale.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/termination.h"
@@ -54,6 +55,24 @@ TEST(PosixPaths, UserSettingsFolder) {
     }
     const ScopedEnvironment relative("XDG_CONFIG_HOME", "c");
     EXPECT_EQ(userSettingsFolder(), "/home/x/.config/tarno2");
+}
+
+TEST(PosixLocale, TheFirstVariableThatIsSetNamesTheLanguage) {
+    struct Case {
+        const char* all;
+        const char* messages;
+        const char* lang;
+        const char* language;
+    };
+    const Case cases[] = {{"", "", "", ""},          {"", "", "ru_RU.UTF-8", "ru"}, {"", "en_US", "ru", "en"},
+                          {"RU", "en", "en", "ru"},  {"C.UTF-8", "", "ru_RU", ""},  {"POSIX", "", "", ""},
+                          {"de@euro", "", "", "de"}, {"", "rus_RU", "", ""}};
+    for (const auto& [all, messages, lang, language] : cases) {
+        const ScopedEnvironment first("LC_ALL", all);
+        const ScopedEnvironment second("LC_MESSAGES", messages);
+        const ScopedEnvironment third("LANG", lang);
+        EXPECT_EQ(userLanguage(), language) << all << '|' << messages << '|' << lang;
+    }
 }
 
 TEST(PosixVolume, FollowsLinksAndNamesMounts) {

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "config/auto_settings.h"
+#include "sync/synchro_settings.h"
+
+namespace tarno2 {
+
+/// Language of the texts that a user sees; the numbers are those of the settings file.
+enum class InterfaceLanguage : int32_t { Russian = 0, English = 1 };
+
+/// Place of a window on the screen, pixels.
+struct WindowPlace {
+    int32_t left = 100;
+    int32_t top = 100;
+    int32_t width = 900;
+    int32_t height = 600;
+};
+
+/// One row of the channel table.
+struct ChannelSettings {
+    int32_t color = 0;  ///< 0xBBGGRR
+    bool active = false;
+    int32_t gain = 1;
+};
+
+/// How the signal view draws one line of the digital port.
+struct DigitalLineSettings {
+    int32_t zeroLevel = 0;    ///< -1000 (bottom) to 1000 (top of the code range)
+    int32_t amplitude = 100;  ///< 0 to 1000, thousandths of the full code range
+    int32_t color = 0;        ///< 0xBBGGRR
+};
+
+/// What the conversion of a recording to text was last set to.
+struct TextExportSettings {
+    int32_t firstColumnMode = 0;    ///< 0 absent, 1 samples, 2 seconds, 3 "HH:MM:SS:ms"
+    int32_t dataColumnMode = 0;     ///< 0 ADC codes, 1 volts
+    int32_t timePrecision = 6;      ///< decimals; the dialog takes what is above 9 for 9
+    int32_t voltagePrecision = 6;   ///< likewise
+    int32_t fractionalDivider = 0;  ///< 0 point, 1 comma
+    int32_t columnDividerMode = 0;  ///< 0 tab, 1 symbol
+    uint8_t columnDivider = ';';
+    uint8_t columnDividerCount = 1;  ///< the dialog takes what is above 99 for 99
+    int32_t maxLineCount = 0;        ///< lines in a file; 0: all in one
+};
+
+/// The whole interactive state that is kept between runs, with its start values.
+struct ProgramSettings {
+    ProgramSettings();
+
+    InterfaceLanguage language = InterfaceLanguage::English;
+
+    // The board.
+    std::string driver;
+    int32_t base = 1;
+    int32_t drqNumber = 0;
+    double frequency = 100000.0;  ///< Hz
+    bool differentialMode = false;
+    bool externalStart = false;
+    bool packetMode = false;
+    bool externalFrequency = false;
+    double packetFrequency = 1000.0;  ///< Hz
+    bool useDigitalPort = false;
+    bool hardwareAverage = false;
+    std::vector<double> frequencyList;  ///< frequencies that the user has kept, Hz; in single precision once read
+    /// Channels of the board: the lists of the channel table are written and read for as many. While no board is known
+    /// all are kept.
+    int32_t channelCount = kMaximumChannelCount;
+    std::array<ChannelSettings, kMaximumChannelCount> channels;
+
+    // The recording.
+    bool checkDiskSpeed = true;
+    std::string fileName;  ///< of the last recording
+    StopRule stopMode = StopRule::Manual;
+    double stopValue = 10.0;
+    int32_t stopPower = 0;  ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
+    bool cycleStart = false;
+    bool autoStartOnRun = false;
+    bool cutModeActive = false;
+    bool autoModeCut = false;
+    int32_t cutModeValue = 1024;  ///< MiB
+
+    SynchroSettings synchro;
+    SynchroSizes synchroSizes;
+
+    // The signal view.
+    std::string axisFontName = "Arial";
+    int32_t axisFontSize = 8;
+    int32_t followToData = 1;  ///< 0 does not follow, 1 recorder, 2 recorder with zeroing
+    double axisXValue = 1.0;
+    int32_t axisXUnit = 3;  ///< 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h
+    double axisYValue = 1.0;
+    int32_t axisYMode = -1;  ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes
+    bool axisYAutoMode = true;
+    bool pixelsMode = false;     ///< points instead of lines
+    int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
+    static constexpr size_t kDigitalLineCount = 32;
+    std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
+
+    // The windows.
+    bool stayOnTop = false;
+    int32_t showSettingMember = 0;  ///< the open settings panel, 0 to 4; -1: none
+    bool extendedChannelMode = false;
+    WindowPlace mainFormPos;
+    int32_t formVisible = 1;  ///< main window: 0 minimised, 1 normal, 2 maximised
+    WindowPlace showFormPos;
+    bool showFormVisible = true;
+
+    TextExportSettings textExport;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,183 @@
+#include "config/settings_file.h"
+
+#include <cmath>
+#include <variant>
+#include <vector>
+
+#include "config/debug_log.h"
+#include "config/settings_table.h"
+#include "language/language_table.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+namespace {
+
+std::string settingsPath(const std::string& programDirectory) {
+    return joinPath(programDirectory, "Tarno2.cfg");
+}
+
+template <typename Setting>
+bool inRange(const Setting& setting, int32_t value) {
+    return value >= setting.lowest && value <= setting.highest;
+}
+
+/// Takes what the file says of one entry.
+class SettingReader {
+public:
+    SettingReader(CConfigWork& file, const SettingRow& row, ProgramSettings& settings)
+        : file_(file), key_(row.key()), settings_(settings) {}
+
+    void operator()(const IntegerSetting& setting) {
+        int32_t value = setting.get(settings_);
+        if (file_.GetInt32(key_.c_str(), value) && inRange(setting, value)) {
+            setting.set(settings_, value);
+        }
+    }
+
+    void operator()(const RealSetting& setting) {
+        double value = setting.at(settings_);
+        if (file_.GetDouble(key_.c_str(), value) && std::isfinite(value) && value >= setting.lowest) {
+            setting.at(settings_) = value;
+        }
+    }
+
+    void operator()(const TextSetting& setting) { file_.GetStringCopy(key_.c_str(), setting.at(settings_)); }
+
+    // What a list that is too short does hold counts.
+    void operator()(const IntegerListSetting& setting) {
+        std::vector<int32_t> values(setting.count(settings_));
+        for (size_t i = 0; i < values.size(); ++i) {
+            values[i] = setting.get(settings_, i);
+        }
+        file_.GetInt32Array(key_.c_str(), values);
+        for (size_t i = 0; i < values.size(); ++i) {
+            if (inRange(setting, values[i])) {
+                setting.set(settings_, i, values[i]);
+            }
+        }
+    }
+
+    void operator()(const RealListSetting& setting) {
+        std::vector<double>& values = setting.at(settings_);
+        file_.GetDoubleArray(key_.c_str(), values);
+        std::erase_if(values, [](double value) { return !std::isfinite(value) || value <= 0.0; });
+    }
+
+private:
+    CConfigWork& file_;
+    std::string key_;
+    ProgramSettings& settings_;
+};
+
+/// Writes one entry. Only the file tells failures of the disk; a text that can't be written is left out.
+class SettingWriter {
+public:
+    SettingWriter(CConfigWork& file, const SettingRow& row, ProgramSettings& settings)
+        : file_(file), key_(row.key()), comment_(text(row.comment)), settings_(settings) {}
+
+    void operator()(const IntegerSetting& setting) {
+        const int32_t value = setting.get(settings_);
+        if (setting.byte) {
+            file_.WriteUInt8(key_.c_str(), static_cast<uint8_t>(value), comment_.c_str(), false);
+        } else {
+            file_.WriteInt32(key_.c_str(), value, comment_.c_str(), false);
+        }
+    }
+
+    void operator()(const RealSetting& setting) {
+        file_.WriteDouble(key_.c_str(), setting.at(settings_), comment_.c_str());
+    }
+
+    void operator()(const TextSetting& setting) {
+        file_.WriteString(key_.c_str(), setting.at(settings_).c_str(), comment_.c_str());
+    }
+
+    void operator()(const IntegerListSetting& setting) {
+        std::vector<int32_t> values(setting.count(settings_));
+        for (size_t i = 0; i < values.size(); ++i) {
+            values[i] = setting.get(settings_, i);
+        }
+        if (setting.byte) {
+            const std::vector<uint8_t> bytes(values.begin(), values.end());
+            file_.WriteUInt8Array(key_.c_str(), bytes, comment_.c_str(), setting.hex);
+        } else {
+            file_.WriteInt32Array(key_.c_str(), values, comment_.c_str(), setting.hex);
+        }
+    }
+
+    void operator()(const RealListSetting& setting) {
+        file_.WriteDoubleArray(key_.c_str(), setting.at(settings_), comment_.c_str());
+    }
+
+private:
+    CConfigWork& file_;
+    std::string key_;
+    std::string comment_;
+    ProgramSettings& settings_;
+};
+
+/// Writes the settings to a new file. True when it is on the disk whole. A copy, for the table leads to places that may
+/// be changed.
+bool writeSettings(const std::string& path, ProgramSettings settings) {
+    CConfigWork file;
+    if (!file.Open(path, true)) {
+        return false;
+    }
+    for (const SettingRow& row : settingsTable()) {
+        std::visit(SettingWriter(file, row, settings), row.place);
+    }
+    return file.close();
+}
+
+}  // namespace
+
+bool LoadConfig(const std::string& programDirectory, ProgramSettings& settings) {
+    const std::string path = settingsPath(programDirectory);
+    LineConfigReader file;
+    if (!file.Open(path, false)) {
+        return false;
+    }
+    int32_t debugMode = 0;
+    file.GetInt32("DebugMode", debugMode);
+    debugLog().open(path, debugMode);
+    readSettings(file, settings);
+    return true;
+}
+
+void readSettings(LineConfigReader& file, ProgramSettings& settings) {
+    for (const SettingRow& row : settingsTable()) {
+        std::visit(SettingReader(file, row, settings), row.place);
+        if (row.comment == TextId::CommentLanguage) {
+            DEBUG_LOG("Config language = %d", static_cast<int>(settings.language));
+        } else if (row.comment == TextId::CommentDriver) {
+            DEBUG_LOG("Config driver = %s", settings.driver.c_str());
+        }
+    }
+}
+
+bool WriteConfig(const std::string& programDirectory, const ProgramSettings& settings) {
+    DEBUG_LOG("WriteConfig not console");
+    const std::string path = settingsPath(programDirectory);
+    std::string temporary;
+    if (!createTemporaryFile(programDirectory, fileNameOf(path), temporary).ok()) {
+        return false;
+    }
+    const bool replaced = writeSettings(temporary, settings) && replaceFile(temporary, path).ok();
+    if (!replaced) {
+        removeFile(temporary);
+    }
+    return replaced;
+}
+
+std::string savedFileName(const std::string& programDirectory) {
+    LineConfigReader file;
+    std::string name;
+    if (file.Open(settingsPath(programDirectory), false)) {
+        file.GetStringCopy("FileName", name);
+    }
+    return name;
+}
+
+}  // namespace tarno2
