@@ -89,7 +89,7 @@ struct ADCRingInfo {
     uint8_t m_nReserved;    // the driver writes 0
     uint32_t m_hDataEvent;  // set once each time another half of the ring is full: on Windows the HANDLE of a
                             // manual-reset event, elsewhere an eventfd number, to which the driver writes 1. The host
-                               // resets (reads) it and never closes it. It has to be valid: 0 is no eventfd.
+                            // resets (reads) it and never closes it. It has to be valid: 0 is no eventfd.
 };
 
 // Answer to kADCGetBoardList. The host gives the array; the driver fills at most m_nCapacity entries and sets m_nCount
@@ -180,9 +180,9 @@ enum {
     kADCGetHotPlug = 0x5A5A020E,              // uint32_t  board: 1 - can be unplugged, answers kADCGetHotPlugPresence
     kADCGetHardwareAverage = 0x5A5A020F,      // uint32_t  board: 1 - kADCSetHardwareAverage is there; without it 0
     kADCGetPreHistory = 0x5A5A0210,           // uint32_t  board: 1 - GetData has a pre-history portion; without it 0
-    kADCGetSamplesWritten = 0x5A5A0211,    // uint64_t  running: samples put into the ring since Start. Counts up as
-                                           // they come in, not only by halves. The host asks after each GetData, and
-                                           // by then the count tells of every sample that was overwritten meanwhile.
+    kADCGetSamplesWritten = 0x5A5A0211,       // uint64_t  running: samples put into the ring since Start. Counts up as
+                                              // they come in, not only by halves. The host asks after each GetData, and
+                                              // by then the count tells of every sample that was overwritten meanwhile.
     kADCGetSynchronousChannels = 0x5A5A0212,  // uint32_t  board: 1 - channels of a frame are sampled at one moment
     kADCGetBoardFrequency = 0x5A5A0213,       // float  board: Hz; a frequency that suits it, to start a selector with
     kADCGetDrqList = 0x5A5A0214               // ADCIntList  board: DRQ numbers to choose from; without it no choice
