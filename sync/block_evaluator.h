@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <span>
 
+#include "records/record_description.h"
+
 namespace tarno2 {
 
 /// What is to be written of a block.
@@ -11,6 +13,7 @@ struct EvaluatedBlock {
     std::span<const std::byte> data;  ///< valid until the next call; whole frames
     uint32_t recordFrames = 0;        ///< 0: may be divided between files at any frame; else the data are whole records
                                       ///< of so many frames, each of which stays in one file
+    std::span<const SynchroEvent> events;  ///< one a record, in order; valid as long as the data
 };
 
 /// Decides which frames of the stream reach the file. One object serves one recording, on its acquisition thread.

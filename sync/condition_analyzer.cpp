@@ -1,0 +1,322 @@
+#include "sync/condition_analyzer.h"
+
+#include <algorithm>
+#include <new>
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int32_t kModeAnalysis = 1;
+constexpr int32_t kModeSynchronisation = 2;
+
+/// Codes strictly above or below the threshold.
+template <typename Width>
+Condition<Width> level(int32_t mode, int32_t threshold, WordShift shift, int64_t place) {
+    const int64_t code = Width::analysisCode(threshold);
+    switch (mode) {
+        case 0:
+            return Condition<Width>::atLeast(code + 1, shift, place);
+        case 1:
+            return Condition<Width>::atMost(code - 1, shift, place);
+        default:
+            return Condition<Width>::never();
+    }
+}
+
+/// What the first frame behind an edge meets and the last one before it does not.
+template <typename Width>
+Condition<Width> edge(int32_t mode, int32_t threshold, WordShift shift, int64_t place) {
+    switch (mode) {
+        case 0:
+            return Condition<Width>::atLeast(threshold, shift, place);
+        case 1:
+            return Condition<Width>::atMost(threshold, shift, place);
+        default:
+            return Condition<Width>::never();
+    }
+}
+
+template <typename Width>
+Condition<Width> portBit(int32_t mode, int32_t bit, uint32_t portShift) {
+    if (mode != 0 && mode != 1) {
+        return Condition<Width>::never();
+    }
+    return Condition<Width>::port(Width::portMask(bit, portShift), mode == 0);
+}
+
+}  // namespace
+
+ConditionAnalyzer::ConditionAnalyzer(const SynchroSettings& settings, const SynchroSizes& sizes,
+                                     const SampleFacts& facts)
+    : settings_(settings),
+      prehistory_(static_cast<uint32_t>(std::max(sizes.prehistory, 0))),
+      history_(static_cast<uint32_t>(std::max(sizes.history, 0))),
+      facts_(facts) {
+    settings_.started = false;
+    settings_.stopped = false;
+}
+
+uint32_t ConditionAnalyzer::recordFrames() const {
+    return settings_.SynchroAnalyzeMode == kModeSynchronisation ? prehistory_ + history_ : 0;
+}
+
+// The position is counted from the end as it always was in recordings of such boards: channels - position, so that
+// position 0 lies in the next frame.
+int64_t ConditionAnalyzer::place(int32_t position, size_t channels) const {
+    return facts_.backwardOrder ? static_cast<int64_t>(channels) - position : position;
+}
+
+// Analysis and synchronisation read the format bit in opposite senses.
+template <typename Width>
+WordShift ConditionAnalyzer::wordShift(Comparison comparison, bool packed) const {
+    if (!packed) {
+        return {};
+    }
+    const bool bit = (facts_.formatFlags & 1U) != 0;
+    const bool codeAlone = comparison == Comparison::Analysis ? bit : !bit;
+    return codeAlone ? WordShift{0, facts_.codeShift & 31U} : Width::wholeWord(comparison, facts_.codeShift);
+}
+
+template <typename Width>
+std::optional<Condition<Width>> ConditionAnalyzer::stageCondition(Stage stage, size_t channels, bool packed) const {
+    struct Analog {
+        bool enabled;
+        int32_t mode;
+        int32_t channel;
+        int32_t code;
+    };
+    struct Port {
+        bool enabled;
+        int32_t mode;
+        int32_t bit;
+    };
+    const SynchroSettings& s = settings_;
+    const auto of = [stage](const auto& start, const auto& write, const auto& stop) {
+        return stage == Stage::Start ? start : stage == Stage::Write ? write : stop;
+    };
+    if (s.analysisOnAnalog) {
+        const Analog asked =
+            of(Analog{s.startAnalogEnabled, s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartChannel, s.startCode},
+               Analog{s.writeAnalogEnabled, s.AnalyzeAnalogWriteMode, s.AnalyzeAnalogWriteChannel, s.writeCode},
+               Analog{s.stopAnalogEnabled, s.AnalyzeAnalogStopMode, s.AnalyzeAnalogStopChannel, s.stopCode});
+        if (!asked.enabled) {
+            return std::nullopt;
+        }
+        return level<Width>(asked.mode, asked.code, wordShift<Width>(Comparison::Analysis, packed),
+                            place(asked.channel, channels));
+    }
+    const Port asked = of(Port{s.portStartEnabled, s.AnalyzePortStartMode, s.AnalyzePortStartBit},
+                          Port{s.portWriteEnabled, s.AnalyzePortWriteMode, s.AnalyzePortWriteBit},
+                          Port{s.portStopEnabled, s.AnalyzePortStopMode, s.AnalyzePortStopBit});
+    if (!asked.enabled) {
+        return std::nullopt;
+    }
+    return portBit<Width>(asked.mode, asked.bit, facts_.portShift);
+}
+
+template <typename Width>
+Condition<Width> ConditionAnalyzer::triggerCondition(size_t channels, bool packed) const {
+    if (settings_.synchroOnAnalog) {
+        return edge<Width>(settings_.SynchroAnalogMode, settings_.synchroCode,
+                           wordShift<Width>(Comparison::Synchronisation, packed),
+                           place(settings_.SynchroAnalogChannelNumber, channels));
+    }
+    if (settings_.synchroOnPort) {
+        return portBit<Width>(settings_.SynchroPortMode, settings_.SynchroPortBit, facts_.portShift);
+    }
+    return Condition<Width>::never();
+}
+
+// The scans for start and stop end at the sample whose index is the number of frames: of several channels only that
+// part of the block is looked at.
+template <typename Width>
+int32_t ConditionAnalyzer::analyse(const Block<Width>& block, bool packed, Output<Width>& output) {
+    if (!settings_.analysisOnAnalog && !settings_.analysisOnPort) {
+        return 0;
+    }
+    const size_t bound = block.frames;
+    size_t opening = 0;
+    if (!settings_.started) {
+        if (const auto start = stageCondition<Width>(Stage::Start, block.channels, packed)) {
+            const FrameRange range = block.askable({0, block.frames}, start->place(), bound);
+            opening = findMet(block, range, *start);
+            if (range.empty() || opening == range.end) {
+                return 0;
+            }
+        }
+        settings_.started = true;
+    }
+    int32_t result = 0;
+    size_t closing = block.frames;
+    if (const auto stop = stageCondition<Width>(Stage::Stop, block.channels, packed)) {
+        const FrameRange range = block.askable({opening, block.frames}, stop->place(), bound);
+        const size_t found = findMet(block, range, *stop);
+        if (!range.empty() && found != range.end) {
+            settings_.stopped = true;
+            closing = found;
+            result = 1;
+        }
+    }
+    // The last frame before the end is left out.
+    if (closing <= opening + 1) {
+        return result;
+    }
+    const FrameRange kept{opening, closing - 1};
+    const auto write = stageCondition<Width>(Stage::Write, block.channels, packed);
+    if (!write) {
+        output = {block.frame(kept.first), (kept.end - kept.first) * block.channels};
+        return result;
+    }
+    using Word = typename Width::Word;
+    output_.resize(std::max(output_.size(), block.size() * sizeof(Word)));
+    const size_t bytes = keepMet(block, block.askable(kept, write->place(), block.size()), *write, output_.data());
+    output = {reinterpret_cast<const Word*>(output_.data()), bytes / sizeof(Word)};
+    return result;
+}
+
+template <typename Width>
+int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, Output<Width>& output) {
+    using Word = typename Width::Word;
+    if (!event_.allocated() || event_.frameBytes() != block.channels * sizeof(Word)) {
+        event_.allocate(block.channels, sizeof(Word), prehistory_, history_);
+    }
+    const Condition<Width> trigger = triggerCondition<Width>(block.channels, packed);
+    if (!previousValid_) {
+        previous_ = block.words[0];
+        previousValid_ = true;
+    }
+    if (previousDue_) {
+        takePrevious<Width>(block, trigger.place(), 0);
+    }
+    output_.clear();
+    for (size_t frame = 0; frame < block.frames;) {
+        const auto* next = reinterpret_cast<const std::byte*>(block.frame(frame));
+        const size_t left = block.frames - frame;
+        if (!event_.ringFull()) {
+            frame += event_.fillRing(next, left);
+            takePrevious<Width>(block, trigger.place(), frame);
+        } else if (event_.triggered() || search<Width>(block, trigger, frame)) {
+            // The search moves on to the frame that triggered.
+            next = reinterpret_cast<const std::byte*>(block.frame(frame));
+            frame += event_.addHistory(next, block.frames - frame);
+            takePrevious<Width>(block, trigger.place(), frame);
+            if (event_.complete()) {
+                finishEvent();
+            }
+        }
+    }
+    output = {reinterpret_cast<const Word*>(output_.data()), output_.size() / sizeof(Word)};
+    return settings_.StopAfterTrigged && !events_.empty() ? 1 : 0;
+}
+
+// Looks for the edge from `frame` on; frames before it go into the prehistory. True when found: `frame` is then the one
+// that triggered, otherwise the end of the block. Frames whose word lies outside the block meet nothing and are not the
+// one before another.
+template <typename Width>
+bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>& trigger, size_t& frame) {
+    using Word = typename Width::Word;
+    const FrameRange range = block.askable({frame, block.frames}, trigger.place(), block.size());
+    size_t stop = block.frames;
+    bool found = false;
+    if (!range.empty()) {
+        const size_t hit = findEdge(block, range, trigger, static_cast<Word>(previous_));
+        found = hit != range.end;
+        if (hit > range.first) {
+            previous_ = block.word(hit - 1, trigger.place());
+        }
+        stop = found ? hit : block.frames;
+    }
+    event_.push(reinterpret_cast<const std::byte*>(block.frame(frame)), stop - frame);
+    frame = stop;
+    if (found) {
+        event_.trigger();
+    }
+    return found;
+}
+
+// Behind copied frames the next one's sample counts as the one before it, so that it can't trigger by itself.
+template <typename Width>
+void ConditionAnalyzer::takePrevious(const Block<Width>& block, int64_t place, size_t frame) {
+    previousDue_ = frame == block.frames;
+    if (!previousDue_ && !block.askable({frame, frame + 1}, place, block.size()).empty()) {
+        previous_ = block.word(frame, place);
+    }
+}
+
+void ConditionAnalyzer::finishEvent() {
+    eventCounter_ += prehistory_;
+    SynchroEvent event;
+    event.point = eventCounter_;
+    event.prehistory = prehistory_;
+    event.history = history_;
+    if (settings_.synchroOnAnalog) {
+        event.mode = 0;
+        event.condition = settings_.SynchroAnalogMode;
+        event.channel = settings_.SynchroAnalogChannelNumber;
+        event.value = settings_.SynchroAnalogValue;
+    } else {
+        event.mode = 1;
+        event.condition = settings_.SynchroPortMode;
+        event.channel = settings_.SynchroPortBit;
+    }
+    events_.push_back(event);
+    event_.unroll(output_);
+    event_.restart();
+}
+
+template <typename Width>
+int32_t ConditionAnalyzer::call(const typename Width::Word* samples, size_t sampleCount,
+                                const typename Width::Word** samplesToWrite, size_t* countToWrite, size_t channels,
+                                size_t* channelsOut, bool packed) {
+    const auto give = [&](Output<Width> output, size_t channelsWritten) {
+        if (samplesToWrite != nullptr) {
+            *samplesToWrite = output.empty() ? nullptr : output.data();
+        }
+        if (countToWrite != nullptr) {
+            *countToWrite = output.size();
+        }
+        if (channelsOut != nullptr) {
+            *channelsOut = channelsWritten;
+        }
+    };
+    events_.clear();
+    give({}, 0);
+    if (samplesToWrite == nullptr || countToWrite == nullptr || channelsOut == nullptr) {
+        return -1;
+    }
+    if (samples == nullptr || sampleCount == 0 || channels == 0) {
+        return -2;
+    }
+    const Block<Width> block{samples, channels, sampleCount / channels};
+    Output<Width> output;
+    int32_t result = 0;
+    try {
+        if (settings_.SynchroAnalyzeMode == kModeAnalysis) {
+            result = analyse<Width>(block, packed, output);
+        } else if (settings_.SynchroAnalyzeMode != kModeSynchronisation) {
+            output = {samples, sampleCount};
+        } else if (block.frames > 0) {
+            result = synchronise<Width>(block, packed, output);
+        }
+    } catch (const std::bad_alloc&) {
+        events_.clear();
+        return -3;
+    }
+    give(output, channels);
+    return result;
+}
+
+int32_t Analyze16(ConditionAnalyzer& analyzer, const int16_t* samples, size_t sampleCount,
+                  const int16_t** samplesToWrite, size_t* countToWrite, size_t channels, size_t* channelsOut,
+                  bool packed) {
+    return analyzer.call<Samples16>(samples, sampleCount, samplesToWrite, countToWrite, channels, channelsOut, packed);
+}
+
+int32_t Analyze32(ConditionAnalyzer& analyzer, const int32_t* samples, size_t sampleCount,
+                  const int32_t** samplesToWrite, size_t* countToWrite, size_t channels, size_t* channelsOut,
+                  bool packed) {
+    return analyzer.call<Samples32>(samples, sampleCount, samplesToWrite, countToWrite, channels, channelsOut, packed);
+}
+
+}  // namespace tarno2

@@ -1,0 +1,272 @@
+#include <algorithm>
+#include <gmock/gmock.h>
+
+#include "sync/synchro_evaluator.h"
+#include "tests/sync/rows.h"
+
+namespace tarno2::test {
+
+namespace {
+
+enum Edge { kLeading = 0, kFalling = 1, kOff = 2 };
+
+SynchroSettings triggered() {
+    SynchroSettings settings;
+    settings.SynchroAnalyzeMode = 2;
+    settings.synchroOnAnalog = true;
+    settings.SynchroAnalogMode = kLeading;
+    settings.synchroCode = 5;
+    return settings;
+}
+
+Change analog(Edge edge, int32_t code, int32_t channel = 0) {
+    return [=](SynchroSettings& s) {
+        s.SynchroAnalogMode = edge;
+        s.synchroCode = code;
+        s.SynchroAnalogChannelNumber = channel;
+    };
+}
+
+Change port(Edge edge, int32_t bit) {
+    return [=](SynchroSettings& s) {
+        s.synchroOnAnalog = false;
+        s.synchroOnPort = true;
+        s.SynchroPortMode = edge;
+        s.SynchroPortBit = bit;
+    };
+}
+
+std::vector<Samples> cut(const Samples& stream, size_t words) {
+    std::vector<Samples> blocks;
+    for (size_t begin = 0; begin < stream.size(); begin += words) {
+        const size_t end = std::min(begin + words, stream.size());
+        blocks.emplace_back(stream.begin() + static_cast<std::ptrdiff_t>(begin),
+                            stream.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+    return blocks;
+}
+
+/// Checks a stream whole and in pieces of one frame and more; rows of this file have one block.
+void checkStream(const Row& row, bool inPieces = true) {
+    for (const int width : {16, 32}) {
+        if (row.width != 0 && row.width != width) {
+            continue;
+        }
+        for (const size_t frames : {size_t{1000}, size_t{1}, size_t{2}, size_t{3}, size_t{5}}) {
+            if (!inPieces && frames != 1000) {
+                continue;
+            }
+            SCOPED_TRACE(std::string(row.name) + ", " + std::to_string(width) + " bits, blocks of " +
+                         std::to_string(frames));
+            SynchroSettings settings = triggered();
+            row.change(settings);
+            ConditionAnalyzer analyzer(settings, row.sizes, row.facts);
+            Samples written;
+            for (const Samples& block : cut(row.blocks[0], frames * row.channels)) {
+                const Evaluated got = analyzeBlock(analyzer, width, block, row.channels, row.packed);
+                EXPECT_EQ(got.result, 0);
+                written.insert(written.end(), got.samples.begin(), got.samples.end());
+            }
+            EXPECT_EQ(written, row.written[0]);
+        }
+    }
+}
+
+}  // namespace
+
+// Records here have two frames of prehistory and three of history unless the row says otherwise.
+TEST(Synchronisation, WritesARecordForEachTrigger) {
+    const Change usual = analog(kLeading, 5);
+    const Row rows[] = {
+        {"a record", usual, {{1, 2, 3, 9, 8, 7, 6}}, {{2, 3, 9, 8, 7}}},
+        {"reaches the level exactly", usual, {{1, 2, 4, 5, 8, 7}}, {{2, 4, 5, 8, 7}}},
+        {"the newest frames before the trigger", usual, {{1, 2, 3, 4, 3, 2, 1, 9, 8, 7}}, {{2, 1, 9, 8, 7}}},
+        {"falls to the level", analog(kFalling, 5), {{9, 8, 7, 5, 4, 3}}, {{8, 7, 5, 4, 3}}},
+        {"stays on the level", analog(kFalling, 5), {{5, 5, 5, 5, 5, 5, 5}}, {{}}},
+        {"in the first prehistory", usual, {{1, 9, 8, 7, 6, 9, 9}}, {{}}},
+        {"between the ring and the next frame", usual, {{1, 2, 9, 8, 7, 6}}, {{}}},
+        {"history that does not end", usual, {{1, 2, 3, 9, 8}}, {{}}},
+        {"the second lies in the first one's history",
+         usual,
+         {{1, 2, 3, 9, 1, 9, 1, 2, 3, 4, 4, 4}},
+         {{2, 3, 9, 1, 9}}},
+        {"after a history a prehistory first",
+         usual,
+         {{1, 2, 3, 9, 8, 7, 1, 9, 1, 1, 9, 6, 5}},
+         {{2, 3, 9, 8, 7, 1, 1, 9, 6, 5}}},
+        {"no history", usual, {{1, 2, 3, 9, 1, 2, 8, 3}}, {{2, 3, 1, 2}}, 1, 0, {}, false, 0, {2, 0}},
+        {"no prehistory", usual, {{1, 9, 8, 1, 9, 7, 9}}, {{9, 8, 9, 7}}, 1, 0, {}, false, 0, {0, 2}},
+        {"a channel",
+         analog(kLeading, 5, 1),
+         {{1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7}},
+         {{2, 2, 9, 3, 4, 9, 5, 8}},
+         2,
+         0,
+         {},
+         false,
+         0,
+         {2, 2}},
+        {"switched off", analog(kOff, 5), {{1, 2, 3, 9, 8, 7, 6}}, {{}}},
+        {"no source", [](SynchroSettings& s) { s.synchroOnAnalog = false; }, {{1, 2, 3, 9, 8, 7, 6}}, {{}}},
+        {"analog comes first",
+         [](SynchroSettings& s) { s.synchroOnPort = true; },
+         {{2, 2, 2, 3, 9, 8, 7}},
+         {{2, 3, 9, 8, 7}}},
+        {"threshold beyond 16 bits is not cut", analog(kLeading, 65541), {{1, 2, 3, 9, 8, 7, 6}}, {{}}},
+        {"bit rises", port(kLeading, 1), {{0, 1, 1, 2, 4, 5}}, {{1, 1, 2, 4, 5}}},
+        {"bit falls", port(kFalling, 1), {{2, 3, 2, 1, 4, 5}}, {{3, 2, 1, 4, 5}}},
+        {"bit of the first word",
+         port(kLeading, 0),
+         {{0, 1, 0, 1, 0, 1, 1, 0, 2, 0, 3, 0}},
+         {{0, 1, 0, 1, 1, 0, 2, 0, 3, 0}},
+         2},
+        {"bit behind the port's shift",
+         port(kLeading, 1),
+         {{0, 1, 2, 0x20, 4, 5}},
+         {{1, 2, 0x20, 4, 5}},
+         1,
+         0,
+         shifted(0, 0, 4)},
+        {"bit switched off", port(kOff, 1), {{0, 1, 1, 2, 4, 5}}, {{}}},
+    };
+    for (const Row& row : rows) {
+        checkStream(row);
+    }
+}
+
+TEST(Synchronisation, ReadsTheWordAsTheBoardLaysItOut) {
+    const Row rows[] = {
+        {"format bit clear: the code",
+         analog(kLeading, 6),
+         {{1, 2, 0x5F, 0x60, 4, 3}},
+         {{2, 0x5F, 0x60, 4, 3}},
+         1,
+         0,
+         shifted(0, 4),
+         true},
+        {"the code falls",
+         analog(kFalling, 5),
+         {{0x60, 0x60, 0x61, 0x5F, 4, 3}},
+         {{0x60, 0x61, 0x5F, 4, 3}},
+         1,
+         0,
+         shifted(0, 4),
+         true},
+        {"format bit set: the word",
+         analog(kLeading, 6),
+         {{1, 2, 5, 6, 4, 3}},
+         {{2, 5, 6, 4, 3}},
+         1,
+         0,
+         shifted(1, 4),
+         true,
+         16},
+        {"format bit set: its low bits",
+         analog(kLeading, 6),
+         {{0x41, 0x42, 0x68, 0x16, 4, 3}},
+         {{0x42, 0x68, 0x16, 4, 3}},
+         1,
+         0,
+         shifted(1, 4),
+         true,
+         32},
+        {"a shift of 0 leaves the word",
+         analog(kLeading, 6),
+         {{1, 2, 5, 6, 4, 3}},
+         {{2, 5, 6, 4, 3}},
+         1,
+         0,
+         shifted(1, 0),
+         true},
+        {"not packed: the word", analog(kLeading, 6), {{1, 2, 5, 6, 4, 3}}, {{2, 5, 6, 4, 3}}, 1, 0, shifted(0, 4)},
+        {"backward: the second of two is the second",
+         analog(kLeading, 5, 1),
+         {{1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7}},
+         {{2, 2, 9, 3, 4, 9, 5, 8}},
+         2,
+         0,
+         backward(),
+         false,
+         0,
+         {2, 2}},
+    };
+    for (const Row& row : rows) {
+        checkStream(row);
+    }
+    // The word of a backward first channel lies in the next frame: the last frame of a block has none.
+    checkStream({"backward: the first lies in the next frame",
+                 analog(kLeading, 5),
+                 {{1, 2, 3, 4, 9, 8, 7, 6}},
+                 {{3, 4, 9, 8}},
+                 1,
+                 0,
+                 backward(),
+                 false,
+                 0,
+                 {1, 3}},
+                false);
+}
+
+TEST(Synchronisation, TheFirstSampleStandsForTheOneBefore) {
+    // Without a prehistory the first frame is looked at, and what is before it is the first channel's sample.
+    checkRow({"first frame", analog(kFalling, 5, 1), {{9, 3, 1, 1}}, {{9, 3}}, 2, 0, {}, false, 0, {0, 1}},
+             triggered());
+}
+
+TEST(Synchronisation, EventsTellWhereTheyCameFrom) {
+    const auto eventsOf = [](const Change& change, const SampleFacts& facts) {
+        SynchroSettings settings = triggered();
+        settings.SynchroAnalogValue = 0.25;
+        change(settings);
+        ConditionAnalyzer analyzer(settings, {2, 3}, facts);
+        return analyzeBlock(analyzer, 16, {1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7, 1, 1, 2, 2, 2, 2, 9, 9, 9, 9, 9, 9}, 2,
+                            false)
+            .events;
+    };
+    const auto channel = eventsOf(analog(kLeading, 5, 1), backward());
+    ASSERT_EQ(channel.size(), 2U);
+    EXPECT_EQ(channel[0].point, 2U);
+    EXPECT_EQ(channel[1].point, 4U);
+    EXPECT_EQ(channel[0].prehistory, 2U);
+    EXPECT_EQ(channel[0].history, 3U);
+    EXPECT_EQ(channel[0].mode, 0);
+    EXPECT_EQ(channel[0].condition, kLeading);
+    EXPECT_EQ(channel[0].channel, 1);
+    EXPECT_EQ(channel[0].value, 0.25);
+    const auto bit = eventsOf(port(kFalling, 3), {});
+    ASSERT_EQ(bit.size(), 1U);
+    EXPECT_EQ(bit[0].mode, 1);
+    EXPECT_EQ(bit[0].condition, kFalling);
+    EXPECT_EQ(bit[0].channel, 3);
+    EXPECT_EQ(bit[0].value, 0.0);
+}
+
+TEST(Synchronisation, StopsAfterACompleteRecordWhenAsked) {
+    SynchroSettings settings = triggered();
+    settings.StopAfterTrigged = true;
+    ConditionAnalyzer analyzer(settings, {2, 3}, {});
+    EXPECT_EQ(analyzeBlock(analyzer, 16, {1, 2, 3, 9, 8}, 1, false).result, 0);
+    const Evaluated rest = analyzeBlock(analyzer, 16, {7, 1, 1, 1, 9, 9, 9, 9}, 1, false);
+    EXPECT_EQ(rest.result, 1);
+    EXPECT_EQ(rest.samples, (Samples{2, 3, 9, 8, 7, 1, 1, 9, 9, 9}));
+}
+
+TEST(Synchronisation, TheThreadGetsWholeRecordsWithTheirEvents) {
+    SynchroEvaluator evaluator(triggered(), {2, 3}, {4, 1, false, {}});
+    const int32_t block[] = {1, 2, 3, 9, 8, 7, 1, 1, 1, 9, 9, 9};
+    EvaluatedBlock out;
+    EXPECT_EQ(evaluator.evaluate(std::as_bytes(std::span(block)), out), 0);
+    EXPECT_EQ(out.recordFrames, 5U);
+    EXPECT_EQ(out.data.size(), 2 * 5 * sizeof(int32_t));
+    EXPECT_EQ(out.events.size(), 2U);
+    EXPECT_EQ(evaluator.evaluate(std::as_bytes(std::span(block).first(2)), out), 0);
+    EXPECT_TRUE(out.data.empty());
+    EXPECT_TRUE(out.events.empty());
+
+    SynchroEvaluator through({}, {}, {2, 1, false, {}});
+    EXPECT_EQ(through.evaluate(std::as_bytes(std::span(block)), out), 0);
+    EXPECT_EQ(out.data.data(), static_cast<const void*>(block));
+    EXPECT_EQ(out.recordFrames, 0U);
+}
+
+}  // namespace tarno2::test
