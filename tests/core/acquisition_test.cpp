@@ -22,7 +22,7 @@ public:
 
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
         emptyBlocks += block.empty() ? 1 : 0;
-        out = {block, frames_};
+        out = {block, frames_, {}};
         return calls++ == atCall_ ? answer_ : 0;
     }
 
