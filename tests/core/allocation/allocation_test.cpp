@@ -42,7 +42,7 @@ public:
     CountingEvaluator(uint32_t blocks, size_t& result) : blocks_(blocks), result_(result) {}
 
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
-        out = {block, 0};
+        out = {block, 0, {}};
         ++seen_;
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         if (seen_ == 1) {
