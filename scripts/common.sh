@@ -8,6 +8,7 @@ export DEBIAN_FRONTEND=noninteractive
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales)
+FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix wine wine64)
 
 fail() {

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Feeds the readers of files with invented inputs, each for a while.
+#
+#   scripts/fuzz.sh [SECONDS]      30 by default
+#
+# An input that breaks a reader stays in build/fuzz/findings; run the reader's program with its name to see it again.
+# The last line is "N passed, N failed".
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+install_packages "${BUILD_PACKAGES[@]}" "${FUZZ_PACKAGES[@]}"
+
+readers=()
+for source in fuzz/*_fuzz.cpp; do
+    reader=$(basename "$source" _fuzz.cpp)
+    readers+=("$reader")
+done
+cmake --preset fuzz
+cmake --build build/fuzz --target "${readers[@]/#/fuzz_}"
+
+mkdir -p build/fuzz/findings
+passed=0 failed=0
+for reader in "${readers[@]}"; do
+    echo "== $reader"
+    # New inputs are kept from run to run, beside those of the tree.
+    mkdir -p "build/fuzz/corpus/$reader"
+    if "build/fuzz/bin/fuzz_$reader" -max_total_time="${1:-30}" -timeout=10 -max_len=20000 -print_final_stats=1 \
+        -artifact_prefix=build/fuzz/findings/"$reader"- "build/fuzz/corpus/$reader" "fuzz/corpus/$reader" 2>&1 |
+        grep -vE "^#|^\"" | tail -n 40; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+    fi
+done
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ]
