@@ -16,7 +16,7 @@ use_ccache
 configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
-cmake --build --preset release --target tarno2-bench tarno2-bench-ratios simulator
+cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-synchro simulator
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -25,5 +25,6 @@ if [ "${1:-}" = --times ]; then
     shift
     exec "$bin/tarno2-bench" "$@"
 fi
+[ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
 [ $# -eq 0 ] || fail "Unknown: $*"
 exec "$bin/tarno2-bench-ratios"
