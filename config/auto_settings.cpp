@@ -43,7 +43,7 @@ public:
             return false;
         }
         readDecimation();
-        return true;
+        return readAutoSynchro(file_, normaliseKeyValueText(text_), settings_.synchro);
     }
     [[nodiscard]] const AutoSettings& settings() const { return settings_; }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "config/auto_synchro.h"
+
 namespace tarno2 {
 
 /// Most channels that can be recorded.
@@ -36,6 +38,7 @@ struct AutoSettings {
     uint32_t boardMode = 0;        ///< BoardModeBits
     double packetFrequency = 0.0;  ///< Hz
     int32_t decimation = 1;        ///< keep the first of so many frames
+    AutoSynchro synchro;
 };
 
 /// Reads an autosettings file for console mode (docs/formats.md tells its keys). Opens AutoLog.txt in
