@@ -112,6 +112,32 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
     return BaseBoxChange(board->m_nNumber) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
 }
 
+ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
+    const ApplyOutcome outcome = apply(settings.driver, static_cast<uint32_t>(settings.base));
+    if (outcome == ApplyOutcome::DriverNotFound) {
+        if (const auto drivers = installedDrivers(); !drivers.empty()) {
+            DriverBoxChange(drivers.front());
+        }
+    } else if (outcome == ApplyOutcome::Done) {
+        setDrqNumber(settings.drqNumber);
+        static_cast<void>(hasFrequency(settings.frequency));
+    }
+    return outcome;
+}
+
+bool BoardSelection::setDrqNumber(int32_t number) {
+    const auto offered = driver_.device().integers(kADCGetDrqList);
+    if (offered.empty()) {
+        return true;
+    }
+    const bool known = std::find(offered.begin(), offered.end(), number) != offered.end();
+    if (known && driver_.device().set(kADCSetDrq, &number)) {
+        return true;
+    }
+    DEBUG_LOG("Drq number Error");
+    return false;
+}
+
 bool BoardSelection::hasFrequency(double hertz) const {
     const auto& list = driver_.facts().frequencies;
     const bool found = list.empty() || std::find(list.begin(), list.end(), static_cast<float>(hertz)) != list.end();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "config/program_settings.h"
 #include "core/driver.h"
 
 namespace tarno2 {
@@ -38,6 +39,13 @@ public:
     /// Chooses driver and board by name and number, as settings name them; a board is found by the three hexadecimal
     /// digits that its text begins with.
     [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber);
+    /// Brings back the driver, board, DRQ number and frequency of an earlier run, for a program with a window: in place
+    /// of a driver that is not installed it takes the first one, when there is any. A DRQ number or frequency that the
+    /// board can't take is logged, and the board keeps its own.
+    ApplyOutcome applySaved(const ProgramSettings& settings);
+    /// Gives the chosen board a DRQ number. A board that offers none has nothing to be set. False when it offers others
+    /// or somebody else has taken it.
+    bool setDrqNumber(int32_t number);
     /// The chosen board can make that frequency: it is in the board's list, or the board has none.
     [[nodiscard]] bool hasFrequency(double hertz) const;
 

@@ -109,6 +109,37 @@ TEST(Driver, FailedLoadLeavesNoEarlierDriver) {
     ASSERT_TRUE(driver.LoadDriver("Tarno2 test", catalogue.folder.path(), why)) << why;
 }
 
+TEST(BoardSelection, TakesTheFirstDriverForOneThatIsNotInstalled) {
+    Catalogue catalogue;
+    BoardSelection selection([](const std::string& fault) { ADD_FAILURE() << fault; }, catalogue.folder.path());
+    ProgramSettings settings;
+    EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::NoDriverName);
+    catalogue.install("Tarno2 test", libraryOfFault(5));
+    settings.driver = "Tarno2 other";
+    ScopedDebugLog log;
+    EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::DriverNotFound);
+    const std::string first = BoardSelection::installedDrivers().front();
+    EXPECT_EQ(firstMissing(log.finish(),
+                           {"LoadConfigOk", "Driver not founded", "Driver load \"" + first + "\"", "Driver load OK"}),
+              "");
+    EXPECT_TRUE(selection.driver().loaded());
+}
+
+TEST(BoardSelection, SetsADrqNumberThatTheBoardOffers) {
+    FakeDevice device;
+    std::string why;
+    BoardSelection selection([](const std::string& fault) { ADD_FAILURE() << fault; }, "");
+    ASSERT_TRUE(selection.driver().attach(&device, "Fake", "", why)) << why;
+    EXPECT_TRUE(selection.setDrqNumber(3)) << "there is no choice";
+    EXPECT_EQ(device.countCalls("Set "), 0U);
+    device.drqNumbers = {1, 5, 7};
+    ScopedDebugLog log;
+    EXPECT_TRUE(selection.setDrqNumber(5));
+    EXPECT_FALSE(selection.setDrqNumber(3)) << "not offered";
+    EXPECT_FALSE(selection.setDrqNumber(7)) << "taken";
+    EXPECT_EQ(firstMissing(log.finish(), {"Drq number Error", "Drq number Error"}), "");
+}
+
 TEST(Driver, RegistryTexts) {
     if (kPathSeparator == '\\') {
         GTEST_SKIP() << "the real registry comes first there, and its names are no longer than 255 characters";

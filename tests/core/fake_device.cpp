@@ -209,6 +209,12 @@ int32_t FakeDevice::Get(uint32_t code, void* result) {
             return inputRange > 0 ? 1 : 0;
         case kADCGetRing:
             return answerRing(*static_cast<ADCRingInfo*>(result));
+        case kADCGetDrqList: {
+            auto& list = *static_cast<ADCIntList*>(result);
+            list.m_nCount = static_cast<uint32_t>(drqNumbers.size());
+            std::copy_n(drqNumbers.begin(), std::min(list.m_nCapacity, list.m_nCount), list.m_pnValues);
+            return drqNumbers.empty() ? 0 : 1;
+        }
         case kADCGetSamplesWritten:
             std::memcpy(result, &written_, sizeof written_);
             return tellsCount ? 1 : 0;
@@ -221,6 +227,11 @@ int32_t FakeDevice::Get(uint32_t code, void* result) {
     }
     std::memcpy(result, &found->second, sizeof found->second);
     return 1;
+}
+
+int32_t FakeDevice::Set(uint32_t code, const void* value) {
+    note("Set", code);
+    return code == kADCSetDrq && *static_cast<const int32_t*>(value) != drqNumbers.back() ? 1 : 0;
 }
 
 int32_t FakeDevice::answerRing(ADCRingInfo& info) {

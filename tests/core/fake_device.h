@@ -28,6 +28,7 @@ public:
     // The script. Set before the host's next call.
     std::map<uint32_t, uint32_t> numbers;  ///< answers of one uint32_t; other such codes have none
     ADCSampleFormat format{2, 14, 0, 0x3FFF, 14, 0xC000, 2, 1, 0, 1};
+    std::vector<int32_t> drqNumbers;  ///< that the board offers; the last one is taken by somebody else
     bool formatKnown = true;
     bool codeRangeKnown = true;
     float inputRange = 5.0F;
@@ -77,7 +78,7 @@ public:
     int32_t TARNO2_CALL GetData(int32_t mode, void* destination, uint32_t count, uint32_t offset) override;
     int32_t TARNO2_CALL LastError(char* text, uint32_t size) override;
     int32_t TARNO2_CALL Get(uint32_t code, void* result) override;
-    int32_t TARNO2_CALL Set(uint32_t /*code*/, const void* /*value*/) override { return 0; }
+    int32_t TARNO2_CALL Set(uint32_t code, const void* value) override;
     int32_t TARNO2_CALL ReadPort(uint32_t* /*lines*/) override { return 0; }
     int32_t TARNO2_CALL WritePort(uint32_t /*lines*/) override { return 0; }
     int32_t TARNO2_CALL WriteAnalog(uint32_t /*output*/, float /*volts*/) override { return 0; }
