@@ -333,7 +333,7 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
         if (!out.data.empty()) {
             const uint64_t frame = uint64_t{sampleWidth_} * board_.settings.channelCount();
             const uint64_t unit = out.recordFrames == 0 ? frame : frame * out.recordFrames;
-            result = board_.writer_.Write(out.data.data(), out.data.size(), unit);
+            result = board_.writer_.Write(out.data.data(), out.data.size(), unit, out.events);
         }
         if (verdict > 0 && result == kGoOn) {
             result = kFinished;

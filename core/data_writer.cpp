@@ -69,7 +69,8 @@ uint64_t DataWriter::millisecondsOf(uint64_t bytes) const {
     return static_cast<uint64_t>(std::min(static_cast<double>(bytes) * 1000.0 / setup_.bytesPerSecond, 1e12));
 }
 
-int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitBytes) {
+int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitBytes,
+                          std::span<const SynchroEvent> events) {
     if (failed_ || !write_.isOpen()) {
         return -1;
     }
@@ -79,6 +80,7 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
         limitReached = true;
     }
     const uint64_t unit = std::max<uint64_t>(unitBytes, 1);
+    recordBytes_ = events.empty() ? recordBytes_ : unit;
     while (size > 0) {
         uint64_t part = size;
         if (setup_.pieceBytes != 0) {
@@ -89,6 +91,7 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
             const uint64_t room = setup_.pieceBytes > pieceFill_ ? setup_.pieceBytes - pieceFill_ : 0;
             part = std::min(size, std::max(room / unit, uint64_t{1}) * unit);
         }
+        events = enterEvents(events, (part + unit - 1) / unit);
         if (!put(data, part, limitReached && part == size)) {
             return -1;
         }
@@ -97,6 +100,15 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
     }
     const bool full = setup_.limitBytes != 0 && totalBytes() >= setup_.limitBytes;
     return limitReached || full ? 1 : 0;
+}
+
+// Returns the events that are left.
+std::span<const SynchroEvent> DataWriter::enterEvents(std::span<const SynchroEvent> events, uint64_t records) {
+    const auto entered = static_cast<size_t>(std::min<uint64_t>(records, events.size()));
+    for (const SynchroEvent& event : events.first(entered)) {
+        description_->addSynchroEvent(event);
+    }
+    return events.subspan(entered);
 }
 
 std::byte* DataWriter::room(uint64_t size) {
@@ -247,6 +259,10 @@ bool DataWriter::describeFile() {
     layout.digitalBits = setBits(layout.digitalMask, setup_.sampleWidth);
     description_->setDataFormat(layout);
     description_->setDataCountPerChannel(fileBytes_ / setup_.frameBytes());
+    if (recordBytes_ != 0) {
+        // Records that did not reach the file, or that the size limit left out, have no event.
+        description_->keepSynchroEvents((fileBytes_ + recordBytes_ - 1) / recordBytes_);
+    }
     if (createTime_) {
         description_->setCreateTime(*createTime_);
     }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -60,8 +61,10 @@ public:
     [[nodiscard]] uint64_t millisecondsOf(uint64_t bytes) const;
 
     /// Takes `size` bytes of whole frames. `unitBytes`: what must stay in one file, a frame or a record.
+    /// `events`: one a record, entered in the description of the file that the record goes into.
     /// 0: go on; 1: the size limit is reached; -1: a write failed, now or earlier.
-    [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes);
+    [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes,
+                                std::span<const SynchroEvent> events = {});
     /// Where a block of `size` bytes may be put so that the next `Write`, given this place, need not copy it; null when
     /// such a block does not go through the cache.
     [[nodiscard]] std::byte* room(uint64_t size);
@@ -84,6 +87,7 @@ private:
     bool endFile();
     [[nodiscard]] bool describeFile();
     [[nodiscard]] bool nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft);
+    std::span<const SynchroEvent> enterEvents(std::span<const SynchroEvent> events, uint64_t records);
     [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
     [[nodiscard]] bool writeThrough(const std::byte* data, uint64_t size);
     void fail(const OsError& error);
@@ -97,8 +101,9 @@ private:
     DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
     std::string currentName_;
     std::optional<LocalTime> createTime_;
-    uint64_t pieceFill_ = 0;  ///< bytes accepted for the file at hand
-    uint64_t fileBytes_ = 0;  ///< bytes that are really in it
+    uint64_t pieceFill_ = 0;    ///< bytes accepted for the file at hand
+    uint64_t fileBytes_ = 0;    ///< bytes that are really in it
+    uint64_t recordBytes_ = 0;  ///< of a record with an event; 0: there was none
     bool failed_ = false;
     std::string openError_;
     std::vector<std::string> movedAside_;

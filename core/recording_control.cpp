@@ -8,6 +8,7 @@
 
 #include "config/debug_log.h"
 #include "core/static_parameters.h"
+#include "core/synchro_preparation.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 
@@ -238,7 +239,29 @@ bool RecordingControl::prepareFacts() {
         DEBUG_LOG("!!!!! The driver does not tell %s", missing.c_str());
         return refuse(TextId::StaticParametersMistake, "The driver does not tell " + missing);
     }
+    if (!prepareSynchro()) {
+        return false;
+    }
     warnOfFreeSpace();
+    return true;
+}
+
+bool RecordingControl::prepareSynchro() {
+    SynchroFindings findings;
+    try {
+        if (!prepareSynchronisation(settings_, facts_, *session_, findings)) {
+            DEBUG_LOG("!!!!! Error in checked synchro parameters.");
+            DEBUG_LOG("!!!!! %s", findings.detail.c_str());
+            return refuse(TextId::SynchroParametersMistake, findings.detail);
+        }
+    } catch (const std::bad_alloc&) {
+        return refuse(TextId::NotEnoughMemory);
+    }
+    if (findings.switchedOff != SynchroSwitchOff::None) {
+        DEBUG_LOG("Synchronisation is switched off. %s", findings.detail.c_str());
+        shell_.showDetail("Synchronisation is switched off. " + findings.detail);
+        shell_.synchronisationSwitchedOff();
+    }
     return true;
 }
 

@@ -49,6 +49,7 @@ private:
     void chooseCut();
     void warnOfFreeSpace();
     [[nodiscard]] bool prepareFacts();
+    [[nodiscard]] bool prepareSynchro();
     [[nodiscard]] bool createFiles();
     void release();
 

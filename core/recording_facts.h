@@ -19,8 +19,9 @@ struct RecordingFacts {
     bool backwardOrder = false;
     SampleLayout layout;
     struct Range {
-        double upper;  ///< volts
-        double lower;  ///< volts
+        double upper;             ///< volts
+        double lower;             ///< volts
+        float inputRange = 0.0F;  ///< volts at gain 1
     };
     std::vector<Range> ranges;  ///< one a channel, in recording order
 

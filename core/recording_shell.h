@@ -6,6 +6,7 @@
 
 #include "config/auto_settings.h"
 #include "core/notification.h"
+#include "sync/synchro_settings.h"
 
 namespace tarno2 {
 
@@ -24,6 +25,9 @@ struct RecordingSettings {
     bool automaticCut = false;  ///< pieces as large as the volume holds
     int32_t decimation = 1;     ///< keep the first of so many frames
     bool autoStart = false;     ///< begin the next recording when one ended by its rule
+    SynchroSettings synchro;    ///< which frames to keep; channels are numbered
+    SynchroSizes synchroSizes;
+    bool useDigitalPort = false;
 };
 
 /// What the recording logic asks of the program around it: the main window, or the console session without one.
@@ -45,6 +49,8 @@ public:
     virtual void showDetail(const std::string& detail) = 0;
     /// A text for a message box.
     virtual void showMessage(const std::string& message) = 0;
+    /// The check at start has switched synchronisation off: the settings that are shown follow.
+    virtual void synchronisationSwitchedOff() {}
     virtual void showBytes(uint64_t bytes) = 0;
     virtual void showProgress(int percent) = 0;
 

@@ -41,7 +41,7 @@ bool calculateStaticParameters(T_DRIVER& driver, const T_BOARD& session, Recordi
         }
         const double gain = settings.gains[i] == 0 ? 1.0 : settings.gains[i];
         const double limit = static_cast<double>(range.m_fRange) / gain;
-        facts.ranges.push_back({limit, -limit});
+        facts.ranges.push_back({limit, -limit, range.m_fRange});
     }
     const double channels = board.perChannelFrequency ? settings.channelCount() : 1.0;
     facts.driverName = driver.name();

@@ -134,6 +134,12 @@ bool RecordDescription::addSynchroEvent(const SynchroEvent& event) {
     }
 }
 
+void RecordDescription::keepSynchroEvents(uint64_t count) {
+    if (count < events_.size()) {
+        events_.resize(static_cast<size_t>(count));
+    }
+}
+
 std::string RecordDescription::fileNameFor(const std::string& dataFileName) {
     const size_t dot = dataFileName.rfind('.');
     const bool hasBase = dot != std::string::npos && dot > 0;

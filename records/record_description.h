@@ -62,6 +62,8 @@ public:
     /// Upper and lower limit of the next channel, volts.
     bool addChannelRange(double upper, double lower);
     bool addSynchroEvent(const SynchroEvent& event);
+    /// Forgets all synchronisation events but the first `count`.
+    void keepSynchroEvents(uint64_t count);
 
     /// Writes the description of that data file beside it, replacing an older one. False when it can't be made
     /// (`status` tells why), and also, with status `Ok`, when it was made but not every line reached the disk.

@@ -125,6 +125,9 @@ RecordingSettings ConsoleSession::settings() {
     settings.cutMode = settings_.cutMode > 0;
     settings.cutNumberText = std::to_string(settings_.cutMode);
     settings.decimation = settings_.decimation;
+    settings.synchro = settings_.synchro.settings;
+    settings.synchroSizes = settings_.synchro.sizes;
+    settings.useDigitalPort = settings_.synchro.useDigitalPort;
     return settings;
 }
 
