@@ -48,7 +48,8 @@ SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uin
     KeyValueFile cfg;
     require(cfg.createForWriting(joinPath(folder, "Simulator.cfg")), folder + ": no settings can be written");
     cfg.writeUInt32("RealTime", 0);
-    cfg.writeString("Signal", "Counter");
+    // Levels stay in the ring once they are there, so that no processor time goes into making samples, as with a board.
+    cfg.writeString("Signal", "Level");
     require(cfg.close(), folder + ": no settings can be written");
 
     std::string why;

@@ -170,7 +170,9 @@ bool RingProducer::fillByReader(uint64_t position) {
 /// Puts samples, at most to the end of the half, into the ring. Returns how many the source had.
 uint64_t RingProducer::produce(uint64_t position, uint64_t samples, bool publish) {
     const std::lock_guard lock(halfLocks_[position % ring_ < half_ ? 0 : 1]);
-    const uint64_t got = source_->fill(position / channels_, at(position), samples / channels_) * channels_;
+    const bool there = position >= ring_ && source_->still();
+    const uint64_t got =
+        there ? samples : source_->fill(position / channels_, at(position), samples / channels_) * channels_;
     if (publish) {
         // Counted before the half is let go: a reader that met overwritten samples sees it in the count.
         written_.store(position + got, std::memory_order_release);

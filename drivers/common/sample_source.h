@@ -17,6 +17,9 @@ public:
     /// `destination`. Consecutive calls ask for consecutive frames. Returns how many there were: less than asked for
     /// means that the source has come to its end.
     virtual uint64_t fill(uint64_t first, std::byte* destination, uint64_t frames) = 0;
+
+    /// All frames are the same, so a ring that was filled once holds what comes.
+    [[nodiscard]] virtual bool still() const { return false; }
 };
 
 }  // namespace tarno2::drivers

@@ -121,6 +121,10 @@ public:
         return frames;
     }
 
+    [[nodiscard]] bool still() const override {
+        return settings_.signal == Signal::Level && format_.m_nDigitalMask == 0;
+    }
+
 private:
     struct Channel {
         Signal kind;
@@ -193,6 +197,8 @@ int32_t waveform(Signal signal, uint32_t phase, uint64_t frame, int32_t channel)
             return static_cast<int32_t>(phase >> 1) - 0x40000000;
         case Signal::Noise:
             return noise(frame, channel);
+        case Signal::Level:
+            return (channel % 16 - 8) * 0x8000000;
         default:
             return sine(phase);
     }

@@ -8,7 +8,7 @@
 
 namespace tarno2::drivers {
 
-enum class Signal { Counter, Sine, Square, Ramp, Noise, Mixed };
+enum class Signal { Counter, Sine, Square, Ramp, Noise, Level, Mixed };
 
 struct SignalSettings {
     Signal signal = Signal::Mixed;

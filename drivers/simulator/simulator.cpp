@@ -111,7 +111,8 @@ bool SimulatorDevice::takeSignal() {
         const char* name;
         Signal signal;
     } signals[] = {{"Counter", Signal::Counter}, {"Sine", Signal::Sine},   {"Square", Signal::Square},
-                   {"Ramp", Signal::Ramp},       {"Noise", Signal::Noise}, {"Mixed", Signal::Mixed}};
+                   {"Ramp", Signal::Ramp},       {"Noise", Signal::Noise}, {"Level", Signal::Level},
+                   {"Mixed", Signal::Mixed}};
     for (const auto& known : signals)
         if (name == known.name) {
             signal_.signal = known.signal;
