@@ -294,7 +294,7 @@ bool CConfigWork::GetStringCopy(const char* key, std::string& out) {
     if (!GetString(key, buffer)) {
         return false;
     }
-    out = buffer.c_str();
+    out.assign(buffer, 0, buffer.find('\0'));
     return true;
 }
 

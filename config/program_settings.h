@@ -52,63 +52,63 @@ struct TextExportSettings {
 struct ProgramSettings {
     ProgramSettings();
 
-    InterfaceLanguage language = InterfaceLanguage::English;
-
     // The board.
     std::string driver;
+    std::vector<double> frequencyList;  ///< frequencies that the user has kept, Hz; in single precision once read
+    double frequency = 100000.0;        ///< Hz
+    double packetFrequency = 1000.0;    ///< Hz
     int32_t base = 1;
     int32_t drqNumber = 0;
-    double frequency = 100000.0;  ///< Hz
     bool differentialMode = false;
     bool externalStart = false;
     bool packetMode = false;
     bool externalFrequency = false;
-    double packetFrequency = 1000.0;  ///< Hz
     bool useDigitalPort = false;
     bool hardwareAverage = false;
-    std::vector<double> frequencyList;  ///< frequencies that the user has kept, Hz; in single precision once read
+
+    // The recording.
+    bool cycleStart = false;
+    bool autoStartOnRun = false;
+    bool cutModeActive = false;
+    bool autoModeCut = false;
+    bool checkDiskSpeed = true;
+    StopRule stopMode = StopRule::Manual;
+    double stopValue = 10.0;
+    int32_t stopPower = 0;        ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
+    int32_t cutModeValue = 1024;  ///< MiB
+    std::string fileName;         ///< of the last recording
+
     /// Channels of the board: the lists of the channel table are written and read for as many. While no board is known
     /// all are kept.
     int32_t channelCount = kMaximumChannelCount;
     std::array<ChannelSettings, kMaximumChannelCount> channels;
 
-    // The recording.
-    bool checkDiskSpeed = true;
-    std::string fileName;  ///< of the last recording
-    StopRule stopMode = StopRule::Manual;
-    double stopValue = 10.0;
-    int32_t stopPower = 0;  ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
-    bool cycleStart = false;
-    bool autoStartOnRun = false;
-    bool cutModeActive = false;
-    bool autoModeCut = false;
-    int32_t cutModeValue = 1024;  ///< MiB
-
-    SynchroSettings synchro;
     SynchroSizes synchroSizes;
+    SynchroSettings synchro;
 
     // The signal view.
     std::string axisFontName = "Arial";
-    int32_t axisFontSize = 8;
-    int32_t followToData = 1;  ///< 0 does not follow, 1 recorder, 2 recorder with zeroing
     double axisXValue = 1.0;
-    int32_t axisXUnit = 3;  ///< 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h
     double axisYValue = 1.0;
-    int32_t axisYMode = -1;  ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes
-    bool axisYAutoMode = true;
-    bool pixelsMode = false;     ///< points instead of lines
+    int32_t axisFontSize = 8;
+    int32_t followToData = 1;    ///< 0 does not follow, 1 recorder, 2 recorder with zeroing
+    int32_t axisXUnit = 3;       ///< 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h
+    int32_t axisYMode = -1;      ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes
     int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
     static constexpr size_t kDigitalLineCount = 32;
     std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
+    bool axisYAutoMode = true;
+    bool pixelsMode = false;  ///< points instead of lines
 
     // The windows.
     bool stayOnTop = false;
-    int32_t showSettingMember = 0;  ///< the open settings panel, 0 to 4; -1: none
     bool extendedChannelMode = false;
-    WindowPlace mainFormPos;
-    int32_t formVisible = 1;  ///< main window: 0 minimised, 1 normal, 2 maximised
-    WindowPlace showFormPos;
     bool showFormVisible = true;
+    int32_t showSettingMember = 0;  ///< the open settings panel, 0 to 4; -1: none
+    int32_t formVisible = 1;        ///< main window: 0 minimised, 1 normal, 2 maximised
+    WindowPlace mainFormPos;
+    WindowPlace showFormPos;
+    InterfaceLanguage language = InterfaceLanguage::English;
 
     TextExportSettings textExport;
 };
