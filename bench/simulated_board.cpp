@@ -61,6 +61,7 @@ SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uin
     }
     // The host asks for a ring of half a second, so the frequency decides how much comes at once.
     const uint64_t frame = uint64_t{channels} * driver_.facts().sampleWidth();
+    require(frame != 0, "a board without channels");
     const uint64_t ringSamples = 2 * (halfBytes / frame) * channels;
     settings_.frequency = static_cast<float>(2 * ringSamples);
     halfBytes_ = halfBytes / frame * frame;

@@ -19,8 +19,8 @@ struct RecordingFacts {
     bool backwardOrder = false;
     SampleLayout layout;
     struct Range {
-        double upper;             ///< volts
-        double lower;             ///< volts
+        double upper = 0.0;       ///< volts
+        double lower = 0.0;       ///< volts
         float inputRange = 0.0F;  ///< volts at gain 1
     };
     std::vector<Range> ranges;  ///< one a channel, in recording order
