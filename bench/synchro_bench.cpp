@@ -33,7 +33,7 @@ Words noise() {
     std::mt19937 random(1);
     Words block(kBlockSamples);
     for (int16_t& word : block) {
-        word = static_cast<int16_t>(random() % 2000) - 1000;
+        word = static_cast<int16_t>(static_cast<int32_t>(random() % 2000) - 1000);
     }
     return block;
 }

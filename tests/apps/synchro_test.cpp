@@ -146,7 +146,7 @@ void checkGated(const Gated& gated) {
     ASSERT_GT(kept.size(), 0U) << rig.autoLog();
     EXPECT_EQ(kept, expected.samples);
     EXPECT_NE(rig.autoLog().find("Stop - By stop measuring"), std::string::npos) << rig.autoLog();
-    const auto record = static_cast<size_t>(synchro.sizes.prehistory + synchro.sizes.history);
+    const auto record = static_cast<size_t>(synchro.sizes.prehistory) + static_cast<size_t>(synchro.sizes.history);
     const size_t records = synchro.settings.SynchroAnalyzeMode == 2 ? kept.size() / gated.channels / record : 0;
     expectEvents(rig.file("run.dat"), expected.events.data(), records);
 }

@@ -21,9 +21,8 @@ inline Evaluated analyzeBlock(ConditionAnalyzer& analyzer, int width, const std:
         out.result = Analyze16(analyzer, words.data(), words.size(), &kept, &count, channels, &channelsOut, packed);
         out.samples.assign(kept, kept + count);
     } else {
-        const std::vector<int32_t> words(block);
         const int32_t* kept = nullptr;
-        out.result = Analyze32(analyzer, words.data(), words.size(), &kept, &count, channels, &channelsOut, packed);
+        out.result = Analyze32(analyzer, block.data(), block.size(), &kept, &count, channels, &channelsOut, packed);
         out.samples.assign(kept, kept + count);
     }
     out.events.assign(analyzer.events().begin(), analyzer.events().end());
