@@ -13,7 +13,6 @@
 #include "bench/simulated_board.h"
 #include "bench/stopwatch.h"
 #include "bench/writer_alone.h"
-#include "platform/thread.h"
 
 namespace tarno2::bench {
 
@@ -105,27 +104,13 @@ double compareAll() {
     return headline;
 }
 
-/// Everything runs with the priority that an acquisition thread has, baselines too: what else the machine does then
-/// slows neither more than the other. Returns the program's exit status.
+/// Returns the program's exit status.
 int measure() {
     double headline = 0.0;
-    std::string problem;
-    Thread thread;
-    const bool made = thread.create([&] {
-        try {
-            headline = compareAll();
-        } catch (const std::exception& e) {
-            problem = e.what();
-        }
-    });
-    if (!made) {
-        problem = "no thread";
-    } else {
-        std::printf("Thread priority: %s\n", describe(thread.raisePriority()));
-        thread.join();
-    }
-    if (!problem.empty()) {
-        std::fprintf(stderr, "!!!! %s\n", problem.c_str());
+    try {
+        headline = compareAll();
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "!!!! %s\n", e.what());
         return 2;
     }
     const bool fast = headline >= kTarget;
