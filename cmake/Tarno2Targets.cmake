@@ -29,3 +29,15 @@ function(tarno2_test)
     tarno2_warnings(test_${ARG_NAME})
     add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
 endfunction()
+
+# The same for windows: the program brings a main of its own, and runs without a display.
+function(tarno2_gui_test)
+    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
+    add_executable(test_${ARG_NAME} ${ARG_SOURCES})
+    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests AUTOMOC ON)
+    target_link_libraries(test_${ARG_NAME} PRIVATE ${ARG_LINKS} Qt6::Widgets Qt6::Test tarno2_test_support
+                          GTest::gmock GTest::gtest)
+    tarno2_warnings(test_${ARG_NAME})
+    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    set_tests_properties(${ARG_NAME} PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen;LC_ALL=C.UTF-8")
+endfunction()

@@ -27,13 +27,14 @@ find_violations() {
             reach["sync"]     = "platform language records sync"
             reach["config"]   = "platform language records sync config"
             reach["core"]     = "platform language records sync config core"
-            reach["ui"]       = "platform language records sync config core ui"
-            reach["apps"]     = "platform language records sync config core ui apps"
+            reach["display"]  = "platform language records sync config core display"
+            reach["ui"]       = "platform language records sync config core display ui"
+            reach["apps"]     = "platform language records sync config core display ui apps"
             reach["scopera"]  = "platform scopera"
             reach["drivers"]  = "platform records drivers"
-            ours = "sdk platform language records sync config core ui apps scopera drivers tests bench"
-            sdk_users = "sdk core ui apps scopera drivers tests bench"
-            qt_users = "ui scopera apps tests"
+            ours = "sdk platform language records sync config core display ui apps scopera drivers tests bench"
+            sdk_users = "sdk core display ui apps scopera drivers tests bench"
+            qt_users = "ui scopera apps tests bench"
             # The C++ standard library without <csignal>, whose meaning differs from system to system.
             standard = "algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv " \
                 "chrono cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine " \
@@ -148,6 +149,8 @@ bad config/d.cpp #include <QtCore/QFile>
 bad records/d.cpp #include <qcustomplot.h>
 bad drivers/simulator/d.cpp #include <qobject.h>
 bad config/version.h.in #include "core/driver.h"
+bad display/a.cpp #include "ui/show_form.h"
+bad display/b.cpp #include <QWidget>
 bad core/n.cpp #include <gtest/gtest.h>
 bad core/o.cpp #include HEADER
 good platform/posix/a.cpp #include <unistd.h>

@@ -1,0 +1,30 @@
+#include <gtest/gtest.h>
+
+#include "display/axis_x.h"
+
+namespace tarno2 {
+namespace {
+
+TEST(AxisX, FramesStandAtTheirTime) {
+    struct Case {
+        AxisXUnit unit;
+        double frame, place;
+    };
+    for (const Case& c : {Case{AxisXUnit::Samples, 1500, 1500}, Case{AxisXUnit::Microseconds, 3, 3000},
+                          Case{AxisXUnit::Milliseconds, 7, 7}, Case{AxisXUnit::Seconds, 1500, 1.5},
+                          Case{AxisXUnit::Minutes, 90000, 1.5}, Case{AxisXUnit::Hours, 3600000, 1.0}}) {
+        EXPECT_DOUBLE_EQ(axisXOfFrame(c.frame, c.unit, 1000.0), c.place);
+        EXPECT_DOUBLE_EQ(frameOfAxisX(c.place, c.unit, 1000.0), c.frame);
+    }
+}
+
+TEST(AxisX, WithoutARateOnlySamplesHavePlaces) {
+    for (const double rate : {0.0, -1.0}) {
+        EXPECT_EQ(axisXOfFrame(5, AxisXUnit::Seconds, rate), 0.0);
+        EXPECT_EQ(frameOfAxisX(5, AxisXUnit::Seconds, rate), 0.0);
+        EXPECT_EQ(axisXOfFrame(5, AxisXUnit::Samples, rate), 5.0);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2

@@ -1,0 +1,24 @@
+#include <QString>
+#include <gtest/gtest.h>
+
+#include "language/language_table.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+namespace {
+
+TEST(UiText, FollowsTheLanguageAndLosesItsMnemonic) {
+    languageTable().select(kLanguageRussian);
+    EXPECT_EQ(uiText(TextId::MenuFile), QStringLiteral("&Файл"));
+    EXPECT_EQ(plainText(TextId::MenuFile), QStringLiteral("Файл"));
+    languageTable().select(kLanguageEnglish);
+    EXPECT_EQ(uiText(TextId::MenuFile), QStringLiteral("&File"));
+}
+
+TEST(UiText, CodePageTextsGoBothWays) {
+    EXPECT_EQ(fromCodePage(toCodePage(QStringLiteral("Запись № 7"))), QStringLiteral("Запись № 7"));
+    EXPECT_EQ(toCodePage(QStringLiteral("5 \u4E2D V")), "5 ? V");
+}
+
+}  // namespace
+}  // namespace tarno2

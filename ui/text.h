@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+#include <string>
+
+#include "language/text_ids.h"
+
+namespace tarno2 {
+
+/// A text of the program in the language chosen last. Window thread.
+[[nodiscard]] QString uiText(TextId id);
+/// The same without the "&" that marks a mnemonic, for places that are no menu or label.
+[[nodiscard]] QString plainText(TextId id);
+
+/// Texts between the program's code page (1251) and the windows. What the code page lacks becomes "?".
+[[nodiscard]] QString fromCodePage(const std::string& text);
+[[nodiscard]] std::string toCodePage(const QString& text);
+
+/// File names between the system's own bytes and the windows.
+[[nodiscard]] QString fromFileName(const std::string& name);
+[[nodiscard]] std::string toFileName(const QString& name);
+
+}  // namespace tarno2
