@@ -1,11 +1,10 @@
 #include <QApplication>
 #include <gtest/gtest.h>
 
-#include "platform/locale.h"
-
 // A program of tests has one application object for all of them; it runs without a display unless it is told one.
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     ::testing::InitGoogleTest(&argc, argv);
