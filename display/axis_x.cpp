@@ -6,14 +6,21 @@ namespace {
 
 /// Axis units a frame; a frame a sample.
 double unitsPerFrame(AxisXUnit unit, double framesPerSecond) {
-    if (unit == AxisXUnit::Samples) return 1.0;
-    if (!(framesPerSecond > 0.0)) return 0.0;
+    if (unit == AxisXUnit::Samples)
+        return 1.0;
+    if (!(framesPerSecond > 0.0))
+        return 0.0;
     switch (unit) {
-        case AxisXUnit::Microseconds: return 1e6 / framesPerSecond;
-        case AxisXUnit::Milliseconds: return 1e3 / framesPerSecond;
-        case AxisXUnit::Minutes: return 1.0 / (framesPerSecond * 60.0);
-        case AxisXUnit::Hours: return 1.0 / (framesPerSecond * 3600.0);
-        default: return 1.0 / framesPerSecond;
+        case AxisXUnit::Microseconds:
+            return 1e6 / framesPerSecond;
+        case AxisXUnit::Milliseconds:
+            return 1e3 / framesPerSecond;
+        case AxisXUnit::Minutes:
+            return 1.0 / (framesPerSecond * 60.0);
+        case AxisXUnit::Hours:
+            return 1.0 / (framesPerSecond * 3600.0);
+        default:
+            return 1.0 / framesPerSecond;
     }
 }
 

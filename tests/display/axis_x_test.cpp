@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "display/axis_x.h"
+
+#include <gtest/gtest.h>
 
 namespace tarno2 {
 namespace {

@@ -1,8 +1,9 @@
+#include "ui/text.h"
+
 #include <QString>
 #include <gtest/gtest.h>
 
 #include "language/language_table.h"
-#include "ui/text.h"
 
 namespace tarno2 {
 namespace {
