@@ -4,6 +4,7 @@
 #include <string>
 
 #include "drivers/common/driver_settings.h"
+#include "drivers/common/factory.h"
 #include "drivers/common/ring_device.h"
 #include "drivers/replay/recording.h"
 #include "platform/paths.h"
@@ -89,12 +90,6 @@ std::unique_ptr<SampleSource> ReplayDevice::prepare(const BoardFacts&, const Mea
 
 TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
 
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t) {
-    if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) != 0)
-        return nullptr;
-    try {
-        return static_cast<IADCDevice*>(new tarno2::drivers::ReplayDevice);
-    } catch (...) {
-        return nullptr;
-    }
+TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t /*flags*/) {
+    return tarno2::drivers::makeDevice<tarno2::drivers::ReplayDevice>(interfaceName);
 }

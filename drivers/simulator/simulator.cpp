@@ -5,6 +5,7 @@
 #include <string>
 
 #include "drivers/common/driver_settings.h"
+#include "drivers/common/factory.h"
 #include "drivers/common/ring_device.h"
 #include "drivers/simulator/boards.h"
 #include "drivers/simulator/signals.h"
@@ -252,12 +253,6 @@ std::unique_ptr<SampleSource> SimulatorDevice::prepare(const BoardFacts& board, 
 
 TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
 
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t) {
-    if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) != 0)
-        return nullptr;
-    try {
-        return static_cast<IADCDevice*>(new tarno2::drivers::SimulatorDevice);
-    } catch (...) {
-        return nullptr;
-    }
+TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t /*flags*/) {
+    return tarno2::drivers::makeDevice<tarno2::drivers::SimulatorDevice>(interfaceName);
 }

@@ -6,7 +6,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
-#include <utility>
 
 #include "platform/clock.h"
 
@@ -55,28 +54,6 @@ bool broken(const pollfd& fd) {
 
 Event::Event() : handle_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)), owned_(true) {}
 
-Event::Event(Borrowed /*tag*/, uint32_t number) : handle_(static_cast<int32_t>(number)), owned_(false) {}
-
-Event Event::wrap(uint32_t number) {
-    return {Borrowed{}, number};
-}
-
-Event::~Event() {
-    close();
-}
-
-Event::Event(Event&& other) noexcept
-    : handle_(std::exchange(other.handle_, -1)), owned_(std::exchange(other.owned_, false)) {}
-
-Event& Event::operator=(Event&& other) noexcept {
-    if (this != &other) {
-        close();
-        handle_ = std::exchange(other.handle_, -1);
-        owned_ = std::exchange(other.owned_, false);
-    }
-    return *this;
-}
-
 void Event::close() {
     if (owned_ && valid()) {
         ::close(static_cast<int>(handle_));
@@ -85,10 +62,6 @@ void Event::close() {
 
 bool Event::valid() const {
     return handle_ >= 0;
-}
-
-uint32_t Event::number() const {
-    return static_cast<uint32_t>(handle_);
 }
 
 bool Event::set() {

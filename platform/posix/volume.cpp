@@ -8,6 +8,7 @@
 #include <optional>
 #include <sstream>
 #include <string_view>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
 
 #include "platform/file.h"
@@ -70,6 +71,39 @@ std::optional<Mount> mountOf(const std::string& folder) {
     return best;
 }
 
+/// What the kernel says of the file system itself, for folders that no line of the mount table holds: a program in a
+/// changed root sees its own root, but not the mount that it lies in. The numbers are those of statfs(2).
+std::optional<Mount> mountByMagic(const std::string& folder) {
+    struct Magic {
+        uint32_t number;
+        const char* type;
+    };
+    constexpr std::array<Magic, 16> kMagics = {{{0xEF53, "ext4"},
+                                                {0x58465342, "xfs"},
+                                                {0x9123683E, "btrfs"},
+                                                {0x01021994, "tmpfs"},
+                                                {0x794C7630, "overlay"},
+                                                {0xF2F52010, "f2fs"},
+                                                {0x2FC12FC1, "zfs"},
+                                                {0x4D44, "vfat"},
+                                                {0x2011BAB0, "exfat"},
+                                                {0x7366746E, "ntfs3"},
+                                                {0x5346544E, "ntfs"},
+                                                {0x6969, "nfs"},
+                                                {0xFF534D42, "cifs"},
+                                                {0xFE534D42, "smb3"},
+                                                {0x01021997, "9p"},
+                                                {0x00C36400, "ceph"}}};
+    struct statfs facts {};
+    if (statfs(folder.c_str(), &facts) != 0) {
+        return std::nullopt;
+    }
+    const auto number = static_cast<uint32_t>(facts.f_type);
+    const auto* const found =
+        std::find_if(kMagics.begin(), kMagics.end(), [&](const Magic& magic) { return magic.number == number; });
+    return found == kMagics.end() ? std::nullopt : std::optional(Mount{"/", found->type});
+}
+
 bool isNetworkType(std::string_view type) {
     constexpr std::array<std::string_view, 21> kTypes = {
         "nfs",       "nfs4",       "cifs",           "smb3",       "smbfs",         "9p",          "afs",
@@ -116,7 +150,10 @@ VolumeStatus queryVolume(const std::string& path, VolumeInfo& info) {
     if (folder.empty()) {
         return VolumeStatus::NoPath;
     }
-    const auto mount = mountOf(folder);
+    auto mount = mountOf(folder);
+    if (!mount) {
+        mount = mountByMagic(folder);
+    }
     if (!mount) {
         return VolumeStatus::Unknown;
     }

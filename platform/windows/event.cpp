@@ -1,6 +1,5 @@
 #include "platform/event.h"
 
-#include <utility>
 #include <windows.h>
 
 #include "platform/clock.h"
@@ -17,29 +16,6 @@ HANDLE nativeHandle(intptr_t handle) {
 
 Event::Event() : handle_(reinterpret_cast<intptr_t>(CreateEventA(nullptr, TRUE, FALSE, nullptr))), owned_(true) {}
 
-// Handles are 32 bits wide in 64-bit programs too, extended with their sign.
-Event::Event(Borrowed /*tag*/, uint32_t number) : handle_(static_cast<int32_t>(number)), owned_(false) {}
-
-Event Event::wrap(uint32_t number) {
-    return {Borrowed{}, number};
-}
-
-Event::~Event() {
-    close();
-}
-
-Event::Event(Event&& other) noexcept
-    : handle_(std::exchange(other.handle_, 0)), owned_(std::exchange(other.owned_, false)) {}
-
-Event& Event::operator=(Event&& other) noexcept {
-    if (this != &other) {
-        close();
-        handle_ = std::exchange(other.handle_, 0);
-        owned_ = std::exchange(other.owned_, false);
-    }
-    return *this;
-}
-
 void Event::close() {
     if (owned_ && valid()) {
         CloseHandle(nativeHandle(handle_));
@@ -49,10 +25,6 @@ void Event::close() {
 // -1 is the number of the process itself, which a wait would take for an object.
 bool Event::valid() const {
     return handle_ != 0 && handle_ != -1;
-}
-
-uint32_t Event::number() const {
-    return static_cast<uint32_t>(handle_);
 }
 
 bool Event::set() {

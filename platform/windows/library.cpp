@@ -8,20 +8,6 @@
 
 namespace tarno2 {
 
-Library::~Library() {
-    unload();
-}
-
-Library::Library(Library&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-
-Library& Library::operator=(Library&& other) noexcept {
-    if (this != &other) {
-        unload();
-        handle_ = std::exchange(other.handle_, nullptr);
-    }
-    return *this;
-}
-
 bool Library::load(const std::string& path, std::string& error) {
     unload();
     // A damaged library would otherwise be reported in a box that waits for a click.
