@@ -2,7 +2,6 @@
 
 #include "config/disk_info.h"
 #include "language/language_table.h"
-#include "platform/file.h"
 #include "platform/paths.h"
 #include "platform/volume.h"
 #include "tests/support/temporary_folder.h"
