@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+//
+// The plotting interface of Tarno2: the whole contract between the program, called the host here, and the library that
+// draws signals. Plain C++11; no type of a standard library and no exception crosses the boundary; integers are of
+// fixed width; structures are packed and their pointers are native. The library is listed in the registry under
+// HKEY_LOCAL_MACHINE\SOFTWARE\Kestrel Lines LTD\SCOPERA, value "path", and exports one function, `StaticFactory`.
+//
+// Host and library share one Qt 6 (its shared libraries), because the view is a widget among the host's widgets.
+// Everything happens on the thread of the host's windows: every call, and every call back.
+//
+// The library draws frames: one sample of each column a frame, in the order of the columns. A column is a curve, of an
+// analog channel or of a digital line. All columns share both axes; each has its own way from code to Y.
+//
+// What the user does with the mouse: the wheel zooms X (with Ctrl, or over the Y axis: Y), a drag moves the picture, a
+// drag with Shift zooms into a rectangle, a double click asks for the automatic ranges, a click on a name in the legend
+// switches its column, and the lines of the cursors are dragged. Zoom and move happen at once; the host is told after
+// and may set other ranges.
+//
+// Texts are UTF-8, zero-terminated, on every system; the library copies them. Null counts as empty.
+
+#ifndef TARNO2_ISCOPERA_H
+#define TARNO2_ISCOPERA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if !defined(TARNO2_CALL)
+#if defined(_WIN32)
+#define TARNO2_CALL __stdcall
+#define TARNO2_EXPORT extern "C" __declspec(dllexport)
+#else
+#define TARNO2_CALL
+#define TARNO2_EXPORT extern "C" __attribute__((visibility("default")))
+#endif
+#endif
+
+// Version of this interface. The host uses a library only when the answer to `AbiVersion` is the number that the host
+// was built with.
+static const uint32_t kScoperaAbiVersion = 1;
+
+// Most columns of a frame: 160 channels and 32 digital lines fit with room to spare.
+static const uint32_t kScoperaMaxColumns = 255;
+
+// How the samples lie in memory (m_nSampleFormat): little-endian words of 2 or 4 bytes.
+enum { kScoperaSigned16 = 0, kScoperaUnsigned16 = 1, kScoperaSigned32 = 2, kScoperaUnsigned32 = 3 };
+
+enum { kScoperaAxisX = 0, kScoperaAxisY = 1 };
+
+// Options of `SetOption`, with the value that a new object has. An unknown one gives 0 and changes nothing.
+enum {
+    kScoperaOptionPoints = 1,   // 1: points, 0: lines; 0
+    kScoperaOptionGrid = 2,     // 1: grid lines; 1
+    kScoperaOptionLegend = 3,   // 1: the legend is shown; 0
+    kScoperaOptionCursors = 4,  // 1: both cursors and their values are shown; 0. Cursors that lie outside the picture
+                                // when they are switched on come to a third and two thirds of it.
+    kScoperaOptionDigitsX = 5,  // decimals of the cursors' values; -1: as many as the picture's resolution needs; -1
+    kScoperaOptionDigitsY = 6
+};
+
+// Texts of `SetText`, in the host's language. All are empty at first.
+enum {
+    kScoperaTextLabelX = 1,     // below the X axis: "Milisecond"
+    kScoperaTextLabelY = 2,     // beside the Y axis: "Volts"
+    kScoperaTextUnitX = 3,      // behind the cursors' values: "ms"
+    kScoperaTextUnitY = 4,      // "V"
+    kScoperaTextDifference = 5  // before the differences of the cursors: "Difference"
+};
+
+// Mouse buttons of m_pMousePressed.
+enum { kScoperaLeftButton = 1, kScoperaRightButton = 2, kScoperaMiddleButton = 4 };
+
+#pragma pack(push, 1)
+
+// A curve. Y = code * m_fScale + m_fOffset, in the unit of the Y axis, worked out by the host. For volts with the range
+// R, the gain G and the codes Cmin to Cmax of the range's ends:
+//     m_fScale = 2 * R / ((Cmax - Cmin) * G)      m_fOffset = -Cmin * m_fScale - R / G
+struct SCOPERAColumn {
+    const char* m_sName;  // its name in the legend
+    uint32_t m_nColor;    // 0xBBGGRR
+    uint32_t m_nVisible;  // 0: neither drawn nor counted in the extremes; dimmed in the legend
+    double m_fScale;
+    double m_fOffset;
+};
+
+// Frames to draw. Frame i lies at X = m_fFirstX + i * m_fStepX. They may cover a part of the X range, or more than it.
+//
+// A span of very many frames may be handed over as pairs: for each bucket of consecutive frames one frame of the
+// columns' minima and one of their maxima, with half a bucket as m_fStepX. The picture is the same as long as a bucket
+// isn't wider than a pixel, because curves are drawn from the minima and maxima of each pixel column.
+struct SCOPERAFrames {
+    const void* m_pSamples;    // m_nFrames * m_nColumns samples, aligned to their size
+    uint64_t m_nFrames;        // 0: nothing to draw
+    uint32_t m_nColumns;       // samples in a frame. Columns without a SCOPERAColumn are not drawn.
+    uint32_t m_nSampleFormat;  // kScoperaSigned16 ...
+    double m_fFirstX;          // in the unit of the X axis
+    double m_fStepX;           // greater than 0
+};
+
+// Places of both cursors, in the units of the axes.
+struct SCOPERACursors {
+    double m_fX[2];
+    double m_fY[2];
+};
+
+// Calls back to the host. Each gets m_pContext first; those that are null are left out. During any of them the host may
+// call everything but `Release`.
+struct SCOPERAEvents {
+    void* m_pContext;
+    // The user zoomed or moved an axis, and the picture has this range now.
+    void(TARNO2_CALL* m_pRangeChanged)(void* context, int32_t axis, double lower, double upper);
+    // A double click: the user wants both axes as the host finds best.
+    void(TARNO2_CALL* m_pAutomaticWanted)(void* context);
+    // A click on the legend switched a column; `SetColumns` with the same state need not follow.
+    void(TARNO2_CALL* m_pColumnSwitched)(void* context, uint32_t column, int32_t visible);
+    // The mouse is over the picture at this place, or has left it (inside 0, the place counts for nothing).
+    void(TARNO2_CALL* m_pMouseMoved)(void* context, double x, double y, int32_t inside);
+    // A mouse button went down somewhere on the widget; the place is in the units of the axes, and may lie outside the
+    // ranges. The right button means nothing to the library: it is the host's, for a menu.
+    void(TARNO2_CALL* m_pMousePressed)(void* context, int32_t button, double x, double y);
+    // The user moved a cursor.
+    void(TARNO2_CALL* m_pCursorsMoved)(void* context, const SCOPERACursors* cursors);
+    // The picture is about to be drawn for the first time after the view was shown, or with a new width: a chance to
+    // hand over frames that suit it. `pixels` is the width between the ends of the X axis, in the screen's pixels.
+    void(TARNO2_CALL* m_pPaintWanted)(void* context, uint32_t pixels);
+};
+
+#pragma pack(pop)
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The plotting object: one object, one view. The methods' order is the interface: the table of virtual functions holds
+// exactly these slots, in this order, so there is no virtual destructor and nothing is inserted. Before `CreateView`
+// everything but `AbiVersion`, `Release` and `CreateView` gives 0 or does nothing.
+//
+// Changes are drawn together at the next turn of the event loop. A hidden view costs nothing: it draws when it is
+// shown.
+
+struct ISCOPERA {
+    // 0: kScoperaAbiVersion of the library.
+    virtual uint32_t TARNO2_CALL AbiVersion() = 0;
+    // 1: the host drops the object, which is gone after this call, with its view. The library may be unloaded after it.
+    virtual void TARNO2_CALL Release() = 0;
+    // 2: makes the view as a child of the host's QWidget (null: a window of its own), to be put in a layout and shown
+    // by the host. It takes colours from its palette. The result is the view's QWidget; when there is a view already,
+    // that one. Null: it could not be made. The view belongs to the object. When Qt deletes it with its parent, the
+    // object stays usable without a view until `Release`.
+    virtual void* TARNO2_CALL CreateView(void* parent) = 0;
+    // 3: the view's QWidget; null when there is none.
+    virtual void* TARNO2_CALL View() = 0;
+    // 4: who is told what; copied. Null: nobody.
+    virtual void TARNO2_CALL SetEvents(const SCOPERAEvents* events) = 0;
+    // 5: the curves, in the order of a frame's samples; copied. Where curves cross, the earlier one lies in front.
+    // 1: taken; 0: more than kScoperaMaxColumns.
+    virtual int32_t TARNO2_CALL SetColumns(const SCOPERAColumn* columns, uint32_t count) = 0;
+    // 6: shows these frames instead of the earlier ones. The samples are not copied: they belong to the host and have
+    // to stay where they are until the next `SetFrames` (null or no frames: nothing is shown) or `Release`, because a
+    // zoom reads them again. When the host changes samples in place, it calls `SetFrames` again before it returns to
+    // the event loop. 1: taken; 0: refused for a wrong field, and nothing is shown.
+    virtual int32_t TARNO2_CALL SetFrames(const SCOPERAFrames* frames) = 0;
+    // 7: what the axis shows; `m_pRangeChanged` is not called. 1: taken; 0: no such axis, or the range is empty or not
+    // finite.
+    virtual int32_t TARNO2_CALL SetRange(int32_t axis, double lower, double upper) = 0;
+    // 8: what the axis shows. 1: told.
+    virtual int32_t TARNO2_CALL GetRange(int32_t axis, double* lower, double* upper) = 0;
+    // 9: the least and the greatest Y of the visible columns within the X range, for an automatic scale. It costs
+    // nothing beyond what the next paint needs anyway. 1: told; 0: there is no sample.
+    virtual int32_t TARNO2_CALL GetExtremes(double* lowest, double* highest) = 0;
+    // 10: changes an option, kScoperaOption... 1: done.
+    virtual int32_t TARNO2_CALL SetOption(uint32_t option, int32_t value) = 0;
+    // 11: the present value of an option; the user can't change one. 1: told.
+    virtual int32_t TARNO2_CALL GetOption(uint32_t option, int32_t* value) = 0;
+    // 12: changes a text, kScoperaText... 1: done.
+    virtual int32_t TARNO2_CALL SetText(uint32_t code, const char* text) = 0;
+    // 13: the font of axes, legend and cursors. An empty name or a size of 0 leaves that as it is. 1: taken.
+    virtual int32_t TARNO2_CALL SetFont(const char* family, int32_t points) = 0;
+    // 14, 15: where the cursors are, also while they aren't shown. 1: taken, told; 0: a place is not finite.
+    virtual int32_t TARNO2_CALL SetCursors(const SCOPERACursors* cursors) = 0;
+    virtual int32_t TARNO2_CALL GetCursors(SCOPERACursors* cursors) = 0;
+    // 16: the width between the ends of the X axis in the screen's pixels; 0 without a view. More frames than a few for
+    // each pixel show nothing more.
+    virtual uint32_t TARNO2_CALL PixelWidth() = 0;
+    // 17: draws now what has changed, hidden or not, without waiting for the event loop. 1: drawn.
+    virtual int32_t TARNO2_CALL Render() = 0;
+    // 18: saves the picture as it is shown, as PNG. 1: saved; 0: the file can't be written.
+    virtual int32_t TARNO2_CALL SavePicture(const char* file) = 0;
+    // 19: puts the picture as it is shown on the clipboard. 1: done.
+    virtual int32_t TARNO2_CALL CopyPicture() = 0;
+};
+
+// The library's only export. `interfaceName` is "ISCOPERA" and `flags` 0; null when the library has no such interface
+// or can't make an object. Each call makes a new object. A QApplication has to be there before `CreateView`.
+//     TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
+typedef void*(TARNO2_CALL* SCOPERAStaticFactory)(const char* interfaceName, uint32_t flags);
+
+#if !defined(TARNO2_FACTORY_NAME)
+#define TARNO2_FACTORY_NAME "StaticFactory"
+#endif
+#define TARNO2_SCOPERA_INTERFACE "ISCOPERA"
+
+// ---------------------------------------------------------------------------------------------------------------------
+// The layout, checked by every compiler that meets this header.
+
+static_assert(sizeof(double) == 8, "double is 64-bit");
+static_assert(sizeof(SCOPERAColumn) == 24 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_nColor) == sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_nVisible) == 4 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_fScale) == 8 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_fOffset) == 16 + sizeof(void*), "");
+static_assert(sizeof(SCOPERAFrames) == 32 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAFrames, m_nFrames) == sizeof(void*), "");
+static_assert(offsetof(SCOPERAFrames, m_nColumns) == 8 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAFrames, m_nSampleFormat) == 12 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAFrames, m_fFirstX) == 16 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAFrames, m_fStepX) == 24 + sizeof(void*), "");
+static_assert(sizeof(SCOPERACursors) == 32 && offsetof(SCOPERACursors, m_fY) == 16, "");
+static_assert(sizeof(SCOPERAEvents) == 8 * sizeof(void*), "");
+static_assert(offsetof(SCOPERAEvents, m_pPaintWanted) == 7 * sizeof(void*), "");
+
+#endif  // TARNO2_ISCOPERA_H
