@@ -158,7 +158,7 @@ bool DataWriter::put(const std::byte* data, uint64_t size, bool last) {
     pieceFill_ += size;
     totalBytes_.store(totalBytes() + size, std::memory_order_relaxed);
     if (through) {
-        flushedBytes_.store(totalBytes(), std::memory_order_relaxed);
+        flushedBytes_.store(totalBytes(), std::memory_order_release);
     }
     return true;
 }
@@ -199,6 +199,46 @@ bool DataWriter::Close() {
     return !failed_;
 }
 
+uint64_t DataWriter::readBack(uint64_t offset, std::byte* out, uint64_t size) {
+    const uint64_t end = flushedBytes_.load(std::memory_order_acquire);
+    size = offset < end ? std::min(size, end - offset) : 0;
+    uint64_t done = 0;
+    while (done < size) {
+        const uint64_t got = readPiece(offset + done, out + done, size - done);
+        if (got == 0) {
+            break;
+        }
+        done += got;
+    }
+    return done;
+}
+
+uint64_t DataWriter::readPiece(uint64_t offset, std::byte* out, uint64_t size) {
+    uint64_t start = 0;
+    uint32_t number = 0;
+    {
+        const std::scoped_lock lock(startsMutex_);
+        const auto next = std::upper_bound(pieceStarts_.begin(), pieceStarts_.end(), offset);
+        number = static_cast<uint32_t>(next - pieceStarts_.begin()) - 1;
+        start = pieceStarts_[number];
+        size = next == pieceStarts_.end() ? size : std::min(size, *next - offset);
+    }
+    if (!read_.isOpen() || readNumber_ != number) {
+        readNumber_ = number;
+        if (!read_
+                 .open(pieceName(setup_.fileName, number), FileMode::OpenExisting, FileAccess::Read,
+                       FileShare::ReadWrite)
+                 .ok()) {
+            return 0;
+        }
+    }
+    size_t done = 0;
+    if (read_.seek(offset - start).ok()) {
+        static_cast<void>(read_.read(out, size, done));
+    }
+    return done;
+}
+
 bool DataWriter::createFile(const std::string& name) {
     OsError error = write_.open(name, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
     if (error.alreadyExists()) {
@@ -209,7 +249,8 @@ bool DataWriter::createFile(const std::string& name) {
     if (error.ok()) {
         currentName_ = name;
         fileCount_.store(fileCount() + 1, std::memory_order_relaxed);
-        error = read_.open(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+        const std::scoped_lock lock(startsMutex_);
+        pieceStarts_.push_back(totalBytes());
     }
     openError_ = error.text();
     return error.ok();
@@ -242,7 +283,7 @@ bool DataWriter::endFile() {
         writeError_ = error.text();
         DEBUG_LOG("!!!!! Close error in \"%s\": %s", currentName_.c_str(), writeError_.c_str());
     }
-    read_.close();
+    flushedBytes_.store(totalBytes(), std::memory_order_release);
     reserve_.release();
     if (fileBytes_ < setup_.frameBytes()) {
         removeFile(currentName_);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -72,6 +73,12 @@ public:
     /// False when something did not reach the disk.
     bool Close();
 
+    /// Copies up to `size` bytes of the recording from byte `offset` on, counted over all its pieces from sample 0,
+    /// also such as are not on the disk yet. Returns how many were copied: fewer at the end of what was accepted, 0
+    /// beyond it. One thread beside the writing one, at any time between `open` and destruction; it never delays the
+    /// writer.
+    [[nodiscard]] uint64_t readBack(uint64_t offset, std::byte* out, uint64_t size);
+
     /// Bytes accepted so far, those in the cache included. Any thread.
     [[nodiscard]] uint64_t totalBytes() const { return totalBytes_.load(std::memory_order_relaxed); }
     /// Bytes accepted when the cache was last written. Any thread.
@@ -91,13 +98,13 @@ private:
     [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
     [[nodiscard]] bool writeThrough(const std::byte* data, uint64_t size);
     void fail(const OsError& error);
+    [[nodiscard]] uint64_t readPiece(uint64_t offset, std::byte* out, uint64_t size);
 
     WriterSetup setup_;
     RecordDescription* description_ = nullptr;
     std::unique_ptr<std::byte[]> cache_;
     size_t cacheFill_ = 0;
     File write_;
-    File read_;            ///< for those who look at what was written while the recording runs
     DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
     std::string currentName_;
     std::optional<LocalTime> createTime_;
@@ -108,6 +115,10 @@ private:
     std::string openError_;
     std::vector<std::string> movedAside_;
     std::string writeError_;
+    std::mutex startsMutex_;  ///< taken once a piece
+    std::vector<uint64_t> pieceStarts_;
+    File read_;  ///< of the reading thread, as is the number of the piece that it has open
+    uint32_t readNumber_ = 0;
     std::atomic<uint64_t> totalBytes_{0};
     std::atomic<uint64_t> flushedBytes_{0};
     std::atomic<uint32_t> fileCount_{0};
