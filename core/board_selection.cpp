@@ -1,6 +1,7 @@
 #include "core/board_selection.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "config/debug_log.h"
@@ -44,6 +45,8 @@ bool BoardSelection::DriverBoxChange(const std::string& name) {
 // Loads a driver without taking any of its boards, which another program may want.
 bool BoardSelection::load(const std::string& name) {
     DEBUG_LOG("Driver load \"%s\"", name.c_str());
+    driverName_ = name;
+    boardNumber_ = 0;
     boards_.clear();
     boardTexts_.clear();
     problem_.clear();
@@ -67,6 +70,7 @@ bool BoardSelection::load(const std::string& name) {
 
 bool BoardSelection::BaseBoxChange(uint32_t number) {
     DEBUG_LOG("Setup Base = 0x%x , DRQ = %d", number, 0);
+    boardNumber_ = number;
     if (!driver_.selectBoard(number, problem_)) {
         DEBUG_LOG("!!!! Board 0x%x can't be used: %s", number, problem_.c_str());
         return false;
@@ -125,8 +129,33 @@ ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
     return outcome;
 }
 
+std::vector<int32_t> BoardSelection::drqNumbers() {
+    return driver_.device().integers(kADCGetDrqList);
+}
+
+bool BoardSelection::setHardwareAverage(bool on) {
+    if (!driver_.facts().hardwareAverage) {
+        return !on;
+    }
+    const uint32_t value = on ? 1 : 0;
+    if (driver_.device().set(kADCSetHardwareAverage, &value)) {
+        return true;
+    }
+    problem_ = driver_.device().lastError();
+    DEBUG_LOG("!!!! Hardware average = %u refused: %s", value, problem_.c_str());
+    return false;
+}
+
+double BoardSelection::inputLimit(int32_t channel, int32_t gain) {
+    ADCInputRange range{channel, gain, 0.0F};
+    if (!driver_.device().get(kADCGetInputRange, range) || !std::isfinite(range.m_fRange) || range.m_fRange <= 0) {
+        return 0.0;
+    }
+    return static_cast<double>(range.m_fRange) / (gain == 0 ? 1.0 : gain);
+}
+
 bool BoardSelection::setDrqNumber(int32_t number) {
-    const auto offered = driver_.device().integers(kADCGetDrqList);
+    const auto offered = drqNumbers();
     if (offered.empty()) {
         return true;
     }

@@ -46,10 +46,23 @@ public:
     /// Gives the chosen board a DRQ number. A board that offers none has nothing to be set. False when it offers others
     /// or somebody else has taken it.
     bool setDrqNumber(int32_t number);
+    /// The DRQ numbers that the chosen board offers; empty when there is nothing to choose.
+    [[nodiscard]] std::vector<int32_t> drqNumbers();
+    /// Switches the averaging in the chosen board. True when the board did it, and when one that has none is to be
+    /// without.
+    bool setHardwareAverage(bool on);
+    /// Upper end of the input range of a channel at a gain, volts; 0 when the driver does not tell.
+    [[nodiscard]] double inputLimit(int32_t channel, int32_t gain);
     /// The chosen board can make that frequency: it is in the board's list, or the board has none.
     [[nodiscard]] bool hasFrequency(double hertz) const;
 
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
+    /// The driver chosen last, also when it could not be loaded.
+    [[nodiscard]] const std::string& driverName() const { return driverName_; }
+    /// The boards of the loaded driver.
+    [[nodiscard]] const std::vector<ADCBoardEntry>& boards() const { return boards_; }
+    /// Number of the board chosen last, also when it can't be used; 0 when none was chosen.
+    [[nodiscard]] uint32_t boardNumber() const { return boardNumber_; }
     /// Texts of the boards in the driver's list.
     [[nodiscard]] const std::vector<std::string>& boardTexts() const { return boardTexts_; }
     /// The system's or the driver's words for the last failure.
@@ -61,6 +74,8 @@ private:
 
     T_DRIVER driver_;
     std::string programDirectory_;
+    std::string driverName_;
+    uint32_t boardNumber_ = 0;
     std::vector<ADCBoardEntry> boards_;
     std::vector<std::string> boardTexts_;
     std::string problem_;

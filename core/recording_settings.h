@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "config/program_settings.h"
+#include "core/board_facts.h"
+#include "core/recording_shell.h"
+
+namespace tarno2 {
+
+/// What the operator has set, as the start of a recording takes it: active channels of the board, base units, and only
+/// those modes that the board offers. `frequencyText`: what stands in the frequency field, with "." or ",".
+[[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board,
+                                                  std::string_view frequencyText);
+/// The same, with the frequency of the settings.
+[[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board);
+
+/// A stop after so many seconds, minutes or hours (`unit` 0 to 2), seconds.
+[[nodiscard]] double stopSeconds(double value, int32_t unit);
+/// A stop after so many bytes, KiB or MiB (`unit` 0 to 2), bytes; 0 for a value that is none.
+[[nodiscard]] uint64_t stopBytes(double value, int32_t unit);
+
+}  // namespace tarno2

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+
+#include "ui/panels/settings_panel.h"
+
+class QComboBox;
+class QLabel;
+
+namespace tarno2 {
+
+class OptionBox;
+
+/// Driver, board, DRQ number, and what the board can switch: `DriverBox`, `BaseBox`, `DrqBox`, `DiffModeBox`,
+/// `DigitalPortBox`, `HardwareAverageBox`, `BoardFactsLabel`.
+class BoardPanel : public SettingsPanel {
+    Q_OBJECT
+
+public:
+    explicit BoardPanel(QWidget* parent = nullptr);
+
+    [[nodiscard]] TextId title() const override { return TextId::PanelBoard; }
+    void load(const ProgramSettings& settings) override;
+    void store(ProgramSettings& settings) const override;
+    void retranslate() override;
+    void boardChanged(BoardSelection& selection) override;
+
+signals:
+    void driverChosen(const QString& name);
+    void baseChosen(uint32_t number);
+    void drqChosen(int number);
+    void hardwareAverageChanged(bool on);
+
+private:
+    void fillDrivers(const BoardSelection& selection);
+    void fillBoards(const BoardSelection& selection);
+    void fillDrqNumbers(BoardSelection& selection);
+    void showFacts();
+
+    QLabel* driverLabel_;
+    QLabel* baseLabel_;
+    QLabel* drqLabel_;
+    QComboBox* driverBox_;
+    QComboBox* baseBox_;
+    QComboBox* drqBox_;
+    OptionBox* differential_;
+    OptionBox* digitalPort_;
+    OptionBox* hardwareAverage_;
+    QLabel* factsLabel_;
+    BoardFacts facts_;
+    QString driverName_;
+    QString problem_;  ///< why there is no board; empty when there is one
+    bool driversInstalled_ = false;
+    bool boardUsable_ = false;
+    int32_t drqNumber_ = 0;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <string>
+
+#include "ui/panels/settings_panel.h"
+
+class QFontComboBox;
+class QLabel;
+class QRadioButton;
+class QSpinBox;
+
+namespace tarno2 {
+
+class OptionBox;
+
+/// The program's own settings: `RussianChooseButton`, `EnglishChooseButton`, `StayOnTopBox`, `AutoStartOnRunBox`,
+/// `CycleStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `ProgramFolderLabel`. The language can be
+/// changed while the rest is locked, and so can the window's place on top and the axis font.
+class ProgramPanel : public SettingsPanel {
+    Q_OBJECT
+
+public:
+    explicit ProgramPanel(QWidget* parent = nullptr);
+
+    [[nodiscard]] TextId title() const override { return TextId::PanelProgram; }
+    void load(const ProgramSettings& settings) override;
+    void store(ProgramSettings& settings) const override;
+    void retranslate() override;
+    void setLocked(bool locked) override;
+
+    // These follow changes that were made elsewhere and say nothing of it.
+    void setLanguage(InterfaceLanguage language);
+    void setCycleStart(bool on);
+    /// `directory` as `programDirectory()` gives it.
+    void setProgramFolder(const std::string& directory);
+    /// The log is open or not, and where it lies (or would).
+    void setDebugLog(bool open, const std::string& path);
+
+signals:
+    void russianChosen();
+    void englishChosen();
+    void stayOnTopChanged(bool on);
+    void cycleStartChanged(bool on);
+    void axisFontChanged();
+    void debugLogChanged(bool on);
+
+private:
+    QLabel* languageLabel_;
+    QRadioButton* russian_;
+    QRadioButton* english_;
+    OptionBox* stayOnTop_;
+    OptionBox* startOnLoad_;
+    OptionBox* cycleStart_;
+    QLabel* fontLabel_;
+    QFontComboBox* fontName_;
+    QSpinBox* fontSize_;
+    OptionBox* debugLog_;
+    QLabel* folderLabel_;
+    QString programFolder_;
+    QString debugLogPath_;
+};
+
+}  // namespace tarno2

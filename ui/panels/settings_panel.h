@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QWidget>
+
+#include "config/program_settings.h"
+#include "core/board_selection.h"
+#include "language/text_ids.h"
+
+namespace tarno2 {
+
+/// One of the five panels with the operator's settings. A panel holds no rules: it shows what `core/` and `config/`
+/// say, and tells what the operator did. Each control bears its settled name as object name. Window thread.
+class SettingsPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    using QWidget::QWidget;
+
+    /// The panel's name, for its header.
+    [[nodiscard]] virtual TextId title() const = 0;
+    /// Shows the settings. Says nothing of it.
+    virtual void load(const ProgramSettings& settings) = 0;
+    /// Puts what the controls show into the settings; leaves what belongs to others alone.
+    virtual void store(ProgramSettings& settings) const = 0;
+    /// Takes all texts anew, in the language chosen last.
+    virtual void retranslate() = 0;
+    /// Another driver or board is chosen, or the same one was looked at anew: lists are filled again, and what the
+    /// board does not offer is switched off, with the reason as hint. Says nothing of it.
+    virtual void boardChanged(BoardSelection& /*selection*/) {}
+    /// While a recording runs nothing can be changed; the hint says so.
+    virtual void setLocked(bool locked);
+    [[nodiscard]] bool locked() const { return locked_; }
+
+signals:
+    /// The operator has changed a setting.
+    void changed();
+
+private:
+    bool locked_ = false;
+};
+
+}  // namespace tarno2
