@@ -325,6 +325,9 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
             board_.writer_.setCreateTime(localTime(board_.writer_.millisecondsOf(block.size())));
         }
         begun_ = true;
+        if (board_.liveTap != nullptr) {
+            board_.liveTap->put(block);
+        }
         EvaluatedBlock out;
         const int32_t verdict = board_.evaluator->evaluate(block, out);
         if (verdict < 0) {

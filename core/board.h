@@ -9,6 +9,7 @@
 #include "core/data_writer.h"
 #include "core/driver.h"
 #include "core/holder_count.h"
+#include "core/live_tap.h"
 #include "core/notification.h"
 #include "core/parameter_blocks.h"
 #include "platform/event.h"
@@ -44,6 +45,7 @@ public:
     uint32_t decimation = 1;      ///< keep the first of so many frames
     uint32_t dataWaitMs = 10000;  ///< least time without a data event that ends the recording
     std::unique_ptr<BlockEvaluator> evaluator;
+    LiveTap* liveTap = nullptr;  ///< takes every block before the evaluator; outlives the session. Null: nobody does
 
     /// Once in a session: makes the thread, which sets the board up and then waits for `Begin`. False when the board,
     /// the memory or the system refused; the session's error flags say which. Notifications go to `target`, which

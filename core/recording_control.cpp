@@ -303,7 +303,21 @@ bool RecordingControl::createFiles() {
     return true;
 }
 
+void RecordingControl::prepareLiveTap() {
+    if (liveTap_ == nullptr) {
+        return;
+    }
+    const size_t width = driver_.facts().sampleWidth();
+    const size_t half = session_->maxBufferSamples() / 2 * width / session_->decimation;
+    const double bytesPerSecond = session_->sampleRate() * static_cast<double>(width) / session_->decimation;
+    if (!liveTap_->prepare(width * session_->settings.channelCount(), half, bytesPerSecond)) {
+        DEBUG_LOG("!!!!! No memory for the signal view");
+    }
+    session_->liveTap = liveTap_;
+}
+
 void RecordingControl::release() {
+    prepareLiveTap();
     session_->writer().setCreateTime(localTime());
     DEBUG_LOG("Resume start");
     session_->Begin();

@@ -37,6 +37,11 @@ public:
     [[nodiscard]] bool running() const { return session_ != nullptr; }
     /// The session of the running recording, null when there is none.
     [[nodiscard]] T_BOARD* session() { return session_.get(); }
+    /// What the running recording's description says of board and settings.
+    [[nodiscard]] const RecordingFacts& facts() const { return facts_; }
+    /// Gets the frames of the recordings from the next one on, for the signal view; null: nobody does. It outlives them
+    /// and still holds the last frames of a recording when its session is gone.
+    void setLiveTap(LiveTap* tap) { liveTap_ = tap; }
     /// How long a board may give no data event, milliseconds at least.
     void setDataWait(uint32_t milliseconds) { dataWaitMs_ = milliseconds; }
 
@@ -51,6 +56,7 @@ private:
     [[nodiscard]] bool prepareFacts();
     [[nodiscard]] bool prepareSynchro();
     [[nodiscard]] bool createFiles();
+    void prepareLiveTap();
     void release();
 
     bool refuse(TextId id, const std::string& detail = {});
@@ -66,6 +72,7 @@ private:
     uint32_t sessionNumber_ = 0;
     uint32_t refusedSession_ = 0;  ///< its refusal was shown: what its thread still says is only logged
     uint32_t dataWaitMs_ = 10000;
+    LiveTap* liveTap_ = nullptr;
     bool closing_ = false;
 
     RecordingSettings settings_;

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "display/frame_source.h"
+#include "display/signal_format.h"
+#include "platform/file.h"
+#include "records/recorded_format.h"
+
+namespace tarno2 {
+
+/// Why a recording can't be opened.
+struct OpenProblem {
+    enum Kind {
+        None,
+        DescriptionMissing,  ///< there is no description, or it can't be read; `detail` is its file name
+        DescriptionDamaged,  ///< `detail` is the first key that is missing or makes no sense
+        FileNotRead          ///< `detail` are the system's words
+    };
+    Kind kind = None;
+    std::string detail;
+};
+
+/// A finished recording: its data file and the pieces `<base>_1.dat`, `<base>_2.dat`, … that follow as long as the next
+/// one exists and its description tells the same format and channels.
+class RecordedFrames final : public FrameSource {
+public:
+    /// Opens a recording by its (first) data file. Null when it can't be opened; `problem` tells why. Throws
+    /// std::bad_alloc.
+    [[nodiscard]] static std::unique_ptr<RecordedFrames> open(const std::string& dataFile, OpenProblem& problem);
+
+    [[nodiscard]] const RecordedFormat& recordedFormat() const { return recorded_; }
+    [[nodiscard]] const SignalFormat& format() const { return format_; }
+    [[nodiscard]] size_t pieceCount() const { return pieces_.size(); }
+    /// Data files whose size is no whole number of frames: their last bytes are left out. For a warning.
+    [[nodiscard]] const std::vector<std::string>& cutFiles() const { return cutFiles_; }
+
+    [[nodiscard]] size_t frameBytes() const override { return format_.frameBytes(); }
+    [[nodiscard]] uint64_t frameCount() const override { return frameCount_; }
+    [[nodiscard]] uint64_t read(uint64_t firstFrame, uint64_t count, std::byte* out) override;
+
+private:
+    struct Piece {
+        File file;
+        uint64_t firstFrame = 0;
+        uint64_t frames = 0;
+    };
+
+    RecordedFrames() = default;
+    [[nodiscard]] OpenProblem addPiece(const std::string& dataFile);
+
+    RecordedFormat recorded_;
+    SignalFormat format_;
+    std::vector<Piece> pieces_;
+    std::vector<std::string> cutFiles_;
+    uint64_t frameCount_ = 0;
+    std::mutex mutex_;
+};
+
+}  // namespace tarno2
