@@ -8,6 +8,9 @@ namespace {
 constexpr std::array<int32_t, 10> kColors = {0xB4771F, 0x2728D6, 0x2CA02C, 0xBD6794, 0x0E7FFF,
                                              0x4B568C, 0xC277E3, 0x7F7F7F, 0x22BDBC, 0xCFBE17};
 
+// Colours (0xBBGGRR) of the digital lines: few, but told apart by the colour-blind too.
+constexpr std::array<int32_t, 7> kLineColors = {0xB27200, 0x009FE6, 0x739E00, 0x005ED5, 0xE9B456, 0xA779CC, 0x000000};
+
 }  // namespace
 
 ProgramSettings::ProgramSettings() {
@@ -15,10 +18,13 @@ ProgramSettings::ProgramSettings() {
         channels[i].color = kColors[i % kColors.size()];
     }
     channels[0].active = true;
-    // The lines lie one above the other over the whole height of the view.
-    constexpr int32_t kStep = 2000 / static_cast<int32_t>(kDigitalLineCount);
+    // The lines are stacked from the bottom, each a tenth of the height. Where the height is full the next stack begins
+    // a little higher than the one before, so that no line covers another.
+    constexpr int32_t kTenth = 200;
+    constexpr int32_t kStack = 1850;
     for (size_t i = 0; i < digitalLines.size(); ++i) {
-        digitalLines[i] = {-1000 + static_cast<int32_t>(i) * kStep, kStep / 3, kColors[i % kColors.size()]};
+        const int32_t zeroLevel = -1000 + static_cast<int32_t>(i) * kTenth % kStack;
+        digitalLines[i] = {zeroLevel, kTenth / 2, kLineColors[i % kLineColors.size()]};
     }
 }
 

@@ -1,0 +1,113 @@
+#include "ui/digital_signal_settings.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSlider>
+#include <QTest>
+#include <QTimer>
+#include <array>
+#include <gtest/gtest.h>
+#include <set>
+
+#include "config/program_settings.h"
+#include "ui/color.h"
+
+namespace tarno2 {
+namespace {
+
+class DigitalSignalSettings : public ::testing::Test {
+protected:
+    void selectLine(int line) {
+        QTest::mouseClick(list()->viewport(), Qt::LeftButton, {}, list()->visualItemRect(list()->item(line)).center());
+    }
+    /// Opens the colour dialog by its button and ends it with a key.
+    void chooseColor(const QColor& color, Qt::Key end) {
+        QTimer::singleShot(0, [=] {
+            auto* dialog = qobject_cast<QColorDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->setCurrentColor(color);
+            QTest::keyClick(dialog, end);
+        });
+        QTest::mouseClick(button(), Qt::LeftButton);
+    }
+    QListWidget* list() { return window_.findChild<QListWidget*>("DigitalLineList"); }
+    QSlider* zero() { return window_.findChild<QSlider*>("ZeroLevelTrack"); }
+    QSlider* amplitude() { return window_.findChild<QSlider*>("AmpLevelTrack"); }
+    QLabel* swatch() { return window_.findChild<QLabel*>("DigitalColorImage"); }
+    QPushButton* button() { return window_.findChild<QPushButton*>("ChooseColorButton"); }
+    QColor swatchColor() { return swatch()->palette().color(QPalette::Window); }
+
+    std::array<DigitalLineSettings, 2> lines_ = {{{-500, 250, 0x112233}, {100, 40, 0x445566}}};
+    int repaints_ = 0;
+    T_DigitalSignalSettings window_{lines_, [this] { ++repaints_; }};
+};
+
+TEST_F(DigitalSignalSettings, NothingCanBeChangedWithoutALine) {
+    window_.show();
+    ASSERT_EQ(list()->count(), 2);
+    EXPECT_EQ(list()->item(1)->text(), "1");
+    EXPECT_FALSE(zero()->isEnabled() || amplitude()->isEnabled() || button()->isEnabled() || swatch()->isVisible());
+    zero()->setValue(7);
+    amplitude()->setValue(7);
+    window_.ChooseColorButtonClick();
+    EXPECT_EQ(repaints_, 0);
+    EXPECT_EQ(lines_[0].zeroLevel, -500);
+}
+
+TEST_F(DigitalSignalSettings, EveryChangeIsDrawnAtOnceAndOnlyOfTheLineSelected) {
+    window_.show();
+    selectLine(0);
+    EXPECT_TRUE(zero()->isEnabled() && amplitude()->isEnabled() && button()->isEnabled() && swatch()->isVisible());
+    EXPECT_EQ(zero()->value(), -500);
+    EXPECT_EQ(amplitude()->value(), 250);
+    EXPECT_EQ(swatchColor(), QColor(0x33, 0x22, 0x11));
+    EXPECT_EQ(repaints_, 0);
+
+    QTest::keyClick(zero(), Qt::Key_Home);
+    QTest::keyClick(amplitude(), Qt::Key_End);
+    EXPECT_EQ(lines_[0].zeroLevel, -1000);
+    EXPECT_EQ(lines_[0].amplitude, 1000);
+    EXPECT_EQ(repaints_, 2);
+    QTest::keyClick(zero(), Qt::Key_Right);
+    EXPECT_EQ(lines_[0].zeroLevel, -999);
+
+    selectLine(1);
+    EXPECT_EQ(zero()->value(), 100);
+    EXPECT_EQ(lines_[1].zeroLevel, 100);
+    EXPECT_EQ(lines_[0].zeroLevel, -999);
+    EXPECT_EQ(repaints_, 3);
+}
+
+TEST_F(DigitalSignalSettings, OnlyAConfirmedColorIsTaken) {
+    window_.show();
+    selectLine(1);
+    chooseColor(QColor(1, 2, 3), Qt::Key_Escape);
+    EXPECT_EQ(lines_[1].color, 0x445566);
+    EXPECT_EQ(repaints_, 0);
+    chooseColor(QColor(1, 2, 3), Qt::Key_Return);
+    EXPECT_EQ(lines_[1].color, 0x030201);
+    EXPECT_EQ(swatchColor(), QColor(1, 2, 3));
+    EXPECT_EQ(repaints_, 1);
+}
+
+TEST(DigitalLineDefaults, FitIntoTheHeightAndDoNotCoverEachOther) {
+    const ProgramSettings settings;
+    std::set<int32_t> levels;
+    for (const DigitalLineSettings& line : settings.digitalLines) {
+        EXPECT_EQ(line.amplitude, 100);
+        EXPECT_GE(line.zeroLevel, -1000);
+        EXPECT_LE(line.zeroLevel + 2 * line.amplitude, 1000);
+        EXPECT_TRUE(levels.insert(line.zeroLevel).second);
+    }
+    EXPECT_EQ(settings.digitalLines[0].zeroLevel, -1000);
+    EXPECT_EQ(settings.digitalLines[1].zeroLevel, -800);
+    for (size_t i = 1; i < settings.digitalLines.size(); ++i) {
+        EXPECT_NE(settings.digitalLines[i].color, settings.digitalLines[i - 1].color);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2

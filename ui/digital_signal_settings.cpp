@@ -1,0 +1,171 @@
+#include "ui/digital_signal_settings.h"
+
+#include <QColorDialog>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QSlider>
+#include <utility>
+
+#include "ui/color.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kSwatchHeight = 24;
+
+/// A track bar with its number beside it, which keeps its width whatever it says.
+void fillTrackBox(QGroupBox* box, QSlider* track, QLabel* value, int lowest, int highest) {
+    track->setRange(lowest, highest);
+    track->setSingleStep(1);
+    track->setPageStep((highest - lowest) / 20);
+    track->setValue(0);
+    value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    value->setMinimumWidth(value->fontMetrics().horizontalAdvance(QString::number(-highest)));
+    value->setNum(0);
+    QObject::connect(track, &QSlider::valueChanged, value, qOverload<int>(&QLabel::setNum));
+    auto* layout = new QHBoxLayout(box);
+    layout->addWidget(track);
+    layout->addWidget(value);
+}
+
+}  // namespace
+
+T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> lines, std::function<void()> repaint,
+                                                 QWidget* parent)
+    : QDialog(parent),
+      lines_(lines),
+      repaint_(std::move(repaint)),
+      lineNumberBox_(new QGroupBox(this)),
+      lineList_(new QListWidget(lineNumberBox_)),
+      zeroLevelBox_(new QGroupBox(this)),
+      zeroLevelTrack_(new QSlider(Qt::Horizontal, zeroLevelBox_)),
+      zeroLevelValue_(new QLabel(zeroLevelBox_)),
+      ampLevelBox_(new QGroupBox(this)),
+      ampLevelTrack_(new QSlider(Qt::Horizontal, ampLevelBox_)),
+      ampLevelValue_(new QLabel(ampLevelBox_)),
+      colorBox_(new QGroupBox(this)),
+      colorImage_(new QLabel(colorBox_)),
+      chooseColorButton_(new QPushButton(colorBox_)),
+      closeButton_(new QPushButton(this)) {
+    build();
+    loadCaptions();
+    lineList_->clear();
+    for (size_t i = 0; i < lines_.size(); ++i) {
+        lineList_->addItem(QString::number(i));
+    }
+    DigitalLineListClick();
+    connect(lineList_, &QListWidget::itemSelectionChanged, this, &T_DigitalSignalSettings::DigitalLineListClick);
+    connect(zeroLevelTrack_, &QSlider::valueChanged, this, &T_DigitalSignalSettings::ZeroLevelTrackChange);
+    connect(ampLevelTrack_, &QSlider::valueChanged, this, &T_DigitalSignalSettings::AmpLevelTrackChange);
+    connect(chooseColorButton_, &QPushButton::clicked, this, [this] { ChooseColorButtonClick(); });
+    connect(closeButton_, &QPushButton::clicked, this, &QDialog::close);
+}
+
+void T_DigitalSignalSettings::build() {
+    lineList_->setObjectName("DigitalLineList");
+    zeroLevelTrack_->setObjectName("ZeroLevelTrack");
+    ampLevelTrack_->setObjectName("AmpLevelTrack");
+    colorImage_->setObjectName("DigitalColorImage");
+    chooseColorButton_->setObjectName("ChooseColorButton");
+
+    (new QVBoxLayout(lineNumberBox_))->addWidget(lineList_);
+    fillTrackBox(zeroLevelBox_, zeroLevelTrack_, zeroLevelValue_, -1000, 1000);
+    fillTrackBox(ampLevelBox_, ampLevelTrack_, ampLevelValue_, 0, 1000);
+
+    QSizePolicy policy = colorImage_->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Expanding);
+    policy.setRetainSizeWhenHidden(true);
+    colorImage_->setSizePolicy(policy);
+    colorImage_->setMinimumHeight(kSwatchHeight);
+    colorImage_->setFrameShape(QFrame::Box);
+    colorImage_->setAutoFillBackground(true);
+    chooseColorButton_->setAutoDefault(false);
+    auto* colorLayout = new QHBoxLayout(colorBox_);
+    colorLayout->addWidget(colorImage_, 1);
+    colorLayout->addWidget(chooseColorButton_);
+
+    auto* layout = new QGridLayout(this);
+    layout->addWidget(lineNumberBox_, 0, 0, 4, 1);
+    layout->addWidget(zeroLevelBox_, 0, 1);
+    layout->addWidget(ampLevelBox_, 1, 1);
+    layout->addWidget(colorBox_, 2, 1);
+    layout->setRowStretch(3, 1);
+    layout->setColumnStretch(0, 1);
+    layout->setColumnStretch(1, 3);
+    layout->addWidget(closeButton_, 4, 1, Qt::AlignRight);
+    resize(480, sizeHint().height());
+}
+
+void T_DigitalSignalSettings::loadCaptions() {
+    setWindowTitle(plainText(TextId::DigitalLineSettings));
+    lineNumberBox_->setTitle(uiText(TextId::DigitalLineNumber));
+    zeroLevelBox_->setTitle(uiText(TextId::DigitalZeroLevelCaption));
+    ampLevelBox_->setTitle(uiText(TextId::DigitalSignalLevel));
+    colorBox_->setTitle(uiText(TextId::ColorCaption));
+    chooseColorButton_->setText(uiText(TextId::ColorCaption));
+    closeButton_->setText(uiText(TextId::ButtonClose));
+}
+
+DigitalLineSettings* T_DigitalSignalSettings::selectedLine() {
+    const auto selection = lineList_->selectedItems();
+    return selection.isEmpty() ? nullptr : &lines_[static_cast<size_t>(lineList_->row(selection.first()))];
+}
+
+void T_DigitalSignalSettings::DigitalLineListClick() {
+    const DigitalLineSettings* line = selectedLine();
+    for (QWidget* control : {static_cast<QWidget*>(zeroLevelTrack_), static_cast<QWidget*>(ampLevelTrack_),
+                             static_cast<QWidget*>(zeroLevelValue_), static_cast<QWidget*>(ampLevelValue_),
+                             static_cast<QWidget*>(chooseColorButton_)}) {
+        control->setEnabled(line != nullptr);
+    }
+    if (line == nullptr) {
+        colorImage_->hide();
+        return;
+    }
+    fillSwatch();
+    zeroLevelTrack_->setValue(line->zeroLevel);
+    ampLevelTrack_->setValue(line->amplitude);
+}
+
+void T_DigitalSignalSettings::fillSwatch() {
+    QPalette palette = colorImage_->palette();
+    palette.setColor(QPalette::Window, fromBgr(selectedLine()->color));
+    colorImage_->setPalette(palette);
+    colorImage_->show();
+}
+
+void T_DigitalSignalSettings::ZeroLevelTrackChange(int position) {
+    if (DigitalLineSettings* line = selectedLine(); line != nullptr && line->zeroLevel != position) {
+        line->zeroLevel = position;
+        repaint_();
+    }
+}
+
+void T_DigitalSignalSettings::AmpLevelTrackChange(int position) {
+    if (DigitalLineSettings* line = selectedLine(); line != nullptr && line->amplitude != position) {
+        line->amplitude = position;
+        repaint_();
+    }
+}
+
+void T_DigitalSignalSettings::ChooseColorButtonClick() {
+    DigitalLineSettings* line = selectedLine();
+    if (line == nullptr) {
+        return;
+    }
+    const QColor color = QColorDialog::getColor(fromBgr(line->color), this, uiText(TextId::ColorCaption),
+                                                QColorDialog::DontUseNativeDialog);
+    if (!color.isValid()) {
+        return;
+    }
+    line->color = toBgr(color);
+    fillSwatch();
+    repaint_();
+}
+
+}  // namespace tarno2
