@@ -4,6 +4,7 @@
 
 #include "config/debug_log.h"
 #include "core/driver_catalogue.h"
+#include "core/library_object.h"
 
 namespace tarno2 {
 
@@ -12,15 +13,6 @@ namespace {
 constexpr uint32_t kUnlimitedBuffer = 0x7FFFFFFF;
 constexpr HolderCount::Texts kHolderTexts{TextId::DriverReleasedTooOften, TextId::DriverFreedWhileHeld,
                                           TextId::DriverDestroyedWhileHeld};
-
-void* callFactory(void* entry, const char* interfaceName) {
-    const auto factory = reinterpret_cast<ADCStaticFactory>(entry);
-    try {
-        return factory(interfaceName, 0);
-    } catch (...) {
-        return nullptr;
-    }
-}
 
 }  // namespace
 
@@ -36,19 +28,8 @@ bool T_DRIVER::LoadDriver(const std::string& name, const std::string& programDir
     if (!path) {
         return false;
     }
-    if (!library_.load(*path, why)) {
-        return false;
-    }
-    void* entry = library_.symbol(TARNO2_FACTORY_NAME);
-    if (entry == nullptr) {
-        why = "the library has no \"" TARNO2_FACTORY_NAME "\"";
-        library_.unload();
-        return false;
-    }
-    void* object = callFactory(entry, TARNO2_DEVICE_INTERFACE);
+    void* object = loadObject(library_, *path, TARNO2_DEVICE_INTERFACE, why);
     if (object == nullptr) {
-        why = "the library made no device";
-        library_.unload();
         return false;
     }
     if (!attach(static_cast<IADCDevice*>(object), name, programDirectory, why)) {

@@ -1,13 +1,13 @@
 #include "core/driver_catalogue.h"
 
-#include "platform/paths.h"
+#include "core/library_object.h"
 #include "platform/registry.h"
 
 namespace tarno2 {
 
 namespace {
 
-constexpr size_t kLongestPath = 255;
+constexpr const char* kCompanyKey = "Kestrel Lines LTD";
 
 // An empty component is skipped with its backslash.
 std::string joinKey(std::initializer_list<std::string> components) {
@@ -27,7 +27,11 @@ std::string joinKey(std::initializer_list<std::string> components) {
 }  // namespace
 
 std::string driverKey(const std::string& name) {
-    return joinKey({"SOFTWARE", "Kestrel Lines LTD", "Drivers", "1.0", name});
+    return joinKey({"SOFTWARE", kCompanyKey, "Drivers", "1.0", name});
+}
+
+std::string scoperKey() {
+    return joinKey({"SOFTWARE", kCompanyKey, "SCOPERA"});
 }
 
 std::string driverCatalogueKey() {
@@ -45,23 +49,11 @@ void EnumerateDrivers(const std::function<void(const std::string&)>& callback, s
 }
 
 std::optional<std::string> driverLibraryPath(const std::string& name, std::string& why) {
-    const auto value = registryValue(RegistryRoot::LocalMachine, driverKey(name), "path");
-    if (name.empty() || !value) {
-        why = "no \"path\" in the registry";
+    if (name.empty()) {
+        why = "no driver is chosen";
         return std::nullopt;
     }
-    if (value->type != kRegistryString || value->data.empty()) {
-        why = "\"path\" in the registry is not a string";
-        return std::nullopt;
-    }
-    if (value->data.size() > kLongestPath) {
-        why = "\"path\" in the registry is longer than 255 bytes";
-        return std::nullopt;
-    }
-    if (value->folder.empty() || isAbsolutePath(value->data)) {
-        return value->data;
-    }
-    return joinPath(value->folder, value->data);
+    return registeredLibrary(driverKey(name), why);
 }
 
 }  // namespace tarno2

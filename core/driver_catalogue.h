@@ -11,6 +11,9 @@ namespace tarno2 {
 /// The key of one driver.
 [[nodiscard]] std::string driverKey(const std::string& name);
 
+/// The key of the library that draws signals, with its value "path".
+[[nodiscard]] std::string scoperKey();
+
 /// Passes the name of every installed driver (at most 999 characters) to the callback, in the registry's order.
 /// `capacity` is the room for a name with its closing zero; under 2 nothing is listed.
 void EnumerateDrivers(const std::function<void(const std::string&)>& callback, size_t capacity = 1000);

@@ -51,8 +51,8 @@ TEST_F(DriversProgram, SaysWhyADriverDoesNotLoadAndSoDoesARecording) {
         {"no library", rig.folder().write("text.so", "this is no library"), ""},
         {"folder", rig.path(), ""},
         {"no factory", native(WITHOUT_FACTORY_LIBRARY), "the library has no \"StaticFactory\""},
-        {"null", native(NULL_FACTORY_LIBRARY), "the library made no device"},
-        {"throws", native(THROWING_LIBRARY), "the library made no device"},
+        {"null", native(NULL_FACTORY_LIBRARY), "the library makes no IADCDevice object"},
+        {"throws", native(THROWING_LIBRARY), "the library makes no IADCDevice object"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);

@@ -6,6 +6,7 @@
 
 #include "core/board_selection.h"
 #include "core/driver_catalogue.h"
+#include "core/scoper_library.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -27,15 +28,16 @@ std::string libraryOfFault(int fault) {
 /// Entries in the catalogue for the time of a test: in the registry where there is one, else in a folder of texts.
 class Catalogue {
 public:
-    void install(const std::string& name, const std::string& path) {
+    void install(const std::string& name, const std::string& path) { installKey(driverKey(name), path); }
+    void installKey(const std::string& key, const std::string& path) {
         std::string where;
-        ASSERT_TRUE(registrySetString(RegistryRoot::LocalMachine, driverKey(name), "path", path, where).ok()) << where;
-        names_.insert(name);
+        ASSERT_TRUE(registrySetString(RegistryRoot::LocalMachine, key, "path", path, where).ok()) << where;
+        keys_.insert(key);
     }
     ~Catalogue() {
-        for (const auto& name : names_) {
+        for (const auto& key : keys_) {
             std::string where;
-            EXPECT_TRUE(registryDeleteKey(RegistryRoot::LocalMachine, driverKey(name), where).ok()) << where;
+            EXPECT_TRUE(registryDeleteKey(RegistryRoot::LocalMachine, key, where).ok()) << where;
         }
     }
 
@@ -43,7 +45,7 @@ public:
 
 private:
     ScopedEnvironment texts_{"TARNO2_REGISTRY", folder.path()};
-    std::set<std::string> names_;
+    std::set<std::string> keys_;
 };
 
 TEST(Driver, FaultyLibrariesAreRefused) {
@@ -61,7 +63,7 @@ TEST(Driver, FaultyLibrariesAreRefused) {
                           {"an empty path", "", false, ""},
                           {"a path of 256 bytes", std::string(256, 'x'), false, ""},
                           {"no factory", libraryOfFault(0), false, "StaticFactory"},
-                          {"makes no device", libraryOfFault(1), false, "device"},
+                          {"makes no device", libraryOfFault(1), false, "IADCDevice"},
                           {"throws", libraryOfFault(2), false, ""},
                           {"another version", libraryOfFault(3), false, "version 2"},
                           {"tells no version", libraryOfFault(4), false, "version"},
@@ -107,6 +109,25 @@ TEST(Driver, FailedLoadLeavesNoEarlierDriver) {
     EXPECT_EQ(driver.maximumBuffer(), 0U);
     EXPECT_EQ(driver.name(), "");
     ASSERT_TRUE(driver.LoadDriver("Tarno2 test", catalogue.folder.path(), why)) << why;
+}
+
+TEST(ScoperLibrary, FaultyLibrariesAreRefused) {
+    Catalogue catalogue;
+    const std::pair<std::string, const char*> cases[] = {{catalogue.folder.file("missing.bin"), ""},
+                                                         {libraryOfFault(0), "StaticFactory"},
+                                                         {libraryOfFault(2), "ISCOPERA"},
+                                                         {libraryOfFault(5), "ISCOPERA"}};
+    for (const auto& [path, reason] : cases) {
+        SCOPED_TRACE(path);
+        catalogue.installKey(scoperKey(), path);
+        ScopedDebugLog log;
+        ScoperLibrary library;
+        std::string why;
+        EXPECT_FALSE(library.load(why));
+        EXPECT_EQ(library.object(), nullptr);
+        EXPECT_NE(why.find(reason), std::string::npos) << why;
+        EXPECT_EQ(firstMissing(log.finish(), {"Scoper not loaded"}), "");
+    }
 }
 
 TEST(BoardSelection, TakesTheFirstDriverForOneThatIsNotInstalled) {
