@@ -60,6 +60,8 @@ private:
 
 [[nodiscard]] bool fileExists(const std::string& path);  ///< a file, folder or anything else of that name
 [[nodiscard]] bool isDirectory(const std::string& path);
+/// Whether both names lead to one existing file, be it by a link or another spelling.
+[[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);
 OsError removeFile(const std::string& path);
 OsError createDirectory(const std::string& path);
 /// Makes a folder with all that lead to it; one that is there already is no error.

@@ -34,59 +34,74 @@ bool readLayout(const KeyValueFile& file, SampleLayout& layout) {
     return true;
 }
 
-bool readFrequency(const KeyValueFile& file, double& frequency) {
-    return file.readDouble("Frequency", frequency, 0.0) && std::isfinite(frequency) && frequency > 0.0;
-}
-
-bool readChannelCount(const KeyValueFile& file, uint32_t& channels) {
-    uint64_t count = 0;
-    if (!file.readUInt64("ChannelNumber", count, 0) || count == 0 || count > std::numeric_limits<uint32_t>::max()) {
-        return false;
-    }
-    channels = static_cast<uint32_t>(count);
-    return true;
-}
-
-bool readRanges(const KeyValueFile& file, uint32_t channels, std::vector<std::pair<double, double>>& ranges) {
-    // Counted first: a damaged channel count must not decide how much memory is taken.
+/// The channel limits; nothing when one of them is no finite number or a channel has but one.
+std::optional<std::vector<std::pair<double, double>>> readRanges(const KeyValueFile& file) {
+    // Counted first: how much memory is taken depends on what the file really holds.
     uint32_t count = 0;
-    if (!file.readDoubleArray("ChannelsRange", {}, count) || count != uint64_t{channels} * 2) {
-        return false;
+    if (!file.readDoubleArray("ChannelsRange", {}, count) || count % 2 != 0) {
+        return std::nullopt;
     }
     std::vector<double> limits(count);
     file.readDoubleArray("ChannelsRange", limits, count);
-    ranges.clear();
+    std::vector<std::pair<double, double>> ranges;
     for (size_t i = 0; i < limits.size(); i += 2) {
         if (!std::isfinite(limits[i]) || !std::isfinite(limits[i + 1])) {
-            return false;
+            return std::nullopt;
         }
         ranges.emplace_back(limits[i], limits[i + 1]);
     }
-    return true;
+    return ranges;
 }
 
 }  // namespace
 
+RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
+    RecordedKeys keys;
+    KeyValueFile file;
+    keys.readable = file.openForReading(descriptionFile);
+    if (!keys.readable) {
+        return keys;
+    }
+    file.readString("DriverName", keys.driverName, {});
+    if (SampleLayout layout; readLayout(file, layout)) {
+        keys.layout = layout;
+    }
+    double frequency = 0.0;
+    if (file.readDouble("Frequency", frequency, 0.0) && std::isfinite(frequency) && frequency > 0.0) {
+        keys.frequencyPerChannel = frequency;
+    }
+    uint64_t count = 0;
+    if (file.readUInt64("DataCountPerChannel", count, 0)) {
+        keys.frames = count;
+    }
+    if (file.readUInt64("ChannelNumber", count, 0) && count > 0 && count <= std::numeric_limits<uint32_t>::max()) {
+        keys.channelCount = static_cast<uint32_t>(count);
+    }
+    keys.ranges = readRanges(file);
+    int32_t packetMode = 0;
+    keys.packetMode = file.readInt32("PacketMode", packetMode, 0) && packetMode == 1;
+    return keys;
+}
+
 bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format, std::string& missingKey) {
     missingKey.clear();
-    KeyValueFile file;
-    if (!file.openForReading(descriptionFile)) {
+    RecordedKeys keys = readRecordedKeys(descriptionFile);
+    if (!keys.readable) {
         return false;
     }
-    RecordedFormat read;
-    file.readString("DriverName", read.driverName, {});
-    if (!readLayout(file, read.layout)) {
+    if (!keys.layout) {
         missingKey = "DataFormat";
-    } else if (!readFrequency(file, read.frequencyPerChannel)) {
+    } else if (!keys.frequencyPerChannel) {
         missingKey = "Frequency";
-    } else if (!file.readUInt64("DataCountPerChannel", read.frames, 0)) {
+    } else if (!keys.frames) {
         missingKey = "DataCountPerChannel";
-    } else if (!readChannelCount(file, read.channelCount)) {
+    } else if (!keys.channelCount) {
         missingKey = "ChannelNumber";
-    } else if (!readRanges(file, read.channelCount, read.ranges)) {
+    } else if (!keys.ranges || keys.ranges->size() != *keys.channelCount) {
         missingKey = "ChannelsRange";
     } else {
-        format = std::move(read);
+        format = {*keys.layout, *keys.frequencyPerChannel, *keys.channelCount,
+                  *keys.frames, std::move(*keys.ranges),   std::move(keys.driverName)};
         return true;
     }
     return false;

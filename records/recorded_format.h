@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,22 @@ struct RecordedFormat {
     std::vector<std::pair<double, double>> ranges;  ///< upper and lower limit of each channel, volts
     std::string driverName;                         ///< empty when the description names none
 };
+
+/// Each key of a description by itself: what is missing or makes no sense is not there.
+struct RecordedKeys {
+    bool readable = false;  ///< the file was there and could be read
+    std::optional<SampleLayout> layout;
+    std::optional<double> frequencyPerChannel;  ///< Hz
+    std::optional<uint32_t> channelCount;
+    std::optional<uint64_t> frames;
+    /// Upper and lower limits, volts; as many as the file lists.
+    std::optional<std::vector<std::pair<double, double>>> ranges;
+    std::string driverName;
+    bool packetMode = false;  ///< each frame was taken as a packet
+};
+
+/// Reads what can be read of a description, which may be damaged or missing.
+[[nodiscard]] RecordedKeys readRecordedKeys(const std::string& descriptionFile);
 
 /// Reads a description back. False when it can't be used: `missingKey` then names the first key that is missing or
 /// whose value makes no sense, or is empty when the file itself can't be read; `format` is left as it was.

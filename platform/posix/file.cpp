@@ -201,6 +201,13 @@ bool fileExists(const std::string& path) {
     return lstat(path.c_str(), &facts) == 0;
 }
 
+bool isSameFile(const std::string& a, const std::string& b) {
+    struct stat first {};
+    struct stat second {};
+    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
 bool isDirectory(const std::string& path) {
     struct stat facts {};
     return stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);

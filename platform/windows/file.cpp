@@ -47,6 +47,18 @@ DWORD accessRights(FileAccess access) {
     return GENERIC_READ;
 }
 
+/// What tells a file from all others, whatever its name.
+bool identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& facts) {
+    const HANDLE file = CreateFileA(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const bool identified = GetFileInformationByHandle(file, &facts) != 0;
+    CloseHandle(file);
+    return identified;
+}
+
 }  // namespace
 
 OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
@@ -130,6 +142,13 @@ OsError File::flush() {
 
 bool fileExists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    BY_HANDLE_FILE_INFORMATION first{};
+    BY_HANDLE_FILE_INFORMATION second{};
+    return identify(a, first) && identify(b, second) && first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
 }
 
 bool isDirectory(const std::string& path) {

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "records/export_format.h"
+#include "records/recorded_format.h"
+
+namespace tarno2 {
+
+/// The most channels that a frame may have.
+inline constexpr uint32_t kMaximumChannels = 4096;
+
+/// What the conversion to text has to know of a data file.
+struct ConversionInputs {
+    uint32_t bytesPerSample = 0;  ///< 2 or 4
+    uint32_t channelCount = 0;    ///< samples in a frame
+    uint32_t codeBits = 0;
+    uint32_t codeShift = 0;
+    bool codeSigned = true;
+    uint32_t digitalMask = 0;
+    uint32_t digitalShift = 0;
+    uint32_t digitalLines = 0;
+    double codeMinimum = 0.0;  ///< the code of the lower limit of a range
+    double codeMaximum = 0.0;  ///< the code of the upper one
+    /// Upper and lower limit of each channel, volts.
+    std::vector<std::pair<double, double>> ranges;
+    double frequency = 0.0;  ///< frames per second of the time column, Hz
+
+    [[nodiscard]] uint32_t frameBytes() const { return bytesPerSample * channelCount; }
+    /// The analog code of a sample word.
+    [[nodiscard]] int64_t code(uint32_t word) const;
+    /// Volts of a code of channel `channel` (position in the frame).
+    [[nodiscard]] double volts(size_t channel, int64_t code) const;
+};
+
+/// What somebody knows of a recording better than its description does. What is not set comes from the description.
+struct KnownInputs {
+    std::optional<uint32_t> bytesPerSample;  ///< other than the description's: the code then fills the whole word
+    std::optional<uint32_t> channelCount;
+    std::optional<uint32_t> codeBits;
+    std::optional<uint32_t> codeShift;
+    std::optional<bool> codeSigned;
+    std::optional<uint32_t> digitalMask;
+    std::optional<uint32_t> digitalShift;
+    std::optional<uint32_t> digitalLines;
+    std::optional<double> codeMinimum;  ///< a board may use fewer codes than its words have
+    std::optional<double> codeMaximum;
+    std::vector<std::pair<double, double>> ranges;  ///< upper and lower limit, V; a single one counts for all channels
+    std::optional<double> frequency;                ///< of a channel, Hz
+    /// Of a recording whose frames were packets, Hz; the description keeps but 8 bits of it.
+    std::optional<double> packetFrequency;
+};
+
+/// Puts both together. Codes run as far as their bits let them, unless their limits are known.
+[[nodiscard]] ConversionInputs conversionInputs(const RecordedKeys& described, const KnownInputs& known);
+
+/// The description's key of the first input that this format needs and that is missing or makes no sense; empty when
+/// the conversion can begin. The frequency is needed for a time column alone, the ranges for volts alone.
+[[nodiscard]] std::string missingInput(const ConversionInputs& inputs, const ExportFormat& format);
+
+/// Whether the time column counts by the frequency of a channel because that of the packets is not known.
+[[nodiscard]] bool lacksPacketFrequency(const RecordedKeys& described, const KnownInputs& known,
+                                        const ExportFormat& format);
+
+}  // namespace tarno2

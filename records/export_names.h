@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace tarno2 {
+
+/// The longest name of an output file, characters.
+inline constexpr size_t kMaximumOutputName = 259;
+
+/// Whether the name is given and not too long.
+[[nodiscard]] bool isOutputName(const std::string& name);
+
+/// The name that is offered for the text of a data file: the part after its last "." is replaced by "csv", or ".csv"
+/// is added when it has none.
+[[nodiscard]] std::string defaultOutputName(const std::string& dataFileName);
+
+/// Names of the output files: "<base>.<extension>", then "<base>_1.<extension>", "<base>_2.<extension>", ... The name
+/// is taken apart at its last "."; without one the extension is empty and the names end in a dot.
+[[nodiscard]] std::string outputPieceName(const std::string& outputName, uint32_t piece);
+
+}  // namespace tarno2

@@ -1,0 +1,153 @@
+#include "records/text_conversion.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+#include "platform/file.h"
+#include "records/export_names.h"
+#include "records/frame_formatter.h"
+#include "records/text_blocks.h"
+#include "records/text_pieces.h"
+
+namespace tarno2 {
+
+namespace {
+
+ConversionResult failure(ConversionResult::Status status, std::string subject, OsError error = {}) {
+    ConversionResult result;
+    result.status = status;
+    result.subject = std::move(subject);
+    result.error = error;
+    return result;
+}
+
+/// Lines in an output file; 0 for all of them in one.
+uint64_t linesPerFile(uint64_t maximumLines) {
+    if (maximumLines == 0 || maximumLines > std::numeric_limits<uint32_t>::max()) {
+        return 0;
+    }
+    return std::max(maximumLines, ExportFormat::kLeastLineLimit);
+}
+
+/// Counts the frames of the data file.
+ConversionResult measure(File& data, const std::string& dataFile, uint32_t frameBytes) {
+    if (const OsError error = data.open(dataFile, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+        !error.ok()) {
+        return failure(ConversionResult::CannotRead, dataFile, error);
+    }
+    uint64_t size = 0;
+    if (const OsError error = data.size(size); !error.ok()) {
+        return failure(ConversionResult::CannotRead, dataFile, error);
+    }
+    ConversionResult result;
+    result.frames = size / frameBytes;
+    result.leftoverBytes = static_cast<uint32_t>(size % frameBytes);
+    return result;
+}
+
+void takeFault(const TextBlock& block, const std::string& dataFile, ConversionResult& result) {
+    if (block.outOfMemory) {
+        result.status = ConversionResult::NoMemory;
+    } else if (!block.readError.ok() || block.tooShort) {
+        result.status = ConversionResult::CannotRead;
+        result.subject = dataFile;
+        result.error = block.readError;
+    } else if (block.text.lines < block.frameCount) {
+        result.status = ConversionResult::Stopped;
+    }
+}
+
+/// Writes the blocks as they come, until the last one, a stop or a failure.
+void writeBlocks(TextBlocks& blocks, TextPieces& pieces, const std::string& dataFile, ConversionResult& result) {
+    while (const TextBlock* const block = blocks.next()) {
+        takeFault(*block, dataFile, result);
+        if (block->text.lines > 0 &&
+            !pieces.write(block->characters.get(), block->text.bytes, block->text.lines, result)) {
+            return;
+        }
+        if (result.status != ConversionResult::Finished) {
+            return;
+        }
+        blocks.release();
+    }
+}
+
+void convertFrames(File& data, const std::string& dataFile, const std::string& outputName, const ExportFormat& format,
+                   const ConversionInputs& inputs, ConversionProgress& progress, const std::atomic<bool>& stop,
+                   ConversionResult& result) {
+    const FrameFormatter formatter(format, inputs, result.frames);
+    if (formatter.longestLine() > TextBlocks::kTextSize) {
+        result.status = ConversionResult::BadInput;
+        result.subject = "ChannelNumber";
+        return;
+    }
+    const uint64_t limit = linesPerFile(format.maximumLines);
+    progress.totalLines = result.frames;
+    progress.totalFiles = limit == 0 ? 1 : std::max<uint64_t>((result.frames + limit - 1) / limit, 1);
+    TextBlocks blocks(data, formatter, inputs.frameBytes(), result.frames, limit, stop);
+    TextPieces pieces(dataFile, outputName, limit, progress);
+    if (!pieces.open(result)) {
+        return;
+    }
+    if (!blocks.start()) {
+        result.status = ConversionResult::NoMemory;
+        return;
+    }
+    writeBlocks(blocks, pieces, dataFile, result);
+    if (ConversionResult closed; !pieces.close(closed) && result.status >= ConversionResult::Finished) {
+        closed.frames = result.frames;
+        closed.leftoverBytes = result.leftoverBytes;
+        result = closed;
+    }
+}
+
+}  // namespace
+
+ConversionResult convertToText(const std::string& dataFile, const std::string& outputName, const ExportFormat& format,
+                               const ConversionInputs& inputs, ConversionProgress& progress,
+                               const std::atomic<bool>& stop) {
+    ConversionResult result;
+    try {
+        if (!isOutputName(outputName)) {
+            return failure(ConversionResult::BadName, outputName);
+        }
+        if (std::string key = missingInput(inputs, format); !key.empty()) {
+            return failure(ConversionResult::BadInput, std::move(key));
+        }
+        File data;
+        result = measure(data, dataFile, inputs.frameBytes());
+        if (result.status == ConversionResult::Finished) {
+            convertFrames(data, dataFile, outputName, format, inputs, progress, stop, result);
+        }
+    } catch (const std::bad_alloc&) {
+        result.status = ConversionResult::NoMemory;
+    }
+    return result;
+}
+
+std::string describe(const ConversionResult& result) {
+    const std::string because = result.error.ok() ? std::string() : ": " + result.error.text();
+    switch (result.status) {
+        case ConversionResult::Finished:
+        case ConversionResult::Stopped:
+            return {};
+        case ConversionResult::NoMemory:
+            return "not enough memory";
+        case ConversionResult::BadInput:
+            return result.subject + " is missing or makes no sense";
+        case ConversionResult::CannotRead:
+            return result.subject + ": cannot be read" + (because.empty() ? ": it ended early" : because);
+        case ConversionResult::CannotCreate:
+            return result.subject + ": cannot be created" + because;
+        case ConversionResult::CannotWrite:
+            return result.subject + ": cannot be written" + because;
+        case ConversionResult::OutputIsInput:
+            return result.subject + ": the text would replace the recording itself";
+        case ConversionResult::BadName:
+            return '"' + result.subject + "\" is no name for an output file: 1 to 259 characters are";
+    }
+    return {};
+}
+
+}  // namespace tarno2

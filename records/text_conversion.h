@@ -1,0 +1,53 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "platform/os_error.h"
+#include "records/conversion_inputs.h"
+#include "records/export_format.h"
+
+namespace tarno2 {
+
+/// How far a conversion is. Written by it, read by any thread.
+struct ConversionProgress {
+    std::atomic<uint64_t> totalLines{0};
+    std::atomic<uint64_t> totalFiles{0};
+    std::atomic<uint64_t> lines{0};
+    std::atomic<uint64_t> files{0};  ///< begun
+    std::atomic<uint64_t> bytes{0};  ///< of text
+};
+
+struct ConversionResult {
+    enum Status : int32_t {
+        Finished = 0,
+        Stopped = 1,  ///< on request; what was converted so far is written, in whole lines
+        NoMemory = -1,
+        BadInput = -2,  ///< `subject` is the description's key of the input that is missing or makes no sense
+        CannotRead = -3,
+        CannotCreate = -4,
+        CannotWrite = -5,
+        OutputIsInput = -6,  ///< the text would replace the data file or its description
+        BadName = -7         ///< empty or too long
+    };
+    Status status = Finished;
+    std::string subject;         ///< of a failure: the file it is about, or the key
+    OsError error;               ///< of a failure: the system's words; ok when it has none
+    uint64_t frames = 0;         ///< whole frames in the data file
+    uint32_t leftoverBytes = 0;  ///< behind the last whole frame of the data file; they are not converted
+};
+
+/// Converts a recorded data file to lines of text, one a frame, on threads of its own; returns when it is done. The
+/// output is cut into pieces by `format.maximumLines`; files of their names are replaced. A data file without a frame
+/// gives one empty file. After a failure the pieces that were finished stay.
+///
+/// `stop` is looked at after every frame. Memory stays below 64 MiB whatever the size of the file.
+[[nodiscard]] ConversionResult convertToText(const std::string& dataFile, const std::string& outputName,
+                                             const ExportFormat& format, const ConversionInputs& inputs,
+                                             ConversionProgress& progress, const std::atomic<bool>& stop);
+
+/// What went wrong, in English and in one line; empty for `Finished` and `Stopped`.
+[[nodiscard]] std::string describe(const ConversionResult& result);
+
+}  // namespace tarno2
