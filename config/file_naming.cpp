@@ -7,6 +7,7 @@
 
 #include "config/ascii_case.h"
 #include "config/debug_log.h"
+#include "config/disk_info.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "platform/file.h"
@@ -117,6 +118,14 @@ std::string FileNaming::GenerateFileName(const std::string& currentName, const s
     }
     DEBUG_LOG("New file = \"%s\"", name.c_str());
     return name;
+}
+
+std::string FileNaming::NameAtStart(const std::string& savedName) {
+    const bool generated = fileNameOf(savedName).starts_with("file_");
+    if (checkDataFileName(savedName) == NameProblem::None && !generated && !fileExists(withDataExtension(savedName))) {
+        return savedName;
+    }
+    return GenerateFileName({}, savedName);
 }
 
 std::string documentsFolder() {

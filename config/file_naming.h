@@ -17,6 +17,10 @@ public:
     /// when the recording starts, not here.
     [[nodiscard]] std::string GenerateFileName(const std::string& currentName, const std::string& savedName);
 
+    /// The name for the first recording of a run: the saved one when the operator had chosen it and nothing was
+    /// recorded under it, else a generated one.
+    [[nodiscard]] std::string NameAtStart(const std::string& savedName);
+
 private:
     uint32_t runningNumber_ = 0;
 };

@@ -333,6 +333,7 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
         if (verdict < 0) {
             return kAnalyzeFailed;
         }
+        board_.eventCount_.store(board_.eventCount() + out.events.size(), std::memory_order_relaxed);
         if (!out.data.empty()) {
             const uint64_t frame = uint64_t{sampleWidth_} * board_.settings.channelCount();
             const uint64_t unit = out.recordFrames == 0 ? frame : frame * out.recordFrames;

@@ -75,6 +75,8 @@ public:
     [[nodiscard]] uint64_t samplesRead() const { return samplesRead_.load(std::memory_order_relaxed); }
     /// How full the ring was at the worst read, thousandths. Any thread.
     [[nodiscard]] uint32_t worstLoad() const { return worstLoad_.load(std::memory_order_relaxed); }
+    /// Records of synchronisation and events of analysis that were found so far. Any thread.
+    [[nodiscard]] uint64_t eventCount() const { return eventCount_.load(std::memory_order_relaxed); }
     /// Samples a second that the settings make the board deliver, over all channels.
     [[nodiscard]] double sampleRate() const;
 
@@ -109,6 +111,7 @@ private:
     std::atomic<bool> incompatible_{false};
     std::atomic<uint64_t> samplesRead_{0};
     std::atomic<uint32_t> worstLoad_{0};
+    std::atomic<uint64_t> eventCount_{0};
 
     Thread thread_;
 };

@@ -41,6 +41,13 @@ std::optional<Number> parseNumber(std::string_view text) {
 
 }  // namespace
 
+void RecordingShell::recordingEnded(const RecordingResult& result) {
+    if (result.bytes > 0) {
+        showDetail(
+            formatText("Recorded %llu bytes in %u files", static_cast<unsigned long long>(result.bytes), result.files));
+    }
+}
+
 RecordingControl::RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming)
     : shell_(shell), driver_(driver), naming_(naming) {}
 
@@ -346,6 +353,14 @@ void RecordingControl::StopTimerTick() {
     StopButtonClick();
     shell_.showProgress(100);
     shell_.killTimer();
+    if (cycleGoesOn()) {
+        StartButtonClick();
+    }
+}
+
+// The operator may end the cycle while its last recording runs.
+bool RecordingControl::cycleGoesOn() {
+    return !shell_.consoleMode() && shell_.settings().autoStart;
 }
 
 void RecordingControl::StopButtonClick() {
@@ -392,7 +407,8 @@ void RecordingControl::OnNotification(const Notification& notification) {
         report(result);
         return;
     }
-    if (result.code == StopCode::StopMeasuring && settings_.autoStart) {
+    // One that ended at once and kept nothing would be followed by the next without an end.
+    if (result.code == StopCode::StopMeasuring && result.bytes > 0 && cycleGoesOn()) {
         report(result);
         shell_.killTimer();
         StartButtonClick();
@@ -422,10 +438,7 @@ void RecordingControl::report(const RecordingResult& result) {
     if (!result.problem.empty()) {
         shell_.showDetail(result.problem);
     }
-    if (result.bytes > 0) {
-        shell_.showDetail(
-            formatText("Recorded %llu bytes in %u files", static_cast<unsigned long long>(result.bytes), result.files));
-    }
+    shell_.recordingEnded(result);
 }
 
 void RecordingControl::attention(const std::string& message) {

@@ -62,6 +62,7 @@ private:
     bool refuse(TextId id, const std::string& detail = {});
     void attention(const std::string& message);
     void report(const RecordingResult& result);
+    [[nodiscard]] bool cycleGoesOn();
     void freeSession();
 
     RecordingShell& shell_;

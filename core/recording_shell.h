@@ -51,6 +51,8 @@ public:
     virtual void showMessage(const std::string& message) = 0;
     /// The check at start has switched synchronisation off: the settings that are shown follow.
     virtual void synchronisationSwitchedOff() {}
+    /// A recording is over: what came of it, after its status and messages.
+    virtual void recordingEnded(const RecordingResult& result);
     virtual void showBytes(uint64_t bytes) = 0;
     virtual void showProgress(int percent) = 0;
 

@@ -1,9 +1,7 @@
 #include "apps/console/console_program.h"
 
-#include <mutex>
-#include <optional>
-
 #include "apps/console/console_session.h"
+#include "apps/console/stop_relay.h"
 #include "config/auto_settings.h"
 #include "config/console_log.h"
 #include "config/debug_log.h"
@@ -13,33 +11,7 @@
 
 namespace tarno2 {
 
-namespace {
-
-// Hands a signal to the session, which comes to life later and ends earlier than the watch for signals.
-class StopRelay {
-public:
-    void request() {
-        const std::lock_guard lock(mutex_);
-        requested_ = true;
-        if (session_ != nullptr) {
-            session_->requestStop();
-        }
-    }
-    void attach(ConsoleSession* session) {
-        const std::lock_guard lock(mutex_);
-        session_ = session;
-        if (requested_ && session_ != nullptr) {
-            session_->requestStop();
-        }
-    }
-
-private:
-    std::mutex mutex_;
-    ConsoleSession* session_ = nullptr;
-    bool requested_ = false;
-};
-
-void logExit() {
+void logConsoleExit() {
     const LocalTime now = localTime();
     consoleLog().log("Program exit at %02d:%02d:%02d %02d.%02d.%04d", now.hour, now.minute, now.second, now.day,
                      now.month, now.year);
@@ -47,19 +19,17 @@ void logExit() {
     debugLog().close();
 }
 
-}  // namespace
-
 void runConsoleProgram(const std::string& path) {
     StopRelay relay;
     TerminationWatcher watcher([&relay] { relay.request(); });
     const std::string directory = programDirectory();
     if (const auto settings = LoadAutoSettings(path, directory)) {
         ConsoleSession session(*settings, directory);
-        relay.attach(&session);
+        relay.attach([&session] { session.requestStop(); });
         session.run();
-        relay.attach(nullptr);
+        relay.detach();
     }
-    logExit();
+    logConsoleExit();
     watcher.finished();
 }
 

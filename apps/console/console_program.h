@@ -9,4 +9,7 @@ namespace tarno2 {
 /// button does.
 void runConsoleProgram(const std::string& path);
 
+/// The last lines of both logs, which are closed.
+void logConsoleExit();
+
 }  // namespace tarno2

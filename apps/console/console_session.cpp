@@ -7,8 +7,8 @@
 #include "config/debug_log.h"
 #include "config/settings_file.h"
 #include "config/version.h"
+#include "core/auto_recording.h"
 #include "language/language_table.h"
-#include "platform/c_locale.h"
 
 namespace tarno2 {
 
@@ -113,22 +113,7 @@ void ConsoleSession::handle(const Notification& notification) {
 }
 
 RecordingSettings ConsoleSession::settings() {
-    RecordingSettings settings;
-    settings.channels = settings_.channels;
-    settings.gains = settings_.gains;
-    settings.frequencyText = formatText("%.17g", settings_.frequency);
-    settings.boardMode = settings_.boardMode;
-    settings.packetFrequency = settings_.packetFrequency;
-    settings.stopRule = settings_.stopRule;
-    settings.stopSeconds = settings_.timeNeed;
-    settings.stopBytes = settings_.sizeNeed;
-    settings.cutMode = settings_.cutMode > 0;
-    settings.cutNumberText = std::to_string(settings_.cutMode);
-    settings.decimation = settings_.decimation;
-    settings.synchro = settings_.synchro.settings;
-    settings.synchroSizes = settings_.synchro.sizes;
-    settings.useDigitalPort = settings_.synchro.useDigitalPort;
-    return settings;
+    return recordingSettings(settings_);
 }
 
 std::string ConsoleSession::savedFileName() {

@@ -26,6 +26,16 @@ int numberOf(const std::string& name) {
     return std::stoi(file.substr(prefix.size()));
 }
 
+TEST(FileNaming, AtStartAChosenNameComesBackUntilItIsUsed) {
+    const TemporaryFolder folder;
+    FileNaming naming;
+    EXPECT_EQ(naming.NameAtStart(folder.file("engine.dat")), folder.file("engine.dat"));
+    folder.write("engine.dat", "recorded");
+    EXPECT_GE(numberOf(naming.NameAtStart(folder.file("engine.dat"))), 0);
+    // A generated name bears its day: a new day gets a new name.
+    EXPECT_GE(numberOf(naming.NameAtStart(folder.file("file_2001_1_1_n0.dat"))), 0);
+}
+
 TEST(FileNaming, NewNamesMeetNoLeftovers) {
     const TemporaryFolder folder;
     FileNaming naming;

@@ -361,8 +361,26 @@ TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
     EXPECT_NE(second, first);
     rig.shell.wanted.autoStart = false;
     rig.pump();
+    EXPECT_FALSE(rig.control.running()) << "the operator has let the toggle go";
     EXPECT_TRUE(readFile(first) == streamBytes(0, 200, 2));
     EXPECT_TRUE(readFile(second) == streamBytes(0, 200, 2));
+}
+
+TEST(RecordingControl, CycleGoesOnAfterTimeButNotForTheStopButtonNorUnattended) {
+    for (const bool console : {false, true}) {
+        ControlRig rig;
+        rig.shell.console = console;
+        rig.attach();
+        rig.control.setDataWait(60000);
+        rig.shell.wanted.stopRule = StopRule::Time;
+        rig.shell.wanted.stopSeconds = 1.0;
+        rig.shell.wanted.autoStart = true;
+        ASSERT_TRUE(rig.control.StartButtonClick());
+        rig.control.StopTimerTick();
+        EXPECT_EQ(rig.control.running(), !console);
+        rig.control.StopButtonClick();
+        EXPECT_FALSE(rig.control.running());
+    }
 }
 
 TEST(RecordingControl, CutNumber) {

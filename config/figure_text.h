@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tarno2 {
+
+/// "00:12:31"; the hours grow beyond two digits.
+[[nodiscard]] std::string formatDuration(uint64_t seconds);
+
+/// A count with its digits in groups of three, parted by blanks that no line is broken at.
+[[nodiscard]] std::string formatCount(uint64_t count);
+
+/// "12.4 Mb/s".
+[[nodiscard]] std::string formatRate(double bytesPerSecond);
+
+}  // namespace tarno2

@@ -1,0 +1,29 @@
+#include "core/start_questions.h"
+
+#include <algorithm>
+
+#include "config/disk_info.h"
+#include "config/file_naming.h"
+#include "platform/file.h"
+
+namespace tarno2 {
+
+StartQuestions startQuestions(const std::string& fileName, double neededBytes) {
+    StartQuestions questions;
+    DiskFacts disk;
+    if (checkDataFileName(fileName) != NameProblem::None || DiskInfo(fileName, disk) < 0) {
+        return questions;
+    }
+    const std::string name = withDataExtension(fileName);
+    if (fileExists(name)) {
+        questions.existingFile = name;
+    }
+    questions.freeBytes = disk.freeBytes;
+    if (neededBytes > static_cast<double>(disk.freeBytes)) {
+        questions.diskTooSmall = true;
+        questions.neededBytes = static_cast<uint64_t>(std::min(neededBytes, 1e19));
+    }
+    return questions;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,58 @@
+// Figures and places of windows.
+
+#include <gtest/gtest.h>
+#include <vector>
+
+#include "config/figure_text.h"
+#include "config/window_place.h"
+#include "language/language_table.h"
+
+namespace tarno2::test {
+namespace {
+
+bool operator==(const WindowPlace& a, const WindowPlace& b) {
+    return a.left == b.left && a.top == b.top && a.width == b.width && a.height == b.height;
+}
+
+TEST(WindowPlace, CanAlwaysBeGrasped) {
+    const std::vector<WindowPlace> one = {{0, 30, 1024, 738}};
+    const std::vector<WindowPlace> two = {{0, 0, 1920, 1080}, {1920, 0, 1280, 1024}};
+    const struct {
+        const char* what;
+        WindowPlace saved;
+        const std::vector<WindowPlace>& screens;
+        WindowPlace expected;
+    } cases[] = {
+        {"on the screen", {10, 40, 900, 600}, one, {10, 40, 900, 600}},
+        {"partly beside it", {-700, 40, 900, 600}, one, {-700, 40, 900, 600}},
+        {"on the second screen", {2000, 100, 900, 600}, two, {2000, 100, 900, 600}},
+        {"the second screen is gone", {2000, 100, 900, 600}, one, {124, 100, 900, 600}},
+        {"only an edge is left", {-890, 40, 900, 600}, one, {0, 40, 900, 600}},
+        {"the title above the screen", {10, -20, 900, 600}, one, {10, 30, 900, 600}},
+        {"far below", {10, 5000, 900, 600}, one, {10, 168, 900, 600}},
+        {"larger than the screen", {0, 30, 3000, 2000}, one, {0, 30, 1024, 738}},
+        {"no size", {10, 40, 0, -5}, one, {10, 40, 900, 600}},
+        {"no screen known", {5000, 5000, 900, 600}, {}, {5000, 5000, 900, 600}},
+    };
+    for (const auto& c : cases) {
+        const WindowPlace place = placeOnScreens(c.saved, c.screens);
+        EXPECT_TRUE(place == c.expected) << c.what << ": " << place.left << ' ' << place.top << ' ' << place.width
+                                         << ' ' << place.height;
+    }
+}
+
+TEST(FigureText, ReadsLikeAClockAndGroupsDigits) {
+    languageTable().select(kLanguageEnglish);
+    EXPECT_EQ(formatDuration(0), "00:00:00");
+    EXPECT_EQ(formatDuration(3600 * 100 + 59 * 60 + 7), "100:59:07");
+    EXPECT_EQ(formatCount(999), "999");
+    EXPECT_EQ(formatCount(62345678),
+              "62\xA0"
+              "345\xA0"
+              "678");
+    EXPECT_EQ(formatRate(2.5 * 1024 * 1024), "2.5 Mb/s");
+    EXPECT_EQ(formatRate(-1.0), "0 b/s");
+}
+
+}  // namespace
+}  // namespace tarno2::test
