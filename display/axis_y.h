@@ -45,14 +45,17 @@ public:
     AxisRange update(AxisRange visible, uint64_t nowMs);
     /// Forgets what was shown: the next update takes its limits at once (another unit, another recording).
     void reset() { known_ = false; }
-    /// The limits have not reached their goal: another update is needed even if no data come.
-    [[nodiscard]] bool moving() const { return moving_; }
+    /// It shrinks, or will: another update is needed even if no data come.
+    [[nodiscard]] bool moving() const { return roomy_; }
 
 private:
+    void shrink(AxisRange wanted, double passedMs);
+
     bool known_ = false;
-    bool moving_ = false;
+    bool moving_ = false;  ///< it is shrinking
+    bool roomy_ = false;   ///< the values leave much of it empty
     AxisRange shown_;
-    uint64_t roomySince_ = 0;  ///< since when the values have left much of the scale empty; 0: they do not
+    uint64_t roomySince_ = 0;
     uint64_t lastMs_ = 0;
 };
 

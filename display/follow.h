@@ -13,24 +13,20 @@ enum class FollowMode : int32_t {
     Sweep = 2      ///< the screen fills from the left and starts again empty at its end
 };
 
-/// What is on screen.
+/// What is on screen: a whole screen of frames, those that have not come yet included.
 struct VisibleFrames {
-    uint64_t first = 0;    ///< first frame that is drawn
-    uint64_t end = 0;      ///< one past the last frame that is drawn
+    uint64_t first = 0;    ///< at the left edge
+    uint64_t end = 0;      ///< at the right edge: one past the last frame of the screen
     double axisFirst = 0;  ///< what the X axis says at the left edge, frames
     double axisEnd = 0;    ///< at the right edge
-    /// What the axis says for a frame.
-    [[nodiscard]] double axisOf(uint64_t frame) const {
-        return axisFirst + (static_cast<double>(frame) - static_cast<double>(first));
-    }
 };
 
 /// Frames on a screen that is `span` wide in the X unit: at least 1.
 [[nodiscard]] uint64_t pageFrames(double span, AxisXUnit unit, double framesPerSecond);
 
 /// What is on screen when `frames` frames have come and a screen holds `page` frames (0 counts as 1). `position` is the
-/// scroll bar's, used by `None` alone. A sweep's X axis counts from its start; it is full when its last frame has come
-/// and begins again with the frame after.
+/// scroll bar's, used by `None` alone. A recorder's screen begins to slide when it is full. A sweep's X axis counts
+/// from its start; it is full when its last frame has come and begins again with the frame after.
 [[nodiscard]] VisibleFrames visibleFrames(FollowMode mode, uint64_t frames, uint64_t page, uint64_t position);
 
 }  // namespace tarno2

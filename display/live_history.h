@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 #include "core/live_tap.h"
@@ -43,7 +44,7 @@ public:
     [[nodiscard]] bool build(uint64_t first, uint64_t end, size_t buckets, Screen& screen) override;
 
     /// One a channel, in the frame's order; empty before the first frame.
-    [[nodiscard]] const std::vector<ChannelValues>& values() const;
+    [[nodiscard]] std::vector<ChannelValues> values() const;
     /// Starts the extremes anew with the next frames.
     void resetExtremes();
 

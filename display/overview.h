@@ -29,7 +29,7 @@ public:
     ~Overview() override;
 
     [[nodiscard]] uint64_t frameCount() const override;
-    /// Provisional where the overview is not built yet.
+    /// Provisional while a part of the range is not read yet. False also while there is nothing to show of it.
     [[nodiscard]] bool build(uint64_t first, uint64_t end, size_t buckets, Screen& screen) override;
 
     /// Frames that the exact levels stand for so far. Any thread.

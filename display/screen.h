@@ -40,10 +40,11 @@ public:
 
     /// Frames so far: one past the newest.
     [[nodiscard]] virtual uint64_t frameCount() const = 0;
-    /// Builds what is drawn of the frames from `first` up to, but not including, `end`, in at most about `buckets`
-    /// buckets (one a pixel is right): every frame when there are no more than two a bucket. Bucket borders lie at
-    /// multiples of `bucketFrames`, so that a picture that slides does not shimmer; the first bucket may begin before
-    /// `first`. Frames that are not there are left out. False when nothing could be given.
+    /// Builds what is drawn of the frames from `first` up to, but not including, `end`, in about `buckets` buckets (one
+    /// a pixel is right): every frame when there are no more than two a bucket. Bucket borders lie at multiples of
+    /// `bucketFrames`, which depends on the length of the range alone as long as memory reaches, so that a picture that
+    /// slides does not shimmer; the first bucket may begin before `first`. Frames that are not there, or not yet, are
+    /// left out: ask for whole screens. False when nothing could be given.
     [[nodiscard]] virtual bool build(uint64_t first, uint64_t end, size_t buckets, Screen& screen) = 0;
 };
 

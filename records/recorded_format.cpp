@@ -80,6 +80,8 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
     keys.ranges = readRanges(file);
     int32_t packetMode = 0;
     keys.packetMode = file.readInt32("PacketMode", packetMode, 0) && packetMode == 1;
+    int32_t backward = 0;
+    keys.backwardOrder = file.readInt32("BackwardOrder", backward, 0) && backward == 1;
     return keys;
 }
 
@@ -100,8 +102,9 @@ bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& form
     } else if (!keys.ranges || keys.ranges->size() != *keys.channelCount) {
         missingKey = "ChannelsRange";
     } else {
-        format = {*keys.layout, *keys.frequencyPerChannel, *keys.channelCount,
-                  *keys.frames, std::move(*keys.ranges),   std::move(keys.driverName)};
+        format = {
+            *keys.layout,       *keys.frequencyPerChannel, *keys.channelCount, *keys.frames, std::move(*keys.ranges),
+            keys.backwardOrder, std::move(keys.driverName)};
         return true;
     }
     return false;

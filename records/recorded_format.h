@@ -17,6 +17,7 @@ struct RecordedFormat {
     uint32_t channelCount = 0;
     uint64_t frames = 0;
     std::vector<std::pair<double, double>> ranges;  ///< upper and lower limit of each channel, volts
+    bool backwardOrder = false;                     ///< frames hold the channels in reverse order
     std::string driverName;                         ///< empty when the description names none
 };
 
@@ -30,7 +31,8 @@ struct RecordedKeys {
     /// Upper and lower limits, volts; as many as the file lists.
     std::optional<std::vector<std::pair<double, double>>> ranges;
     std::string driverName;
-    bool packetMode = false;  ///< each frame was taken as a packet
+    bool packetMode = false;     ///< each frame was taken as a packet
+    bool backwardOrder = false;  ///< frames hold the channels in reverse order
 };
 
 /// Reads what can be read of a description, which may be damaged or missing.

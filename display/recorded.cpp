@@ -1,0 +1,100 @@
+#include "display/recorded.h"
+
+#include <algorithm>
+
+#include "config/file_naming.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+namespace {
+
+bool sameLayout(const SampleLayout& a, const SampleLayout& b) {
+    return a.bytesPerSample == b.bytesPerSample && a.analogShift == b.analogShift && a.analogMask == b.analogMask &&
+           a.analogBits == b.analogBits && a.digitalShift == b.digitalShift && a.digitalMask == b.digitalMask &&
+           a.digitalBits == b.digitalBits && a.analogSigned == b.analogSigned;
+}
+
+// Pieces of one recording differ in their frames alone.
+bool samePieces(const RecordedFormat& a, const RecordedFormat& b) {
+    return sameLayout(a.layout, b.layout) && a.frequencyPerChannel == b.frequencyPerChannel && a.ranges == b.ranges &&
+           a.backwardOrder == b.backwardOrder && a.driverName == b.driverName;
+}
+
+OpenProblem readDescription(const std::string& dataFile, RecordedFormat& format) {
+    const std::string name = RecordDescription::fileNameFor(dataFile);
+    std::string missingKey;
+    if (readRecordedFormat(name, format, missingKey)) {
+        return {};
+    }
+    if (missingKey.empty()) {
+        return {OpenProblem::DescriptionMissing, name};
+    }
+    return {OpenProblem::DescriptionDamaged, missingKey};
+}
+
+}  // namespace
+
+std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile, OpenProblem& problem) {
+    std::unique_ptr<RecordedFrames> recording(new RecordedFrames);
+    problem = readDescription(dataFile, recording->recorded_);
+    if (problem.kind == OpenProblem::None) {
+        recording->format_ = signalFormatOf(recording->recorded_);
+        problem = recording->addPiece(dataFile);
+    }
+    if (problem.kind != OpenProblem::None) {
+        return nullptr;
+    }
+    for (uint32_t number = 1;; ++number) {
+        const std::string name = pieceName(dataFile, number);
+        RecordedFormat format;
+        if (!fileExists(name) || readDescription(name, format).kind != OpenProblem::None ||
+            !samePieces(recording->recorded_, format) || recording->addPiece(name).kind != OpenProblem::None) {
+            return recording;
+        }
+    }
+}
+
+OpenProblem RecordedFrames::addPiece(const std::string& dataFile) {
+    Piece piece;
+    uint64_t bytes = 0;
+    OsError error = piece.file.open(dataFile, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+    if (error.ok()) {
+        error = piece.file.size(bytes);
+    }
+    if (!error.ok()) {
+        return {OpenProblem::FileNotRead, error.text()};
+    }
+    if (bytes % frameBytes() != 0) {
+        cutFiles_.push_back(dataFile);
+    }
+    piece.firstFrame = frameCount_;
+    piece.frames = bytes / frameBytes();
+    frameCount_ += piece.frames;
+    pieces_.push_back(std::move(piece));
+    return {};
+}
+
+uint64_t RecordedFrames::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
+    const std::lock_guard lock(mutex_);
+    const uint64_t frame = frameBytes();
+    auto piece = std::upper_bound(pieces_.begin(), pieces_.end(), firstFrame,
+                                  [](uint64_t number, const Piece& p) { return number < p.firstFrame; });
+    uint64_t read = 0;
+    for (piece = std::prev(piece); piece != pieces_.end() && read < count; ++piece) {
+        const uint64_t inside = firstFrame + read - piece->firstFrame;
+        const uint64_t wanted = std::min(count - read, piece->frames - std::min(inside, piece->frames));
+        size_t done = 0;
+        if (wanted > 0 && (!piece->file.seek(inside * frame).ok() ||
+                           !piece->file.read(out + read * frame, wanted * frame, done).ok())) {
+            break;
+        }
+        read += done / frame;
+        if (done / frame < wanted) {
+            break;
+        }
+    }
+    return read;
+}
+
+}  // namespace tarno2
