@@ -1,0 +1,290 @@
+#include "ui/show_form.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <thread>
+
+#include "language/language_table.h"
+#include "platform/clock.h"
+#include "records/record_description.h"
+#include "tests/display/signal_source.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/ui/fake_scoper.h"
+#include "ui/digital_signal_settings.h"
+#include "ui/show_tools.h"
+
+namespace tarno2::test {
+namespace {
+
+/// Two channels at 1000 frames a second above two digital lines; a screen is 50 frames long.
+class ShowForm : public ::testing::Test {
+protected:
+    ShowForm() {
+        languageTable().select(kLanguageEnglish);
+        settings_.axisXUnit = 2;
+        settings_.axisXValue = 50.0;
+    }
+
+    /// Code i of the first channel in frame i, its double of the second; line 0 is 1 in odd frames.
+    static std::vector<int16_t> frames(int first, int count) {
+        std::vector<int16_t> words;
+        for (int i = first; i < first + count; ++i) {
+            words.push_back(static_cast<int16_t>(i * 4 + i % 2));
+            words.push_back(static_cast<int16_t>(i * 8));
+        }
+        return words;
+    }
+    void begin(T_ShowForm& form) {
+        ASSERT_TRUE(form.tap().prepare(4, 4096, 4000.0));
+        LiveRecording recording;
+        recording.format = format16(2, 2);
+        recording.channels = {3, 7};
+        recording.everyFrameWritten = false;
+        form.recordingStarted(std::move(recording));
+    }
+    /// Frames from a thread of their own, as a recording gives them; waits until the view has fetched them.
+    void feed(T_ShowForm& form, int first, int count) {
+        std::thread([&] { form.tap().put(bytesOf(frames(first, count))); }).join();
+        auto* bar = form.findChild<QScrollBar*>("ScrollBar1");
+        ASSERT_TRUE(QTest::qWaitFor([&] { return bar->maximum() == first + count; }));
+    }
+    void expectX(double low, double high) {
+        EXPECT_NEAR(scoper_.range[kScoperaAxisX].first, low, 1e-9);
+        EXPECT_NEAR(scoper_.range[kScoperaAxisX].second, high, 1e-9);
+    }
+    std::string recorded(int count) {
+        std::vector<int16_t> words = frames(0, count);
+        const std::string name =
+            folder_.write("signal.dat", {reinterpret_cast<const char*>(words.data()), words.size() * sizeof(int16_t)});
+        RecordDescription description;
+        description.setFrequency(2000.0);
+        description.setSynchronousChannels(0);
+        description.setDataCountPerChannel(static_cast<uint64_t>(count));
+        description.setPacketMode(0, 0.0, 0);
+        description.setBackwardOrder(0);
+        description.setDataFormat({2, 2, 0x3FFF, 14, 0, 3, 2, 1});
+        description.setCreateTime(localTime());
+        description.addChannelRange(5.0, -5.0);
+        description.addChannelRange(5.0, -5.0);
+        EXPECT_TRUE(description.writeForDataFile(name));
+        return name;
+    }
+
+    TemporaryFolder folder_;
+    ProgramSettings settings_;
+    FakeScoper scoper_;
+};
+
+TEST_F(ShowForm, FollowsTheNewestFramesOrStaysAndScrolls) {
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    auto* bar = form.findChild<QScrollBar*>("ScrollBar1");
+    begin(form);
+    settings_.followToData = 0;
+    form.ScrollBar1KeyDown(34);
+    EXPECT_EQ(bar->value(), 0) << "nothing was recorded";
+
+    form.DoNotFolowForDataClick(1);
+    feed(form, 0, 120);
+    expectX(70.0, 120.0);
+    EXPECT_FALSE(bar->isEnabled());
+    EXPECT_EQ(scoper_.samples.front(), scoper_.frames.m_fFirstX) << "frame i shows code i at its millisecond i";
+    EXPECT_EQ(scoper_.frames.m_fStepX, 1.0);
+
+    form.DoNotFolowForDataClick(2);
+    expectX(0.0, 50.0);
+    EXPECT_EQ(scoper_.samples.front() - scoper_.frames.m_fFirstX, 100) << "the third screen began with frame 100";
+
+    form.DoNotFolowForDataClick(0);
+    expectX(100.0, 150.0);
+    EXPECT_TRUE(bar->isEnabled());
+    feed(form, 120, 10);
+    expectX(100.0, 150.0);
+    QTest::keyClick(bar, Qt::Key_Left);
+    expectX(84.0, 134.0);
+    QTest::keyClick(bar, Qt::Key_PageUp);
+    expectX(34.0, 84.0);
+    QTest::keyClick(&form, Qt::Key_PageUp);
+    expectX(0.0, 50.0);
+    for (int i = 0; i < 4; ++i) {
+        QTest::keyClick(bar, Qt::Key_PageDown);
+    }
+    expectX(130.0, 180.0);
+    bar->setValue(20);
+    expectX(20.0, 70.0);
+
+    form.recordingStopped();
+    expectX(20.0, 70.0);
+}
+
+TEST_F(ShowForm, AxesAndShowModesAreThoseOfTheSettings) {
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    begin(form);
+    feed(form, 0, 50);
+    EXPECT_EQ(scoper_.texts[kScoperaTextLabelX], "Milisecond");
+    ASSERT_EQ(scoper_.columns.size(), 2U);
+    EXPECT_EQ(scoper_.columns[1].name, "Channel 7");
+    EXPECT_EQ(scoper_.columns[1].color, static_cast<uint32_t>(settings_.channels[7].color));
+    EXPECT_EQ(scoper_.texts[kScoperaTextLabelY], "Millivolts") << "98 of 2047 codes are 240 mV";
+
+    // The picture stays when the unit changes.
+    const struct {
+        int tag;
+        double span;
+    } units[] = {{0, 50.0}, {1, 50000.0}, {3, 0.05}, {4, 0.05 / 60}, {5, 0.05 / 3600}, {2, 50.0}};
+    for (const auto& [tag, span] : units) {
+        form.Samples1Click(tag);
+        EXPECT_NEAR(settings_.axisXValue, span, span * 1e-9) << tag;
+        expectX(0.0, span);
+    }
+    form.ADCCodes1Click(3);
+    EXPECT_EQ(scoper_.columns[0].scale, 1.0);
+    EXPECT_NEAR(scoper_.range[kScoperaAxisY].second, 98 * 1.1, 1e-6);
+    form.ADCCodes1Click(2);
+    EXPECT_NEAR(scoper_.columns[0].scale, 1e7 / 4095, 1e-6);
+
+    auto* edit = form.findChild<QLineEdit*>("AxisXEdit");
+    for (const char* typed : {"nonsense", "0", "-5"}) {
+        edit->setText(typed);
+        QTest::keyClick(edit, Qt::Key_Return);
+        EXPECT_EQ(settings_.axisXValue, 50.0) << typed;
+    }
+    edit->setText("12,5");
+    QTest::keyClick(edit, Qt::Key_Return);
+    expectX(37.0, 50.0);
+    EXPECT_EQ(settings_.axisXValue, 12.5);
+    form.ADCCodes1Click(0);
+    edit = form.findChild<QLineEdit*>("AxisYEdit");
+    edit->setText("2.5");
+    QTest::keyClick(edit, Qt::Key_Return);
+    EXPECT_EQ(scoper_.range[kScoperaAxisY], std::pair(-2.5, 2.5));
+    EXPECT_FALSE(settings_.axisYAutoMode);
+
+    form.ShowDigitalClick(true);
+    ASSERT_EQ(scoper_.columns.size(), 4U);
+    EXPECT_EQ(scoper_.columns[2].name, "Line 0");
+    form.OnlyDigitalDataClick();
+    ASSERT_EQ(scoper_.columns.size(), 2U);
+    EXPECT_EQ(scoper_.columns[0].color, static_cast<uint32_t>(settings_.digitalLines[0].color));
+    form.PixelModeClick(true);
+    EXPECT_EQ(scoper_.options[kScoperaOptionPoints], 1);
+    settings_.axisFontSize = 14;
+    form.settingsChanged();
+    EXPECT_EQ(scoper_.font, settings_.axisFontName + "14");
+}
+
+TEST_F(ShowForm, ChangesOfDigitalLinesAreDrawnAtOnce) {
+    settings_.showSignalMode = 2;
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    begin(form);
+    feed(form, 0, 50);
+    form.DigitalSignalSettingsClick();
+    auto* window = form.findChild<T_DigitalSignalSettings*>();
+    ASSERT_NE(window, nullptr);
+    auto* list = window->findChild<QListWidget*>("DigitalLineList");
+    ASSERT_EQ(list->count(), 2);
+    list->setCurrentRow(0);
+    window->findChild<QSlider*>("ZeroLevelTrack")->setValue(500);
+    window->findChild<QSlider*>("AmpLevelTrack")->setValue(0);
+    EXPECT_EQ(scoper_.samples[0], 1023) << "half of the full-scale code 2047";
+}
+
+TEST_F(ShowForm, TheMouseHoldsThePictureAndADoubleClickLetsItGo) {
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    begin(form);
+    feed(form, 0, 100);
+    // Without a button it is the wheel, and the view goes on following.
+    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 60.0, 80.0);
+    expectX(80.0, 100.0);
+    EXPECT_EQ(settings_.axisXValue, 20.0);
+    QTest::mousePress(scoper_.view, Qt::LeftButton);
+    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 30.0, 50.0);
+    QTest::mouseRelease(scoper_.view, Qt::LeftButton);
+    expectX(30.0, 50.0);
+    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisY, -0.5, 1.5);
+    EXPECT_FALSE(settings_.axisYAutoMode);
+    feed(form, 100, 10);
+    expectX(30.0, 50.0);
+    scoper_.events.m_pAutomaticWanted(scoper_.events.m_pContext);
+    expectX(90.0, 110.0);
+    EXPECT_TRUE(settings_.axisYAutoMode);
+}
+
+TEST_F(ShowForm, AHiddenViewFetchesAndConvertsNothing) {
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    begin(form);
+    EXPECT_TRUE(form.tap().watched());
+    form.hide();
+    EXPECT_FALSE(form.tap().watched());
+    const int drawn = scoper_.drawn;
+    form.Samples1Click(3);
+    form.FormPaint();
+    EXPECT_EQ(scoper_.drawn, drawn);
+    form.show();
+    EXPECT_TRUE(form.tap().watched());
+    QSignalSpy readings(&form, &T_ShowForm::readings);
+    feed(form, 0, 100);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !readings.isEmpty(); }));
+    const auto given = readings[0][0].value<std::vector<ChannelReading>>();
+    ASSERT_EQ(given.size(), 2U);
+    EXPECT_EQ(given[1].channel, 7);
+    EXPECT_NEAR(given[1].maximum, (2 * 99 + 2048) * 10.0 / 4095 - 5.0, 1e-9);
+}
+
+TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    QSignalSpy messages(&form, &T_ShowForm::message);
+    EXPECT_FALSE(form.openRecording(folder_.file("missing.dat")));
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_EQ(messages[0][0].toString().toStdString(),
+              "Recording \"" + folder_.file("missing.dat") + "\" has no description.");
+
+    ASSERT_TRUE(form.openRecording(recorded(1000)));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return scoper_.samples.size() == 2000; }));
+    expectX(0.0, 1000.0);
+    EXPECT_EQ(scoper_.samples[1999], 2 * 999);
+    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 200.0, 210.0);
+    expectX(200.0, 210.0);
+    EXPECT_EQ(settings_.axisXValue, 50.0) << "the span of live signals stays";
+    QTest::keyClick(&form, Qt::Key_PageDown);
+    expectX(210.0, 220.0);
+    scoper_.events.m_pAutomaticWanted(scoper_.events.m_pContext);
+    expectX(0.0, 1000.0);
+
+    auto* back = form.findChild<QWidget*>("BackToLive");
+    EXPECT_TRUE(back->isVisible());
+    begin(form);
+    EXPECT_FALSE(back->isVisible());
+    feed(form, 0, 60);
+    expectX(10.0, 60.0);
+}
+
+TEST_F(ShowForm, WithoutThePlottingLibraryATextStandsInItsPlace) {
+    T_ShowForm form(settings_, nullptr);
+    form.show();
+    auto* place = form.findChild<QLabel*>("PaintBox1");
+    ASSERT_NE(place, nullptr);
+    EXPECT_EQ(place->text(), "Can't load scopera.dll\nShow not posible.");
+    languageTable().select(kLanguageRussian);
+    form.retranslate();
+    EXPECT_NE(place->text(), "Can't load scopera.dll\nShow not posible.");
+    begin(form);
+    feed(form, 0, 60);
+    form.DoNotFolowForDataClick(0);
+    form.ADCCodes1Click(3);
+    form.recordingStopped();
+}
+
+}  // namespace
+}  // namespace tarno2::test

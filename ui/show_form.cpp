@@ -1,0 +1,298 @@
+#include "ui/show_form.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QScrollBar>
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <utility>
+
+#include "config/debug_log.h"
+#include "config/figure_text.h"
+#include "display/axis_x.h"
+#include "display/axis_y.h"
+#include "display/follow.h"
+#include "platform/clock.h"
+#include "ui/digital_signal_settings.h"
+#include "ui/show_tools.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint64_t kReadingsPeriodMs = 200;
+constexpr double kUnknownRatePage = 1000.0;  ///< frames on screen when the rate, and so the time, is not known
+constexpr double kLeastSpan = 2.0;
+constexpr double kMostSpan = 1e15;
+constexpr int kScrollSteps = 1000000000;
+
+}  // namespace
+
+T_ShowForm::T_ShowForm(ProgramSettings& settings, ISCOPERA* scoper, QWidget* parent)
+    : QWidget(parent), settings_(settings), scoper_(scoper) {
+    clock_.start();
+    paintTimer_.setSingleShot(true);
+    paintTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&paintTimer_, &QTimer::timeout, this, &T_ShowForm::FormPaint);
+    build();
+    retranslate();
+}
+
+T_ShowForm::~T_ShowForm() {
+    if (scoper_ != nullptr) {
+        scoper_->SetEvents(nullptr);
+    }
+}
+
+void T_ShowForm::recordingStarted(LiveRecording recording) {
+    guarded("recordingStarted", [&] {
+        file_.reset();
+        live_.reset();
+        if (drawing_) {
+            drawing_->clear();
+            drawing_->reset();
+        }
+        if (followBefore_) {
+            settings_.followToData = *followBefore_;
+            followBefore_.reset();
+        }
+        position_ = 0.0;
+        readingsAt_ = 0;
+        live_ = std::make_unique<LiveSignal>(std::move(recording));
+        tap_.setWatched(shown_);
+        userChanged();
+    });
+}
+
+void T_ShowForm::recordingStopped() {
+    guarded("recordingStopped", [this] {
+        if (live_ && live_->running()) {
+            // The last blocks came after the last paint.
+            while (shown_ && !file_ && live_->fetch(tap_)) {
+            }
+            live_->finish();
+        }
+        userChanged();
+    });
+}
+
+ShownSignal* T_ShowForm::shownSignal() const {
+    return file_ ? static_cast<ShownSignal*>(file_.get()) : live_.get();
+}
+
+bool T_ShowForm::liveRuns() const {
+    return !file_ && live_ && live_->running();
+}
+
+bool T_ShowForm::stays() const {
+    return file_ != nullptr || settings_.followToData == static_cast<int32_t>(FollowMode::None);
+}
+
+uint64_t T_ShowForm::frameCount() const {
+    ShownSignal* signal = shownSignal();
+    return signal != nullptr ? signal->screens().frameCount() : 0;
+}
+
+AxisXUnit T_ShowForm::unitX() const {
+    const ShownSignal* signal = shownSignal();
+    const bool known = signal == nullptr || signal->format().framesPerSecond > 0.0;
+    return known ? static_cast<AxisXUnit>(settings_.axisXUnit) : AxisXUnit::Samples;
+}
+
+double T_ShowForm::span() const {
+    if (file_) {
+        return fileSpan_;
+    }
+    const auto wanted = static_cast<AxisXUnit>(settings_.axisXUnit);
+    if (!live_ || unitX() != wanted) {
+        return kUnknownRatePage;
+    }
+    return std::clamp(frameOfAxisX(settings_.axisXValue, wanted, live_->format().framesPerSecond), 1.0, kMostSpan);
+}
+
+void T_ShowForm::setSpan(double frames) {
+    frames = std::clamp(frames, kLeastSpan, kMostSpan);
+    if (file_) {
+        fileSpan_ = std::min(frames, std::max(kLeastSpan, static_cast<double>(frameCount())));
+    } else if (live_ && unitX() == static_cast<AxisXUnit>(settings_.axisXUnit)) {
+        settings_.axisXValue = axisXOfFrame(frames, unitX(), live_->format().framesPerSecond);
+    }
+}
+
+void T_ShowForm::setPosition(double frame) {
+    position_ = std::clamp(frame, 0.0, static_cast<double>(frameCount()));
+}
+
+ShownFrames T_ShowForm::shownFrames() const {
+    ShownFrames shown;
+    if (stays()) {
+        shown.low = position_;
+        shown.high = position_ + span();
+        shown.first = static_cast<uint64_t>(shown.low);
+        shown.end = static_cast<uint64_t>(std::ceil(shown.high)) + 1;
+        return shown;
+    }
+    const VisibleFrames visible = visibleFrames(static_cast<FollowMode>(settings_.followToData), frameCount(),
+                                                static_cast<uint64_t>(std::llround(span())), 0);
+    shown.first = visible.first;
+    shown.end = visible.end;
+    shown.low = static_cast<double>(visible.first);
+    shown.high = static_cast<double>(visible.end);
+    shown.origin = shown.low - visible.axisFirst;
+    return shown;
+}
+
+int T_ShowForm::digitalLines() const {
+    const ShownSignal* signal = shownSignal();
+    return static_cast<int>(signal != nullptr ? signal->format().word.digitalLines() : boardLines_);
+}
+
+void T_ShowForm::FormPaint() {
+    guarded("FormPaint", [this] { paint(false); });
+}
+
+// What the user changed is drawn at once, from the data that are there; new ones come when they are due.
+void T_ShowForm::userChanged() {
+    guarded("userChanged", [this] {
+        showControls();
+        paint(true);
+    });
+}
+
+void T_ShowForm::paint(bool atOnce) {
+    if (!shown_) {
+        return;
+    }
+    const LocalTime now = localTime();
+    const bool due = rate_.due(now);
+    if (due) {
+        fetch();
+    } else if (!paintTimer_.isActive()) {
+        paintTimer_.start(rate_.waitMs(now));
+    }
+    if (due || atOnce) {
+        draw();
+    }
+    if (due && (liveRuns() || (drawing_ && drawing_->moving()))) {
+        paintTimer_.start(RepaintRate::kPeriodMs);
+    }
+}
+
+void T_ShowForm::fetch() {
+    if (!liveRuns()) {
+        return;
+    }
+    live_->fetch(tap_);
+    giveReadings();
+}
+
+void T_ShowForm::giveReadings() {
+    const auto now = static_cast<uint64_t>(clock_.elapsed());
+    const std::vector<ChannelValues>& values = live_->history().values();
+    if (values.empty() || (readingsAt_ != 0 && now - readingsAt_ < kReadingsPeriodMs)) {
+        return;
+    }
+    readingsAt_ = now;
+    std::vector<ChannelReading> given;
+    given.reserve(values.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+        const LinearScale volts = axisYScale(live_->format(), i, AxisYUnit::Volts);
+        given.push_back({live_->channelNumber(i), volts.of(values[i].newest), volts.of(values[i].minimum),
+                         volts.of(values[i].maximum)});
+    }
+    live_->history().resetExtremes();
+    emit readings(given);
+}
+
+void T_ShowForm::draw() {
+    showScrollBar();
+    showStatus();
+    if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
+        drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
+    }
+}
+
+void T_ShowForm::showControls() {
+    const double fileSpan = file_ ? axisXOfFrame(fileSpan_, unitX(), file_->format().framesPerSecond) : 0.0;
+    tools_->load(settings_, file_ ? fileSpan : settings_.axisXValue);
+    tools_->setFileShown(file_ != nullptr);
+    scrollBar_->setEnabled(stays());
+    pixelMode_->setChecked(settings_.pixelsMode);
+    for (QAction* action : showModes_->actions()) {
+        action->setChecked(action->data().toInt() == settings_.showSignalMode);
+    }
+    digitalLines_->setEnabled(digitalLines() > 0);
+}
+
+// A recording may have more frames than a scroll bar has steps.
+void T_ShowForm::showScrollBar() {
+    const auto frames = static_cast<double>(frameCount());
+    const double step = std::max(1.0, frames / kScrollSteps);
+    const QSignalBlocker silence(scrollBar_);
+    const ShownFrames shown = shownFrames();
+    scrollBar_->setRange(0, static_cast<int>(frames / step));
+    scrollBar_->setPageStep(std::max(1, static_cast<int>(std::min(span() / step, double{kScrollSteps}))));
+    scrollBar_->setSingleStep(std::max(1, scrollBar_->pageStep() / 3));
+    scrollBar_->setValue(static_cast<int>(shown.low / step));
+}
+
+void T_ShowForm::showStatus() {
+    QString status = mousePlace_;
+    if (file_ && !file_->overview().complete()) {
+        const uint64_t frames = std::max<uint64_t>(frameCount(), 1);
+        const auto percent = static_cast<int>(file_->overview().framesDone() * 100 / frames);
+        status = QString::asprintf(uiText(TextId::BuildingOverview).toUtf8().constData(), percent);
+    } else if (frameCount() == 0) {
+        status = uiText(TextId::ViewNoData);
+    } else if (file_ && status.isEmpty()) {
+        status = fileFacts();
+    }
+    tools_->setStatus(status);
+}
+
+QString T_ShowForm::fileFacts() const {
+    const double rate = file_->format().framesPerSecond;
+    const auto frames = static_cast<double>(frameCount());
+    const uint64_t seconds = rate > 0.0 ? static_cast<uint64_t>(std::llround(frames / rate)) : 0;
+    return QString::asprintf(uiText(TextId::RecordingFacts).toUtf8().constData(),
+                             static_cast<int>(file_->frames().pieceCount()),
+                             fromCodePage(formatCount(frameCount())).toUtf8().constData(),
+                             fromCodePage(formatDuration(seconds)).toUtf8().constData());
+}
+
+void T_ShowForm::setDigitalLines(uint32_t lines) {
+    boardLines_ = lines;
+    digitalLines_->setEnabled(digitalLines() > 0);
+}
+
+void T_ShowForm::settingsChanged() {
+    if (drawing_) {
+        drawing_->retranslate();
+    }
+    userChanged();
+}
+
+void T_ShowForm::storePlace() {
+    const QWidget* top = window();
+    // Docked, it has no place of its own.
+    if (parentWidget() == nullptr || top == this || (top == parentWidget() && top->inherits("QDockWidget"))) {
+        const QRect place = top->geometry();
+        settings_.showFormPos = {place.left(), place.top(), place.width(), place.height()};
+    }
+}
+
+void T_ShowForm::guarded(const char* name, const std::function<void()>& step) noexcept {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        DEBUG_LOG("!!!! %s: %s", name, error.what());
+    } catch (...) {
+        DEBUG_LOG("!!!! %s", name);
+    }
+}
+
+}  // namespace tarno2

@@ -1,0 +1,197 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <tarno2/ISCOPERA.h>
+
+#include "config/program_settings.h"
+#include "core/live_tap.h"
+#include "display/axis_x.h"
+#include "display/channel_reading.h"
+#include "display/repaint.h"
+#include "language/text_ids.h"
+#include "ui/shown_signal.h"
+#include "ui/signal_drawing.h"
+
+class QAction;
+class QActionGroup;
+class QLabel;
+class QMenu;
+class QScrollBar;
+class QSplitter;
+
+namespace tarno2 {
+
+class ShowTools;
+class T_DigitalSignalSettings;
+
+/// The signal view: the newest frames of the running recording, older ones by its scroll bar, or a recording that was
+/// opened. It sits in a dock of the main window, which is detached to be a window of its own.
+///
+/// New data are fetched and drawn at most once in 40 ms; what the user changes is drawn at once. While it is hidden
+/// nothing is fetched or converted. Its settings are those of the program, written as the user changes them. A handler
+/// that fails is a line in the debug log, and the view goes on. Window thread.
+class T_ShowForm : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Without `scoper` a text stands in place of the signal. Both outlive the view, and `scoper` draws nothing else.
+    T_ShowForm(ProgramSettings& settings, ISCOPERA* scoper, QWidget* parent = nullptr);
+    ~T_ShowForm() override;
+
+    /// Where recordings put their frames for the view.
+    [[nodiscard]] LiveTap& tap() { return tap_; }
+    /// A recording has begun; what was opened is closed.
+    void recordingStarted(LiveRecording recording);
+    /// It is over. Its frames stay on screen.
+    void recordingStopped();
+    /// Shows a finished recording, by its first data file, over its whole length. False, after a message, when it can't
+    /// be opened.
+    bool openRecording(const std::string& dataFile);
+    /// Closes what was opened.
+    void backToLive();
+    /// Another board is chosen: it has so many digital lines.
+    void setDigitalLines(uint32_t lines);
+    /// Sets all texts again, in the language chosen last.
+    void retranslate();
+    /// The font of the axes, or the colour of a channel was changed elsewhere.
+    void settingsChanged();
+    /// Puts the place of a detached view into the settings.
+    void storePlace();
+    [[nodiscard]] ShowTools& tools() { return *tools_; }
+
+    // What happens to the window.
+    void FormPaint();
+    void FormResize();
+    void FormShow();
+    void FormHide();
+    void FormClose();
+    void Splitter1Moved();
+
+    // Scrolling; `key` is a ScrollKey.
+    void ScrollBar1Change(int value);
+    void ScrollBar1KeyDown(int key);
+
+    // The mouse over the picture, in the units of the axes.
+    void PaintBox1DblClick();
+    void PaintBox1MouseDown(int button, double x, double y);
+    void PaintBox1MouseMove(double x, double y, bool inside);
+
+    // How it is drawn and followed.
+    void PixelModeClick(bool points);
+    /// 0 does not follow, 1 recorder, 2 recorder with zeroing.
+    void DoNotFolowForDataClick(int mode);
+    void ShowModeButtonClick();
+    /// Shows digital lines beside the channels, or channels alone.
+    void ShowDigitalClick(bool digital);
+    void OnlyDigitalDataClick();
+    void ShowSettingsClick();
+    void DigitalSignalSettingsClick();
+
+    // The axes.
+    /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
+    void Samples1Click(int tag);
+    /// Y unit: -1 automatic, 0 V, 1 mV, 2 uV, 3 codes.
+    void ADCCodes1Click(int tag);
+    void AxisXButtonClick();
+    /// Enter (13) applies the span of X that was typed.
+    void AxisXEditKeyDown(int key);
+    void AxisYEditKeyDown(int key);
+    void AxisYAutoClick(bool automatic);
+
+signals:
+    /// A text for the user's list of messages.
+    void message(const QString& text);
+    /// The newest values and the extremes since the last ones, a few times a second while a shown recording runs.
+    void readings(const std::vector<ChannelReading>& readings);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    // Construction (show_form_build.cpp).
+    void build();
+    void buildPicture();
+    void buildActions();
+    void connectTools();
+    QAction* addAction(TextId text, std::function<void()> handler);
+    void listenToScoper();
+
+    /// Runs a step; what it throws is logged, and the view goes on.
+    void guarded(const char* name, const std::function<void()>& step) noexcept;
+
+    [[nodiscard]] ShownSignal* shownSignal() const;
+    [[nodiscard]] bool liveRuns() const;
+    /// Stays where it is: an opened recording, or a live one that is not followed.
+    [[nodiscard]] bool stays() const;
+    [[nodiscard]] uint64_t frameCount() const;
+    /// Frames from one edge of the picture to the other.
+    [[nodiscard]] double span() const;
+    void setSpan(double frames);
+    void setPosition(double frame);
+    [[nodiscard]] ShownFrames shownFrames() const;
+    [[nodiscard]] AxisXUnit unitX() const;
+    [[nodiscard]] int digitalLines() const;
+
+    void paint(bool atOnce);
+    void fetch();
+    void giveReadings();
+    void draw();
+    void userChanged();
+    void showControls();
+    void showScrollBar();
+    void showStatus();
+    [[nodiscard]] QString fileFacts() const;
+    void setShowMode(int mode);
+    void setScoperOption(uint32_t option, bool on);
+    void savePicture();
+    void rangeChanged(int axis, double lower, double upper);
+    void zoomedX(double lower, double upper);
+    void openProblem(const std::string& dataFile, const OpenProblem& problem);
+
+    ProgramSettings& settings_;
+    ISCOPERA* scoper_;
+    LiveTap tap_;
+    std::unique_ptr<SignalDrawing> drawing_;  ///< null without the plotting library
+    std::unique_ptr<LiveSignal> live_;
+    std::unique_ptr<RecordedSignal> file_;  ///< shown instead of the live signal
+
+    double position_ = 0.0;            ///< frame at the left edge while the picture stays
+    double fileSpan_ = 1.0;            ///< frames on screen of an opened recording
+    std::optional<int> followBefore_;  ///< how the data were followed before the user held the picture with the mouse
+    uint32_t boardLines_ = 0;
+    QString mousePlace_;
+
+    RepaintRate rate_;
+    QTimer paintTimer_;
+    QElapsedTimer clock_;
+    uint64_t readingsAt_ = 0;
+    bool shown_ = false;
+
+    QSplitter* splitter_ = nullptr;
+    QWidget* picture_ = nullptr;
+    QWidget* viewSettings_ = nullptr;
+    QLabel* viewSettingsTitle_ = nullptr;
+    QScrollBar* scrollBar_ = nullptr;
+    ShowTools* tools_ = nullptr;
+    QMenu* menu_ = nullptr;
+    QActionGroup* showModes_ = nullptr;
+    QAction* pixelMode_ = nullptr;
+    QAction* digitalLines_ = nullptr;
+    std::vector<std::pair<QAction*, TextId>> actions_;
+    QPointer<T_DigitalSignalSettings> digitalSettings_;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,172 @@
+// What the signal view is made of.
+
+#include <QAction>
+#include <QActionGroup>
+#include <QLabel>
+#include <QMenu>
+#include <QScrollBar>
+#include <QSplitter>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "ui/digital_signal_settings.h"
+#include "ui/show_form.h"
+#include "ui/show_tools.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+void T_ShowForm::build() {
+    setObjectName(QStringLiteral("T_ShowForm"));
+    splitter_ = new QSplitter(Qt::Horizontal, this);
+    splitter_->setObjectName(QStringLiteral("Splitter1"));
+    buildPicture();
+    buildActions();
+    splitter_->addWidget(viewSettings_);
+    splitter_->setStretchFactor(0, 1);
+    splitter_->setChildrenCollapsible(false);
+    scrollBar_ = new QScrollBar(Qt::Horizontal, this);
+    scrollBar_->setObjectName(QStringLiteral("ScrollBar1"));
+    scrollBar_->setFocusPolicy(Qt::StrongFocus);
+    scrollBar_->installEventFilter(this);
+    tools_ = new ShowTools(this);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(splitter_, 1);
+    layout->addWidget(scrollBar_);
+    layout->addWidget(tools_);
+    connect(splitter_, &QSplitter::splitterMoved, this, &T_ShowForm::Splitter1Moved);
+    connect(scrollBar_, &QScrollBar::valueChanged, this, &T_ShowForm::ScrollBar1Change);
+    connectTools();
+}
+
+void T_ShowForm::buildPicture() {
+    picture_ = scoper_ != nullptr ? static_cast<QWidget*>(scoper_->CreateView(splitter_)) : nullptr;
+    if (picture_ == nullptr) {
+        auto* label = new QLabel(splitter_);
+        label->setAlignment(Qt::AlignCenter);
+        label->setWordWrap(true);
+        picture_ = label;
+        scoper_ = nullptr;
+    } else {
+        drawing_ = std::make_unique<SignalDrawing>(*scoper_, settings_);
+        drawing_->setEnabled(false);
+        listenToScoper();
+    }
+    picture_->setObjectName(QStringLiteral("PaintBox1"));
+    picture_->setMinimumSize(fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * 5);
+    splitter_->addWidget(picture_);
+}
+
+void T_ShowForm::listenToScoper() {
+    SCOPERAEvents events{};
+    events.m_pContext = this;
+    events.m_pRangeChanged = [](void* context, int32_t axis, double lower, double upper) {
+        static_cast<T_ShowForm*>(context)->rangeChanged(axis, lower, upper);
+    };
+    events.m_pAutomaticWanted = [](void* context) { static_cast<T_ShowForm*>(context)->PaintBox1DblClick(); };
+    events.m_pColumnSwitched = [](void* context, uint32_t column, int32_t visible) {
+        auto* form = static_cast<T_ShowForm*>(context);
+        form->drawing_->switchColumn(column, visible != 0);
+        form->userChanged();
+    };
+    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside) {
+        static_cast<T_ShowForm*>(context)->PaintBox1MouseMove(x, y, inside != 0);
+    };
+    events.m_pMousePressed = [](void* context, int32_t button, double x, double y) {
+        static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button, x, y);
+    };
+    events.m_pPaintWanted = [](void* context, uint32_t) { static_cast<T_ShowForm*>(context)->FormResize(); };
+    scoper_->SetEvents(&events);
+}
+
+QAction* T_ShowForm::addAction(TextId text, std::function<void()> handler) {
+    auto* action = new QAction(this);
+    connect(action, &QAction::triggered, this, std::move(handler));
+    actions_.emplace_back(action, text);
+    menu_->addAction(action);
+    return action;
+}
+
+// The same actions serve the menu of the picture's right mouse button and the panel beside it.
+void T_ShowForm::buildActions() {
+    menu_ = new QMenu(this);
+    showModes_ = new QActionGroup(this);
+    addAction(TextId::ShowAnalog, [this] { ShowDigitalClick(false); });
+    addAction(TextId::ShowAnalogAndDigital, [this] { ShowDigitalClick(true); });
+    addAction(TextId::ShowDigital, [this] { OnlyDigitalDataClick(); });
+    for (int mode = 0; mode < 3; ++mode) {
+        QAction* action = actions_[static_cast<size_t>(mode)].first;
+        action->setCheckable(true);
+        action->setData(mode);
+        showModes_->addAction(action);
+    }
+    menu_->addSeparator();
+    pixelMode_ = addAction(TextId::PixelMode, [this] { PixelModeClick(pixelMode_->isChecked()); });
+    pixelMode_->setCheckable(true);
+    for (const auto& [text, option] :
+         {std::pair{TextId::ViewLegend, kScoperaOptionLegend}, std::pair{TextId::ViewCursors, kScoperaOptionCursors}}) {
+        QAction* action = addAction(text, [] {});
+        action->setCheckable(true);
+        action->setEnabled(scoper_ != nullptr);
+        connect(action, &QAction::toggled, this,
+                [this, code = static_cast<uint32_t>(option)](bool on) { setScoperOption(code, on); });
+    }
+    menu_->addSeparator();
+    digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
+    addAction(TextId::SavePicture, [this] { savePicture(); })->setEnabled(scoper_ != nullptr);
+    addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); })->setEnabled(scoper_ != nullptr);
+
+    viewSettings_ = new QWidget(splitter_);
+    viewSettings_->setObjectName(QStringLiteral("ViewSettings"));
+    viewSettingsTitle_ = new QLabel(viewSettings_);
+    auto* layout = new QVBoxLayout(viewSettings_);
+    layout->addWidget(viewSettingsTitle_);
+    for (const auto& [action, text] : actions_) {
+        auto* button = new QToolButton(viewSettings_);
+        button->setDefaultAction(action);
+        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        button->setFocusPolicy(Qt::StrongFocus);
+        button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        layout->addWidget(button);
+    }
+    layout->addStretch(1);
+    viewSettings_->hide();
+}
+
+void T_ShowForm::connectTools() {
+    connect(tools_, &ShowTools::axisXKey, this, &T_ShowForm::AxisXEditKeyDown);
+    connect(tools_, &ShowTools::axisYKey, this, &T_ShowForm::AxisYEditKeyDown);
+    connect(tools_, &ShowTools::axisXButton, this, &T_ShowForm::AxisXButtonClick);
+    connect(tools_, &ShowTools::axisXUnit, this, &T_ShowForm::Samples1Click);
+    connect(tools_, &ShowTools::axisYUnit, this, &T_ShowForm::ADCCodes1Click);
+    connect(tools_, &ShowTools::axisYAutomatic, this, &T_ShowForm::AxisYAutoClick);
+    connect(tools_, &ShowTools::showModeButton, this, &T_ShowForm::ShowModeButtonClick);
+    connect(tools_, &ShowTools::follow, this, &T_ShowForm::DoNotFolowForDataClick);
+    connect(tools_, &ShowTools::showSettings, this, &T_ShowForm::ShowSettingsClick);
+    connect(tools_, &ShowTools::backToLive, this, &T_ShowForm::backToLive);
+}
+
+void T_ShowForm::retranslate() {
+    setWindowTitle(uiText(TextId::ViewWindow));
+    for (const auto& [action, text] : actions_) {
+        action->setText(uiText(text));
+    }
+    viewSettingsTitle_->setText(uiText(TextId::ViewSettings));
+    tools_->retranslate();
+    if (auto* label = qobject_cast<QLabel*>(picture_)) {
+        label->setText(uiText(TextId::ScoperaNotLoaded));
+    } else {
+        picture_->setToolTip(uiText(TextId::ViewMouseHint));
+    }
+    if (drawing_) {
+        drawing_->retranslate();
+    }
+    if (digitalSettings_) {
+        digitalSettings_->loadCaptions();
+    }
+    userChanged();
+}
+
+}  // namespace tarno2

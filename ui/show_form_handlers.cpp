@@ -1,0 +1,390 @@
+// What the user does in the signal view.
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QCursor>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScrollBar>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "display/axis_x.h"
+#include "display/follow.h"
+#include "display/scroll.h"
+#include "ui/digital_signal_settings.h"
+#include "ui/show_form.h"
+#include "ui/show_tools.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kEnter = 13;
+
+std::optional<ScrollKey> scrollKeyOf(int key) {
+    switch (key) {
+        case Qt::Key_PageUp:
+            return ScrollKey::PageUp;
+        case Qt::Key_PageDown:
+            return ScrollKey::PageDown;
+        case Qt::Key_Left:
+            return ScrollKey::Left;
+        case Qt::Key_Right:
+            return ScrollKey::Right;
+        default:
+            return std::nullopt;
+    }
+}
+
+QString filled(TextId text, const QString& first, const QString& second = {}) {
+    return QString::asprintf(uiText(text).toUtf8().constData(), first.toUtf8().constData(),
+                             second.toUtf8().constData());
+}
+
+}  // namespace
+
+void T_ShowForm::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    FormResize();
+}
+
+void T_ShowForm::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    FormShow();
+}
+
+void T_ShowForm::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    FormHide();
+}
+
+void T_ShowForm::closeEvent(QCloseEvent* event) {
+    FormClose();
+    QWidget::closeEvent(event);
+}
+
+void T_ShowForm::FormResize() {
+    userChanged();
+}
+
+void T_ShowForm::FormShow() {
+    shown_ = true;
+    tap_.setWatched(live_ != nullptr && !file_);
+    if (drawing_) {
+        drawing_->setEnabled(true);
+    }
+    userChanged();
+}
+
+void T_ShowForm::FormHide() {
+    shown_ = false;
+    tap_.setWatched(false);
+    paintTimer_.stop();
+    if (drawing_) {
+        drawing_->setEnabled(false);
+    }
+}
+
+void T_ShowForm::FormClose() {
+    storePlace();
+}
+
+void T_ShowForm::Splitter1Moved() {
+    userChanged();
+}
+
+void T_ShowForm::ScrollBar1Change(int value) {
+    if (!stays()) {
+        return;
+    }
+    const int last = std::max(scrollBar_->maximum(), 1);
+    const auto frames = static_cast<double>(frameCount());
+    setPosition(frames <= last ? value : frames * value / last);
+    userChanged();
+}
+
+void T_ShowForm::ScrollBar1KeyDown(int key) {
+    const uint64_t frames = frameCount();
+    if (!stays() || frames == 0) {
+        return;
+    }
+    const auto page = static_cast<uint64_t>(std::llround(span()));
+    setPosition(static_cast<double>(scrolledPosition(static_cast<uint64_t>(position_), key, page, frames)));
+    userChanged();
+}
+
+void T_ShowForm::keyPressEvent(QKeyEvent* event) {
+    if (const auto key = scrollKeyOf(event->key())) {
+        ScrollBar1KeyDown(static_cast<int>(*key));
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+// The scroll bar's own keys move by other steps.
+bool T_ShowForm::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == scrollBar_ && event->type() == QEvent::KeyPress) {
+        if (const auto key = scrollKeyOf(static_cast<QKeyEvent*>(event)->key())) {
+            ScrollBar1KeyDown(static_cast<int>(*key));
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void T_ShowForm::PaintBox1DblClick() {
+    settings_.axisYAutoMode = true;
+    if (drawing_) {
+        drawing_->resetScaleY();
+    }
+    if (file_) {
+        position_ = 0.0;
+        fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
+    } else if (followBefore_) {
+        settings_.followToData = *followBefore_;
+        followBefore_.reset();
+    }
+    userChanged();
+}
+
+void T_ShowForm::PaintBox1MouseDown(int button, double /*x*/, double /*y*/) {
+    if (button == kScoperaRightButton) {
+        menu_->popup(QCursor::pos());
+    }
+}
+
+void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside) {
+    mousePlace_ = inside ? QString::asprintf("X %.6g   Y %.6g", x, y) : QString();
+    showStatus();
+}
+
+void T_ShowForm::rangeChanged(int axis, double lower, double upper) {
+    guarded("rangeChanged", [=, this] {
+        if (shownSignal() == nullptr || !(lower < upper)) {
+            return;
+        }
+        if (axis == kScoperaAxisX) {
+            zoomedX(lower, upper);
+        } else {
+            drawing_->zoomY(AxisRange{lower, upper});
+            settings_.axisYAutoMode = false;
+            settings_.axisYValue = std::max(std::abs(lower), std::abs(upper));
+        }
+        userChanged();
+    });
+}
+
+// The wheel over a running signal changes how much of it is seen; who drags it or marks a rectangle wants to look at
+// that place, so it no longer slides away.
+void T_ShowForm::zoomedX(double lower, double upper) {
+    const double rate = shownSignal()->format().framesPerSecond;
+    const double origin = shownFrames().origin;
+    setSpan(frameOfAxisX(upper - lower, unitX(), rate));
+    const bool wheel =
+        QApplication::mouseButtons() == Qt::NoButton && !QApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
+    if (!stays() && wheel) {
+        return;
+    }
+    if (!stays()) {
+        followBefore_ = settings_.followToData;
+        settings_.followToData = static_cast<int32_t>(FollowMode::None);
+    }
+    setPosition(origin + frameOfAxisX(lower, unitX(), rate));
+}
+
+void T_ShowForm::PixelModeClick(bool points) {
+    settings_.pixelsMode = points;
+    userChanged();
+}
+
+void T_ShowForm::DoNotFolowForDataClick(int mode) {
+    if (mode == static_cast<int>(FollowMode::None) && !stays()) {
+        setPosition(static_cast<double>(shownFrames().first));
+    }
+    settings_.followToData = std::clamp(mode, 0, 2);
+    followBefore_.reset();
+    userChanged();
+}
+
+void T_ShowForm::ShowModeButtonClick() {
+    tools_->openFollowMenu();
+}
+
+void T_ShowForm::setShowMode(int mode) {
+    settings_.showSignalMode = mode;
+    if (drawing_) {
+        drawing_->resetScaleY();
+    }
+    userChanged();
+}
+
+void T_ShowForm::ShowDigitalClick(bool digital) {
+    setShowMode(digital ? 1 : 0);
+}
+
+void T_ShowForm::OnlyDigitalDataClick() {
+    setShowMode(2);
+}
+
+void T_ShowForm::ShowSettingsClick() {
+    viewSettings_->setVisible(viewSettings_->isHidden());
+    userChanged();
+}
+
+void T_ShowForm::DigitalSignalSettingsClick() {
+    const int lines = std::min(digitalLines(), static_cast<int>(settings_.digitalLines.size()));
+    if (digitalSettings_) {
+        digitalSettings_->close();
+    }
+    digitalSettings_ = new T_DigitalSignalSettings(
+        std::span(settings_.digitalLines).first(static_cast<size_t>(lines)), [this] { userChanged(); }, this);
+    digitalSettings_->setAttribute(Qt::WA_DeleteOnClose);
+    digitalSettings_->show();
+}
+
+void T_ShowForm::setScoperOption(uint32_t option, bool on) {
+    if (scoper_ != nullptr) {
+        scoper_->SetOption(option, on ? 1 : 0);
+    }
+}
+
+void T_ShowForm::savePicture() {
+    const QString name =
+        QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), {}, QStringLiteral("PNG (*.png)"));
+    if (name.isEmpty()) {
+        return;
+    }
+    const QString file = QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".png") : name;
+    if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
+        emit message(filled(TextId::FileNotWritten, file));
+    }
+}
+
+void T_ShowForm::Samples1Click(int tag) {
+    const AxisXUnit before = unitX();
+    const double frames = span();
+    settings_.axisXUnit = std::clamp(tag, 0, 5);
+    if (live_ && live_->format().framesPerSecond > 0.0 && !file_) {
+        setSpan(frames);
+    } else if (before != AxisXUnit::Samples && settings_.axisXUnit != 0) {
+        // From one unit of time to another no rate is needed.
+        settings_.axisXValue = axisXOfFrame(frameOfAxisX(settings_.axisXValue, before, 1.0),
+                                            static_cast<AxisXUnit>(settings_.axisXUnit), 1.0);
+    }
+    userChanged();
+}
+
+void T_ShowForm::ADCCodes1Click(int tag) {
+    constexpr int kCodes = static_cast<int>(AxisYUnit::Codes);
+    if (drawing_ && (tag == kCodes) != (settings_.axisYMode == kCodes)) {
+        drawing_->resetScaleY();
+    }
+    settings_.axisYMode = std::clamp(tag, -1, kCodes);
+    AxisXEditKeyDown(kEnter);
+}
+
+void T_ShowForm::AxisXButtonClick() {
+    tools_->openAxisXMenu();
+}
+
+void T_ShowForm::AxisXEditKeyDown(int key) {
+    if (key != kEnter) {
+        return;
+    }
+    if (const auto typed = tools_->typedX()) {
+        const ShownSignal* signal = shownSignal();
+        if (file_) {
+            setSpan(frameOfAxisX(*typed, unitX(), signal->format().framesPerSecond));
+        } else {
+            settings_.axisXValue = *typed;
+        }
+    }
+    userChanged();
+}
+
+void T_ShowForm::AxisYEditKeyDown(int key) {
+    if (key != kEnter) {
+        return;
+    }
+    if (const auto typed = tools_->typedY()) {
+        settings_.axisYValue = *typed;
+        settings_.axisYAutoMode = false;
+        if (drawing_) {
+            drawing_->zoomY(std::nullopt);
+        }
+    }
+    userChanged();
+}
+
+void T_ShowForm::AxisYAutoClick(bool automatic) {
+    settings_.axisYAutoMode = automatic;
+    if (drawing_) {
+        drawing_->resetScaleY();
+    }
+    userChanged();
+}
+
+bool T_ShowForm::openRecording(const std::string& dataFile) {
+    OpenProblem problem;
+    std::unique_ptr<RecordedFrames> frames;
+    guarded("openRecording", [&] { frames = RecordedFrames::open(dataFile, problem); });
+    if (!frames) {
+        openProblem(dataFile, problem);
+        return false;
+    }
+    for (const std::string& name : frames->cutFiles()) {
+        emit message(filled(TextId::LastFrameIncomplete, fromFileName(name)));
+    }
+    guarded("openRecording", [&] {
+        // Told on the thread that reads the file.
+        const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
+        auto opened = std::make_unique<RecordedSignal>(std::move(frames), progress);
+        if (drawing_) {
+            drawing_->clear();
+            drawing_->reset();
+        }
+        file_ = std::move(opened);
+        tap_.setWatched(false);
+        position_ = 0.0;
+        fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
+        userChanged();
+    });
+    return file_ != nullptr;
+}
+
+void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& problem) {
+    const QString name = fromFileName(dataFile);
+    const QString detail = fromFileName(problem.detail);
+    switch (problem.kind) {
+        case OpenProblem::DescriptionMissing:
+            emit message(filled(TextId::DescriptionMissing, name));
+            break;
+        case OpenProblem::DescriptionDamaged:
+            emit message(filled(TextId::DescriptionKeyWrong, name, detail));
+            break;
+        default:
+            emit message(filled(TextId::RecordingNotRead, name, detail));
+            break;
+    }
+}
+
+void T_ShowForm::backToLive() {
+    guarded("backToLive", [this] {
+        if (drawing_) {
+            drawing_->clear();
+            drawing_->reset();
+        }
+        file_.reset();
+        position_ = 0.0;
+        tap_.setWatched(shown_ && live_ != nullptr);
+        userChanged();
+    });
+}
+
+}  // namespace tarno2

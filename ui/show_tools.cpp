@@ -1,0 +1,227 @@
+#include "ui/show_tools.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QCheckBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMenu>
+#include <QToolButton>
+
+#include "ui/text.h"
+#include "ui/view_icons.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr std::pair<TextId, int> kUnitsX[] = {{TextId::AxisXSamples, 0},      {TextId::AxisXMicroseconds, 1},
+                                              {TextId::AxisXMilliseconds, 2}, {TextId::AxisXSeconds, 3},
+                                              {TextId::AxisXMinutes, 4},      {TextId::AxisXHours, 5}};
+constexpr std::pair<TextId, int> kUnitsY[] = {{TextId::AxisYAuto, -1},
+                                              {TextId::Volts, 0},
+                                              {TextId::Millivolts, 1},
+                                              {TextId::Microvolts, 2},
+                                              {TextId::AxisYCodes, 3}};
+constexpr std::pair<TextId, int> kFollowModes[] = {
+    {TextId::FollowNone, 0}, {TextId::FollowRecorder, 1}, {TextId::FollowZeroing, 2}};
+
+QString numberText(double value) {
+    return QString::number(value, 'g', 8);
+}
+
+// With a point or with the comma of a Russian keyboard.
+std::optional<double> typedNumber(const QLineEdit& edit) {
+    bool valid = false;
+    const double value = QLocale::c().toDouble(edit.text().trimmed().replace(',', '.'), &valid);
+    return valid && value > 0.0 ? std::optional(value) : std::nullopt;
+}
+
+QToolButton* menuButton(const char* name, QWidget* parent) {
+    auto* button = new QToolButton(parent);
+    button->setObjectName(name);
+    button->setFocusPolicy(Qt::StrongFocus);
+    return button;
+}
+
+QLineEdit* numberEdit(const char* name, QWidget* parent) {
+    auto* edit = new QLineEdit(parent);
+    edit->setObjectName(name);
+    edit->setMaximumWidth(edit->fontMetrics().horizontalAdvance("0000000000"));
+    return edit;
+}
+
+}  // namespace
+
+ShowTools::ShowTools(QWidget* parent)
+    : QWidget(parent),
+      axisXEdit_(numberEdit("AxisXEdit", this)),
+      axisXButton_(menuButton("AxisXButton", this)),
+      axisXMenu_(new QMenu(this)),
+      axisXUnits_(new QActionGroup(this)),
+      axisYEdit_(numberEdit("AxisYEdit", this)),
+      axisYButton_(menuButton("AxisYButton", this)),
+      axisYMenu_(new QMenu(this)),
+      axisYUnits_(new QActionGroup(this)),
+      axisYAuto_(new QCheckBox(this)),
+      showModeButton_(menuButton("ShowModeButton", this)),
+      followMenu_(new QMenu(this)),
+      followModes_(new QActionGroup(this)),
+      settingsButton_(menuButton("ShowSettings", this)),
+      backButton_(new QToolButton(this)),
+      status_(new QLabel(this)) {
+    build();
+    connectAll();
+    retranslate();
+}
+
+void ShowTools::build() {
+    for (const auto& [text, tag] : kUnitsX) {
+        addItem(axisXUnits_, axisXMenu_, text, tag);
+    }
+    for (const auto& [text, tag] : kUnitsY) {
+        addItem(axisYUnits_, axisYMenu_, text, tag);
+    }
+    for (const auto& [text, tag] : kFollowModes) {
+        addItem(followModes_, followMenu_, text, tag);
+        items_.back().first->setIcon(followIcon(tag, palette()));
+    }
+    axisYAuto_->setObjectName("AxisYAuto");
+    backButton_->setFocusPolicy(Qt::StrongFocus);
+    backButton_->setObjectName("BackToLive");
+    backButton_->hide();
+    // A long line gives way to the controls.
+    status_->setObjectName("ViewStatus");
+    status_->setMinimumWidth(0);
+    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(4, 2, 4, 2);
+    layout->setSpacing(4);
+    layout->addWidget(new QLabel(QStringLiteral("X"), this));
+    layout->addWidget(axisXEdit_);
+    layout->addWidget(axisXButton_);
+    layout->addSpacing(8);
+    layout->addWidget(new QLabel(QStringLiteral("Y"), this));
+    layout->addWidget(axisYEdit_);
+    layout->addWidget(axisYButton_);
+    layout->addWidget(axisYAuto_);
+    layout->addSpacing(8);
+    layout->addWidget(showModeButton_);
+    layout->addWidget(settingsButton_);
+    layout->addWidget(backButton_);
+    layout->addWidget(status_, 1);
+}
+
+void ShowTools::connectAll() {
+    axisXEdit_->installEventFilter(this);
+    axisYEdit_->installEventFilter(this);
+    connect(axisXButton_, &QToolButton::clicked, this, &ShowTools::axisXButton);
+    connect(axisYButton_, &QToolButton::clicked, this,
+            [this] { axisYMenu_->popup(axisYButton_->mapToGlobal(QPoint(0, axisYButton_->height()))); });
+    connect(axisXUnits_, &QActionGroup::triggered, this,
+            [this](QAction* item) { emit axisXUnit(item->data().toInt()); });
+    connect(axisYUnits_, &QActionGroup::triggered, this,
+            [this](QAction* item) { emit axisYUnit(item->data().toInt()); });
+    connect(axisYAuto_, &QCheckBox::clicked, this, &ShowTools::axisYAutomatic);
+    connect(showModeButton_, &QToolButton::clicked, this, &ShowTools::showModeButton);
+    connect(followModes_, &QActionGroup::triggered, this, [this](QAction* item) { emit follow(item->data().toInt()); });
+    connect(settingsButton_, &QToolButton::clicked, this, &ShowTools::showSettings);
+    connect(backButton_, &QToolButton::clicked, this, &ShowTools::backToLive);
+}
+
+void ShowTools::addItem(QActionGroup* group, QMenu* menu, TextId text, int tag) {
+    QAction* item = menu->addAction(QString());
+    item->setData(tag);
+    item->setCheckable(true);
+    group->addAction(item);
+    items_.emplace_back(item, text);
+}
+
+void ShowTools::retranslate() {
+    for (const auto& [item, text] : items_) {
+        item->setText(uiText(text));
+    }
+    axisYAuto_->setText(uiText(TextId::AxisYAutoScale));
+    settingsButton_->setText(QStringLiteral("…"));
+    settingsButton_->setToolTip(uiText(TextId::ViewSettings));
+    settingsButton_->setAccessibleName(uiText(TextId::ViewSettings));
+    backButton_->setText(uiText(TextId::BackToLive));
+    axisXEdit_->setToolTip(uiText(TextId::AxisXHint));
+    axisYEdit_->setToolTip(uiText(TextId::AxisYHint));
+    for (QActionGroup* group : {axisXUnits_, axisYUnits_, followModes_}) {
+        if (const QAction* item = group->checkedAction()) {
+            check(group, item->data().toInt(),
+                  group == axisXUnits_   ? axisXButton_
+                  : group == axisYUnits_ ? axisYButton_
+                                         : showModeButton_);
+        }
+    }
+}
+
+void ShowTools::check(QActionGroup* group, int tag, QToolButton* button) {
+    for (QAction* item : group->actions()) {
+        if (item->data().toInt() == tag) {
+            item->setChecked(true);
+            button->setIcon(item->icon());
+            button->setText(item->text());
+            button->setToolTip(item->icon().isNull() ? QString() : item->text());
+        }
+    }
+}
+
+void ShowTools::load(const ProgramSettings& settings, double spanX) {
+    axisXEdit_->setText(numberText(spanX));
+    axisYEdit_->setText(numberText(settings.axisYValue));
+    axisYAuto_->setChecked(settings.axisYAutoMode);
+    check(axisXUnits_, settings.axisXUnit, axisXButton_);
+    check(axisYUnits_, settings.axisYMode, axisYButton_);
+    check(followModes_, settings.followToData, showModeButton_);
+}
+
+void ShowTools::setFileShown(bool file) {
+    showModeButton_->setEnabled(!file);
+    backButton_->setVisible(file);
+}
+
+void ShowTools::setStatus(const QString& text) {
+    status_->setText(text);
+}
+
+std::optional<double> ShowTools::typedX() const {
+    return typedNumber(*axisXEdit_);
+}
+
+std::optional<double> ShowTools::typedY() const {
+    return typedNumber(*axisYEdit_);
+}
+
+void ShowTools::openAxisXMenu() {
+    axisXMenu_->popup(axisXButton_->mapToGlobal(QPoint(0, axisXButton_->height())));
+}
+
+void ShowTools::openFollowMenu() {
+    followMenu_->popup(showModeButton_->mapToGlobal(QPoint(0, showModeButton_->height())));
+}
+
+bool ShowTools::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) {
+        return false;
+    }
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    const bool enter = key == Qt::Key_Return || key == Qt::Key_Enter;
+    if (!enter) {
+        return false;
+    }
+    constexpr int kEnter = 13;
+    if (watched == axisXEdit_) {
+        emit axisXKey(kEnter);
+    } else {
+        emit axisYKey(kEnter);
+    }
+    return true;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,71 @@
+#include "ui/shown_signal.h"
+
+#include <utility>
+
+namespace tarno2 {
+
+namespace {
+
+// A paint takes no more than some milliseconds to sum up so much; what is left comes with the next one.
+constexpr size_t kFetchBytes = size_t{8} << 20;
+
+}  // namespace
+
+int32_t ShownSignal::channelNumber(size_t column) const {
+    const uint32_t position = format_.channels[column].listPosition;
+    return position < channels_.size() ? channels_[position] : static_cast<int32_t>(position);
+}
+
+LiveSignal::LiveSignal(LiveRecording recording)
+    : ShownSignal(recording.format, recording.channels), recording_(std::move(recording)), history_(recording_.format) {
+    if (DataWriter* writer = recording_.writer ? recording_.writer() : nullptr;
+        writer != nullptr && recording_.everyFrameWritten) {
+        readFrom(std::make_unique<RunningRecording>(*writer, format().frameBytes()));
+    }
+}
+
+void LiveSignal::readFrom(std::unique_ptr<FrameSource> frames) {
+    both_.reset();
+    file_.reset();
+    frames_ = std::move(frames);
+    if (frames_) {
+        file_ = std::make_unique<FileScreens>(*frames_, format());
+        both_ = std::make_unique<RunningScreens>(history_, *file_);
+    }
+}
+
+bool LiveSignal::fetch(LiveTap& tap) {
+    return history_.take(tap, kFetchBytes);
+}
+
+void LiveSignal::finish() {
+    if (!running_) {
+        return;
+    }
+    running_ = false;
+    const bool fromFile = frames_ != nullptr;
+    readFrom(nullptr);
+    if (!fromFile) {
+        return;
+    }
+    OpenProblem problem;
+    auto recorded = RecordedFrames::open(recording_.fileName, problem);
+    if (recorded && recorded->frameBytes() == format().frameBytes()) {
+        readFrom(std::move(recorded));
+    }
+}
+
+ScreenSource& LiveSignal::screens() {
+    // The session may have been freed since the last paint, and its writer with it.
+    if (running_ && both_ && recording_.writer() == nullptr) {
+        finish();
+    }
+    return both_ ? static_cast<ScreenSource&>(*both_) : history_;
+}
+
+RecordedSignal::RecordedSignal(std::unique_ptr<RecordedFrames> frames, Overview::Progress progress)
+    : ShownSignal(frames->format(), {}),
+      frames_(std::move(frames)),
+      overview_(*frames_, frames_->format(), std::move(progress)) {}
+
+}  // namespace tarno2

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/live_tap.h"
+#include "display/file_screens.h"
+#include "display/live_history.h"
+#include "display/overview.h"
+#include "display/recorded.h"
+#include "display/running_screens.h"
+#include "display/screen.h"
+#include "display/signal_format.h"
+
+namespace tarno2 {
+
+/// What the signal view shows at a time: the running recording, or one that was opened. Window thread.
+class ShownSignal {
+public:
+    ShownSignal(SignalFormat format, std::vector<int32_t> channels)
+        : format_(std::move(format)), channels_(std::move(channels)) {}
+    virtual ~ShownSignal() = default;
+    ShownSignal(const ShownSignal&) = delete;
+    ShownSignal& operator=(const ShownSignal&) = delete;
+
+    [[nodiscard]] const SignalFormat& format() const { return format_; }
+    /// Number of the channel in that column of a frame: the physical one, or its place where nothing else is known.
+    [[nodiscard]] int32_t channelNumber(size_t column) const;
+    [[nodiscard]] virtual ScreenSource& screens() = 0;
+
+private:
+    SignalFormat format_;
+    std::vector<int32_t> channels_;  ///< in the order of the channel list
+};
+
+/// What the view has to know of a recording that begins.
+struct LiveRecording {
+    SignalFormat format;
+    std::vector<int32_t> channels;  ///< physical numbers in the order of the channel list
+    std::string fileName;           ///< of the first data file
+    bool everyFrameWritten = true;  ///< false: synchronisation chooses, and the file has frames of its own
+    /// The recording's writer; null once its session is gone. Asked before each use.
+    std::function<DataWriter*()> writer;
+};
+
+/// The running recording: its newest frames from memory, older ones from its file. When it is over the file is read as
+/// a finished recording.
+class LiveSignal final : public ShownSignal {
+public:
+    /// Throws std::bad_alloc.
+    explicit LiveSignal(LiveRecording recording);
+
+    /// Takes what has come since the last call, as much as a paint has time for. False when there was nothing.
+    bool fetch(LiveTap& tap);
+    /// The recording is over: the frames of its file come from the closed file.
+    void finish();
+    [[nodiscard]] bool running() const { return running_; }
+    [[nodiscard]] LiveHistory& history() { return history_; }
+    [[nodiscard]] ScreenSource& screens() override;
+
+private:
+    void readFrom(std::unique_ptr<FrameSource> frames);
+
+    LiveRecording recording_;
+    LiveHistory history_;
+    bool running_ = true;
+    std::unique_ptr<FrameSource> frames_;
+    std::unique_ptr<FileScreens> file_;
+    std::unique_ptr<RunningScreens> both_;
+};
+
+/// A finished recording with its overview.
+class RecordedSignal final : public ShownSignal {
+public:
+    /// `progress` is called on a thread of the overview. Throws std::bad_alloc.
+    RecordedSignal(std::unique_ptr<RecordedFrames> frames, Overview::Progress progress);
+
+    [[nodiscard]] const RecordedFrames& frames() const { return *frames_; }
+    [[nodiscard]] const Overview& overview() const { return overview_; }
+    [[nodiscard]] ScreenSource& screens() override { return overview_; }
+
+private:
+    std::unique_ptr<RecordedFrames> frames_;
+    Overview overview_;
+};
+
+}  // namespace tarno2

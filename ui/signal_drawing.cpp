@@ -1,0 +1,294 @@
+#include "ui/signal_drawing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "display/axis_x.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr size_t kLeastBuckets = 100;
+
+std::string numbered(TextId id, int32_t number) {
+    return QString::asprintf(uiText(id).toUtf8().constData(), number).toStdString();
+}
+
+TextId textOf(AxisXUnit unit) {
+    return static_cast<TextId>(static_cast<int32_t>(TextId::AxisXSamples) + static_cast<int32_t>(unit));
+}
+
+TextId textOf(AxisYUnit unit) {
+    switch (unit) {
+        case AxisYUnit::Millivolts:
+            return TextId::Millivolts;
+        case AxisYUnit::Microvolts:
+            return TextId::Microvolts;
+        case AxisYUnit::Codes:
+            return TextId::AxisYCodes;
+        case AxisYUnit::Automatic:
+            return TextId::AxisYAuto;
+        default:
+            return TextId::Volts;
+    }
+}
+
+/// What separates scales in volts from those in codes, which never turn into each other.
+bool showsCodes(const ProgramSettings& settings) {
+    return settings.axisYMode == static_cast<int32_t>(AxisYUnit::Codes);
+}
+
+ShowMode showMode(const ProgramSettings& settings) {
+    return settings.showSignalMode == 1   ? ShowMode::AnalogAndDigital
+           : settings.showSignalMode == 2 ? ShowMode::Digital
+                                          : ShowMode::Analog;
+}
+
+double largest(AxisRange range) {
+    return std::max(std::abs(range.low), std::abs(range.high));
+}
+
+}  // namespace
+
+bool SignalDrawing::Column::operator==(const Column& other) const {
+    return key == other.key && color == other.color && visible == other.visible && name == other.name &&
+           scale.factor == other.scale.factor && scale.offset == other.scale.offset;
+}
+
+SignalDrawing::~SignalDrawing() {
+    clear();
+}
+
+void SignalDrawing::reset() {
+    resetScaleY();
+    hidden_.clear();
+    columnCount_ = 0;
+}
+
+void SignalDrawing::resetScaleY() {
+    scale_.reset();
+    zoomY_.reset();
+}
+
+void SignalDrawing::clear() {
+    scoper_.SetFrames(nullptr);
+}
+
+void SignalDrawing::retranslate() {
+    labels_.reset();
+    columns_.clear();
+    scoper_.SetText(kScoperaTextDifference, uiText(TextId::CursorDifference).toUtf8().constData());
+    scoper_.SetFont(QString::fromStdString(settings_.axisFontName).toUtf8().constData(), settings_.axisFontSize);
+}
+
+AxisXUnit SignalDrawing::unitX(const SignalFormat& format) const {
+    return format.framesPerSecond > 0.0 ? static_cast<AxisXUnit>(settings_.axisXUnit) : AxisXUnit::Samples;
+}
+
+void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t nowMs) {
+    if (!converter_.enabled) {
+        return;
+    }
+    const SignalFormat& format = signal.format();
+    const AxisXUnit unit = unitX(format);
+    const auto axisOf = [&](double frame) { return axisXOfFrame(frame - shown.origin, unit, format.framesPerSecond); };
+    SCOPERAFrames frames{};
+    const size_t buckets = std::max<size_t>(scoper_.PixelWidth(), kLeastBuckets);
+    if (signal.screens().build(shown.first, shown.end, buckets, screen_) && !screen_.runs.empty() &&
+        convert(signal, frames)) {
+        const Screen::Run& run = screen_.runs.back();
+        const double step = static_cast<double>(screen_.bucketFrames) / static_cast<double>(screen_.rowsPerBucket());
+        frames.m_fFirstX = axisOf(static_cast<double>(run.firstFrame));
+        frames.m_fStepX = axisXOfFrame(step, unit, format.framesPerSecond);
+        scoper_.SetFrames(&frames);
+    } else {
+        clear();
+    }
+    scoper_.SetOption(kScoperaOptionPoints, settings_.pixelsMode ? 1 : 0);
+    scoper_.SetRange(kScoperaAxisX, axisOf(shown.low), axisOf(shown.high));
+    scaleY(signal, nowMs);
+    setTexts(unit);
+}
+
+// Frames that are not in one piece (some were lost to the view) are drawn from the last gap on.
+bool SignalDrawing::convert(ShownSignal& signal, SCOPERAFrames& frames) {
+    const SignalFormat& format = signal.format();
+    const Screen::Run& run = screen_.runs.back();
+    const size_t channels = format.channelCount();
+    std::vector<int32_t> channelColors(channels);
+    for (size_t i = 0; i < channels; ++i) {
+        channelColors[i] =
+            settings_.channels[static_cast<size_t>(signal.channelNumber(i)) % settings_.channels.size()].color;
+    }
+    const DigitalSettings digital{settings_.digitalLines, format.maximumCode};
+    converter_.word = format.word;
+    const std::byte* words = screen_.words.data() + run.firstRow * format.frameBytes();
+    const size_t samples = run.rows * channels;
+    const bool wide = format.word.sampleWidth == 4;
+    size_t count = 0;
+    int32_t result = 0;
+    if (wide) {
+        const int32_t* values = nullptr;
+        result =
+            ConvertForDisplay32(converter_, reinterpret_cast<const int32_t*>(words), samples, &values, &count, channels,
+                                &columnCount_, settings_.showSignalMode, digital, channelColors, &columnColors_);
+        frames.m_pSamples = values;
+    } else {
+        const int16_t* values = nullptr;
+        result =
+            ConvertForDisplay16(converter_, reinterpret_cast<const int16_t*>(words), samples, &values, &count, channels,
+                                &columnCount_, settings_.showSignalMode, digital, channelColors, &columnColors_);
+        frames.m_pSamples = values;
+    }
+    if (result != 1 || columnCount_ == 0) {
+        return false;
+    }
+    frames.m_nColumns = static_cast<uint32_t>(columnCount_);
+    frames.m_nFrames = count / columnCount_;
+    const bool isSigned = format.word.signedCodes;
+    frames.m_nSampleFormat =
+        wide ? (isSigned ? kScoperaSigned32 : kScoperaUnsigned32) : (isSigned ? kScoperaSigned16 : kScoperaUnsigned16);
+    return frames.m_nFrames > 0;
+}
+
+std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& signal) const {
+    const SignalFormat& format = signal.format();
+    const size_t analog = showMode(settings_) == ShowMode::Digital ? 0 : format.channelCount();
+    std::vector<Column> columns(columnCount_);
+    for (size_t i = 0; i < columns.size(); ++i) {
+        Column& column = columns[i];
+        if (i < analog) {
+            column.key = signal.channelNumber(i);
+            column.name = numbered(TextId::ChannelName, column.key);
+            column.scale = axisYScale(format, i, unitY_);
+        } else {
+            const auto line = static_cast<int32_t>(i - analog);
+            column.key = -1 - line;
+            column.name = numbered(TextId::DigitalLineName, line);
+            column.scale = digitalAxisYScale(format, unitY_);
+        }
+        column.color = i < columnColors_.size() ? static_cast<uint32_t>(columnColors_[i]) : 0;
+        column.visible = !hidden_.contains(column.key);
+    }
+    return columns;
+}
+
+void SignalDrawing::setColumns(std::vector<Column> columns) {
+    if (columns == columns_) {
+        return;
+    }
+    columns_ = std::move(columns);
+    std::vector<SCOPERAColumn> handed;
+    handed.reserve(columns_.size());
+    for (const Column& column : columns_) {
+        handed.push_back(
+            {column.name.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor, column.scale.offset});
+    }
+    scoper_.SetColumns(handed.data(), static_cast<uint32_t>(handed.size()));
+}
+
+void SignalDrawing::switchColumn(uint32_t column, bool visible) {
+    if (column >= columns_.size()) {
+        return;
+    }
+    columns_[column].visible = visible;
+    if (visible) {
+        hidden_.erase(columns_[column].key);
+    } else {
+        hidden_.insert(columns_[column].key);
+    }
+}
+
+void SignalDrawing::zoomY(std::optional<AxisRange> range) {
+    zoomY_ = range;
+    if (zoomY_) {
+        zoomY_->low /= unitsPerVolt(unitY_);
+        zoomY_->high /= unitsPerVolt(unitY_);
+    }
+}
+
+bool SignalDrawing::moving() const {
+    return settings_.axisYAutoMode && scale_.moving();
+}
+
+// A scale that the user gives lies around 0, or above it when nothing below can come.
+AxisRange SignalDrawing::userRange(const SignalFormat& format) const {
+    const double value = settings_.axisYValue > 0.0 ? settings_.axisYValue : 1.0;
+    const bool positive = showsCodes(settings_)
+                              ? format.minimumCode >= 0
+                              : std::all_of(format.channels.begin(), format.channels.end(),
+                                            [](const SignalFormat::Channel& channel) { return channel.lower >= 0.0; });
+    const double base = value / unitsPerVolt(unitY_);
+    return {positive ? 0.0 : -base, base};
+}
+
+// Digital lines alone are drawn over the whole code range, so that they keep their places.
+AxisRange SignalDrawing::digitalRange(const SignalFormat& format) const {
+    const LinearScale scale = digitalAxisYScale(format, showsCodes(settings_) ? AxisYUnit::Codes : AxisYUnit::Volts);
+    const double low = scale.of(format.minimumCode);
+    const double high = scale.of(format.maximumCode);
+    const double margin = (high - low) / 50.0;
+    return {low - margin, high + margin};
+}
+
+// A unit of the user's own choice stays; the automatic one follows the automatic scale, or the range of the board.
+AxisYUnit SignalDrawing::chooseUnitY(const SignalFormat& format) const {
+    const auto chosen = static_cast<AxisYUnit>(settings_.axisYMode);
+    if (chosen != AxisYUnit::Automatic) {
+        return chosen;
+    }
+    const bool known = settings_.axisYAutoMode && unitY_ != AxisYUnit::Codes;
+    return known ? unitY_ : unitForVolts(fullScaleVolts(format));
+}
+
+void SignalDrawing::scaleY(const ShownSignal& signal, uint64_t nowMs) {
+    const SignalFormat& format = signal.format();
+    unitY_ = chooseUnitY(format);
+    setColumns(columnsOf(signal));
+    AxisRange range;
+    if (zoomY_) {
+        range = *zoomY_;
+    } else if (!settings_.axisYAutoMode) {
+        range = userRange(format);
+    } else if (showMode(settings_) == ShowMode::Digital) {
+        range = digitalRange(format);
+    } else {
+        range = automaticRange(nowMs);
+    }
+    const bool automaticUnit = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
+    if (automaticUnit && settings_.axisYAutoMode && range.low < range.high) {
+        unitY_ = unitForVolts(largest(range));
+        setColumns(columnsOf(signal));
+    }
+    if (range.low < range.high) {
+        const double units = unitsPerVolt(unitY_);
+        scoper_.SetRange(kScoperaAxisY, range.low * units, range.high * units);
+    }
+}
+
+// The extremes come in the unit of the columns that were handed over last.
+AxisRange SignalDrawing::automaticRange(uint64_t nowMs) {
+    constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
+    AxisRange visible{kNothing, kNothing};
+    if (scoper_.GetExtremes(&visible.low, &visible.high) == 1) {
+        visible.low /= unitsPerVolt(unitY_);
+        visible.high /= unitsPerVolt(unitY_);
+    }
+    return scale_.update(visible, nowMs);
+}
+
+void SignalDrawing::setTexts(AxisXUnit unitX) {
+    const std::pair labels{unitX, unitY_};
+    if (labels_ == labels) {
+        return;
+    }
+    labels_ = labels;
+    scoper_.SetText(kScoperaTextLabelX, uiText(textOf(unitX)).toUtf8().constData());
+    scoper_.SetText(kScoperaTextLabelY, uiText(textOf(unitY_)).toUtf8().constData());
+}
+
+}  // namespace tarno2

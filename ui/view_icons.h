@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QIcon>
+#include <QPalette>
+
+namespace tarno2 {
+
+/// The picture of a way to follow the data (0 none, 1 recorder, 2 recorder with zeroing), drawn in the palette's
+/// colours and sharp at every scale.
+[[nodiscard]] QIcon followIcon(int mode, const QPalette& palette);
+
+}  // namespace tarno2
