@@ -10,8 +10,6 @@
 
 namespace tarno2 {
 
-class File;
-
 /// Result codes of `DiskSpeedTester::Measure`.
 enum DiskSpeedCode : int32_t {
     kDiskSpeedOk = 0,
@@ -49,9 +47,7 @@ public:
 
 private:
     [[nodiscard]] const MeasuredFolder* remembered(const std::string& folder) const;
-    [[nodiscard]] int32_t measureFolder(const std::string& folder, double& speed);
-    [[nodiscard]] int32_t writeRounds(const std::string& folder, const std::byte* block, double& speed);
-    [[nodiscard]] uint64_t timeToWrite(File& file, const std::byte* block, uint32_t blocks, bool& failed);
+    [[nodiscard]] int32_t measureFolder(const std::string& folder, const std::byte* block, double& speed);
 
     std::function<uint64_t()> clock_;
     bool enabled_ = true;

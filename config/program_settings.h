@@ -77,6 +77,7 @@ struct ProgramSettings {
     int32_t stopPower = 0;        ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
     int32_t cutModeValue = 1024;  ///< MiB
     std::string fileName;         ///< of the last recording
+    int32_t decimation = 1;       ///< keep the first of so many frames
 
     /// Channels of the board: the lists of the channel table are written and read for as many. While no board is known
     /// all are kept.

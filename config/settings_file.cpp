@@ -79,6 +79,9 @@ public:
 
     void operator()(const IntegerSetting& setting) {
         const int32_t value = setting.get(settings_);
+        if (setting.rare && value == setting.lowest) {
+            return;
+        }
         if (setting.byte) {
             file_.WriteUInt8(key_.c_str(), static_cast<uint8_t>(value), comment_.c_str(), false);
         } else {

@@ -52,6 +52,14 @@ constexpr IntegerSetting byte(int32_t lowest, int32_t highest) {
     return setting;
 }
 
+/// An integer that few operators change; it starts with its lowest value.
+template <auto... Path>
+constexpr IntegerSetting rareInteger(int32_t lowest, int32_t highest) {
+    IntegerSetting setting = integer<Path...>(lowest, highest);
+    setting.rare = true;
+    return setting;
+}
+
 template <auto... Path>
 constexpr IntegerSetting flag() {
     return byte<Path...>(0, 1);
@@ -286,6 +294,7 @@ constexpr SettingRow kTable[] = {
      byte<&Settings::textExport, &TextExportSettings::columnDividerCount>(1, 255)},
     {TextId::CommentTextMaxLineCount, nullptr,
      integer<&Settings::textExport, &TextExportSettings::maxLineCount>(0, kMost)},
+    {TextId::DecimationHint, "Decimation", rareInteger<&Settings::decimation>(1, kMost)},
 };
 
 /// Keys are the same in every language.

@@ -22,6 +22,7 @@ struct IntegerSetting {
     bool byte;  ///< an 8-bit value
     int32_t (*get)(const ProgramSettings&);
     void (*set)(ProgramSettings&, int32_t);
+    bool rare = false;  ///< written only when it is not the lowest value, which it starts with
 };
 
 struct RealSetting {

@@ -6,7 +6,7 @@
 
 namespace tarno2 {
 
-/// What an operator can switch or choose only when the board and its driver offer it.
+/// What an operator can switch only when the board and its driver offer it.
 enum class BoardOption {
     ExternalStart,
     Differential,
@@ -20,5 +20,7 @@ enum class BoardOption {
 [[nodiscard]] bool offers(const BoardFacts& board, BoardOption option);
 /// The BoardModeBits that the board offers.
 [[nodiscard]] uint32_t offeredModes(const BoardFacts& board);
+/// The gain that a channel is recorded with: the one asked for, or the board's first when it lacks that one.
+[[nodiscard]] int32_t usableGain(const BoardFacts& board, int32_t gain);
 
 }  // namespace tarno2

@@ -15,6 +15,19 @@ QString plainText(TextId id) {
     return uiText(id).remove(QLatin1Char('&'));
 }
 
+QString uiText(TextId id, const QStringList& values) {
+    QString text = uiText(id);
+    qsizetype at = 0;
+    for (const QString& value : values) {
+        while (at < text.size() && !(text[at] == QLatin1Char('%') && at + 1 < text.size() && text[at + 1].isLetter())) {
+            ++at;
+        }
+        text.replace(at, 2, value);
+        at += value.size();
+    }
+    return text;
+}
+
 QString fromCodePage(const std::string& text) {
     return QString::fromStdU16String(cp1251ToUtf16(text));
 }

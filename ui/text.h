@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <string>
 
 #include "language/text_ids.h"
@@ -11,6 +12,9 @@ namespace tarno2 {
 [[nodiscard]] QString uiText(TextId id);
 /// The same without the "&" that marks a mnemonic, for places that are no menu or label.
 [[nodiscard]] QString plainText(TextId id);
+
+/// A text with its conversions (%s, %d) replaced by the values, in order.
+[[nodiscard]] QString uiText(TextId id, const QStringList& values);
 
 /// Texts between the program's code page (1251) and the windows. What the code page lacks becomes "?".
 [[nodiscard]] QString fromCodePage(const std::string& text);

@@ -33,7 +33,7 @@ signals:
     void hardwareAverageChanged(bool on);
 
 private:
-    void fillDrivers(const BoardSelection& selection);
+    void fillDrivers(BoardSelection& selection);
     void fillBoards(const BoardSelection& selection);
     void fillDrqNumbers(BoardSelection& selection);
     void showFacts();

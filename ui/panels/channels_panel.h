@@ -40,7 +40,6 @@ signals:
     void extendedViewChanged(bool on);
 
 private:
-    void fillGains();
     void showCount();
 
     ChannelTable* table_;

@@ -19,7 +19,8 @@ class OptionBox;
 
 /// Where the recording goes and when it ends: `FileNameEdit`, `ButtonSetFileName`, `StopModeBox`, `StopValueBox`,
 /// `StopPowerBox`, `CutModeBox`, `CutModeValueBox`, `AutoModeCutBox`, `HDDTestSpeedBox`, and the labels
-/// `FreeSpaceLabel`, `DiskSpeedLabel`, `NeedLabel`, `DiskLastsLabel`, `PiecesLabel`, `FileProblemLabel`.
+/// `FreeSpaceLabel`, `DiskSpeedLabel`, `NeedLabel`, `DiskLastsLabel`, `PiecesLabel`, `FileProblemLabel`,
+/// `DiskWarningLabel`.
 class FilePanel : public SettingsPanel {
     Q_OBJECT
 
@@ -52,6 +53,8 @@ signals:
     void diskSpeedCheckChanged(bool on);
 
 private:
+    void layOut();
+    void connectControls();
     void fillUnits();
     void showAvailability();
     void showDisk();
@@ -78,6 +81,7 @@ private:
     FileNameFindings findings_;
     RecordingNeed need_;
     bool measuring_ = false;
+    bool nameChanged_ = false;  ///< by typing, since editing began
 };
 
 }  // namespace tarno2

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "ui/panels/settings_panel.h"
@@ -40,6 +41,8 @@ private:
     void keepFrequency();
     void showAvailability();
     void showRate();
+    [[nodiscard]] std::pair<float, float> limits() const;
+    [[nodiscard]] QString limitsText() const;
     void fieldEdited();
 
     QLabel* frequencyLabel_;

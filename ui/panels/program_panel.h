@@ -5,7 +5,7 @@
 
 #include "ui/panels/settings_panel.h"
 
-class QFontComboBox;
+class QComboBox;
 class QLabel;
 class QRadioButton;
 class QSpinBox;
@@ -15,8 +15,8 @@ namespace tarno2 {
 class OptionBox;
 
 /// The program's own settings: `RussianChooseButton`, `EnglishChooseButton`, `StayOnTopBox`, `AutoStartOnRunBox`,
-/// `CycleStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `ProgramFolderLabel`. The language can be
-/// changed while the rest is locked, and so can the window's place on top and the axis font.
+/// `CycleStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `DebugLogPathLabel`, `ProgramFolderLabel`.
+/// What does not touch a running recording is never locked: language, place on top, cycle start, axis font.
 class ProgramPanel : public SettingsPanel {
     Q_OBJECT
 
@@ -27,7 +27,6 @@ public:
     void load(const ProgramSettings& settings) override;
     void store(ProgramSettings& settings) const override;
     void retranslate() override;
-    void setLocked(bool locked) override;
 
     // These follow changes that were made elsewhere and say nothing of it.
     void setLanguage(InterfaceLanguage language);
@@ -45,7 +44,12 @@ signals:
     void axisFontChanged();
     void debugLogChanged(bool on);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
+    void connectControls();
+
     QLabel* languageLabel_;
     QRadioButton* russian_;
     QRadioButton* english_;
@@ -53,12 +57,14 @@ private:
     OptionBox* startOnLoad_;
     OptionBox* cycleStart_;
     QLabel* fontLabel_;
-    QFontComboBox* fontName_;
+    QComboBox* fontName_;
     QSpinBox* fontSize_;
     OptionBox* debugLog_;
+    QLabel* debugPathLabel_;
     QLabel* folderLabel_;
     QString programFolder_;
     QString debugLogPath_;
+    bool fontsListed_ = false;
 };
 
 }  // namespace tarno2

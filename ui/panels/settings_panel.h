@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
+#include <map>
 
 #include "config/program_settings.h"
 #include "core/board_selection.h"
@@ -27,7 +29,7 @@ public:
     /// Another driver or board is chosen, or the same one was looked at anew: lists are filled again, and what the
     /// board does not offer is switched off, with the reason as hint. Says nothing of it.
     virtual void boardChanged(BoardSelection& /*selection*/) {}
-    /// While a recording runs nothing can be changed; the hint says so.
+    /// While a recording runs nothing can be changed, and the hints say so.
     virtual void setLocked(bool locked);
     [[nodiscard]] bool locked() const { return locked_; }
 
@@ -35,7 +37,24 @@ signals:
     /// The operator has changed a setting.
     void changed();
 
+protected:
+    /// From now on the panel decides whether the control can be used and what its hint says.
+    void manage(QWidget* control, bool lockable = true);
+    /// The hint of a control that can be used.
+    void setHint(QWidget* control, const QString& hint);
+    /// A control that can't be used because of the board (`TextId::NotOfferedHint`) or of other settings.
+    void setAvailable(QWidget* control, bool available, const QString& reason);
+
 private:
+    struct Control {
+        bool lockable = true;
+        bool available = true;
+        QString hint;
+        QString reason;  ///< why it is not available
+    };
+    void refresh(QWidget* widget, const Control& control) const;
+
+    std::map<QWidget*, Control> controls_;
     bool locked_ = false;
 };
 

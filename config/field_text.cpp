@@ -1,0 +1,45 @@
+#include "config/field_text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "platform/c_locale.h"
+
+namespace tarno2 {
+
+std::string plainNumber(std::string_view text) {
+    const auto first = text.find_first_not_of(" \t");
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    std::string number(text.substr(first, text.find_last_not_of(" \t") - first + 1));
+    std::replace(number.begin(), number.end(), ',', '.');
+    return number;
+}
+
+std::optional<double> parseNumberField(std::string_view text) {
+    const std::string number = plainNumber(text);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (error != std::errc() || end != number.data() + number.size() || !std::isfinite(value)) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::string frequencyText(double hertz) {
+    std::array<char, 64> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(hertz),
+                                            std::chars_format::fixed);
+    return error == std::errc() ? std::string(digits.data(), end) : std::string();
+}
+
+std::string durationText(double seconds) {
+    constexpr double kMost = 1e12;
+    const auto whole = static_cast<long long>(std::clamp(seconds, 0.0, kMost));
+    return formatText("%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+}  // namespace tarno2

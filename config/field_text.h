@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarno2 {
+
+// Numbers in the windows' fields and labels. They don't depend on the locale of the process: "." is the decimal
+// character, and "," is taken for it, as a Russian keyboard types it.
+
+/// The text as a number field means it: without blanks around and with a point; it need not be a number.
+[[nodiscard]] std::string plainNumber(std::string_view text);
+/// The number that the whole text is; nothing when it is none or not finite.
+[[nodiscard]] std::optional<double> parseNumberField(std::string_view text);
+/// A frequency in Hz as the boards know it, in single precision, with no digit more than that takes: "44100",
+/// "33333.332".
+[[nodiscard]] std::string frequencyText(double hertz);
+/// A duration as "1:02:03" (hours, minutes, seconds, rounded down); hours go on growing.
+[[nodiscard]] std::string durationText(double seconds);
+
+}  // namespace tarno2

@@ -1,0 +1,90 @@
+#include "config/file_name_check.h"
+
+#include "config/debug_log.h"
+#include "config/file_naming.h"
+
+namespace tarno2 {
+
+namespace {
+
+std::optional<TextId> nameText(NameProblem problem) {
+    switch (problem) {
+        case NameProblem::Empty:
+            return TextId::FileNameEmpty;
+        case NameProblem::EqualsDescription:
+            return TextId::FileNameEqualsDescription;
+        case NameProblem::IsFolder:
+            return TextId::FileNameIsFolder;
+        case NameProblem::None:
+            break;
+    }
+    return std::nullopt;
+}
+
+std::optional<TextId> diskText(int32_t type) {
+    switch (type) {
+        case -1:
+            return TextId::ModuleFileNameError;
+        case -2:
+            return TextId::NotLocalDrive;
+        case -3:
+            return TextId::UnknownDrive;
+        default:
+            return std::nullopt;
+    }
+}
+
+void logSpeed(int32_t code, double speed) {
+    switch (code) {
+        case kDiskSpeedOk:
+            DEBUG_LOG("HDD speed: %lf", speed);
+            break;
+        case kDiskSpeedOff:
+            DEBUG_LOG("HDD speed: Check OFF");
+            break;
+        default:
+            DEBUG_LOG("HDD speed: ERROR");
+            break;
+    }
+}
+
+}  // namespace
+
+int32_t nameCheckCode(NameProblem problem) {
+    switch (problem) {
+        case NameProblem::Empty:
+            return -5;
+        case NameProblem::EqualsDescription:
+            return -6;
+        case NameProblem::IsFolder:
+            return -7;
+        case NameProblem::None:
+            break;
+    }
+    return 0;
+}
+
+FileNameFindings FileNameEditChange(const std::string& name, DiskSpeedTester& tester,
+                                    const std::function<void()>& beforeMeasuring) {
+    FileNameFindings findings;
+    const NameProblem problem = checkDataFileName(name);
+    findings.nameCode = nameCheckCode(problem);
+    findings.problem = nameText(problem);
+    DEBUG_LOG("FileNameEditChange: File = \"%s\" RezultCode = %d", name.c_str(), findings.nameCode);
+    if (findings.problem) {
+        return findings;
+    }
+    const std::string file = withDataExtension(name);
+    findings.problem = diskText(DiskInfo(file, findings.disk));
+    if (findings.problem) {
+        return findings;
+    }
+    if (beforeMeasuring && tester.wouldWrite(file.c_str())) {
+        beforeMeasuring();
+    }
+    findings.speedCode = tester.Measure(file.c_str(), findings.speed);
+    logSpeed(findings.speedCode, findings.speed);
+    return findings;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,248 @@
+#include "ui/channel_model.h"
+
+#include <QColor>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "ui/color.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber, TextId::ColorCaption,
+                                 TextId::ColumnGain,    TextId::ColumnRange,  TextId::ColumnValue,
+                                 TextId::ColumnMinimum, TextId::ColumnMaximum};
+
+/// Decimals that show about a ten-thousandth of the range.
+int decimalsFor(double limit) {
+    return limit > 0.0 ? std::clamp(4 - static_cast<int>(std::floor(std::log10(limit))), 0, 9) : 4;
+}
+
+}  // namespace
+
+void ChannelModel::load(const ProgramSettings& settings) {
+    channels_ = settings.channels;
+    for (int row = 0; row < rows_; ++row) {
+        takeRange(row);
+    }
+    rowsChanged(Active, Range);
+}
+
+void ChannelModel::store(ProgramSettings& settings) const {
+    settings.channels = channels_;
+    settings.channelCount = rows_ > 0 ? rows_ : kMaximumChannelCount;
+}
+
+void ChannelModel::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, RangeOf rangeOf) {
+    beginResetModel();
+    rows_ = static_cast<int>(std::min<size_t>(channelCount, channels_.size()));
+    gains_ = gains;
+    rangeOf_ = std::move(rangeOf);
+    readings_.fill({});
+    for (int row = 0; row < rows_; ++row) {
+        takeRange(row);
+    }
+    endResetModel();
+}
+
+void ChannelModel::retranslate() {
+    emit headerDataChanged(Qt::Horizontal, 0, ColumnCount - 1);
+}
+
+int32_t ChannelModel::gainOf(int row) const {
+    const int32_t gain = channel(row).gain;
+    const bool known = std::find(gains_.begin(), gains_.end(), gain) != gains_.end();
+    return known || gains_.empty() ? gain : gains_.front();
+}
+
+void ChannelModel::takeRange(int row) {
+    limits_[static_cast<size_t>(row)] = rangeOf_ ? rangeOf_(row, gainOf(row)) : 0.0;
+}
+
+void ChannelModel::rowsChanged(int firstColumn, int lastColumn) {
+    if (rows_ > 0) {
+        emit dataChanged(index(0, firstColumn), index(rows_ - 1, lastColumn));
+    }
+}
+
+void ChannelModel::setActive(const std::vector<int>& rows, bool on) {
+    for (const int row : rows) {
+        channels_[static_cast<size_t>(row)].active = on;
+    }
+    rowsChanged(Active, Maximum);
+    emit edited();
+}
+
+void ChannelModel::invertActive() {
+    for (int row = 0; row < rows_; ++row) {
+        bool& active = channels_[static_cast<size_t>(row)].active;
+        active = !active;
+    }
+    rowsChanged(Active, Maximum);
+    emit edited();
+}
+
+void ChannelModel::setGain(const std::vector<int>& rows, int32_t gain) {
+    for (const int row : rows) {
+        channels_[static_cast<size_t>(row)].gain = gain;
+        takeRange(row);
+    }
+    rowsChanged(Gain, Range);
+    emit edited();
+}
+
+void ChannelModel::stepGain(const std::vector<int>& rows, int step) {
+    for (const int row : rows) {
+        const auto at = std::find(gains_.begin(), gains_.end(), gainOf(row)) - gains_.begin();
+        const auto next = at + step;
+        if (next >= 0 && next < static_cast<std::ptrdiff_t>(gains_.size())) {
+            channels_[static_cast<size_t>(row)].gain = gains_[static_cast<size_t>(next)];
+            takeRange(row);
+        }
+    }
+    rowsChanged(Gain, Range);
+    emit edited();
+}
+
+void ChannelModel::setColor(int row, int32_t color) {
+    channels_[static_cast<size_t>(row)].color = color;
+    emit dataChanged(index(row, Color), index(row, Color));
+    emit edited();
+}
+
+void ChannelModel::setLive(std::span<const ChannelReading> readings) {
+    for (const ChannelReading& reading : readings) {
+        if (reading.channel < 0 || reading.channel >= rows_) {
+            continue;
+        }
+        Reading& shown = readings_[static_cast<size_t>(reading.channel)];
+        shown.value = reading.value;
+        shown.minimum = shown.known ? std::min(shown.minimum, reading.minimum) : reading.minimum;
+        shown.maximum = shown.known ? std::max(shown.maximum, reading.maximum) : reading.maximum;
+        shown.known = true;
+    }
+    rowsChanged(Value, Maximum);
+}
+
+void ChannelModel::resetExtremes() {
+    readings_.fill({});
+    rowsChanged(Value, Maximum);
+}
+
+int ChannelModel::activeCount() const {
+    const auto* end = channels_.data() + rows_;
+    return static_cast<int>(
+        std::count_if(channels_.data(), end, [](const ChannelSettings& channel) { return channel.active; }));
+}
+
+int ChannelModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : rows_;
+}
+
+int ChannelModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QString ChannelModel::voltage(double volts, int row) const {
+    return QString::number(volts, 'f', decimalsFor(limits_[static_cast<size_t>(row)]));
+}
+
+QString ChannelModel::cellText(int row, int column) const {
+    const Reading& reading = readings_[static_cast<size_t>(row)];
+    const double limit = limits_[static_cast<size_t>(row)];
+    switch (column) {
+        case Number:
+            return QString::number(row);
+        case Gain:
+            return QString::number(gainOf(row));
+        case Range:
+            return limit > 0.0 ? QStringLiteral("\u00B1%1").arg(limit, 0, 'g', 4) : QString();
+        case Value:
+            return reading.known ? voltage(reading.value, row) : QString();
+        case Minimum:
+            return reading.known ? voltage(reading.minimum, row) : QString();
+        case Maximum:
+            return reading.known ? voltage(reading.maximum, row) : QString();
+        default:
+            return {};
+    }
+}
+
+QString ChannelModel::widestText(int column) const {
+    switch (column) {
+        case Number:
+            return QStringLiteral("888");
+        case Gain:
+            return QStringLiteral("8888");
+        case Range:
+            return QStringLiteral("\u00B10.8888");
+        case Value:
+        case Minimum:
+        case Maximum:
+            return QStringLiteral("-88.88888");
+        default:
+            return QStringLiteral("88");
+    }
+}
+
+QVariant ChannelModel::data(const QModelIndex& index, int role) const {
+    const int row = index.row();
+    const int column = index.column();
+    switch (role) {
+        case Qt::DisplayRole:
+            return cellText(row, column);
+        case Qt::CheckStateRole:
+            return column == Active ? QVariant(channel(row).active ? Qt::Checked : Qt::Unchecked) : QVariant();
+        case Qt::DecorationRole:
+            return column == Color ? QVariant(fromBgr(channel(row).color)) : QVariant();
+        case Qt::EditRole:
+            return column == Gain ? QVariant(gainOf(row)) : QVariant();
+        case Qt::TextAlignmentRole:
+            return column >= Number && column != Color ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+        case Qt::AccessibleTextRole:
+            return column == Color ? QVariant(fromBgr(channel(row).color).name()) : QVariant();
+        default:
+            return {};
+    }
+}
+
+QVariant ChannelModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal || section < 0 || section >= ColumnCount) {
+        return {};
+    }
+    if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
+        return uiText(kHeaders[static_cast<size_t>(section)]);
+    }
+    return {};
+}
+
+Qt::ItemFlags ChannelModel::flags(const QModelIndex& index) const {
+    Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
+    if (!locked_ && index.column() == Active) {
+        flags |= Qt::ItemIsUserCheckable;
+    }
+    if (!locked_ && index.column() == Gain) {
+        flags |= Qt::ItemIsEditable;
+    }
+    return flags;
+}
+
+bool ChannelModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+    if (!index.isValid() || locked_) {
+        return false;
+    }
+    if (index.column() == Active && role == Qt::CheckStateRole) {
+        setActive({index.row()}, value.toInt() == Qt::Checked);
+        return true;
+    }
+    if (index.column() == Gain && role == Qt::EditRole) {
+        setGain({index.row()}, value.toInt());
+        return true;
+    }
+    return false;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,293 @@
+#include "ui/channel_table.h"
+
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QDateTime>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <algorithm>
+#include <set>
+
+#include "ui/channel_model.h"
+#include "ui/color.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+// Digits of one number come within this time, milliseconds.
+constexpr qint64 kDigitPause = 1000;
+
+// To choose from, 0xRRGGBB: told apart on light and dark grounds alike.
+constexpr QRgb kColors[] = {0x1F77B4, 0xD62728, 0x2CA02C, 0x9467BD, 0xFF7F0E, 0x8C564B, 0xE377C2, 0x7F7F7F, 0xBCBD22,
+                            0x17BECF, 0x000080, 0x8B0000, 0x006400, 0xC000C0, 0xB8860B, 0x000000, 0x5DADEC, 0xFF6F61};
+
+/// The gain of one channel: a list of the board's gains where the cell was.
+class GainDelegate : public QStyledItemDelegate {
+public:
+    GainDelegate(const ChannelModel& model, QObject* parent) : QStyledItemDelegate(parent), model_(model) {}
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                          const QModelIndex& /*index*/) const override {
+        auto* list = new QComboBox(parent);
+        for (const int32_t gain : model_.gains()) {
+            list->addItem(QString::number(gain), gain);
+        }
+        return list;
+    }
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+        auto* list = static_cast<QComboBox*>(editor);
+        list->setCurrentIndex(list->findData(index.data(Qt::EditRole)));
+    }
+    void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
+        model->setData(index, static_cast<QComboBox*>(editor)->currentData(), Qt::EditRole);
+    }
+
+private:
+    const ChannelModel& model_;
+};
+
+QIcon colorIcon(const QColor& color, int size) {
+    QPixmap pixmap(size, size);
+    pixmap.fill(color);
+    return pixmap;
+}
+
+}  // namespace
+
+ChannelTable::ChannelTable(QWidget* parent) : QTableView(parent), model_(new ChannelModel(this)) {
+    setObjectName(QStringLiteral("ChannelTable"));
+    setModel(model_);
+    setItemDelegateForColumn(ChannelModel::Gain, new GainDelegate(*model_, this));
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    // Tab leaves the table; the arrows move in it.
+    setTabKeyNavigation(false);
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setWordWrap(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setMinimumSectionSize(16);
+    setExtendedView(false);
+    connect(model_, &ChannelModel::edited, this, &ChannelTable::changed);
+    connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
+        if (index.column() == ChannelModel::Color) {
+            chooseColor(index.row());
+        }
+    });
+    retranslate();
+}
+
+void ChannelTable::load(const ProgramSettings& settings) {
+    model_->load(settings);
+}
+
+void ChannelTable::store(ProgramSettings& settings) const {
+    model_->store(settings);
+}
+
+void ChannelTable::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf) {
+    model_->setBoard(channelCount, gains, rangeOf);
+    fitColumns();
+    if (model_->rowCount() > 0) {
+        setCurrentIndex(model_->index(0, ChannelModel::Number));
+    }
+}
+
+void ChannelTable::retranslate() {
+    model_->retranslate();
+    setAccessibleName(uiText(TextId::PanelChannels));
+    setToolTip(locked_ ? uiText(TextId::PanelLockedHint) : uiText(TextId::ChannelTableHint));
+    fitColumns();
+}
+
+void ChannelTable::setExtendedView(bool on) {
+    for (const int column : {ChannelModel::Value, ChannelModel::Minimum, ChannelModel::Maximum}) {
+        setColumnHidden(column, !on);
+    }
+    updateGeometry();
+}
+
+void ChannelTable::setLocked(bool locked) {
+    locked_ = locked;
+    model_->setLocked(locked);
+    retranslate();
+}
+
+void ChannelTable::setLive(std::span<const ChannelReading> readings) {
+    model_->setLive(readings);
+}
+
+void ChannelTable::resetExtremes() {
+    model_->resetExtremes();
+}
+
+std::vector<int> ChannelTable::markedRows() const {
+    std::set<int> rows;
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            rows.insert(row);
+        }
+    }
+    return {rows.begin(), rows.end()};
+}
+
+std::vector<int> ChannelTable::allRows() const {
+    std::vector<int> rows(static_cast<size_t>(model_->rowCount()));
+    for (size_t i = 0; i < rows.size(); ++i) {
+        rows[i] = static_cast<int>(i);
+    }
+    return rows;
+}
+
+void ChannelTable::selectAllChannels() {
+    if (!locked_) {
+        model_->setActive(allRows(), true);
+    }
+}
+
+void ChannelTable::invertSelection() {
+    if (!locked_) {
+        model_->invertActive();
+    }
+}
+
+void ChannelTable::setGain(int32_t gain) {
+    if (locked_) {
+        return;
+    }
+    const std::vector<int> rows = markedRows();
+    model_->setGain(rows.empty() ? allRows() : rows, gain);
+}
+
+/// All marked rows become the same: on, unless all of them are on already.
+void ChannelTable::toggleMarked() {
+    const std::vector<int> rows = markedRows();
+    const bool allOn = std::all_of(rows.begin(), rows.end(), [this](int row) { return model_->channel(row).active; });
+    model_->setActive(rows, !allOn);
+}
+
+/// Digits typed one after the other are a gain; false when no gain of the board begins so.
+bool ChannelTable::digitTyped(const QString& digit) {
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const QString joined = now - typedAt_ < kDigitPause ? typedGain_ + digit : digit;
+    typedAt_ = now;
+    for (const QString& text : {joined, digit}) {
+        const auto& known = gains();
+        auto found =
+            std::find_if(known.begin(), known.end(), [&text](int32_t gain) { return QString::number(gain) == text; });
+        if (found == known.end()) {
+            found = std::find_if(known.begin(), known.end(),
+                                 [&text](int32_t gain) { return QString::number(gain).startsWith(text); });
+        }
+        if (found != known.end()) {
+            typedGain_ = text;
+            setGain(*found);
+            return true;
+        }
+    }
+    typedGain_.clear();
+    return false;
+}
+
+void ChannelTable::keyPressEvent(QKeyEvent* event) {
+    const bool control = (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
+    const QString typed = event->text();
+    if (event->matches(QKeySequence::SelectAll)) {
+        selectAll();
+    } else if (locked_) {
+        QTableView::keyPressEvent(event);
+    } else if (event->key() == Qt::Key_I && event->modifiers() == Qt::ControlModifier) {
+        invertSelection();
+    } else if (control) {
+        QTableView::keyPressEvent(event);
+    } else if (event->key() == Qt::Key_Space) {
+        toggleMarked();
+    } else if (typed == QLatin1String("+") || typed == QLatin1String("-")) {
+        model_->stepGain(markedRows(), typed == QLatin1String("+") ? 1 : -1);
+    } else if (typed.size() == 1 && typed[0].isDigit()) {
+        digitTyped(typed);
+    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_F2) &&
+               currentIndex().column() == ChannelModel::Color) {
+        chooseColor(currentIndex().row());
+    } else {
+        QTableView::keyPressEvent(event);
+    }
+}
+
+void ChannelTable::contextMenuEvent(QContextMenuEvent* event) {
+    QMenu menu(this);
+    menu.setObjectName(QStringLiteral("ChannelMenu"));
+    QAction* all = menu.addAction(uiText(TextId::SelectAll), this, &ChannelTable::selectAllChannels);
+    QAction* invert = menu.addAction(uiText(TextId::InvertSelection), this, &ChannelTable::invertSelection);
+    invert->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_I));
+    all->setEnabled(!locked_);
+    invert->setEnabled(!locked_);
+    QMenu* gainMenu = menu.addMenu(uiText(TextId::SameGain));
+    gainMenu->setEnabled(!locked_);
+    for (const int32_t gain : gains()) {
+        gainMenu->addAction(QString::number(gain), this, [this, gain] { setGain(gain); });
+    }
+    menu.exec(event->globalPos());
+}
+
+void ChannelTable::chooseColor(int row) {
+    if (locked_) {
+        return;
+    }
+    QMenu menu(this);
+    menu.setObjectName(QStringLiteral("ColorMenu"));
+    const int size = fontMetrics().height();
+    for (const QRgb rgb : kColors) {
+        const QColor color(rgb);
+        QAction* action = menu.addAction(colorIcon(color, size), color.name().toUpper());
+        if (toBgr(color) == model_->channel(row).color) {
+            menu.setActiveAction(action);
+        }
+        connect(action, &QAction::triggered, this, [this, row, color] { model_->setColor(row, toBgr(color)); });
+    }
+    const QRect cell = visualRect(model_->index(row, ChannelModel::Color));
+    menu.exec(viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+/// The widths come from captions and from the widest figures, so that nothing moves while the readings change.
+void ChannelTable::fitColumns() {
+    const int margin = 2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 6;
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        const int caption = horizontalHeader()->fontMetrics().horizontalAdvance(
+            model_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+        const int figures = fontMetrics().horizontalAdvance(model_->widestText(column));
+        setColumnWidth(column, std::max(caption, figures) + margin);
+    }
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    updateGeometry();
+}
+
+QSize ChannelTable::sizeHint() const {
+    int width = 2 * frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+    for (int column = 0; column < model_->columnCount(); ++column) {
+        width += isColumnHidden(column) ? 0 : columnWidth(column);
+    }
+    return {width, QTableView::sizeHint().height()};
+}
+
+int ChannelTable::activeCount() const {
+    return model_->activeCount();
+}
+
+int ChannelTable::channelCount() const {
+    return model_->rowCount();
+}
+
+const std::vector<int32_t>& ChannelTable::gains() const {
+    return model_->gains();
+}
+
+}  // namespace tarno2

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QTableView>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "config/program_settings.h"
+#include "display/channel_reading.h"
+
+namespace tarno2 {
+
+class ChannelModel;
+
+/// The board's channels, one a row: active, number, colour, gain, range; in the extended view the present value, the
+/// minimum and the maximum too. Made for 160 rows and for the keyboard alone: Space switches the marked rows, Ctrl+A
+/// marks all, Ctrl+I switches what was off on and the other way round, + and - step through the gains of the marked
+/// rows and digits choose one. Window thread.
+class ChannelTable : public QTableView {
+    Q_OBJECT
+
+public:
+    explicit ChannelTable(QWidget* parent = nullptr);
+
+    /// Upper end of the input range of a channel at a gain, volts; 0 when it is not known.
+    using RangeOf = std::function<double(int32_t channel, int32_t gain)>;
+
+    void load(const ProgramSettings& settings);
+    void store(ProgramSettings& settings) const;
+    /// So many rows, with these gains to choose from. A gain that the board lacks is shown and recorded as its first.
+    void setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf);
+    void retranslate();
+    void setExtendedView(bool on);
+    /// Nothing can be changed; the table still scrolls and shows readings.
+    void setLocked(bool locked);
+
+    /// Shows the newest readings; minimum and maximum are kept since the last reset.
+    void setLive(std::span<const ChannelReading> readings);
+    void resetExtremes();
+
+    void selectAllChannels();
+    void invertSelection();
+    /// One gain for the marked rows; for all when none is marked.
+    void setGain(int32_t gain);
+
+    [[nodiscard]] int activeCount() const;
+    [[nodiscard]] int channelCount() const;
+    [[nodiscard]] const std::vector<int32_t>& gains() const;
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+signals:
+    /// The operator has changed a channel.
+    void changed();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
+private:
+    [[nodiscard]] std::vector<int> markedRows() const;
+    [[nodiscard]] std::vector<int> allRows() const;
+    void toggleMarked();
+    bool digitTyped(const QString& text);
+    void chooseColor(int row);
+    void fitColumns();
+
+    ChannelModel* model_;
+    QString typedGain_;  ///< digits typed one soon after the other
+    qint64 typedAt_ = 0;
+    bool locked_ = false;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,178 @@
+#include "ui/panels/board_panel.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QSignalBlocker>
+#include <algorithm>
+
+#include "core/board_options.h"
+#include "ui/panels/option_box.h"
+#include "ui/panels/panel_layout.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+BoardPanel::BoardPanel(QWidget* parent)
+    : SettingsPanel(parent),
+      driverLabel_(new QLabel(this)),
+      baseLabel_(new QLabel(this)),
+      drqLabel_(new QLabel(this)),
+      driverBox_(makeList(this, QStringLiteral("DriverBox"))),
+      baseBox_(makeList(this, QStringLiteral("BaseBox"))),
+      drqBox_(makeList(this, QStringLiteral("DrqBox"))),
+      differential_(new OptionBox(this)),
+      digitalPort_(new OptionBox(this)),
+      hardwareAverage_(new OptionBox(this)),
+      factsLabel_(makeText(this, QStringLiteral("BoardFactsLabel"))) {
+    differential_->setObjectName(QStringLiteral("DiffModeBox"));
+    digitalPort_->setObjectName(QStringLiteral("DigitalPortBox"));
+    hardwareAverage_->setObjectName(QStringLiteral("HardwareAverageBox"));
+    QFormLayout* layout = makePanelLayout(this);
+    layout->addRow(driverLabel_, driverBox_);
+    layout->addRow(baseLabel_, baseBox_);
+    layout->addRow(drqLabel_, drqBox_);
+    layout->addRow(factsLabel_);
+    for (OptionBox* box : {differential_, digitalPort_, hardwareAverage_}) {
+        layout->addRow(box);
+        connect(box, &OptionBox::clicked, this, &SettingsPanel::changed);
+    }
+    for (QWidget* control : std::initializer_list<QWidget*>{driverBox_, baseBox_, drqBox_, differential_, digitalPort_,
+                                                            hardwareAverage_}) {
+        manage(control);
+    }
+    connect(driverBox_, &QComboBox::textActivated, this, [this](const QString& name) {
+        emit driverChosen(name);
+        emit changed();
+    });
+    connect(baseBox_, &QComboBox::activated, this, [this](int row) {
+        emit baseChosen(baseBox_->itemData(row).toUInt());
+        emit changed();
+    });
+    connect(drqBox_, &QComboBox::activated, this, [this](int row) {
+        drqNumber_ = drqBox_->itemData(row).toInt();
+        emit drqChosen(drqNumber_);
+        emit changed();
+    });
+    connect(hardwareAverage_, &OptionBox::clicked, this, &BoardPanel::hardwareAverageChanged);
+    retranslate();
+}
+
+void BoardPanel::load(const ProgramSettings& settings) {
+    drqNumber_ = settings.drqNumber;
+    const int row = drqBox_->findData(drqNumber_);
+    drqBox_->setCurrentIndex(std::max(row, 0));
+    differential_->setWish(settings.differentialMode);
+    digitalPort_->setWish(settings.useDigitalPort);
+    hardwareAverage_->setWish(settings.hardwareAverage);
+}
+
+void BoardPanel::store(ProgramSettings& settings) const {
+    if (driverBox_->currentIndex() >= 0) {
+        settings.driver = toFileName(driverBox_->currentText());
+    }
+    if (const uint32_t number = baseBox_->currentData().toUInt(); number != 0) {
+        settings.base = static_cast<int32_t>(number);
+    }
+    settings.drqNumber = drqNumber_;
+    settings.differentialMode = differential_->wish();
+    settings.useDigitalPort = digitalPort_->wish();
+    settings.hardwareAverage = hardwareAverage_->wish();
+}
+
+void BoardPanel::retranslate() {
+    driverLabel_->setText(uiText(TextId::StatusDriver));
+    baseLabel_->setText(uiText(TextId::PanelBoard));
+    drqLabel_->setText(uiText(TextId::BoardDrq));
+    differential_->setText(uiText(TextId::DifferentialInputs));
+    digitalPort_->setText(uiText(TextId::UseDigitalPort));
+    hardwareAverage_->setText(uiText(TextId::HardwareAverage));
+    if (baseBox_->count() == 1 && baseBox_->itemData(0).toUInt() == 0) {
+        baseBox_->setItemText(0, uiText(TextId::UnknownBoard));
+    }
+    setHint(driverBox_, uiText(TextId::BoardDriverHint));
+    setHint(baseBox_, uiText(TextId::BoardNumberHint));
+    setHint(drqBox_, uiText(TextId::BoardDrq));
+    setHint(differential_, uiText(TextId::DifferentialInputsHint));
+    setHint(digitalPort_, uiText(TextId::UseDigitalPortHint));
+    setHint(hardwareAverage_, uiText(TextId::HardwareAverageHint));
+    showFacts();
+}
+
+void BoardPanel::boardChanged(BoardSelection& selection) {
+    facts_ = selection.driver().facts();
+    boardUsable_ = selection.driver().startAllowed();
+    driverName_ = fromFileName(selection.driverName());
+    problem_ = QString::fromLocal8Bit(selection.problem().c_str());
+    fillDrivers(selection);
+    fillBoards(selection);
+    fillDrqNumbers(selection);
+    showFacts();
+}
+
+void BoardPanel::fillDrivers(BoardSelection& selection) {
+    const QSignalBlocker quiet(driverBox_);
+    driverBox_->clear();
+    for (const std::string& name : BoardSelection::installedDrivers()) {
+        driverBox_->addItem(fromFileName(name));
+    }
+    driversInstalled_ = driverBox_->count() > 0;
+    const QString chosen =
+        fromFileName(selection.driver().loaded() ? selection.driver().name() : selection.driverName());
+    if (!chosen.isEmpty() && driverBox_->findText(chosen) < 0) {
+        driverBox_->addItem(chosen);
+    }
+    driverBox_->setCurrentIndex(chosen.isEmpty() ? -1 : driverBox_->findText(chosen));
+}
+
+void BoardPanel::fillBoards(const BoardSelection& selection) {
+    const QSignalBlocker quiet(baseBox_);
+    baseBox_->clear();
+    for (const ADCBoardEntry& board : selection.boards()) {
+        baseBox_->addItem(QString::fromLocal8Bit(board.m_sName), board.m_nNumber);
+    }
+    if (baseBox_->count() == 0) {
+        baseBox_->addItem(uiText(TextId::UnknownBoard), 0U);
+    }
+    baseBox_->setCurrentIndex(std::max(baseBox_->findData(selection.boardNumber()), 0));
+}
+
+void BoardPanel::fillDrqNumbers(BoardSelection& selection) {
+    const QSignalBlocker quiet(drqBox_);
+    drqBox_->clear();
+    for (const int32_t number : selection.drqNumbers()) {
+        drqBox_->addItem(QString::number(number), number);
+    }
+    drqBox_->setCurrentIndex(std::max(drqBox_->findData(drqNumber_), 0));
+}
+
+void BoardPanel::showFacts() {
+    const QString reason = uiText(TextId::NotOfferedHint);
+    const auto offer = [&](OptionBox* box, BoardOption option) {
+        box->setOffered(offers(facts_, option));
+        setAvailable(box, box->offered(), reason);
+    };
+    offer(differential_, BoardOption::Differential);
+    offer(digitalPort_, BoardOption::DigitalPort);
+    offer(hardwareAverage_, BoardOption::HardwareAverage);
+    // Few boards have DRQ numbers: the others don't show the choice at all.
+    const bool hasDrq = drqBox_->count() > 0;
+    drqLabel_->setVisible(hasDrq);
+    drqBox_->setVisible(hasDrq);
+    setAvailable(driverBox_, driversInstalled_, uiText(TextId::NoDriverInstalled));
+    setAvailable(baseBox_, baseBox_->currentData().toUInt() != 0, problem_.isEmpty() ? reason : problem_);
+
+    if (boardUsable_) {
+        showText(factsLabel_, uiText(TextId::BoardFacts,
+                                     {QString::number(facts_.channelCount), QString::number(facts_.format.m_nCodeBits),
+                                      QString::number(facts_.packed() ? facts_.format.m_nDigitalLines : 0)}));
+    } else if (!driversInstalled_) {
+        showText(factsLabel_, uiText(TextId::NoDriverInstalled), true);
+    } else if (!driverName_.isEmpty() && baseBox_->currentData().toUInt() == 0) {
+        showText(factsLabel_, uiText(TextId::DriverNotLoaded, {driverName_, problem_}), true);
+    } else {
+        showText(factsLabel_, problem_, true);
+    }
+}
+
+}  // namespace tarno2
