@@ -5,8 +5,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/c_locale.h"
-
 namespace tarno2 {
 
 std::string plainNumber(std::string_view text) {
@@ -34,12 +32,6 @@ std::string frequencyText(double hertz) {
     const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<float>(hertz),
                                             std::chars_format::fixed);
     return error == std::errc() ? std::string(digits.data(), end) : std::string();
-}
-
-std::string durationText(double seconds) {
-    constexpr double kMost = 1e12;
-    const auto whole = static_cast<long long>(std::clamp(seconds, 0.0, kMost));
-    return formatText("%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
 }
 
 }  // namespace tarno2

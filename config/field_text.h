@@ -16,7 +16,5 @@ namespace tarno2 {
 /// A frequency in Hz as the boards know it, in single precision, with no digit more than that takes: "44100",
 /// "33333.332".
 [[nodiscard]] std::string frequencyText(double hertz);
-/// A duration as "1:02:03" (hours, minutes, seconds, rounded down); hours go on growing.
-[[nodiscard]] std::string durationText(double seconds);
 
 }  // namespace tarno2

@@ -197,7 +197,7 @@ TEST_F(SettingsFile, KeysAndCommentsAreNeighboursInBothLanguages) {
             }
         }
     }
-    EXPECT_EQ(keys.size(), 86U);
+    EXPECT_EQ(keys.size(), 87U);
 }
 
 TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {

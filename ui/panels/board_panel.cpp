@@ -102,6 +102,7 @@ void BoardPanel::retranslate() {
 void BoardPanel::boardChanged(BoardSelection& selection) {
     facts_ = selection.driver().facts();
     boardUsable_ = selection.driver().startAllowed();
+    driverLoaded_ = selection.driver().loaded();
     driverName_ = fromFileName(selection.driverName());
     problem_ = QString::fromLocal8Bit(selection.problem().c_str());
     fillDrivers(selection);
@@ -168,10 +169,11 @@ void BoardPanel::showFacts() {
                                       QString::number(facts_.packed() ? facts_.format.m_nDigitalLines : 0)}));
     } else if (!driversInstalled_) {
         showText(factsLabel_, uiText(TextId::NoDriverInstalled), true);
-    } else if (!driverName_.isEmpty() && baseBox_->currentData().toUInt() == 0) {
+    } else if (!driverLoaded_ && !driverName_.isEmpty()) {
         showText(factsLabel_, uiText(TextId::DriverNotLoaded, {driverName_, problem_}), true);
     } else {
-        showText(factsLabel_, problem_, true);
+        const QString noBoard = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(TextId::UnknownBoard);
+        showText(factsLabel_, problem_.isEmpty() ? noBoard : problem_, true);
     }
 }
 

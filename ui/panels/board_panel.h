@@ -52,6 +52,7 @@ private:
     QString driverName_;
     QString problem_;  ///< why there is no board; empty when there is one
     bool driversInstalled_ = false;
+    bool driverLoaded_ = false;
     bool boardUsable_ = false;
     int32_t drqNumber_ = 0;
 };

@@ -13,7 +13,7 @@
 #include <cmath>
 #include <limits>
 
-#include "config/field_text.h"
+#include "config/figure_text.h"
 #include "core/board_options.h"
 #include "ui/number_box.h"
 #include "ui/panels/option_box.h"
@@ -32,6 +32,11 @@ constexpr std::array kSizeUnits = {TextId::UnitBytes, TextId::UnitKilobytes, Tex
 QString sizeText(double bytes) {
     constexpr double kMost = 1.8e19;
     return fromCodePage(formatFreeSpace(static_cast<uint64_t>(std::clamp(std::round(bytes), 0.0, kMost))));
+}
+
+uint64_t wholeSeconds(double seconds) {
+    constexpr double kMost = 1e12;
+    return static_cast<uint64_t>(std::clamp(seconds, 0.0, kMost));
 }
 
 QString megabytes(double perSecond) {
@@ -99,8 +104,8 @@ void FilePanel::layOut() {
     layout->addRow(problemLabel_);
     layout->addRow(stopLabel_, stopMode_);
     layout->addRow(makeRow(stopValue_, stopUnit_));
-    layout->addRow(cutMode_, cutValue_);
-    layout->addRow(automaticCut_);
+    layout->addRow(cutMode_);
+    layout->addRow(makeRow(cutValue_, automaticCut_));
     layout->addRow(freeLabel_);
     layout->addRow(speedCheck_);
     layout->addRow(speedLabel_);
@@ -276,8 +281,8 @@ void FilePanel::showNeedTexts() {
              slow);
     showText(lastsLabel_,
              need_.known() && known
-                 ? uiText(TextId::DiskLasts,
-                          {QString::fromStdString(durationText(diskLastsSeconds(need_, findings_.disk.freeBytes)))})
+                 ? uiText(TextId::DiskLasts, {QString::fromStdString(formatDuration(
+                                                 wholeSeconds(diskLastsSeconds(need_, findings_.disk.freeBytes))))})
                  : QString(),
              small);
     showText(piecesLabel_,
