@@ -169,10 +169,10 @@ bool LiveHistory::build(uint64_t first, uint64_t end, size_t buckets, Screen& sc
     return builder.finish();
 }
 
-// A level whose entries are not longer than asked for, or the finest of the longer ones that still have the first
-// frame.
+// A level with at least two entries a bucket, so that rounding to whole ones makes buckets little longer than asked
+// for; or the finest of the longer ones that still have the first frame.
 size_t LiveHistory::Parts::levelThatReaches(uint64_t first, uint64_t bucketFrames) const {
-    size_t level = levels.levelFor(bucketFrames);
+    size_t level = levels.levelFor(bucketFrames / 2);
     while (level + 1 < levels.count() && levels.oldest(level) * levels.framesPerEntry(level) > first) {
         ++level;
     }

@@ -193,7 +193,8 @@ bool Overview::build(uint64_t first, uint64_t end, size_t buckets, Screen& scree
     if (wanted < parts.levels.framesPerEntry(0) && parts.fileScreens.readsWhole(range)) {
         return parts.fileScreens.build(first, end, buckets, screen);
     }
-    const size_t level = parts.levels.levelFor(wanted);
+    // At least two entries a bucket: rounding to whole ones makes buckets little longer than asked for.
+    const size_t level = parts.levels.levelFor(wanted / 2);
     ScreenBuilder builder(screen, *parts.extremes, wholeEntries(wanted, parts.levels.framesPerEntry(level)));
     uint64_t exactEnd = end;
     parts.addEntries(builder, level, first, exactEnd);

@@ -75,9 +75,15 @@ TEST(Allocation, NoneBetweenTheFirstBlockAndTheLast) {
         size_t counted = 12345;
         rig.board->decimation = decimation;
         rig.board->evaluator = std::make_unique<CountingEvaluator>(100, counted);  // the cache is written several times
-        ASSERT_TRUE(rig.begin(4, 1e6F));
+        LiveTap tap;                                                               // somebody watches
+        tap.setWatched(true);
+        ASSERT_TRUE(rig.prepare(4, 1e6F));
+        ASSERT_TRUE(tap.prepare(8, 200000, 2e6));
+        rig.board->liveTap = &tap;
+        rig.board->Begin();
         EXPECT_EQ(rig.end().code, StopCode::StopMeasuring);
         EXPECT_EQ(counted, 0U) << "decimation " << decimation;
+        EXPECT_GT(tap.frameCount(), 0U);
         EXPECT_GT(rig.board->writer().flushedBytes(), 0U);
     }
 }
