@@ -1,16 +1,21 @@
 #include <cstdio>
 
 #include "apps/console/console_program.h"
+#include "apps/window/window_program.h"
 #include "config/command_line.h"
 #include "config/language_choice.h"
 #include "language/language_table.h"
 #include "platform/program_arguments.h"
 
-// There is no window yet, so a command line that asks for it gets the same text as one that is wrong.
+// Console mode has a window, minimised, where one can be had. What is no display is no error: a program that starts
+// unattended may meet a screen, a stale one, or none.
 int main(int argc, char** argv) {
     using namespace tarno2;
     selectLanguage(languageFromLocale());
     const CommandLine line = parseCommandLine(argumentText(argc, argv));
+    if (displayCanBeOpened()) {
+        return runWindowProgram(argv[0], line);
+    }
     if (line.mode == CommandLine::Mode::Console) {
         runConsoleProgram(line.path);
         return 0;

@@ -1,0 +1,171 @@
+#include "ui/main_form.h"
+
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QPushButton>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+#include "config/console_log.h"
+#include "config/debug_log.h"
+#include "ui/channel_table.h"
+#include "ui/main_status_bar.h"
+#include "ui/message_list.h"
+#include "ui/panels/board_panel.h"
+#include "ui/panels/channels_panel.h"
+#include "ui/panels/file_panel.h"
+#include "ui/panels/measuring_panel.h"
+#include "ui/panels/panel_stack.h"
+#include "ui/panels/program_panel.h"
+#include "ui/program_icon.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kRefreshPeriodMs = 100;
+
+}  // namespace
+
+T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings> console)
+    : programDirectory_(std::move(programDirectory)),
+      console_(std::move(console)),
+      selection_([this](const std::string& fault) { showMessage(fault); }, programDirectory_),
+      control_(*this, selection_.driver(), naming_) {
+    setObjectName(QStringLiteral("T_MainForm"));
+    setWindowIcon(programIcon());
+    buildPanels();
+    buildCenter();
+    buildActions();
+    buildMenus();
+    connectStrip();
+    connectPanels();
+    stopTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&stopTimer_, &QTimer::timeout, this, [this] { guarded("StopTimer", [this] { timerTick(); }); });
+    refreshTimer_.setInterval(kRefreshPeriodMs);
+    connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
+    guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
+    guarded("SetCaptions", [this] {
+        SetCaptions();
+        updateState();
+    });
+}
+
+T_MainForm::~T_MainForm() {
+    DEBUG_LOG("Destructor");
+}
+
+void T_MainForm::buildPanels() {
+    panels_ = new PanelStack(this);
+    boardPanel_ = new BoardPanel;
+    measuringPanel_ = new MeasuringPanel;
+    filePanel_ = new FilePanel;
+    channelsPanel_ = new ChannelsPanel;
+    programPanel_ = new ProgramPanel;
+    for (SettingsPanel* panel :
+         std::initializer_list<SettingsPanel*>{boardPanel_, measuringPanel_, filePanel_, channelsPanel_, programPanel_})
+        panels_->add(panel);
+}
+
+// The strip above everything; below it the panels beside the channel table and the signal; at the bottom the messages.
+void T_MainForm::buildCenter() {
+    auto* center = new QWidget(this);
+    auto* column = new QVBoxLayout(center);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    strip_ = new StateStrip(center);
+    column->addWidget(strip_);
+
+    right_ = new QMainWindow;
+    right_->setWindowFlags(Qt::Widget);
+    right_->setCentralWidget(&channelsPanel_->table());
+    signalDock_ = new QDockWidget(right_);
+    signalDock_->setObjectName(QStringLiteral("SignalDock"));
+    signalDock_->setAllowedAreas(Qt::BottomDockWidgetArea);
+    right_->addDockWidget(Qt::BottomDockWidgetArea, signalDock_);
+    signalDock_->hide();
+
+    columns_ = new QSplitter(Qt::Horizontal);
+    columns_->addWidget(panels_);
+    columns_->addWidget(right_);
+    columns_->setStretchFactor(1, 1);
+    columns_->setChildrenCollapsible(false);
+    columns_->setSizes({fontMetrics().averageCharWidth() * 44, fontMetrics().averageCharWidth() * 100});
+    messages_ = new MessageList;
+    rows_ = new QSplitter(Qt::Vertical);
+    rows_->addWidget(columns_);
+    rows_->addWidget(messages_);
+    rows_->setStretchFactor(0, 1);
+    rows_->setChildrenCollapsible(false);
+    const int line = fontMetrics().lineSpacing();
+    rows_->setSizes({line * 30, line * 4});
+    messages_->setMinimumHeight(line * 2);
+    column->addWidget(rows_, 1);
+    setCentralWidget(center);
+
+    statusLine_ = new MainStatusBar(this);
+    setStatusBar(statusLine_);
+    connect(statusLine_, &MainStatusBar::languageAsked, this, &T_MainForm::SelectLanguageButtonClick);
+}
+
+void T_MainForm::setSignalView(QWidget* view) {
+    signalDock_->setWidget(view);
+    signalDock_->setVisible(settings_.showFormVisible);
+    showSignal_->setEnabled(true);
+    detachSignal_->setEnabled(true);
+}
+
+void T_MainForm::connectStrip() {
+    connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
+    connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
+    connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
+}
+
+void T_MainForm::connectPanels() {
+    connect(panels_, &PanelStack::changed, this, [this] { guarded("ParamsIsChange", [this] { showNeed(); }); });
+    connect(boardPanel_, &BoardPanel::driverChosen, this, &T_MainForm::DriverBoxChange);
+    connect(boardPanel_, &BoardPanel::baseChosen, this, &T_MainForm::BaseBoxChange);
+    connect(boardPanel_, &BoardPanel::drqChosen, this, &T_MainForm::DrqBoxChange);
+    connect(boardPanel_, &BoardPanel::hardwareAverageChanged, this,
+            [this](bool on) { guarded("HardwareAverage", [this, on] { selection_.setHardwareAverage(on); }); });
+    connect(filePanel_, &FilePanel::fileNameEdited, this, &T_MainForm::FileNameEditChange);
+    connect(filePanel_, &FilePanel::chooseFileName, this, &T_MainForm::ButtonSetFileNameClick);
+    connect(filePanel_, &FilePanel::diskSpeedCheckChanged, this, &T_MainForm::HDDTestSpeedClick);
+    connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, extendedChannels_, &QAction::setChecked);
+    connect(programPanel_, &ProgramPanel::russianChosen, this, &T_MainForm::RussianChooseClick);
+    connect(programPanel_, &ProgramPanel::englishChosen, this, &T_MainForm::EnglishChooseClick);
+    connect(programPanel_, &ProgramPanel::cycleStartChanged, this, &T_MainForm::btnAutoStartClick);
+    connect(programPanel_, &ProgramPanel::stayOnTopChanged, this, [this](bool on) {
+        const bool shown = isVisible();
+        setWindowFlag(Qt::WindowStaysOnTopHint, on);
+        if (shown)
+            show();
+    });
+}
+
+void T_MainForm::closeEvent(QCloseEvent* event) {
+    bool mayClose = true;
+    guarded("FormCloseQuery", [this, &mayClose] { mayClose = FormCloseQuery(); });
+    event->setAccepted(mayClose);
+    if (mayClose && !closed_) {
+        closed_ = true;
+        emit closed();
+    }
+}
+
+void T_MainForm::requestEnd() {
+    ending_ = true;
+    close();
+}
+
+void T_MainForm::logException(const char* name, const char* what) noexcept {
+    try {
+        DEBUG_LOG("!!!! %s: %s", name, what);
+        consoleLog().log("!!!! %s: %s", name, what);
+    } catch (...) {
+        // There is nobody left to tell.
+    }
+}
+
+}  // namespace tarno2

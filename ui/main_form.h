@@ -1,0 +1,228 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QMainWindow>
+#include <QTimer>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "config/auto_settings.h"
+#include "config/disk_speed.h"
+#include "config/file_name_check.h"
+#include "config/file_naming.h"
+#include "config/program_settings.h"
+#include "core/board_selection.h"
+#include "core/recording_control.h"
+#include "core/recording_progress.h"
+#include "core/recording_shell.h"
+#include "ui/state_strip.h"
+
+class QAction;
+class QDockWidget;
+class QMenu;
+class QSplitter;
+
+namespace tarno2 {
+
+class BoardPanel;
+class ChannelsPanel;
+class FilePanel;
+class MainStatusBar;
+class MeasuringPanel;
+class MessageList;
+class PanelStack;
+class ProgramPanel;
+
+/// The main window: the operator's settings, the state of the recording, and everything that starts from its menus. It
+/// is the shell in which the recording logic runs, and holds no rules of its own. What fails in a handler is a line in
+/// the debug log, and the window goes on. Window thread, except `post`.
+class T_MainForm : public QMainWindow, public RecordingShell {
+    Q_OBJECT
+
+public:
+    /// With `console` settings it records once, minimised, and closes itself. The logs are open already then.
+    T_MainForm(std::string programDirectory, std::optional<AutoSettings> console);
+    ~T_MainForm() override;
+
+    /// Shows the window in the place that it had. In console mode, or when the operator wants it, the recording starts
+    /// in the first turn of the event loop.
+    void present();
+    /// The system or a signal asks the program to end: stops the recording without a question and closes.
+    void requestEnd();
+    /// Puts the signal view into its dock; it is taken over.
+    void setSignalView(QWidget* view);
+
+    [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
+    [[nodiscard]] RecordingControl& control() { return control_; }
+    [[nodiscard]] BoardSelection& selection() { return selection_; }
+
+    // What the operator did.
+    void StartButtonClick();
+    void StopButtonClick();
+    void btnAutoStartClick(bool down);
+    void DriverBoxChange(const QString& name);
+    void BaseBoxChange(uint32_t number);
+    void DrqBoxChange(int number);
+    void FileNameEditChange();
+    void ButtonSetFileNameClick();
+    void HDDTestSpeedClick(bool on);
+    void AdditionalFileModeClick();
+    void SaveAsTextButtonClick();
+    void SelectLanguageButtonClick();
+    void RussianChooseClick();
+    void EnglishChooseClick();
+    void HelpClick();
+    void AboutClick();
+    /// True when the window may close: nothing is recorded, or the operator wants it to end.
+    [[nodiscard]] bool FormCloseQuery();
+    /// Sets every text of the window in the language chosen last.
+    void SetCaptions();
+    /// Shows the board's state; the fatal ones end console mode.
+    void SetErrorCode(BoardStatus status);
+
+    // The shell of the recording logic.
+    void post(const Notification& notification) override;
+    [[nodiscard]] RecordingSettings settings() override;
+    [[nodiscard]] std::string fileName() override;
+    void setFileName(const std::string& name) override;
+    [[nodiscard]] std::string savedFileName() override;
+    void showStatus(const std::string& status) override;
+    void showAttention(const std::string& message) override;
+    void showDetail(const std::string& detail) override;
+    void showMessage(const std::string& message) override;
+    void synchronisationSwitchedOff() override;
+    void recordingEnded(const RecordingResult& result) override;
+    void showBytes(uint64_t bytes) override;
+    void showProgress(int percent) override;
+    void startTimer(uint32_t milliseconds) override;
+    void killTimer() override;
+    [[nodiscard]] bool consoleMode() override { return console_.has_value(); }
+    void quit() override;
+
+signals:
+    /// The window is closed and everything is saved.
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    // Construction (main_form.cpp, main_form_actions.cpp).
+    void buildPanels();
+    void buildCenter();
+    void buildActions();
+    void buildMenus();
+    void connectPanels();
+    void connectStrip();
+    QAction* addAction(TextId text, void (T_MainForm::*handler)(), const QKeySequence& key = {});
+    QAction* addToggle(TextId text, std::function<void(bool)> toggled);
+    QMenu* addMenu(TextId text);
+
+    // Settings (main_form_settings.cpp).
+    void loadSettings();
+    void loadConsoleSettings();
+    void applyBoard(ApplyOutcome outcome);
+    void chooseFirstUsableDriver();
+    void saveSettings();
+    void storeControls();
+    void placeWindows();
+    void storePlaces();
+    void boardChanged();
+    void RecalcChannelCount();
+    void showNeed();
+    void showDisk();
+    void showBoardStatus();
+    void chooseLanguage(InterfaceLanguage language);
+
+    // Recording (main_form_recording.cpp).
+    void handle(const Notification& notification);
+    void timerTick();
+    [[nodiscard]] bool answersAllowStart();
+    [[nodiscard]] bool ask(const QString& question, TextId go);
+    void updateState();
+    void beginRun();
+    void endRun();
+    void refreshRun();
+    [[nodiscard]] QString frameCount(uint64_t bytes) const;
+    void setState(RunState state);
+    void setLocked(bool locked);
+
+    /// Runs a step; what it throws is logged, and the window goes on.
+    template <typename Step>
+    void guarded(const char* name, Step step) noexcept;
+    static void logException(const char* name, const char* what) noexcept;
+
+    std::string programDirectory_;
+    std::optional<AutoSettings> console_;
+    ProgramSettings settings_;
+    FileNaming naming_;
+    DiskSpeedTester speedTester_;
+    FileNameFindings findings_;
+    BoardSelection selection_;
+    RecordingControl control_;
+    BoardStatus boardStatus_ = BoardStatus::Ready;
+
+    // The recording that is shown.
+    RecordingProgress progress_;
+    RecordingSettings runSettings_;
+    uint32_t runNumber_ = 0;  ///< of its session; 0: none runs
+    uint64_t frameBytes_ = 0;
+    bool runBegun_ = false;  ///< the board has begun to measure
+    RunState endState_ = RunState::Ready;
+    std::string runFile_;
+
+    QTimer stopTimer_;
+    QElapsedTimer stopClock_;
+    int64_t ticksGiven_ = 0;
+    uint32_t tickPeriod_ = 0;
+    QTimer refreshTimer_;
+    bool ending_ = false;  ///< closes without a question
+    bool closed_ = false;
+
+    StateStrip* strip_ = nullptr;
+    PanelStack* panels_ = nullptr;
+    BoardPanel* boardPanel_ = nullptr;
+    MeasuringPanel* measuringPanel_ = nullptr;
+    FilePanel* filePanel_ = nullptr;
+    ChannelsPanel* channelsPanel_ = nullptr;
+    ProgramPanel* programPanel_ = nullptr;
+    QMainWindow* right_ = nullptr;  ///< channel table with the docked signal below it
+    QDockWidget* signalDock_ = nullptr;
+    MessageList* messages_ = nullptr;
+    MainStatusBar* statusLine_ = nullptr;
+    QSplitter* columns_ = nullptr;
+    QSplitter* rows_ = nullptr;
+
+    std::vector<std::pair<QAction*, TextId>> actions_;
+    std::vector<std::pair<QMenu*, TextId>> menus_;
+    QMenu* SelectLanguageMenu = nullptr;
+    QAction* start_ = nullptr;
+    QAction* stop_ = nullptr;
+    QAction* cycle_ = nullptr;
+    QAction* chooseFile_ = nullptr;
+    QAction* additional_ = nullptr;
+    QAction* saveAsText_ = nullptr;
+    QAction* showSignal_ = nullptr;
+    QAction* detachSignal_ = nullptr;
+    QAction* showPanels_ = nullptr;
+    QAction* showMessages_ = nullptr;
+    QAction* extendedChannels_ = nullptr;
+    QAction* RussianChoose = nullptr;
+    QAction* EnglishChoose = nullptr;
+};
+
+template <typename Step>
+void T_MainForm::guarded(const char* name, Step step) noexcept {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        logException(name, error.what());
+    } catch (...) {
+        logException(name, "unknown");
+    }
+}
+
+}  // namespace tarno2

@@ -1,0 +1,341 @@
+// The window as the shell in which recordings run.
+
+#include <QCoreApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include "config/console_log.h"
+#include "config/debug_log.h"
+#include "config/disk_info.h"
+#include "config/figure_text.h"
+#include "config/settings_file.h"
+#include "config/version.h"
+#include "core/auto_recording.h"
+#include "core/recording_need.h"
+#include "core/recording_settings.h"
+#include "core/start_questions.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/clock.h"
+#include "records/record_description.h"
+#include "ui/main_form.h"
+#include "ui/message_list.h"
+#include "ui/panels/file_panel.h"
+#include "ui/panels/measuring_panel.h"
+#include "ui/panels/panel_stack.h"
+#include "ui/panels/program_panel.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint32_t kHighLoad = 800;  // thousandths of the ring; what is left is a tenth of a second or so
+
+}  // namespace
+
+void T_MainForm::present() {
+    if (ending_) {
+        return;
+    }
+    if (consoleMode()) {
+        consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
+        showMinimized();
+    } else if (settings_.formVisible == 2) {
+        showMaximized();
+    } else {
+        show();
+    }
+    if (consoleMode() || settings_.autoStartOnRun)
+        QMetaObject::invokeMethod(this, &T_MainForm::StartButtonClick, Qt::QueuedConnection);
+}
+
+void T_MainForm::StartButtonClick() {
+    guarded("StartButtonClick", [this] {
+        if (!control_.running() && !answersAllowStart())
+            return;
+        setState(RunState::Starting);
+        strip_->setAttention({});
+        strip_->repaint();
+        endState_ = RunState::Ready;
+        if (control_.StartButtonClick())
+            consoleLog().log("Save to file \"%s\"", fileName().c_str());
+    });
+    guarded("StartButtonClick", [this] { updateState(); });
+}
+
+void T_MainForm::StopButtonClick() {
+    guarded("StopButtonClick", [this] {
+        if (control_.running()) {
+            setState(RunState::Stopping);
+            strip_->repaint();
+        }
+        control_.StopButtonClick();
+    });
+    guarded("StopButtonClick", [this] { updateState(); });
+}
+
+void T_MainForm::btnAutoStartClick(bool down) {
+    settings_.cycleStart = down;
+    cycle_->setChecked(down);
+    strip_->cycleButton().setChecked(down);
+    programPanel_->setCycleStart(down);
+}
+
+bool T_MainForm::answersAllowStart() {
+    if (consoleMode())
+        return true;
+    if (speedTester_.wouldWrite(fileName().c_str()))
+        FileNameEditChange();
+    const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
+    const StartQuestions questions = startQuestions(fileName(), need.totalBytes);
+    if (!questions.existingFile.empty() &&
+        !ask(uiText(TextId::FileExistsQuestion, {fromFileName(questions.existingFile)}), TextId::KeepAndStart))
+        return false;
+    return !questions.diskTooSmall ||
+           ask(uiText(TextId::DiskTooSmallQuestion, {fromCodePage(formatFreeSpace(questions.neededBytes)),
+                                                     fromCodePage(formatFreeSpace(questions.freeBytes))}),
+               TextId::StartAnyway);
+}
+
+bool T_MainForm::ask(const QString& question, TextId go) {
+    QMessageBox box(QMessageBox::Question, uiText(TextId::ProgramName), question, QMessageBox::NoButton, this);
+    box.setObjectName(QStringLiteral("QuestionBox"));
+    QPushButton* yes = box.addButton(uiText(go), QMessageBox::AcceptRole);
+    QPushButton* back = box.addButton(uiText(TextId::GoBack), QMessageBox::RejectRole);
+    box.setDefaultButton(back);
+    box.setEscapeButton(back);
+    box.exec();
+    return box.clickedButton() == yes;
+}
+
+bool T_MainForm::FormCloseQuery() {
+    DEBUG_LOG("FormCloseQuery");
+    if (closed_)
+        return true;
+    if (control_.running()) {
+        if (!consoleMode() && !ending_ && !ask(uiText(TextId::CloseQuestion), TextId::StopAndClose))
+            return false;
+        StopButtonClick();
+        // What its thread still has to say belongs into the logs.
+        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    }
+    saveSettings();
+    return true;
+}
+
+void T_MainForm::post(const Notification& notification) {
+    // Progress is looked up in the session: this thread must not allocate for it.
+    if (notification.result.code != StopCode::Running)
+        QMetaObject::invokeMethod(
+            this, [this, notification] { handle(notification); }, Qt::QueuedConnection);
+}
+
+void T_MainForm::handle(const Notification& notification) {
+    guarded("Notification", [this, &notification] {
+        control_.OnNotification(notification);
+        if (notification.result.code == StopCode::Unplug)
+            SetErrorCode(BoardStatus::Unplugged);
+    });
+    guarded("Notification", [this] { updateState(); });
+}
+
+RecordingSettings T_MainForm::settings() {
+    if (console_)
+        return recordingSettings(*console_);
+    storeControls();
+    return recordingSettings(settings_, selection_.driver().facts(), measuringPanel_->frequencyText());
+}
+
+std::string T_MainForm::fileName() {
+    return filePanel_->fileName();
+}
+
+void T_MainForm::setFileName(const std::string& name) {
+    filePanel_->setFileName(name);
+}
+
+std::string T_MainForm::savedFileName() {
+    return tarno2::savedFileName(programDirectory_);
+}
+
+// The strip shows the state by itself, in the language of the window; the text is for logs.
+void T_MainForm::showStatus(const std::string& status) {
+    consoleLog().log("%s", status.c_str());
+}
+
+void T_MainForm::showAttention(const std::string& message) {
+    consoleLog().log("%s", message.c_str());
+    strip_->setAttention(fromCodePage(message));
+    messages_->add(MessageList::Kind::Attention, fromCodePage(message));
+}
+
+void T_MainForm::showDetail(const std::string& detail) {
+    consoleLog().log("%s", detail.c_str());
+    messages_->add(MessageList::Kind::Detail, fromCodePage(detail));
+}
+
+void T_MainForm::showMessage(const std::string& message) {
+    consoleLog().log("%s", message.c_str());
+    messages_->add(MessageList::Kind::Attention, fromCodePage(message));
+    if (consoleMode())
+        return;
+    auto* box = new QMessageBox(QMessageBox::Warning, QString(), fromCodePage(message), QMessageBox::NoButton, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
+    box->open();
+}
+
+void T_MainForm::synchronisationSwitchedOff() {
+    settings_.synchro.SynchroAnalyzeMode = 0;
+}
+
+void T_MainForm::recordingEnded(const RecordingResult& result) {
+    if (consoleMode())
+        RecordingShell::recordingEnded(result);
+    endState_ = RunState::Error;
+    const auto attention = [this](TextId id) {
+        showAttention(formatText(text(TextId::Attention).c_str(), text(id).c_str()));
+    };
+    switch (result.code) {
+        case StopCode::User:
+            endState_ = RunState::Stopped;
+            break;
+        case StopCode::StopMeasuring:
+            endState_ = RunState::Stopped;
+            messages_->add(MessageList::Kind::Information, uiText(TextId::EndedByCondition));
+            break;
+        case StopCode::WriteError:
+            attention(TextId::DataWriteError);
+            break;
+        case StopCode::Unplug:
+            attention(TextId::BoardUnplugged);
+            break;
+        default:
+            break;
+    }
+    messages_->add(MessageList::Kind::Information,
+                   uiText(TextId::RecordingEnded, {frameCount(result.bytes), QString::number(result.files)}));
+}
+
+QString T_MainForm::frameCount(uint64_t bytes) const {
+    return fromCodePage(formatCount(frameBytes_ == 0 ? 0 : bytes / frameBytes_));
+}
+
+// The figures are looked up several times a second.
+void T_MainForm::showBytes(uint64_t /*bytes*/) {}
+
+void T_MainForm::showProgress(int percent) {
+    strip_->setProgress(percent);
+}
+
+void T_MainForm::startTimer(uint32_t milliseconds) {
+    tickPeriod_ = std::max(milliseconds, 1U);
+    ticksGiven_ = 0;
+    stopClock_.start();
+    stopTimer_.start(static_cast<int>(tickPeriod_));
+}
+
+void T_MainForm::killTimer() {
+    stopTimer_.stop();
+}
+
+// Ticks that came late, because something kept the window busy, are made up for.
+void T_MainForm::timerTick() {
+    while (stopTimer_.isActive() && ticksGiven_ < stopClock_.elapsed() / tickPeriod_) {
+        ++ticksGiven_;
+        control_.StopTimerTick();
+    }
+    updateState();
+}
+
+void T_MainForm::quit() {
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            ending_ = true;
+            close();
+        },
+        Qt::QueuedConnection);
+}
+
+void T_MainForm::updateState() {
+    const T_BOARD* session = control_.session();
+    if (session != nullptr && session->number() != runNumber_)
+        beginRun();
+    else if (session == nullptr && runNumber_ != 0)
+        endRun();
+    start_->setEnabled(session == nullptr);
+    strip_->startButton().setEnabled(session == nullptr);
+    stop_->setEnabled(session != nullptr);
+    strip_->stopButton().setEnabled(session != nullptr);
+    if (session == nullptr)
+        setState(endState_);
+    refreshRun();
+}
+
+void T_MainForm::beginRun() {
+    T_BOARD& session = *control_.session();
+    runNumber_ = session.number();
+    runSettings_ = settings();
+    runFile_ = fileName();
+    frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
+    runBegun_ = !session.settings.externalStart;
+    progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
+    strip_->setDescription(fromFileName(RecordDescription::fileNameFor(runFile_)));
+    messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
+    setLocked(true);
+    refreshTimer_.start();
+}
+
+void T_MainForm::endRun() {
+    runNumber_ = 0;
+    refreshTimer_.stop();
+    setLocked(false);
+    setWindowTitle(uiText(TextId::ProgramName));
+    static_cast<void>(DiskInfo(fileName(), findings_.disk));
+    filePanel_->showFindings(findings_);
+    showDisk();
+    showNeed();
+}
+
+void T_MainForm::refreshRun() {
+    T_BOARD* session = control_.session();
+    if (session == nullptr || session->number() != runNumber_)
+        return;
+    if (!runBegun_ && session->dataBegun()) {
+        runBegun_ = true;
+        progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
+    }
+    const uint64_t bytes = session->writer().totalBytes();
+    const RecordingFigures figures = progress_.update(bytes, tickCount());
+    RunTexts texts;
+    texts.elapsed = fromCodePage(formatDuration(runBegun_ ? figures.elapsedSeconds : 0));
+    if (figures.remainingSeconds)
+        texts.remaining = fromCodePage(formatDuration(*figures.remainingSeconds));
+    texts.percent = figures.percent;
+    texts.written = fromCodePage(formatFreeSpace(bytes));
+    texts.rate = fromCodePage(formatRate(figures.bytesPerSecond));
+    texts.frames = frameCount(bytes);
+    texts.load = QString::number(session->worstLoad() / 10) + QStringLiteral(" %");
+    texts.loadWarns = session->worstLoad() >= kHighLoad;
+    texts.files = QString::number(session->writer().fileCount());
+    texts.events = fromCodePage(formatCount(session->eventCount()));
+    texts.losses = QStringLiteral("0");
+    strip_->setFigures(texts);
+    setState(!runBegun_ ? RunState::WaitingForStart : texts.loadWarns ? RunState::Warning : RunState::Recording);
+    setWindowTitle(texts.elapsed + QLatin1Char(' ') + plainText(stateText(strip_->state())) + QStringLiteral(" - ") +
+                   uiText(TextId::ProgramName));
+}
+
+void T_MainForm::setState(RunState state) {
+    strip_->setState(state);
+}
+
+void T_MainForm::setLocked(bool locked) {
+    panels_->setLocked(locked);
+    chooseFile_->setEnabled(!locked);
+    additional_->setEnabled(!locked);
+}
+
+}  // namespace tarno2

@@ -1,0 +1,316 @@
+// The settings: where they come from, which controls show them, and what the board makes of them.
+
+#include <QDockWidget>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QScreen>
+#include <algorithm>
+
+#include "config/console_log.h"
+#include "config/debug_log.h"
+#include "config/figure_text.h"
+#include "config/language_choice.h"
+#include "config/settings_file.h"
+#include "config/window_place.h"
+#include "core/auto_recording.h"
+#include "core/recording_need.h"
+#include "core/recording_settings.h"
+#include "language/language_table.h"
+#include "platform/paths.h"
+#include "ui/channel_table.h"
+#include "ui/main_form.h"
+#include "ui/main_status_bar.h"
+#include "ui/message_list.h"
+#include "ui/panels/channels_panel.h"
+#include "ui/panels/file_panel.h"
+#include "ui/panels/measuring_panel.h"
+#include "ui/panels/panel_stack.h"
+#include "ui/panels/program_panel.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+WindowPlace placeOf(const QRect& rectangle) {
+    return {rectangle.x(), rectangle.y(), rectangle.width(), rectangle.height()};
+}
+
+QRect rectangleOf(const WindowPlace& place) {
+    return {place.left, place.top, place.width, place.height};
+}
+
+std::vector<WindowPlace> screenPlaces() {
+    std::vector<WindowPlace> places;
+    if (const QScreen* main = QGuiApplication::primaryScreen())
+        places.push_back(placeOf(main->availableGeometry()));
+    for (const QScreen* screen : QGuiApplication::screens())
+        places.push_back(placeOf(screen->availableGeometry()));
+    return places;
+}
+
+// Room for everything, as far as the screen goes; a window's frame needs some of it.
+WindowPlace firstPlace() {
+    constexpr int32_t kFrame = 40;
+    const std::vector<WindowPlace> screens = screenPlaces();
+    if (screens.empty())
+        return {};
+    const WindowPlace& screen = screens.front();
+    const int32_t width = std::min(1200, screen.width - kFrame / 2);
+    const int32_t height = std::min(820, screen.height - kFrame);
+    return {screen.left + (screen.width - width) / 2, screen.top + (screen.height - height + kFrame) / 2, width,
+            height};
+}
+
+}  // namespace
+
+void T_MainForm::loadSettings() {
+    settings_.language = languageFromLocale();
+    const bool known = LoadConfig(programDirectory_, settings_);
+    if (known) {
+        selectLanguage(settings_.language);
+        applyBoard(selection_.applySaved(settings_));
+    } else {
+        // Nobody has chosen anything yet: a board that is there can be used at once.
+        settings_.mainFormPos = firstPlace();
+        settings_.showFormPos.width = 0;
+        chooseFirstUsableDriver();
+    }
+    speedTester_.SetEnabled(settings_.checkDiskSpeed);
+    panels_->load(settings_);
+    boardChanged();
+    setFileName(naming_.NameAtStart(settings_.fileName));
+    static_cast<void>(DiskInfo(fileName(), findings_.disk));
+    programPanel_->setProgramFolder(programDirectory_);
+    programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
+    panels_->open(settings_.showSettingMember);
+    extendedChannels_->setChecked(settings_.extendedChannelMode);
+    btnAutoStartClick(settings_.cycleStart);
+    setWindowFlag(Qt::WindowStaysOnTopHint, settings_.stayOnTop);
+    placeWindows();
+}
+
+void T_MainForm::loadConsoleSettings() {
+    DEBUG_LOG("LoadConfig consolemode");
+    settings_.language = languageFromLocale();
+    showAutoSettings(*console_, settings_);
+    applyBoard(selection_.apply(console_->driverName, console_->baseNumber));
+    if (ending_)
+        return;
+    if (!selection_.hasFrequency(console_->frequency))
+        consoleLog().log("Frequency not founded");
+    panels_->load(settings_);
+    panels_->boardChanged(selection_);
+    setFileName(console_->fileName);
+    if (console_->fileName.empty())
+        control_.GenerateFileName();
+    DEBUG_LOG("LoadConfig consolemode - Status OK");
+}
+
+void T_MainForm::chooseFirstUsableDriver() {
+    for (const std::string& name : BoardSelection::installedDrivers())
+        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed()) {
+            SetErrorCode(BoardStatus::Ready);
+            return;
+        }
+    SetErrorCode(BoardStatus::DriverError);
+}
+
+void T_MainForm::applyBoard(ApplyOutcome outcome) {
+    switch (outcome) {
+        case ApplyOutcome::Done:
+            SetErrorCode(BoardStatus::Ready);
+            return;
+        case ApplyOutcome::DriverNotFound:
+            consoleLog().log("Driver not founded");
+            if (consoleMode()) {
+                ending_ = true;
+                quit();
+            } else {
+                SetErrorCode(selection_.driver().startAllowed() ? BoardStatus::Ready : BoardStatus::DriverError);
+            }
+            return;
+        case ApplyOutcome::NoDriverName:
+        case ApplyOutcome::DriverError:
+            SetErrorCode(BoardStatus::DriverError);
+            break;
+        case ApplyOutcome::BoardError:
+            SetErrorCode(BoardStatus::Error);
+            break;
+    }
+    if (!selection_.problem().empty()) {
+        consoleLog().log("%s", selection_.problem().c_str());
+        messages_->add(MessageList::Kind::Detail, fromCodePage(selection_.problem()));
+    }
+}
+
+void T_MainForm::SetErrorCode(BoardStatus status) {
+    boardStatus_ = status;
+    showBoardStatus();
+    if (status == BoardStatus::Ready)
+        return;
+    const TextId word = status == BoardStatus::DriverError ? TextId::StatusDriver
+                        : status == BoardStatus::Unplugged ? TextId::StatusUnplug
+                                                           : TextId::StatusError;
+    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status), text(word).c_str());
+    if (consoleMode()) {
+        ending_ = true;
+        quit();
+    }
+}
+
+void T_MainForm::showBoardStatus() {
+    TextId word = TextId::StatusReady;
+    switch (boardStatus_) {
+        case BoardStatus::DriverError:
+            word = TextId::StatusDriver;
+            break;
+        case BoardStatus::Unplugged:
+            word = TextId::StatusUnplug;
+            break;
+        case BoardStatus::Error:
+            word = TextId::StatusError;
+            break;
+        case BoardStatus::Ready:
+            break;
+    }
+    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(word);
+    if (const std::string& driver = selection_.driverName(); !driver.empty())
+        shown += QStringLiteral(" (") + fromCodePage(driver) + QLatin1Char(')');
+    statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);
+}
+
+void T_MainForm::DriverBoxChange(const QString& name) {
+    guarded("DriverBoxChange", [this, &name] {
+        storeControls();
+        const bool loaded = selection_.DriverBoxChange(toCodePage(name));
+        SetErrorCode(!loaded                               ? BoardStatus::DriverError
+                     : !selection_.driver().startAllowed() ? BoardStatus::Error
+                                                           : BoardStatus::Ready);
+        if (!selection_.problem().empty())
+            messages_->add(MessageList::Kind::Attention,
+                           uiText(TextId::DriverNotLoaded, {name, fromCodePage(selection_.problem())}));
+        boardChanged();
+    });
+}
+
+void T_MainForm::BaseBoxChange(uint32_t number) {
+    guarded("BaseBoxChange", [this, number] {
+        storeControls();
+        const bool chosen = selection_.BaseBoxChange(number);
+        SetErrorCode(chosen ? BoardStatus::Ready : BoardStatus::Error);
+        if (!chosen)
+            messages_->add(MessageList::Kind::Detail, fromCodePage(selection_.problem()));
+        boardChanged();
+    });
+}
+
+void T_MainForm::DrqBoxChange(int number) {
+    guarded("DrqBoxChange", [this, number] { selection_.setDrqNumber(number); });
+}
+
+void T_MainForm::boardChanged() {
+    panels_->boardChanged(selection_);
+    storeControls();
+    selection_.setHardwareAverage(settings_.hardwareAverage);
+    try {
+        RecalcChannelCount();
+    } catch (...) {
+        DEBUG_LOG("!!!    Catching....   RecalcChannelCount");
+    }
+    showNeed();
+}
+
+void T_MainForm::RecalcChannelCount() {
+    DEBUG_LOG("RecalcChannelCount");
+    measuringPanel_->setActiveChannels(channelsPanel_->activeCount());
+}
+
+void T_MainForm::FileNameEditChange() {
+    guarded("FileNameEditChange", [this] {
+        findings_ = tarno2::FileNameEditChange(fileName(), speedTester_, [this] {
+            QGuiApplication::setOverrideCursor(Qt::BusyCursor);
+            filePanel_->showMeasuring();
+        });
+        if (QGuiApplication::overrideCursor() != nullptr)
+            QGuiApplication::restoreOverrideCursor();
+        filePanel_->showFindings(findings_);
+        showDisk();
+        showNeed();
+    });
+}
+
+void T_MainForm::HDDTestSpeedClick(bool on) {
+    guarded("HDDTestSpeedClick", [this, on] {
+        DEBUG_LOG("Disk speed check change : %s", on ? "ON" : "OFF");
+        speedTester_.SetEnabled(on);
+        FileNameEditChange();
+    });
+}
+
+void T_MainForm::showNeed() {
+    const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
+    filePanel_->showNeed(need);
+    QString shown;
+    if (need.known()) {
+        shown = fromCodePage(formatRate(need.bytesPerSecond));
+        const double seconds = diskLastsSeconds(need, findings_.disk.freeBytes);
+        if (findings_.diskKnown() && seconds >= 0.0)
+            shown += QStringLiteral(", ") +
+                     uiText(TextId::DiskLasts, {fromCodePage(formatDuration(static_cast<uint64_t>(seconds)))});
+    }
+    const bool slow = findings_.speedKnown() && diskTooSlow(need, findings_.speed);
+    statusLine_->setNeed(shown, slow || (findings_.diskKnown() && diskTooSmall(need, findings_.disk.freeBytes)));
+}
+
+void T_MainForm::showDisk() {
+    if (!findings_.diskKnown()) {
+        statusLine_->setDisk(findings_.problem ? uiText(*findings_.problem) : QString());
+        return;
+    }
+    QString shown = uiText(TextId::FreeSpace, {fromCodePage(findings_.disk.fileSystem),
+                                               fromCodePage(formatFreeSpace(findings_.disk.freeBytes))});
+    if (findings_.speedKnown())
+        shown += QStringLiteral(", ") + uiText(TextId::DiskSpeed, {QString::number(findings_.speed, 'f', 0)});
+    statusLine_->setDisk(shown);
+}
+
+void T_MainForm::storeControls() {
+    panels_->store(settings_);
+    const uint32_t channels = selection_.driver().facts().channelCount;
+    settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
+}
+
+void T_MainForm::storePlaces() {
+    settings_.formVisible = isMinimized() ? 0 : isMaximized() ? 2 : 1;
+    settings_.mainFormPos = placeOf(isMaximized() || isMinimized() ? normalGeometry() : geometry());
+    settings_.showFormVisible = showSignal_->isChecked();
+    // A view that is docked has no place of its own.
+    settings_.showFormPos = signalDock_->isFloating() ? placeOf(signalDock_->geometry()) : WindowPlace{0, 0, 0, 0};
+    settings_.showSettingMember = panels_->openMember();
+    settings_.extendedChannelMode = extendedChannels_->isChecked();
+}
+
+void T_MainForm::placeWindows() {
+    const std::vector<WindowPlace> screens = screenPlaces();
+    setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
+    if (settings_.showFormPos.width > 0) {
+        signalDock_->setFloating(true);
+        signalDock_->setGeometry(rectangleOf(placeOnScreens(settings_.showFormPos, screens)));
+    }
+}
+
+void T_MainForm::saveSettings() {
+    if (consoleMode()) {
+        DEBUG_LOG("WriteConfig consolemode");
+        return;
+    }
+    storeControls();
+    storePlaces();
+    settings_.fileName = fileName();
+    if (!WriteConfig(programDirectory_, settings_) && !ending_)
+        QMessageBox::warning(this, uiText(TextId::ProgramName),
+                             uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
+}
+
+}  // namespace tarno2

@@ -1,0 +1,239 @@
+#include "ui/state_strip.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <array>
+
+#include "config/disk_info.h"
+#include "config/figure_text.h"
+#include "ui/figure_cell.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+// Ground and letters of a state, legible on light and dark windows alike, and a sign for those who tell no colours.
+struct StateLook {
+    TextId text;
+    const char* ground;
+    const char* letters;
+    char16_t sign;
+};
+
+const StateLook& lookOf(RunState state) {
+    static constexpr const char* kGrey = "#5f6671";
+    static constexpr const char* kRed = "#d32f2f";
+    static constexpr const char* kAmber = "#ffb300";
+    static constexpr const char* kDarkRed = "#7f0000";
+    static constexpr const char* kWhite = "#ffffff";
+    static constexpr const char* kBlack = "#000000";
+    static constexpr std::array<StateLook, 8> kLooks = {{
+        {TextId::StatusReady, kGrey, kWhite, u'\u25CB'},
+        {TextId::StatusStarting, kAmber, kBlack, u'\u2026'},
+        {TextId::StatusWaitingForStart, kAmber, kBlack, u'\u2026'},
+        {TextId::StatusRecording, kRed, kWhite, u'\u25CF'},
+        {TextId::StatusRecording, kAmber, kBlack, u'\u26A0'},
+        {TextId::StatusStopping, kAmber, kBlack, u'\u2026'},
+        {TextId::StatusStopped, kGrey, kWhite, u'\u25A0'},
+        {TextId::StatusError, kDarkRed, kWhite, u'\u2716'},
+    }};
+    return kLooks.at(static_cast<size_t>(state));
+}
+
+constexpr double kStateFont = 1.9;   // times the window's font
+constexpr double kStateSmall = 1.1;  // for words that need two lines
+
+QFont scaled(QFont font, double factor, bool bold) {
+    font.setPointSizeF(font.pointSizeF() * factor);
+    font.setBold(bold);
+    return font;
+}
+
+QString widestBytes() {
+    return fromCodePage(formatFreeSpace(uint64_t{8888} << 30U));
+}
+
+}  // namespace
+
+TextId stateText(RunState state) {
+    return lookOf(state).text;
+}
+
+StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(8, 6, 8, 4);
+    column->setSpacing(4);
+    buildUpperRow(column);
+    buildLowerRow(column);
+    attention_ = new QLabel(this);
+    attention_->setObjectName(QStringLiteral("AttentionLabel"));
+    attention_->setTextFormat(Qt::PlainText);
+    attention_->setWordWrap(true);
+    attention_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    attention_->setStyleSheet(
+        QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 3px 8px;"));
+    attention_->hide();
+    column->addWidget(attention_);
+    retranslate();
+    showNothing();
+}
+
+void StateStrip::buildUpperRow(QVBoxLayout* column) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    const auto button = [this, row](const char* name, QStyle::StandardPixmap icon) {
+        auto* made = new QPushButton(this);
+        made->setObjectName(QLatin1String(name));
+        made->setIcon(style()->standardIcon(icon));
+        made->setMinimumHeight(fontMetrics().height() * 5 / 2);
+        row->addWidget(made);
+        return made;
+    };
+    start_ = button("StartButton", QStyle::SP_MediaPlay);
+    stop_ = button("StopButton", QStyle::SP_MediaStop);
+    cycle_ = button("btnAutoStart", QStyle::SP_BrowserReload);
+    cycle_->setCheckable(true);
+
+    word_ = new QLabel(this);
+    word_->setObjectName(QStringLiteral("StateLabel"));
+    word_->setAlignment(Qt::AlignCenter);
+    word_->setWordWrap(true);
+    row->addWidget(word_);
+
+    elapsed_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
+    remaining_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
+    row->addWidget(elapsed_);
+    row->addWidget(remaining_);
+    progress_ = new QProgressBar(this);
+    progress_->setObjectName(QStringLiteral("ProgressBar"));
+    progress_->setRange(0, 100);
+    progress_->setMinimumWidth(fontMetrics().horizontalAdvance(QLatin1Char('8')) * 8);
+    QSizePolicy policy = progress_->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    progress_->setSizePolicy(policy);
+    progress_->hide();
+    row->addWidget(progress_, 1);
+    column->addLayout(row);
+}
+
+void StateStrip::buildLowerRow(QVBoxLayout* column) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(16);
+    const auto cell = [this, row](const char* name, const QString& widest) {
+        auto* made = new FigureCell(FigureCell::Shape::Small, widest, this);
+        made->setObjectName(QLatin1String(name));
+        row->addWidget(made);
+        return made;
+    };
+    written_ = cell("WrittenCell", {});
+    rate_ = cell("RateCell", {});
+    frames_ = cell("FramesCell", QStringLiteral("888 888 888 888"));
+    load_ = cell("LoadCell", QStringLiteral("\u26A0 100 %"));
+    files_ = cell("FilesCell", QStringLiteral("888"));
+    events_ = cell("EventsCell", QStringLiteral("88 888"));
+    losses_ = cell("LossesCell", QStringLiteral("\u26A0 88"));
+    row->addStretch(1);
+    column->addLayout(row);
+}
+
+void StateStrip::setState(RunState state) {
+    if (state_ == state)
+        return;
+    state_ = state;
+    showState();
+}
+
+void StateStrip::showState() {
+    const StateLook& look = lookOf(state_);
+    const QString text = plainText(look.text);
+    const QFont large = scaled(font(), kStateFont, true);
+    const bool fits = QFontMetrics(large).horizontalAdvance(QStringLiteral("\u25CF ") + text) < word_->minimumWidth();
+    word_->setFont(fits ? large : scaled(font(), kStateSmall, true));
+    word_->setText(QString(QChar(look.sign)) + QLatin1Char(' ') + text);
+    word_->setStyleSheet(QStringLiteral("background: %1; color: %2; border-radius: 6px;")
+                             .arg(QLatin1String(look.ground), QLatin1String(look.letters)));
+}
+
+void StateStrip::setFigures(const RunTexts& texts) {
+    elapsed_->setValue(texts.elapsed);
+    remaining_->setValue(texts.remaining.isEmpty() ? QStringLiteral("\u2013") : texts.remaining);
+    progress_->setVisible(texts.percent.has_value());
+    if (texts.percent)
+        progress_->setValue(*texts.percent);
+    written_->setValue(texts.written);
+    rate_->setValue(texts.rate);
+    frames_->setValue(texts.frames);
+    load_->setWarning(texts.loadWarns);
+    load_->setValue(texts.load);
+    files_->setValue(texts.files);
+    events_->setValue(texts.events);
+    losses_->setWarning(texts.lossesWarn);
+    losses_->setValue(texts.losses);
+}
+
+void StateStrip::showNothing() {
+    RunTexts texts;
+    texts.elapsed = fromCodePage(formatDuration(0));
+    texts.written = fromCodePage(formatFreeSpace(0));
+    texts.rate = fromCodePage(formatRate(0.0));
+    texts.frames = texts.files = texts.events = texts.losses = QStringLiteral("0");
+    texts.load = QStringLiteral("0 %");
+    setFigures(texts);
+}
+
+void StateStrip::setProgress(int percent) {
+    progress_->setVisible(true);
+    progress_->setValue(percent);
+}
+
+void StateStrip::setAttention(const QString& message) {
+    attention_->setText(message);
+    attention_->setVisible(!message.isEmpty());
+}
+
+void StateStrip::setDescription(const QString& fileName) {
+    description_ = fileName;
+    losses_->setToolTip(uiText(TextId::RunLossesHint, {description_}));
+}
+
+void StateStrip::retranslate() {
+    start_->setText(uiText(TextId::CommandStart) + QStringLiteral("  F5"));
+    stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("  F6"));
+    cycle_->setText(uiText(TextId::CommandCycleStart));
+    cycle_->setToolTip(uiText(TextId::CycleStartHint));
+    elapsed_->setCaption(uiText(TextId::RunElapsed));
+    remaining_->setCaption(uiText(TextId::RunRemaining));
+    written_->setCaption(uiText(TextId::RunWritten));
+    written_->setWidest(widestBytes());
+    rate_->setCaption(uiText(TextId::RunRate));
+    rate_->setWidest(fromCodePage(formatRate(888.8 * 1024 * 1024)));
+    frames_->setCaption(uiText(TextId::RunFrames));
+    load_->setCaption(uiText(TextId::RunLoad));
+    load_->setToolTip(uiText(TextId::RunLoadHint));
+    files_->setCaption(uiText(TextId::RunFiles));
+    events_->setCaption(uiText(TextId::RunEvents));
+    losses_->setCaption(uiText(TextId::RunLosses));
+    setDescription(description_);
+    const QFontMetrics metrics(scaled(font(), kStateFont, true));
+    int widest = 0;
+    for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped})
+        widest = std::max(widest, metrics.horizontalAdvance(QStringLiteral("\u25CF ") + plainText(stateText(state))));
+    word_->setMinimumWidth(widest + metrics.height());
+    word_->setMaximumWidth(widest + metrics.height());
+    showState();
+}
+
+void StateStrip::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange && attention_ != nullptr)
+        retranslate();
+}
+
+}  // namespace tarno2

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+#include <optional>
+
+#include "language/text_ids.h"
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QVBoxLayout;
+
+namespace tarno2 {
+
+class FigureCell;
+
+/// What the program is doing, as it is read from two metres.
+enum class RunState { Ready, Starting, WaitingForStart, Recording, Warning, Stopping, Stopped, Error };
+
+/// The word for a state.
+[[nodiscard]] TextId stateText(RunState state);
+
+/// The figures of a recording, as texts with their units.
+struct RunTexts {
+    QString elapsed;
+    QString remaining;           ///< empty without an end
+    std::optional<int> percent;  ///< of the progress bar; nothing hides it
+    QString written;
+    QString rate;
+    QString frames;
+    QString load;
+    QString files;
+    QString events;
+    QString losses;
+    bool lossesWarn = false;
+    bool loadWarns = false;
+};
+
+/// The upper part of the main window: start, stop and cycle buttons, the state in a colour and a word, time, progress
+/// and figures of the recording, and the last thing that needs attention. Window thread.
+class StateStrip : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StateStrip(QWidget* parent = nullptr);
+
+    void setState(RunState state);
+    [[nodiscard]] RunState state() const { return state_; }
+    void setFigures(const RunTexts& texts);
+    /// The figures before the first recording.
+    void showNothing();
+    void setProgress(int percent);
+    /// Stays until the next one; empty takes it away.
+    void setAttention(const QString& message);
+    /// The file whose description lists the losses, for their hint.
+    void setDescription(const QString& fileName);
+    void retranslate();
+
+    [[nodiscard]] QPushButton& startButton() { return *start_; }
+    [[nodiscard]] QPushButton& stopButton() { return *stop_; }
+    [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void buildUpperRow(QVBoxLayout* column);
+    void buildLowerRow(QVBoxLayout* column);
+    void showState();
+
+    RunState state_ = RunState::Ready;
+    QPushButton* start_;
+    QPushButton* stop_;
+    QPushButton* cycle_;
+    QLabel* word_;
+    FigureCell* elapsed_;
+    FigureCell* remaining_;
+    QProgressBar* progress_;
+    FigureCell* written_;
+    FigureCell* rate_;
+    FigureCell* frames_;
+    FigureCell* load_;
+    FigureCell* files_;
+    FigureCell* events_;
+    FigureCell* losses_;
+    QLabel* attention_ = nullptr;
+    QString description_;
+};
+
+}  // namespace tarno2
