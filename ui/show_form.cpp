@@ -228,30 +228,31 @@ void T_ShowForm::showControls() {
     digitalLines_->setEnabled(digitalLines() > 0);
 }
 
-// A recording may have more frames than a scroll bar has steps.
+// A recording may have more frames than a scroll bar has steps. Keys scroll further than the last whole screen.
 void T_ShowForm::showScrollBar() {
     const auto frames = static_cast<double>(frameCount());
-    const double step = std::max(1.0, frames / kScrollSteps);
+    const double low = shownFrames().low;
+    const double end = std::max(frames - span(), low);
+    scrollStep_ = std::max(1.0, end / kScrollSteps);
     const QSignalBlocker silence(scrollBar_);
-    const ShownFrames shown = shownFrames();
-    scrollBar_->setRange(0, static_cast<int>(frames / step));
-    scrollBar_->setPageStep(std::max(1, static_cast<int>(std::min(span() / step, double{kScrollSteps}))));
+    scrollBar_->setRange(0, static_cast<int>(end / scrollStep_));
+    scrollBar_->setPageStep(std::max(1, static_cast<int>(std::min(span() / scrollStep_, double{kScrollSteps}))));
     scrollBar_->setSingleStep(std::max(1, scrollBar_->pageStep() / 3));
-    scrollBar_->setValue(static_cast<int>(shown.low / step));
+    scrollBar_->setValue(static_cast<int>(low / scrollStep_));
 }
 
 void T_ShowForm::showStatus() {
-    QString status = mousePlace_;
-    if (file_ && !file_->overview().complete()) {
-        const uint64_t frames = std::max<uint64_t>(frameCount(), 1);
-        const auto percent = static_cast<int>(file_->overview().framesDone() * 100 / frames);
-        status = QString::asprintf(uiText(TextId::BuildingOverview).toUtf8().constData(), percent);
-    } else if (frameCount() == 0) {
-        status = uiText(TextId::ViewNoData);
-    } else if (file_ && status.isEmpty()) {
-        status = fileFacts();
+    tools_->setStatus(frameCount() == 0 ? uiText(TextId::ViewNoData) : mousePlace_);
+    if (!file_) {
+        return;
     }
-    tools_->setStatus(status);
+    if (file_->overview().complete()) {
+        tools_->setFileStatus(fileFacts());
+        return;
+    }
+    const uint64_t frames = std::max<uint64_t>(frameCount(), 1);
+    const auto percent = static_cast<int>(file_->overview().framesDone() * 100 / frames);
+    tools_->setFileStatus(QString::asprintf(uiText(TextId::BuildingOverview).toUtf8().constData(), percent));
 }
 
 QString T_ShowForm::fileFacts() const {

@@ -65,6 +65,8 @@ public:
     void settingsChanged();
     /// Puts the place of a detached view into the settings.
     void storePlace();
+    /// Frames that can be looked at.
+    [[nodiscard]] uint64_t frameCount() const;
     [[nodiscard]] ShowTools& tools() { return *tools_; }
 
     // What happens to the window.
@@ -136,7 +138,6 @@ private:
     [[nodiscard]] bool liveRuns() const;
     /// Stays where it is: an opened recording, or a live one that is not followed.
     [[nodiscard]] bool stays() const;
-    [[nodiscard]] uint64_t frameCount() const;
     /// Frames from one edge of the picture to the other.
     [[nodiscard]] double span() const;
     void setSpan(double frames);
@@ -169,6 +170,7 @@ private:
     std::unique_ptr<RecordedSignal> file_;  ///< shown instead of the live signal
 
     double position_ = 0.0;            ///< frame at the left edge while the picture stays
+    double scrollStep_ = 1.0;          ///< frames in a step of the scroll bar
     double fileSpan_ = 1.0;            ///< frames on screen of an opened recording
     std::optional<int> followBefore_;  ///< how the data were followed before the user held the picture with the mouse
     uint32_t boardLines_ = 0;

@@ -103,9 +103,7 @@ void T_ShowForm::ScrollBar1Change(int value) {
     if (!stays()) {
         return;
     }
-    const int last = std::max(scrollBar_->maximum(), 1);
-    const auto frames = static_cast<double>(frameCount());
-    setPosition(frames <= last ? value : frames * value / last);
+    setPosition(value * scrollStep_);
     userChanged();
 }
 

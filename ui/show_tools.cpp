@@ -71,8 +71,10 @@ ShowTools::ShowTools(QWidget* parent)
       followMenu_(new QMenu(this)),
       followModes_(new QActionGroup(this)),
       settingsButton_(menuButton("ShowSettings", this)),
-      backButton_(new QToolButton(this)),
-      status_(new QLabel(this)) {
+      status_(new QLabel(this)),
+      fileRow_(new QWidget(this)),
+      backButton_(menuButton("BackToLive", fileRow_)),
+      fileStatus_(new QLabel(fileRow_)) {
     build();
     connectAll();
     retranslate();
@@ -90,16 +92,23 @@ void ShowTools::build() {
         items_.back().first->setIcon(followIcon(tag, palette()));
     }
     axisYAuto_->setObjectName("AxisYAuto");
-    backButton_->setFocusPolicy(Qt::StrongFocus);
-    backButton_->setObjectName("BackToLive");
-    backButton_->hide();
     // A long line gives way to the controls.
-    status_->setObjectName("ViewStatus");
-    status_->setMinimumWidth(0);
-    status_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(4, 2, 4, 2);
+    for (QLabel* label : {status_, fileStatus_}) {
+        label->setMinimumWidth(0);
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
+    auto* fileLayout = new QHBoxLayout(fileRow_);
+    fileLayout->setContentsMargins(0, 0, 0, 0);
+    fileLayout->addWidget(backButton_);
+    fileLayout->addWidget(fileStatus_, 1);
+    fileRow_->hide();
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(4, 2, 4, 2);
+    rows->setSpacing(2);
+    rows->addWidget(fileRow_);
+    auto* layout = new QHBoxLayout;
     layout->setSpacing(4);
+    rows->addLayout(layout);
     layout->addWidget(new QLabel(QStringLiteral("X"), this));
     layout->addWidget(axisXEdit_);
     layout->addWidget(axisXButton_);
@@ -111,7 +120,6 @@ void ShowTools::build() {
     layout->addSpacing(8);
     layout->addWidget(showModeButton_);
     layout->addWidget(settingsButton_);
-    layout->addWidget(backButton_);
     layout->addWidget(status_, 1);
 }
 
@@ -166,7 +174,7 @@ void ShowTools::check(QActionGroup* group, int tag, QToolButton* button) {
         if (item->data().toInt() == tag) {
             item->setChecked(true);
             button->setIcon(item->icon());
-            button->setText(item->text());
+            button->setText(item->text() + QStringLiteral(" ▾"));
             button->setToolTip(item->icon().isNull() ? QString() : item->text());
         }
     }
@@ -183,11 +191,15 @@ void ShowTools::load(const ProgramSettings& settings, double spanX) {
 
 void ShowTools::setFileShown(bool file) {
     showModeButton_->setEnabled(!file);
-    backButton_->setVisible(file);
+    fileRow_->setVisible(file);
 }
 
 void ShowTools::setStatus(const QString& text) {
     status_->setText(text);
+}
+
+void ShowTools::setFileStatus(const QString& text) {
+    fileStatus_->setText(text);
 }
 
 std::optional<double> ShowTools::typedX() const {

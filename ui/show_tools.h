@@ -31,6 +31,8 @@ public:
     void setFileShown(bool file);
     /// A line of text about what is shown; empty: none.
     void setStatus(const QString& text);
+    /// The same about the recording that was opened.
+    void setFileStatus(const QString& text);
 
     /// What was typed as span of X or as scale of Y; nothing unless it is a number above 0.
     [[nodiscard]] std::optional<double> typedX() const;
@@ -76,8 +78,10 @@ private:
     QMenu* followMenu_;
     QActionGroup* followModes_;
     QToolButton* settingsButton_;
-    QToolButton* backButton_;
     QLabel* status_;
+    QWidget* fileRow_;
+    QToolButton* backButton_;
+    QLabel* fileStatus_;
     std::vector<std::pair<QAction*, TextId>> items_;
 };
 
