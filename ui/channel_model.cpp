@@ -1,6 +1,8 @@
 #include "ui/channel_model.h"
 
-#include <QColor>
+#include <QIcon>
+#include <QPainter>
+#include <QPixmap>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -15,6 +17,20 @@ namespace {
 constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber, TextId::ColorCaption,
                                  TextId::ColumnGain,    TextId::ColumnRange,  TextId::ColumnValue,
                                  TextId::ColumnMinimum, TextId::ColumnMaximum};
+
+/// A swatch that keeps its colour in a marked row, with a frame that tells it from any ground.
+QIcon swatch(int32_t color) {
+    constexpr int kSize = 16;
+    QPixmap pixmap(kSize, kSize);
+    pixmap.fill(Qt::black);
+    QPainter painter(&pixmap);
+    painter.fillRect(1, 1, kSize - 2, kSize - 2, Qt::white);
+    painter.fillRect(2, 2, kSize - 4, kSize - 4, fromBgr(color));
+    painter.end();
+    QIcon icon(pixmap);
+    icon.addPixmap(pixmap, QIcon::Selected);
+    return icon;
+}
 
 /// Decimals that show about a ten-thousandth of the range.
 int decimalsFor(double limit) {
@@ -197,7 +213,7 @@ QVariant ChannelModel::data(const QModelIndex& index, int role) const {
         case Qt::CheckStateRole:
             return column == Active ? QVariant(channel(row).active ? Qt::Checked : Qt::Unchecked) : QVariant();
         case Qt::DecorationRole:
-            return column == Color ? QVariant(fromBgr(channel(row).color)) : QVariant();
+            return column == Color ? QVariant(swatch(channel(row).color)) : QVariant();
         case Qt::EditRole:
             return column == Gain ? QVariant(gainOf(row)) : QVariant();
         case Qt::TextAlignmentRole:

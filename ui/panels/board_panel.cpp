@@ -91,7 +91,6 @@ void BoardPanel::retranslate() {
         baseBox_->setItemText(0, uiText(TextId::UnknownBoard));
     }
     setHint(driverBox_, uiText(TextId::BoardDriverHint));
-    setHint(baseBox_, uiText(TextId::BoardNumberHint));
     setHint(drqBox_, uiText(TextId::BoardDrq));
     setHint(differential_, uiText(TextId::DifferentialInputsHint));
     setHint(digitalPort_, uiText(TextId::UseDigitalPortHint));
@@ -156,6 +155,8 @@ void BoardPanel::showFacts() {
     offer(differential_, BoardOption::Differential);
     offer(digitalPort_, BoardOption::DigitalPort);
     offer(hardwareAverage_, BoardOption::HardwareAverage);
+    // The name may be longer than the field.
+    setHint(baseBox_, uiText(TextId::BoardNumberHint) + QLatin1Char('\n') + baseBox_->currentText());
     // Few boards have DRQ numbers: the others don't show the choice at all.
     const bool hasDrq = drqBox_->count() > 0;
     drqLabel_->setVisible(hasDrq);

@@ -40,6 +40,8 @@ ChannelsPanel::ChannelsPanel(QWidget* parent)
     layout->addLayout(gain);
     layout->addWidget(extended_);
     layout->addWidget(resetExtremes_);
+    // A window may show the table in a place of its own.
+    layout->addStretch();
     gainLabel_->setBuddy(gainBox_);
 
     manage(selectAll_);

@@ -30,6 +30,7 @@ public:
     void boardChanged(BoardSelection& selection) override;
     void setLocked(bool locked) override;
 
+    /// A window may take the table to a place of its own; the panel goes on serving it.
     [[nodiscard]] ChannelTable& table() { return *table_; }
     [[nodiscard]] int activeCount() const;
     void setExtendedView(bool on);  ///< says nothing of it

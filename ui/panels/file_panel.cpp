@@ -40,7 +40,7 @@ uint64_t wholeSeconds(double seconds) {
 }
 
 QString megabytes(double perSecond) {
-    return QString::number(perSecond, 'f', perSecond < 10.0 ? 2 : 0);
+    return QString::number(perSecond, 'f', perSecond < 10.0 ? 2 : perSecond < 100.0 ? 1 : 0);
 }
 
 /// A line with two fields.

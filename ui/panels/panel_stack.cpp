@@ -7,6 +7,7 @@
 #include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "ui/panels/padlock.h"
 #include "ui/text.h"
@@ -121,6 +122,18 @@ void PanelStack::boardChanged(BoardSelection& selection) {
     for (SettingsPanel* panel : panels_) {
         panel->boardChanged(selection);
     }
+}
+
+QSize PanelStack::minimumSizeHint() const {
+    QSize size = QWidget::minimumSizeHint();
+    for (const Member& member : members_) {
+        size.setWidth(std::max(size.width(), member.area->minimumSizeHint().width()));
+    }
+    return size;
+}
+
+QSize PanelStack::sizeHint() const {
+    return QWidget::sizeHint().expandedTo(minimumSizeHint());
 }
 
 void PanelStack::setLocked(bool locked) {

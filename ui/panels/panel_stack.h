@@ -36,6 +36,10 @@ public:
     void boardChanged(BoardSelection& selection);
     void setLocked(bool locked);
 
+    /// Wide enough for each panel, so that opening another one moves nothing beside the stack.
+    [[nodiscard]] QSize minimumSizeHint() const override;
+    [[nodiscard]] QSize sizeHint() const override;
+
 signals:
     /// The operator has opened a panel, or closed it (-1).
     void memberOpened(int member);
