@@ -44,10 +44,11 @@ private:
 
 }  // namespace
 
-SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes) : driver_(complain) {
+SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes, Pace pace)
+    : driver_(complain) {
     KeyValueFile cfg;
     require(cfg.createForWriting(joinPath(folder, "Simulator.cfg")), folder + ": no settings can be written");
-    cfg.writeUInt32("RealTime", 0);
+    cfg.writeUInt32("RealTime", pace == Pace::RealTime ? 1 : 0);
     // Levels stay in the ring once they are there, so that no processor time goes into making samples, as with a board.
     cfg.writeString("Signal", "Level");
     require(cfg.close(), folder + ": no settings can be written");
@@ -67,12 +68,13 @@ SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uin
     halfBytes_ = halfBytes / frame * frame;
 }
 
-double SimulatedBoard::record(const std::string& file, uint64_t bytes) {
+double SimulatedBoard::record(const std::string& file, uint64_t bytes, LiveTap* tap) {
     LastWord lastWord;
     RecordDescription description;
     T_BOARD board(driver_, 1, complain);
     require(board.ready(), "no memory for a session");
     board.settings = settings_;
+    board.liveTap = tap;
     require(board.StartThread(&lastWord, {}), "the session does not start");
     require(uint64_t{board.maxBufferSamples()} * driver_.facts().sampleWidth() == 2 * halfBytes_, "another ring");
     WriterSetup setup;

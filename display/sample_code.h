@@ -33,10 +33,12 @@ struct SampleCode {
                 return static_cast<Word>(static_cast<Bits>((static_cast<Bits>(w) & m) ^ flip) - flip);
             });
         }
-        if (isSigned) {
-            return use([s = shift](Word w) { return static_cast<Word>(w >> s); });
-        }
-        return use([s = shift](Word w) { return static_cast<Word>(static_cast<Bits>(w) >> s); });
+        return withShift([&](auto known) {
+            if (isSigned) {
+                return use([known](Word w) { return static_cast<Word>(w >> known); });
+            }
+            return use([known](Word w) { return static_cast<Word>(static_cast<Bits>(w) >> known); });
+        });
     }
     /// The lines of a frame's first word, line 0 in bit 0; what lies above the last line is not cleared.
     [[nodiscard]] Bits lines(Word first) const {
@@ -53,8 +55,22 @@ struct SampleCode {
         const auto low = static_cast<Bits>((Bits{1} << shift) - 1);
         return static_cast<Word>(static_cast<Bits>(bits << shift) | static_cast<Bits>(lineBits & low));
     }
-    /// The whole word is the code.
-    [[nodiscard]] bool plain() const { return below ? width == kBits : shift == 0; }
+
+private:
+    // Compilers shift many 16-bit words at once only by a number that they know.
+    template <uint32_t Known = 0, typename Use>
+    auto withShift(Use use) const {
+        if constexpr (kBits > 16) {
+            return use(shift);
+        } else {
+            if constexpr (Known + 1 < kBits) {
+                if (shift != Known) {
+                    return withShift<Known + 1>(use);
+                }
+            }
+            return use(std::integral_constant<uint32_t, Known>{});
+        }
+    }
 
     bool below;
     bool isSigned;
