@@ -2,6 +2,7 @@
 # Builds the benchmarks optimised and prints the ratios that docs/performance.md explains.
 #
 #   scripts/bench.sh                       the ratios; fails when recording is slower than it has to be
+#   scripts/bench.sh --display [BYTES]     the signal view's data; with BYTES the overview of such a file too
 #   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
 #
 # Files go to the memory file system, or to the folder that TARNO2_BENCH_FOLDER names; about 600 MB have to be free.
@@ -16,7 +17,8 @@ use_ccache
 configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
-cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-synchro simulator
+cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-synchro tarno2-bench-display \
+    simulator
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -26,5 +28,6 @@ if [ "${1:-}" = --times ]; then
     exec "$bin/tarno2-bench" "$@"
 fi
 [ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
+[ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
 [ $# -eq 0 ] || fail "Unknown: $*"
 exec "$bin/tarno2-bench-ratios"
