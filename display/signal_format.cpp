@@ -39,7 +39,7 @@ SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts
         format.minimumCode = board.codeRange.m_nMinimum;
         format.maximumCode = board.codeRange.m_nMaximum;
     } else {
-        setCodesOfBits(format, std::max(board.format.m_nCodeBits, 2U));
+        setCodesOfBits(format, std::max(uint32_t{board.format.m_nCodeBits}, 2U));
     }
     const size_t columns = facts.ranges.size();
     for (size_t i = 0; i < columns; ++i) {
