@@ -252,17 +252,16 @@ void T_ShowForm::showStatus() {
     }
     const uint64_t frames = std::max<uint64_t>(frameCount(), 1);
     const auto percent = static_cast<int>(file_->overview().framesDone() * 100 / frames);
-    tools_->setFileStatus(QString::asprintf(uiText(TextId::BuildingOverview).toUtf8().constData(), percent));
+    tools_->setFileStatus(uiText(TextId::BuildingOverview, {QString::number(percent)}));
 }
 
 QString T_ShowForm::fileFacts() const {
     const double rate = file_->format().framesPerSecond;
     const auto frames = static_cast<double>(frameCount());
     const uint64_t seconds = rate > 0.0 ? static_cast<uint64_t>(std::llround(frames / rate)) : 0;
-    return QString::asprintf(uiText(TextId::RecordingFacts).toUtf8().constData(),
-                             static_cast<int>(file_->frames().pieceCount()),
-                             fromCodePage(formatCount(frameCount())).toUtf8().constData(),
-                             fromCodePage(formatDuration(seconds)).toUtf8().constData());
+    return uiText(TextId::RecordingFacts,
+                  {QString::number(file_->frames().pieceCount()), fromCodePage(formatCount(frameCount())),
+                   fromCodePage(formatDuration(seconds))});
 }
 
 void T_ShowForm::setDigitalLines(uint32_t lines) {
@@ -275,15 +274,6 @@ void T_ShowForm::settingsChanged() {
         drawing_->retranslate();
     }
     userChanged();
-}
-
-void T_ShowForm::storePlace() {
-    const QWidget* top = window();
-    // Docked, it has no place of its own.
-    if (parentWidget() == nullptr || top == this || (top == parentWidget() && top->inherits("QDockWidget"))) {
-        const QRect place = top->geometry();
-        settings_.showFormPos = {place.left(), place.top(), place.width(), place.height()};
-    }
 }
 
 void T_ShowForm::guarded(const char* name, const std::function<void()>& step) noexcept {

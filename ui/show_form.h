@@ -63,11 +63,8 @@ public:
     void retranslate();
     /// The font of the axes, or the colour of a channel was changed elsewhere.
     void settingsChanged();
-    /// Puts the place of a detached view into the settings.
-    void storePlace();
     /// Frames that can be looked at.
     [[nodiscard]] uint64_t frameCount() const;
-    [[nodiscard]] ShowTools& tools() { return *tools_; }
 
     // What happens to the window.
     void FormPaint();

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QCursor>
+#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -40,11 +41,6 @@ std::optional<ScrollKey> scrollKeyOf(int key) {
         default:
             return std::nullopt;
     }
-}
-
-QString filled(TextId text, const QString& first, const QString& second = {}) {
-    return QString::asprintf(uiText(text).toUtf8().constData(), first.toUtf8().constData(),
-                             second.toUtf8().constData());
 }
 
 }  // namespace
@@ -91,8 +87,11 @@ void T_ShowForm::FormHide() {
     }
 }
 
+// The window with the settings of digital lines goes with the view.
 void T_ShowForm::FormClose() {
-    storePlace();
+    if (digitalSettings_) {
+        digitalSettings_->close();
+    }
 }
 
 void T_ShowForm::Splitter1Moved() {
@@ -260,7 +259,9 @@ void T_ShowForm::savePicture() {
     }
     const QString file = QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".png") : name;
     if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
-        emit message(filled(TextId::FileNotWritten, file));
+        QFile again(file);
+        static_cast<void>(again.open(QIODevice::WriteOnly));
+        emit message(uiText(TextId::FileNotWritten, {file, again.errorString()}));
     }
 }
 
@@ -337,7 +338,7 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
         return false;
     }
     for (const std::string& name : frames->cutFiles()) {
-        emit message(filled(TextId::LastFrameIncomplete, fromFileName(name)));
+        emit message(uiText(TextId::LastFrameIncomplete, {fromFileName(name)}));
     }
     guarded("openRecording", [&] {
         // Told on the thread that reads the file.
@@ -361,13 +362,13 @@ void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& pro
     const QString detail = fromFileName(problem.detail);
     switch (problem.kind) {
         case OpenProblem::DescriptionMissing:
-            emit message(filled(TextId::DescriptionMissing, name));
+            emit message(uiText(TextId::DescriptionMissing, {name}));
             break;
         case OpenProblem::DescriptionDamaged:
-            emit message(filled(TextId::DescriptionKeyWrong, name, detail));
+            emit message(uiText(TextId::DescriptionKeyWrong, {name, detail}));
             break;
         default:
-            emit message(filled(TextId::RecordingNotRead, name, detail));
+            emit message(uiText(TextId::RecordingNotRead, {name, detail}));
             break;
     }
 }

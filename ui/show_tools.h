@@ -38,8 +38,6 @@ public:
     [[nodiscard]] std::optional<double> typedX() const;
     [[nodiscard]] std::optional<double> typedY() const;
 
-    [[nodiscard]] QMenu& axisXMenu() { return *axisXMenu_; }
-    [[nodiscard]] QMenu& axisYMenu() { return *axisYMenu_; }
     /// Opens a menu at its button.
     void openAxisXMenu();
     void openFollowMenu();

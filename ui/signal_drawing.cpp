@@ -15,7 +15,7 @@ namespace {
 constexpr size_t kLeastBuckets = 100;
 
 std::string numbered(TextId id, int32_t number) {
-    return QString::asprintf(uiText(id).toUtf8().constData(), number).toStdString();
+    return uiText(id, {QString::number(number)}).toStdString();
 }
 
 TextId textOf(AxisXUnit unit) {

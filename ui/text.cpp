@@ -16,16 +16,19 @@ QString plainText(TextId id) {
 }
 
 QString uiText(TextId id, const QStringList& values) {
-    QString text = uiText(id);
-    qsizetype at = 0;
-    for (const QString& value : values) {
-        while (at < text.size() && !(text[at] == QLatin1Char('%') && at + 1 < text.size() && text[at + 1].isLetter())) {
-            ++at;
+    const QString text = uiText(id);
+    QString filled;
+    auto value = values.begin();
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        if (text[at] != QLatin1Char('%') || at + 1 == text.size()) {
+            filled += text[at];
+        } else if (text[++at] == QLatin1Char('%')) {
+            filled += QLatin1Char('%');
+        } else if (value != values.end()) {
+            filled += *value++;
         }
-        text.replace(at, 2, value);
-        at += value.size();
     }
-    return text;
+    return filled;
 }
 
 QString fromCodePage(const std::string& text) {

@@ -13,7 +13,7 @@ namespace tarno2 {
 /// The same without the "&" that marks a mnemonic, for places that are no menu or label.
 [[nodiscard]] QString plainText(TextId id);
 
-/// A text with its conversions (%s, %d) replaced by the values, in order.
+/// A text with its conversions (%s, %d) replaced by the values, in order, and %% by a percent sign.
 [[nodiscard]] QString uiText(TextId id, const QStringList& values);
 
 /// Texts between the program's code page (1251) and the windows. What the code page lacks becomes "?".

@@ -16,6 +16,13 @@ TEST(UiText, FollowsTheLanguageAndLosesItsMnemonic) {
     EXPECT_EQ(uiText(TextId::MenuFile), QStringLiteral("&File"));
 }
 
+TEST(UiText, ValuesStandWhereTheTextWantsThem) {
+    languageTable().select(kLanguageEnglish);
+    EXPECT_EQ(uiText(TextId::BuildingOverview, {"40"}), QStringLiteral("Reading the recording: 40 %"));
+    EXPECT_EQ(uiText(TextId::RecordingNotRead, {"100%s.dat", "gone"}),
+              QStringLiteral("Recording \"100%s.dat\" can not be read: gone"));
+}
+
 TEST(UiText, CodePageTextsGoBothWays) {
     EXPECT_EQ(fromCodePage(toCodePage(QStringLiteral("Запись № 7"))), QStringLiteral("Запись № 7"));
     EXPECT_EQ(toCodePage(QStringLiteral("5 \u4E2D V")), "5 ? V");
