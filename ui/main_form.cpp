@@ -8,6 +8,7 @@
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
+#include "platform/paths.h"
 #include "ui/channel_table.h"
 #include "ui/main_status_bar.h"
 #include "ui/message_list.h"
@@ -18,6 +19,7 @@
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
 #include "ui/program_icon.h"
+#include "ui/show_form.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -46,6 +48,8 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
     refreshTimer_.setInterval(kRefreshPeriodMs);
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
     guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
+    guarded("SignalView", [this] { buildSignalView(); });
+    guarded("Places", [this] { placeWindows(); });
     guarded("SetCaptions", [this] {
         SetCaptions();
         updateState();
@@ -53,6 +57,12 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
 }
 
 T_MainForm::~T_MainForm() {
+    if (control_.running())
+        control_.StopButtonClick();
+    // The view reads from recordings and draws with a library that go before the window's other parts.
+    control_.setLiveTap(nullptr);
+    signalDock_->disconnect(this);
+    delete showForm_;
     DEBUG_LOG("Destructor");
 }
 
@@ -109,13 +119,6 @@ void T_MainForm::buildCenter() {
     connect(statusLine_, &MainStatusBar::languageAsked, this, &T_MainForm::SelectLanguageButtonClick);
 }
 
-void T_MainForm::setSignalView(QWidget* view) {
-    signalDock_->setWidget(view);
-    signalDock_->setVisible(settings_.showFormVisible);
-    showSignal_->setEnabled(true);
-    detachSignal_->setEnabled(true);
-}
-
 void T_MainForm::connectStrip() {
     connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
@@ -136,6 +139,18 @@ void T_MainForm::connectPanels() {
     connect(programPanel_, &ProgramPanel::russianChosen, this, &T_MainForm::RussianChooseClick);
     connect(programPanel_, &ProgramPanel::englishChosen, this, &T_MainForm::EnglishChooseClick);
     connect(programPanel_, &ProgramPanel::cycleStartChanged, this, &T_MainForm::btnAutoStartClick);
+    connect(programPanel_, &ProgramPanel::axisFontChanged, this, [this] {
+        storeControls();
+        showForm_->settingsChanged();
+    });
+    connect(programPanel_, &ProgramPanel::debugLogChanged, this, [this](bool on) {
+        on ? debugLog().open(joinPath(programDirectory_, "Tarno2.cfg"), 1) : debugLog().close();
+        programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
+    });
+    connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
+        storeControls();
+        showForm_->settingsChanged();
+    });
     connect(programPanel_, &ProgramPanel::stayOnTopChanged, this, [this](bool on) {
         const bool shown = isVisible();
         setWindowFlag(Qt::WindowStaysOnTopHint, on);

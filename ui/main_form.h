@@ -18,6 +18,7 @@
 #include "core/recording_control.h"
 #include "core/recording_progress.h"
 #include "core/recording_shell.h"
+#include "core/scoper_library.h"
 #include "ui/state_strip.h"
 
 class QAction;
@@ -35,6 +36,7 @@ class MeasuringPanel;
 class MessageList;
 class PanelStack;
 class ProgramPanel;
+class T_ShowForm;
 
 /// The main window: the operator's settings, the state of the recording, and everything that starts from its menus. It
 /// is the shell in which the recording logic runs, and holds no rules of its own. What fails in a handler is a line in
@@ -52,8 +54,6 @@ public:
     void present();
     /// The system or a signal asks the program to end: stops the recording without a question and closes.
     void requestEnd();
-    /// Puts the signal view into its dock; it is taken over.
-    void setSignalView(QWidget* view);
 
     [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
     [[nodiscard]] RecordingControl& control() { return control_; }
@@ -74,6 +74,8 @@ public:
     void SelectLanguageButtonClick();
     void RussianChooseClick();
     void EnglishChooseClick();
+    void OpenRecordingClick();
+    void DigitalSettingsClick();
     void HelpClick();
     void AboutClick();
     /// True when the window may close: nothing is recorded, or the operator wants it to end.
@@ -121,6 +123,10 @@ private:
     QAction* addToggle(TextId text, std::function<void(bool)> toggled);
     QMenu* addMenu(TextId text);
 
+    // The signal view (main_form_signal.cpp).
+    void buildSignalView();
+    void showRunningSignal();
+
     // Settings (main_form_settings.cpp).
     void loadSettings();
     void loadConsoleSettings();
@@ -134,6 +140,7 @@ private:
     void RecalcChannelCount();
     void showNeed();
     void showDisk();
+    void refreshDisk();
     void showBoardStatus();
     void chooseLanguage(InterfaceLanguage language);
 
@@ -161,6 +168,7 @@ private:
     FileNaming naming_;
     DiskSpeedTester speedTester_;
     FileNameFindings findings_;
+    ScoperLibrary scoper_;  ///< outlives the view
     BoardSelection selection_;
     RecordingControl control_;
     BoardStatus boardStatus_ = BoardStatus::Ready;
@@ -191,6 +199,7 @@ private:
     ProgramPanel* programPanel_ = nullptr;
     QMainWindow* right_ = nullptr;  ///< channel table with the docked signal below it
     QDockWidget* signalDock_ = nullptr;
+    T_ShowForm* showForm_ = nullptr;
     MessageList* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;
     QSplitter* columns_ = nullptr;
@@ -202,11 +211,13 @@ private:
     QAction* start_ = nullptr;
     QAction* stop_ = nullptr;
     QAction* cycle_ = nullptr;
+    QAction* openRecording_ = nullptr;
     QAction* chooseFile_ = nullptr;
     QAction* additional_ = nullptr;
     QAction* saveAsText_ = nullptr;
     QAction* showSignal_ = nullptr;
     QAction* detachSignal_ = nullptr;
+    QAction* digitalLines_ = nullptr;
     QAction* showPanels_ = nullptr;
     QAction* showMessages_ = nullptr;
     QAction* extendedChannels_ = nullptr;

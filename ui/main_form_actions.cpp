@@ -20,6 +20,7 @@
 #include "ui/panels/file_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/show_form.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -63,8 +64,6 @@ void T_MainForm::buildActions() {
     saveAsText_->setObjectName(QStringLiteral("SaveAsTextButton"));
     showSignal_ = addToggle(TextId::MenuShowSignal, [this](bool shown) { signalDock_->setVisible(shown); });
     detachSignal_ = addToggle(TextId::MenuDetachSignal, [this](bool apart) { signalDock_->setFloating(apart); });
-    showSignal_->setEnabled(false);
-    detachSignal_->setEnabled(false);
     connect(signalDock_, &QDockWidget::visibilityChanged, this,
             [this] { showSignal_->setChecked(!signalDock_->isHidden()); });
     connect(signalDock_, &QDockWidget::topLevelChanged, detachSignal_, &QAction::setChecked);
@@ -75,6 +74,8 @@ void T_MainForm::buildActions() {
     showMessages_->setChecked(true);
     extendedChannels_ =
         addToggle(TextId::MenuExtendedChannels, [this](bool on) { channelsPanel_->setExtendedView(on); });
+    openRecording_ = addAction(TextId::MenuOpenRecording, &T_MainForm::OpenRecordingClick, QKeySequence::Open);
+    digitalLines_ = addAction(TextId::DigitalLineSettings, &T_MainForm::DigitalSettingsClick);
     auto* languages = new QActionGroup(this);
     RussianChoose = addAction(TextId::LanguageRussian, &T_MainForm::RussianChooseClick);
     EnglishChoose = addAction(TextId::LanguageEnglish, &T_MainForm::EnglishChooseClick);
@@ -88,6 +89,7 @@ void T_MainForm::buildActions() {
 
 void T_MainForm::buildMenus() {
     QMenu* file = addMenu(TextId::MenuFile);
+    file->addAction(openRecording_);
     file->addAction(chooseFile_);
     file->addAction(saveAsText_);
     file->addSeparator();
@@ -106,6 +108,7 @@ void T_MainForm::buildMenus() {
     SelectLanguageMenu = settings->addMenu(QString());
     SelectLanguageMenu->setObjectName(QStringLiteral("SelectLanguageMenu"));
     menus_.emplace_back(SelectLanguageMenu, TextId::SelectLanguage);
+    settings->addAction(digitalLines_);
     SelectLanguageMenu->addActions({RussianChoose, EnglishChoose});
     QMenu* help = addMenu(TextId::MenuHelp);
     help->addAction(addAction(TextId::MenuManual, &T_MainForm::HelpClick, QKeySequence(Qt::Key_F1)));
@@ -119,6 +122,8 @@ void T_MainForm::SetCaptions() {
     for (const auto& [menu, id] : menus_)
         menu->setTitle(uiText(id));
     signalDock_->setWindowTitle(uiText(TextId::ViewWindow));
+    if (showForm_ != nullptr)
+        showForm_->retranslate();
     strip_->retranslate();
     panels_->retranslate();
     messages_->retranslate();

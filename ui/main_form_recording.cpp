@@ -24,6 +24,7 @@
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/show_form.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -284,19 +285,18 @@ void T_MainForm::beginRun() {
     progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
     strip_->setDescription(fromFileName(RecordDescription::fileNameFor(runFile_)));
     messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
+    showRunningSignal();
     setLocked(true);
     refreshTimer_.start();
 }
 
 void T_MainForm::endRun() {
     runNumber_ = 0;
+    showForm_->recordingStopped();
     refreshTimer_.stop();
     setLocked(false);
     setWindowTitle(uiText(TextId::ProgramName));
-    static_cast<void>(DiskInfo(fileName(), findings_.disk));
-    filePanel_->showFindings(findings_);
-    showDisk();
-    showNeed();
+    refreshDisk();
 }
 
 void T_MainForm::refreshRun() {
@@ -335,6 +335,7 @@ void T_MainForm::setState(RunState state) {
 void T_MainForm::setLocked(bool locked) {
     panels_->setLocked(locked);
     chooseFile_->setEnabled(!locked);
+    openRecording_->setEnabled(!locked);
     additional_->setEnabled(!locked);
 }
 

@@ -26,6 +26,7 @@
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/show_form.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -66,6 +67,7 @@ WindowPlace firstPlace() {
 
 void T_MainForm::loadSettings() {
     settings_.language = languageFromLocale();
+    settings_.showFormPos = {0, 0, 0, 0};  // docked
     const bool known = LoadConfig(programDirectory_, settings_);
     if (known) {
         selectLanguage(settings_.language);
@@ -73,21 +75,19 @@ void T_MainForm::loadSettings() {
     } else {
         // Nobody has chosen anything yet: a board that is there can be used at once.
         settings_.mainFormPos = firstPlace();
-        settings_.showFormPos.width = 0;
         chooseFirstUsableDriver();
     }
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
     panels_->load(settings_);
     boardChanged();
     setFileName(naming_.NameAtStart(settings_.fileName));
-    static_cast<void>(DiskInfo(fileName(), findings_.disk));
+    refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
     programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
     panels_->open(settings_.showSettingMember);
     extendedChannels_->setChecked(settings_.extendedChannelMode);
     btnAutoStartClick(settings_.cycleStart);
     setWindowFlag(Qt::WindowStaysOnTopHint, settings_.stayOnTop);
-    placeWindows();
 }
 
 void T_MainForm::loadConsoleSettings() {
@@ -218,6 +218,8 @@ void T_MainForm::boardChanged() {
     } catch (...) {
         DEBUG_LOG("!!!    Catching....   RecalcChannelCount");
     }
+    if (showForm_ != nullptr)
+        showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
     showNeed();
 }
 
@@ -263,6 +265,14 @@ void T_MainForm::showNeed() {
     statusLine_->setNeed(shown, slow || (findings_.diskKnown() && diskTooSmall(need, findings_.disk.freeBytes)));
 }
 
+// What may have changed since the name was checked: the free space.
+void T_MainForm::refreshDisk() {
+    static_cast<void>(DiskInfo(fileName(), findings_.disk));
+    filePanel_->showFindings(findings_);
+    showDisk();
+    showNeed();
+}
+
 void T_MainForm::showDisk() {
     if (!findings_.diskKnown()) {
         statusLine_->setDisk(findings_.problem ? uiText(*findings_.problem) : QString());
@@ -294,6 +304,7 @@ void T_MainForm::storePlaces() {
 void T_MainForm::placeWindows() {
     const std::vector<WindowPlace> screens = screenPlaces();
     setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
+    right_->resizeDocks({signalDock_}, {height() / 2}, Qt::Vertical);
     if (settings_.showFormPos.width > 0) {
         signalDock_->setFloating(true);
         signalDock_->setGeometry(rectangleOf(placeOnScreens(settings_.showFormPos, screens)));

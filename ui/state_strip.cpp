@@ -134,7 +134,7 @@ void StateStrip::buildLowerRow(QVBoxLayout* column) {
     };
     written_ = cell("WrittenCell", {});
     rate_ = cell("RateCell", {});
-    frames_ = cell("FramesCell", QStringLiteral("888 888 888 888"));
+    frames_ = cell("FramesCell", QStringLiteral("88 888 888 888"));
     load_ = cell("LoadCell", QStringLiteral("\u26A0 100 %"));
     files_ = cell("FilesCell", QStringLiteral("888"));
     events_ = cell("EventsCell", QStringLiteral("88 888"));

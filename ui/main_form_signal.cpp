@@ -1,0 +1,65 @@
+// The signal view in its dock, and the recordings that are opened there.
+
+#include <QAction>
+#include <QDockWidget>
+#include <QFileDialog>
+
+#include "config/debug_log.h"
+#include "display/signal_format.h"
+#include "ui/main_form.h"
+#include "ui/message_list.h"
+#include "ui/panels/channels_panel.h"
+#include "ui/show_form.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+void T_MainForm::buildSignalView() {
+    std::string why;
+    if (!scoper_.load(why)) {
+        messages_->add(MessageList::Kind::Attention, uiText(TextId::ScoperaNotLoaded));
+        messages_->add(MessageList::Kind::Detail, fromCodePage(why));
+    }
+    showForm_ = new T_ShowForm(settings_, scoper_.object(), signalDock_);
+    signalDock_->setWidget(showForm_);
+    connect(showForm_, &T_ShowForm::message, this,
+            [this](const QString& line) { messages_->add(MessageList::Kind::Attention, line); });
+    connect(showForm_, &T_ShowForm::readings, this,
+            [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
+    control_.setLiveTap(&showForm_->tap());
+    showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+    showSignal_->setChecked(settings_.showFormVisible);
+    signalDock_->setVisible(settings_.showFormVisible);
+}
+
+void T_MainForm::showRunningSignal() {
+    T_BOARD& session = *control_.session();
+    LiveRecording recording;
+    recording.format = signalFormatOf(selection_.driver().facts(), control_.facts(), session.decimation);
+    recording.channels = session.settings.channels;
+    recording.fileName = runFile_;
+    recording.everyFrameWritten = runSettings_.synchro.SynchroAnalyzeMode == 0;
+    recording.writer = [this, number = session.number()]() -> DataWriter* {
+        T_BOARD* running = control_.session();
+        return running != nullptr && running->number() == number ? &running->writer() : nullptr;
+    };
+    showForm_->recordingStarted(std::move(recording));
+}
+
+void T_MainForm::OpenRecordingClick() {
+    guarded("OpenRecordingClick", [this] {
+        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(fileName()));
+        dialog.setFileMode(QFileDialog::ExistingFile);
+        dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+            return;
+        signalDock_->show();
+        showForm_->openRecording(toFileName(dialog.selectedFiles().first()));
+    });
+}
+
+void T_MainForm::DigitalSettingsClick() {
+    guarded("DigitalSettingsClick", [this] { showForm_->DigitalSignalSettingsClick(); });
+}
+
+}  // namespace tarno2
