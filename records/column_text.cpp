@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace tarno2 {
 
@@ -58,21 +59,43 @@ bool scaledWhole(uint64_t bits, int precision, uint64_t& whole) {
     return quotient <= std::numeric_limits<uint64_t>::max();
 }
 
-/// `value` in exactly `count` digits.
-void writeDigits(char* out, uint32_t value, int count) {
-    for (; count >= 2; count -= 2) {
-        std::memcpy(out + count - 2, &kDigitPairs[size_t{value % 100} * 2], 2);
-        value /= 100;
-    }
-    if (count == 1) {
-        *out = static_cast<char>('0' + value);
-    }
-}
-
 char* writeWhole(char* out, uint64_t value) {
     constexpr size_t kLongest = 20;
+    constexpr uint64_t kTwoDigits = 10;
+    if (value < kTwoDigits) {
+        *out = static_cast<char>('0' + value);
+        return out + 1;
+    }
     return std::to_chars(out, out + kLongest, value).ptr;
 }
+
+/// `scaled` / 10^Precision. With the precision known beforehand its divisions are multiplications.
+template <size_t Precision>
+char* writeScaled(char* out, uint64_t scaled, char decimal) {
+    constexpr uint32_t kPower = kPowersOfTen[Precision];
+    out = writeWhole(out, scaled / kPower);
+    if constexpr (Precision > 0) {
+        *out++ = decimal;
+        auto fraction = static_cast<uint32_t>(scaled % kPower);
+        size_t digits = Precision;
+        for (; digits >= 2; digits -= 2) {
+            std::memcpy(out + digits - 2, &kDigitPairs[size_t{fraction % 100} * 2], 2);
+            fraction /= 100;
+        }
+        if (digits == 1) {
+            *out = static_cast<char>('0' + fraction);
+        }
+    }
+    return out + Precision;
+}
+
+using ScaledWriter = char* (*)(char*, uint64_t, char);
+
+template <size_t... Precisions>
+constexpr std::array<ScaledWriter, sizeof...(Precisions)> scaledWriters(std::index_sequence<Precisions...>) {
+    return {writeScaled<Precisions>...};
+}
+constexpr auto kScaledWriters = scaledWriters(std::make_index_sequence<kPowersOfTen.size()>());
 
 char* writeAnyFixed(char* out, double value, int precision, char decimal) {
     char* const end = std::to_chars(out, out + kLongestNumber, value, std::chars_format::fixed, precision).ptr;
@@ -121,14 +144,7 @@ char* writeFixed(char* out, double value, int precision, char decimal) {
     if ((bits >> kSignBit) != 0) {
         *out++ = '-';
     }
-    const uint32_t power = kPowersOfTen[static_cast<size_t>(precision)];
-    out = writeWhole(out, whole / power);
-    if (precision == 0) {
-        return out;
-    }
-    *out++ = decimal;
-    writeDigits(out, static_cast<uint32_t>(whole % power), precision);
-    return out + precision;
+    return kScaledWriters[static_cast<size_t>(precision)](out, whole, decimal);
 }
 
 char* writeFirstColumn(char* out, const ExportFormat& format, uint64_t line, double seconds) {

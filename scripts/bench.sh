@@ -4,6 +4,8 @@
 #   scripts/bench.sh                       the ratios; fails when recording is slower than it has to be
 #   scripts/bench.sh --display [BYTES]     the signal view's data; with BYTES the overview of such a file too
 #   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
+#   scripts/bench.sh --synchro             the evaluator against copying
+#   scripts/bench.sh --export              the conversion to text against fprintf and against copying
 #
 # Files go to the memory file system, or to the folder that TARNO2_BENCH_FOLDER names; about 600 MB have to be free.
 set -euo pipefail
@@ -18,7 +20,7 @@ configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-synchro tarno2-bench-display \
-    simulator
+    tarno2-bench-export simulator
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -29,5 +31,6 @@ if [ "${1:-}" = --times ]; then
 fi
 [ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
 [ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
+[ "${1:-}" != --export ] || exec "$bin/tarno2-bench-export"
 [ $# -eq 0 ] || fail "Unknown: $*"
 exec "$bin/tarno2-bench-ratios"

@@ -1,0 +1,159 @@
+#include "apps/export/export_options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <optional>
+#include <vector>
+
+#include "records/export_names.h"
+#include "records/number_text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kGoOn = -1;
+constexpr int kBadUse = 2;
+
+/// In the order of `FirstColumn`.
+const std::vector<std::string> kFirstColumns = {"none", "samples", "seconds", "clock"};
+
+/// What has to be worked on before it is a format or an input.
+struct RawOptions {
+    std::string firstColumn = "none";
+    std::string data = "codes";
+    std::string decimal = "point";
+    std::string divider = "tab";
+    uint32_t dividerCount = 1;
+    std::vector<std::string> ranges;
+    std::string digitalMask;
+    bool signedCodes = false;
+    bool unsignedCodes = false;
+};
+
+void addFormatOptions(CLI::App& app, ExportOptions& options, RawOptions& raw) {
+    ExportFormat& format = options.format;
+    app.add_option("-o,--output", options.outputName, "Output file; without it RECORDING with .csv");
+    app.add_option("--first-column", raw.firstColumn, "What a line begins with (none)")
+        ->check(CLI::IsMember(kFirstColumns));
+    app.add_option("--data", raw.data, "What the columns of the channels hold (codes)")
+        ->check(CLI::IsMember(std::vector<std::string>{"codes", "volts"}));
+    app.add_option("--time-precision", format.timePrecision, "Decimals of the seconds, 0 to 9 (6)")
+        ->check(CLI::Range(0, ExportFormat::kMaximumPrecision));
+    app.add_option("--voltage-precision", format.voltagePrecision, "Decimals of the values, codes too, 0 to 9 (6)")
+        ->check(CLI::Range(0, ExportFormat::kMaximumPrecision));
+    app.add_option("--decimal", raw.decimal, "Decimal character (point)")
+        ->check(CLI::IsMember(std::vector<std::string>{"point", "comma"}));
+    app.add_option("--divider", raw.divider, "What parts the columns: tab, or one character (tab)")->type_name("CHAR");
+    app.add_option("--divider-count", raw.dividerCount, "How often it stands there, 1 to 99 (1)")
+        ->check(CLI::Range(uint32_t{1}, ExportFormat::kMaximumDividerCount));
+    app.add_option("--max-lines", format.maximumLines,
+                   "Lines of an output file, at least 100, before the next one begins; 0 for one file (0)")
+        ->check(CLI::NonNegativeNumber);
+}
+
+void addInputOptions(CLI::App& app, KnownInputs& known, RawOptions& raw) {
+    const std::string group = "What the description tells, when there is none or better is known";
+    app.add_option("--width", known.bytesPerSample, "Bytes of a sample, 2 or 4")
+        ->check(CLI::IsMember(std::vector<uint32_t>{2, 4}))
+        ->group(group);
+    app.add_option("--channels", known.channelCount, "Channels in a frame")
+        ->check(CLI::NonNegativeNumber)
+        ->group(group);
+    app.add_option("--frequency", known.frequency, "Sampling frequency of one channel, Hz")->group(group);
+    app.add_option("--packet-frequency", known.packetFrequency, "Frequency of the packets, Hz")->group(group);
+    app.add_option("--range", raw.ranges, "Limits of a channel, V, for example 5:-5; once for all or once a channel")
+        ->type_name("UPPER:LOWER")
+        ->allow_extra_args(false)
+        ->group(group);
+    app.add_option("--code-bits", known.codeBits, "Bits of a code")->check(CLI::NonNegativeNumber)->group(group);
+    app.add_option("--code-shift", known.codeShift, "Bits below the code in a sample")
+        ->check(CLI::NonNegativeNumber)
+        ->group(group);
+    CLI::Option* const isSigned = app.add_flag("--signed", raw.signedCodes, "Codes have a sign")->group(group);
+    app.add_flag("--unsigned", raw.unsignedCodes, "Codes have no sign")->excludes(isSigned)->group(group);
+    app.add_option("--code-min", known.codeMinimum, "Code of the lower limit")->group(group);
+    app.add_option("--code-max", known.codeMaximum, "Code of the upper limit")->group(group);
+    app.add_option("--digital-mask", raw.digitalMask, "Bits of the digital port in a frame's first sample, hexadecimal")
+        ->type_name("HEX")
+        ->group(group);
+    app.add_option("--digital-shift", known.digitalShift, "Bits below the port")
+        ->check(CLI::NonNegativeNumber)
+        ->group(group);
+    app.add_option("--digital-lines", known.digitalLines, "Lines of the port; 0 for none")
+        ->check(CLI::NonNegativeNumber)
+        ->group(group);
+}
+
+/// A number that fills the text to its end.
+std::optional<double> wholeNumber(const std::string& text) {
+    const bool plain = !text.empty() && text.find_first_not_of("+-.0123456789eE") == std::string::npos;
+    return plain ? parseDouble(text) : std::nullopt;
+}
+
+void takeRanges(const std::vector<std::string>& texts, KnownInputs& known) {
+    for (const std::string& text : texts) {
+        const size_t colon = text.find(':');
+        const auto upper = wholeNumber(text.substr(0, colon));
+        const auto lower = colon == std::string::npos ? std::nullopt : wholeNumber(text.substr(colon + 1));
+        if (!upper || !lower) {
+            throw CLI::ValidationError("--range: " + text + " is no pair of limits such as 5:-5");
+        }
+        known.ranges.emplace_back(*upper, *lower);
+    }
+}
+
+/// Takes over what has no form that the parser knows.
+void finish(const RawOptions& raw, ExportOptions& options) {
+    const auto column = std::find(kFirstColumns.begin(), kFirstColumns.end(), raw.firstColumn);
+    options.format.firstColumn = static_cast<FirstColumn>(column - kFirstColumns.begin());
+    options.format.volts = raw.data == "volts";
+    options.format.decimal = raw.decimal == "comma" ? ',' : '.';
+    const std::string symbol = raw.divider == "tab" ? "\t" : raw.divider;
+    if (symbol.size() != 1) {
+        throw CLI::ValidationError("--divider: " + raw.divider + " is neither tab nor one character");
+    }
+    options.format.divider = std::string(raw.dividerCount, symbol.front());
+    takeRanges(raw.ranges, options.known);
+    if (!raw.digitalMask.empty()) {
+        options.known.digitalMask = parseHex32(raw.digitalMask);
+        if (!options.known.digitalMask) {
+            throw CLI::ValidationError("--digital-mask: " + raw.digitalMask + " is no hexadecimal number");
+        }
+    }
+    if (raw.signedCodes || raw.unsignedCodes) {
+        options.known.codeSigned = raw.signedCodes;
+    }
+    if (options.outputName.empty()) {
+        options.outputName = defaultOutputName(options.dataFile);
+    }
+}
+
+}  // namespace
+
+int parseExportOptions(int argc, const char* const* argv, ExportOptions& options) {
+    CLI::App app{"Converts a recording of Tarno2 to lines of text that a spreadsheet opens.", "tarno2-export"};
+    app.footer(
+        "A piece of a recording that was cut is converted like a recording of its own.\n"
+        "Exit status: 0 done, 1 stopped, 2 bad use or bad input.");
+    RawOptions raw;
+    app.add_option("RECORDING", options.dataFile, "Data file; its description is looked for beside it")->required();
+    addFormatOptions(app, options, raw);
+    app.add_flag("--quiet", options.quiet, "Show no progress and no warnings");
+    addInputOptions(app, options.known, raw);
+    try {
+        app.parse(argc, argv);
+        finish(raw, options);
+        return kGoOn;
+    } catch (const CLI::CallForHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& error) {
+        std::string line = error.what();
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        std::cerr << "tarno2-export: " << line << " (--help tells more)\n";
+        return kBadUse;
+    }
+}
+
+}  // namespace tarno2
