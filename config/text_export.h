@@ -20,6 +20,7 @@ namespace tarno2 {
 /// Which fields mean something in the chosen modes.
 struct ExportFields {
     bool timePrecision = false;
+    bool voltagePrecision = true;  ///< of codes as well
     bool tabCount = false;
     bool symbol = false;
     bool symbolCount = false;

@@ -72,7 +72,7 @@ ConversionInputs conversionInputs(const RecordedKeys& described, const KnownInpu
     } else if (described.ranges) {
         inputs.ranges = *described.ranges;
     }
-    if (known.ranges.size() == 1 && inputs.channelCount <= kMaximumChannels) {
+    if (known.ranges.size() == 1 && inputs.channelCount <= ConversionInputs::kMostChannels) {
         inputs.ranges.resize(inputs.channelCount, known.ranges.front());
     }
 
@@ -85,7 +85,7 @@ std::string missingInput(const ConversionInputs& inputs, const ExportFormat& for
     if (!makesSense(inputs)) {
         return "DataFormat";
     }
-    if (inputs.channelCount == 0 || inputs.channelCount > kMaximumChannels) {
+    if (inputs.channelCount == 0 || inputs.channelCount > ConversionInputs::kMostChannels) {
         return "ChannelNumber";
     }
     if (format.volts && inputs.ranges.size() != inputs.channelCount) {

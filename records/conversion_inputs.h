@@ -11,11 +11,11 @@
 
 namespace tarno2 {
 
-/// The most channels that a frame may have.
-inline constexpr uint32_t kMaximumChannels = 4096;
-
 /// What the conversion to text has to know of a data file.
 struct ConversionInputs {
+    /// The most channels that a frame may have.
+    static constexpr uint32_t kMostChannels = 4096;
+
     uint32_t bytesPerSample = 0;  ///< 2 or 4
     uint32_t channelCount = 0;    ///< samples in a frame
     uint32_t codeBits = 0;

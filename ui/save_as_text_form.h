@@ -1,0 +1,126 @@
+#pragma once
+
+#include <QDialog>
+#include <QEvent>
+#include <QTimer>
+#include <atomic>
+#include <string>
+
+#include "config/program_settings.h"
+#include "config/text_export.h"
+#include "platform/thread.h"
+#include "records/conversion_inputs.h"
+#include "records/text_conversion.h"
+
+class QButtonGroup;
+class QCheckBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+class QSpinBox;
+
+namespace tarno2 {
+
+/// The recording that is converted, and what is known of it besides its description.
+struct TextExportSource {
+    std::string dataFile;
+    KnownInputs known;
+};
+
+/// Converts a recording to text: the choice of columns, and the progress of the conversion, which runs on a thread of
+/// its own. The settings are kept when a conversion starts and when the window closes. Window thread.
+class T_SaveAsTextForm : public QDialog {
+public:
+    /// `settings` outlives the window.
+    T_SaveAsTextForm(TextExportSettings& settings, TextExportSource source, QWidget* parent = nullptr);
+    ~T_SaveAsTextForm() override;
+
+    /// Sets every text again, after a change of the language.
+    void loadCaptions();
+    void SaveButtonClick();
+    void CancelButtonClick();
+    /// Shows how far the conversion is.
+    void Timer1Timer();
+    /// Stops a running conversion and waits for its end.
+    void FormClose();
+    void ButtonSetFileNameClick();
+    void FirstColumnModeGroupClick();
+    void DataColumnModeClick();
+    void DividerGroupBoxClick();
+    void reject() override;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void customEvent(QEvent* event) override;
+
+private:
+    // Construction (save_as_text_form_layout.cpp).
+    void build();
+    QWidget* buildColumns();
+    QWidget* buildDivider();
+    QWidget* buildProgress();
+    QRadioButton* addRadio(QButtonGroup* group, int id, const char* name, QWidget* parent);
+    void connectControls();
+
+    void showSettings();
+    void readControls();
+    void showFields();
+    void setRunning(bool running);
+    void endConversion();
+    void conversionEnded(const ConversionResult& result);
+    [[nodiscard]] QString failureText(const ConversionResult& result) const;
+    [[nodiscard]] QString finishedText(const ConversionResult& result) const;
+
+    TextExportSettings& settings_;
+    const TextExportSource source_;
+
+    RecordedKeys described_;
+    ConversionProgress progress_;
+    std::atomic<bool> stop_{false};
+    uint64_t began_ = 0;  ///< ms of the tick counter
+    uint64_t elapsed_ = 0;
+    bool running_ = false;
+    Thread worker_;
+    QTimer timer_;
+
+    QWidget* controls_;
+    QLabel* fileNameLabel_;
+    QLineEdit* fileNameEdit_;
+    QPushButton* setFileNameButton_;
+    QGroupBox* firstColumnBox_;
+    QButtonGroup* firstColumn_;
+    QLabel* timePrecisionLabel_;
+    QSpinBox* timePrecision_;
+    QGroupBox* dataColumnBox_;
+    QButtonGroup* dataColumn_;
+    QLabel* voltagePrecisionLabel_;
+    QSpinBox* voltagePrecision_;
+    QGroupBox* decimalBox_;
+    QButtonGroup* decimal_;
+    QGroupBox* dividerBox_;
+    QButtonGroup* divider_;
+    QLabel* tabCountLabel_;
+    QSpinBox* tabCount_;
+    QLineEdit* symbol_;
+    QLabel* symbolCountLabel_;
+    QSpinBox* symbolCount_;
+    QCheckBox* limitLines_;
+    QSpinBox* maximumLines_;
+    QGroupBox* progressBox_;
+    QLabel* filesLabel_;
+    QLabel* sizeLabel_;
+    QLabel* linesLabel_;
+    QLabel* timeLabel_;
+    QLabel* files_;
+    QLabel* size_;
+    QLabel* lines_;
+    QLabel* time_;
+    QProgressBar* bar_;
+    QPushButton* saveButton_;
+    QPushButton* cancelButton_;
+};
+
+}  // namespace tarno2
