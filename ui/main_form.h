@@ -19,6 +19,7 @@
 #include "core/recording_progress.h"
 #include "core/recording_shell.h"
 #include "core/scoper_library.h"
+#include "records/conversion_inputs.h"
 #include "ui/state_strip.h"
 
 class QAction;
@@ -152,6 +153,7 @@ private:
     void updateState();
     void beginRun();
     void endRun();
+    [[nodiscard]] bool isOfLastRun(const std::string& dataFile) const;
     void refreshRun();
     [[nodiscard]] QString frameCount(uint64_t bytes) const;
     void setState(RunState state);
@@ -181,6 +183,7 @@ private:
     bool runBegun_ = false;  ///< the board has begun to measure
     RunState endState_ = RunState::Ready;
     std::string runFile_;
+    KnownInputs runInputs_;  ///< what the driver tells of it more exactly than the description
 
     QTimer stopTimer_;
     QElapsedTimer stopClock_;

@@ -11,6 +11,7 @@
 #include "config/debug_log.h"
 #include "config/language_choice.h"
 #include "language/language_table.h"
+#include "platform/file.h"
 #include "ui/about_box.h"
 #include "ui/help.h"
 #include "ui/main_form.h"
@@ -20,6 +21,7 @@
 #include "ui/panels/file_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
 
@@ -183,7 +185,29 @@ void T_MainForm::AdditionalFileModeClick() {
 }
 
 void T_MainForm::SaveAsTextButtonClick() {
-    guarded("SaveAsTextButtonClick", [] { DEBUG_LOG("SaveAsTextButtonClick"); });
+    guarded("SaveAsTextButtonClick", [this] {
+        DEBUG_LOG("SaveAsTextButtonClick");
+        const std::string& last = runFile_.empty() ? settings_.fileName : runFile_;
+        const QString chosen = QFileDialog::getOpenFileName(
+            this, plainText(TextId::ExportWindow), fromFileName(last),
+            uiText(TextId::DataFileFilter) + QStringLiteral(";;") + uiText(TextId::AllFilesFilter));
+        if (chosen.isEmpty())
+            return;
+        TextExportSource source{toFileName(chosen), {}};
+        if (isOfLastRun(source.dataFile))
+            source.known = runInputs_;
+        auto* form = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
+        form->setAttribute(Qt::WA_DeleteOnClose);
+        form->open();
+    });
+}
+
+bool T_MainForm::isOfLastRun(const std::string& dataFile) const {
+    for (uint32_t piece = 0; !runFile_.empty() && fileExists(pieceName(runFile_, piece)); ++piece) {
+        if (isSameFile(dataFile, pieceName(runFile_, piece)))
+            return true;
+    }
+    return false;
 }
 
 void T_MainForm::HelpClick() {

@@ -280,6 +280,13 @@ void T_MainForm::beginRun() {
     runNumber_ = session.number();
     runSettings_ = settings();
     runFile_ = fileName();
+    runInputs_ = {};
+    if (const BoardFacts& board = selection_.driver().facts(); board.codeRangeKnown) {
+        runInputs_.codeMinimum = board.codeRange.m_nMinimum;
+        runInputs_.codeMaximum = board.codeRange.m_nMaximum;
+    }
+    if (session.settings.packetMode)
+        runInputs_.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
     frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
     runBegun_ = !session.settings.externalStart;
     progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
