@@ -6,7 +6,6 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <optional>
 
 namespace tarno2 {
 
@@ -14,11 +13,6 @@ namespace {
 
 constexpr int32_t kModeAnalysis = 1;
 constexpr int32_t kModeSynchronisation = 2;
-
-double volts(double value, int32_t unit) {
-    constexpr double kFactors[] = {1.0, 0.001, 0.000001};
-    return value * (unit == 1 || unit == 2 ? kFactors[unit] : kFactors[0]);
-}
 
 class Check {
 public:
@@ -42,7 +36,6 @@ private:
     [[nodiscard]] bool checkSynchronisation(const SynchroSizes& sizes);
     [[nodiscard]] bool checkSizes(const SynchroSizes& sizes);
     [[nodiscard]] bool convert(const char* what, double value, int32_t unit, int32_t& channel, int32_t& code);
-    [[nodiscard]] std::optional<int32_t> codeOf(double level, const SynchroBoardFacts::Channel& channel) const;
     bool fail(SynchroMistake mistake, std::string detail);
     bool switchOff(SynchroSwitchOff reason, const char* detail);
 
@@ -118,7 +111,7 @@ bool Check::convert(const char* what, double value, int32_t unit, int32_t& chann
     if (std::isnan(value)) {
         return fail(SynchroMistake::ThresholdNoNumber, "The threshold" + condition + " is no number");
     }
-    const std::optional<int32_t> converted = codeOf(volts(value, unit), *found);
+    const std::optional<int32_t> converted = levelCode(levelVolts(value, unit), *found, board_);
     if (!converted) {
         return fail(SynchroMistake::InputRangeNotPositive,
                     "The input range of channel " + std::to_string(channel) + " is not positive");
@@ -126,19 +119,6 @@ bool Check::convert(const char* what, double value, int32_t unit, int32_t& chann
     channel = static_cast<int32_t>(found - board_.channels.begin());
     code = *converted;
     return true;
-}
-
-std::optional<int32_t> Check::codeOf(double level, const SynchroBoardFacts::Channel& channel) const {
-    const auto range = static_cast<double>(channel.inputRange);
-    if (!std::isfinite(range) || !(range > 0.0)) {
-        return std::nullopt;
-    }
-    const double lowest = board_.minimumCode;
-    const double highest = board_.maximumCode;
-    const double gain = channel.gain == 0 ? 1.0 : channel.gain;
-    // The gain comes after the truncation, so that thresholds set on recordings of old stay where they were.
-    const double code = std::trunc((level + range) * (highest - lowest) / (2.0 * range) + lowest) * gain;
-    return static_cast<int32_t>(code > highest ? highest : code < lowest ? lowest : code);
 }
 
 bool Check::fail(SynchroMistake mistake, std::string detail) {
@@ -157,6 +137,25 @@ bool Check::switchOff(SynchroSwitchOff reason, const char* detail) {
 }
 
 }  // namespace
+
+double levelVolts(double value, int32_t unit) {
+    constexpr double kFactors[] = {1.0, 0.001, 0.000001};
+    return value * (unit == 1 || unit == 2 ? kFactors[unit] : kFactors[0]);
+}
+
+std::optional<int32_t> levelCode(double volts, const SynchroBoardFacts::Channel& channel,
+                                 const SynchroBoardFacts& board) {
+    const auto range = static_cast<double>(channel.inputRange);
+    if (!std::isfinite(range) || !(range > 0.0)) {
+        return std::nullopt;
+    }
+    const double lowest = board.minimumCode;
+    const double highest = board.maximumCode;
+    const double gain = channel.gain == 0 ? 1.0 : channel.gain;
+    // The gain comes after the truncation, so that thresholds set on recordings of old stay where they were.
+    const double code = std::trunc((volts + range) * (highest - lowest) / (2.0 * range) + lowest) * gain;
+    return static_cast<int32_t>(code > highest ? highest : code < lowest ? lowest : code);
+}
 
 bool CheckSynchroParameters(const SynchroSettings& settings, const SynchroSizes& sizes, const SynchroBoardFacts& board,
                             SynchroFindings& findings) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,14 @@ struct SynchroFindings {
     SynchroSwitchOff switchedOff = SynchroSwitchOff::None;
     std::string detail;  ///< what stands behind either, one line for the logs; empty when there is nothing to say
 };
+
+/// A level as it is typed, in volts.
+[[nodiscard]] double levelVolts(double value, int32_t unit);
+
+/// The code of a level of so many volts at the input, held within the board's codes. Nothing when the channel's range
+/// is not positive.
+[[nodiscard]] std::optional<int32_t> levelCode(double volts, const SynchroBoardFacts::Channel& channel,
+                                               const SynchroBoardFacts& board);
 
 /// Makes the evaluator's copy of the user's settings, in which channels are numbers. False when they can't be used;
 /// `findings` tells why. Settings that could only lose frames, or that ask a port that is not in use, are switched off:
