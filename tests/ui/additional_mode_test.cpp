@@ -1,0 +1,383 @@
+// The synchronisation window, driven with keys and mouse.
+
+#include <QApplication>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QRadioButton>
+#include <QScreen>
+#include <QSlider>
+#include <QTest>
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <set>
+
+#include "config/debug_log.h"
+#include "language/language_table.h"
+#include "tests/support/temporary_folder.h"
+#include "ui/additional_mode_window.h"
+#include "ui/synchro_picture.h"
+#include "ui/text.h"
+
+namespace tarno2::test {
+namespace {
+
+AdditionalModeFacts facts(std::vector<SynchroBoardFacts::Channel> channels = {{3, 1, 10.0F}, {7, 10, 10.0F}}) {
+    AdditionalModeFacts result;
+    result.board.channels = std::move(channels);
+    result.board.minimumCode = -2048;
+    result.board.maximumCode = 2047;
+    result.board.useDigitalPort = true;
+    result.digitalLines = 4;
+    result.framesPerSecond = 10000.0;
+    return result;
+}
+
+class AdditionalMode : public ::testing::Test {
+protected:
+    AdditionalMode() {
+        languageTable().select(kLanguageEnglish);
+        settings_.AnalyzeAnalogStartChannel = settings_.SynchroAnalogChannelNumber = 3;
+        window_ = std::make_unique<T_AdditionalModeWindow>(settings_, sizes_);
+        window_->setFacts(facts());
+    }
+
+    void open() {
+        window_->open();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+    }
+    template <typename Widget>
+    Widget* find(const char* name) {
+        auto* widget = window_->findChild<Widget*>(QLatin1String(name));
+        EXPECT_NE(widget, nullptr) << name;
+        return widget;
+    }
+    void click(const char* name) {
+        auto* button = find<QAbstractButton>(name);
+        ASSERT_TRUE(button->isVisible() && button->isEnabled()) << name;
+        const bool small = qobject_cast<QRadioButton*>(button) != nullptr || button->isCheckable();
+        QTest::mouseClick(button, Qt::LeftButton, {}, small ? QPoint(8, button->height() / 2) : QPoint());
+    }
+    void type(const char* name, const char* text, bool enter = false) {
+        auto* control = find<QWidget>(name);
+        ASSERT_TRUE(control->isVisible() && control->isEnabled()) << name;
+        if (const auto* box = qobject_cast<QComboBox*>(control))
+            control = box->lineEdit();
+        control->setFocus();
+        QTest::keyClick(control, Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClicks(control, text[0] == '\0' ? " " : text);
+        if (enter)
+            QTest::keyClick(control, Qt::Key_Return);
+    }
+    /// Opens the button's popup with the mouse and chooses the item of that number.
+    void choose(const char* name, int tag) {
+        click(name);
+        auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(popup, nullptr) << name;
+        const auto* button = find<QWidget>(name);
+        const QPoint corner = button->mapToGlobal(QPoint(0, button->height()));
+        const int room = button->screen()->geometry().right() + 1 - popup->width();
+        EXPECT_EQ(popup->pos(), QPoint(std::min(corner.x(), room), corner.y())) << name;
+        QTest::mouseClick(popup, Qt::LeftButton, {}, popup->actionGeometry(popup->actions()[tag]).center());
+        EXPECT_EQ(find<TaggedButton>(name)->tag(), tag) << name;
+        EXPECT_EQ(find<TaggedButton>(name)->text(), popup->actions()[tag]->text());
+    }
+    QString typed(const char* name) { return find<QLineEdit>(name)->text(); }
+    int bar(const char* name) { return find<QSlider>(name)->value(); }
+
+    SynchroSettings settings_;
+    SynchroSizes sizes_{250, 750};
+    std::unique_ptr<T_AdditionalModeWindow> window_;
+};
+
+TEST_F(AdditionalMode, AnalysisOfChannelsByMouseAndKeyboard) {
+    open();
+    EXPECT_FALSE(find<QWidget>("Panel1")->isVisible() || find<QWidget>("Panel2")->isVisible());
+    EXPECT_FALSE(find<QWidget>("StartValueEdit")->isEnabled() || find<QWidget>("BufferBar")->isEnabled());
+    click("AnalyzeButton");
+    EXPECT_TRUE(find<QWidget>("Panel1")->isVisible());
+    EXPECT_FALSE(find<QWidget>("Panel2")->isVisible());
+    choose("AnalogStartModeButton", 0);
+    choose("AnalogWriteModeButton", 1);
+    choose("AnalogStopModeButton", 1);
+    choose("StartValueUnit", 1);
+    choose("WriteValueUnit", 0);
+    choose("StopValueUnit", 2);
+    type("StartChannelBox", "7");
+    type("WriteChannelBox", "3");
+    type("StopChannelBox", "7");
+    type("StartValueEdit", "250,5");
+    type("WriteValueEdit", "-1e6");
+    type("StopValueEdit", "-0.5");
+    click("AcceptButton");
+    EXPECT_FALSE(window_->isVisible());
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 1);
+    EXPECT_TRUE(settings_.analysisOnAnalog);
+    EXPECT_EQ(settings_.AnalyzeAnalogStartChannel, 7);
+    EXPECT_EQ(settings_.AnalyzeAnalogStartValue, 250.5);
+    EXPECT_EQ(settings_.AnalyzeAnalogStartUnit, 1);
+    EXPECT_EQ(settings_.AnalyzeAnalogWriteMode, 1);
+    EXPECT_EQ(settings_.AnalyzeAnalogWriteValue, -1e6);
+    EXPECT_EQ(settings_.AnalyzeAnalogWriteUnit, 2);
+    EXPECT_EQ(settings_.AnalyzeAnalogStopChannel, 7);
+    EXPECT_EQ(settings_.AnalyzeAnalogStopValue, -0.5);
+    EXPECT_EQ(settings_.AnalyzeAnalogStopUnit, 0);
+}
+
+TEST_F(AdditionalMode, AnalysisOfThePort) {
+    open();
+    click("AnalyzeButton");
+    click("PortRadio");
+    EXPECT_FALSE(find<QWidget>("AnalogStartBox")->isVisible());
+    choose("PortStartModeButton", 1);
+    choose("PortWriteModeButton", 0);
+    type("PortStartChannelBox", "2");
+    type("PortWriteChannelBox", "3");
+    type("PortStopChannelBox", "1");
+    EXPECT_EQ(find<QComboBox>("PortStopChannelBox")->count(), 4);
+    click("AcceptButton");
+    EXPECT_TRUE(settings_.analysisOnPort && settings_.portStartEnabled && settings_.portWriteEnabled);
+    EXPECT_FALSE(settings_.portStopEnabled);
+    EXPECT_EQ(settings_.AnalyzePortStartMode, 1);
+    EXPECT_EQ(settings_.AnalyzePortStartBit * 100 + settings_.AnalyzePortWriteBit * 10 + settings_.AnalyzePortStopBit,
+              231);
+    open();
+    choose("PortStartModeButton", 2);
+    choose("PortWriteModeButton", 2);
+    click("AcceptButton");
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 0) << "no condition is left";
+    EXPECT_TRUE(find<QRadioButton>("OffButton")->isChecked());
+}
+
+TEST_F(AdditionalMode, Records) {
+    open();
+    click("SynchroButton");
+    EXPECT_TRUE(find<QWidget>("Panel2")->isVisible());
+    choose("AnalogSynchroModeButton", 1);
+    choose("SynchroValueUnit", 1);
+    type("SynchroChannelBox", "7");
+    type("SynchroValueEdit", "150");
+    type("SynchroBufferSizeEdit", "2000", true);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "500");
+    type("SynchroPrehistoryLevelEdit", "333", true);
+    EXPECT_TRUE(window_->isVisible()) << "Enter in a size only applies it";
+    click("StopAfterTrigged");
+    QTest::keyClick(find<QWidget>("SynchroValueEdit"), Qt::Key_Return);
+    EXPECT_FALSE(window_->isVisible()) << "Enter elsewhere accepts";
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 2);
+    EXPECT_TRUE(settings_.synchroOnAnalog && settings_.StopAfterTrigged);
+    EXPECT_EQ(settings_.SynchroAnalogMode, 1);
+    EXPECT_EQ(settings_.SynchroAnalogChannelNumber, 7);
+    EXPECT_EQ(settings_.SynchroAnalogValue, 150.0);
+    EXPECT_EQ(settings_.SynchroAnalogUnit, 1);
+    EXPECT_EQ(sizes_.prehistory, 333);
+    EXPECT_EQ(sizes_.history, 1667);
+    open();
+    click("SynchroPortRadio");
+    choose("PortSynchroModeButton", 1);
+    type("PortSynchroBitBox", "3");
+    click("AcceptButton");
+    EXPECT_TRUE(settings_.synchroOnPort && !settings_.synchroOnAnalog);
+    EXPECT_EQ(settings_.SynchroPortMode * 10 + settings_.SynchroPortBit, 13);
+    open();
+    choose("PortSynchroModeButton", 2);
+    EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().recordBegin, -1);
+    click("AcceptButton");
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 2) << "records without an edge: nothing will be recorded";
+    EXPECT_FALSE(settings_.synchroOnPort || settings_.synchroOnAnalog);
+}
+
+TEST_F(AdditionalMode, BarsAndEditsOfTheSizes) {
+    open();
+    click("SynchroButton");
+    EXPECT_EQ(find<QSlider>("BufferBar")->minimum(), 20);
+    EXPECT_EQ(find<QSlider>("BufferBar")->maximum(), 2621440);
+    EXPECT_EQ(bar("BufferBar"), 1000);
+    EXPECT_EQ(bar("PrehistoryBar"), 25);
+    QTest::keyClick(find<QSlider>("BufferBar"), Qt::Key_Right);
+    EXPECT_EQ(typed("SynchroBufferSizeEdit"), "1001");
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "250");
+    QTest::keyClick(find<QSlider>("PrehistoryBar"), Qt::Key_End);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "1001");
+    type("SynchroBufferSizeEdit", "100", true);
+    EXPECT_EQ(bar("BufferBar"), 100);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "100");
+    type("SynchroPrehistoryLevelEdit", "40", true);
+    EXPECT_EQ(bar("PrehistoryBar"), 40);
+    type("SynchroPrehistoryLevelEdit", "150", true);
+    EXPECT_EQ(bar("PrehistoryBar"), 100);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "100");
+    type("SynchroPrehistoryLevelEdit", "-3", true);
+    EXPECT_EQ(bar("PrehistoryBar"), 0);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "0");
+    type("SynchroBufferSizeEdit", "many", true);
+    EXPECT_EQ(typed("SynchroBufferSizeEdit"), "20");
+    type("SynchroBufferSizeEdit", "9999999", true);
+    EXPECT_EQ(typed("SynchroBufferSizeEdit"), "2621440");
+    click("AcceptButton");
+    window_->setFacts(facts({}));
+    open();
+    EXPECT_EQ(bar("BufferBar"), 1000) << "as far as it goes without channels";
+    EXPECT_EQ(typed("SynchroBufferSizeEdit"), "1000");
+}
+
+TEST_F(AdditionalMode, MistakesKeepTheWindowOpen) {
+    const struct {
+        const char* mode;
+        const char* source;
+        const char* control;
+    } cases[] = {
+        {"AnalyzeButton", "AnalogRadio", "StartChannelBox"},
+        {"AnalyzeButton", "AnalogRadio", "StartValueEdit"},
+        {"AnalyzeButton", "AnalogRadio", "StopValueEdit"},
+        {"AnalyzeButton", "PortRadio", "PortWriteChannelBox"},
+        {"SynchroButton", "SynchroAnalogRadio", "SynchroBufferSizeEdit"},
+        {"SynchroButton", "SynchroAnalogRadio", "SynchroPrehistoryLevelEdit"},
+        {"SynchroButton", "SynchroAnalogRadio", "SynchroChannelBox"},
+        {"SynchroButton", "SynchroAnalogRadio", "SynchroValueEdit"},
+        {"SynchroButton", "SynchroPortRadio", "PortSynchroBitBox"},
+    };
+    for (const auto& mistaken : cases) {
+        SCOPED_TRACE(mistaken.control);
+        settings_.SynchroAnalyzeMode = 0;
+        window_->setQuiet(false);
+        window_->ReloadControls();
+        open();
+        click(mistaken.mode);
+        click(mistaken.source);
+        type(mistaken.control, "12,x");
+        EXPECT_TRUE(find<SynchroPicture>("SynchroPicture")->sketch().lanes.empty());
+        find<QWidget>("AcceptButton")->setFocus();
+        click("AcceptButton");
+        auto* message = window_->findChild<QMessageBox*>();
+        ASSERT_NE(message, nullptr);
+        EXPECT_EQ(message->text(), "Mistake at input of value");
+        ASSERT_EQ(message->buttons().size(), 1);
+        EXPECT_EQ(message->buttons()[0]->text(), "OK");
+        QTest::mouseClick(message->buttons()[0], Qt::LeftButton);
+        EXPECT_TRUE(window_->isVisible());
+        EXPECT_EQ(window_->focusWidget(), find<QWidget>(mistaken.control));
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        window_->setQuiet(true);
+        click("AcceptButton");
+        EXPECT_EQ(window_->findChild<QMessageBox*>(), nullptr);
+        EXPECT_FALSE(window_->isVisible());
+        EXPECT_EQ(settings_.SynchroAnalyzeMode, 0);
+        EXPECT_FALSE(settings_.analysisOnAnalog || settings_.analysisOnPort);
+        EXPECT_TRUE(find<QRadioButton>("OffButton")->isChecked());
+    }
+}
+
+TEST_F(AdditionalMode, CancelTakesBackAndTheFramesButtonAccepts) {
+    settings_.SynchroAnalyzeMode = 2;
+    settings_.SynchroAnalogValue = 1.5;
+    sizes_ = {4, 6};  // smaller than the bar goes
+    window_->ReloadControls();
+    open();
+    EXPECT_EQ(typed("SynchroBufferSizeEdit"), "10");
+    click("AnalyzeButton");
+    type("StopValueEdit", "oh");
+    click("AcceptButton");
+    delete window_->findChild<QMessageBox*>();
+    QTest::keyClick(window_.get(), Qt::Key_Escape);
+    EXPECT_FALSE(window_->isVisible());
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 2);
+    EXPECT_TRUE(settings_.analysisOnAnalog);
+    EXPECT_EQ(typed("StopValueEdit"), "0");
+    open();
+    EXPECT_TRUE(find<QWidget>("Panel2")->isVisible());
+    type("SynchroValueEdit", "2");
+    click("CancelButton");
+    EXPECT_EQ(typed("SynchroValueEdit"), "1.5");
+    open();
+    type("SynchroValueEdit", "2");
+    window_->close();
+    EXPECT_FALSE(window_->isVisible());
+    EXPECT_EQ(settings_.SynchroAnalogValue, 2.0);
+    EXPECT_EQ(sizes_.prehistory, 4);
+    EXPECT_EQ(sizes_.history, 6);
+}
+
+TEST_F(AdditionalMode, SwitchedOffFromOutside) {
+    const TemporaryFolder folder;
+    settings_.SynchroAnalyzeMode = 1;
+    settings_.analysisOnAnalog = false;
+    settings_.analysisOnPort = true;
+    window_->ReloadControls();
+    debugLog().open(folder.file("run.cfg"), 1);
+    window_->SwitchOff();
+    debugLog().close();
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 0);
+    EXPECT_FALSE(settings_.analysisOnAnalog || settings_.analysisOnPort);
+    EXPECT_TRUE(find<QRadioButton>("OffButton")->isChecked());
+    const std::string log = readFile(folder.file("run.dbg"));
+    const size_t enter = log.find("T_AdditionalModeWindow::FormCloseQuery enter");
+    const size_t exit = log.find("T_AdditionalModeWindow::FormCloseQuery exit status=NORMAL");
+    EXPECT_TRUE(enter < exit && exit != std::string::npos) << log;
+}
+
+TEST_F(AdditionalMode, HintsFollowWhatIsTyped) {
+    const auto shows = [this](const QString& text) {
+        for (const auto* label : window_->findChildren<QLabel*>())
+            if (label->isVisible() && label->text().contains(text))
+                return true;
+        return false;
+    };
+    open();
+    click("SynchroButton");
+    type("SynchroChannelBox", "7");
+    EXPECT_TRUE(shows("Gain: 10, range: +-1 V"));
+    type("SynchroValueEdit", "0.5");
+    EXPECT_TRUE(shows("ADC code: 1010")) << "(0.5 + 10) * 4095 / 20 - 2048 is 101.875: cut, by 10";
+    type("SynchroValueEdit", "1.5");
+    EXPECT_TRUE(shows(uiText(TextId::SynchroThresholdOutside)));
+    choose("SynchroValueUnit", 1);
+    EXPECT_FALSE(shows(uiText(TextId::SynchroThresholdOutside)));
+    EXPECT_TRUE(shows("One record: 0.1 s, 3.9 Kb"));
+    EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, false);
+    choose("AnalogSynchroModeButton", 1);
+    EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, true);
+    type("SynchroChannelBox", "8");
+    EXPECT_TRUE(shows(uiText(TextId::SynchroParametersMistake)));
+    click("SynchroPortRadio");
+    EXPECT_FALSE(shows(uiText(TextId::SynchroPortNotUsed)));
+    AdditionalModeFacts without = facts();
+    without.board.useDigitalPort = false;
+    window_->setFacts(without);
+    EXPECT_TRUE(shows(uiText(TextId::SynchroPortNotUsed)));
+}
+
+TEST_F(AdditionalMode, EveryTextFollowsTheLanguageAndEveryLetterIsItsOwn) {
+    for (const uint16_t language : {kLanguageRussian, kLanguageEnglish}) {
+        languageTable().select(language);
+        open();
+        EXPECT_EQ(window_->windowTitle(), uiText(TextId::SynchroWindow));
+        for (const char* mode : {"OffButton", "AnalyzeButton", "SynchroButton"}) {
+            click(mode);
+            std::multiset<QChar> letters;
+            const auto note = [&letters](const QWidget* widget, const QString& text) {
+                if (!widget->isVisible())
+                    return;
+                EXPECT_FALSE(text.isEmpty()) << widget->objectName().toStdString();
+                if (const qsizetype mark = text.indexOf('&'); mark >= 0)
+                    letters.insert(text[mark + 1].toUpper());
+            };
+            for (const auto* button : window_->findChildren<QAbstractButton*>())
+                note(button, button->text());
+            for (const auto* box : window_->findChildren<QGroupBox*>())
+                note(box, box->title());
+            EXPECT_GE(letters.size(), 5U) << mode;
+            EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), letters.size()) << mode;
+        }
+        EXPECT_EQ(find<TaggedButton>("SynchroValueUnit")->text(), uiText(TextId::Volts));
+        EXPECT_LE(window_->sizeHint().width(), 1024);
+        EXPECT_LE(window_->sizeHint().height(), 700);
+        click("CancelButton");
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test

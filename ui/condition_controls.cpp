@@ -1,0 +1,216 @@
+#include "ui/condition_controls.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <algorithm>
+#include <cmath>
+
+#include "ui/panels/panel_layout.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+template <typename Widget>
+Widget* named(const char* name, QWidget* parent) {
+    auto* widget = new Widget(parent);
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
+
+/// A list of numbers in which another number can be typed too.
+QComboBox* numberBox(const char* name, QWidget* parent) {
+    auto* box = named<QComboBox>(name, parent);
+    box->setEditable(true);
+    box->setInsertPolicy(QComboBox::NoInsert);
+    box->setCompleter(nullptr);  // would make 10 of a typed 1
+    box->setMinimumContentsLength(4);
+    return box;
+}
+
+/// A label that keeps room for so many lines, so that nothing moves when its text changes.
+QLabel* noteLabel(int lines, QWidget* parent) {
+    QLabel* label = makeText(parent, {});
+    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
+    QSizePolicy policy = label->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    label->setSizePolicy(policy);
+    return label;
+}
+
+void describe(QWidget* widget, const QString& title, const QString& what = {}) {
+    const QString text = what.isEmpty() ? title : title + QStringLiteral(": ") + what;
+    widget->setToolTip(text);
+    widget->setAccessibleName(text);
+}
+
+void refill(QComboBox* box, const QStringList& items) {
+    const QString text = box->currentText();
+    const QSignalBlocker quiet(box);
+    box->clear();
+    box->addItems(items);
+    box->setEditText(text);
+}
+
+void writeNumber(QComboBox* box, const std::string& number) {
+    const QString text = QString::fromStdString(number);
+    box->setCurrentIndex(box->findText(text));
+    box->setEditText(text);
+}
+
+const SynchroBoardFacts::Channel* findChannel(const SynchroBoardFacts& board, const std::string& text) {
+    const auto number = typedInteger(text);
+    const auto found = std::find_if(board.channels.begin(), board.channels.end(),
+                                    [&](const auto& channel) { return number && channel.number == *number; });
+    return found == board.channels.end() ? nullptr : &*found;
+}
+
+double inputRange(const SynchroBoardFacts::Channel& channel) {
+    return static_cast<double>(channel.inputRange) / std::max(channel.gain, 1);
+}
+
+}  // namespace
+
+TaggedButton::TaggedButton(const char* name, QMenu* popup, QWidget* parent) : QPushButton(parent), popup_(popup) {
+    setObjectName(QLatin1String(name));
+}
+
+void TaggedButton::setTag(int32_t tag) {
+    tag_ = tag;
+    for (const QAction* item : popup_->actions())
+        if (item->data().toInt() == tag)
+            setText(item->text());
+}
+
+AnalogConditionControls::AnalogConditionControls(const Names& names, QMenu* modes, QMenu* units, QWidget* parent)
+    : box(named<QGroupBox>(names.box, parent)),
+      mode(new TaggedButton(names.mode, modes, box)),
+      channelLabel(new QLabel(box)),
+      channel(numberBox(names.channel, box)),
+      channelFacts(noteLabel(2, box)),
+      valueLabel(new QLabel(box)),
+      value(named<QLineEdit>(names.value, box)),
+      unit(new TaggedButton(names.unit, units, box)),
+      code(noteLabel(3, box)) {
+    auto* grid = new QGridLayout(box);
+    grid->addWidget(mode, 0, 0, 1, 3);
+    grid->addWidget(channelLabel, 1, 0);
+    grid->addWidget(channel, 1, 1, 1, 2);
+    grid->addWidget(channelFacts, 2, 0, 1, 3);
+    grid->addWidget(valueLabel, 3, 0);
+    grid->addWidget(value, 3, 1);
+    grid->addWidget(unit, 3, 2);
+    grid->addWidget(code, 4, 0, 1, 3);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(5, 1);
+    value->setMinimumWidth(value->fontMetrics().averageCharWidth() * 12);
+    value->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    channelLabel->setBuddy(channel);
+    valueLabel->setBuddy(value);
+}
+
+void AnalogConditionControls::setTexts(const QString& title) {
+    const QString threshold = uiText(TextId::SynchroThreshold);
+    box->setTitle(title);
+    channelLabel->setText(uiText(TextId::SynchroChannel));
+    valueLabel->setText(threshold);
+    mode->setTag(mode->tag());
+    unit->setTag(unit->tag());
+    describe(mode, title);
+    describe(channel, title, uiText(TextId::SynchroChannel));
+    describe(value, title, threshold);
+    describe(unit, title, threshold);
+}
+
+void AnalogConditionControls::fillChannels(const SynchroBoardFacts& board) const {
+    QStringList numbers;
+    for (const auto& active : board.channels)
+        numbers += QString::number(active.number);
+    refill(channel, numbers);
+}
+
+void AnalogConditionControls::write(const AnalogConditionForm& form) const {
+    mode->setTag(form.mode);
+    writeNumber(channel, form.channel);
+    value->setText(QString::fromStdString(form.value));
+    unit->setTag(form.unitTag);
+}
+
+AnalogConditionForm AnalogConditionControls::read() const {
+    return {mode->tag(), channel->currentText().toStdString(), value->text().toStdString(), unit->tag()};
+}
+
+void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) const {
+    const AnalogConditionForm form = read();
+    const bool used = form.mode != kConditionNotUsed;
+    const auto* active = findChannel(board, form.channel);
+    if (active == nullptr) {
+        const bool number = typedInteger(form.channel).has_value();
+        const TextId text = number ? TextId::SynchroParametersMistake : TextId::SynchroValueMistake;
+        showText(channelFacts, number && !used ? QString() : uiText(text), true);
+    } else {
+        const QString range = QString::number(inputRange(*active), 'g', 4);
+        showText(channelFacts, uiText(TextId::SynchroChannelFacts, {QString::number(active->gain), range}));
+    }
+    const auto level = typedReal(form.value);
+    if (!level) {
+        showText(code, uiText(TextId::SynchroValueMistake), true);
+        return;
+    }
+    const double volts = levelVolts(*level, 2 - form.unitTag);
+    const auto number = active != nullptr ? levelCode(volts, *active, board) : std::nullopt;
+    QString text;
+    if (number)
+        text = uiText(TextId::SynchroThresholdCode, {QString::number(*number)});
+    const bool outside = used && number && std::abs(volts) > inputRange(*active);
+    if (outside)
+        text += QLatin1Char('\n') + uiText(TextId::SynchroThresholdOutside);
+    showText(code, text, outside);
+}
+
+PortConditionControls::PortConditionControls(const Names& names, QMenu* modes, QWidget* parent)
+    : box(named<QGroupBox>(names.box, parent)),
+      mode(new TaggedButton(names.mode, modes, box)),
+      bitLabel(new QLabel(box)),
+      bit(numberBox(names.bit, box)) {
+    auto* grid = new QGridLayout(box);
+    grid->addWidget(mode, 0, 0, 1, 2);
+    grid->addWidget(bitLabel, 1, 0);
+    grid->addWidget(bit, 1, 1);
+    grid->setColumnStretch(1, 1);
+    grid->setRowStretch(2, 1);
+    bitLabel->setBuddy(bit);
+}
+
+void PortConditionControls::setTexts(const QString& title) {
+    box->setTitle(title);
+    bitLabel->setText(uiText(TextId::SynchroBit));
+    mode->setTag(mode->tag());
+    describe(mode, title);
+    describe(bit, title, uiText(TextId::SynchroBit));
+}
+
+void PortConditionControls::fillBits(uint32_t lines) const {
+    QStringList numbers;
+    for (int32_t number = 0; number <= kLastPortBit && (lines == 0 || static_cast<uint32_t>(number) < lines); ++number)
+        numbers += QString::number(number);
+    refill(bit, numbers);
+}
+
+void PortConditionControls::write(const PortConditionForm& form) const {
+    mode->setTag(form.mode);
+    writeNumber(bit, form.bit);
+}
+
+PortConditionForm PortConditionControls::read() const {
+    return {mode->tag(), bit->currentText().toStdString()};
+}
+
+}  // namespace tarno2

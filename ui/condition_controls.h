@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QPushButton>
+
+#include "sync/synchro_check.h"
+#include "sync/synchro_form.h"
+
+class QComboBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+
+namespace tarno2 {
+
+/// A button that shows what was chosen in its popup menu. Items carry their tags as data; several buttons may share a
+/// popup.
+class TaggedButton : public QPushButton {
+public:
+    TaggedButton(const char* name, QMenu* popup, QWidget* parent);
+
+    [[nodiscard]] QMenu* popup() const { return popup_; }
+    [[nodiscard]] int32_t tag() const { return tag_; }
+    /// Takes over the item of that tag with its text.
+    void setTag(int32_t tag);
+
+private:
+    QMenu* popup_;
+    int32_t tag_ = 0;
+};
+
+/// The controls of one condition on the level of a channel, in a box.
+struct AnalogConditionControls {
+    struct Names {
+        const char* box;
+        const char* mode;
+        const char* channel;
+        const char* value;
+        const char* unit;
+    };
+
+    AnalogConditionControls(const Names& names, QMenu* modes, QMenu* units, QWidget* parent);
+
+    void setTexts(const QString& title);
+    /// Lists the active channels; what the box says stays.
+    void fillChannels(const SynchroBoardFacts& board) const;
+    void write(const AnalogConditionForm& form) const;
+    [[nodiscard]] AnalogConditionForm read() const;
+    /// Tells the chosen channel's gain and range and the threshold's code, or what is wrong with them.
+    void showFacts(const SynchroBoardFacts& board) const;
+
+    QGroupBox* box;
+    TaggedButton* mode;
+    QLabel* channelLabel;
+    QComboBox* channel;
+    QLabel* channelFacts;
+    QLabel* valueLabel;
+    QLineEdit* value;
+    TaggedButton* unit;
+    QLabel* code;
+};
+
+/// The controls of one condition on a bit of the port, in a box.
+struct PortConditionControls {
+    struct Names {
+        const char* box;
+        const char* mode;
+        const char* bit;
+    };
+
+    PortConditionControls(const Names& names, QMenu* modes, QWidget* parent);
+
+    void setTexts(const QString& title);
+    /// Lists the bits of so many lines, all when the board tells none.
+    void fillBits(uint32_t lines) const;
+    void write(const PortConditionForm& form) const;
+    [[nodiscard]] PortConditionForm read() const;
+
+    QGroupBox* box;
+    TaggedButton* mode;
+    QLabel* bitLabel;
+    QComboBox* bit;
+};
+
+}  // namespace tarno2
