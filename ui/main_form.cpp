@@ -9,6 +9,7 @@
 #include "config/console_log.h"
 #include "config/debug_log.h"
 #include "platform/paths.h"
+#include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
 #include "ui/main_status_bar.h"
 #include "ui/message_list.h"
@@ -47,10 +48,13 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
     connect(&stopTimer_, &QTimer::timeout, this, [this] { guarded("StopTimer", [this] { timerTick(); }); });
     refreshTimer_.setInterval(kRefreshPeriodMs);
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
+    additionalWindow_ = new T_AdditionalModeWindow(settings_.synchro, settings_.synchroSizes, this);
+    additionalWindow_->setQuiet(consoleMode());
     guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
     guarded("SignalView", [this] { buildSignalView(); });
     guarded("Places", [this] { placeWindows(); });
     guarded("SetCaptions", [this] {
+        additionalWindow_->ReloadControls();
         SetCaptions();
         updateState();
     });

@@ -37,6 +37,7 @@ class MeasuringPanel;
 class MessageList;
 class PanelStack;
 class ProgramPanel;
+class T_AdditionalModeWindow;
 class T_ShowForm;
 
 /// The main window: the operator's settings, the state of the recording, and everything that starts from its menus. It
@@ -205,6 +206,7 @@ private:
     T_ShowForm* showForm_ = nullptr;
     MessageList* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;
+    T_AdditionalModeWindow* additionalWindow_ = nullptr;
     QSplitter* columns_ = nullptr;
     QSplitter* rows_ = nullptr;
 

@@ -13,6 +13,7 @@
 #include "language/language_table.h"
 #include "platform/file.h"
 #include "ui/about_box.h"
+#include "ui/additional_mode_facts.h"
 #include "ui/help.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
@@ -181,7 +182,11 @@ void T_MainForm::ButtonSetFileNameClick() {
 }
 
 void T_MainForm::AdditionalFileModeClick() {
-    guarded("AdditionalFileModeClick", [] { DEBUG_LOG("AdditionalFileModeClick"); });
+    guarded("AdditionalFileModeClick", [this] {
+        DEBUG_LOG("AdditionalFileModeClick");
+        additionalWindow_->setFacts(additionalModeFacts(settings(), selection_));
+        additionalWindow_->open();
+    });
 }
 
 void T_MainForm::SaveAsTextButtonClick() {

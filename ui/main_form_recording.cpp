@@ -18,6 +18,7 @@
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
+#include "ui/additional_mode_window.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
 #include "ui/panels/file_panel.h"
@@ -188,7 +189,7 @@ void T_MainForm::showMessage(const std::string& message) {
 }
 
 void T_MainForm::synchronisationSwitchedOff() {
-    settings_.synchro.SynchroAnalyzeMode = 0;
+    additionalWindow_->SwitchOff();
 }
 
 void T_MainForm::recordingEnded(const RecordingResult& result) {

@@ -1,0 +1,28 @@
+#include "ui/additional_mode_facts.h"
+
+#include <algorithm>
+
+#include "core/recording_need.h"
+
+namespace tarno2 {
+
+AdditionalModeFacts additionalModeFacts(const RecordingSettings& settings, BoardSelection& selection) {
+    const BoardFacts& board = selection.driver().facts();
+    AdditionalModeFacts facts;
+    for (size_t i = 0; i < settings.channels.size(); ++i) {
+        const int32_t gain = i < settings.gains.size() ? settings.gains[i] : 1;
+        const double limit = selection.inputLimit(settings.channels[i], gain);
+        facts.board.channels.push_back({settings.channels[i], gain, static_cast<float>(limit * std::max(gain, 1))});
+    }
+    facts.board.minimumCode = board.codeRange.m_nMinimum;
+    facts.board.maximumCode = board.codeRange.m_nMaximum;
+    facts.board.sampleWidth = board.sampleWidth();
+    facts.board.useDigitalPort = settings.useDigitalPort;
+    facts.digitalLines = board.format.m_nDigitalLines;
+    if (!settings.channels.empty())
+        facts.framesPerSecond = sampleRate(settings, board) / static_cast<double>(settings.channels.size()) /
+                                std::max(settings.decimation, 1);
+    return facts;
+}
+
+}  // namespace tarno2

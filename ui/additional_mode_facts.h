@@ -1,0 +1,12 @@
+#pragma once
+
+#include "core/board_selection.h"
+#include "core/recording_shell.h"
+#include "ui/additional_mode_window.h"
+
+namespace tarno2 {
+
+/// What the synchronisation window shows of a recording with these settings on the chosen board.
+[[nodiscard]] AdditionalModeFacts additionalModeFacts(const RecordingSettings& settings, BoardSelection& selection);
+
+}  // namespace tarno2
