@@ -98,6 +98,26 @@ TEST_F(ExportProgram, NamesTheKeyThatIsDamagedAndWarnsOfWhatIsOdd) {
     EXPECT_THAT(convert({"--first-column", "clock"}, 2), HasSubstr("Frequency is missing"));
 }
 
+TEST_F(ExportProgram, MakesOneEmptyFileOfARecordingWithoutFrames) {
+    rig.folder().write("run.dat", "");
+    EXPECT_EQ(convert({"--width", "2", "--channels", "2", "--max-lines", "100"}), "");
+    EXPECT_TRUE(rig.exists("run.csv"));
+    EXPECT_EQ(readFile(rig.file("run.csv")), "");
+    EXPECT_FALSE(rig.exists("run_1.csv"));
+}
+
+TEST_F(ExportProgram, NamesTheFileThatTheDiskHasNoRoomForAndKeepsTheOnesBefore) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP() << "no device here that is always full";
+    }
+    rig.folder().write("run.dat", std::string(600, '\0'));
+    std::filesystem::create_symlink("/dev/full", rig.file("run_2.csv"));
+    const std::string said = convert({"--width", "2", "--channels", "1", "--max-lines", "100"}, 2);
+    EXPECT_THAT(said, HasSubstr("run_2.csv: cannot be written: "));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    EXPECT_EQ(readFile(rig.file("run_1.csv")).size(), size_t{100} * 11);
+}
+
 TEST_F(ExportProgram, RefusesBadUseInOneLine) {
     recordFrames(400);
     const std::string data = readFile(rig.file("run.dat"));
