@@ -1,8 +1,12 @@
 #include "bench/simulated_board.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <future>
+#include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "bench/stopwatch.h"
 #include "core/board.h"
@@ -42,15 +46,31 @@ private:
     std::promise<RecordingResult> word_;
 };
 
+/// Measures how long the acquisition thread takes for a block: from here until it is written.
+class PassWatch final : public BlockEvaluator {
+public:
+    int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
+        watch_.emplace();
+        out = {block, 0, {}};
+        return 0;
+    }
+    void written() { worst_ = std::max(worst_, watch_->seconds()); }
+    [[nodiscard]] double worst() const { return worst_; }
+
+private:
+    std::optional<Stopwatch> watch_;
+    double worst_ = 0.0;
+};
+
 }  // namespace
 
-SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes, Pace pace)
+SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes, Pace pace,
+                               Signal signal)
     : driver_(complain) {
     KeyValueFile cfg;
     require(cfg.createForWriting(joinPath(folder, "Simulator.cfg")), folder + ": no settings can be written");
     cfg.writeUInt32("RealTime", pace == Pace::RealTime ? 1 : 0);
-    // Levels stay in the ring once they are there, so that no processor time goes into making samples, as with a board.
-    cfg.writeString("Signal", "Level");
+    cfg.writeString("Signal", signal == Signal::Counter ? "Counter" : "Level");
     require(cfg.close(), folder + ": no settings can be written");
 
     std::string why;
@@ -68,32 +88,44 @@ SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uin
     halfBytes_ = halfBytes / frame * frame;
 }
 
-double SimulatedBoard::record(const std::string& file, uint64_t bytes, LiveTap* tap) {
+RecordedRun SimulatedBoard::run(WriterSetup setup, LiveTap* tap) {
     LastWord lastWord;
     RecordDescription description;
     T_BOARD board(driver_, 1, complain);
     require(board.ready(), "no memory for a session");
     board.settings = settings_;
     board.liveTap = tap;
-    require(board.StartThread(&lastWord, {}), "the session does not start");
+    auto watchedPasses = std::make_unique<PassWatch>();
+    PassWatch& passes = *watchedPasses;
+    board.evaluator = std::move(watchedPasses);
+    require(board.StartThread(&lastWord, [&passes](int, int) { passes.written(); }), "the session does not start");
     require(uint64_t{board.maxBufferSamples()} * driver_.facts().sampleWidth() == 2 * halfBytes_, "another ring");
-    WriterSetup setup;
     std::string missing;
     require(calculateStaticParameters(driver_, board, setup.facts, missing), "the driver does not tell " + missing);
-    setup.fileName = file;
     setup.sampleWidth = driver_.facts().sampleWidth();
     setup.channelCount = settings_.channelCount();
-    setup.limitBytes = bytes;
 
     const Stopwatch watch;
-    require(board.writer().open(setup, description) == 0, file + ": " + board.writer().openError());
+    require(board.writer().open(setup, description) == 0, setup.fileName + ": " + board.writer().openError());
     board.writer().setCreateTime(localTime());
     board.Begin();
-    const RecordingResult result = lastWord.wait();
-    const double seconds = watch.seconds();
+    RecordedRun run;
+    run.result = lastWord.wait();
+    run.seconds = watch.seconds();
     board.endThread();
-    require(result.code == StopCode::StopMeasuring && result.bytes == bytes, "the recording ended early");
-    return seconds;
+    run.worstPass = passes.worst();
+    run.worstLoad = board.worstLoad() / 1000.0;
+    return run;
+}
+
+double SimulatedBoard::record(const std::string& file, uint64_t bytes, LiveTap* tap) {
+    WriterSetup setup;
+    setup.fileName = file;
+    setup.limitBytes = bytes;
+    const RecordedRun recorded = run(setup, tap);
+    require(recorded.result.code == StopCode::StopMeasuring && recorded.result.bytes == bytes,
+            "the recording ended early");
+    return recorded.seconds;
 }
 
 // `take` gets each half as it is fetched.

@@ -43,6 +43,7 @@ public:
             return false;
         }
         readDecimation();
+        readWriteBuffer();
         return readAutoSynchro(file_, normaliseKeyValueText(text_), settings_.synchro);
     }
     [[nodiscard]] const AutoSettings& settings() const { return settings_; }
@@ -60,6 +61,7 @@ private:
     [[nodiscard]] bool readSizeRule();
     [[nodiscard]] bool readBoardMode();
     void readDecimation();
+    void readWriteBuffer();
 
     [[nodiscard]] bool readText(std::string_view key, std::string& value) const;
     [[nodiscard]] bool readReal(std::string_view key, double& value) const;
@@ -262,6 +264,20 @@ void AutoSettingsReader::readDecimation() {
     if (settings_.decimation < 1) {
         consoleLog().log("Decimation <1... Decimation disable");
         settings_.decimation = 1;
+    }
+}
+
+void AutoSettingsReader::readWriteBuffer() {
+    file_.readInt32("WriteBuffer", settings_.writeBufferMegabytes, kWriteBufferMegabytes);
+    if (settings_.writeBufferMegabytes < kLeastWriteBufferMegabytes ||
+        settings_.writeBufferMegabytes > kMostWriteBufferMegabytes) {
+        consoleLog().log("Value %s invalid... Use %d", "WriteBuffer", kWriteBufferMegabytes);
+        settings_.writeBufferMegabytes = kWriteBufferMegabytes;
+    }
+    file_.readInt32("WriteAge", settings_.longestWriteWaitMs, kLongestWriteWaitMs);
+    if (settings_.longestWriteWaitMs < kLeastWriteWaitMs || settings_.longestWriteWaitMs > kMostWriteWaitMs) {
+        consoleLog().log("Value %s invalid... Use %d", "WriteAge", kLongestWriteWaitMs);
+        settings_.longestWriteWaitMs = kLongestWriteWaitMs;
     }
 }
 

@@ -15,6 +15,15 @@ inline constexpr int32_t kMaximumChannelCount = 160;
 /// How a recording ends by itself.
 enum class StopRule { Manual = 0, Time = 1, Size = 2 };
 
+/// How much of a recording may wait in memory for the disk, MiB, and how long, ms. What the keys of both settings files
+/// say is taken within these bounds.
+inline constexpr int32_t kWriteBufferMegabytes = 256;
+inline constexpr int32_t kLeastWriteBufferMegabytes = 1;
+inline constexpr int32_t kMostWriteBufferMegabytes = 65536;
+inline constexpr int32_t kLongestWriteWaitMs = 1000;
+inline constexpr int32_t kLeastWriteWaitMs = 10;
+inline constexpr int32_t kMostWriteWaitMs = 600000;
+
 /// Modes of a board, in the driver's capabilities and in `BoardMode` alike.
 enum BoardModeBits : uint32_t {
     kBoardExternalStart = 0x1,
@@ -38,6 +47,8 @@ struct AutoSettings {
     uint32_t boardMode = 0;        ///< BoardModeBits
     double packetFrequency = 0.0;  ///< Hz
     int32_t decimation = 1;        ///< keep the first of so many frames
+    int32_t writeBufferMegabytes = kWriteBufferMegabytes;
+    int32_t longestWriteWaitMs = kLongestWriteWaitMs;
     AutoSynchro synchro;
 };
 

@@ -78,6 +78,8 @@ struct ProgramSettings {
     int32_t cutModeValue = 1024;  ///< MiB
     std::string fileName;         ///< of the last recording
     int32_t decimation = 1;       ///< keep the first of so many frames
+    int32_t writeBufferMegabytes = kWriteBufferMegabytes;
+    int32_t longestWriteWaitMs = kLongestWriteWaitMs;
 
     /// Channels of the board: the lists of the channel table are written and read for as many. While no board is known
     /// all are kept.

@@ -295,6 +295,9 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentTextMaxLineCount, nullptr,
      integer<&Settings::textExport, &TextExportSettings::maxLineCount>(0, kMost)},
     {TextId::DecimationHint, "Decimation", rareInteger<&Settings::decimation>(1, kMost)},
+    {TextId::WriteBufferComment, "WriteBuffer",
+     integer<&Settings::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes)},
+    {TextId::WriteAgeComment, "WriteAge", integer<&Settings::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs)},
 };
 
 /// Keys are the same in every language.

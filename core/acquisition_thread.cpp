@@ -141,7 +141,6 @@ bool AcquisitionThread::startBoard() {
     uint64_t written = 0;
     countKnown_ = driver_.device().get(kADCGetSamplesWritten, written);
     ring_.emplace(info.m_nRingSize, board_.settings.channelCount(), timing_.threshold);
-    report_.startTime = localTime();
     return true;
 }
 
@@ -428,6 +427,7 @@ void AcquisitionThread::closeFiles() {
     if (report_.code == StopCode::Running) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
     }
+    report_.diskNearlyFull = report_.code == StopCode::StopMeasuring && board_.writer_.diskNearlyFull();
     if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring)) {
         report_.code = StopCode::WriteError;
     }
@@ -440,7 +440,6 @@ void AcquisitionThread::finish() {
     driver_.stop();
     buffer_.reset();
     closeFiles();
-    report_.stopTime = localTime();
     DEBUG_LOG("Worst load of the ring = %u of 1000", board_.worstLoad());
     DEBUG_LOG("Thread Exit rezAdd = %d, Code = %d", result_, static_cast<int>(report_.code));
     notify();

@@ -17,6 +17,8 @@ RecordingSettings recordingSettings(const AutoSettings& wanted) {
     recording.cutMode = wanted.cutMode > 0;
     recording.cutNumberText = std::to_string(wanted.cutMode);
     recording.decimation = wanted.decimation;
+    recording.writeBufferMegabytes = static_cast<uint32_t>(wanted.writeBufferMegabytes);
+    recording.longestWriteWaitMs = static_cast<uint32_t>(wanted.longestWriteWaitMs);
     recording.synchro = wanted.synchro.settings;
     recording.synchroSizes = wanted.synchro.sizes;
     recording.useDigitalPort = wanted.synchro.useDigitalPort;
@@ -36,6 +38,8 @@ void showAutoSettings(const AutoSettings& wanted, ProgramSettings& shown) {
     shown.stopMode = wanted.stopRule;
     shown.stopPower = 0;
     shown.stopValue = wanted.stopRule == StopRule::Size ? static_cast<double>(wanted.sizeNeed) : wanted.timeNeed;
+    shown.writeBufferMegabytes = wanted.writeBufferMegabytes;
+    shown.longestWriteWaitMs = wanted.longestWriteWaitMs;
     shown.cutModeActive = wanted.cutMode > 0;
     shown.cutModeValue = wanted.cutMode > 0 ? wanted.cutMode : shown.cutModeValue;
     shown.synchro = wanted.synchro.settings;

@@ -3,73 +3,62 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <mutex>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "core/recording_facts.h"
+#include "core/cache_pool.h"
+#include "core/disk_thread.h"
+#include "core/writer_setup.h"
 #include "platform/clock.h"
-#include "platform/disk_reserve.h"
-#include "platform/file.h"
 #include "records/record_description.h"
 
 namespace tarno2 {
 
-/// Where and how a recording is written.
-struct WriterSetup {
-    std::string fileName;      ///< of the first piece
-    uint32_t sampleWidth = 2;  ///< bytes
-    uint32_t channelCount = 1;
-    uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
-    uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
-    double bytesPerSecond = 0.0;  ///< of the kept stream, to date the pieces by; 0: not known
-    RecordingFacts facts;
-
-    [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
-};
-
 /// Writes a recording into headerless files of interleaved samples, with a description beside each.
 ///
-/// Small blocks are gathered in a cache and written in large ones. When a piece is full the next one is begun; data
-/// that must stay together (a triggered record) are not divided. After a failed write the file at hand is cut back to
-/// whole frames and nothing more is written. Made and opened on the window's thread, then used by the acquisition
-/// thread alone; the counters may be read by any thread.
+/// Blocks are gathered in caches, which a thread of its own writes in large pieces. When a file is full the next one is
+/// begun; data that must stay together (a triggered record) are not divided. After a failed write the file at hand is
+/// cut back to whole frames and nothing more is written. Made, opened and destroyed on the window's thread, in between
+/// used by the acquisition thread alone; the counters may be read by any thread.
 class DataWriter {
 public:
-    static constexpr size_t kCacheBytes = 0x300000;
+    /// What is gathered before it goes to the disk in one go.
+    static constexpr size_t kCacheBytes = CachePool::kCacheBytes;
 
     DataWriter();
     ~DataWriter();
     DataWriter(const DataWriter&) = delete;
     DataWriter& operator=(const DataWriter&) = delete;
 
-    /// The cache could be allocated.
-    [[nodiscard]] bool ready() const { return cache_ != nullptr; }
+    /// The least memory for caches could be had.
+    [[nodiscard]] bool ready() const { return ready_; }
 
     /// Makes the folders and the first file, moving an earlier recording of that name out of the way. `description` is
-    /// filled for each piece and belongs to the caller; it must outlive the writer's `Close`.
+    /// filled for each piece and belongs to the caller; it must outlive the writer's `Close`. Less memory than
+    /// `setup.bufferBytes` is logged, no failure.
     /// 0, or -1 no memory, -2 no file name, -3 a frame size of 0, -5 a folder or file could not be made (`openError`).
     [[nodiscard]] int32_t open(const WriterSetup& setup, RecordDescription& description);
     [[nodiscard]] const std::string& openError() const { return openError_; }
     /// New names of the files that `open` moved out of the way.
     [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
+    /// Memory for what waits for the disk.
+    [[nodiscard]] uint64_t bufferBytes() const { return pool_.capacity(); }
     /// Create time of the file at hand. Pieces take the time of their first sample by themselves.
     void setCreateTime(const LocalTime& time);
     /// How long the kept stream takes for so many bytes; 0 when its rate is not known.
     [[nodiscard]] uint64_t millisecondsOf(uint64_t bytes) const;
 
     /// Takes `size` bytes of whole frames. `unitBytes`: what must stay in one file, a frame or a record.
-    /// `events`: one a record, entered in the description of the file that the record goes into.
-    /// 0: go on; 1: the size limit is reached; -1: a write failed, now or earlier.
+    /// `events`: one a record, entered in the description of the file that the record goes into. Waits only while all
+    /// memory is full of what the disk has not taken.
+    /// 0: go on; 1: the size limit is reached, or the disk is nearly full; -1: a write failed, now or earlier.
     [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes,
                                 std::span<const SynchroEvent> events = {});
     /// Where a block of `size` bytes may be put so that the next `Write`, given this place, need not copy it; null when
-    /// such a block does not go through the cache.
-    [[nodiscard]] std::byte* room(uint64_t size);
-    /// Writes what is left in the cache, then the description; closes the files and deletes one without samples.
+    /// such a block does not fit in the cache at hand.
+    [[nodiscard]] std::byte* room(uint64_t size) { return pool_.room(size); }
+    /// Writes what is left in memory, then the description; closes the files and deletes one without samples.
     /// False when something did not reach the disk.
     bool Close();
 
@@ -79,49 +68,32 @@ public:
     /// writer.
     [[nodiscard]] uint64_t readBack(uint64_t offset, std::byte* out, uint64_t size);
 
-    /// Bytes accepted so far, those in the cache included. Any thread.
-    [[nodiscard]] uint64_t totalBytes() const { return totalBytes_.load(std::memory_order_relaxed); }
-    /// Bytes accepted when the cache was last written. Any thread.
-    [[nodiscard]] uint64_t flushedBytes() const { return flushedBytes_.load(std::memory_order_relaxed); }
+    /// Bytes accepted so far, those in memory included. Any thread.
+    [[nodiscard]] uint64_t totalBytes() const { return pool_.filled(); }
+    /// Bytes accepted that the disk has not taken. Any thread.
+    [[nodiscard]] uint64_t waitingBytes() const;
     /// Files begun so far. Any thread.
     [[nodiscard]] uint32_t fileCount() const { return fileCount_.load(std::memory_order_relaxed); }
-    /// The system's words for the write that failed.
-    [[nodiscard]] const std::string& writeError() const { return writeError_; }
+    /// The disk is so full that the recording has to end. Any thread.
+    [[nodiscard]] bool diskNearlyFull() const { return disk_.nearlyFull(); }
+    /// The system's words for the write that failed. After `Close`.
+    [[nodiscard]] const std::string& writeError() const { return disk_.problem(); }
 
 private:
-    [[nodiscard]] bool beginFile(uint32_t number);
-    [[nodiscard]] bool createFile(const std::string& name);
-    bool endFile();
-    [[nodiscard]] bool describeFile();
-    [[nodiscard]] bool nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft);
-    std::span<const SynchroEvent> enterEvents(std::span<const SynchroEvent> events, uint64_t records);
+    void nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft);
+    std::span<const SynchroEvent> enterEvents(std::span<const SynchroEvent> events, uint64_t records, uint64_t unit);
     [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
-    [[nodiscard]] bool writeThrough(const std::byte* data, uint64_t size);
-    void fail(const OsError& error);
-    [[nodiscard]] uint64_t readPiece(uint64_t offset, std::byte* out, uint64_t size);
 
     WriterSetup setup_;
-    RecordDescription* description_ = nullptr;
-    std::unique_ptr<std::byte[]> cache_;
-    size_t cacheFill_ = 0;
-    File write_;
-    DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
-    std::string currentName_;
-    std::optional<LocalTime> createTime_;
-    uint64_t pieceFill_ = 0;    ///< bytes accepted for the file at hand
-    uint64_t fileBytes_ = 0;    ///< bytes that are really in it
-    uint64_t recordBytes_ = 0;  ///< of a record with an event; 0: there was none
-    bool failed_ = false;
+    bool ready_ = false;
+    bool open_ = false;
+    uint64_t cacheFill_ = 0;  ///< of a cache that is written whenever a block would fill it
+    uint64_t pieceFill_ = 0;  ///< bytes accepted for the file at hand
     std::string openError_;
     std::vector<std::string> movedAside_;
-    std::string writeError_;
-    std::mutex startsMutex_;  ///< taken once a piece
-    std::vector<uint64_t> pieceStarts_;
-    File read_;  ///< of the reading thread, as is the number of the piece that it has open
-    uint32_t readNumber_ = 0;
-    std::atomic<uint64_t> totalBytes_{0};
-    std::atomic<uint64_t> flushedBytes_{0};
     std::atomic<uint32_t> fileCount_{0};
+    CachePool pool_;
+    DiskThread disk_;
 };
 
 }  // namespace tarno2

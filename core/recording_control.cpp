@@ -75,6 +75,7 @@ bool RecordingControl::StartButtonClick() {
 
 bool RecordingControl::createSession() {
     ++sessionNumber_;
+    diskNearlyFull_ = false;
     try {
         session_ = std::make_unique<T_BOARD>(driver_, sessionNumber_,
                                              [this](const std::string& fault) { shell_.showMessage(fault); });
@@ -297,6 +298,9 @@ bool RecordingControl::createFiles() {
         setup.bytesPerSecond = session_->sampleRate() * setup.sampleWidth / session_->decimation;
     }
     setup.facts = facts_;
+    setup.bufferBytes = bufferFor(setup.bytesPerSecond, settings_.writeBufferMegabytes * kMebibyte);
+    setup.longestWaitMs = settings_.longestWriteWaitMs;
+    setup.keepDiskMargin = true;
     const int32_t code = session_->writer().open(setup, description_);
     for (const std::string& name : session_->writer().movedAside()) {
         attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), name.c_str()));
@@ -306,6 +310,10 @@ bool RecordingControl::createFiles() {
         const std::string problem = session_->writer().openError();
         DEBUG_LOG("!!!!! %s", problem.c_str());
         return refuse(TextId::FileNameError, problem);
+    }
+    if (const uint64_t got = session_->writer().bufferBytes(); got < setup.bufferBytes) {
+        attention(formatText(text(TextId::WriteBufferSmaller).c_str(), formatFreeSpace(got).c_str(),
+                             formatFreeSpace(setup.bufferBytes).c_str()));
     }
     return true;
 }
@@ -360,7 +368,7 @@ void RecordingControl::StopTimerTick() {
 
 // The operator may end the cycle while its last recording runs.
 bool RecordingControl::cycleGoesOn() {
-    return !shell_.consoleMode() && shell_.settings().autoStart;
+    return !diskNearlyFull_ && !shell_.consoleMode() && shell_.settings().autoStart;
 }
 
 void RecordingControl::StopButtonClick() {
@@ -377,6 +385,7 @@ void RecordingControl::StopButtonClick() {
     DEBUG_LOG("Stoping");
     DEBUG_LOG("Stoping by User");
     session_->endThread();
+    diskNearlyFull_ = session_->writer().diskNearlyFull();
     DEBUG_LOG("Generate new file name");
     GenerateFileName();
     freeSession();
@@ -408,7 +417,7 @@ void RecordingControl::OnNotification(const Notification& notification) {
         return;
     }
     // One that ended at once and kept nothing would be followed by the next without an end.
-    if (result.code == StopCode::StopMeasuring && result.bytes > 0 && cycleGoesOn()) {
+    if (result.code == StopCode::StopMeasuring && result.bytes > 0 && !result.diskNearlyFull && cycleGoesOn()) {
         report(result);
         shell_.killTimer();
         StartButtonClick();

@@ -81,6 +81,7 @@ private:
     DiskFacts disk_;
     RecordingFacts facts_;
     uint64_t pieceBytes_ = 0;
+    bool diskNearlyFull_ = false;  ///< as the last recording left it
     bool timerArmed_ = false;
     int64_t timerCount_ = 0;
 };

@@ -62,6 +62,8 @@ RecordingSettings recordingSettings(const ProgramSettings& settings, const Board
     recording.cutNumberText = std::to_string(settings.cutModeValue);
     recording.automaticCut = settings.autoModeCut;
     recording.decimation = settings.decimation;
+    recording.writeBufferMegabytes = static_cast<uint32_t>(settings.writeBufferMegabytes);
+    recording.longestWriteWaitMs = static_cast<uint32_t>(settings.longestWriteWaitMs);
     recording.autoStart = settings.cycleStart;
     recording.synchro = settings.synchro;
     recording.synchroSizes = settings.synchroSizes;

@@ -18,14 +18,16 @@ struct RecordingSettings {
     uint32_t boardMode = 0;         ///< BoardModeBits
     double packetFrequency = 0.0;   ///< Hz
     StopRule stopRule = StopRule::Manual;
-    double stopSeconds = 0.0;   ///< for StopRule::Time
-    uint64_t stopBytes = 0;     ///< for StopRule::Size; all pieces together
-    bool cutMode = false;       ///< cut the recording into pieces
-    std::string cutNumberText;  ///< size of a piece, MiB
-    bool automaticCut = false;  ///< pieces as large as the volume holds
-    int32_t decimation = 1;     ///< keep the first of so many frames
-    bool autoStart = false;     ///< begin the next recording when one ended by its rule
-    SynchroSettings synchro;    ///< which frames to keep; channels are numbered
+    double stopSeconds = 0.0;                               ///< for StopRule::Time
+    uint64_t stopBytes = 0;                                 ///< for StopRule::Size; all pieces together
+    bool cutMode = false;                                   ///< cut the recording into pieces
+    std::string cutNumberText;                              ///< size of a piece, MiB
+    bool automaticCut = false;                              ///< pieces as large as the volume holds
+    int32_t decimation = 1;                                 ///< keep the first of so many frames
+    uint32_t writeBufferMegabytes = kWriteBufferMegabytes;  ///< memory for what waits for the disk, MiB at most
+    uint32_t longestWriteWaitMs = kLongestWriteWaitMs;      ///< after so long data are on their way to the disk
+    bool autoStart = false;                                 ///< begin the next recording when one ended by its rule
+    SynchroSettings synchro;                                ///< which frames to keep; channels are numbered
     SynchroSizes synchroSizes;
     bool useDigitalPort = false;
 };

@@ -71,9 +71,10 @@ std::string stopMessage(const RecordingResult& result) {
             return text(TextId::GetDataError);
         case StopCode::Incompatible:
             return text(TextId::IncompatibleDriver);
+        case StopCode::StopMeasuring:
+            return result.diskNearlyFull ? text(TextId::DiskMarginReached) : std::string();
         case StopCode::Running:
         case StopCode::User:
-        case StopCode::StopMeasuring:
         case StopCode::WriteError:
         case StopCode::Unplug:
             return {};

@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/clock.h"
-
 namespace tarno2 {
 
 /// How a recording ended.
@@ -46,9 +44,8 @@ struct RecordingResult {
     uint64_t bytes = 0;             ///< accepted by the writer
     uint32_t files = 0;             ///< pieces begun
     uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
+    bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring
     std::string problem;            ///< what exactly went wrong, in English; empty when nothing is known
-    LocalTime startTime;
-    LocalTime stopTime;
 };
 
 /// Log line and status text of a code ("Stop - By user"); empty when it has none.

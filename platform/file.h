@@ -67,6 +67,9 @@ OsError createDirectory(const std::string& path);
 /// Makes a folder with all that lead to it; one that is there already is no error.
 OsError createFolders(const std::string& path);
 OsError removeDirectory(const std::string& path);
+/// Has the system put a folder's list of names on the disk (an empty path: the current folder's). Nothing to be done
+/// where the file system does so by itself.
+OsError flushFolder(const std::string& path);
 /// Gives a file another name in the same volume; fails (alreadyExists) rather than replace one of that name.
 OsError renameFile(const std::string& from, const std::string& to);
 /// Gives a file another name in the same volume, replacing a file of that name in one step.

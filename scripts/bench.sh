@@ -3,6 +3,7 @@
 #
 #   scripts/bench.sh                       the ratios; fails when recording is slower than it has to be
 #   scripts/bench.sh --display [BYTES]     the signal view's data; with BYTES the overview of such a file too
+#   scripts/bench.sh --stalls              recordings in real time on a disk that stalls, two minutes
 #   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
 #   scripts/bench.sh --synchro             the evaluator against copying
 #   scripts/bench.sh --export              the conversion to text against fprintf and against copying
@@ -19,8 +20,8 @@ use_ccache
 configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
-cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-synchro tarno2-bench-display \
-    tarno2-bench-export simulator
+cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
+    tarno2-bench-display tarno2-bench-export simulator
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -29,6 +30,7 @@ if [ "${1:-}" = --times ]; then
     shift
     exec "$bin/tarno2-bench" "$@"
 fi
+[ "${1:-}" != --stalls ] || exec "$bin/tarno2-bench-stall"
 [ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
 [ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
 [ "${1:-}" != --export ] || exec "$bin/tarno2-bench-export"

@@ -225,6 +225,16 @@ OsError removeDirectory(const std::string& path) {
     return result(rmdir(path.c_str()));
 }
 
+OsError flushFolder(const std::string& path) {
+    const int fd = ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) {
+        return OsError::last();
+    }
+    const OsError error = result(fsync(fd));
+    ::close(fd);
+    return error.code() == EINVAL ? OsError() : error;  // a file system that can't
+}
+
 OsError renameFile(const std::string& from, const std::string& to) {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return {};

@@ -168,6 +168,10 @@ OsError removeDirectory(const std::string& path) {
     return result(RemoveDirectoryA(path.c_str()));
 }
 
+OsError flushFolder(const std::string& /*path*/) {
+    return {};
+}
+
 OsError renameFile(const std::string& from, const std::string& to) {
     return result(MoveFileExA(from.c_str(), to.c_str(), 0));
 }

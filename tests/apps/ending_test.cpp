@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 
 #include "tests/apps/recording_rig.h"
@@ -31,7 +32,7 @@ TEST(Killed, ARecordingIsKeptByTheNextOne) {
     } moments[] = {
         {"the file is there", 0, [](const RecordingRig& rig) { return rig.exists("run.dat"); }},
         {"the file has data", 0, [](const RecordingRig& rig) { return rig.size("run.dat") > 0; }},
-        {"a piece is complete", 1, [](const RecordingRig& rig) { return rig.exists("run_1.dat"); }},
+        {"a piece is complete", 1, [](const RecordingRig& rig) { return rig.size("run_1.dat") > 0; }},
         {"three pieces are there", 1, [](const RecordingRig& rig) { return rig.exists("run_2.dat"); }},
     };
     for (const auto& each : moments) {
@@ -136,11 +137,42 @@ private:
     bool mounted_ = false;
 };
 
+TEST(FullDisk, IsNotFilledByARecording) {
+    for (const uint32_t cut : {0U, 3U}) {
+        SCOPED_TRACE("pieces of " + std::to_string(cut) + " MiB");
+        const RecordingRig rig;
+        const SmallDisk disk(rig.file("small"), 16 * kMebibyte);
+        if (!disk.mounted()) {
+            GTEST_SKIP() << "a small file system can be mounted on Linux by root alone";
+        }
+        Wish wish;
+        wish.channels = 7;
+        wish.frequency = 7e6;
+        wish.fileName = "small/run.dat";
+        wish.cut = cut;
+        rig.record(wish, "Signal=Counter");
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By stop measuring\r\n"),
+                                         HasSubstr("Attention: Recording ended: the disk is almost full.")));
+        const uint64_t samples =
+            checkRecording(rig.pieces("small/run.dat"), {.channels = 7, .frequencyPerChannel = 1e6});
+        EXPECT_GT(samples * 2, 6 * kMebibyte);
+        EXPECT_LT(samples * 2, 15 * kMebibyte);
+    }
+}
+
+/// Takes what is left of a disk.
+void fill(const std::string& fileName) {
+    std::ofstream filler(fileName, std::ios::binary);
+    const std::string block(4096, 'x');
+    while (filler.write(block.data(), 4096).flush()) {
+    }
+}
+
 TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
     for (const uint32_t cut : {0U, 2U}) {
         SCOPED_TRACE("pieces of " + std::to_string(cut) + " MiB");
         const RecordingRig rig;
-        const SmallDisk disk(rig.file("small"), 9 * kMebibyte + 4096);
+        const SmallDisk disk(rig.file("small"), 32 * kMebibyte + 4096);
         if (!disk.mounted()) {
             GTEST_SKIP() << "a small file system can be mounted on Linux by root alone";
         }
@@ -150,14 +182,17 @@ TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
         wish.fileName = "small/run.dat";
         wish.bytes = 64 * kMebibyte;
         wish.cut = cut;
-        rig.record(wish);
+        auto process = rig.start(wish, "Signal=Counter");
+        ASSERT_TRUE(waitUntil([&] { return rig.size("small/run.dat") > kMebibyte; })) << rig.autoLog();
+        fill(rig.file("small/other"));
+        EXPECT_EQ(process->waitForEnd(kGuard), 0);
         EXPECT_THAT(rig.autoLog(),
                     AllOf(HasSubstr("\r\nStop - By error\r\n"),
                           HasSubstr("Attention: Free space on disk is less than the recording will take.")));
         EXPECT_THAT(rig.debugLog(), HasSubstr("!!!!! Write error in "));
         const uint64_t samples =
             checkRecording(rig.pieces("small/run.dat"), {.channels = 7, .frequencyPerChannel = 100e3});
-        EXPECT_GT(samples * 2, 6 * kMebibyte);
+        EXPECT_GT(samples * 2, kMebibyte);
         EXPECT_EQ(samples % 7, 0U);
     }
 }

@@ -57,6 +57,8 @@ ProgramSettings goldenSettings() {
     s.axisYValue = -1.25;
     s.axisYMode = 2;
     s.axisYAutoMode = false;
+    s.writeBufferMegabytes = 128;
+    s.longestWriteWaitMs = 500;
     s.cutModeActive = true;
     s.cutModeValue = 512;
     s.showSettingMember = 3;
@@ -197,7 +199,7 @@ TEST_F(SettingsFile, KeysAndCommentsAreNeighboursInBothLanguages) {
             }
         }
     }
-    EXPECT_EQ(keys.size(), 87U);
+    EXPECT_EQ(keys.size(), 89U);
 }
 
 TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {

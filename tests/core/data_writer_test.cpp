@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "config/file_naming.h"
 #include "platform/file.h"
@@ -236,7 +237,7 @@ TEST(DataWriter, FullDiskLeavesWholeDescribedFrames) {
         Feeder feeder(writer);
         const uint64_t frame = setup.frameBytes();
         int32_t result = 0;
-        for (int i = 0; i < 10 && result == 0; ++i) {
+        for (int i = 0; i < 1000 && result == 0; ++i) {  // memory takes some before the disk is found to be full
             result = feeder.write(block / frame * frame, frame);
         }
         EXPECT_EQ(result, -1);
@@ -248,6 +249,44 @@ TEST(DataWriter, FullDiskLeavesWholeDescribedFrames) {
         EXPECT_EQ(data.size() % frame, 0U);
         EXPECT_TRUE(data == streamBytes(0, data.size() / 2, 2));
         EXPECT_EQ(describedFrames(name), data.size() / frame) << "the description has room, too";
+    }
+}
+
+TEST(DataWriter, KeepsAMarginOfTheDiskFree) {
+    for (const bool pieces : {false, true}) {
+        SmallVolume volume("16m");
+        if (!volume.mounted()) {
+            GTEST_SKIP() << "needs the right to mount a small tmpfs";
+        }
+        WriterSetup setup = setupFor(joinPath(volume.path(), "run.dat"), 1);
+        setup.keepDiskMargin = true;
+        setup.bytesPerSecond = 2e6;
+        setup.longestWaitMs = 1;
+        setup.pieceBytes = pieces ? 3 * kMebi : 0;
+        RecordDescription description;
+        DataWriter writer;
+        ASSERT_EQ(writer.open(setup, description), 0);
+        Feeder feeder(writer);
+        int32_t result = 0;
+        while (result == 0) {
+            result = feeder.write(100000, 2);
+            while (writer.waitingBytes() > 0) {
+                std::this_thread::yield();
+            }
+        }
+        EXPECT_EQ(result, 1);
+        EXPECT_TRUE(writer.diskNearlyFull());
+        EXPECT_TRUE(writer.Close());
+        std::string data;
+        for (uint32_t k = 0; k < writer.fileCount(); ++k) {
+            const std::string name = pieceName(setup.fileName, k);
+            const std::string piece = readFile(name);
+            EXPECT_EQ(describedFrames(name), piece.size() / 2);
+            data += piece;
+        }
+        EXPECT_TRUE(data == streamBytes(0, feeder.position / 2, 2)) << "what was accepted is kept";
+        EXPECT_GT(data.size(), 12 * kMebi);
+        EXPECT_LT(data.size(), 14 * kMebi + 300000) << "a second of the stream stays free";
     }
 }
 

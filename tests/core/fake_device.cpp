@@ -146,12 +146,14 @@ int32_t FakeDevice::Setup(int32_t apply, void* block, int32_t zero) {
 }
 
 int32_t FakeDevice::Start() {
-    note("Start");
-    const std::lock_guard lock(mutex_);
-    written_ = 0;
-    if (startAnswer == 1) {
-        produceLocked(std::max(atStart, std::min<uint64_t>(ringSize_ / 2, readerPaced)));
+    {
+        const std::lock_guard lock(mutex_);
+        written_ = 0;
+        if (startAnswer == 1) {
+            produceLocked(std::max(atStart, std::min<uint64_t>(ringSize_ / 2, readerPaced)));
+        }
     }
+    note("Start");  // who waits for it may produce from now on
     return startAnswer;
 }
 

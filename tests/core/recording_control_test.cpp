@@ -383,6 +383,21 @@ TEST(RecordingControl, CycleGoesOnAfterTimeButNotForTheStopButtonNorUnattended) 
     }
 }
 
+TEST(RecordingControl, ANearlyFullDiskEndsTheCycle) {
+    ControlRig rig;
+    rig.shell.wanted.autoStart = true;
+    rig.attach();
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    Notification notification{rig.control.session()->number(), {}};
+    notification.result.code = StopCode::StopMeasuring;
+    notification.result.bytes = 1000;
+    notification.result.diskNearlyFull = true;
+    rig.control.OnNotification(notification);
+    EXPECT_FALSE(rig.control.running());
+    EXPECT_TRUE(rig.shell.hasShown("Stop - By stop measuring"));
+    EXPECT_TRUE(rig.shell.hasShown("Attention: Recording ended: the disk is almost full."));
+}
+
 TEST(RecordingControl, CutNumber) {
     struct Case {
         const char* text;

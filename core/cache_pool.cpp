@@ -1,0 +1,146 @@
+#include "core/cache_pool.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace tarno2 {
+
+size_t CachePool::reserve(size_t caches) {
+    try {
+        caches_.reserve(caches);
+        while (caches_.size() < caches) {
+            // Set to zero, for memory that was never touched may turn out not to exist.
+            std::unique_ptr<std::byte[]> cache(new (std::nothrow) std::byte[kCacheBytes]());
+            if (cache == nullptr) {
+                break;
+            }
+            caches_.push_back(std::move(cache));
+        }
+        free_.reserve(caches_.size());
+        places_ = std::make_unique<std::atomic<std::byte*>[]>(caches_.size());
+    } catch (const std::bad_alloc&) {
+        caches_.clear();
+    }
+    free_.clear();
+    for (const auto& cache : caches_) {
+        free_.push_back(cache.get());
+    }
+    return filledEvent_.valid() && emptiedEvent_.valid() ? caches_.size() : 0;
+}
+
+void CachePool::collectFree() {
+    const uint64_t end = givenBack_.load(std::memory_order_acquire);
+    for (; collected_ < end; ++collected_) {
+        free_.push_back(place(collected_).load(std::memory_order_relaxed));
+    }
+}
+
+// Puts a free cache where the stream goes on when the last one is full.
+bool CachePool::openCache(bool wait) {
+    if (filled_.load(std::memory_order_relaxed) < opened_ * kCacheBytes) {
+        return true;
+    }
+    for (collectFree(); free_.empty(); collectFree()) {
+        if (!wait || abandoned_) {
+            return false;
+        }
+        static_cast<void>(emptiedEvent_.wait(kWaitForever));
+        emptiedEvent_.reset();
+    }
+    place(opened_).store(free_.back(), std::memory_order_relaxed);
+    free_.pop_back();
+    ++opened_;
+    return true;
+}
+
+std::byte* CachePool::room(uint64_t size) {
+    const uint64_t used = filled_.load(std::memory_order_relaxed) % kCacheBytes;
+    if (used + size > kCacheBytes || !openCache(false)) {
+        return nullptr;
+    }
+    return place(opened_ - 1).load(std::memory_order_relaxed) + used;
+}
+
+bool CachePool::append(const std::byte* data, uint64_t size) {
+    while (size > 0) {
+        if (!openCache(true)) {
+            return false;
+        }
+        const uint64_t filled = filled_.load(std::memory_order_relaxed);
+        const uint64_t used = filled % kCacheBytes;
+        const uint64_t part = std::min(size, kCacheBytes - used);
+        std::byte* to = place(opened_ - 1).load(std::memory_order_relaxed) + used;
+        if (data != to) {
+            std::memmove(to, data, part);
+        }
+        filled_.store(filled + part, std::memory_order_release);
+        if (used + part == kCacheBytes) {
+            filledEvent_.set();
+        }
+        data += part;
+        size -= part;
+    }
+    return !abandoned_;
+}
+
+void CachePool::waitFilled(uint32_t milliseconds) {
+    static_cast<void>(filledEvent_.wait(milliseconds));
+    filledEvent_.reset();
+    giveBack();
+}
+
+std::span<const std::byte> CachePool::pending(uint64_t end) const {
+    const uint64_t from = emptied();
+    const uint64_t used = from % kCacheBytes;
+    if (end <= from) {
+        return {};
+    }
+    const std::byte* cache = place(from / kCacheBytes).load(std::memory_order_relaxed);
+    return {cache + used, std::min(end - from, kCacheBytes - used)};
+}
+
+void CachePool::take(uint64_t size) {
+    const uint64_t end = emptied() + size;
+    emptied_.store(end, std::memory_order_relaxed);
+    usedUp_.store(end / kCacheBytes);
+    giveBack();
+}
+
+// Who looks at a cache says so first and then asks whether it is used up; here it is the other way round. So either he
+// sees that he is late, or he is seen here, and his cache waits, with those that follow it.
+void CachePool::giveBack() {
+    const uint64_t usedUp = usedUp_.load();
+    const uint64_t end = std::min(usedUp, looked_.load());
+    if (end > givenBack_.load(std::memory_order_relaxed)) {
+        givenBack_.store(end, std::memory_order_release);
+        emptiedEvent_.set();
+    }
+}
+
+void CachePool::abandon() {
+    abandoned_ = true;
+    emptiedEvent_.set();
+}
+
+uint64_t CachePool::look(uint64_t offset, std::byte* out, uint64_t size) {
+    const uint64_t end = filled();
+    const uint64_t number = offset / kCacheBytes;
+    if (number < usedUp_.load()) {
+        return 0;
+    }
+    uint64_t part = 0;
+    looked_.store(number);
+    if (offset < end && number >= usedUp_.load()) {
+        const uint64_t used = offset % kCacheBytes;
+        part = std::min({size, end - offset, kCacheBytes - used});
+        std::memcpy(out, place(number).load(std::memory_order_relaxed) + used, part);
+    }
+    looked_.store(kNone);
+    if (number < usedUp_.load()) {
+        wake();  // the cache may have been held back
+    }
+    return part;
+}
+
+}  // namespace tarno2

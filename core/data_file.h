@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/os_error.h"
+
+namespace tarno2 {
+
+/// A data file as its writer sees it. The program's one is the system's; a test may put one between that is slow, full
+/// or broken. An object belongs to one thread at a time.
+class DataFile {
+public:
+    DataFile() = default;
+    virtual ~DataFile() = default;
+    DataFile(const DataFile&) = delete;
+    DataFile& operator=(const DataFile&) = delete;
+
+    /// Makes the file; fails (alreadyExists) when the name is taken. Others may read and write it meanwhile.
+    virtual OsError create(const std::string& name) = 0;
+    /// Appends; `done` gets how many bytes were taken, also on failure.
+    virtual OsError write(const std::byte* data, size_t size, size_t& done) = 0;
+    virtual OsError truncate(uint64_t size) = 0;
+    /// Has the system put everything written on the disk.
+    virtual OsError flush() = 0;
+    virtual OsError close() = 0;
+};
+
+using DataFileMaker = std::function<std::unique_ptr<DataFile>()>;
+
+/// A file of the operating system.
+[[nodiscard]] std::unique_ptr<DataFile> makeSystemDataFile();
+
+}  // namespace tarno2

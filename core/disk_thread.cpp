@@ -1,0 +1,185 @@
+#include "core/disk_thread.h"
+
+#include <algorithm>
+
+#include "config/debug_log.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+namespace {
+
+/// The disk is looked after at least so often, however long data may wait for it.
+constexpr uint64_t kLookPeriodMs = 500;
+
+}  // namespace
+
+DiskThread::DiskThread(CachePool& pool) : pool_(pool) {}
+
+DiskThread::~DiskThread() {
+    close();
+    thread_.join();
+}
+
+bool DiskThread::start(const WriterSetup& setup, RecordDescription& description) {
+    // What came just after a look waits for the one after the next; the rest of the time is for the disk.
+    sweepMs_ = std::max<uint64_t>(uint64_t{setup.longestWaitMs} * 2 / 5, 1);
+    flushMs_ = setup.flushPeriodMs;
+    reader_.open(setup.fileName);
+    pieces_.open(setup, description);
+    if (setup.keepDiskMargin) {
+        margin_.watch(parentFolder(setup.fileName), setup.bytesPerSecond);
+    }
+    if (!pieces_.begin(0)) {
+        return false;
+    }
+    reader_.pieceBegins(0);
+    sweptAt_ = flushedAt_ = tickCount();
+    if (!closed_.valid() || !thread_.create([this] { run(); })) {
+        DEBUG_LOG("!!!!! The disk thread could not be made");
+        static_cast<void>(pieces_.end());
+        return false;
+    }
+    thread_.resume();
+    return true;
+}
+
+void DiskThread::beginPiece() {
+    Note note;
+    note.number = pool_.filled();
+    notes_.push(note);
+}
+
+void DiskThread::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
+    notes_.push({Note::Kind::Event, recordBytes, event, {}});
+}
+
+void DiskThread::setCreateTime(const LocalTime& time) {
+    notes_.push({Note::Kind::CreateTime, 0, {}, time});
+}
+
+void DiskThread::close() {
+    if (thread_.joinable()) {
+        closing_.store(true, std::memory_order_release);
+        pool_.wake();
+        static_cast<void>(closed_.wait(kWaitForever));
+    }
+}
+
+void DiskThread::run() noexcept {
+    try {
+        bool closing = false;
+        while (!closing) {
+            pool_.waitFilled(failed() ? kWaitForever : untilNextLook());
+            closing = closing_.load(std::memory_order_acquire);
+            const uint64_t end = pool_.filled();
+            if (!failed() && (!bringToDisk(end, restIsDue(end) || closing) || !lookAfterDisk())) {
+                fail();
+            }
+        }
+        if (!pieces_.end()) {
+            fail();
+        }
+        pieces_.dropPrepared();
+    } catch (...) {
+        DEBUG_LOG("!!!!! The disk thread ended early");
+        fail();
+    }
+    closed_.set();
+}
+
+uint32_t DiskThread::untilNextLook() const {
+    const uint64_t elapsed = tickCount() - sweptAt_;
+    return static_cast<uint32_t>(std::min(elapsed < sweepMs_ ? sweepMs_ - elapsed : 0, kLookPeriodMs));
+}
+
+// A cache that fills within two looks is written whole; what came before the last look has waited long enough.
+bool DiskThread::restIsDue(uint64_t end) {
+    const uint64_t now = tickCount();
+    if (now - sweptAt_ < sweepMs_) {
+        return false;
+    }
+    const bool due = pool_.emptied() < sweptBytes_;
+    sweptAt_ = now;
+    sweptBytes_ = end;
+    return due;
+}
+
+// Writes the stream up to `end`, with the borders of pieces in between; without `rest` only whole caches at the end.
+bool DiskThread::bringToDisk(uint64_t end, bool rest) {
+    for (;;) {
+        const Note* piece = takeNotes();
+        if (piece == nullptr || piece->number > end) {
+            return write(end, rest);
+        }
+        if (!write(piece->number, true) || !nextPiece()) {
+            return false;
+        }
+    }
+}
+
+bool DiskThread::write(uint64_t end, bool rest) {
+    for (;;) {
+        const std::span<const std::byte> data = pool_.pending(end);
+        const bool wholeCache = (pool_.emptied() + data.size()) % CachePool::kCacheBytes == 0;
+        if (data.empty() || (!rest && !wholeCache)) {
+            return true;
+        }
+        if (!pieces_.write(data)) {
+            return false;
+        }
+        pool_.take(data.size());
+        if (!lookAfterDisk()) {
+            return false;
+        }
+    }
+}
+
+// Enters what is known of the piece at hand. Returns the note that begins the next one, null when none has come.
+const DiskThread::Note* DiskThread::takeNotes() {
+    for (const Note* note = notes_.front(); note != nullptr; note = notes_.front()) {
+        switch (note->kind) {
+            case Note::Kind::Piece:
+                return note;
+            case Note::Kind::Event:
+                pieces_.addEvent(note->event, note->number);
+                break;
+            case Note::Kind::CreateTime:
+                pieces_.setCreateTime(note->time);
+                break;
+        }
+        notes_.pop();
+    }
+    return nullptr;
+}
+
+bool DiskThread::nextPiece() {
+    const uint64_t start = notes_.front()->number;
+    notes_.pop();
+    if (!pieces_.end() || !pieces_.begin(pieces_.number() + 1)) {
+        return false;
+    }
+    reader_.pieceBegins(start);
+    return true;
+}
+
+// After every write and every look, so at least as often as the looks are.
+bool DiskThread::lookAfterDisk() {
+    if (margin_.reached(pool_.emptied(), pool_.filled() - pool_.emptied())) {
+        nearlyFull_.store(true, std::memory_order_relaxed);
+    }
+    pieces_.prepareNext(pool_.capacity());
+    const uint64_t now = tickCount();
+    if (now - flushedAt_ < flushMs_) {
+        return true;
+    }
+    flushedAt_ = now;
+    return pieces_.flush();
+}
+
+void DiskThread::fail() {
+    failed_.store(true, std::memory_order_release);
+    pool_.abandon();
+}
+
+}  // namespace tarno2

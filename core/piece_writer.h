@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "core/writer_setup.h"
+#include "platform/clock.h"
+#include "platform/disk_reserve.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+/// The files of a recording, one after the other: each is made, filled, and closed with its description beside it. The
+/// first failure is remembered; what was written before it stays, cut to whole frames, and is described.
+/// An object belongs to one thread at a time.
+class PieceWriter {
+public:
+    PieceWriter() = default;
+    ~PieceWriter();
+    PieceWriter(const PieceWriter&) = delete;
+    PieceWriter& operator=(const PieceWriter&) = delete;
+
+    /// Before the first piece. Both belong to the caller and outlive the pieces; the description is filled and emptied
+    /// for each of them.
+    void open(const WriterSetup& setup, RecordDescription& description);
+
+    // Each is false when it failed; `problem` tells why.
+    /// Makes the file of piece `number`, moving files of other people that took its name out of the way.
+    [[nodiscard]] bool begin(uint32_t number);
+    [[nodiscard]] bool write(std::span<const std::byte> data);
+    /// Has the system put on the disk what was written since the last time.
+    [[nodiscard]] bool flush();
+    /// Closes and describes the file, all of it being on the disk then; removes one without a whole frame.
+    [[nodiscard]] bool end();
+
+    /// Makes the file of the next piece ahead of time once at most `left` bytes fit in this one. Failures count when
+    /// the piece is begun.
+    void prepareNext(uint64_t left);
+    /// Removes a file that was made ahead of time and not used.
+    void dropPrepared();
+
+    void addEvent(const SynchroEvent& event, uint64_t recordBytes);
+    /// When the first sample of the piece at hand came.
+    void setCreateTime(const LocalTime& time) { createTime_ = time; }
+
+    [[nodiscard]] uint32_t number() const { return number_; }
+    /// The first failure, in the system's words.
+    [[nodiscard]] const std::string& problem() const { return problem_; }
+
+private:
+    struct MadeFile {
+        std::unique_ptr<DataFile> file;
+        std::string name;
+    };
+    [[nodiscard]] OsError make(uint32_t number, MadeFile& made) const;
+    bool fail(const char* what, const std::string& problem);
+    void cutToWholeFrames();
+    [[nodiscard]] bool describe();
+
+    const WriterSetup* setup_ = nullptr;
+    RecordDescription* description_ = nullptr;
+    MadeFile current_;
+    MadeFile prepared_;    ///< of the next piece
+    DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
+    uint32_t number_ = 0;
+    uint64_t fileBytes_ = 0;
+    uint64_t flushedBytes_ = 0;
+    uint64_t recordBytes_ = 0;  ///< of a record with an event; 0: there was none
+    std::optional<LocalTime> createTime_;
+    std::string problem_;
+};
+
+}  // namespace tarno2

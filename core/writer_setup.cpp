@@ -1,0 +1,18 @@
+#include "core/writer_setup.h"
+
+#include <algorithm>
+
+namespace tarno2 {
+
+namespace {
+
+constexpr double kBufferSeconds = 10.0;
+
+}  // namespace
+
+uint64_t bufferFor(double bytesPerSecond, uint64_t limit) {
+    const double wanted = bytesPerSecond * kBufferSeconds;
+    return bytesPerSecond > 0.0 && wanted < static_cast<double>(limit) ? static_cast<uint64_t>(wanted) : limit;
+}
+
+}  // namespace tarno2

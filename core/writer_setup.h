@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/data_file.h"
+#include "core/recording_facts.h"
+
+namespace tarno2 {
+
+/// Where and how a recording is written.
+struct WriterSetup {
+    std::string fileName;      ///< of the first piece
+    uint32_t sampleWidth = 2;  ///< bytes
+    uint32_t channelCount = 1;
+    uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
+    uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
+    double bytesPerSecond = 0.0;  ///< of the kept stream; 0: not known
+    RecordingFacts facts;
+
+    uint64_t bufferBytes = 0;       ///< memory for what waits for the disk; a few caches are had in any case
+    uint32_t longestWaitMs = 1000;  ///< after so long at most data are on their way to the disk
+    uint32_t flushPeriodMs = 4000;  ///< a power cut may cost five seconds; the rest of them is for the disk
+    bool keepDiskMargin = false;    ///< the recording ends before it has filled the disk
+    DataFileMaker makeFile = makeSystemDataFile;
+
+    [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
+};
+
+/// Memory for ten seconds of a stream (0: of unknown rate), at most `limit` bytes.
+[[nodiscard]] uint64_t bufferFor(double bytesPerSecond, uint64_t limit);
+
+}  // namespace tarno2

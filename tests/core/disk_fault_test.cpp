@@ -1,0 +1,184 @@
+// Disks that stall, fill up or break while a recording is written.
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <functional>
+#include <gtest/gtest.h>
+#include <thread>
+#include <vector>
+
+#include "core/data_writer.h"
+#include "platform/file.h"
+#include "records/recorded_format.h"
+#include "tests/core/faulty_disk.h"
+#include "tests/core/rig.h"
+
+namespace tarno2::test {
+namespace {
+
+constexpr uint64_t kCache = DataWriter::kCacheBytes;
+
+/// A writer on a faulty disk, fed with the stream of test samples in frames of 7 channels.
+struct DiskRig {
+    DiskRig() {
+        setup.fileName = folder.file("run.dat");
+        setup.channelCount = 7;
+        setup.facts.driverName = "Fake";
+        setup.facts.totalFrequency = 7000.0;
+        setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
+        setup.facts.ranges.assign(7, {5.0, -5.0});
+        setup.makeFile = disk.maker();
+    }
+    [[nodiscard]] bool open() { return writer.open(setup, description) == 0; }
+    /// Writes blocks of whole frames until so many bytes were accepted, or the writer wants no more.
+    int32_t feed(uint64_t bytes) {
+        int32_t result = 0;
+        while (result == 0 && position < bytes) {
+            const std::string data = streamBytes(position / 2, 70000, 2);
+            position += data.size();
+            result = writer.Write(reinterpret_cast<const std::byte*>(data.data()), data.size(), setup.frameBytes());
+        }
+        return result;
+    }
+    /// What all files hold, every one of them described and of whole frames.
+    [[nodiscard]] std::string recorded() const {
+        std::string all;
+        for (const std::string& name : listDirectory(folder.path())) {
+            if (name.ends_with(".txt")) {
+                continue;
+            }
+            const std::string data = readFile(folder.file(name));
+            RecordedFormat format;
+            std::string missing;
+            EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(folder.file(name)), format, missing))
+                << name << ": " << missing;
+            EXPECT_EQ(format.frames * 14, data.size()) << name;
+            all += data;
+        }
+        return all;
+    }
+
+    const TemporaryFolder folder;
+    FaultyDisk disk;
+    WriterSetup setup;
+    RecordDescription description;
+    DataWriter writer;
+    uint64_t position = 0;
+};
+
+TEST(DiskFault, AStallIsWaitedForInMemoryAndThenByTheWriter) {
+    DiskRig rig;
+    rig.setup.bufferBytes = 6 * kCache;
+    ASSERT_TRUE(rig.open());
+    ASSERT_EQ(rig.writer.bufferBytes(), 6 * kCache);
+    rig.disk.hold();
+    EXPECT_EQ(rig.feed(5 * kCache), 0) << "does not wait";
+    std::thread feeder([&rig] { EXPECT_EQ(rig.feed(20 * kCache), 0); });
+    while (rig.writer.waitingBytes() < 6 * kCache) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(rig.writer.totalBytes(), 6 * kCache) << "memory is full";
+    rig.disk.release();
+    feeder.join();
+    EXPECT_TRUE(rig.writer.Close());
+    EXPECT_TRUE(rig.recorded() == streamBytes(0, rig.position / 2, 2));
+    EXPECT_EQ(rig.disk.flushedBytes(), rig.position) << "the disk has it when it is closed";
+}
+
+TEST(DiskFault, WhatCameBeforeAnErrorStays) {
+    const struct {
+        const char* what;
+        uint64_t pieceBytes;
+        uint64_t stays;  // bytes
+        std::function<void(FaultyDisk&)> script;
+    } cases[] = {
+        {"nothing fits", 0, 0, [](FaultyDisk& disk) { disk.capacity = 0; }},
+        {"full in a frame", 0, 7000000, [](FaultyDisk& disk) { disk.capacity = 7000003; }},
+        {"full at a cache's border", 0, 2 * kCache / 14 * 14, [](FaultyDisk& disk) { disk.capacity = 2 * kCache; }},
+        {"full in the second piece", 3500000, 5000002, [](FaultyDisk& disk) { disk.capacity = 5000003; }},
+        {"the third file can't be made", 3500000, 7000000, [](FaultyDisk& disk) { disk.failingCreate = 2; }},
+        {"a write takes less than it says", 0, (kCache + kCache / 2) / 14 * 14,
+         [](FaultyDisk& disk) { disk.shortWrites = true; }},
+        {"the first piece can't be brought to the disk", 3500000, 3500000,
+         [](FaultyDisk& disk) { disk.failingFlush = true; }},
+        {"the first piece can't be closed", 3500000, 3500000, [](FaultyDisk& disk) { disk.failingClose = true; }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        DiskRig rig;
+        c.script(rig.disk);
+        rig.setup.pieceBytes = c.pieceBytes;
+        rig.setup.longestWaitMs = 600000;
+        ASSERT_TRUE(rig.open());
+        EXPECT_EQ(rig.feed(16 * kCache), -1) << "more than memory takes";
+        EXPECT_EQ(rig.feed(rig.position + 1), -1) << "an error stays";
+        EXPECT_FALSE(rig.writer.Close());
+        EXPECT_FALSE(rig.writer.writeError().empty());
+        EXPECT_TRUE(rig.recorded() == streamBytes(0, c.stays / 2, 2));
+    }
+}
+
+TEST(DiskFault, AnErrorWakesAWriterThatWaits) {
+    DiskRig rig;
+    rig.disk.capacity = kCache;
+    rig.disk.hold();
+    ASSERT_TRUE(rig.open());
+    std::thread feeder([&rig] { EXPECT_EQ(rig.feed(20 * kCache), -1); });
+    while (rig.writer.waitingBytes() < rig.writer.bufferBytes()) {
+        std::this_thread::yield();
+    }
+    rig.disk.release();
+    feeder.join();
+    EXPECT_FALSE(rig.writer.Close());
+    EXPECT_TRUE(rig.recorded() == streamBytes(0, kCache / 14 * 7, 2));
+}
+
+TEST(DiskFault, SlowDataDoNotWaitForAFullCache) {
+    DiskRig rig;
+    rig.setup.longestWaitMs = 10;
+    ASSERT_TRUE(rig.open());
+    for (int round = 1; round <= 3; ++round) {
+        EXPECT_EQ(rig.feed(rig.position + 1), 0);
+        while (rig.writer.waitingBytes() > 0) {
+            std::this_thread::yield();
+        }
+        EXPECT_TRUE(readFile(rig.setup.fileName) == streamBytes(0, rig.position / 2, 2)) << "round " << round;
+    }
+    EXPECT_TRUE(rig.writer.Close());
+}
+
+// Reads everywhere while caches go round many times and pieces begin.
+TEST(DiskFault, ReadBackSeesWhatWasAcceptedWhereverItIs) {
+    DiskRig rig;
+    rig.setup.pieceBytes = 2000000;
+    rig.setup.longestWaitMs = 5;
+    ASSERT_TRUE(rig.open());
+    const uint64_t bytes = 20 * kCache;
+    const std::string expected = streamBytes(0, bytes / 2 + 70000, 2);
+    std::atomic<bool> over{false};
+    std::thread reader([&] {
+        std::vector<std::byte> out(100000);
+        uint64_t offset = 12345;
+        for (uint64_t round = 0; !over || round < 100; ++round) {
+            const uint64_t total = rig.writer.totalBytes();
+            // Near the end, where caches are filled anew, and anywhere before it.
+            offset = offset * 6364136223846793005U + 1442695040888963407U;
+            const uint64_t back = (offset >> 20U) % (round % 2 == 0 ? 5 * kCache : bytes);
+            const uint64_t from = total > back ? total - back : 0;
+            const uint64_t got = rig.writer.readBack(from, out.data(), out.size());
+            ASSERT_GE(got, std::min<uint64_t>(out.size(), total - from));
+            ASSERT_EQ(std::memcmp(out.data(), expected.data() + from, got), 0) << from;
+        }
+    });
+    EXPECT_EQ(rig.feed(bytes), 0);
+    EXPECT_TRUE(rig.writer.Close());
+    over = true;
+    reader.join();
+    std::string all(rig.position + 5, '\0');
+    EXPECT_EQ(rig.writer.readBack(0, reinterpret_cast<std::byte*>(all.data()), all.size()), rig.position);
+    EXPECT_TRUE(all.starts_with(expected.substr(0, rig.position)));
+}
+
+}  // namespace
+}  // namespace tarno2::test
