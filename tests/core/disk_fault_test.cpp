@@ -5,10 +5,12 @@
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
+#include <optional>
 #include <thread>
 #include <vector>
 
 #include "core/data_writer.h"
+#include "platform/clock.h"
 #include "platform/file.h"
 #include "records/recorded_format.h"
 #include "tests/core/faulty_disk.h"
@@ -19,14 +21,19 @@ namespace {
 
 constexpr uint64_t kCache = DataWriter::kCacheBytes;
 
+/// What a description needs to be read back.
+void describe(WriterSetup& setup) {
+    setup.facts.driverName = "Fake";
+    setup.facts.totalFrequency = 7000.0;
+    setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
+}
+
 /// A writer on a faulty disk, fed with the stream of test samples in frames of 7 channels.
 struct DiskRig {
     DiskRig() {
         setup.fileName = folder.file("run.dat");
         setup.channelCount = 7;
-        setup.facts.driverName = "Fake";
-        setup.facts.totalFrequency = 7000.0;
-        setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
+        describe(setup);
         setup.facts.ranges.assign(7, {5.0, -5.0});
         setup.makeFile = disk.maker();
     }
@@ -84,6 +91,38 @@ TEST(DiskFault, AStallIsWaitedForInMemoryAndThenByTheWriter) {
     EXPECT_TRUE(rig.writer.Close());
     EXPECT_TRUE(rig.recorded() == streamBytes(0, rig.position / 2, 2));
     EXPECT_EQ(rig.disk.flushedBytes(), rig.position) << "the disk has it when it is closed";
+}
+
+// Every 40th write ends only when twenty more caches were handed over, as in three seconds of 20 MB/s: the one that
+// hands them over would hang if it waited for the disk.
+TEST(DiskFault, StallsShorterThanTheMemoryHoldNobodyUp) {
+    constexpr uint64_t kBytes = 24 * kCache;
+    DiskRig rig;
+    rig.setup.bufferBytes = 16 * kCache;
+    std::atomic<bool> stalled{false};
+    std::atomic<bool> hung{false};
+    rig.disk.beforeWrite = [&](uint32_t number) {
+        const uint64_t goal = std::min(rig.writer.totalBytes() + 8 * kCache, kBytes);
+        const uint64_t guard = tickCount() + 30000;
+        stalled = number % 10 == 9;
+        while (stalled && rig.writer.totalBytes() < goal) {
+            std::this_thread::yield();
+            hung = tickCount() > guard;
+            stalled = !hung;
+        }
+        stalled = false;
+    };
+    ASSERT_TRUE(rig.open());
+    while (rig.position < kBytes && rig.feed(rig.position + kCache) == 0) {
+        // Between stalls the disk is the faster one.
+        while (rig.writer.waitingBytes() > 4 * kCache && !stalled) {
+            std::this_thread::yield();
+        }
+    }
+    EXPECT_TRUE(rig.writer.Close());
+    EXPECT_FALSE(hung);
+    EXPECT_GE(rig.position, kBytes);
+    EXPECT_TRUE(rig.recorded() == streamBytes(0, rig.position / 2, 2));
 }
 
 TEST(DiskFault, WhatCameBeforeAnErrorStays) {
@@ -146,6 +185,90 @@ TEST(DiskFault, SlowDataDoNotWaitForAFullCache) {
         EXPECT_TRUE(readFile(rig.setup.fileName) == streamBytes(0, rig.position / 2, 2)) << "round " << round;
     }
     EXPECT_TRUE(rig.writer.Close());
+}
+
+TEST(DiskFault, DataAreBroughtToTheDiskNowAndThen) {
+    DiskRig rig;
+    rig.setup.longestWaitMs = 600000;
+    rig.setup.flushPeriodMs = 1;
+    ASSERT_TRUE(rig.open());
+    EXPECT_EQ(rig.feed(3 * kCache - 1), 0);
+    while (rig.disk.flushedBytes() < 2 * kCache) {
+        std::this_thread::yield();
+    }
+    EXPECT_TRUE(rig.writer.Close());
+    EXPECT_EQ(rig.disk.flushedBytes(), rig.position);
+}
+
+/// A session on a faulty disk with a board whose ring is small beside the memory.
+struct SessionOnDisk {
+    static constexpr uint32_t kHalf = 100002;  // samples; whole frames of 3 channels
+
+    SessionOnDisk() {
+        device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
+        session.emplace(device);
+        describe(session->setup);
+        session->setup.makeFile = disk.maker();
+    }
+    /// The file's bytes, after the end.
+    [[nodiscard]] std::string described() const {
+        const std::string data = session->data();
+        RecordedFormat format;
+        std::string missing;
+        EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(session->dataName), format, missing)) << missing;
+        EXPECT_EQ(format.frames * 6, data.size());
+        return data;
+    }
+    FaultyDisk disk;
+    FakeDevice device;
+    std::optional<SessionRig> session;
+};
+
+TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample) {
+    SessionOnDisk rig;
+    rig.disk.hold();
+    ASSERT_TRUE(rig.session->begin(3, 1e6F));
+    const DataWriter& writer = rig.session->board->writer();
+    ASSERT_TRUE(rig.device.waitForCall("Start"));
+    uint64_t samples = 0;
+    while (2 * samples <= writer.bufferBytes()) {
+        rig.device.produce(SessionOnDisk::kHalf);
+        samples += SessionOnDisk::kHalf;
+        ASSERT_TRUE(rig.device.waitForReads(samples));
+    }
+    while (writer.totalBytes() < writer.bufferBytes()) {
+        std::this_thread::yield();
+    }
+    rig.device.produce(uint64_t{2} * SessionOnDisk::kHalf);
+    rig.disk.release();
+    const RecordingResult result = rig.session->end();
+    EXPECT_EQ(result.code, StopCode::Error);
+    EXPECT_EQ(result.detail, ErrorDetail::Overflow);
+    EXPECT_EQ(result.overflowPosition, samples);
+    EXPECT_TRUE(rig.described() == streamBytes(0, samples, 2));
+}
+
+TEST(DiskFault, AnErrorEndsTheRecordingWithWhatCameBeforeIt) {
+    const struct {
+        const char* what;
+        std::function<void(FaultyDisk&)> script;
+        uint64_t stays;
+    } cases[] = {
+        {"full", [](FaultyDisk& disk) { disk.capacity = 2 * kCache + 5; }, (2 * kCache + 5) / 6 * 6},
+        {"a write takes less than it says", [](FaultyDisk& disk) { disk.shortWrites = true; }, kCache + kCache / 2},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        SessionOnDisk rig;
+        c.script(rig.disk);
+        rig.session->setup.longestWaitMs = 600000;
+        rig.device.readerPaced = 100000000;
+        ASSERT_TRUE(rig.session->begin(3, 1e6F));
+        const RecordingResult result = rig.session->end();
+        EXPECT_EQ(result.code, StopCode::WriteError);
+        EXPECT_FALSE(result.problem.empty());
+        EXPECT_TRUE(rig.described() == streamBytes(0, c.stays / 2, 2));
+    }
 }
 
 // Reads everywhere while caches go round many times and pieces begin.

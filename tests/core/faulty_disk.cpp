@@ -15,6 +15,9 @@ public:
     }
     OsError write(const std::byte* data, size_t size, size_t& done) override {
         disk_.passGate();
+        if (disk_.beforeWrite) {
+            disk_.beforeWrite(disk_.writes_);
+        }
         const size_t part = disk_.fitting(size);
         const OsError result = file_->write(data, part, done);
         written_ += done;
@@ -28,6 +31,9 @@ public:
     }
     OsError close() override {
         disk_.passGate();
+        if (disk_.beforeClose) {
+            disk_.beforeClose();
+        }
         const OsError result = file_->close();
         return disk_.failingClose ? FaultyDisk::error() : result;
     }
@@ -84,7 +90,7 @@ bool FaultyDisk::allowCreate() {
 size_t FaultyDisk::fitting(size_t size) {
     const std::scoped_lock lock(mutex_);
     uint64_t part = std::min<uint64_t>(size, capacity - taken_);
-    if (shortWrites && writes_++ % 2 == 1) {
+    if (writes_++ % 2 == 1 && shortWrites) {
         part /= 2;
     }
     taken_ += part;

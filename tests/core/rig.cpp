@@ -67,7 +67,6 @@ bool SessionRig::prepare(uint32_t channels, float frequency, uint64_t limitBytes
     if (!board->StartThread(&notes, {})) {
         return false;
     }
-    WriterSetup setup;
     setup.fileName = dataName;
     setup.sampleWidth = device.format.m_nBytes;
     setup.channelCount = board->settings.channelCount();

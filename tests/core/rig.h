@@ -10,6 +10,7 @@
 #include "config/debug_log.h"
 #include "core/board.h"
 #include "core/driver.h"
+#include "core/writer_setup.h"
 #include "records/record_description.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"
@@ -72,6 +73,7 @@ public:
     NotificationLog notes;
     RecordDescription description;
     std::string dataName;
+    WriterSetup setup;  ///< what a test wants of the writer, beside what `prepare` enters
     std::unique_ptr<T_BOARD> board;
 };
 
