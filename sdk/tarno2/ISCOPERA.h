@@ -52,7 +52,7 @@ enum {
     kScoperaOptionGrid = 2,     // 1: grid lines; 1
     kScoperaOptionLegend = 3,   // 1: the legend is shown; 0
     kScoperaOptionCursors = 4,  // 1: both cursors and their values are shown; 0. Cursors that lie outside the picture
-                                // when they are switched on come to a third and two thirds of it.
+                                // or upon each other when they are switched on come to a third and two thirds of it.
     kScoperaOptionDigitsX = 5,  // decimals of the cursors' values; -1: as many as the picture's resolution needs; -1
     kScoperaOptionDigitsY = 6
 };
@@ -137,7 +137,8 @@ struct SCOPERAEvents {
 struct ISCOPERA {
     // 0: kScoperaAbiVersion of the library.
     virtual uint32_t TARNO2_CALL AbiVersion() = 0;
-    // 1: the host drops the object, which is gone after this call, with its view. The library may be unloaded after it.
+    // 1: the host drops the object, which is gone after this call, with its view. The library stays loaded until the
+    // program ends, because Qt remembers types that it made known.
     virtual void TARNO2_CALL Release() = 0;
     // 2: makes the view as a child of the host's QWidget (null: a window of its own), to be put in a layout and shown
     // by the host. It takes colours from its palette. The result is the view's QWidget; when there is a view already,

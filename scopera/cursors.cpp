@@ -1,0 +1,170 @@
+#include "scopera/cursors.h"
+
+#include <QFontMetrics>
+#include <algorithm>
+#include <cmath>
+
+#include "scopera/axis_ticker.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr double kReach = 5.0;  // pixels from a line within which the mouse takes it
+constexpr int kPadding = 6;
+constexpr int kCellGap = 14;
+
+/// The power of ten below one pixel of the axis.
+double resolution(const QCPAxis* axis) {
+    const QSize size = axis->axisRect()->size();
+    const int pixels = std::max(axis->orientation() == Qt::Horizontal ? size.width() : size.height(), 1);
+    return std::pow(10.0, std::floor(std::log10(axis->range().size() / pixels)));
+}
+
+void bringIntoRange(double& first, double& second, const QCPRange& range) {
+    const bool together = first == second;
+    if (together || !range.contains(first)) {
+        first = range.lower + range.size() / 3.0;
+    }
+    if (together || !range.contains(second)) {
+        second = range.lower + range.size() * 2.0 / 3.0;
+    }
+}
+
+}  // namespace
+
+Cursors::Cursors(QCPAxis* xAxis, QCPAxis* yAxis) : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), yAxis_(yAxis) {}
+
+void Cursors::setColors(const QColor& line, const QColor& text, const QColor& background) {
+    lineColor_ = line;
+    textColor_ = text;
+    backgroundColor_ = background;
+}
+
+void Cursors::setTexts(const QString& unitX, const QString& unitY, const QString& difference) {
+    unitX_ = unitX;
+    unitY_ = unitY;
+    difference_ = difference;
+}
+
+void Cursors::setDigits(int x, int y) {
+    digitsX_ = x;
+    digitsY_ = y;
+}
+
+void Cursors::bringIntoView() {
+    SCOPERACursors places = places_;
+    double x[] = {places.m_fX[0], places.m_fX[1]};
+    double y[] = {places.m_fY[0], places.m_fY[1]};
+    bringIntoRange(x[0], x[1], xAxis_->range());
+    bringIntoRange(y[0], y[1], yAxis_->range());
+    places_ = {{x[0], x[1]}, {y[0], y[1]}};
+}
+
+std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
+    if (!visible() || !clipRect().contains(place.toPoint())) {
+        return std::nullopt;
+    }
+    for (size_t i = 0; i < 2; ++i) {
+        const bool vertical = std::abs(xAxis_->coordToPixel(places_.m_fX[i]) - place.x()) <= kReach;
+        const bool horizontal = std::abs(yAxis_->coordToPixel(places_.m_fY[i]) - place.y()) <= kReach;
+        if (vertical || horizontal) {
+            return Grip{i, vertical, horizontal};
+        }
+    }
+    return std::nullopt;
+}
+
+void Cursors::move(const Grip& grip, const QPointF& place) {
+    if (grip.vertical) {
+        const QCPRange range = xAxis_->range();
+        places_.m_fX[grip.cursor] = std::clamp(xAxis_->pixelToCoord(place.x()), range.lower, range.upper);
+    }
+    if (grip.horizontal) {
+        const QCPRange range = yAxis_->range();
+        places_.m_fY[grip.cursor] = std::clamp(yAxis_->pixelToCoord(place.y()), range.lower, range.upper);
+    }
+}
+
+QString Cursors::valueText(double value, const QCPAxis* axis, int digits, const QString& unit) const {
+    const QString number = plainNumber(value, digits < 0 ? decimalsOf(resolution(axis)) : digits);
+    return unit.isEmpty() ? number : number + QChar(0x00A0) + unit;
+}
+
+QVector<QStringList> Cursors::table() const {
+    const auto row = [this](const QString& head, double x, double y) {
+        return QStringList{head, valueText(x, xAxis_, digitsX_, unitX_), valueText(y, yAxis_, digitsY_, unitY_)};
+    };
+    return {row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0]),
+            row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1]),
+            row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0])};
+}
+
+void Cursors::applyDefaultAntialiasingHint(QCPPainter* painter) const {
+    painter->setAntialiasing(false);
+}
+
+QRect Cursors::clipRect() const {
+    return xAxis_->axisRect()->rect();
+}
+
+void Cursors::draw(QCPPainter* painter) {
+    drawLines(painter);
+    drawTable(painter);
+}
+
+void Cursors::drawLines(QCPPainter* painter) const {
+    const QRect area = clipRect();
+    painter->setFont(font_);
+    const int height = QFontMetrics(font_).height();
+    for (size_t i = 0; i < 2; ++i) {
+        const double x = xAxis_->coordToPixel(places_.m_fX[i]);
+        const double y = yAxis_->coordToPixel(places_.m_fY[i]);
+        // Places far outside would overflow the painter's coordinates.
+        const bool seenX = xAxis_->range().contains(places_.m_fX[i]);
+        const bool seenY = yAxis_->range().contains(places_.m_fY[i]);
+        painter->setPen(QPen(lineColor_, 0, i == 0 ? Qt::SolidLine : Qt::DashLine));
+        const QString name = QString::number(i + 1);
+        if (seenX) {
+            painter->drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
+            painter->drawText(QPointF(x + 3, area.bottom() - 3), name);
+        }
+        if (seenY) {
+            painter->drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
+            const double base = y - 3 < area.top() + height ? y + height : y - 3;
+            painter->drawText(QRectF(area.left(), base - height, area.width() - 3, height),
+                              Qt::AlignRight | Qt::AlignBottom, name);
+        }
+    }
+}
+
+void Cursors::drawTable(QCPPainter* painter) const {
+    const QVector<QStringList> rows = table();
+    const QFontMetrics metrics(font_);
+    int widths[3] = {};
+    for (const QStringList& row : rows) {
+        for (int cell = 0; cell < 3; ++cell) {
+            widths[cell] = std::max(widths[cell], metrics.horizontalAdvance(row[cell]));
+        }
+    }
+    const QRect area = clipRect();
+    const int rowHeight = metrics.height() + 1;
+    const QRect box(area.left() + kPadding, area.top() + kPadding,
+                    widths[0] + widths[1] + widths[2] + 2 * kCellGap + 2 * kPadding,
+                    static_cast<int>(rows.size()) * rowHeight + 2 * kPadding);
+    painter->setPen(QPen(lineColor_, 0));
+    painter->setBrush(backgroundColor_);
+    painter->drawRect(box);
+    painter->setPen(textColor_);
+    for (int i = 0; i < rows.size(); ++i) {
+        int left = box.left() + kPadding;
+        const int top = box.top() + kPadding + i * rowHeight;
+        for (int cell = 0; cell < 3; ++cell) {
+            const int side = cell == 0 ? Qt::AlignLeft : Qt::AlignRight;
+            painter->drawText(QRect(left, top, widths[cell], rowHeight), side | Qt::AlignVCenter, rows[i][cell]);
+            left += widths[cell] + kCellGap;
+        }
+    }
+}
+
+}  // namespace tarno2

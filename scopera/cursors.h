@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QString>
+#include <optional>
+#include <qcustomplot.h>
+
+#include <tarno2/ISCOPERA.h>
+
+namespace tarno2 {
+
+/// Two pairs of crossing lines over the picture, and a box with their places and the differences. They want a layer of
+/// their own, so that moving one draws no curve.
+class Cursors : public QCPLayerable {
+public:
+    /// Lines of one cursor that are held with the mouse: a vertical one, a horizontal one or both.
+    struct Grip {
+        size_t cursor;
+        bool vertical;
+        bool horizontal;
+    };
+
+    Cursors(QCPAxis* xAxis, QCPAxis* yAxis);
+
+    [[nodiscard]] const SCOPERACursors& places() const { return places_; }
+    void setPlaces(const SCOPERACursors& places) { places_ = places; }
+    /// Cursors that can't be seen come to a third and two thirds of the picture.
+    void bringIntoView();
+    [[nodiscard]] std::optional<Grip> gripAt(const QPointF& place) const;
+    void move(const Grip& grip, const QPointF& place);
+
+    void setFont(const QFont& font) { font_ = font; }
+    void setColors(const QColor& line, const QColor& text, const QColor& background);
+    void setTexts(const QString& unitX, const QString& unitY, const QString& difference);
+    /// Decimals of the values; negative: as many as the picture's resolution needs.
+    void setDigits(int x, int y);
+    /// The box's text, row by row: head, X, Y.
+    [[nodiscard]] QVector<QStringList> table() const;
+
+protected:
+    void applyDefaultAntialiasingHint(QCPPainter* painter) const override;
+    QRect clipRect() const override;
+    void draw(QCPPainter* painter) override;
+
+private:
+    [[nodiscard]] QString valueText(double value, const QCPAxis* axis, int digits, const QString& unit) const;
+    void drawLines(QCPPainter* painter) const;
+    void drawTable(QCPPainter* painter) const;
+
+    QCPAxis* xAxis_;
+    QCPAxis* yAxis_;
+    SCOPERACursors places_{};
+    QFont font_;
+    QColor lineColor_;
+    QColor textColor_;
+    QColor backgroundColor_;
+    QString unitX_;
+    QString unitY_;
+    QString difference_;
+    int digitsX_ = -1;
+    int digitsY_ = -1;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QImage>
+#include <optional>
+#include <qcustomplot.h>
+#include <vector>
+
+#include "scopera/curve_raster.h"
+#include "scopera/pixel_spans.h"
+
+namespace tarno2 {
+
+/// All curves of the picture as one plottable: an image filled from the spans of the frames. The spans are kept until
+/// frames, X range, width or the way of drawing change.
+class Curves : public QCPAbstractPlottable {
+public:
+    Curves(QCPAxis* xAxis, QCPAxis* yAxis);
+
+    void setStyles(std::vector<CurveStyle> styles) { styles_ = std::move(styles); }
+    void setCurveVisible(size_t column, bool visible) { styles_[column].visible = visible; }
+    /// The samples stay the caller's. Frames have been checked.
+    void setFrames(const SCOPERAFrames& frames);
+    void setPoints(bool points);
+    /// Least and greatest Y of the visible curves in the X range; nothing without samples.
+    [[nodiscard]] std::optional<QCPRange> extremes();
+    /// Width of the picture in the pixels of the screen.
+    [[nodiscard]] int pixelWidth() const { return pixelSize().width(); }
+
+    double selectTest(const QPointF& pos, bool onlySelectable, QVariant* details) const override;
+    QCPRange getKeyRange(bool& foundRange, QCP::SignDomain inSignDomain) const override;
+    QCPRange getValueRange(bool& foundRange, QCP::SignDomain inSignDomain, const QCPRange& inKeyRange) const override;
+
+protected:
+    QRect clipRect() const override;
+    void draw(QCPPainter* painter) override;
+    void drawLegendIcon(QCPPainter* painter, const QRectF& rect) const override;
+
+private:
+    [[nodiscard]] QSize pixelSize() const;
+    void updateSpans(int width);
+
+    std::vector<CurveStyle> styles_;
+    SCOPERAFrames frames_{};
+    bool points_ = false;
+    PixelSpans spans_;
+    QCPRange spansRange_;  ///< that `spans_` were made for, and the width
+    size_t spansWidth_ = 0;
+    bool spansStale_ = true;
+    QImage image_;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,305 @@
+#include "scopera/plot_view.h"
+
+#include <QColor>
+#include <QEvent>
+#include <QFontMetrics>
+#include <QPalette>
+#include <utility>
+#include <vector>
+
+#include "scopera/axis_ticker.h"
+
+namespace tarno2 {
+
+namespace {
+
+const QString kCurveLayer = QStringLiteral("curves");
+const QString kCursorLayer = QStringLiteral("cursors");
+
+QColor fromBgr(uint32_t color) {
+    return {static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF), static_cast<int>(color >> 16 & 0xFF)};
+}
+
+/// `part` of 1 is all `over`.
+QColor mixed(const QColor& under, const QColor& over, double part) {
+    const auto mix = [part](int a, int b) { return static_cast<int>(a + (b - a) * part); };
+    return {mix(under.red(), over.red()), mix(under.green(), over.green()), mix(under.blue(), over.blue())};
+}
+
+}  // namespace
+
+PlotView::PlotView(QWidget* parent)
+    : QCustomPlot(parent),
+      curves_(new Curves(xAxis, yAxis)),
+      legend_(new Legend(this)),
+      cursors_(new Cursors(xAxis, yAxis)),
+      font_(QWidget::font()) {
+    setAutoAddPlottableToLegend(false);
+    addLayer(kCursorLayer, layer(QStringLiteral("overlay")), limBelow);
+    layer(kCursorLayer)->setMode(QCPLayer::lmBuffered);
+    // Above the frame, which would hide a curve that runs along an end of the Y axis.
+    addLayer(kCurveLayer, layer(QStringLiteral("axes")), limAbove);
+    curves_->setLayer(kCurveLayer);
+    cursors_->setLayer(kCursorLayer);
+    cursors_->setParent(this);
+    cursors_->setVisible(false);
+    legend_->setVisible(false);
+    plotLayout()->addElement(0, 1, legend_);
+    plotLayout()->setColumnSpacing(0);
+    // The legend takes what it needs, the picture all the rest.
+    plotLayout()->setColumnStretchFactor(0, 1000);
+    for (QCPAxis* axis : {xAxis, yAxis}) {
+        axis->setTicker(QSharedPointer<QCPAxisTicker>(new AxisTicker));
+        axis->grid()->setZeroLinePen(Qt::NoPen);
+        axis->setTickLength(0, 5);
+        axis->setSubTickLength(0, 2);
+    }
+    xAxis->ticker()->setTickCount(8);
+    axisRect()->setupFullAxesBox();
+    for (QCPAxis* axis : {xAxis2, yAxis2}) {
+        axis->setTickLabels(false);
+        axis->setTicks(false);
+    }
+    xAxis->setRange(0.0, 1.0);
+    yAxis->setRange(-1.0, 1.0);
+    // The rectangle begins when the base class is told of a press, which it is with Shift alone.
+    setSelectionRectMode(QCP::srmCustom);
+    connect(selectionRect(), &QCPSelectionRect::accepted, this, [this](const QRect& rect) { zoomInto(rect); });
+    applyPalette();
+    applyFont();
+}
+
+void PlotView::makeStale() {
+    stale_ = true;
+    update();
+}
+
+void PlotView::setColumns(const SCOPERAColumn* columns, uint32_t count) {
+    std::vector<CurveStyle> styles;
+    std::vector<Legend::Entry> entries;
+    for (uint32_t i = 0; i < count; ++i) {
+        const SCOPERAColumn& column = columns[i];
+        const QColor color = fromBgr(column.m_nColor);
+        const bool visible = column.m_nVisible != 0;
+        styles.push_back({color.rgba(), visible, column.m_fScale, column.m_fOffset});
+        entries.push_back({QString::fromUtf8(column.m_sName), color, visible});
+    }
+    curves_->setStyles(std::move(styles));
+    legend_->setEntries(std::move(entries));
+    makeStale();
+}
+
+void PlotView::setFrames(const SCOPERAFrames& frames) {
+    curves_->setFrames(frames);
+    makeStale();
+}
+
+void PlotView::setAxisRange(int32_t axis, const QCPRange& range) {
+    if (axisOf(axis)->range() != range) {
+        axisOf(axis)->setRange(range);
+        makeStale();
+    }
+}
+
+bool PlotView::setOption(uint32_t option, int32_t value) {
+    const bool on = value != 0;
+    switch (option) {
+        case kScoperaOptionPoints:
+            points_ = on;
+            curves_->setPoints(on);
+            break;
+        case kScoperaOptionGrid:
+            grid_ = on;
+            xAxis->grid()->setVisible(on);
+            yAxis->grid()->setVisible(on);
+            break;
+        case kScoperaOptionLegend:
+            legend_->setVisible(on);
+            break;
+        case kScoperaOptionCursors:
+            showCursors(on);
+            break;
+        case kScoperaOptionDigitsX:
+        case kScoperaOptionDigitsY:
+            digits_[option - kScoperaOptionDigitsX] = value;
+            cursors_->setDigits(digits_[0], digits_[1]);
+            break;
+        default:
+            return false;
+    }
+    makeStale();
+    return true;
+}
+
+std::optional<int32_t> PlotView::option(uint32_t option) const {
+    switch (option) {
+        case kScoperaOptionPoints:
+            return points_;
+        case kScoperaOptionGrid:
+            return grid_;
+        case kScoperaOptionLegend:
+            return legend_->visible();
+        case kScoperaOptionCursors:
+            return cursors_->visible();
+        case kScoperaOptionDigitsX:
+        case kScoperaOptionDigitsY:
+            return digits_[option - kScoperaOptionDigitsX];
+        default:
+            return std::nullopt;
+    }
+}
+
+bool PlotView::setText(uint32_t code, const QString& text) {
+    switch (code) {
+        case kScoperaTextLabelX:
+            xAxis->setLabel(text);
+            break;
+        case kScoperaTextLabelY:
+            yAxis->setLabel(text);
+            break;
+        case kScoperaTextUnitX:
+        case kScoperaTextUnitY:
+            units_[code - kScoperaTextUnitX] = text;
+            break;
+        case kScoperaTextDifference:
+            difference_ = text;
+            break;
+        default:
+            return false;
+    }
+    cursors_->setTexts(units_[0], units_[1], difference_);
+    makeStale();
+    return true;
+}
+
+void PlotView::setPlotFont(const QString& family, int32_t points) {
+    if (!family.isEmpty()) {
+        font_.setFamily(family);
+    }
+    if (points > 0) {
+        font_.setPointSize(points);
+    }
+    applyFont();
+    makeStale();
+}
+
+void PlotView::setCursors(const SCOPERACursors& places) {
+    cursors_->setPlaces(places);
+    makeStale();
+}
+
+void PlotView::showCursors(bool shown) {
+    if (shown && !cursors_->visible()) {
+        cursors_->bringIntoView();
+    }
+    cursors_->setVisible(shown);
+}
+
+void PlotView::applyFont() {
+    for (QCPAxis* axis : {xAxis, yAxis}) {
+        axis->setTickLabelFont(font_);
+        axis->setLabelFont(font_);
+    }
+    legend_->setFont(font_);
+    cursors_->setFont(font_);
+    // Room for usual numbers, so that the picture keeps its place when they get a digit more.
+    const QFontMetrics metrics(font_);
+    axisRect()->setMinimumMargins({metrics.horizontalAdvance(QStringLiteral("-00.000")) + metrics.height() + 12,
+                                   metrics.height() / 2 + 4, metrics.averageCharWidth() * 3, 0});
+}
+
+void PlotView::applyPalette() {
+    const QColor base = palette().color(QPalette::Base);
+    const QColor text = palette().color(QPalette::Text);
+    setBackground(QBrush(base));
+    const QPen line(mixed(base, text, 0.55), 0);
+    for (QCPAxis* axis : {xAxis, yAxis, xAxis2, yAxis2}) {
+        axis->setBasePen(line);
+        axis->setTickPen(line);
+        axis->setSubTickPen(line);
+        axis->setTickLabelColor(text);
+        axis->setLabelColor(text);
+        axis->grid()->setPen(QPen(mixed(base, text, 0.18), 0, Qt::DotLine));
+    }
+    legend_->setColors(text, mixed(base, text, 0.4));
+    QColor box = base;
+    box.setAlpha(225);
+    cursors_->setColors(mixed(base, text, 0.8), text, box);
+    selectionRect()->setPen(QPen(text, 0, Qt::DashLine));
+    QColor shade = palette().color(QPalette::Highlight);
+    shade.setAlpha(50);
+    selectionRect()->setBrush(shade);
+}
+
+void PlotView::updateLayout() {
+    QCustomPlot::updateLayout();
+    const uint32_t width = pixelWidth();
+    if (!isVisible() || (!paintWanted_ && width == announcedWidth_)) {
+        return;
+    }
+    paintWanted_ = false;
+    announcedWidth_ = width;
+    if (events_.m_pPaintWanted != nullptr) {
+        tell(events_.m_pPaintWanted, width);
+        QCustomPlot::updateLayout();
+    }
+}
+
+uint32_t PlotView::pixelWidth() {
+    fitViewport();
+    return static_cast<uint32_t>(curves_->pixelWidth());
+}
+
+std::optional<QCPRange> PlotView::extremes() {
+    fitViewport();
+    return curves_->extremes();
+}
+
+void PlotView::fitViewport() {
+    if (viewport() != rect()) {
+        setViewport(rect());
+        QCustomPlot::updateLayout();
+    }
+}
+
+void PlotView::render() {
+    // A hidden widget is told of its new size only when it is shown.
+    setViewport(rect());
+    replot(rpQueuedRefresh);
+    stale_ = false;
+}
+
+void PlotView::paintEvent(QPaintEvent* event) {
+    if (stale_) {
+        // What is drawn now is shown now: no further paint is asked for.
+        setAttribute(Qt::WA_UpdatesDisabled, true);
+        render();
+        setAttribute(Qt::WA_UpdatesDisabled, false);
+    }
+    QCustomPlot::paintEvent(event);
+}
+
+void PlotView::resizeEvent(QResizeEvent* /*event*/) {
+    setViewport(rect());
+    makeStale();
+}
+
+void PlotView::showEvent(QShowEvent* event) {
+    paintWanted_ = true;
+    makeStale();
+    QCustomPlot::showEvent(event);
+}
+
+void PlotView::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange) {
+        applyPalette();
+        makeStale();
+    }
+    QCustomPlot::changeEvent(event);
+}
+
+QPixmap PlotView::picture() {
+    return grab();
+}
+
+}  // namespace tarno2
