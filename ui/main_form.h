@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QMainWindow>
+#include <QPointer>
 #include <QTimer>
 #include <functional>
 #include <optional>
@@ -38,6 +39,7 @@ class MessageList;
 class PanelStack;
 class ProgramPanel;
 class T_AdditionalModeWindow;
+class T_SaveAsTextForm;
 class T_ShowForm;
 
 /// The main window: the operator's settings, the state of the recording, and everything that starts from its menus. It
@@ -207,6 +209,7 @@ private:
     MessageList* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;
     T_AdditionalModeWindow* additionalWindow_ = nullptr;
+    QPointer<T_SaveAsTextForm> textForm_;  ///< while it is open
     QSplitter* columns_ = nullptr;
     QSplitter* rows_ = nullptr;
 

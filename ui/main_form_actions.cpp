@@ -127,6 +127,8 @@ void T_MainForm::SetCaptions() {
     signalDock_->setWindowTitle(uiText(TextId::ViewWindow));
     if (showForm_ != nullptr)
         showForm_->retranslate();
+    if (textForm_ != nullptr)
+        textForm_->loadCaptions();
     strip_->retranslate();
     panels_->retranslate();
     messages_->retranslate();
@@ -192,6 +194,11 @@ void T_MainForm::AdditionalFileModeClick() {
 void T_MainForm::SaveAsTextButtonClick() {
     guarded("SaveAsTextButtonClick", [this] {
         DEBUG_LOG("SaveAsTextButtonClick");
+        if (textForm_ != nullptr) {
+            textForm_->raise();
+            textForm_->activateWindow();
+            return;
+        }
         const std::string& last = runFile_.empty() ? settings_.fileName : runFile_;
         const QString chosen = QFileDialog::getOpenFileName(
             this, plainText(TextId::ExportWindow), fromFileName(last),
@@ -201,9 +208,9 @@ void T_MainForm::SaveAsTextButtonClick() {
         TextExportSource source{toFileName(chosen), {}};
         if (isOfLastRun(source.dataFile))
             source.known = runInputs_;
-        auto* form = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
-        form->setAttribute(Qt::WA_DeleteOnClose);
-        form->open();
+        textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
+        textForm_->setAttribute(Qt::WA_DeleteOnClose);
+        textForm_->show();
     });
 }
 

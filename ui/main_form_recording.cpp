@@ -25,6 +25,7 @@
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
 
@@ -122,6 +123,8 @@ bool T_MainForm::FormCloseQuery() {
         // What its thread still has to say belongs into the logs.
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     }
+    if (textForm_ != nullptr)
+        textForm_->close();
     saveSettings();
     return true;
 }

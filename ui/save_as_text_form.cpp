@@ -8,7 +8,6 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -242,15 +241,10 @@ void T_SaveAsTextForm::conversionEnded(const ConversionResult& result) {
     worker_.join();
     Timer1Timer();
     setRunning(false);
-    const auto report = [this](QMessageBox::Icon icon, const QString& text) {
-        QMessageBox box(icon, plainText(TextId::ExportReport), text, QMessageBox::NoButton, this);
-        box.addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
-        box.exec();
-    };
     switch (result.status) {
         case ConversionResult::Finished:
-            report(QMessageBox::Information, finishedText(result));
-            close();
+            connect(report(QMessageBox::Information, finishedText(result)), &QDialog::finished, this,
+                    &T_SaveAsTextForm::close);
             break;
         case ConversionResult::Stopped:
             report(QMessageBox::Information, uiText(TextId::ExportInterrupted));
@@ -259,6 +253,15 @@ void T_SaveAsTextForm::conversionEnded(const ConversionResult& result) {
             report(QMessageBox::Warning, failureText(result));
             break;
     }
+}
+
+// Without a loop of its own: the window may be closed and deleted while the message stands.
+QMessageBox* T_SaveAsTextForm::report(QMessageBox::Icon icon, const QString& text) {
+    auto* const box = new QMessageBox(icon, plainText(TextId::ExportReport), text, QMessageBox::NoButton, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
+    box->open();
+    return box;
 }
 
 QString T_SaveAsTextForm::finishedText(const ConversionResult& result) const {

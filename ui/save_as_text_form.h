@@ -2,6 +2,7 @@
 
 #include <QDialog>
 #include <QEvent>
+#include <QMessageBox>
 #include <QTimer>
 #include <atomic>
 #include <string>
@@ -71,6 +72,7 @@ private:
     void setRunning(bool running);
     void endConversion();
     void conversionEnded(const ConversionResult& result);
+    QMessageBox* report(QMessageBox::Icon icon, const QString& text);
     [[nodiscard]] QString failureText(const ConversionResult& result) const;
     [[nodiscard]] QString finishedText(const ConversionResult& result) const;
 
