@@ -176,14 +176,14 @@ void T_MainForm::showBoardStatus() {
     }
     QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(word);
     if (const std::string& driver = selection_.driverName(); !driver.empty())
-        shown += QStringLiteral(" (") + fromCodePage(driver) + QLatin1Char(')');
+        shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
     statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);
 }
 
 void T_MainForm::DriverBoxChange(const QString& name) {
     guarded("DriverBoxChange", [this, &name] {
         storeControls();
-        const bool loaded = selection_.DriverBoxChange(toCodePage(name));
+        const bool loaded = selection_.DriverBoxChange(toFileName(name));
         SetErrorCode(!loaded                               ? BoardStatus::DriverError
                      : !selection_.driver().startAllowed() ? BoardStatus::Error
                                                            : BoardStatus::Ready);
