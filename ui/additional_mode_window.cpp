@@ -265,6 +265,7 @@ void T_AdditionalModeWindow::PrehistoryBarChange() {
 
 void T_AdditionalModeWindow::showPrehistory() {
     prehistoryEdit_->setText(QString::number(prehistoryFrames(bufferBar_->value(), prehistoryBar_->value())));
+    refresh();  // in a small buffer another percentage may be the same number
 }
 
 void T_AdditionalModeWindow::SynchroBufferSizeEditKeyDown(int key) {
@@ -383,14 +384,18 @@ void T_AdditionalModeWindow::refresh() {
 
 void T_AdditionalModeWindow::showRecordLength() {
     const auto frames = typedInteger(bufferEdit_->text().toStdString());
-    if (!frames || *frames < 1 || facts_.framesPerSecond <= 0.0) {
-        recordLength_->clear();
-        return;
+    const auto before = typedInteger(prehistoryEdit_->text().toStdString());
+    if (!frames || !before) {
+        showText(recordLength_, uiText(TextId::SynchroValueMistake), true);
+    } else if (*frames < 1 || *before < 0 || *before > *frames) {
+        showText(recordLength_, uiText(TextId::SynchroParametersMistake), true);
+    } else if (facts_.framesPerSecond <= 0.0) {
+        showText(recordLength_, {});
+    } else {
+        const std::string bytes = formatFreeSpace(static_cast<uint64_t>(*frames) * facts_.frameBytes());
+        const QString seconds = QString::number(*frames / facts_.framesPerSecond, 'g', 4);
+        showText(recordLength_, uiText(TextId::SynchroRecordLength, {seconds, fromCodePage(bytes).trimmed()}));
     }
-    const std::string bytes = formatFreeSpace(static_cast<uint64_t>(*frames) * facts_.frameBytes());
-    recordLength_->setText(
-        uiText(TextId::SynchroRecordLength,
-               {QString::number(*frames / facts_.framesPerSecond, 'g', 4), fromCodePage(bytes).trimmed()}));
 }
 
 }  // namespace tarno2

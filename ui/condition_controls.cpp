@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QStyleOptionButton>
 #include <algorithm>
 #include <cmath>
 
@@ -32,17 +33,6 @@ QComboBox* numberBox(const char* name, QWidget* parent) {
     box->setCompleter(nullptr);  // would make 10 of a typed 1
     box->setMinimumContentsLength(4);
     return box;
-}
-
-/// A label that keeps room for so many lines, so that nothing moves when its text changes.
-QLabel* noteLabel(int lines, QWidget* parent) {
-    QLabel* label = makeText(parent, {});
-    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
-    QSizePolicy policy = label->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    label->setSizePolicy(policy);
-    return label;
 }
 
 void describe(QWidget* widget, const QString& title, const QString& what = {}) {
@@ -78,6 +68,16 @@ double inputRange(const SynchroBoardFacts::Channel& channel) {
 
 }  // namespace
 
+QLabel* makeNote(const char* name, int lines, QWidget* parent) {
+    QLabel* label = makeText(parent, QLatin1String(name));
+    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    label->setMinimumHeight(label->fontMetrics().lineSpacing() * lines);
+    QSizePolicy policy = label->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    label->setSizePolicy(policy);
+    return label;
+}
+
 TaggedButton::TaggedButton(const char* name, QMenu* popup, QWidget* parent) : QPushButton(parent), popup_(popup) {
     setObjectName(QLatin1String(name));
 }
@@ -89,16 +89,21 @@ void TaggedButton::setTag(int32_t tag) {
             setText(item->text());
 }
 
+void TaggedButton::initStyleOption(QStyleOptionButton* option) const {
+    QPushButton::initStyleOption(option);
+    option->features |= QStyleOptionButton::HasMenu;
+}
+
 AnalogConditionControls::AnalogConditionControls(const Names& names, QMenu* modes, QMenu* units, QWidget* parent)
     : box(named<QGroupBox>(names.box, parent)),
       mode(new TaggedButton(names.mode, modes, box)),
       channelLabel(new QLabel(box)),
       channel(numberBox(names.channel, box)),
-      channelFacts(noteLabel(2, box)),
+      channelFacts(makeNote("", 2, box)),
       valueLabel(new QLabel(box)),
       value(named<QLineEdit>(names.value, box)),
       unit(new TaggedButton(names.unit, units, box)),
-      code(noteLabel(3, box)) {
+      code(makeNote("", 3, box)) {
     auto* grid = new QGridLayout(box);
     grid->addWidget(mode, 0, 0, 1, 3);
     grid->addWidget(channelLabel, 1, 0);

@@ -13,6 +13,9 @@ class QMenu;
 
 namespace tarno2 {
 
+/// A label that keeps room for so many lines, so that nothing moves when its text changes.
+[[nodiscard]] QLabel* makeNote(const char* name, int lines, QWidget* parent);
+
 /// A button that shows what was chosen in its popup menu. Items carry their tags as data; several buttons may share a
 /// popup.
 class TaggedButton : public QPushButton {
@@ -23,6 +26,10 @@ public:
     [[nodiscard]] int32_t tag() const { return tag_; }
     /// Takes over the item of that tag with its text.
     void setTag(int32_t tag);
+
+protected:
+    /// With the arrow of a button that has a menu.
+    void initStyleOption(QStyleOptionButton* option) const override;
 
 private:
     QMenu* popup_;

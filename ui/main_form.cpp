@@ -49,7 +49,7 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
     refreshTimer_.setInterval(kRefreshPeriodMs);
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
     additionalWindow_ = new T_AdditionalModeWindow(settings_.synchro, settings_.synchroSizes, this);
-    additionalWindow_->setQuiet(consoleMode());
+    additionalWindow_->setQuiet(console_.has_value());
     guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
     guarded("SignalView", [this] { buildSignalView(); });
     guarded("Places", [this] { placeWindows(); });

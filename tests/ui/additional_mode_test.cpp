@@ -85,6 +85,15 @@ protected:
         EXPECT_EQ(find<TaggedButton>(name)->tag(), tag) << name;
         EXPECT_EQ(find<TaggedButton>(name)->text(), popup->actions()[tag]->text());
     }
+    /// Presses the letter that the control's text marks.
+    void press(const char* name) {
+        auto* button = find<QAbstractButton>(name);
+        const QString text = button->text();
+        const qsizetype mark = text.indexOf('&');
+        ASSERT_GE(mark, 0) << name;
+        QTest::keyClick(window_.get(), text[mark + 1].toLatin1(), Qt::AltModifier);
+        EXPECT_TRUE(QTest::qWaitFor([button] { return !button->isDown(); })) << "it is seen to be pressed";
+    }
     QString typed(const char* name) { return find<QLineEdit>(name)->text(); }
     int bar(const char* name) { return find<QSlider>(name)->value(); }
 
@@ -134,6 +143,8 @@ TEST_F(AdditionalMode, AnalysisOfThePort) {
     EXPECT_FALSE(find<QWidget>("AnalogStartBox")->isVisible());
     choose("PortStartModeButton", 1);
     choose("PortWriteModeButton", 0);
+    choose("PortStopModeButton", 0);
+    choose("PortStopModeButton", 2);
     type("PortStartChannelBox", "2");
     type("PortWriteChannelBox", "3");
     type("PortStopChannelBox", "1");
@@ -222,6 +233,63 @@ TEST_F(AdditionalMode, BarsAndEditsOfTheSizes) {
     open();
     EXPECT_EQ(bar("BufferBar"), 1000) << "as far as it goes without channels";
     EXPECT_EQ(typed("SynchroBufferSizeEdit"), "1000");
+}
+
+TEST_F(AdditionalMode, SizesTellWhatTheyMean) {
+    open();
+    click("SynchroButton");
+    type("SynchroBufferSizeEdit", "20", true);
+    auto* percentage = find<QSlider>("PrehistoryBar");
+    QTest::keyClick(percentage, Qt::Key_Home);
+    QTest::keyClick(percentage, Qt::Key_Right);
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "0");
+    EXPECT_EQ(find<QLabel>("PercentageLabel")->text(), "1 %");
+    auto* length = find<QLabel>("RecordLengthLabel");
+    EXPECT_EQ(length->text(), "One record: 0.002 s, 80 b");
+    type("SynchroPrehistoryLevelEdit", "21");
+    EXPECT_TRUE(length->text().endsWith(uiText(TextId::SynchroParametersMistake)));
+    EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().recordBegin, -1);
+    type("SynchroPrehistoryLevelEdit", "?");
+    EXPECT_TRUE(length->text().endsWith(uiText(TextId::SynchroValueMistake)));
+    for (const char* name : {"BufferBar", "PrehistoryBar"}) {
+        auto* slider = find<QSlider>(name);
+        const int before = slider->value();
+        QTest::mouseClick(slider, Qt::LeftButton, {}, QPoint(slider->width() - 3, slider->height() / 2));
+        EXPECT_GT(slider->value(), before) << name;
+    }
+    EXPECT_EQ(typed("SynchroBufferSizeEdit").toInt(), bar("BufferBar"));
+    EXPECT_EQ(typed("SynchroPrehistoryLevelEdit").toInt(), bar("BufferBar") * bar("PrehistoryBar") / 100);
+}
+
+TEST_F(AdditionalMode, ByKeyboardAlone) {
+    open();
+    press("AnalyzeButton");
+    for (const char* name : {"StartChannelBox", "WriteChannelBox", "StopChannelBox"}) {
+        QTest::keyClick(find<QComboBox>(name), Qt::Key_End);
+        QTest::keyClick(find<QComboBox>(name), Qt::Key_Up);
+        QTest::keyClick(find<QComboBox>(name), Qt::Key_Down);
+        EXPECT_EQ(find<QComboBox>(name)->currentText(), "7") << "the last of the list";
+    }
+    press("SynchroButton");
+    press("SynchroPortRadio");
+    auto* mode = find<QWidget>("PortSynchroModeButton");
+    QTest::keyClick(mode, Qt::Key_Space);
+    auto* popup = QApplication::activePopupWidget();
+    ASSERT_NE(popup, nullptr);
+    QTest::keyClick(popup, Qt::Key_Down);
+    QTest::keyClick(popup, Qt::Key_Return);
+    window_->activateWindow();  // the offscreen platform leaves that to us after a popup
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+    QTest::keyClick(find<QComboBox>("PortSynchroBitBox"), Qt::Key_Down);
+    press("StopAfterTrigged");
+    press("AcceptButton");
+    EXPECT_FALSE(window_->isVisible());
+    EXPECT_TRUE(settings_.synchroOnPort && settings_.StopAfterTrigged);
+    EXPECT_EQ(settings_.SynchroPortMode * 10 + settings_.SynchroPortBit, 11);
+    open();
+    press("OffButton");
+    press("AcceptButton");
+    EXPECT_EQ(settings_.SynchroAnalyzeMode, 0);
 }
 
 TEST_F(AdditionalMode, MistakesKeepTheWindowOpen) {

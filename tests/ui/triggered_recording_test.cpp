@@ -29,9 +29,14 @@ protected:
         : registry_("TARNO2_REGISTRY", std::string(TARNO2_BIN) + "/registry.d"),
           signal_("TARNO2_SIMULATOR", "RealTime=0;Signal=Sine;SignalFrequency=200;DigitalPeriod=300") {
         languageTable().select(kLanguageEnglish);
+    }
+    ~TriggeredRecording() override { form_->close(); }
+
+    /// Opens the main window for that board.
+    void open(int32_t board) {
         ProgramSettings settings;
         settings.driver = "Simulator";
-        settings.base = 2;  // 16-bit codes over -10 V to 10 V
+        settings.base = board;
         settings.frequency = 100e3;
         settings.checkDiskSpeed = false;
         settings.stopMode = StopRule::Size;
@@ -46,9 +51,12 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowActive(form_.get()));
         window_ = form_->findChild<T_AdditionalModeWindow*>();
     }
-    ~TriggeredRecording() override { form_->close(); }
+    void openWindow() {
+        QTest::keyClick(form_.get(), Qt::Key_F7);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window_));
+    }
 
-    void click(QWidget* among, const char* name) {
+    static void click(QWidget* among, const char* name) {
         auto* button = among->findChild<QAbstractButton*>(QLatin1String(name));
         ASSERT_TRUE(button != nullptr && button->isVisible() && button->isEnabled()) << name;
         const bool small = button->isCheckable();
@@ -73,10 +81,6 @@ protected:
         QTest::keyClicks(control, text);
         if (enter)
             QTest::keyClick(control, Qt::Key_Return);
-    }
-    void openWindow() {
-        QTest::keyClick(form_.get(), Qt::Key_F7);
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window_));
     }
     /// Presses the start button; the samples that are in the file when the recording has ended by itself.
     std::vector<int16_t> record() {
@@ -105,6 +109,7 @@ protected:
 };
 
 TEST_F(TriggeredRecording, HoldsTheRecordsThatTheWindowPromised) {
+    open(2);  // 16-bit codes over -10 V to 10 V
     openWindow();
     click(window_, "SynchroButton");
     choose("AnalogSynchroModeButton", 1);
@@ -138,6 +143,7 @@ TEST_F(TriggeredRecording, HoldsTheRecordsThatTheWindowPromised) {
 }
 
 TEST_F(TriggeredRecording, EndsAfterTheFirstRecordsWhenAskedTo) {
+    open(2);
     openWindow();
     click(window_, "SynchroButton");
     type("SynchroChannelBox", "0");
@@ -152,11 +158,38 @@ TEST_F(TriggeredRecording, EndsAfterTheFirstRecordsWhenAskedTo) {
     EXPECT_EQ(listed("SynchroListHistory"), std::vector<double>(samples.size() / 10000, 5000));
 }
 
-TEST_F(TriggeredRecording, APortThatIsNotUsedSwitchesItOff) {
+TEST_F(TriggeredRecording, OfALineOfThePort) {
+    open(1);  // two digital lines in the lowest bits
+    click(form_.get(), "DigitalPortBox");
     openWindow();
     click(window_, "SynchroButton");
     click(window_, "SynchroPortRadio");
-    choose("PortSynchroModeButton", 0);
+    choose("PortSynchroModeButton", 1);
+    type("PortSynchroBitBox", "1");
+    type("SynchroBufferSizeEdit", "100", true);
+    type("SynchroPrehistoryLevelEdit", "30", true);
+    click(window_, "AcceptButton");
+    const std::vector<int16_t> samples = record();
+    ASSERT_EQ(samples.size(), 40000U);
+    const size_t records = samples.size() / (100 * kChannels);
+    for (size_t record = 0; record < records; ++record) {
+        const auto line = [&](size_t frame) { return samples[(record * 100 + frame) * kChannels] >> 1 & 1; };
+        ASSERT_EQ(line(29) * 10 + line(30), 10) << record;
+    }
+    const struct {
+        const char* key;
+        double value;
+    } same[] = {{"SynchroListPrehistory", 30}, {"SynchroListHistory", 70}, {"SynchroListMode", 1},
+                {"SynchroListConditions", 1},  {"SynchroListChannel", 1},  {"SynchroListValue", 0}};
+    for (const auto& entry : same)
+        EXPECT_EQ(listed(entry.key), std::vector<double>(records, entry.value)) << entry.key;
+}
+
+TEST_F(TriggeredRecording, APortThatIsNotUsedSwitchesItOff) {
+    open(2);
+    openWindow();
+    click(window_, "SynchroButton");
+    click(window_, "SynchroPortRadio");
     click(window_, "AcceptButton");
     EXPECT_EQ(form_->programSettings().synchro.SynchroAnalyzeMode, 2);
     EXPECT_EQ(record().size(), 40000U) << "every frame is written";
