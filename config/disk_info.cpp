@@ -92,8 +92,13 @@ NameProblem checkDataFileName(const std::string& name) {
     if (fileNameOf(dataFile).empty() || isDirectory(name) || isDirectory(dataFile)) {
         return NameProblem::IsFolder;
     }
-    return sameIgnoringCase(dataFile, RecordDescription::fileNameFor(dataFile)) ? NameProblem::EqualsDescription
-                                                                                : NameProblem::None;
+    for (const std::string& beside :
+         {RecordDescription::fileNameFor(dataFile), journalNameFor(dataFile), lossLedgerNameFor(dataFile)}) {
+        if (sameIgnoringCase(dataFile, beside)) {
+            return NameProblem::EqualsDescription;
+        }
+    }
+    return NameProblem::None;
 }
 
 }  // namespace tarno2

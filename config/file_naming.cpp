@@ -84,6 +84,10 @@ std::vector<Renaming> filesOfRecording(const std::string& name, const std::strin
             }
         }
     }
+    const Renaming ledger{lossLedgerNameFor(name), lossLedgerNameFor(newName)};
+    if (fileExists(ledger.from)) {
+        files.push_back(ledger);
+    }
     return files;
 }
 
@@ -112,7 +116,7 @@ std::string FileNaming::GenerateFileName(const std::string& currentName, const s
                         formatText("file_%d_%d_%d_n%u.dat", today.year, today.month, today.day, runningNumber_));
     };
     std::string name = build();
-    while (fileExists(name) || fileExists(RecordDescription::fileNameFor(name))) {
+    while (fileExists(name) || fileExists(RecordDescription::fileNameFor(name)) || fileExists(journalNameFor(name))) {
         ++runningNumber_;
         name = build();
     }
@@ -160,6 +164,21 @@ std::string pieceName(const std::string& name, uint32_t k) {
     return parts.base + formatText("_%u", k) + parts.extension;
 }
 
+std::string recordingBase(const std::string& dataName) {
+    constexpr std::string_view kExtension = ".txt";
+    std::string name = RecordDescription::fileNameFor(dataName);
+    name.resize(name.size() - kExtension.size());
+    return name;
+}
+
+std::string journalNameFor(const std::string& dataName) {
+    return recordingBase(dataName) + ".journal";
+}
+
+std::string lossLedgerNameFor(const std::string& dataName) {
+    return recordingBase(dataName) + ".log";
+}
+
 OsError createFoldersFor(const std::string& fileName) {
     const std::string folder = parentFolder(fileName);
     OsError error;
@@ -178,14 +197,13 @@ MovedAside moveEarlierRecordingAside(const std::string& chosenName) {
     const std::string parent = parentFolder(name);
     const std::vector<std::string> contents = listDirectory(parent.empty() ? "." : parent);
     MovedAside result;
-    if (filesOfRecording(name, name, contents).empty()) {
-        return result;
-    }
     uint32_t n = 1;
-    while (!filesOfRecording(oldName(name, n), name, contents).empty()) {
+    while (!filesOfRecording(oldName(name, n), name, contents).empty() ||
+           fileExists(journalNameFor(oldName(name, n)))) {
         ++n;
     }
-    for (const Renaming& file : filesOfRecording(name, oldName(name, n), contents)) {
+    result.newName = oldName(name, n);
+    for (const Renaming& file : filesOfRecording(name, result.newName, contents)) {
         result.error = renameFile(file.from, file.to);
         if (!result.error.ok()) {
             DEBUG_LOG("!!!!! Earlier file \"%s\" not renamed: %s", file.from.c_str(), result.error.text().c_str());

@@ -34,12 +34,20 @@ private:
 /// Name of piece `k` of a recording: the name itself for 0, else "<base>_<k>.<extension>".
 [[nodiscard]] std::string pieceName(const std::string& name, uint32_t k);
 
+/// A data file's name without its extension.
+[[nodiscard]] std::string recordingBase(const std::string& dataName);
+/// "<base>.journal": what is known of a recording that is not finished.
+[[nodiscard]] std::string journalNameFor(const std::string& dataName);
+/// "<base>.log": what a recording has lost.
+[[nodiscard]] std::string lossLedgerNameFor(const std::string& dataName);
+
 /// Makes the folders of a file's path that are missing, one by one. The error is that of the last one.
 OsError createFoldersFor(const std::string& fileName);
 
-/// Moves what an earlier recording of that name left (data file, description, pieces and their descriptions) out of
-/// the way, as "<base>_old<k>...", with the first k for which none of the new names is taken.
+/// Moves what an earlier recording of that name left (data file, description, pieces and their descriptions, list of
+/// losses) out of the way, as "<base>_old<k>...", with the first k for which none of the new names is taken.
 struct MovedAside {
+    std::string newName;             ///< of the first data file, whether or not there was anything to move
     OsError error;                   ///< the first failure; the files before it were moved
     std::vector<std::string> names;  ///< new names
 };

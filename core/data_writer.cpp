@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "config/debug_log.h"
-#include "config/file_naming.h"
+#include "core/recording_place.h"
 
 namespace tarno2 {
 
@@ -45,17 +45,13 @@ int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& descriptio
         DEBUG_LOG("!!!!! The write buffer got %llu bytes of %llu", static_cast<unsigned long long>(bufferBytes()),
                   static_cast<unsigned long long>(caches * kCacheBytes));
     }
-    if (const OsError error = createFoldersFor(setup_.fileName); !error.ok()) {
-        openError_ = error.text();
-        return -5;
+    PlaceFindings findings = preparePlace(setup_, journal_);
+    movedAside_ = std::move(findings.movedAside);
+    if (!findings.problem.empty()) {
+        openError_ = std::move(findings.problem);
+        return findings.inUse ? -6 : -5;
     }
-    MovedAside moved = moveEarlierRecordingAside(setup_.fileName);
-    movedAside_ = std::move(moved.names);
-    if (!moved.error.ok()) {
-        openError_ = moved.error.text();
-        return -5;
-    }
-    open_ = disk_.start(setup_, description);
+    open_ = disk_.start(setup_, description, journal_);
     openError_ = disk_.problem();
     fileCount_.store(open_ ? 1 : 0, std::memory_order_relaxed);
     return open_ ? 0 : -5;

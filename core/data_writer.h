@@ -9,6 +9,7 @@
 
 #include "core/cache_pool.h"
 #include "core/disk_thread.h"
+#include "core/recording_journal.h"
 #include "core/writer_setup.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
@@ -37,9 +38,12 @@ public:
     /// Makes the folders and the first file, moving an earlier recording of that name out of the way. `description` is
     /// filled for each piece and belongs to the caller; it must outlive the writer's `Close`. Less memory than
     /// `setup.bufferBytes` is logged, no failure.
-    /// 0, or -1 no memory, -2 no file name, -3 a frame size of 0, -5 a folder or file could not be made (`openError`).
+    /// 0, or -1 no memory, -2 no file name, -3 a frame size of 0, -5 a folder or file could not be made (`openError`),
+    /// -6 another program is writing files of that name.
     [[nodiscard]] int32_t open(const WriterSetup& setup, RecordDescription& description);
     [[nodiscard]] const std::string& openError() const { return openError_; }
+    /// Of the first data file.
+    [[nodiscard]] const std::string& fileName() const { return setup_.fileName; }
     /// New names of the files that `open` moved out of the way.
     [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
     /// Memory for what waits for the disk.
@@ -76,6 +80,8 @@ public:
     [[nodiscard]] uint32_t fileCount() const { return fileCount_.load(std::memory_order_relaxed); }
     /// The disk is so full that the recording has to end. Any thread.
     [[nodiscard]] bool diskNearlyFull() const { return disk_.nearlyFull(); }
+    /// Bytes in the files: less than `totalBytes` when a write failed. After `Close`.
+    [[nodiscard]] uint64_t savedBytes() const { return disk_.savedBytes(); }
     /// The system's words for the write that failed. After `Close`.
     [[nodiscard]] const std::string& writeError() const { return disk_.problem(); }
 
@@ -92,6 +98,7 @@ private:
     std::string openError_;
     std::vector<std::string> movedAside_;
     std::atomic<uint32_t> fileCount_{0};
+    RecordingJournal journal_;
     CachePool pool_;
     DiskThread disk_;
 };

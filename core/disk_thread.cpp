@@ -21,12 +21,12 @@ DiskThread::~DiskThread() {
     thread_.join();
 }
 
-bool DiskThread::start(const WriterSetup& setup, RecordDescription& description) {
+bool DiskThread::start(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal) {
     // What came just after a look waits for the one after the next; the rest of the time is for the disk.
     sweepMs_ = std::max<uint64_t>(uint64_t{setup.longestWaitMs} * 2 / 5, 1);
     flushMs_ = setup.flushPeriodMs;
     reader_.open(setup.fileName);
-    pieces_.open(setup, description);
+    pieces_.open(setup, description, journal);
     if (setup.keepDiskMargin) {
         margin_.watch(parentFolder(setup.fileName), setup.bytesPerSecond);
     }
@@ -38,6 +38,7 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description)
     if (!closed_.valid() || !thread_.create([this] { run(); })) {
         DEBUG_LOG("!!!!! The disk thread could not be made");
         static_cast<void>(pieces_.end());
+        pieces_.finish();
         return false;
     }
     thread_.resume();
@@ -80,7 +81,7 @@ void DiskThread::run() noexcept {
         if (!pieces_.end()) {
             fail();
         }
-        pieces_.dropPrepared();
+        pieces_.finish();
     } catch (...) {
         DEBUG_LOG("!!!!! The disk thread ended early");
         fail();

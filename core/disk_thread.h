@@ -30,8 +30,8 @@ public:
     DiskThread(const DiskThread&) = delete;
     DiskThread& operator=(const DiskThread&) = delete;
 
-    /// Makes the first file and starts the thread. False when that can't be: `problem`. Both outlive the thread.
-    [[nodiscard]] bool start(const WriterSetup& setup, RecordDescription& description);
+    /// Makes the first file and starts the thread. False when that can't be: `problem`. All outlive the thread.
+    [[nodiscard]] bool start(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal);
 
     // Notes to the bytes that are appended next, from the thread that appends them.
     /// The file at hand ends before them, and the next one begins.
@@ -50,6 +50,8 @@ public:
     [[nodiscard]] bool nearlyFull() const { return nearlyFull_.load(std::memory_order_relaxed); }
     /// The first failure, in the system's words; before `start` has succeeded and after `close`.
     [[nodiscard]] const std::string& problem() const { return pieces_.problem(); }
+    /// Bytes in the files. After `close`.
+    [[nodiscard]] uint64_t savedBytes() const { return pieces_.savedBytes(); }
     /// For the thread that looks at what was written.
     [[nodiscard]] PieceReader& reader() { return reader_; }
 

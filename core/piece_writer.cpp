@@ -1,10 +1,10 @@
 #include "core/piece_writer.h"
 
-#include <bit>
 #include <utility>
 
 #include "config/debug_log.h"
 #include "config/file_naming.h"
+#include "core/piece_description.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 
@@ -14,26 +14,17 @@ namespace {
 
 constexpr uint64_t kReserveBytes = 64 * 1024;
 
-int32_t setBits(int32_t mask, uint32_t sampleWidth) {
-    const uint32_t word = sampleWidth >= 4 ? 0xFFFFFFFFU : 0xFFFFU;
-    return std::popcount(static_cast<uint32_t>(mask) & word);
-}
-
-OsError flushClosedFile(const std::string& name) {
-    File file;
-    const OsError error = file.open(name, FileMode::OpenExisting, FileAccess::Write, FileShare::ReadWrite);
-    return error.ok() ? file.flush() : error;
-}
-
 }  // namespace
 
 PieceWriter::~PieceWriter() {
     dropPrepared();
 }
 
-void PieceWriter::open(const WriterSetup& setup, RecordDescription& description) {
+void PieceWriter::open(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal) {
     setup_ = &setup;
     description_ = &description;
+    journal_ = &journal;
+    state_ = setup.journalState();
 }
 
 OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
@@ -52,10 +43,10 @@ OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
 }
 
 bool PieceWriter::begin(uint32_t number) {
-    number_ = number;
+    state_.piece.emplace().number = number;
+    journalIsOld_ = true;
     fileBytes_ = 0;
     flushedBytes_ = 0;
-    createTime_.reset();
     description_->reset();
     setup_->facts.describe(*description_);
     if (prepared_.file != nullptr) {
@@ -78,6 +69,7 @@ bool PieceWriter::fail(const char* what, const std::string& problem) {
 }
 
 bool PieceWriter::write(std::span<const std::byte> data) {
+    updateJournal();
     size_t done = 0;
     const OsError error = current_.file->write(data.data(), data.size(), done);
     fileBytes_ += done;
@@ -119,6 +111,7 @@ bool PieceWriter::end() {
     if (fileBytes_ < setup_->frameBytes()) {
         removeFile(current_.name);
     } else {
+        savedBytes_ += fileBytes_;
         whole = describe() && whole;
     }
     if (const OsError error = flushFolder(parentFolder(current_.name)); !error.ok()) {
@@ -131,28 +124,25 @@ bool PieceWriter::end() {
 }
 
 bool PieceWriter::describe() {
-    SampleLayout layout = setup_->facts.layout;
-    layout.analogBits = setBits(layout.analogMask, setup_->sampleWidth);
-    layout.digitalBits = setBits(layout.digitalMask, setup_->sampleWidth);
-    description_->setDataFormat(layout);
-    description_->setDataCountPerChannel(fileBytes_ / setup_->frameBytes());
-    if (recordBytes_ != 0) {
-        // Records that did not reach the file, or that the size limit left out, have no event.
-        description_->keepSynchroEvents((fileBytes_ + recordBytes_ - 1) / recordBytes_);
+    const std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
+    undescribed_ = undescribed_ || !problem.empty();
+    return problem.empty() || fail("!!!!! \"%s\": %s", problem);
+}
+
+// Recording goes on without a journal, for what can't be measured again matters more.
+void PieceWriter::updateJournal() {
+    if (!journalIsOld_ || !journal_->held()) {
+        return;
     }
-    if (createTime_) {
-        description_->setCreateTime(*createTime_);
+    journalIsOld_ = false;
+    OsError error = journal_->save(state_);
+    if (error.ok() && state_.piece->number > 0) {
+        error = flushFolder(parentFolder(current_.name));
     }
-    const std::string name = RecordDescription::fileNameFor(current_.name);
-    if (!description_->writeForDataFile(current_.name)) {
-        DEBUG_LOG("!!!!! Description of \"%s\" not written, status = %d", current_.name.c_str(),
-                  static_cast<int>(description_->status()));
-        // Half a description would mislead its reader.
-        removeFile(name);
-        return fail("!!!!! \"%s\": %s", "the description could not be written");
+    if (!error.ok()) {
+        DEBUG_LOG("!!!!! The journal \"%s\" could not be brought up to date: %s", journal_->name().c_str(),
+                  error.text().c_str());
     }
-    const OsError error = flushClosedFile(name);
-    return error.ok() || fail("!!!!! Description of \"%s\" could not be brought to the disk: %s", error.text());
 }
 
 void PieceWriter::prepareNext(uint64_t left) {
@@ -160,7 +150,7 @@ void PieceWriter::prepareNext(uint64_t left) {
         fileBytes_ + left < setup_->pieceBytes) {
         return;
     }
-    if (const OsError error = make(number_ + 1, prepared_); !error.ok()) {
+    if (const OsError error = make(number() + 1, prepared_); !error.ok()) {
         DEBUG_LOG("The file after \"%s\" can't be made yet: %s", current_.name.c_str(), error.text().c_str());
     }
 }
@@ -173,8 +163,26 @@ void PieceWriter::dropPrepared() {
     }
 }
 
+void PieceWriter::finish() {
+    dropPrepared();
+    if (undescribed_) {
+        journal_->release();
+    } else {
+        journal_->remove();
+    }
+}
+
+void PieceWriter::setCreateTime(const LocalTime& time) {
+    state_.piece->createTime = time;
+    journalIsOld_ = true;
+}
+
 void PieceWriter::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
-    recordBytes_ = recordBytes;
+    if (state_.piece->recordBytes == 0) {
+        state_.piece->recordBytes = recordBytes;
+        state_.piece->firstEvent = event;
+        journalIsOld_ = true;
+    }
     description_->addSynchroEvent(event);
 }
 

@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 
+#include "core/journal_text.h"
+#include "core/recording_journal.h"
 #include "core/writer_setup.h"
 #include "platform/clock.h"
 #include "platform/disk_reserve.h"
@@ -24,9 +25,9 @@ public:
     PieceWriter(const PieceWriter&) = delete;
     PieceWriter& operator=(const PieceWriter&) = delete;
 
-    /// Before the first piece. Both belong to the caller and outlive the pieces; the description is filled and emptied
-    /// for each of them.
-    void open(const WriterSetup& setup, RecordDescription& description);
+    /// Before the first piece. All belong to the caller and outlive the pieces; the description is filled and emptied
+    /// for each of them. A journal that is held is kept up to date: what it says is on the disk before the data are.
+    void open(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal);
 
     // Each is false when it failed; `problem` tells why.
     /// Makes the file of piece `number`, moving files of other people that took its name out of the way.
@@ -40,14 +41,17 @@ public:
     /// Makes the file of the next piece ahead of time once at most `left` bytes fit in this one. Failures count when
     /// the piece is begun.
     void prepareNext(uint64_t left);
-    /// Removes a file that was made ahead of time and not used.
-    void dropPrepared();
+    /// After the last piece: removes a file that was made ahead of time and not used, and the journal, unless a file
+    /// could not be described: that can be done later then.
+    void finish();
 
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
     /// When the first sample of the piece at hand came.
-    void setCreateTime(const LocalTime& time) { createTime_ = time; }
+    void setCreateTime(const LocalTime& time);
 
-    [[nodiscard]] uint32_t number() const { return number_; }
+    [[nodiscard]] uint32_t number() const { return state_.piece ? state_.piece->number : 0; }
+    /// Bytes in the files that were ended.
+    [[nodiscard]] uint64_t savedBytes() const { return savedBytes_; }
     /// The first failure, in the system's words.
     [[nodiscard]] const std::string& problem() const { return problem_; }
 
@@ -60,17 +64,21 @@ private:
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();
     [[nodiscard]] bool describe();
+    void updateJournal();
+    void dropPrepared();
 
     const WriterSetup* setup_ = nullptr;
     RecordDescription* description_ = nullptr;
     MadeFile current_;
     MadeFile prepared_;    ///< of the next piece
     DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
-    uint32_t number_ = 0;
     uint64_t fileBytes_ = 0;
     uint64_t flushedBytes_ = 0;
-    uint64_t recordBytes_ = 0;  ///< of a record with an event; 0: there was none
-    std::optional<LocalTime> createTime_;
+    uint64_t savedBytes_ = 0;
+    JournalState state_;
+    RecordingJournal* journal_ = nullptr;
+    bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
+    bool undescribed_ = false;   ///< a file has no description
     std::string problem_;
 };
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "config/file_naming.h"
+
 namespace tarno2 {
 
 namespace {
@@ -9,6 +11,15 @@ namespace {
 constexpr double kBufferSeconds = 10.0;
 
 }  // namespace
+
+JournalState WriterSetup::journalState() const {
+    JournalState state;
+    state.extension = fileName.substr(recordingBase(fileName).size());
+    state.sampleWidth = sampleWidth;
+    state.channelCount = channelCount;
+    state.facts = facts;
+    return state;
+}
 
 uint64_t bufferFor(double bytesPerSecond, uint64_t limit) {
     const double wanted = bytesPerSecond * kBufferSeconds;

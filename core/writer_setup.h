@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/data_file.h"
+#include "core/journal_text.h"
 #include "core/recording_facts.h"
 
 namespace tarno2 {
@@ -25,6 +26,8 @@ struct WriterSetup {
     DataFileMaker makeFile = makeSystemDataFile;
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
+    /// What the journal says before the first data.
+    [[nodiscard]] JournalState journalState() const;
 };
 
 /// Memory for ten seconds of a stream (0: of unknown rate), at most `limit` bytes.

@@ -40,6 +40,12 @@ public:
     OsError close();
     [[nodiscard]] bool isOpen() const { return handle_ != kClosed; }
 
+    /// The lock of a file that was opened with `FileShare::None` is really held: an error where the file system knows
+    /// no locks, so that somebody else may have the file open unseen.
+    OsError confirmLock();
+    /// Whether the path still leads to this file; where an open file can be removed or replaced, it may not.
+    [[nodiscard]] bool isNamed(const std::string& path) const;
+
     /// Reads up to `size` bytes; `done` gets how many (less at the end of the file).
     OsError read(void* data, size_t size, size_t& done);
     /// Writes `size` bytes in as many system calls as it takes; `done` gets how many were taken, also on failure.

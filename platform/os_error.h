@@ -19,6 +19,8 @@ public:
     [[nodiscard]] int code() const { return code_; }
     /// The name is taken: a file or folder of that name exists already.
     [[nodiscard]] bool alreadyExists() const;
+    /// Somebody else holds the file.
+    [[nodiscard]] bool inUse() const;
     /// There is no such file or folder.
     [[nodiscard]] bool notFound() const;
     /// The system's own words, in its own language, without a line end.

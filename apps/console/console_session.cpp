@@ -8,6 +8,7 @@
 #include "config/settings_file.h"
 #include "config/version.h"
 #include "core/auto_recording.h"
+#include "core/recovery.h"
 #include "language/language_table.h"
 
 namespace tarno2 {
@@ -31,6 +32,9 @@ void ConsoleSession::run() {
     consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
     if (fileName_.empty()) {
         control_.GenerateFileName();
+    }
+    for (const RecoveryReport& report : recoverFoldersOf({fileName_, savedFileName()})) {
+        consoleLog().log("%s", report.text().c_str());
     }
     if (control_.StartButtonClick()) {
         consoleLog().log("Save to file \"%s\"", fileName_.c_str());

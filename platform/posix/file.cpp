@@ -131,6 +131,17 @@ OsError File::close() {
     return error.code() == EINTR ? OsError() : error;  // closed all the same
 }
 
+OsError File::confirmLock() {
+    return result(flock(descriptor(handle_), LOCK_EX | LOCK_NB));
+}
+
+bool File::isNamed(const std::string& path) const {
+    struct stat own {};
+    struct stat named {};
+    return fstat(descriptor(handle_), &own) == 0 && stat(path.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
+           own.st_ino == named.st_ino;
+}
+
 OsError File::read(void* data, size_t size, size_t& done) {
     done = 0;
     while (done < size) {

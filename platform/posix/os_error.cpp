@@ -18,6 +18,10 @@ bool OsError::alreadyExists() const {
     return code_ == EEXIST;
 }
 
+bool OsError::inUse() const {
+    return code_ == EWOULDBLOCK;
+}
+
 bool OsError::notFound() const {
     return code_ == ENOENT || code_ == ENOTDIR;
 }

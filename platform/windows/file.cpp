@@ -78,6 +78,15 @@ OsError File::close() {
     return isOpen() ? result(CloseHandle(nativeHandle(std::exchange(handle_, kClosed)))) : OsError();
 }
 
+// Without sharing nobody else gets a handle, and an open file keeps its name.
+OsError File::confirmLock() {
+    return {};
+}
+
+bool File::isNamed(const std::string& path) const {
+    return isOpen() && fileExists(path);
+}
+
 OsError File::read(void* data, size_t size, size_t& done) {
     done = 0;
     while (done < size) {

@@ -17,6 +17,10 @@ bool OsError::alreadyExists() const {
     return code_ == ERROR_FILE_EXISTS || code_ == ERROR_ALREADY_EXISTS;
 }
 
+bool OsError::inUse() const {
+    return code_ == ERROR_SHARING_VIOLATION || code_ == ERROR_LOCK_VIOLATION;
+}
+
 bool OsError::notFound() const {
     return code_ == ERROR_FILE_NOT_FOUND || code_ == ERROR_PATH_NOT_FOUND;
 }

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 
+#include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
 
 namespace tarno2::test {
@@ -43,7 +44,11 @@ TEST(Killed, ARecordingIsKeptByTheNextOne) {
         auto process = rig.start(wish, "Signal=Counter");
         ASSERT_TRUE(waitUntil([&] { return each.come(rig); })) << rig.autoLog();
         process->kill();
-        const std::vector<std::string> killed = rig.pieces();
+        // A file without a frame does not stay.
+        std::vector<std::string> killed = rig.pieces();
+        while (!killed.empty() && rig.size(fileNameOf(killed.back())) < 32) {
+            killed.pop_back();
+        }
         std::vector<std::string> contents;
         for (const std::string& name : killed) {
             contents.push_back(readFile(name));
@@ -54,32 +59,40 @@ TEST(Killed, ARecordingIsKeptByTheNextOne) {
         rig.record(wish);
         EXPECT_EQ(checkRecording({rig.file("run.dat")}, kEndless), 16000U) << rig.autoLog();
         EXPECT_EQ(rig.pieces().size(), 1U);
-        EXPECT_THAT(rig.autoLog(), HasSubstr("Earlier recording of this name was renamed to"));
+        if (!killed.empty()) {
+            EXPECT_THAT(rig.autoLog(), HasSubstr("Earlier recording of this name was renamed to"));
+        }
         const std::vector<std::string> old = rig.pieces("run_old1.dat");
         ASSERT_EQ(old.size(), killed.size());
         uint64_t bytes = 0;
         for (size_t i = 0; i < old.size(); ++i) {
+            const uint64_t frameBytes = 32;
+            contents[i].resize(contents[i].size() / frameBytes * frameBytes);
             EXPECT_TRUE(readFile(old[i]) == contents[i]) << old[i];
             bytes += contents[i].size();
         }
-        EXPECT_EQ(checkCounter(old, kEndless) * 2, bytes);
-        if (each.cut > 0) {
-            checkDescriptions({old.front()}, kEndless);
-        }
+        EXPECT_EQ(checkRecording(old, kEndless) * 2, bytes);
     }
 }
 
 TEST(AskedToEnd, ARecordingEndsWithWholeFiles) {
-    for (const auto request : {ChildProcess::Request::Interrupt, ChildProcess::Request::Terminate}) {
-        const RecordingRig rig;
-        auto process = rig.start(endlessRecording(), "Signal=Counter");
-        ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
-        if (!process->ask(request)) {
-            GTEST_SKIP() << "no signal can be sent to another program here";
+    using Request = ChildProcess::Request;
+    // The one program has a window, which needs no screen.
+    const ScopedEnvironment screen("QT_QPA_PLATFORM", "offscreen");
+    for (const char* program : {"tarno2-console", "Tarno2"}) {
+        for (const auto request : {Request::Interrupt, Request::Terminate, Request::HangUp}) {
+            SCOPED_TRACE(testing::Message() << program << ", request " << static_cast<int>(request));
+            const RecordingRig rig;
+            auto process = rig.start(endlessRecording(), "Signal=Counter", program);
+            ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+            if (!process->ask(request)) {
+                GTEST_SKIP() << "no signal can be sent to another program here";
+            }
+            EXPECT_EQ(process->waitForEnd(kGuard), 0);
+            EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
+            EXPECT_EQ(checkRecording(rig.pieces(), kEndless) * 2, rig.size("run.dat"));
+            EXPECT_FALSE(rig.exists("run.journal"));
         }
-        EXPECT_EQ(process->waitForEnd(kGuard), 0);
-        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
-        EXPECT_EQ(checkRecording(rig.pieces(), kEndless) * 2, rig.size("run.dat"));
     }
 }
 

@@ -64,11 +64,12 @@ std::string RecordingRig::writeSettings(const Wish& wish) const {
     return folder_.write("auto.txt", text.str() + wish.more);
 }
 
-std::unique_ptr<ChildProcess> RecordingRig::start(const Wish& wish, const std::string& simulator) const {
+std::unique_ptr<ChildProcess> RecordingRig::start(const Wish& wish, const std::string& simulator,
+                                                  const std::string& program) const {
     const ScopedEnvironment home("TARNO2_HOME", path());
     const ScopedEnvironment settings("TARNO2_SIMULATOR", simulator);
-    return std::make_unique<ChildProcess>(builtFile("tarno2-console"),
-                                          std::vector<std::string>{"/c", writeSettings(wish)}, file("output.txt"));
+    return std::make_unique<ChildProcess>(builtFile(program), std::vector<std::string>{"/c", writeSettings(wish)},
+                                          file("output.txt"));
 }
 
 void RecordingRig::record(const Wish& wish, const std::string& simulator) const {

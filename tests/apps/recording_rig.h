@@ -33,8 +33,10 @@ class RecordingRig {
 public:
     /// Writes the autosettings file.
     std::string writeSettings(const Wish& wish) const;
-    /// Starts `tarno2-console /c` with those settings. `simulator` is the value of TARNO2_SIMULATOR.
-    [[nodiscard]] std::unique_ptr<ChildProcess> start(const Wish& wish, const std::string& simulator) const;
+    /// Starts `tarno2-console /c`, or another program so, with those settings. `simulator` is the value of
+    /// TARNO2_SIMULATOR.
+    [[nodiscard]] std::unique_ptr<ChildProcess> start(const Wish& wish, const std::string& simulator,
+                                                      const std::string& program = "tarno2-console") const;
     /// Records until the program ends by itself, which has to be with status 0.
     void record(const Wish& wish, const std::string& simulator = "RealTime=0;Signal=Counter") const;
     /// Runs a program of the build with these arguments to its end; returns what it printed, with LF as line end.

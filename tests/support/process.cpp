@@ -121,8 +121,9 @@ void ChildProcess::kill() {
 }
 
 bool ChildProcess::ask(Request request) {
+    const int terminate = request == Request::HangUp ? SIGHUP : SIGTERM;
     return !status_ && id_ > 0 &&
-           ::kill(static_cast<pid_t>(id_), request == Request::Interrupt ? SIGINT : SIGTERM) == 0;
+           ::kill(static_cast<pid_t>(id_), request == Request::Interrupt ? SIGINT : terminate) == 0;
 }
 
 #endif

@@ -23,7 +23,7 @@ public:
     /// Ends the program at once, so that it can clean nothing up, and waits until it is gone.
     void kill();
 
-    enum class Request { Interrupt, Terminate };
+    enum class Request { Interrupt, Terminate, HangUp };
     /// Asks the program to end, as a console or the system does. False where no signal can be sent to another program.
     bool ask(Request request);
 

@@ -1,0 +1,92 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/recovery.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/file.h"
+
+namespace {
+
+using namespace tarno2;
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kBadUse = 2;
+
+std::string english(TextId id) {
+    return languageTable().loadUtf8(static_cast<int32_t>(id));
+}
+
+void complain(const std::string& what) {
+    std::cerr << "tarno2-recover: " << what << '\n';
+}
+
+/// Says what came of one recording. False when it is not whole.
+bool tell(const RecoveryReport& report) {
+    switch (report.outcome) {
+        case RecoveryReport::Outcome::Recovered:
+            std::cout << formatText(english(TextId::RecordingRecovered).c_str(), report.name.c_str(),
+                                    std::to_string(report.frames).c_str())
+                      << '\n';
+            return true;
+        case RecoveryReport::Outcome::InProgress:
+            complain(formatText(english(TextId::RecordingInProgress).c_str(), report.name.c_str()));
+            return false;
+        case RecoveryReport::Outcome::Failed:
+            break;
+    }
+    complain(formatText(english(TextId::RecordingNotRecovered).c_str(), report.name.c_str(), report.problem.c_str()));
+    return false;
+}
+
+int recover(const std::string& path) {
+    const bool folder = isDirectory(path);
+    std::vector<RecoveryReport> reports;
+    if (folder) {
+        reports = recoverFolder(path);
+    } else if (const std::string journal = journalOfFile(path); !journal.empty()) {
+        if (auto report = recoverRecording(journal)) {
+            reports.push_back(*report);
+        }
+    } else if (!fileExists(path)) {
+        complain(path + ": there is no such file or folder");
+        return kBadUse;
+    }
+    bool good = true;
+    for (const RecoveryReport& report : reports) {
+        good = tell(report) && good;
+    }
+    if (reports.empty() && folder) {
+        std::cout << formatText(english(TextId::NothingToRecover).c_str(), path.c_str()) << '\n';
+    } else if (reports.empty()) {
+        std::cout << path << ": no unfinished recording\n";
+    }
+    return good ? kDone : kFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    languageTable().select(kLanguageEnglish);
+    CLI::App app{
+        "Finishes recordings of Tarno2 that were cut off by a crash or a power cut: cuts the last data file to whole "
+        "frames and writes its description, from the journal beside it. Nothing else is changed.",
+        "tarno2-recover"};
+    app.footer(
+        "Recordings that a program still writes are left alone, and so are those whose journal is damaged.\n"
+        "Exit status: 0 done, also when there was nothing to do; 1 something was left as it is; 2 bad use.");
+    std::string path;
+    app.add_option("FILE-OR-FOLDER", path,
+                   "A file of the recording (data, piece, description or journal), or a folder with recordings")
+        ->required();
+    try {
+        app.parse(argc, argv);
+        return recover(path);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kDone : kBadUse;
+    }
+}

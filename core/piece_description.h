@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/journal_text.h"
+#include "records/record_description.h"
+
+namespace tarno2 {
+
+/// Completes the description of the data file at hand, which holds so many bytes, and writes it beside the file; it is
+/// on the disk then. `description` has the facts and the events of the file. What went wrong, empty when nothing did;
+/// then there is no description.
+[[nodiscard]] std::string describeDataFile(const std::string& dataName, uint64_t bytes, const JournalState& state,
+                                           RecordDescription& description);
+
+}  // namespace tarno2

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/recording_journal.h"
+
+namespace tarno2 {
+
+/// What came of a recording that was cut off: by a crash, a power cut, a killed program.
+struct RecoveryReport {
+    enum class Outcome { Recovered, InProgress, Failed };
+    Outcome outcome = Outcome::Failed;
+    std::string name;     ///< its first data file; its journal when that can't be read
+    uint64_t frames = 0;  ///< in all its files
+    std::string problem;  ///< why it failed, in English
+
+    /// What to tell the user, in the current language.
+    [[nodiscard]] std::string text() const;
+};
+
+/// Recovers the recording with this journal: cuts the file that was being written to whole frames, describes it, and
+/// removes the journal. Files that were finished before are left as they are, and everything is when another program
+/// still writes the recording or the journal is damaged. Nothing when the recording had not begun: there was nothing to
+/// recover. Doing it again after it was interrupted comes to the same end. Every outcome is a line in the debug log.
+[[nodiscard]] std::optional<RecoveryReport> recoverRecording(const std::string& journalName);
+/// The same with a journal that is held already; it is kept, for the recording to come.
+[[nodiscard]] std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal);
+
+/// Recovers every unfinished recording in a folder (empty: the current one).
+[[nodiscard]] std::vector<RecoveryReport> recoverFolder(const std::string& folder);
+
+/// Recovers every unfinished recording in the folders of these data files, each folder once; empty names have none.
+[[nodiscard]] std::vector<RecoveryReport> recoverFoldersOf(const std::vector<std::string>& dataNames);
+
+/// The journal of the unfinished recording that a file belongs to: the file may be the journal, a data file, a piece or
+/// a description. Empty when there is none.
+[[nodiscard]] std::string journalOfFile(const std::string& fileName);
+
+/// Names of the journals in a folder.
+[[nodiscard]] std::vector<std::string> journalsIn(const std::string& folder);
+
+}  // namespace tarno2

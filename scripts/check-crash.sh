@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Kills recordings at random moments, recovers them, checks every sample, and prints the worst loss.
+#
+#   scripts/check-crash.sh [KILLS [PRESET]]      200 kills of the release build by default, about ten minutes
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+program=build/${2:-release}/tests/test_apps
+[ -x "$program" ] || fail "$program is missing: run scripts/test.sh ${2:-release} first"
+cd "$(dirname "$program")"
+LC_ALL=C.UTF-8 TARNO2_KILLS=${1:-200} exec ./test_apps --gtest_filter='Crash.AtRandomMoments*'

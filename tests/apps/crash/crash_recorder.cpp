@@ -1,0 +1,84 @@
+// Records until it is killed, and notes once a millisecond how much the data file writer has been given by then.
+// Usage: crash_recorder SETTINGS NOTES. NOTES gets pairs of 64-bit numbers: nanoseconds, bytes.
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include "config/auto_settings.h"
+#include "config/file_naming.h"
+#include "core/auto_recording.h"
+#include "core/board_selection.h"
+#include "core/recording_control.h"
+#include "language/language_table.h"
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+
+namespace tarno2::test {
+namespace {
+
+/// The least that a recording needs around it.
+class Shell final : public RecordingShell {
+public:
+    explicit Shell(const AutoSettings& settings) : settings_(settings), fileName_(settings.fileName) {}
+
+    // What ends by itself is not killed: the test sees it from the exit status.
+    void post(const Notification& notification) override {
+        if (notification.result.code != StopCode::Running) {
+            std::fprintf(stderr, "ended: %s\n", notification.result.problem.c_str());
+            std::_Exit(EXIT_FAILURE);
+        }
+    }
+    RecordingSettings settings() override { return recordingSettings(settings_); }
+    std::string fileName() override { return fileName_; }
+    void setFileName(const std::string& name) override { fileName_ = name; }
+    std::string savedFileName() override { return {}; }
+    void showStatus(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
+    void showAttention(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
+    void showDetail(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
+    void showMessage(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
+    void showBytes(uint64_t /*bytes*/) override {}
+    void showProgress(int /*percent*/) override {}
+    void startTimer(uint32_t /*milliseconds*/) override {}
+    void killTimer() override {}
+    bool consoleMode() override { return true; }
+    void quit() override {}
+
+private:
+    AutoSettings settings_;
+    std::string fileName_;
+};
+
+int record(const char* settingsFile, const char* notesFile) {
+    languageTable().select(kLanguageEnglish);
+    const auto settings = LoadAutoSettings(settingsFile, programDirectory());
+    File notes;
+    if (!settings || !notes.open(notesFile, FileMode::CreateAlways, FileAccess::Write, FileShare::ReadWrite).ok()) {
+        return EXIT_FAILURE;
+    }
+    Shell shell(*settings);
+    FileNaming naming;
+    BoardSelection selection([](const std::string&) {}, programDirectory());
+    RecordingControl control(shell, selection.driver(), naming);
+    if (selection.apply(settings->driverName, settings->baseNumber) != ApplyOutcome::Done ||
+        !control.StartButtonClick()) {
+        return EXIT_FAILURE;
+    }
+    for (;;) {
+        const uint64_t bytes = control.session()->writer().totalBytes();
+        const std::array<uint64_t, 2> note = {monotonicNanoseconds(), bytes};
+        size_t done = 0;
+        if (!notes.write(note.data(), sizeof note, done).ok()) {
+            return EXIT_FAILURE;
+        }
+        sleepMilliseconds(1);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test
+
+int main(int argc, char** argv) {
+    return argc == 3 ? tarno2::test::record(argv[1], argv[2]) : EXIT_FAILURE;
+}

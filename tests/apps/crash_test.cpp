@@ -1,0 +1,252 @@
+// Recordings that are killed at random moments, recovered, and checked sample by sample.
+
+#include <algorithm>
+#include <cstring>
+#include <gmock/gmock.h>
+#include <iostream>
+#include <random>
+#include <thread>
+
+#include "drivers/simulator/counter_signal.h"
+#include "platform/paths.h"
+#include "tests/apps/recording_rig.h"
+
+namespace tarno2::test {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+constexpr uint32_t kChannels = 2;
+constexpr uint64_t kSecond = 1000000000;
+
+// Records where channel 0 of the counter signal crosses zero upwards.
+constexpr uint64_t kRecord = 30000;
+constexpr uint64_t kPrehistory = 1000;
+constexpr const char* kRecords =
+    "SynchroAnalyzeMode = 2\r\nSynchroAnalogMode = 0\r\nSynchroAllSize = 30000\r\nSynchroPrehistorySize = 1000\r\n";
+
+struct Note {
+    uint64_t time = 0;   // ns
+    uint64_t bytes = 0;  // given to the writer by then
+};
+
+std::vector<Note> notesOf(const std::string& path) {
+    const std::string data = readFile(path);
+    std::vector<Note> notes(data.size() / sizeof(Note));
+    std::memcpy(notes.data(), data.data(), notes.size() * sizeof(Note));
+    return notes;
+}
+
+uint16_t signalAt(uint64_t sample) {
+    return static_cast<uint16_t>(drivers::counterWord(sample, 16));
+}
+
+/// The frame that triggers record after record.
+class Triggers {
+public:
+    uint64_t next() {
+        const auto negative = [](uint64_t frame) { return (signalAt(frame * kChannels) & 0x8000U) != 0; };
+        while (!negative(frame_ - 1) || negative(frame_)) {
+            ++frame_;
+        }
+        const uint64_t trigger = frame_;
+        frame_ += kRecord + 1;  // to the end of its history, and another prehistory and a frame
+        return trigger;
+    }
+
+private:
+    uint64_t frame_ = kPrehistory + 1;
+};
+
+/// Checks every sample of the files; returns how many bytes they hold.
+uint64_t checkSamples(const std::vector<std::string>& files, bool records) {
+    constexpr uint64_t kRecordSamples = kRecord * kChannels;
+    Triggers triggers;
+    uint64_t place = 0;
+    uint64_t offset = 0;  // from the place in the files to the sample of the signal
+    for (const std::string& name : files) {
+        const std::string data = readFile(name);
+        EXPECT_EQ(data.size() % (kChannels * sizeof(uint16_t)), 0U) << name;
+        for (size_t at = 0; at < data.size(); at += sizeof(uint16_t), ++place) {
+            if (records && place % kRecordSamples == 0) {
+                offset = (triggers.next() - kPrehistory) * kChannels - place;
+            }
+            uint16_t word = 0;
+            std::memcpy(&word, data.data() + at, sizeof word);
+            if (word != signalAt(place + offset)) {
+                ADD_FAILURE() << name << ": wrong sample at " << at;
+                return 0;
+            }
+        }
+    }
+    return place * sizeof(uint16_t);
+}
+
+/// The events of each file are those of its records.
+void checkEvents(const std::vector<std::string>& files) {
+    uint64_t number = 0;
+    for (const std::string& name : files) {
+        KeyValueFile file;
+        ASSERT_TRUE(file.openForReading(RecordDescription::fileNameFor(name)));
+        std::vector<int32_t> points(100000);
+        uint32_t count = 0;
+        file.readInt32Array("SynchroListPoint", points, count);
+        const uint64_t recordBytes = kRecord * kChannels * sizeof(uint16_t);
+        ASSERT_EQ(count, (readFile(name).size() + recordBytes - 1) / recordBytes) << name;
+        for (uint32_t i = 0; i < count; ++i) {
+            EXPECT_EQ(static_cast<uint64_t>(points[i]), kPrehistory * ++number) << name;
+        }
+    }
+}
+
+struct Way {
+    double frequency;
+    uint32_t cut;
+    bool records;
+    uint32_t killAfterMs;
+};
+
+/// Records, kills, recovers and checks. Returns the age of the oldest data that are missing, ns.
+uint64_t crash(const Way& way) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.frequency = way.frequency;
+    wish.cut = way.cut;
+    wish.more = way.records ? kRecords : "";
+    const std::string settings = rig.writeSettings(wish);
+    const std::string notesFile = rig.file("notes.bin");
+    {
+        const ScopedEnvironment home("TARNO2_HOME", rig.path());
+        const ScopedEnvironment simulator("TARNO2_SIMULATOR", "Signal=Counter");
+        ChildProcess process(builtFile("crash_recorder"), {settings, notesFile}, rig.file("output.txt"));
+        EXPECT_TRUE(waitUntil([&] { return rig.size("notes.bin") >= sizeof(Note); })) << rig.autoLog();
+        std::this_thread::sleep_for(std::chrono::milliseconds(way.killAfterMs));
+        process.kill();
+    }
+    const std::vector<Note> notes = notesOf(notesFile);
+    const std::string printed = rig.run("tarno2-recover", {rig.path()});
+    EXPECT_FALSE(rig.exists("run.journal")) << printed;
+    EXPECT_EQ(rig.run("tarno2-recover", {rig.path()}),
+              "There are no unfinished recordings in \"" + rig.path() + "\".\n");
+    const std::vector<std::string> files = rig.pieces();
+    const uint64_t bytes = checkSamples(files, way.records);
+    checkDescriptions(files, {.channels = kChannels, .frequencyPerChannel = way.frequency / kChannels});
+    if (way.records) {
+        checkEvents(files);
+    }
+    // What was given first and is not there was given by this note.
+    for (const Note& note : notes) {
+        if (note.bytes > bytes) {
+            return notes.back().time - note.time;
+        }
+    }
+    return 0;
+}
+
+uint32_t killCount() {
+    const auto wanted = environmentVariable("TARNO2_KILLS");
+    return wanted ? static_cast<uint32_t>(std::stoul(*wanted)) : 20;
+}
+
+TEST(Crash, AtRandomMomentsCostsASecondAtMost) {
+    std::mt19937 random(std::random_device{}());
+    const double frequencies[] = {100.0, 20e3, 1e6, 5e6};
+    uint64_t worst = 0;
+    for (uint32_t i = 0; i < killCount(); ++i) {
+        const Way way{frequencies[i % 4], i / 4 % 2, i / 8 % 2 == 1,
+                      std::uniform_int_distribution<uint32_t>(0, 2500)(random)};
+        SCOPED_TRACE(testing::Message() << way.frequency << " Hz, cut " << way.cut << ", records " << way.records
+                                        << ", killed after " << way.killAfterMs << " ms");
+        const uint64_t lost = crash(way);
+        EXPECT_LE(lost, kSecond);
+        worst = std::max(worst, lost);
+    }
+    std::cout << killCount() << " kills, worst loss " << static_cast<double>(worst) / 1e6 << " ms\n";
+}
+
+TEST(Crash, TheNextStartRecoversTheFolder) {
+    const RecordingRig rig;
+    Wish wish;
+    auto process = rig.start(wish, "Signal=Counter");
+    ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+    process->kill();
+    wish.fileName = "next.dat";
+    wish.bytes = 4000;
+    rig.record(wish);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Recording \"" + rig.file("run.dat") + "\" was recovered. Frames: "));
+    EXPECT_EQ(checkRecording(rig.pieces(), {}) * 2, rig.size("run.dat"));
+    EXPECT_EQ(checkRecording({rig.file("next.dat")}, {}), 2000U);
+    EXPECT_FALSE(rig.exists("run.journal"));
+}
+
+TEST(TwoRecorders, TheSecondOfOneNameIsRefusedAndTheFirstGoesOn) {
+    const RecordingRig rig;
+    Wish wish;
+    auto first = rig.start(wish, "Signal=Counter");
+    ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+    const RecordingRig other;
+    Wish same = wish;
+    for (const char* name : {"run.dat", "run_3.dat", "run.bin"}) {
+        same.fileName = rig.file(name);
+        other.record(same, "Signal=Counter");
+        EXPECT_THAT(other.autoLog(),
+                    AllOf(HasSubstr("Attention: Error in file name"), HasSubstr("is in use by another program.")))
+            << name;
+    }
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.path()}, 1), HasSubstr("is still being written by another program."));
+    if (!first->ask(ChildProcess::Request::Terminate)) {
+        first->kill();
+        rig.run("tarno2-recover", {rig.path()});
+    }
+    EXPECT_EQ(first->waitForEnd(kGuard).has_value(), true);
+    EXPECT_EQ(checkRecording(rig.pieces(), {}) * 2, rig.size("run.dat"));
+    EXPECT_FALSE(rig.exists("run_old1.dat"));
+}
+
+// Started at once with the same settings and no name: each finds a name of its own.
+TEST(TwoRecorders, WithGeneratedNamesBothRecord) {
+    const TemporaryFolder documents;
+    const ScopedEnvironment folder("XDG_DOCUMENTS_DIR", documents.path());
+    std::vector<RecordingRig> rigs(4);
+    std::vector<std::unique_ptr<ChildProcess>> processes;
+    Wish wish;
+    wish.fileName.clear();
+    wish.bytes = 400000;
+    for (const RecordingRig& rig : rigs) {
+        processes.push_back(rig.start(wish, "Signal=Counter"));
+    }
+    for (const auto& process : processes) {
+        EXPECT_EQ(process->waitForEnd(kGuard), 0);
+    }
+    std::vector<std::string> data;
+    for (const RecordingRig& rig : rigs) {
+        const std::string log = rig.autoLog();
+        const std::string before = "Save to file \"";
+        const size_t found = log.find(before);
+        if (found == std::string::npos) {
+            ADD_FAILURE() << log;
+            continue;
+        }
+        const size_t begin = found + before.size();
+        data.push_back(log.substr(begin, log.find('"', begin) - begin));
+        EXPECT_EQ(checkRecording({data.back()}, {}), 200000U) << data.back();
+    }
+    std::sort(data.begin(), data.end());
+    EXPECT_EQ(std::unique(data.begin(), data.end()), data.end());
+}
+
+TEST(RecoverProgram, SaysWhatItDoesAndWhatIsWrong) {
+    const RecordingRig rig;
+    EXPECT_THAT(rig.run("tarno2-recover", {"--help"}), HasSubstr("FILE-OR-FOLDER"));
+    EXPECT_THAT(rig.run("tarno2-recover", {}, 2), HasSubstr("required"));
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("none.dat")}, 2), HasSubstr("there is no such file or folder"));
+    rig.folder().write("run.dat", "data");
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}), HasSubstr("no unfinished recording"));
+    rig.folder().write("run.journal", "Tarno2 journal 1\n");
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}, 1), HasSubstr("the journal is damaged"));
+    EXPECT_EQ(readFile(rig.file("run.dat")), "data");
+}
+
+}  // namespace
+}  // namespace tarno2::test
