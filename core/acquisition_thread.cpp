@@ -307,6 +307,7 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
     }
     report_.getData = {dataMode_, count, offset, destination, block_, board_.maxBufferSamples_, partNumber};
     result_ = kTransferFailed;
+    lose(LossCause::Transfer);
     report_.problem = driver_.device().lastError();
     DEBUG_LOG("!!!!! GetData error at sample %llu: %s", static_cast<unsigned long long>(ring_->readPosition()),
               report_.problem.c_str());
@@ -386,6 +387,7 @@ bool AcquisitionThread::overwritten() {
         return false;
     }
     if (draining_ && result_ == kNoData) {
+        lose(LossCause::Overwritten);
         DEBUG_LOG("!!!!! Samples from %llu on were overwritten unread",
                   static_cast<unsigned long long>(ring_->readPosition()));
     } else {
@@ -399,9 +401,16 @@ void AcquisitionThread::overflow() {
     DEBUG_LOG("!!!!! FIFO Overflow");
     const uint64_t position = ring_->readPosition();
     report_.overflowPosition = position;
+    lose(LossCause::Overwritten);
     fail(ErrorDetail::Overflow,
          formatText("First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(position),
                     static_cast<unsigned long long>(position / board_.settings.channelCount())));
+}
+
+// From the read position on nothing is recorded any more, of what the board is known to have delivered.
+void AcquisitionThread::lose(LossCause cause) {
+    const uint64_t position = ring_->readPosition();
+    report_.losses.push_back({cause, position, ring_->written() - position});
 }
 
 void AcquisitionThread::fail(ErrorDetail detail) {
@@ -433,6 +442,13 @@ void AcquisitionThread::closeFiles() {
     }
     if (!saved && report_.problem.empty()) {
         report_.problem = board_.writer_.writeError();
+    }
+    const uint64_t onDisk = board_.writer_.savedBytes();
+    if (!saved && onDisk < report_.bytes) {
+        report_.losses.push_back({LossCause::Disk, onDisk / sampleWidth_, (report_.bytes - onDisk) / sampleWidth_});
+    }
+    if (!report_.losses.empty() && !writeLossLedger(board_.writer_.fileName(), report_.losses)) {
+        DEBUG_LOG("!!!!! The list of losses could not be written");
     }
 }
 

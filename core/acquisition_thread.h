@@ -53,6 +53,7 @@ private:
     [[nodiscard]] int32_t processBlock(uint32_t samples);
     [[nodiscard]] bool overwritten();
     void overflow();
+    void lose(LossCause cause);
     void fail(ErrorDetail detail);
     void fail(ErrorDetail detail, const std::string& problem);
     void closeFiles();

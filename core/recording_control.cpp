@@ -11,6 +11,7 @@
 #include "core/synchro_preparation.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
+#include "platform/paths.h"
 
 namespace tarno2 {
 
@@ -18,6 +19,8 @@ namespace {
 
 constexpr uint64_t kMebibyte = 1024 * 1024;
 constexpr uint32_t kTimerPeriodMs = 1000;
+constexpr int32_t kNameInUse = -6;  // of the writer
+constexpr int kNameAttempts = 100;
 
 std::string_view trimmed(std::string_view text) {
     const auto first = text.find_first_not_of(" \t");
@@ -301,7 +304,13 @@ bool RecordingControl::createFiles() {
     setup.bufferBytes = bufferFor(setup.bytesPerSecond, settings_.writeBufferMegabytes * kMebibyte);
     setup.longestWaitMs = settings_.longestWriteWaitMs;
     setup.keepDiskMargin = true;
-    const int32_t code = session_->writer().open(setup, description_);
+    int32_t code = session_->writer().open(setup, description_);
+    // Two programs may have come to the same free name: a generated one stands for any other.
+    for (int i = 0; i < kNameAttempts && code == kNameInUse && fileNameOf(fileName_).starts_with("file_"); ++i) {
+        GenerateFileName();
+        fileName_ = setup.fileName = withDataExtension(shell_.fileName());
+        code = session_->writer().open(setup, description_);
+    }
     for (const std::string& name : session_->writer().movedAside()) {
         attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), name.c_str()));
     }
@@ -446,6 +455,9 @@ void RecordingControl::report(const RecordingResult& result) {
     }
     if (!result.problem.empty()) {
         shell_.showDetail(result.problem);
+    }
+    for (const Loss& loss : result.losses) {
+        shell_.showDetail(lossText(loss));
     }
     shell_.recordingEnded(result);
 }

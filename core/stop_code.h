@@ -2,6 +2,9 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "core/loss.h"
 
 namespace tarno2 {
 
@@ -45,6 +48,7 @@ struct RecordingResult {
     uint32_t files = 0;             ///< pieces begun
     uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
     bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring
+    std::vector<Loss> losses;       ///< samples that the host knows to be lost
     std::string problem;            ///< what exactly went wrong, in English; empty when nothing is known
 };
 

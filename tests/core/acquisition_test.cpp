@@ -244,6 +244,12 @@ TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
             EXPECT_EQ(device.countCalls("Stop"), device.countCalls("Start") > 0 && !rig.board->startError() ? 1U : 0U);
             EXPECT_FALSE(rig.driver.started());
             EXPECT_EQ(result.overflowPosition, c.detail == ErrorDetail::Overflow ? c.saved : 0);
+            const std::string ledger = rig.folder.file("run.log");
+            EXPECT_EQ(fileExists(ledger), !result.losses.empty());
+            if (c.code == StopCode::TransferError || c.detail == ErrorDetail::Overflow) {
+                const std::string first = "sample = " + std::to_string(data.size() / 2) + ", count = ";
+                EXPECT_EQ(readFile(ledger).substr(0, first.size()), first);
+            }
         }
         std::vector<std::string> lines{c.line,
                                        "Thread Exit rezAdd = ", ", Code = " + std::to_string(static_cast<int>(c.code))};

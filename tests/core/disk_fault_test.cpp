@@ -245,6 +245,9 @@ TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample
     EXPECT_EQ(result.code, StopCode::Error);
     EXPECT_EQ(result.detail, ErrorDetail::Overflow);
     EXPECT_EQ(result.overflowPosition, samples);
+    EXPECT_EQ(readFile(rig.session->folder.file("run.log")),
+              "sample = " + std::to_string(samples) + ", count = " + std::to_string(2 * SessionOnDisk::kHalf) +
+                  ", cause = overwritten\r\n");
     EXPECT_TRUE(rig.described() == streamBytes(0, samples, 2));
 }
 
@@ -268,6 +271,9 @@ TEST(DiskFault, AnErrorEndsTheRecordingWithWhatCameBeforeIt) {
         EXPECT_EQ(result.code, StopCode::WriteError);
         EXPECT_FALSE(result.problem.empty());
         EXPECT_TRUE(rig.described() == streamBytes(0, c.stays / 2, 2));
+        const Loss expected{LossCause::Disk, c.stays / 2, (result.bytes - c.stays) / 2};
+        EXPECT_EQ(result.losses, std::vector<Loss>{expected});
+        EXPECT_NE(readFile(rig.session->folder.file("run.log")).find("cause = disk"), std::string::npos);
     }
 }
 

@@ -1,0 +1,61 @@
+#include "core/loss.h"
+
+#include "config/debug_log.h"
+#include "config/figure_text.h"
+#include "config/file_naming.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/file.h"
+
+namespace tarno2 {
+
+namespace {
+
+const char* causeName(LossCause cause) {
+    switch (cause) {
+        case LossCause::Overwritten:
+            return "overwritten";
+        case LossCause::Transfer:
+            return "transfer";
+        case LossCause::Disk:
+            break;
+    }
+    return "disk";
+}
+
+TextId causeText(LossCause cause) {
+    switch (cause) {
+        case LossCause::Overwritten:
+            return TextId::RingOverwritten;
+        case LossCause::Transfer:
+            return TextId::GetDataError;
+        case LossCause::Disk:
+            break;
+    }
+    return TextId::DataWriteError;
+}
+
+}  // namespace
+
+std::string lossText(const Loss& loss) {
+    return formatText(text(TextId::LossAtSample).c_str(), formatCount(loss.sample).c_str(),
+                      text(causeText(loss.cause)).c_str());
+}
+
+bool writeLossLedger(const std::string& dataName, std::span<const Loss> losses) {
+    std::string contents;
+    for (const Loss& loss : losses) {
+        const std::string line =
+            formatText("sample = %llu, count = %llu, cause = %s", static_cast<unsigned long long>(loss.sample),
+                       static_cast<unsigned long long>(loss.count), causeName(loss.cause));
+        DEBUG_LOG("!!!!! Data lost: %s", line.c_str());
+        contents += line + "\r\n";
+    }
+    File file;
+    size_t done = 0;
+    return file.open(lossLedgerNameFor(dataName), FileMode::CreateAlways, FileAccess::Write, FileShare::ReadWrite)
+               .ok() &&
+           file.write(contents.data(), contents.size(), done).ok() && file.flush().ok() && file.close().ok();
+}
+
+}  // namespace tarno2
