@@ -19,6 +19,7 @@
 #include "core/recording_control.h"
 #include "core/recording_progress.h"
 #include "core/recording_shell.h"
+#include "core/recovery.h"
 #include "core/scoper_library.h"
 #include "records/conversion_inputs.h"
 #include "ui/state_strip.h"
@@ -79,6 +80,7 @@ public:
     void RussianChooseClick();
     void EnglishChooseClick();
     void OpenRecordingClick();
+    void RecoverRecordingsClick();
     void DigitalSettingsClick();
     void HelpClick();
     void AboutClick();
@@ -152,6 +154,7 @@ private:
     void handle(const Notification& notification);
     void timerTick();
     [[nodiscard]] bool answersAllowStart();
+    void showRecovered(const std::vector<RecoveryReport>& reports);
     [[nodiscard]] bool ask(const QString& question, TextId go);
     void updateState();
     void beginRun();

@@ -95,6 +95,7 @@ void T_MainForm::buildMenus() {
     file->addAction(openRecording_);
     file->addAction(chooseFile_);
     file->addAction(saveAsText_);
+    file->addAction(addAction(TextId::MenuRecover, &T_MainForm::RecoverRecordingsClick));
     file->addSeparator();
     QAction* exit = addAction(TextId::MenuExit, nullptr, QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(exit, &QAction::triggered, this, &QWidget::close);

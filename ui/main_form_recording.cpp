@@ -1,6 +1,8 @@
 // The window as the shell in which recordings run.
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -17,6 +19,7 @@
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
+#include "platform/paths.h"
 #include "records/record_description.h"
 #include "ui/additional_mode_window.h"
 #include "ui/main_form.h"
@@ -49,8 +52,42 @@ void T_MainForm::present() {
     } else {
         show();
     }
+    guarded("RecoverUnfinished", [this] { showRecovered(recoverFoldersOf({fileName(), savedFileName()})); });
     if (consoleMode() || settings_.autoStartOnRun)
         QMetaObject::invokeMethod(this, &T_MainForm::StartButtonClick, Qt::QueuedConnection);
+}
+
+void T_MainForm::RecoverRecordingsClick() {
+    guarded("RecoverRecordingsClick", [this] {
+        const QString folder = QFileDialog::getExistingDirectory(this, plainText(TextId::MenuRecover),
+                                                                 fromFileName(parentFolder(fileName())));
+        if (folder.isEmpty())
+            return;
+        const auto reports = recoverFolder(toFileName(QDir::toNativeSeparators(folder)));
+        showRecovered(reports);
+        if (reports.empty())
+            messages_->add(MessageList::Kind::Information, uiText(TextId::NothingToRecover, {folder}));
+    });
+}
+
+void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports) {
+    for (const RecoveryReport& report : reports) {
+        consoleLog().log("%s", report.text().c_str());
+        const QString name = fromFileName(report.name);
+        switch (report.outcome) {
+            case RecoveryReport::Outcome::Recovered:
+                messages_->add(MessageList::Kind::Information,
+                               uiText(TextId::RecordingRecovered, {name, fromCodePage(formatCount(report.frames))}));
+                break;
+            case RecoveryReport::Outcome::InProgress:
+                messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingInProgress, {name}));
+                break;
+            case RecoveryReport::Outcome::Failed:
+                messages_->add(MessageList::Kind::Attention,
+                               uiText(TextId::RecordingNotRecovered, {name, fromFileName(report.problem)}));
+                break;
+        }
+    }
 }
 
 void T_MainForm::StartButtonClick() {
