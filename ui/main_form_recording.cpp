@@ -323,8 +323,8 @@ void T_MainForm::beginRun() {
     runFile_ = fileName();
     runInputs_ = {};
     if (const BoardFacts& board = selection_.driver().facts(); board.codeRangeKnown) {
-        runInputs_.codeMinimum = board.codeRange.m_nMinimum;
-        runInputs_.codeMaximum = board.codeRange.m_nMaximum;
+        runInputs_.codeMinimum = int32_t{board.codeRange.m_nMinimum};
+        runInputs_.codeMaximum = int32_t{board.codeRange.m_nMaximum};
     }
     if (session.settings.packetMode)
         runInputs_.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
