@@ -86,18 +86,22 @@ void Cursors::move(const Grip& grip, const QPointF& place) {
     }
 }
 
-QString Cursors::valueText(double value, const QCPAxis* axis, int digits, const QString& unit) const {
-    const QString number = plainNumber(value, digits < 0 ? decimalsOf(resolution(axis)) : digits);
-    return unit.isEmpty() ? number : number + QChar(0x00A0) + unit;
+QString Cursors::valueText(double value, const QCPAxis* axis, int digits) const {
+    return plainNumber(value, digits < 0 ? decimalsOf(resolution(axis)) : digits);
 }
 
 QVector<QStringList> Cursors::table() const {
     const auto row = [this](const QString& head, double x, double y) {
-        return QStringList{head, valueText(x, xAxis_, digitsX_, unitX_), valueText(y, yAxis_, digitsY_, unitY_)};
+        return QStringList{head, valueText(x, xAxis_, digitsX_), valueText(y, yAxis_, digitsY_)};
     };
-    return {row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0]),
-            row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1]),
-            row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0])};
+    QVector<QStringList> rows;
+    if (!unitX_.isEmpty() || !unitY_.isEmpty()) {
+        rows.append({QString(), unitX_, unitY_});
+    }
+    rows.append(row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0]));
+    rows.append(row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1]));
+    rows.append(row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0]));
+    return rows;
 }
 
 void Cursors::applyDefaultAntialiasingHint(QCPPainter* painter) const {

@@ -35,7 +35,7 @@ public:
     void setTexts(const QString& unitX, const QString& unitY, const QString& difference);
     /// Decimals of the values; negative: as many as the picture's resolution needs.
     void setDigits(int x, int y);
-    /// The box's text, row by row: head, X, Y.
+    /// The box's text, row by row: head, X, Y. The units, where there are any, stand above.
     [[nodiscard]] QVector<QStringList> table() const;
 
 protected:
@@ -44,7 +44,7 @@ protected:
     void draw(QCPPainter* painter) override;
 
 private:
-    [[nodiscard]] QString valueText(double value, const QCPAxis* axis, int digits, const QString& unit) const;
+    [[nodiscard]] QString valueText(double value, const QCPAxis* axis, int digits) const;
     void drawLines(QCPPainter* painter) const;
     void drawTable(QCPPainter* painter) const;
 

@@ -36,7 +36,8 @@ PlotView::PlotView(QWidget* parent)
       font_(QWidget::font()) {
     setAutoAddPlottableToLegend(false);
     addLayer(kCursorLayer, layer(QStringLiteral("overlay")), limBelow);
-    layer(kCursorLayer)->setMode(QCPLayer::lmBuffered);
+    // A buffer of its own costs a layer a pass over the whole picture: the cursors get theirs when they are shown.
+    layer(QStringLiteral("overlay"))->setMode(QCPLayer::lmLogical);
     // Above the frame, which would hide a curve that runs along an end of the Y axis.
     addLayer(kCurveLayer, layer(QStringLiteral("axes")), limAbove);
     curves_->setLayer(kCurveLayer);
@@ -193,6 +194,7 @@ void PlotView::showCursors(bool shown) {
         cursors_->bringIntoView();
     }
     cursors_->setVisible(shown);
+    layer(kCursorLayer)->setMode(shown ? QCPLayer::lmBuffered : QCPLayer::lmLogical);
 }
 
 void PlotView::applyFont() {

@@ -97,7 +97,8 @@ void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t
     const AxisXUnit unit = unitX(format);
     const auto axisOf = [&](double frame) { return axisXOfFrame(frame - shown.origin, unit, format.framesPerSecond); };
     SCOPERAFrames frames{};
-    const size_t buckets = std::max<size_t>(scoper_.PixelWidth(), kLeastBuckets);
+    // Two a pixel: their borders are not those of the pixels, and a pixel shows all of a bucket that begins in it.
+    const size_t buckets = std::max<size_t>(size_t{2} * scoper_.PixelWidth(), kLeastBuckets);
     if (signal.screens().build(shown.first, shown.end, buckets, screen_) && !screen_.runs.empty() &&
         convert(signal, frames)) {
         const Screen::Run& run = screen_.runs.back();
@@ -287,8 +288,12 @@ void SignalDrawing::setTexts(AxisXUnit unitX) {
         return;
     }
     labels_ = labels;
-    scoper_.SetText(kScoperaTextLabelX, uiText(textOf(unitX)).toUtf8().constData());
-    scoper_.SetText(kScoperaTextLabelY, uiText(textOf(unitY_)).toUtf8().constData());
+    const QByteArray x = uiText(textOf(unitX)).toUtf8();
+    const QByteArray y = uiText(textOf(unitY_)).toUtf8();
+    scoper_.SetText(kScoperaTextLabelX, x.constData());
+    scoper_.SetText(kScoperaTextUnitX, x.constData());
+    scoper_.SetText(kScoperaTextLabelY, y.constData());
+    scoper_.SetText(kScoperaTextUnitY, y.constData());
 }
 
 }  // namespace tarno2

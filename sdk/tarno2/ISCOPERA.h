@@ -61,7 +61,7 @@ enum {
 enum {
     kScoperaTextLabelX = 1,     // below the X axis: "Milisecond"
     kScoperaTextLabelY = 2,     // beside the Y axis: "Volts"
-    kScoperaTextUnitX = 3,      // behind the cursors' values: "ms"
+    kScoperaTextUnitX = 3,      // above the cursors' values: "ms"
     kScoperaTextUnitY = 4,      // "V"
     kScoperaTextDifference = 5  // before the differences of the cursors: "Difference"
 };
