@@ -141,6 +141,7 @@ private:
     void saveSettings();
     void storeControls();
     void placeWindows();
+    void detachSignalView();
     void storePlaces();
     void boardChanged();
     void RecalcChannelCount();

@@ -47,10 +47,9 @@ void T_MainForm::present() {
     if (consoleMode()) {
         consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
         showMinimized();
-    } else if (settings_.formVisible == 2) {
-        showMaximized();
     } else {
-        show();
+        settings_.formVisible == 2 ? showMaximized() : show();
+        detachSignalView();
     }
     guarded("RecoverUnfinished", [this] { showRecovered(recoverFoldersOf({fileName(), savedFileName()})); });
     if (consoleMode() || settings_.autoStartOnRun)

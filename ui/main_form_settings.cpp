@@ -305,9 +305,13 @@ void T_MainForm::placeWindows() {
     const std::vector<WindowPlace> screens = screenPlaces();
     setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
     right_->resizeDocks({signalDock_}, {height() / 2}, Qt::Vertical);
+}
+
+// Once the main window is there: a window that is shown before the one it belongs to lies below it.
+void T_MainForm::detachSignalView() {
     if (settings_.showFormPos.width > 0) {
         signalDock_->setFloating(true);
-        signalDock_->setGeometry(rectangleOf(placeOnScreens(settings_.showFormPos, screens)));
+        signalDock_->setGeometry(rectangleOf(placeOnScreens(settings_.showFormPos, screenPlaces())));
     }
 }
 

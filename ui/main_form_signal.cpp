@@ -48,7 +48,8 @@ void T_MainForm::showRunningSignal() {
 
 void T_MainForm::OpenRecordingClick() {
     guarded("OpenRecordingClick", [this] {
-        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(fileName()));
+        const std::string& last = runFile_.empty() ? settings_.fileName : runFile_;
+        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(last));
         dialog.setFileMode(QFileDialog::ExistingFile);
         dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())

@@ -157,7 +157,7 @@ void T_ShowForm::PaintBox1MouseDown(int button, double /*x*/, double /*y*/) {
 }
 
 void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside) {
-    mousePlace_ = inside ? QString::asprintf("X %.6g   Y %.6g", x, y) : QString();
+    mousePlace_ = inside ? QString::asprintf("X %.6g  Y %.4g", x, y) : QString();
     showStatus();
 }
 
@@ -252,8 +252,9 @@ void T_ShowForm::setScoperOption(uint32_t option, bool on) {
 }
 
 void T_ShowForm::savePicture() {
+    const QString folder = QFileInfo(fromFileName(settings_.fileName)).path();
     const QString name =
-        QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), {}, QStringLiteral("PNG (*.png)"));
+        QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), folder, QStringLiteral("PNG (*.png)"));
     if (name.isEmpty()) {
         return;
     }
