@@ -62,6 +62,17 @@ private:
     double worst_ = 0.0;
 };
 
+const char* nameOf(Signal signal) {
+    switch (signal) {
+        case Signal::Counter:
+            return "Counter";
+        case Signal::Noise:
+            return "Noise";
+        default:
+            return "Level";
+    }
+}
+
 }  // namespace
 
 SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes, Pace pace,
@@ -70,7 +81,7 @@ SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uin
     KeyValueFile cfg;
     require(cfg.createForWriting(joinPath(folder, "Simulator.cfg")), folder + ": no settings can be written");
     cfg.writeUInt32("RealTime", pace == Pace::RealTime ? 1 : 0);
-    cfg.writeString("Signal", signal == Signal::Counter ? "Counter" : "Level");
+    cfg.writeString("Signal", nameOf(signal));
     require(cfg.close(), folder + ": no settings can be written");
 
     std::string why;

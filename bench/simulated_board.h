@@ -17,8 +17,9 @@ enum class Pace { Reader, RealTime };
 
 /// What the board gives.
 enum class Signal {
-    Level,   ///< stays in the ring once it is there: no processor time goes into making samples, as with a board
-    Counter  ///< tells a lost sample
+    Level,    ///< stays in the ring once it is there: no processor time goes into making samples, as with a board
+    Counter,  ///< tells a lost sample
+    Noise     ///< fills the height of the signal view
 };
 
 /// How a recording went.

@@ -4,6 +4,8 @@
 #   scripts/bench.sh                       the ratios; fails when recording is slower than it has to be
 #   scripts/bench.sh --display [BYTES]     the signal view's data; with BYTES the overview of such a file too
 #   scripts/bench.sh --stalls              recordings in real time on a disk that stalls, two minutes
+#   scripts/bench.sh --plot                a paint of full-height noise against a bare painter
+#   scripts/bench.sh --view                the signal view at work under a recording
 #   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
 #   scripts/bench.sh --synchro             the evaluator against copying
 #   scripts/bench.sh --export              the conversion to text against fprintf and against copying
@@ -21,7 +23,7 @@ configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
-    tarno2-bench-display tarno2-bench-export simulator
+    tarno2-bench-display tarno2-bench-export tarno2-bench-plot tarno2-bench-view simulator scopera
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -34,5 +36,7 @@ fi
 [ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
 [ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
 [ "${1:-}" != --export ] || exec "$bin/tarno2-bench-export"
+[ "${1:-}" != --plot ] || exec "$bin/tarno2-bench-plot"
+[ "${1:-}" != --view ] || exec "$bin/tarno2-bench-view"
 [ $# -eq 0 ] || fail "Unknown: $*"
 exec "$bin/tarno2-bench-ratios"
