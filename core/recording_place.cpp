@@ -8,6 +8,7 @@
 #include "core/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
+#include "platform/codepage1251.h"
 #include "platform/paths.h"
 
 namespace tarno2 {
@@ -37,7 +38,7 @@ std::string runningNeighbour(const std::string& fileName) {
 PlaceFindings inUse(const std::string& name) {
     PlaceFindings findings;
     findings.inUse = true;
-    findings.problem = formatText(text(TextId::FileInUse).c_str(), name.c_str());
+    findings.problem = formatText(text(TextId::FileInUse).c_str(), utf8ToCp1251(name).value_or(name).c_str());
     DEBUG_LOG("!!!!! \"%s\" is in use by another program", name.c_str());
     return findings;
 }

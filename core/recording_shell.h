@@ -44,10 +44,10 @@ public:
     [[nodiscard]] virtual std::string savedFileName() = 0;
 
     virtual void showStatus(const std::string& status) = 0;
-    /// A refusal or warning, complete with its "Attention: ".
+    /// A refusal or warning, complete with its "Attention: ", in code page 1251.
     virtual void showAttention(const std::string& message) = 0;
     /// What exactly stands behind the message before it: the driver's or the system's words, one line, for the log
-    /// list.
+    /// list. In code page 1251 or in the system's own encoding.
     virtual void showDetail(const std::string& detail) = 0;
     /// A text for a message box.
     virtual void showMessage(const std::string& message) = 0;

@@ -213,7 +213,7 @@ void T_MainForm::showAttention(const std::string& message) {
 
 void T_MainForm::showDetail(const std::string& detail) {
     consoleLog().log("%s", detail.c_str());
-    messages_->add(MessageList::Kind::Detail, fromCodePage(detail));
+    messages_->add(MessageList::Kind::Detail, fromMessage(detail));
 }
 
 void T_MainForm::showMessage(const std::string& message) {

@@ -140,7 +140,7 @@ void T_MainForm::applyBoard(ApplyOutcome outcome) {
     }
     if (!selection_.problem().empty()) {
         consoleLog().log("%s", selection_.problem().c_str());
-        messages_->add(MessageList::Kind::Detail, fromCodePage(selection_.problem()));
+        messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
     }
 }
 
@@ -189,7 +189,7 @@ void T_MainForm::DriverBoxChange(const QString& name) {
                                                            : BoardStatus::Ready);
         if (!selection_.problem().empty())
             messages_->add(MessageList::Kind::Attention,
-                           uiText(TextId::DriverNotLoaded, {name, fromCodePage(selection_.problem())}));
+                           uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
         boardChanged();
     });
 }
@@ -200,7 +200,7 @@ void T_MainForm::BaseBoxChange(uint32_t number) {
         const bool chosen = selection_.BaseBoxChange(number);
         SetErrorCode(chosen ? BoardStatus::Ready : BoardStatus::Error);
         if (!chosen)
-            messages_->add(MessageList::Kind::Detail, fromCodePage(selection_.problem()));
+            messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
         boardChanged();
     });
 }

@@ -18,7 +18,7 @@ void T_MainForm::buildSignalView() {
     std::string why;
     if (!scoper_.load(why)) {
         messages_->add(MessageList::Kind::Attention, uiText(TextId::ScoperaNotLoaded));
-        messages_->add(MessageList::Kind::Detail, fromCodePage(why));
+        messages_->add(MessageList::Kind::Detail, fromMessage(why));
     }
     showForm_ = new T_ShowForm(settings_, scoper_.object(), signalDock_);
     signalDock_->setWidget(showForm_);

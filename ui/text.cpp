@@ -4,6 +4,7 @@
 
 #include "language/language_table.h"
 #include "platform/codepage1251.h"
+#include "platform/utf.h"
 
 namespace tarno2 {
 
@@ -42,6 +43,11 @@ std::string toCodePage(const QString& text) {
     for (const QChar& character : text)
         result += utf16ToCp1251(std::u16string(1, character.unicode())).value_or("?");
     return result;
+}
+
+QString fromMessage(const std::string& text) {
+    const auto utf16 = utf8ToUtf16(text);
+    return utf16 ? QString::fromStdU16String(*utf16) : fromCodePage(text);
 }
 
 QString fromFileName(const std::string& name) {

@@ -20,6 +20,10 @@ namespace tarno2 {
 [[nodiscard]] QString fromCodePage(const std::string& text);
 [[nodiscard]] std::string toCodePage(const QString& text);
 
+/// What the recording logic reports: a text of the program, in its code page, or words of the system with names of
+/// files, where those are UTF-8.
+[[nodiscard]] QString fromMessage(const std::string& text);
+
 /// File names between the system's own bytes and the windows.
 [[nodiscard]] QString fromFileName(const std::string& name);
 [[nodiscard]] std::string toFileName(const QString& name);

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "language/language_table.h"
+#include "platform/codepage1251.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/core/rig.h"
@@ -291,6 +292,16 @@ TEST(RecordingControl, StopByUser) {
     EXPECT_EQ(
         firstMissing(log.finish(), {"Stop - By user", "StartButtonClick", "Already run", "StopButtonClick", "Stop ok"}),
         "");
+}
+
+TEST(RecordingControl, SaysWhereAnEarlierRecordingWent) {
+    ControlRig rig;
+    rig.attach();
+    rig.shell.name = rig.folder.write("опыт.dat", "earlier");
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    rig.control.StopButtonClick();
+    EXPECT_TRUE(rig.shell.hasShown(utf8ToCp1251("опыт_old1.dat").value())) << "in the encoding of messages";
+    EXPECT_EQ(readFile(rig.folder.file("опыт_old1.dat")), "earlier");
 }
 
 TEST(RecordingControl, StopTimer) {

@@ -28,5 +28,11 @@ TEST(UiText, CodePageTextsGoBothWays) {
     EXPECT_EQ(toCodePage(QStringLiteral("5 \u4E2D V")), "5 ? V");
 }
 
+TEST(UiText, MessagesOfTheSystemAndOfTheProgramAreRead) {
+    const QString words = QStringLiteral("Нет места на диске");
+    EXPECT_EQ(fromMessage(words.toStdString()), words);
+    EXPECT_EQ(fromMessage(toCodePage(words)), words);
+}
+
 }  // namespace
 }  // namespace tarno2

@@ -103,7 +103,7 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
     boardUsable_ = selection.driver().startAllowed();
     driverLoaded_ = selection.driver().loaded();
     driverName_ = fromFileName(selection.driverName());
-    problem_ = QString::fromLocal8Bit(selection.problem().c_str());
+    problem_ = fromMessage(selection.problem());
     fillDrivers(selection);
     fillBoards(selection);
     fillDrqNumbers(selection);
