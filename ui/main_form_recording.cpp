@@ -10,6 +10,7 @@
 #include "config/debug_log.h"
 #include "config/disk_info.h"
 #include "config/figure_text.h"
+#include "config/file_naming.h"
 #include "config/settings_file.h"
 #include "config/version.h"
 #include "core/auto_recording.h"
@@ -20,7 +21,6 @@
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "platform/paths.h"
-#include "records/record_description.h"
 #include "ui/additional_mode_window.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
@@ -255,6 +255,7 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
         default:
             break;
     }
+    strip_->setLosses(result.losses.size());
     messages_->add(MessageList::Kind::Information,
                    uiText(TextId::RecordingEnded, {frameCount(result.bytes), QString::number(result.files)}));
 }
@@ -330,7 +331,8 @@ void T_MainForm::beginRun() {
     frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
     runBegun_ = !session.settings.externalStart;
     progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
-    strip_->setDescription(fromFileName(RecordDescription::fileNameFor(runFile_)));
+    strip_->setLosses(0);
+    strip_->setLossList(fromFileName(lossLedgerNameFor(runFile_)));
     messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
     showRunningSignal();
     setLocked(true);
@@ -368,7 +370,6 @@ void T_MainForm::refreshRun() {
     texts.loadWarns = session->worstLoad() >= kHighLoad;
     texts.files = QString::number(session->writer().fileCount());
     texts.events = fromCodePage(formatCount(session->eventCount()));
-    texts.losses = QStringLiteral("0");
     strip_->setFigures(texts);
     setState(!runBegun_ ? RunState::WaitingForStart : texts.loadWarns ? RunState::Warning : RunState::Recording);
     setWindowTitle(texts.elapsed + QLatin1Char(' ') + plainText(stateText(strip_->state())) + QStringLiteral(" - ") +

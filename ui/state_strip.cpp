@@ -174,8 +174,6 @@ void StateStrip::setFigures(const RunTexts& texts) {
     load_->setValue(texts.load);
     files_->setValue(texts.files);
     events_->setValue(texts.events);
-    losses_->setWarning(texts.lossesWarn);
-    losses_->setValue(texts.losses);
 }
 
 void StateStrip::showNothing() {
@@ -183,9 +181,10 @@ void StateStrip::showNothing() {
     texts.elapsed = fromCodePage(formatDuration(0));
     texts.written = fromCodePage(formatFreeSpace(0));
     texts.rate = fromCodePage(formatRate(0.0));
-    texts.frames = texts.files = texts.events = texts.losses = QStringLiteral("0");
+    texts.frames = texts.files = texts.events = QStringLiteral("0");
     texts.load = QStringLiteral("0 %");
     setFigures(texts);
+    setLosses(0);
 }
 
 void StateStrip::setProgress(int percent) {
@@ -198,9 +197,14 @@ void StateStrip::setAttention(const QString& message) {
     attention_->setVisible(!message.isEmpty());
 }
 
-void StateStrip::setDescription(const QString& fileName) {
-    description_ = fileName;
-    losses_->setToolTip(uiText(TextId::RunLossesHint, {description_}));
+void StateStrip::setLosses(size_t count) {
+    losses_->setWarning(count != 0);
+    losses_->setValue(QString::number(count));
+}
+
+void StateStrip::setLossList(const QString& fileName) {
+    lossList_ = fileName;
+    losses_->setToolTip(uiText(TextId::RunLossesHint, {lossList_}));
 }
 
 void StateStrip::retranslate() {
@@ -220,7 +224,7 @@ void StateStrip::retranslate() {
     files_->setCaption(uiText(TextId::RunFiles));
     events_->setCaption(uiText(TextId::RunEvents));
     losses_->setCaption(uiText(TextId::RunLosses));
-    setDescription(description_);
+    setLossList(lossList_);
     const QFontMetrics metrics(scaled(font(), kStateFont, true));
     int widest = 0;
     for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped})

@@ -32,8 +32,6 @@ struct RunTexts {
     QString load;
     QString files;
     QString events;
-    QString losses;
-    bool lossesWarn = false;
     bool loadWarns = false;
 };
 
@@ -53,8 +51,10 @@ public:
     void setProgress(int percent);
     /// Stays until the next one; empty takes it away.
     void setAttention(const QString& message);
-    /// The file whose description lists the losses, for their hint.
-    void setDescription(const QString& fileName);
+    /// How many losses the recording has had.
+    void setLosses(size_t count);
+    /// The file that lists them, for their hint.
+    void setLossList(const QString& fileName);
     void retranslate();
 
     [[nodiscard]] QPushButton& startButton() { return *start_; }
@@ -85,7 +85,7 @@ private:
     FigureCell* events_;
     FigureCell* losses_;
     QLabel* attention_ = nullptr;
-    QString description_;
+    QString lossList_;
 };
 
 }  // namespace tarno2
