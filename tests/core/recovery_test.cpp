@@ -5,7 +5,6 @@
 
 #include "config/file_naming.h"
 #include "core/data_writer.h"
-#include "core/loss.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "tests/core/rig.h"
