@@ -10,6 +10,7 @@
 #include "core/piece_description.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
+#include "platform/codepage1251.h"
 #include "platform/paths.h"
 
 namespace tarno2 {
@@ -21,6 +22,11 @@ constexpr std::string_view kJournalExtension = ".journal";
 RecoveryReport failed(std::string name, const std::string& problem) {
     DEBUG_LOG("!!!!! \"%s\" not recovered: %s", name.c_str(), problem.c_str());
     return {RecoveryReport::Outcome::Failed, std::move(name), 0, problem};
+}
+
+/// Names of files and words of the system are UTF-8 on some systems.
+std::string inCodePage(const std::string& text) {
+    return utf8ToCp1251(text).value_or(text);
 }
 
 std::string baseOf(const std::string& journalName) {
@@ -142,16 +148,18 @@ std::optional<RecoveryReport> recoverHeld(RecordingJournal& journal) {
 }  // namespace
 
 std::string RecoveryReport::text() const {
+    const std::string shownName = inCodePage(name);
     switch (outcome) {
         case Outcome::Recovered:
-            return formatText(tarno2::text(TextId::RecordingRecovered).c_str(), name.c_str(),
+            return formatText(tarno2::text(TextId::RecordingRecovered).c_str(), shownName.c_str(),
                               formatCount(frames).c_str());
         case Outcome::InProgress:
-            return formatText(tarno2::text(TextId::RecordingInProgress).c_str(), name.c_str());
+            return formatText(tarno2::text(TextId::RecordingInProgress).c_str(), shownName.c_str());
         case Outcome::Failed:
             break;
     }
-    return formatText(tarno2::text(TextId::RecordingNotRecovered).c_str(), name.c_str(), problem.c_str());
+    return formatText(tarno2::text(TextId::RecordingNotRecovered).c_str(), shownName.c_str(),
+                      inCodePage(problem).c_str());
 }
 
 std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {
