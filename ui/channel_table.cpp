@@ -198,28 +198,36 @@ bool ChannelTable::digitTyped(const QString& digit) {
 }
 
 void ChannelTable::keyPressEvent(QKeyEvent* event) {
-    const bool control = (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0;
-    const QString typed = event->text();
     if (event->matches(QKeySequence::SelectAll)) {
         selectAll();
-    } else if (locked_) {
+    } else if (locked_ || !changedByKey(*event)) {
         QTableView::keyPressEvent(event);
-    } else if (event->key() == Qt::Key_I && event->modifiers() == Qt::ControlModifier) {
+    }
+}
+
+/// False when the key is none of those that change channels.
+bool ChannelTable::changedByKey(const QKeyEvent& event) {
+    if (event.key() == Qt::Key_I && event.modifiers() == Qt::ControlModifier) {
         invertSelection();
-    } else if (control) {
-        QTableView::keyPressEvent(event);
-    } else if (event->key() == Qt::Key_Space) {
+        return true;
+    }
+    if ((event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0) {
+        return false;
+    }
+    const QString typed = event.text();
+    if (event.key() == Qt::Key_Space) {
         toggleMarked();
     } else if (typed == QLatin1String("+") || typed == QLatin1String("-")) {
         model_->stepGain(markedRows(), typed == QLatin1String("+") ? 1 : -1);
     } else if (typed.size() == 1 && typed[0].isDigit()) {
         digitTyped(typed);
-    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_F2) &&
+    } else if ((event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_F2) &&
                currentIndex().column() == ChannelModel::Color) {
         chooseColor(currentIndex().row());
     } else {
-        QTableView::keyPressEvent(event);
+        return false;
     }
+    return true;
 }
 
 void ChannelTable::contextMenuEvent(QContextMenuEvent* event) {

@@ -62,7 +62,8 @@ private:
     [[nodiscard]] std::vector<int> markedRows() const;
     [[nodiscard]] std::vector<int> allRows() const;
     void toggleMarked();
-    bool digitTyped(const QString& text);
+    bool digitTyped(const QString& digit);
+    [[nodiscard]] bool changedByKey(const QKeyEvent& event);
     void chooseColor(int row);
     void fitColumns();
 

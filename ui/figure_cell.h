@@ -12,7 +12,7 @@ namespace tarno2 {
 class FigureCell : public QWidget {
 public:
     enum class Shape { Large, Small };  ///< the caption above a large figure, or before a small one
-    FigureCell(Shape shape, const QString& widest, QWidget* parent);
+    FigureCell(Shape shape, QString widest, QWidget* parent);
 
     void setCaption(const QString& caption);
     void setValue(const QString& value);

@@ -5,6 +5,7 @@
 #include <array>
 #include <exception>
 #include <optional>
+#include <string>
 
 #include "apps/console/console_program.h"
 #include "apps/console/stop_relay.h"
@@ -67,12 +68,12 @@ bool displayCanBeOpened() {
     });
 }
 
-int runWindowProgram(char* program, const CommandLine& line) {
+int runWindowProgram(std::string program, const CommandLine& line) {
     // The watch for signals comes before the threads of the toolkit.
     StopRelay relay;
     TerminationWatcher watcher([&relay] { relay.request(); });
     int count = 1;
-    std::array<char*, 2> arguments = {program, nullptr};
+    std::array<char*, 2> arguments = {program.data(), nullptr};
     Application application(count, arguments.data());
     Application::setApplicationName(QStringLiteral("Tarno2"));
     Application::setWindowIcon(programIcon());

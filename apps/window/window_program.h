@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "config/command_line.h"
 
 namespace tarno2 {
@@ -9,6 +11,6 @@ namespace tarno2 {
 
 /// The program with its window: interactive, or console mode with a minimised one, or the text that tells how to use
 /// it. Returns the exit status, which is 0. `program` is its name as it was called.
-int runWindowProgram(char* program, const CommandLine& line);
+int runWindowProgram(std::string program, const CommandLine& line);
 
 }  // namespace tarno2

@@ -59,7 +59,7 @@ protected:
     }
     std::string recorded(int count) {
         std::vector<int16_t> words = frames(0, count);
-        const std::string name =
+        std::string name =
             folder_.write("signal.dat", {reinterpret_cast<const char*>(words.data()), words.size() * sizeof(int16_t)});
         RecordDescription description;
         description.setFrequency(2000.0);

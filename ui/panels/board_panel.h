@@ -14,7 +14,7 @@ class OptionBox;
 
 /// Driver, board, DRQ number, and what the board can switch: `DriverBox`, `BaseBox`, `DrqBox`, `DiffModeBox`,
 /// `DigitalPortBox`, `HardwareAverageBox`, `BoardFactsLabel`.
-class BoardPanel : public SettingsPanel {
+class BoardPanel final : public SettingsPanel {
     Q_OBJECT
 
 public:

@@ -17,7 +17,7 @@ class OptionBox;
 /// The channel table with its commands: `ChannelTable`, `SelectAllButton`, `InvertSelectionButton`, `SameGainBox`,
 /// `ExtendedChannelModeBox`, `ResetExtremesButton`, `ActiveChannelsLabel`. While locked the table still scrolls and
 /// shows readings.
-class ChannelsPanel : public SettingsPanel {
+class ChannelsPanel final : public SettingsPanel {
     Q_OBJECT
 
 public:

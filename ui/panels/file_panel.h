@@ -21,7 +21,7 @@ class OptionBox;
 /// `StopPowerBox`, `CutModeBox`, `CutModeValueBox`, `AutoModeCutBox`, `HDDTestSpeedBox`, and the labels
 /// `FreeSpaceLabel`, `DiskSpeedLabel`, `NeedLabel`, `DiskLastsLabel`, `PiecesLabel`, `FileProblemLabel`,
 /// `DiskWarningLabel`.
-class FilePanel : public SettingsPanel {
+class FilePanel final : public SettingsPanel {
     Q_OBJECT
 
 public:

@@ -18,7 +18,7 @@ class OptionBox;
 
 /// How the board measures: `FrequencyBox` (a list, or a free field when the driver has none), `PacketModeBox`,
 /// `PacketFrequencyEdit`, `ExtFreqBox`, `ExtStartBox`, `DecimationBox`, `FrequencyPerChannelLabel`.
-class MeasuringPanel : public SettingsPanel {
+class MeasuringPanel final : public SettingsPanel {
     Q_OBJECT
 
 public:

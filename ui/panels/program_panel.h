@@ -17,7 +17,7 @@ class OptionBox;
 /// The program's own settings: `RussianChooseButton`, `EnglishChooseButton`, `StayOnTopBox`, `AutoStartOnRunBox`,
 /// `CycleStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `DebugLogPathLabel`, `ProgramFolderLabel`.
 /// What does not touch a running recording is never locked: language, place on top, cycle start, axis font.
-class ProgramPanel : public SettingsPanel {
+class ProgramPanel final : public SettingsPanel {
     Q_OBJECT
 
 public:
