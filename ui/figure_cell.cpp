@@ -3,18 +3,19 @@
 #include <QBoxLayout>
 #include <QEvent>
 #include <QLabel>
+#include <utility>
 
 namespace tarno2 {
 
 namespace {
 
-constexpr double kLargeFigure = 1.7;  // times the window's font
+constexpr double kLargeFigure = 2.1;  // times the window's font
 const QString kWarningSign = QStringLiteral("\u26A0 ");
 
 }  // namespace
 
-FigureCell::FigureCell(Shape shape, const QString& widest, QWidget* parent)
-    : QWidget(parent), widest_(widest), caption_(new QLabel(this)), value_(new QLabel(this)) {
+FigureCell::FigureCell(Shape shape, QString widest, QWidget* parent)
+    : QWidget(parent), widest_(std::move(widest)), caption_(new QLabel(this)), value_(new QLabel(this)) {
     auto* layout = new QBoxLayout(shape == Shape::Large ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight, this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(shape == Shape::Large ? 0 : 6);

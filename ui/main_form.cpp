@@ -105,7 +105,7 @@ void T_MainForm::buildCenter() {
     columns_->addWidget(right_);
     columns_->setStretchFactor(1, 1);
     columns_->setChildrenCollapsible(false);
-    columns_->setSizes({fontMetrics().averageCharWidth() * 44, fontMetrics().averageCharWidth() * 100});
+    columns_->setSizes({fontMetrics().averageCharWidth() * 50, fontMetrics().averageCharWidth() * 100});
     messages_ = new MessageList;
     rows_ = new QSplitter(Qt::Vertical);
     rows_->addWidget(columns_);
@@ -130,7 +130,13 @@ void T_MainForm::connectStrip() {
 }
 
 void T_MainForm::connectPanels() {
-    connect(panels_, &PanelStack::changed, this, [this] { guarded("ParamsIsChange", [this] { showNeed(); }); });
+    connect(panels_, &PanelStack::changed, this, [this] {
+        guarded("ParamsIsChange", [this] {
+            DEBUG_LOG("ParamsIsChange");
+            showNeed();
+            DEBUG_LOG("~ParamsIsChange");
+        });
+    });
     connect(boardPanel_, &BoardPanel::driverChosen, this, &T_MainForm::DriverBoxChange);
     connect(boardPanel_, &BoardPanel::baseChosen, this, &T_MainForm::BaseBoxChange);
     connect(boardPanel_, &BoardPanel::drqChosen, this, &T_MainForm::DrqBoxChange);

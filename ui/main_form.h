@@ -157,12 +157,15 @@ private:
     [[nodiscard]] bool answersAllowStart();
     void showRecovered(const std::vector<RecoveryReport>& reports);
     [[nodiscard]] bool ask(const QString& question, TextId go);
+    void tell(const QString& message);
     void updateState();
     void beginRun();
     void endRun();
     [[nodiscard]] bool isOfLastRun(const std::string& dataFile) const;
     void refreshRun();
+    void showLastFigures(const RecordingResult& result);
     [[nodiscard]] QString frameCount(uint64_t bytes) const;
+    [[nodiscard]] RunState idleState() const;
     void setState(RunState state);
     void setLocked(bool locked);
 
@@ -187,6 +190,7 @@ private:
     RecordingSettings runSettings_;
     uint32_t runNumber_ = 0;  ///< of its session; 0: none runs
     uint64_t frameBytes_ = 0;
+    RunTexts figures_;       ///< as they were shown last
     bool runBegun_ = false;  ///< the board has begun to measure
     RunState endState_ = RunState::Ready;
     std::string runFile_;
@@ -197,7 +201,8 @@ private:
     int64_t ticksGiven_ = 0;
     uint32_t tickPeriod_ = 0;
     QTimer refreshTimer_;
-    bool ending_ = false;  ///< closes without a question
+    QElapsedTimer diskClock_;  ///< since the free space was looked at
+    bool ending_ = false;      ///< closes without a question
     bool closed_ = false;
 
     StateStrip* strip_ = nullptr;
@@ -219,7 +224,7 @@ private:
 
     std::vector<std::pair<QAction*, TextId>> actions_;
     std::vector<std::pair<QMenu*, TextId>> menus_;
-    QMenu* SelectLanguageMenu = nullptr;
+    QMenu* selectLanguageMenu_ = nullptr;
     QAction* start_ = nullptr;
     QAction* stop_ = nullptr;
     QAction* cycle_ = nullptr;
@@ -233,8 +238,8 @@ private:
     QAction* showPanels_ = nullptr;
     QAction* showMessages_ = nullptr;
     QAction* extendedChannels_ = nullptr;
-    QAction* RussianChoose = nullptr;
-    QAction* EnglishChoose = nullptr;
+    QAction* russianChoose_ = nullptr;
+    QAction* englishChoose_ = nullptr;
 };
 
 template <typename Step>

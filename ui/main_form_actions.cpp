@@ -6,7 +6,6 @@
 #include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 
 #include "config/debug_log.h"
 #include "config/language_choice.h"
@@ -25,6 +24,7 @@
 #include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
+#include "ui/toolkit_texts.h"
 
 namespace tarno2 {
 
@@ -80,11 +80,11 @@ void T_MainForm::buildActions() {
     openRecording_ = addAction(TextId::MenuOpenRecording, &T_MainForm::OpenRecordingClick, QKeySequence::Open);
     digitalLines_ = addAction(TextId::DigitalLineSettings, &T_MainForm::DigitalSettingsClick);
     auto* languages = new QActionGroup(this);
-    RussianChoose = addAction(TextId::LanguageRussian, &T_MainForm::RussianChooseClick);
-    EnglishChoose = addAction(TextId::LanguageEnglish, &T_MainForm::EnglishChooseClick);
-    RussianChoose->setObjectName(QStringLiteral("RussianChoose"));
-    EnglishChoose->setObjectName(QStringLiteral("EnglishChoose"));
-    for (QAction* action : {RussianChoose, EnglishChoose}) {
+    russianChoose_ = addAction(TextId::LanguageRussian, &T_MainForm::RussianChooseClick);
+    englishChoose_ = addAction(TextId::LanguageEnglish, &T_MainForm::EnglishChooseClick);
+    russianChoose_->setObjectName(QStringLiteral("RussianChoose"));
+    englishChoose_->setObjectName(QStringLiteral("EnglishChoose"));
+    for (QAction* action : {russianChoose_, englishChoose_}) {
         action->setCheckable(true);
         languages->addAction(action);
     }
@@ -109,17 +109,18 @@ void T_MainForm::buildMenus() {
     view->addSeparator();
     view->addActions({showPanels_, showMessages_, extendedChannels_});
     QMenu* settings = addMenu(TextId::MenuSettings);
-    SelectLanguageMenu = settings->addMenu(QString());
-    SelectLanguageMenu->setObjectName(QStringLiteral("SelectLanguageMenu"));
-    menus_.emplace_back(SelectLanguageMenu, TextId::SelectLanguage);
+    selectLanguageMenu_ = settings->addMenu(QString());
+    selectLanguageMenu_->setObjectName(QStringLiteral("SelectLanguageMenu"));
+    menus_.emplace_back(selectLanguageMenu_, TextId::SelectLanguage);
     settings->addAction(digitalLines_);
-    SelectLanguageMenu->addActions({RussianChoose, EnglishChoose});
+    selectLanguageMenu_->addActions({russianChoose_, englishChoose_});
     QMenu* help = addMenu(TextId::MenuHelp);
     help->addAction(addAction(TextId::MenuManual, &T_MainForm::HelpClick, QKeySequence(Qt::Key_F1)));
     help->addAction(addAction(TextId::MenuAbout, &T_MainForm::AboutClick));
 }
 
 void T_MainForm::SetCaptions() {
+    translateToolkit();
     setWindowTitle(uiText(TextId::ProgramName));
     for (const auto& [action, id] : actions_)
         action->setText(uiText(id));
@@ -135,7 +136,7 @@ void T_MainForm::SetCaptions() {
     messages_->retranslate();
     statusLine_->retranslate();
     const bool russian = languageTable().selected() == kLanguageRussian;
-    (russian ? RussianChoose : EnglishChoose)->setChecked(true);
+    (russian ? russianChoose_ : englishChoose_)->setChecked(true);
     showBoardStatus();
     showDisk();
     showNeed();
@@ -145,7 +146,7 @@ void T_MainForm::SetCaptions() {
 void T_MainForm::SelectLanguageButtonClick() {
     guarded("SelectLanguageButtonClick", [this] {
         DEBUG_LOG("SelectLanguageButtonClick");
-        SelectLanguageMenu->popup(QCursor::pos());
+        selectLanguageMenu_->popup(QCursor::pos());
     });
 }
 
@@ -230,7 +231,7 @@ void T_MainForm::HelpClick() {
             return;
         messages_->add(MessageList::Kind::Attention, uiText(TextId::HelpNotFound));
         if (!control_.running())
-            QMessageBox::information(this, uiText(TextId::Information), uiText(TextId::HelpNotFound));
+            tell(uiText(TextId::HelpNotFound));
     });
 }
 

@@ -36,6 +36,7 @@ namespace tarno2 {
 
 namespace {
 
+constexpr qint64 kDiskPeriodMs = 5000;
 constexpr uint32_t kHighLoad = 800;  // thousandths of the ring; what is left is a tenth of a second or so
 
 }  // namespace
@@ -148,6 +149,12 @@ bool T_MainForm::ask(const QString& question, TextId go) {
     return box.clickedButton() == yes;
 }
 
+void T_MainForm::tell(const QString& message) {
+    QMessageBox box(QMessageBox::Information, uiText(TextId::ProgramName), message, QMessageBox::NoButton, this);
+    box.addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
+    box.exec();
+}
+
 bool T_MainForm::FormCloseQuery() {
     DEBUG_LOG("FormCloseQuery");
     if (closed_)
@@ -174,6 +181,9 @@ void T_MainForm::post(const Notification& notification) {
 
 void T_MainForm::handle(const Notification& notification) {
     guarded("Notification", [this, &notification] {
+        // Late news of a recording must not touch what the strip shows of the next one.
+        if (!control_.running() || control_.session()->number() == notification.session)
+            showLastFigures(notification.result);
         control_.OnNotification(notification);
         if (notification.result.code == StopCode::Unplug)
             SetErrorCode(BoardStatus::Unplugged);
@@ -244,7 +254,8 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
             break;
         case StopCode::StopMeasuring:
             endState_ = RunState::Stopped;
-            messages_->add(MessageList::Kind::Information, uiText(TextId::EndedByCondition));
+            if (!result.diskNearlyFull)
+                messages_->add(MessageList::Kind::Information, uiText(TextId::EndedByCondition));
             break;
         case StopCode::WriteError:
             attention(TextId::DataWriteError);
@@ -260,6 +271,18 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
                    uiText(TextId::RecordingEnded, {frameCount(result.bytes), QString::number(result.files)}));
 }
 
+// What came in after the strip was refreshed last counts too.
+void T_MainForm::showLastFigures(const RecordingResult& result) {
+    if (result.bytes == 0)
+        return;
+    figures_.written = fromCodePage(formatFreeSpace(result.bytes));
+    figures_.frames = frameCount(result.bytes);
+    figures_.files = QString::number(result.files);
+    if (runSettings_.stopRule == StopRule::Size && result.bytes >= runSettings_.stopBytes)
+        showProgress(100);
+    strip_->setFigures(figures_);
+}
+
 QString T_MainForm::frameCount(uint64_t bytes) const {
     return fromCodePage(formatCount(frameBytes_ == 0 ? 0 : bytes / frameBytes_));
 }
@@ -268,7 +291,10 @@ QString T_MainForm::frameCount(uint64_t bytes) const {
 void T_MainForm::showBytes(uint64_t /*bytes*/) {}
 
 void T_MainForm::showProgress(int percent) {
-    strip_->setProgress(percent);
+    figures_.percent = percent;
+    if (percent == 100)
+        figures_.remaining = fromCodePage(formatDuration(0));
+    strip_->setFigures(figures_);
 }
 
 void T_MainForm::startTimer(uint32_t milliseconds) {
@@ -312,13 +338,14 @@ void T_MainForm::updateState() {
     stop_->setEnabled(session != nullptr);
     strip_->stopButton().setEnabled(session != nullptr);
     if (session == nullptr)
-        setState(endState_);
+        setState(idleState());
     refreshRun();
 }
 
 void T_MainForm::beginRun() {
     T_BOARD& session = *control_.session();
     runNumber_ = session.number();
+    endState_ = RunState::Ready;
     runSettings_ = settings();
     runFile_ = fileName();
     runInputs_ = {};
@@ -334,13 +361,18 @@ void T_MainForm::beginRun() {
     strip_->setLosses(0);
     strip_->setLossList(fromFileName(lossLedgerNameFor(runFile_)));
     messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
+    SetErrorCode(BoardStatus::Ready);
     showRunningSignal();
     setLocked(true);
+    diskClock_.start();
     refreshTimer_.start();
 }
 
 void T_MainForm::endRun() {
     runNumber_ = 0;
+    // How it ended comes with the last notification.
+    if (endState_ == RunState::Ready)
+        endState_ = RunState::Stopped;
     showForm_->recordingStopped();
     refreshTimer_.stop();
     setLocked(false);
@@ -358,10 +390,9 @@ void T_MainForm::refreshRun() {
     }
     const uint64_t bytes = session->writer().totalBytes();
     const RecordingFigures figures = progress_.update(bytes, tickCount());
-    RunTexts texts;
+    RunTexts& texts = figures_;
     texts.elapsed = fromCodePage(formatDuration(runBegun_ ? figures.elapsedSeconds : 0));
-    if (figures.remainingSeconds)
-        texts.remaining = fromCodePage(formatDuration(*figures.remainingSeconds));
+    texts.remaining = figures.remainingSeconds ? fromCodePage(formatDuration(*figures.remainingSeconds)) : QString();
     texts.percent = figures.percent;
     texts.written = fromCodePage(formatFreeSpace(bytes));
     texts.rate = fromCodePage(formatRate(figures.bytesPerSecond));
@@ -371,9 +402,18 @@ void T_MainForm::refreshRun() {
     texts.files = QString::number(session->writer().fileCount());
     texts.events = fromCodePage(formatCount(session->eventCount()));
     strip_->setFigures(texts);
+    if (diskClock_.hasExpired(kDiskPeriodMs)) {
+        diskClock_.start();
+        refreshDisk();
+    }
     setState(!runBegun_ ? RunState::WaitingForStart : texts.loadWarns ? RunState::Warning : RunState::Recording);
     setWindowTitle(texts.elapsed + QLatin1Char(' ') + plainText(stateText(strip_->state())) + QStringLiteral(" - ") +
                    uiText(TextId::ProgramName));
+}
+
+// A board that can't be used is no less an error before the first start.
+RunState T_MainForm::idleState() const {
+    return endState_ == RunState::Ready && boardStatus_ != BoardStatus::Ready ? RunState::Error : endState_;
 }
 
 void T_MainForm::setState(RunState state) {

@@ -2,7 +2,6 @@
 
 #include <QDockWidget>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QScreen>
 #include <algorithm>
 
@@ -178,6 +177,8 @@ void T_MainForm::showBoardStatus() {
     if (const std::string& driver = selection_.driverName(); !driver.empty())
         shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
     statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);
+    if (!control_.running())
+        setState(idleState());
 }
 
 void T_MainForm::DriverBoxChange(const QString& name) {
@@ -324,8 +325,7 @@ void T_MainForm::saveSettings() {
     storePlaces();
     settings_.fileName = fileName();
     if (!WriteConfig(programDirectory_, settings_) && !ending_)
-        QMessageBox::warning(this, uiText(TextId::ProgramName),
-                             uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
+        tell(uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
 }
 
 }  // namespace tarno2

@@ -16,11 +16,19 @@ class ShortenedLabel : public QLabel {
 public:
     explicit ShortenedLabel(QWidget* parent) : QLabel(parent) {
         setTextFormat(Qt::PlainText);
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     }
     void setWhole(const QString& text) {
         whole_ = text;
+        updateGeometry();
         fit();
+    }
+    [[nodiscard]] QSize sizeHint() const override {
+        return {fontMetrics().horizontalAdvance(whole_) + fontMetrics().averageCharWidth(),
+                QLabel::sizeHint().height()};
+    }
+    [[nodiscard]] QSize minimumSizeHint() const override {
+        return {fontMetrics().averageCharWidth() * 4, QLabel::minimumSizeHint().height()};
     }
 
 protected:
@@ -60,9 +68,9 @@ MainStatusBar::MainStatusBar(QWidget* parent) : QStatusBar(parent) {
     languageButton_ = new QToolButton(this);
     languageButton_->setObjectName(QStringLiteral("SelectLanguageButton"));
     languageButton_->setFocusPolicy(Qt::TabFocus);
-    addWidget(board_, 3);
-    addWidget(disk_, 4);
-    addWidget(need_, 5);
+    addWidget(board_);
+    addWidget(disk_);
+    addWidget(need_);
     addPermanentWidget(languageLabel_);
     addPermanentWidget(languageButton_);
     for (const QToolButton* button : {languageLabel_, languageButton_})

@@ -47,7 +47,7 @@ const StateLook& lookOf(RunState state) {
     return kLooks.at(static_cast<size_t>(state));
 }
 
-constexpr double kStateFont = 1.9;   // times the window's font
+constexpr double kStateFont = 2.3;   // times the window's font
 constexpr double kStateSmall = 1.1;  // for words that need two lines
 
 QFont scaled(QFont font, double factor, bool bold) {
@@ -92,7 +92,7 @@ void StateStrip::buildUpperRow(QVBoxLayout* column) {
         auto* made = new QPushButton(this);
         made->setObjectName(QLatin1String(name));
         made->setIcon(style()->standardIcon(icon));
-        made->setMinimumHeight(fontMetrics().height() * 5 / 2);
+        made->setMinimumHeight(fontMetrics().height() * 3);
         row->addWidget(made);
         return made;
     };
@@ -114,7 +114,7 @@ void StateStrip::buildUpperRow(QVBoxLayout* column) {
     progress_ = new QProgressBar(this);
     progress_->setObjectName(QStringLiteral("ProgressBar"));
     progress_->setRange(0, 100);
-    progress_->setMinimumWidth(fontMetrics().horizontalAdvance(QLatin1Char('8')) * 8);
+    progress_->setMinimumWidth(fontMetrics().horizontalAdvance(QLatin1Char('8')) * 6);
     QSizePolicy policy = progress_->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     progress_->setSizePolicy(policy);
@@ -187,11 +187,6 @@ void StateStrip::showNothing() {
     setLosses(0);
 }
 
-void StateStrip::setProgress(int percent) {
-    progress_->setVisible(true);
-    progress_->setValue(percent);
-}
-
 void StateStrip::setAttention(const QString& message) {
     attention_->setText(message);
     attention_->setVisible(!message.isEmpty());
@@ -210,7 +205,8 @@ void StateStrip::setLossList(const QString& fileName) {
 void StateStrip::retranslate() {
     start_->setText(uiText(TextId::CommandStart) + QStringLiteral("  F5"));
     stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("  F6"));
-    cycle_->setText(uiText(TextId::CommandCycleStart));
+    // Two lines leave more room for the figures.
+    cycle_->setText(uiText(TextId::CommandCycleStart).replace(QLatin1Char(' '), QLatin1Char('\n')));
     cycle_->setToolTip(uiText(TextId::CycleStartHint));
     elapsed_->setCaption(uiText(TextId::RunElapsed));
     remaining_->setCaption(uiText(TextId::RunRemaining));

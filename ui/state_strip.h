@@ -48,7 +48,6 @@ public:
     void setFigures(const RunTexts& texts);
     /// The figures before the first recording.
     void showNothing();
-    void setProgress(int percent);
     /// Stays until the next one; empty takes it away.
     void setAttention(const QString& message);
     /// How many losses the recording has had.
@@ -70,20 +69,20 @@ private:
     void showState();
 
     RunState state_ = RunState::Ready;
-    QPushButton* start_;
-    QPushButton* stop_;
-    QPushButton* cycle_;
-    QLabel* word_;
-    FigureCell* elapsed_;
-    FigureCell* remaining_;
-    QProgressBar* progress_;
-    FigureCell* written_;
-    FigureCell* rate_;
-    FigureCell* frames_;
-    FigureCell* load_;
-    FigureCell* files_;
-    FigureCell* events_;
-    FigureCell* losses_;
+    QPushButton* start_ = nullptr;
+    QPushButton* stop_ = nullptr;
+    QPushButton* cycle_ = nullptr;
+    QLabel* word_ = nullptr;
+    FigureCell* elapsed_ = nullptr;
+    FigureCell* remaining_ = nullptr;
+    QProgressBar* progress_ = nullptr;
+    FigureCell* written_ = nullptr;
+    FigureCell* rate_ = nullptr;
+    FigureCell* frames_ = nullptr;
+    FigureCell* load_ = nullptr;
+    FigureCell* files_ = nullptr;
+    FigureCell* events_ = nullptr;
+    FigureCell* losses_ = nullptr;
     QLabel* attention_ = nullptr;
     QString lossList_;
 };

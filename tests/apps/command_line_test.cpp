@@ -40,6 +40,26 @@ TEST(CommandLine, TakesThePathAsItStands) {
     EXPECT_EQ(checkRecording({rig.file("run_old1.dat")}, {}), 2000U) << rig.autoLog();
 }
 
+// With a window, minimised, where one can be had; a display that is not there is as good as none.
+TEST(CommandLine, RecordsWithOrWithoutAWindow) {
+    const std::pair<const char*, const char*> surroundings[] = {{"DISPLAY", ":9999"},
+                                                                {"DISPLAY", "no.such.host:0"},
+                                                                {"QT_QPA_PLATFORM", "offscreen"},
+                                                                {"QT_QPA_PLATFORM", "x"}};
+    for (const auto& [name, value] : surroundings) {
+        SCOPED_TRACE(std::string(name) + '=' + value);
+        const ScopedEnvironment surrounding(name, value);
+        const RecordingRig rig;
+        Wish wish;
+        wish.bytes = 4000;
+        const ScopedEnvironment settings("TARNO2_SIMULATOR", "RealTime=0;Signal=Counter");
+        rig.run("Tarno2", {"/c", rig.writeSettings(wish)});
+        EXPECT_EQ(checkRecording({rig.file("run.dat")}, {}), 2000U) << rig.autoLog();
+        EXPECT_THAT(rig.autoLog(), HasSubstr("Stop - By stop measuring\r\n"));
+        EXPECT_FALSE(rig.exists("Tarno2.cfg"));
+    }
+}
+
 TEST(CommandLine, TakesQuotesAsPartOfThePath) {
     const RecordingRig rig;
     const std::string path = '"' + rig.writeSettings({}) + '"';
