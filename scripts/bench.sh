@@ -7,6 +7,7 @@
 #   scripts/bench.sh --plot                a paint of full-height noise against a bare painter
 #   scripts/bench.sh --view                the signal view at work under a recording
 #   scripts/bench.sh --times [OPTION...]   the times instead; options are Google Benchmark's
+#   scripts/bench.sh --window              the main window with 160 channels, and how long it takes to appear
 #   scripts/bench.sh --synchro             the evaluator against copying
 #   scripts/bench.sh --export              the conversion to text against fprintf and against copying
 #
@@ -17,13 +18,14 @@ cd "$(dirname "$0")/.."
 source scripts/common.sh
 
 install_packages "${BUILD_PACKAGES[@]}" libbenchmark-dev
+[ "${1:-}" != --window ] || install_packages xvfb xauth
 use_ccache
 # A tree that was configured already keeps its tests; a new one needs none here.
 configuration=(-DTARNO2_BENCH=ON)
 [ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
 cmake --preset release "${configuration[@]}"
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
-    tarno2-bench-display tarno2-bench-export tarno2-bench-plot tarno2-bench-view simulator scopera
+    tarno2-bench-display tarno2-bench-export tarno2-bench-plot tarno2-bench-view tarno2-bench-window simulator scopera
 bin=$PWD/build/release/bin
 
 # A relative folder counts from where the script was called.
@@ -35,6 +37,7 @@ fi
 [ "${1:-}" != --stalls ] || exec "$bin/tarno2-bench-stall"
 [ "${1:-}" != --synchro ] || exec "$bin/tarno2-bench-synchro"
 [ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
+[ "${1:-}" != --window ] || exec xvfb-run -a -s '-screen 0 1280x1024x24' "$bin/tarno2-bench-window"
 [ "${1:-}" != --export ] || exec "$bin/tarno2-bench-export"
 [ "${1:-}" != --plot ] || exec "$bin/tarno2-bench-plot"
 [ "${1:-}" != --view ] || exec "$bin/tarno2-bench-view"
