@@ -199,7 +199,7 @@ void StateStrip::setLosses(size_t count) {
 
 void StateStrip::setLossList(const QString& fileName) {
     lossList_ = fileName;
-    losses_->setToolTip(uiText(TextId::RunLossesHint, {lossList_}));
+    losses_->setToolTip(lossList_.isEmpty() ? QString() : uiText(TextId::RunLossesHint, {lossList_}));
 }
 
 void StateStrip::retranslate() {

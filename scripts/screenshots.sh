@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# Makes the pictures of the README and the manual from the real program: builds it, shows it on a screen of its own,
+# operates it with keys as a user would, and keeps what is seen, in English and in Russian.
+#
+#   scripts/screenshots.sh [FOLDER]     docs/pictures without a folder
+set -euo pipefail
+folder=$(realpath -m "${1:-$(dirname "$0")/../docs/pictures}")
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+
+install_packages "${BUILD_PACKAGES[@]}" xvfb xdotool imagemagick fonts-dejavu-core \
+    qt6-translations-l10n
+use_ccache
+# A tree that was configured already keeps its tests; a new one needs none here.
+configuration=()
+[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
+cmake --preset release "${configuration[@]}"
+cmake --build --preset release
+bin=$PWD/build/release/bin
+
+mkdir -p "$folder"
+# What stands here is seen in the pictures.
+home=/tmp/Tarno2
+[ ! -e "$home" ] || fail "$home is in the way"
+screen=
+program=
+clean_up() {
+    [ -z "$program" ] || kill "$program" 2>/dev/null || true
+    [ -z "$screen" ] || kill "$screen" 2>/dev/null || true
+    rm -rf "$home"
+}
+trap clean_up EXIT
+
+start_screen() {
+    local number=$home.display
+    Xvfb -displayfd 1 -screen 0 1024x768x24 >"$number" 2>/dev/null &
+    screen=$!
+    local i
+    for i in $(seq 100); do
+        [ -s "$number" ] && break
+        sleep 0.1
+    done
+    [ -s "$number" ] || fail "No screen"
+    DISPLAY=:$(cat "$number")
+    export DISPLAY
+    rm "$number"
+}
+
+# The settings of an operator: four channels of the simulated board, ten minutes.
+write_settings() {
+    mkdir -p "$home/Data"
+    printf '%s\r\n' "Language = $1" 'Driver = Simulator' 'Base = 1' 'Frequency = 200000' \
+        "FileName = $home/Data/engine.dat" 'StopMode = 1' 'StopValue = 10' 'StopPower = 1' 'HDDTestSpeed = 0' \
+        'ActiveChannel = 1 1 1 1 ' 'ShowSettingMember = 2' 'ExtendedChannelMode = 1' 'MainFormPos = 0 0 1024 768 ' \
+        'FollowToData = 1' 'AxisXValue = 500' 'AxisXUnit = 2' >"$home/Tarno2.cfg"
+}
+
+windows() {
+    xdotool search --onlyvisible --class Tarno2 | sort
+}
+
+# Gives a window the keys: nobody manages windows here.
+focus() {
+    xdotool windowfocus --sync "$1"
+    sleep 0.3
+}
+
+# Keeps the picture of the screen, or of a window on it, under a name.
+keep() {
+    import -window "${2:-root}" -strip -colors 64 "png8:$folder/${language}_$1.png"
+    echo "$folder/${language}_$1.png"
+}
+
+# Presses keys one after the other and waits until they were answered.
+press() {
+    local key
+    for key in "$@"; do
+        xdotool key "$key"
+        sleep 0.7
+    done
+}
+
+# Opens a window by keys, keeps its picture under a name and closes it.
+keep_window() {
+    local name=$1 key window=$main
+    shift
+    for key in "$@"; do
+        focus "$window"
+        press "$key"
+        window=$(windows | grep -vx "$main" | tail -n 1)
+        [ -n "$window" ] || fail "$key opened no window"
+    done
+    focus "$window"
+    keep "$name" "$window"
+    press Escape
+    focus "$main"
+}
+
+take_pictures() {
+    write_settings "$1"
+    TARNO2_HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=C.UTF-8 "$bin/Tarno2" 2>"$home/output" &
+    program=$!
+    main=$(timeout 30 xdotool search --sync --onlyvisible --name Tarno2 | head -n 1)
+    focus "$main"
+    sleep 1
+    keep ready
+    press F5
+    sleep 4
+    keep recording
+    press alt+4
+    keep channels
+    press F6
+    press alt+1
+    keep board
+    press alt+2
+    keep measuring
+    press alt+5
+    keep program
+    press alt+3
+    keep_window synchronisation F7
+    keep_window export ctrl+t Return
+    press ctrl+q
+    wait "$program"
+    program=
+    rm -rf "$home"
+}
+
+start_screen
+language=en take_pictures 1
+language=ru take_pictures 0
