@@ -5,7 +5,6 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
@@ -14,6 +13,7 @@
 #include "config/figure_text.h"
 #include "ui/figure_cell.h"
 #include "ui/text.h"
+#include "ui/view_icons.h"
 
 namespace tarno2 {
 
@@ -88,18 +88,18 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
 void StateStrip::buildUpperRow(QVBoxLayout* column) {
     auto* row = new QHBoxLayout;
     row->setSpacing(8);
-    const auto button = [this, row](const char* name, QStyle::StandardPixmap icon) {
+    const auto button = [this, row](const char* name) {
         auto* made = new QPushButton(this);
         made->setObjectName(QLatin1String(name));
-        made->setIcon(style()->standardIcon(icon));
         made->setMinimumHeight(fontMetrics().height() * 3);
         row->addWidget(made);
         return made;
     };
-    start_ = button("StartButton", QStyle::SP_MediaPlay);
-    stop_ = button("StopButton", QStyle::SP_MediaStop);
-    cycle_ = button("btnAutoStart", QStyle::SP_BrowserReload);
+    start_ = button("StartButton");
+    stop_ = button("StopButton");
+    cycle_ = button("btnAutoStart");
     cycle_->setCheckable(true);
+    drawIcons();
 
     word_ = new QLabel(this);
     word_->setObjectName(QStringLiteral("StateLabel"));
@@ -121,6 +121,12 @@ void StateStrip::buildUpperRow(QVBoxLayout* column) {
     progress_->hide();
     row->addWidget(progress_, 1);
     column->addLayout(row);
+}
+
+void StateStrip::drawIcons() {
+    start_->setIcon(commandIcon(CommandIcon::Start, palette()));
+    stop_->setIcon(commandIcon(CommandIcon::Stop, palette()));
+    cycle_->setIcon(commandIcon(CommandIcon::Cycle, palette()));
 }
 
 void StateStrip::buildLowerRow(QVBoxLayout* column) {
@@ -232,8 +238,12 @@ void StateStrip::retranslate() {
 
 void StateStrip::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange && attention_ != nullptr)
+    if (attention_ == nullptr)
+        return;
+    if (event->type() == QEvent::FontChange)
         retranslate();
+    else if (event->type() == QEvent::PaletteChange)
+        drawIcons();
 }
 
 }  // namespace tarno2

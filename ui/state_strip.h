@@ -66,6 +66,7 @@ protected:
 private:
     void buildUpperRow(QVBoxLayout* column);
     void buildLowerRow(QVBoxLayout* column);
+    void drawIcons();
     void showState();
 
     RunState state_ = RunState::Ready;

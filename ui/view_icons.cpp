@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <utility>
 
 namespace tarno2 {
 
@@ -39,26 +40,58 @@ void drawMode(QPainter& painter, int mode) {
     }
 }
 
-QPixmap pixmap(int mode, const QColor& color, int scale) {
-    QPixmap result(kSize * scale, kSize * scale);
-    result.setDevicePixelRatio(scale);
-    result.fill(Qt::transparent);
-    QPainter painter(&result);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color, 1.4));
-    drawMode(painter, mode);
-    return result;
+void drawCommand(QPainter& painter, CommandIcon command) {
+    const QColor color = painter.pen().color();
+    switch (command) {
+        case CommandIcon::Start: {
+            QPainterPath triangle(QPointF(4.0, 2.0));
+            triangle.lineTo(14.0, 8.0);
+            triangle.lineTo(4.0, 14.0);
+            painter.fillPath(triangle, color);
+            break;
+        }
+        case CommandIcon::Stop:
+            painter.fillRect(QRectF(3.0, 3.0, 10.0, 10.0), color);
+            break;
+        case CommandIcon::Cycle: {  // most of a circle, with an arrow's head at its end
+            painter.drawArc(QRectF(2.5, 2.5, 11.0, 11.0), 60 * 16, 290 * 16);
+            QPainterPath head(QPointF(16.0, 6.0));
+            head.lineTo(10.0, 6.5);
+            head.lineTo(14.0, 11.0);
+            painter.fillPath(head, color);
+            break;
+        }
+    }
+}
+
+template <typename Draw>
+QIcon drawnIcon(const QPalette& palette, Draw draw) {
+    QIcon icon;
+    for (const int scale : {1, 2, 3}) {
+        for (const auto& [mode, group] :
+             {std::pair{QIcon::Normal, QPalette::Active}, std::pair{QIcon::Disabled, QPalette::Disabled}}) {
+            QPixmap pixmap(kSize * scale, kSize * scale);
+            pixmap.setDevicePixelRatio(scale);
+            pixmap.fill(Qt::transparent);
+            QPainter painter(&pixmap);
+            painter.setRenderHint(QPainter::Antialiasing);
+            painter.setPen(QPen(palette.color(group, QPalette::ButtonText), 1.4));
+            draw(painter);
+            painter.end();
+            icon.addPixmap(pixmap, mode);
+        }
+    }
+    return icon;
 }
 
 }  // namespace
 
 QIcon followIcon(int mode, const QPalette& palette) {
-    QIcon icon;
-    for (const int scale : {1, 2, 3}) {
-        icon.addPixmap(pixmap(mode, palette.color(QPalette::ButtonText), scale));
-        icon.addPixmap(pixmap(mode, palette.color(QPalette::Disabled, QPalette::ButtonText), scale), QIcon::Disabled);
-    }
-    return icon;
+    return drawnIcon(palette, [mode](QPainter& painter) { drawMode(painter, mode); });
+}
+
+QIcon commandIcon(CommandIcon command, const QPalette& palette) {
+    return drawnIcon(palette, [command](QPainter& painter) { drawCommand(painter, command); });
 }
 
 }  // namespace tarno2

@@ -9,4 +9,9 @@ namespace tarno2 {
 /// colours and sharp at every scale.
 [[nodiscard]] QIcon followIcon(int mode, const QPalette& palette);
 
+enum class CommandIcon { Start, Stop, Cycle };
+
+/// The picture of a command of the recording, drawn like those above.
+[[nodiscard]] QIcon commandIcon(CommandIcon command, const QPalette& palette);
+
 }  // namespace tarno2
