@@ -1,0 +1,247 @@
+// Recordings as an operator makes them.
+
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSignalSpy>
+#include <QToolButton>
+
+#include "language/language_table.h"
+#include "platform/file.h"
+#include "records/key_value_file.h"
+#include "tests/ui/main_window.h"
+#include "ui/text.h"
+
+namespace tarno2::test {
+namespace {
+
+class WindowRecording : public MainWindow {
+protected:
+    /// How many frames the description of a recording tells; -1 without one.
+    [[nodiscard]] int64_t described(const std::string& name) const {
+        const std::string text = readFile(folder_.file("data/" + name + ".txt"));
+        const std::string key = "DataCountPerChannel = ";
+        const size_t at = text.find(key);
+        return at == std::string::npos ? -1 : std::stoll(text.substr(at + key.size()));
+    }
+    [[nodiscard]] uint64_t frames(const std::string& name) const {
+        return readFile(folder_.file("data/" + name + ".dat")).size() / 4;
+    }
+};
+
+TEST_F(WindowRecording, EndsByItsTimeRule) {
+    open();
+    EXPECT_EQ(stateWord(), "Ready");
+    EXPECT_FALSE(find<QPushButton>("StopButton")->isEnabled());
+    openPanel(3);
+    auto* rule = find<QComboBox>("StopModeBox");
+    rule->setFocus();
+    QTest::keyClick(rule, Qt::Key_Down);
+    auto* value = find<QDoubleSpinBox>("StopValueBox");
+    value->setFocus();
+    value->selectAll();
+    QTest::keyClicks(value, "1");
+
+    record();
+    EXPECT_FALSE(find<QPushButton>("StartButton")->isEnabled());
+    EXPECT_FALSE(rule->isEnabled());
+    EXPECT_FALSE(find<QComboBox>("DriverBox")->isEnabled());
+    EXPECT_TRUE(find<QProgressBar>("ProgressBar")->isVisible());
+    EXPECT_TRUE(form().windowTitle().contains("Recording"));
+    EXPECT_NE(find("WrittenCell")->findChildren<QLabel*>().last()->text(), "0.0 b");
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+
+    EXPECT_EQ(find<QProgressBar>("ProgressBar")->value(), 100);
+    EXPECT_TRUE(rule->isEnabled());
+    EXPECT_TRUE(attention().isEmpty()) << attention().toStdString();
+    EXPECT_TRUE(listHas("Recording to \""));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return listHas("Recording ended. Frames: "); }, 30000));
+    EXPECT_EQ(recordings(), std::vector<std::string>{"run.dat"});
+    // 100 kHz over two channels; a board that runs by the clock gives whole halves of its ring.
+    EXPECT_GT(frames("run"), 20000U);
+    EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run")));
+    EXPECT_TRUE(nameField().find("/data/file_") != std::string::npos) << nameField();
+}
+
+TEST_F(WindowRecording, StopsByTheButtonAndStartsAnew) {
+    open();
+    click("StartButton");
+    ASSERT_TRUE(waitForState(TextId::StatusRecording));
+    ASSERT_TRUE(waitForBytes(40000));
+    EXPECT_FALSE(find<QProgressBar>("ProgressBar")->isVisible()) << "no end is known";
+    click("StopButton");
+    EXPECT_EQ(stateWord(), "Stopped") << "the button waits for the files";
+    EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run")));
+
+    record();
+    ASSERT_TRUE(waitForBytes(1));
+    form().StartButtonClick();
+    EXPECT_EQ(stateWord(), "Recording") << "a start ends the recording that runs and begins the next";
+    ASSERT_TRUE(waitForBytes(1));
+    press(Qt::Key_F6);
+    EXPECT_EQ(stateWord(), "Stopped");
+    EXPECT_EQ(recordings().size(), 3U);
+    const std::vector<std::string> lines = log();
+    const auto again = std::find(lines.begin(), lines.end(), "Already run");
+    ASSERT_NE(again, lines.end());
+    EXPECT_EQ(*(again + 1), "StopButtonClick");
+    EXPECT_NE(std::find(again, lines.end(), "Stop ok"), lines.end());
+}
+
+TEST_F(WindowRecording, AnEarlierRecordingIsKeptOrTheStartGivenUp) {
+    folder_.write("keep", "");
+    open();
+    record();
+    press(Qt::Key_F6);
+    const std::string first = readFile(folder_.file("data/run.dat"));
+    openPanel(3);
+    type("FileNameEdit", QString::fromStdString(folder_.file("data/run")));
+    answer(TextId::GoBack);
+    press(Qt::Key_F5);
+    EXPECT_EQ(stateWord(), "Stopped");
+    EXPECT_EQ(asked_,
+              QStringList(uiText(TextId::FileExistsQuestion, {QString::fromStdString(folder_.file("data/run.dat"))})));
+    answer(TextId::KeepAndStart);
+    record();
+    press(Qt::Key_F6);
+    EXPECT_TRUE(readFile(folder_.file("data/run_old1.dat")) == first);
+    EXPECT_GT(frames("run"), 0U);
+    EXPECT_TRUE(listHas("run_old1.dat"));
+}
+
+TEST_F(WindowRecording, ADiskThatIsTooSmallIsAskedAbout) {
+    wanted_.stopMode = StopRule::Size;
+    wanted_.stopValue = 1e9;
+    wanted_.stopPower = 2;
+    open();
+    answer(TextId::GoBack);
+    press(Qt::Key_F5);
+    ASSERT_EQ(asked_.size(), 1);
+    EXPECT_TRUE(asked_.front().startsWith("The recording needs 976562.5 Gb, the disk has ")) << asked_[0].toStdString();
+    EXPECT_EQ(stateWord(), "Ready");
+    EXPECT_TRUE(recordings().empty());
+}
+
+TEST_F(WindowRecording, AnUnpluggedBoardEndsIt) {
+    const ScopedEnvironment fault("TARNO2_SIMULATOR", "UnplugAfter=8000");
+    wanted_.base = 4;
+    open();
+    press(Qt::Key_F5);
+    ASSERT_TRUE(waitForState(TextId::StatusError));
+    EXPECT_EQ(attention(), "Attention: The board was unplugged");
+    EXPECT_TRUE(find<QLabel>("BoardStateLabel")->toolTip().contains("Unplug") ||
+                find<QLabel>("BoardStateLabel")->text().contains("Unplug"));
+    EXPECT_EQ(frames("run"), 4000U);
+    EXPECT_EQ(described("run"), 4000);
+    EXPECT_TRUE(find<QPushButton>("StartButton")->isEnabled());
+    const std::vector<std::string> lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Stop - By device unplug"), 1);
+}
+
+TEST_F(WindowRecording, AnOverflowIsALoss) {
+    const ScopedEnvironment fault("TARNO2_SIMULATOR", "RealTime=0;OverflowAfter=100000");
+    open();
+    press(Qt::Key_F5);
+    ASSERT_TRUE(waitForState(TextId::StatusError));
+    EXPECT_EQ(attention(), "Attention: FIFO overflow");
+    const QString losses = find("LossesCell")->findChildren<QLabel*>().last()->text();
+    EXPECT_TRUE(losses.endsWith(" 1")) << losses.toStdString();
+    EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run"))) << "what came before is kept";
+    EXPECT_GT(frames("run"), 0U);
+}
+
+TEST_F(WindowRecording, TheCycleMakesRecordingsWithNamesOfTheirOwn) {
+    const ScopedEnvironment fast("TARNO2_SIMULATOR", "RealTime=0");
+    wanted_.stopMode = StopRule::Size;
+    wanted_.stopValue = 400;
+    wanted_.stopPower = 1;
+    open();
+    click("btnAutoStart");
+    EXPECT_TRUE(find<QAbstractButton>("CycleStartBox")->isChecked());
+    press(Qt::Key_F5);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return recordings().size() >= 3; }, 30000));
+    click("btnAutoStart");
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+    const std::vector<std::string> made = recordings();
+    ASSERT_GE(made.size(), 3U);
+    for (const std::string& name : made) {
+        const std::string base = name.substr(0, name.size() - 4);
+        EXPECT_EQ(frames(base), 102400U) << name;
+        EXPECT_EQ(described(base), 102400) << name;
+    }
+    EXPECT_TRUE(listHas("The stop condition was met or the size was reached."));
+}
+
+TEST_F(WindowRecording, TheLanguageChangesWhileItRuns) {
+    open();
+    record();
+    openPanel(5);
+    QTest::mouseClick(find<QRadioButton>("RussianChooseButton"), Qt::LeftButton, {}, QPoint(8, 8));
+    EXPECT_EQ(stateWord(), QStringLiteral("Идёт запись"));
+    EXPECT_TRUE(form().windowTitle().contains(QStringLiteral("Идёт запись"))) << form().windowTitle().toStdString();
+    EXPECT_TRUE(find<QPushButton>("StopButton")->text().startsWith(QStringLiteral("С&топ")));
+    EXPECT_TRUE(find<QAction>("RussianChoose")->isChecked());
+    EXPECT_FALSE(find<QAction>("EnglishChoose")->isChecked());
+    EXPECT_EQ(find<QComboBox>("DriverBox")->toolTip(), uiText(TextId::PanelLockedHint));
+    ASSERT_TRUE(waitForBytes(form().control().session()->writer().totalBytes() + 1)) << "it goes on";
+    find<QAction>("EnglishChoose")->trigger();
+    EXPECT_EQ(stateWord(), "Recording");
+    press(Qt::Key_F6);
+    EXPECT_GT(frames("run"), 0U);
+    const std::vector<std::string> lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Russian"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "English"), 1);
+}
+
+TEST_F(WindowRecording, ClosingAsksAndStopsCleanly) {
+    open();
+    record();
+    QSignalSpy closed(&form(), &T_MainForm::closed);
+    answer(TextId::GoBack);
+    EXPECT_FALSE(form().close());
+    EXPECT_EQ(asked_, QStringList("The recording is running. Stop it and close the program?"));
+    EXPECT_EQ(stateWord(), "Recording");
+    EXPECT_EQ(closed.count(), 0);
+    answer(TextId::StopAndClose);
+    EXPECT_TRUE(form().close());
+    EXPECT_EQ(closed.count(), 1);
+    EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run")));
+    const std::vector<std::string> lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Stop - By user"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "WriteConfig not console"), 1);
+}
+
+TEST_F(WindowRecording, TheSystemsEndAsksNothing) {
+    open();
+    record();
+    form().requestEnd();
+    EXPECT_TRUE(form().isHidden());
+    EXPECT_TRUE(asked_.isEmpty());
+    EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run")));
+}
+
+TEST_F(WindowRecording, BeginsByItselfWhenTheProgramIsLoaded) {
+    wanted_.autoStartOnRun = true;
+    open();
+    ASSERT_TRUE(waitForState(TextId::StatusRecording));
+    ASSERT_TRUE(waitForBytes(1));
+    press(Qt::Key_F6);
+    EXPECT_EQ(recordings(), std::vector<std::string>{"run.dat"});
+}
+
+TEST_F(WindowRecording, WaitsForTheExternalStart) {
+    const ScopedEnvironment never("TARNO2_SIMULATOR", "ExternalStartAfter=-1");
+    wanted_.externalStart = true;
+    open();
+    press(Qt::Key_F5);
+    ASSERT_TRUE(waitForState(TextId::StatusWaitingForStart));
+    press(Qt::Key_F6);
+    EXPECT_EQ(stateWord(), "Stopped");
+    EXPECT_TRUE(recordings().empty()) << "no data, no file";
+}
+
+}  // namespace
+}  // namespace tarno2::test

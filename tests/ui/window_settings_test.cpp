@@ -1,0 +1,216 @@
+// What the window keeps between two runs, and what it does beside recording.
+
+#include <QAbstractItemModel>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDockWidget>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTimer>
+#include <QToolButton>
+
+#include "config/settings_file.h"
+#include "config/version.h"
+#include "platform/file.h"
+#include "tests/ui/main_window.h"
+#include "ui/about_box.h"
+#include "ui/help.h"
+#include "ui/message_list.h"
+#include "ui/text.h"
+
+namespace tarno2::test {
+namespace {
+
+class WindowSettings : public MainWindow {
+protected:
+    [[nodiscard]] ProgramSettings kept() const {
+        ProgramSettings settings;
+        EXPECT_TRUE(LoadConfig(folder_.path(), settings));
+        return settings;
+    }
+    /// Does something to the next dialog of that kind.
+    template <typename Dialog, typename Act>
+    void inDialog(Act act) {
+        auto* watch = new QTimer(&form());
+        QObject::connect(watch, &QTimer::timeout, watch, [watch, act] {
+            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr)
+                return;
+            watch->stop();
+            watch->deleteLater();
+            act(*dialog);
+        });
+        watch->start(1);
+    }
+};
+
+TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
+    open();
+    auto* board = find<QComboBox>("BaseBox");
+    board->setFocus();
+    QTest::keyClick(board, Qt::Key_Down);
+    openPanel(2);
+    type("FrequencyBox", "250000");
+    openPanel(4);
+    auto* channels = find<QTableView>("ChannelTable");
+    EXPECT_EQ(channels->model()->rowCount(), 160);
+    click("SelectAllButton");
+    click("ExtendedChannelModeBox");
+    click("btnAutoStart");
+    openPanel(5);
+    click("StayOnTopBox");
+    find<QAction>("RussianChoose")->trigger();
+    openPanel(3);
+    type("FileNameEdit", QString::fromStdString(folder_.file("other/my name.dat")));
+    find<QDockWidget>("SignalDock")->hide();
+    form().setGeometry(30, 40, 1000, 640);
+    ASSERT_TRUE(close());
+
+    const ProgramSettings settings = kept();
+    EXPECT_EQ(settings.base, 2);
+    EXPECT_EQ(settings.frequency, 250000.0);
+    EXPECT_TRUE(settings.extendedChannelMode && settings.cycleStart && settings.stayOnTop);
+    EXPECT_EQ(settings.language, InterfaceLanguage::Russian);
+    EXPECT_EQ(settings.showSettingMember, 2);
+    EXPECT_FALSE(settings.showFormVisible);
+
+    openAgain();
+    EXPECT_EQ(stateWord(), QStringLiteral("Готов"));
+    EXPECT_EQ(nameField(), folder_.file("other/my name.dat"));
+    EXPECT_EQ(find<QComboBox>("BaseBox")->currentData().toInt(), 2);
+    EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText(), "250000");
+    EXPECT_TRUE(find<QLabel>("ActiveChannelsLabel")->text().contains("160"));
+    EXPECT_TRUE(find<QPushButton>("btnAutoStart")->isChecked());
+    EXPECT_TRUE(find<QAbstractButton>("ExtendedChannelModeBox")->isChecked());
+    EXPECT_TRUE(form().windowFlags().testFlag(Qt::WindowStaysOnTopHint));
+    EXPECT_TRUE(find("FileNameEdit")->isVisible());
+    EXPECT_TRUE(find<QDockWidget>("SignalDock")->isHidden());
+    EXPECT_EQ(form().geometry().topLeft(), QPoint(30, 40));
+    EXPECT_EQ(form().height(), 640);
+}
+
+TEST_F(WindowSettings, APlaceOffEveryScreenIsCorrected) {
+    wanted_.mainFormPos = {9000, -5000, 800, 600};
+    wanted_.showFormPos = {-7000, 200, 500, 300};
+    open();
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    EXPECT_TRUE(screen.intersects(form().geometry()));
+    EXPECT_TRUE(screen.contains(form().geometry().topLeft()));
+    auto* signal = find<QDockWidget>("SignalDock");
+    ASSERT_TRUE(signal->isFloating());
+    EXPECT_TRUE(screen.contains(signal->geometry().topLeft()));
+    find<QAction>("RussianChoose")->trigger();
+    ASSERT_TRUE(close());
+    EXPECT_TRUE(screen.contains(QPoint(kept().mainFormPos.left, kept().mainFormPos.top)));
+}
+
+TEST_F(WindowSettings, SettingsThatCanNotBeWrittenAreTold) {
+    open();
+    // A folder of that name takes no settings.
+    ASSERT_TRUE(removeFile(folder_.file("Tarno2.cfg")).ok());
+    ASSERT_TRUE(createDirectory(folder_.file("Tarno2.cfg")).ok());
+    answer(TextId::ButtonOk);
+    ASSERT_TRUE(close());
+    ASSERT_EQ(asked_.size(), 1);
+    EXPECT_EQ(asked_.front(), uiText(TextId::SettingsNotSaved, {QString::fromStdString(folder_.path())}));
+}
+
+TEST_F(WindowSettings, TheNameComesFromTheDialog) {
+    open();
+    inDialog<QFileDialog>([this](QFileDialog& dialog) {
+        auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
+        ASSERT_NE(name, nullptr);
+        name->setText(QString::fromStdString(folder_.file("chosen")));
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+    press(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_EQ(nameField(), folder_.file("chosen.dat"));
+    inDialog<QFileDialog>([](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    click("ButtonSetFileName");
+    EXPECT_EQ(nameField(), folder_.file("chosen.dat"));
+    const std::vector<std::string> lines = log();
+    auto line = std::find(lines.begin(), lines.end(), "ButtonSetFileNameClick");
+    ASSERT_LE(5, lines.end() - line);
+    EXPECT_EQ(*++line, "ButtonSetFileNameClick Result file = \"" + folder_.file("chosen.dat") + "\"");
+    EXPECT_EQ(*++line, "FileNameEditChange: File = \"" + folder_.file("chosen.dat") + "\" RezultCode = 0");
+    EXPECT_EQ(*++line, "HDD speed: Check OFF");
+    EXPECT_EQ(*++line, "ButtonSetFileNameClick");
+    EXPECT_EQ(*++line, "ButtonSetFileNameClick Cancel");
+}
+
+TEST_F(WindowSettings, TheDiskIsMeasuredWhenTheNameIsDoneAndOnceAFolder) {
+    open();
+    openPanel(3);
+    const auto measured = [this] { return find<QLabel>("DiskSpeedLabel")->text(); };
+    click("HDDTestSpeedBox");
+    EXPECT_TRUE(measured().startsWith("Disk speed: ")) << measured().toStdString();
+    EXPECT_TRUE(measured().endsWith(" MB/s"));
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    type("FileNameEdit", QString::fromStdString(folder_.file("data/second.dat")));
+    EXPECT_EQ(listDirectory(folder_.path()).size(), 2U) << "the folder made for the test is gone";
+    const std::vector<std::string> lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Disk speed check change : ON"), 1);
+    std::vector<std::string> speeds;
+    for (const std::string& line : lines)
+        if (line.starts_with("HDD speed: "))
+            speeds.push_back(line);
+    ASSERT_EQ(speeds.size(), 2U);
+    EXPECT_EQ(speeds[0], speeds[1]) << "remembered";
+}
+
+TEST_F(WindowSettings, AboutTellsVersionsAndHelpIsLookedFor) {
+    open();
+    QString text;
+    inDialog<AboutBox>([&text](AboutBox& box) {
+        text = box.findChild<QLabel*>("AboutText")->text();
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    form().AboutClick();
+    for (const QString& part : {QString::fromLatin1(kVersionText), QString::fromLatin1(qVersion()),
+                                QStringLiteral("Simulator"), QString::fromStdString(folder_.path())})
+        EXPECT_TRUE(text.contains(part)) << part.toStdString() << '\n' << text.toStdString();
+    if (!manualFile().isEmpty())
+        GTEST_SKIP() << "the manual lies beside the tests";
+    answer(TextId::ButtonOk);
+    press(Qt::Key_F1);
+    EXPECT_EQ(asked_, QStringList("Help file not founded."));
+    EXPECT_TRUE(listHas("Help file not founded."));
+}
+
+TEST_F(WindowSettings, MessagesAreHiddenByKeyAndCopied) {
+    open();
+    press(Qt::Key_F5);
+    ASSERT_TRUE(waitForState(TextId::StatusRecording));
+    press(Qt::Key_F6);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return listHas("Recording ended"); }, 30000));
+    auto* list = find<MessageList>("MessageList");
+    ASSERT_GE(list->count(), 2);
+    QTest::keyClick(list, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text().count('\n'), list->count() - 1);
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_FALSE(list->isVisible());
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_TRUE(list->isVisible());
+}
+
+TEST_F(WindowSettings, TheLanguageMenuHangsOnBothButtons) {
+    open();
+    auto* menu = find<QMenu>("SelectLanguageMenu");
+    for (const char* name : {"SelectLanguageButton", "LanguageInterfaceLabel"}) {
+        click(name);
+        EXPECT_TRUE(menu->isVisible()) << name;
+        QTest::keyClick(menu, Qt::Key_Escape);
+    }
+}
+
+}  // namespace
+}  // namespace tarno2::test
