@@ -46,12 +46,12 @@ start_screen() {
     rm "$number"
 }
 
-# The settings of an operator: four channels of the simulated board, ten minutes.
+# The settings of an operator: three channels of the simulated board, ten minutes.
 write_settings() {
     mkdir -p "$home/Data"
     printf '%s\r\n' "Language = $1" 'Driver = Simulator' 'Base = 1' 'Frequency = 200000' \
         "FileName = $home/Data/engine.dat" 'StopMode = 1' 'StopValue = 10' 'StopPower = 1' 'HDDTestSpeed = 0' \
-        'ActiveChannel = 1 1 1 1 ' 'ShowSettingMember = 2' 'ExtendedChannelMode = 1' 'MainFormPos = 0 0 1024 768 ' \
+        'ActiveChannel = 1 1 1 ' 'ShowSettingMember = 2' 'ExtendedChannelMode = 1' 'MainFormPos = 0 0 1024 768 ' \
         'FollowToData = 1' 'AxisXValue = 500' 'AxisXUnit = 2' >"$home/Tarno2.cfg"
 }
 
