@@ -204,6 +204,25 @@ std::string checkEnd(const Plan& plan, const RecordingResult& result, uint64_t s
     return {};
 }
 
+/// Whether losses are listed when there were some, and those of the disk begin where the files end.
+std::string checkLosses(const RecordingResult& result, uint64_t samples, bool listed) {
+    if (listed == result.losses.empty()) {
+        return listed ? "losses are listed, but there were none" : "losses are not listed";
+    }
+    const bool lost = result.code == StopCode::TransferError ||
+                      (result.code == StopCode::Error && result.detail == ErrorDetail::Overflow);
+    if (lost && !listed) {
+        return "no loss is known";
+    }
+    for (const Loss& loss : result.losses) {
+        if (loss.cause == LossCause::Disk && loss.sample != samples) {
+            return "the disk lost samples from " + std::to_string(loss.sample) + " on, the files end at " +
+                   std::to_string(samples);
+        }
+    }
+    return {};
+}
+
 }  // namespace
 
 SoakResult recordAndCheck(const Plan& plan) {
@@ -229,7 +248,15 @@ SoakResult recordAndCheck(const Plan& plan) {
         ++result.files;
     }
     result.bytes = checker.samples() * plan.sampleWidth;
-    result.fault = left.empty() ? checkEnd(plan, result.recording, checker.samples()) : *left.begin() + " is left over";
+    const bool listed = left.erase(fileNameOf(lossLedgerNameFor(dataName))) != 0;
+    if (!left.empty()) {
+        result.fault = *left.begin() + " is left over";
+        return result;
+    }
+    result.fault = checkLosses(result.recording, checker.samples(), listed);
+    if (result.fault.empty()) {
+        result.fault = checkEnd(plan, result.recording, checker.samples());
+    }
     return result;
 }
 
