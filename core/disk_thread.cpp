@@ -31,6 +31,7 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
         margin_.watch(parentFolder(setup.fileName), setup.bytesPerSecond);
     }
     if (!pieces_.begin(0)) {
+        pieces_.finish();
         return false;
     }
     reader_.pieceBegins(0);

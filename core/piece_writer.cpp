@@ -136,7 +136,7 @@ void PieceWriter::updateJournal() {
     }
     journalIsOld_ = false;
     OsError error = journal_->save(state_);
-    if (error.ok() && state_.piece->number > 0) {
+    if (error.ok()) {
         error = flushFolder(parentFolder(current_.name));
     }
     if (!error.ok()) {

@@ -61,6 +61,14 @@ void keepCopy(const std::string& contents, const std::string& dataName) {
     }
 }
 
+/// Nothing is recorded here: a journal that was not there before goes.
+void giveBack(RecordingJournal& journal, const std::string& found) {
+    if (found.empty()) {
+        journal.remove();
+    }
+    journal.release();
+}
+
 }  // namespace
 
 PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal) {
@@ -81,10 +89,7 @@ PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal) 
         logJournal(journal.name(), error);
     }
     if (const std::string other = runningNeighbour(setup.fileName); !other.empty()) {
-        if (found.empty()) {
-            journal.remove();
-        }
-        journal.release();
+        giveBack(journal, found);
         return inUse(other);
     }
     bool unusable = false;
@@ -96,7 +101,7 @@ PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal) 
     findings.movedAside = std::move(moved.names);
     if (!moved.error.ok()) {
         findings.problem = moved.error.text();
-        journal.release();
+        giveBack(journal, found);
         return findings;
     }
     if (unusable) {
