@@ -9,7 +9,7 @@
 namespace tarno2 {
 
 void translateToolkit() {
-    static QTranslator* const translator = new QTranslator(QCoreApplication::instance());
+    static auto* const translator = new QTranslator(QCoreApplication::instance());
     QCoreApplication::removeTranslator(translator);
     if (languageTable().selected() != kLanguageRussian)
         return;

@@ -10,9 +10,7 @@ namespace tarno2::test {
 namespace {
 
 using testing::AllOf;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 
 TEST(CommandLine, ThatIsWrongSaysHowToUseTheProgram) {
     for (const char* program : {"tarno2-console", "Tarno2"}) {
@@ -82,7 +80,7 @@ TEST(AutoSettings, ThatAreNoGoodEndTheProgramWithTheReason) {
         const char* line;
     } cases[] = {
         {"empty", "", "Required parameters \"DriverName\" is absent... Program aborted"},
-        {"21 MB", good + std::string(21000000, ' '), "\" is too large... Program aborted"},
+        {"21 MB", std::string(good).append(21000000, ' '), "\" is too large... Program aborted"},
         {"binary", binary, "Required parameters \"DriverName\" is absent... Program aborted"},
         {"one line", joined, "Required parameters \"ChannelCount\" is absent... Program aborted"},
         {"no channels", "DriverName = \"Simulator\"\r\nChannelCount = 0\r\n",

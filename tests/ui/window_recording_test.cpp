@@ -11,7 +11,6 @@
 
 #include "language/language_table.h"
 #include "platform/file.h"
-#include "records/key_value_file.h"
 #include "tests/ui/main_window.h"
 #include "ui/text.h"
 
