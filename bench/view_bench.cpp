@@ -93,7 +93,7 @@ bool measure(Application& application, ISCOPERA* scoper, double screenSeconds) {
         } catch (const std::exception& e) {
             fault = e.what();
         }
-        QMetaObject::invokeMethod(&application, &QCoreApplication::quit, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&application, "quit", Qt::QueuedConnection);
     });
     application.restart();
     const Stopwatch watch;

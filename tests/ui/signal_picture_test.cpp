@@ -193,7 +193,7 @@ TEST_F(SignalPicture, ADigitalLineRunsFromBottomToTop) {
     window->findChild<QSlider*>("ZeroLevelTrack")->setValue(0);
     window->findChild<QSlider*>("AmpLevelTrack")->setValue(500);
     EXPECT_NEAR(rows(kBlue).first, top, 1);
-    EXPECT_NEAR(rows(kBlue).second, (top + bottom) / 2, 2);
+    EXPECT_NEAR(rows(kBlue).second, (top + bottom) / 2.0, 2);
 }
 
 TEST_F(SignalPicture, TheMouseZoomsMovesAndGoesBack) {
