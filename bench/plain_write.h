@@ -12,4 +12,8 @@ inline constexpr size_t kPlainBlock = 0x300000;
 /// one buffer that is in memory already, and closes it. Returns the seconds; throws std::runtime_error on an error.
 [[nodiscard]] double plainWrite(const std::string& file, uint64_t bytes);
 
+/// What two threads can reach at best: one copies the bytes from a buffer into a few blocks in turn, the other writes
+/// them as they come. Seconds and errors likewise.
+[[nodiscard]] double copyAndWrite(const std::string& file, uint64_t bytes);
+
 }  // namespace tarno2::bench

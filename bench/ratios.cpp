@@ -45,11 +45,14 @@ double compareWay(uint32_t channels, uint64_t halfBytes) {
     const auto fetchAndWrite =
         cleaned(folder, [&](const std::string& file) { return board.fetchAndWrite(file, bytes); });
     const auto plain = cleaned(folder, [&](const std::string& file) { return plainWrite(file, bytes); });
+    const auto twoThreads = cleaned(folder, [&](const std::string& file) { return copyAndWrite(file, bytes); });
     const auto fetch = [&] { return board.fetch(bytes); };
     const std::string kind =
         ", " + std::to_string(channels) + " channels, halves of " + std::to_string(board.halfBytes() >> 10) + " KiB";
     const Ratio headline = alternating(record, plain);
     print("whole way / plain write" + kind, headline);
+    print("two threads, copy and write / plain write" + kind, alternating(twoThreads, plain));
+    print("whole way / two threads, copy and write" + kind, alternating(record, twoThreads));
     print("whole way / fetch and write" + kind, alternating(record, fetchAndWrite));
     print("fetch alone / plain write" + kind, alternating(fetch, plain));
     return headline.median;
