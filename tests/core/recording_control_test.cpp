@@ -8,6 +8,7 @@
 #include "platform/codepage1251.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "platform/utf.h"
 #include "tests/core/rig.h"
 
 namespace tarno2::test {
@@ -295,13 +296,17 @@ TEST(RecordingControl, StopByUser) {
 }
 
 TEST(RecordingControl, SaysWhereAnEarlierRecordingWent) {
+    const std::string base = utf16ToSystem(u"опыт");
+    if (base.find('?') != std::string::npos) {
+        GTEST_SKIP() << "the code page here has no Cyrillic letters";
+    }
     ControlRig rig;
     rig.attach();
-    rig.shell.name = rig.folder.write("опыт.dat", "earlier");
+    rig.shell.name = rig.folder.write(base + ".dat", "earlier");
     ASSERT_TRUE(rig.control.StartButtonClick());
     rig.control.StopButtonClick();
     EXPECT_TRUE(rig.shell.hasShown(utf8ToCp1251("опыт_old1.dat").value())) << "in the encoding of messages";
-    EXPECT_EQ(readFile(rig.folder.file("опыт_old1.dat")), "earlier");
+    EXPECT_EQ(readFile(rig.folder.file(base + "_old1.dat")), "earlier");
 }
 
 TEST(RecordingControl, StopTimer) {
