@@ -23,6 +23,20 @@ bool beginsWithNumber(const ADCBoardEntry& entry, uint32_t number) {
 
 }  // namespace
 
+TextId boardStatusWord(BoardStatus status) {
+    switch (status) {
+        case BoardStatus::DriverError:
+            return TextId::StatusDriver;
+        case BoardStatus::Unplugged:
+            return TextId::StatusUnplug;
+        case BoardStatus::Error:
+            return TextId::StatusError;
+        case BoardStatus::Ready:
+            break;
+    }
+    return TextId::StatusReady;
+}
+
 BoardSelection::BoardSelection(FaultReporter faults, std::string programDirectory)
     : driver_(std::move(faults)), programDirectory_(std::move(programDirectory)) {}
 

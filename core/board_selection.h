@@ -6,11 +6,14 @@
 
 #include "config/program_settings.h"
 #include "core/driver.h"
+#include "language/text_ids.h"
 
 namespace tarno2 {
 
 /// State of the chosen board, as the status bar shows it. The negative ones end console mode.
 enum class BoardStatus : int32_t { DriverError = -3, Unplugged = -2, Error = -1, Ready = 0 };
+/// Its word for the operator and the log.
+[[nodiscard]] TextId boardStatusWord(BoardStatus status);
 
 /// Why settings could not be applied to driver and board.
 enum class ApplyOutcome {

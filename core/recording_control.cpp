@@ -313,7 +313,7 @@ bool RecordingControl::createFiles() {
         code = session_->writer().open(setup, description_);
     }
     for (const std::string& name : session_->writer().movedAside()) {
-        attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), utf8ToCp1251(name).value_or(name).c_str()));
+        attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), systemTextToCp1251(name).c_str()));
     }
     if (code != 0) {
         DEBUG_LOG("!!!!! Error in create files. Code = %d", code);

@@ -38,7 +38,7 @@ std::string runningNeighbour(const std::string& fileName) {
 PlaceFindings inUse(const std::string& name) {
     PlaceFindings findings;
     findings.inUse = true;
-    findings.problem = formatText(text(TextId::FileInUse).c_str(), utf8ToCp1251(name).value_or(name).c_str());
+    findings.problem = formatText(text(TextId::FileInUse).c_str(), systemTextToCp1251(name).c_str());
     DEBUG_LOG("!!!!! \"%s\" is in use by another program", name.c_str());
     return findings;
 }

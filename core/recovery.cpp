@@ -24,11 +24,6 @@ RecoveryReport failed(std::string name, const std::string& problem) {
     return {RecoveryReport::Outcome::Failed, std::move(name), 0, problem};
 }
 
-/// Names of files and words of the system are UTF-8 on some systems.
-std::string inCodePage(const std::string& text) {
-    return utf8ToCp1251(text).value_or(text);
-}
-
 std::string baseOf(const std::string& journalName) {
     return journalName.substr(0, journalName.size() - kJournalExtension.size());
 }
@@ -148,7 +143,7 @@ std::optional<RecoveryReport> recoverHeld(RecordingJournal& journal) {
 }  // namespace
 
 std::string RecoveryReport::text() const {
-    const std::string shownName = inCodePage(name);
+    const std::string shownName = systemTextToCp1251(name);
     switch (outcome) {
         case Outcome::Recovered:
             return formatText(tarno2::text(TextId::RecordingRecovered).c_str(), shownName.c_str(),
@@ -159,7 +154,7 @@ std::string RecoveryReport::text() const {
             break;
     }
     return formatText(tarno2::text(TextId::RecordingNotRecovered).c_str(), shownName.c_str(),
-                      inCodePage(problem).c_str());
+                      systemTextToCp1251(problem).c_str());
 }
 
 std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {

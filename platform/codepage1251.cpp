@@ -72,4 +72,8 @@ std::optional<std::string> utf8ToCp1251(std::string_view utf8) {
     return utf16 ? utf16ToCp1251(*utf16) : std::nullopt;
 }
 
+std::string systemTextToCp1251(const std::string& text) {
+    return utf8ToCp1251(text).value_or(text);
+}
+
 }  // namespace tarno2

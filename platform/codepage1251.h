@@ -10,6 +10,9 @@ namespace tarno2 {
 
 /// UTF-8 text as code page 1251; nothing when a character is not in the page or the text is no UTF-8.
 [[nodiscard]] std::optional<std::string> utf8ToCp1251(std::string_view utf8);
+/// Names of files and words of the system for a message in code page 1251: converted where they are UTF-8, else as they
+/// are.
+[[nodiscard]] std::string systemTextToCp1251(const std::string& text);
 /// Code page 1251 as UTF-8. Byte 0x98 becomes U+FFFD.
 [[nodiscard]] std::string cp1251ToUtf8(std::string_view text);
 /// Code page 1251 as UTF-16, one unit a byte.

@@ -23,13 +23,6 @@ namespace tarno2 {
 
 namespace {
 
-template <typename Widget>
-Widget* named(const char* name, QWidget* parent) {
-    auto* widget = new Widget(parent);
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
-
 QStackedWidget* makeStack(QWidget* parent) {
     auto* stack = new QStackedWidget(parent);
     stack->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Maximum);

@@ -18,13 +18,6 @@ namespace tarno2 {
 
 namespace {
 
-template <typename Widget>
-Widget* named(const char* name, QWidget* parent) {
-    auto* widget = new Widget(parent);
-    widget->setObjectName(QLatin1String(name));
-    return widget;
-}
-
 /// A list of numbers in which another number can be typed too.
 QComboBox* numberBox(const char* name, QWidget* parent) {
     auto* box = named<QComboBox>(name, parent);

@@ -13,21 +13,9 @@ namespace tarno2 {
 
 void exitWithCriticalError(int32_t code) {
     DEBUG_LOG("Exit witch critical error");
-    std::string message;
-    switch (static_cast<BoardStatus>(code)) {
-        case BoardStatus::DriverError:
-            message = text(TextId::StatusDriver);
-            break;
-        case BoardStatus::Unplugged:
-            message = text(TextId::StatusUnplug);
-            break;
-        case BoardStatus::Error:
-            message = text(TextId::StatusError);
-            break;
-        default:
-            message = formatText(text(TextId::UnrecognizedError).c_str(), code);
-            break;
-    }
+    const TextId word = boardStatusWord(static_cast<BoardStatus>(code));
+    const std::string message =
+        word == TextId::StatusReady ? formatText(text(TextId::UnrecognizedError).c_str(), code) : text(word);
     if (consoleLog().isOpen())
         consoleLog().log("%s", message.c_str());
     else

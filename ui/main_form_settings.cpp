@@ -148,10 +148,8 @@ void T_MainForm::SetErrorCode(BoardStatus status) {
     showBoardStatus();
     if (status == BoardStatus::Ready)
         return;
-    const TextId word = status == BoardStatus::DriverError ? TextId::StatusDriver
-                        : status == BoardStatus::Unplugged ? TextId::StatusUnplug
-                                                           : TextId::StatusError;
-    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status), text(word).c_str());
+    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status),
+                     text(boardStatusWord(status)).c_str());
     if (consoleMode()) {
         ending_ = true;
         quit();
@@ -159,21 +157,7 @@ void T_MainForm::SetErrorCode(BoardStatus status) {
 }
 
 void T_MainForm::showBoardStatus() {
-    TextId word = TextId::StatusReady;
-    switch (boardStatus_) {
-        case BoardStatus::DriverError:
-            word = TextId::StatusDriver;
-            break;
-        case BoardStatus::Unplugged:
-            word = TextId::StatusUnplug;
-            break;
-        case BoardStatus::Error:
-            word = TextId::StatusError;
-            break;
-        case BoardStatus::Ready:
-            break;
-    }
-    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(word);
+    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(boardStatus_));
     if (const std::string& driver = selection_.driverName(); !driver.empty())
         shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
     statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);

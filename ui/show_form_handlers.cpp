@@ -261,7 +261,7 @@ void T_ShowForm::savePicture() {
     const QString file = QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".png") : name;
     if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
         QFile again(file);
-        static_cast<void>(again.open(QIODevice::WriteOnly));
+        static_cast<void>(again.open(QIODevice::Append));
         emit message(uiText(TextId::FileNotWritten, {file, again.errorString()}));
     }
 }

@@ -65,20 +65,11 @@ bool ConsoleSession::applySettings() {
 }
 
 void ConsoleSession::SetErrorCode(BoardStatus status) {
-    TextId id = TextId::StatusError;
-    switch (status) {
-        case BoardStatus::DriverError:
-            id = TextId::StatusDriver;
-            break;
-        case BoardStatus::Unplugged:
-            id = TextId::StatusUnplug;
-            break;
-        case BoardStatus::Error:
-            break;
-        case BoardStatus::Ready:
-            return;
+    if (status == BoardStatus::Ready) {
+        return;
     }
-    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status), text(id).c_str());
+    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status),
+                     text(boardStatusWord(status)).c_str());
 }
 
 // Whatever goes wrong in one step, the recording that runs goes on.

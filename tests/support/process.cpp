@@ -69,6 +69,10 @@ void ChildProcess::kill() {
     }
 }
 
+bool ChildProcess::killEndsWrites() {
+    return false;
+}
+
 bool ChildProcess::ask(Request) {
     return false;
 }
@@ -118,6 +122,10 @@ void ChildProcess::kill() {
         ::kill(static_cast<pid_t>(id_), SIGKILL);
         static_cast<void>(waitForEnd(std::chrono::seconds(60)));
     }
+}
+
+bool ChildProcess::killEndsWrites() {
+    return true;
 }
 
 bool ChildProcess::ask(Request request) {

@@ -22,6 +22,9 @@ public:
     std::optional<int> waitForEnd(std::chrono::seconds guard);
     /// Ends the program at once, so that it can clean nothing up, and waits until it is gone.
     void kill();
+    /// Whether nothing more of it reaches the disk once `kill` has returned. Not so under Wine, where the end is told
+    /// while a write that was under way still goes through.
+    static bool killEndsWrites();
 
     enum class Request { Interrupt, Terminate, HangUp };
     /// Asks the program to end, as a console or the system does. False where no signal can be sent to another program.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLatin1String>
 #include <QString>
 
 class QComboBox;
@@ -11,6 +12,13 @@ namespace tarno2 {
 
 // How all panels are laid out, so that they fit a narrow column in both languages.
 
+/// A widget of that object name, owned by its parent.
+template <typename Widget>
+Widget* named(const char* name, QWidget* parent) {
+    auto* widget = new Widget(parent);
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
 /// Captions beside their fields, above them where the column is too narrow.
 [[nodiscard]] QFormLayout* makePanelLayout(QWidget* panel);
 /// A list that may be narrower than its longest entry.
