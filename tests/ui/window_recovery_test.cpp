@@ -1,0 +1,65 @@
+// What the window does about recordings that were cut off.
+
+#include <QAction>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QTimer>
+
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "tests/ui/main_window.h"
+#include "ui/text.h"
+
+namespace tarno2::test {
+namespace {
+
+class WindowRecovery : public MainWindow {
+protected:
+    /// Asks for the recordings of a folder to be recovered; an empty name gives the choice up.
+    void recover(const std::string& folder) {
+        QTimer::singleShot(0, &form(), [&folder] {
+            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_NE(dialog, nullptr);
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(folder));
+            QTest::keyClick(dialog, folder.empty() ? Qt::Key_Escape : Qt::Key_Return);
+        });
+        for (QAction* action : form().findChildren<QAction*>())
+            if (action->text() == uiText(TextId::MenuRecover))
+                return action->trigger();
+        ADD_FAILURE() << "no such action";
+    }
+    /// What a computer leaves that fails right now, in another folder: files of the recording as they are on the disk.
+    std::string cutOff() {
+        static_cast<void>(createDirectory(folder_.file("crashed")));
+        for (const char* name : {"run.dat", "run.journal"})
+            folder_.write(joinPath("crashed", name), readFile(folder_.file(joinPath("data", name))));
+        return folder_.file("crashed");
+    }
+};
+
+TEST_F(WindowRecovery, FindsWhatWasCutOffAndLeavesWhatIsBeingWritten) {
+    open();
+    record();
+    const std::string data = folder_.file("data/run.dat");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return readFile(data).size() > 4; }, 30000)) << "the disk gets it in time";
+    const std::string crashed = cutOff();
+    const size_t frames = readFile(joinPath(crashed, "run.dat")).size() / 4;
+
+    recover("");
+    EXPECT_TRUE(fileExists(joinPath(crashed, "run.journal"))) << "nobody chose it";
+    recover(crashed);
+    EXPECT_TRUE(listHas("was recovered. Frames: "));
+    EXPECT_NE(readFile(joinPath(crashed, "run.txt")).find("DataCountPerChannel = " + std::to_string(frames)),
+              std::string::npos);
+    recover(crashed);
+    EXPECT_TRUE(listHas("There are no unfinished recordings in"));
+    recover(folder_.file("data"));
+    EXPECT_TRUE(listHas("is still being written by another program"));
+
+    press(Qt::Key_F6);
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+    EXPECT_EQ(recordings(), std::vector<std::string>{"run.dat"});
+}
+
+}  // namespace
+}  // namespace tarno2::test
