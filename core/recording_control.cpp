@@ -418,7 +418,7 @@ void RecordingControl::OnNotification(const Notification& notification) {
         }
         return;
     }
-    if (!current && notification.session == refusedSession_) {
+    if (!current && refusedSessions_.erase(notification.session) > 0) {
         DEBUG_LOG("Refused start: %s", stopText(result));
         return;
     }
@@ -469,7 +469,7 @@ void RecordingControl::attention(const std::string& message) {
 
 // Every refusal ends the waiting thread and frees the session, with the files that it may have made.
 bool RecordingControl::refuse(TextId id, const std::string& detail) {
-    refusedSession_ = sessionNumber_;
+    refusedSessions_.insert(sessionNumber_);
     freeSession();
     attention(text(id));
     if (!detail.empty()) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "config/disk_info.h"
@@ -71,7 +72,7 @@ private:
     RecordDescription description_;
     std::unique_ptr<T_BOARD> session_;
     uint32_t sessionNumber_ = 0;
-    uint32_t refusedSession_ = 0;  ///< its refusal was shown: what its thread still says is only logged
+    std::set<uint32_t> refusedSessions_;  ///< shown as refused: what their threads still say is only logged
     uint32_t dataWaitMs_ = 10000;
     LiveTap* liveTap_ = nullptr;
     bool closing_ = false;
