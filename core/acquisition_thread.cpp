@@ -333,11 +333,8 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
         if (verdict < 0) {
             return kAnalyzeFailed;
         }
-        board_.eventCount_.store(board_.eventCount() + out.events.size(), std::memory_order_relaxed);
         if (!out.data.empty()) {
-            const uint64_t frame = uint64_t{sampleWidth_} * board_.settings.channelCount();
-            const uint64_t unit = out.recordFrames == 0 ? frame : frame * out.recordFrames;
-            result = board_.writer_.Write(out.data.data(), out.data.size(), unit, out.events);
+            result = write(out);
         }
         if (verdict > 0 && result == kGoOn) {
             result = kFinished;
@@ -346,6 +343,19 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     if (board_.progress_) {
         board_.progress_(0, static_cast<int>(sampleWidth_));
     }
+    return result;
+}
+
+int32_t AcquisitionThread::write(const EvaluatedBlock& block) {
+    const uint64_t frame = uint64_t{sampleWidth_} * board_.settings.channelCount();
+    const uint64_t unit = block.recordFrames == 0 ? frame : frame * block.recordFrames;
+    const uint64_t before = board_.writer_.totalBytes();
+    const int32_t result = board_.writer_.Write(block.data.data(), block.data.size(), unit, block.events);
+    // Records that the size limit left out are not in the file, and no events of it.
+    const uint64_t records = (board_.writer_.totalBytes() - before + unit - 1) / unit;
+    const auto events = std::min<uint64_t>(records, block.events.size());
+    board_.eventCount_.store(board_.eventCount() + events, std::memory_order_relaxed);
+    report_.sizeReached = result == kFinished && !board_.writer_.diskNearlyFull();
     return result;
 }
 
@@ -433,6 +443,7 @@ void AcquisitionThread::closeFiles() {
     }
     report_.bytes = board_.writer_.totalBytes();
     report_.files = board_.writer_.fileCount();
+    report_.events = board_.eventCount();
     if (report_.code == StopCode::Running) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
     }

@@ -51,6 +51,7 @@ private:
     [[nodiscard]] bool transfer(const RingReader::Part& part);
     [[nodiscard]] bool fetch(std::byte* destination, uint32_t count, uint32_t offset, int32_t partNumber);
     [[nodiscard]] int32_t processBlock(uint32_t samples);
+    [[nodiscard]] int32_t write(const EvaluatedBlock& block);
     [[nodiscard]] bool overwritten();
     void overflow();
     void lose(LossCause cause);

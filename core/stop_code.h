@@ -47,6 +47,8 @@ struct RecordingResult {
     uint64_t bytes = 0;             ///< accepted by the writer
     uint32_t files = 0;             ///< pieces begun
     uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
+    uint64_t events = 0;            ///< of the synchronisation
+    bool sizeReached = false;       ///< it ended by its size
     bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring
     std::vector<Loss> losses;       ///< samples that the host knows to be lost
     std::string problem;            ///< what exactly went wrong, in English; empty when nothing is known

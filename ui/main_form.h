@@ -164,7 +164,7 @@ private:
     [[nodiscard]] bool isOfLastRun(const std::string& dataFile) const;
     void refreshRun();
     void showLastFigures(const RecordingResult& result);
-    [[nodiscard]] QString frameCount(uint64_t bytes) const;
+    [[nodiscard]] uint64_t frameCount(uint64_t bytes) const;
     [[nodiscard]] RunState idleState() const;
     void setState(RunState state);
     void setLocked(bool locked);
@@ -190,7 +190,7 @@ private:
     RecordingSettings runSettings_;
     uint32_t runNumber_ = 0;  ///< of its session; 0: none runs
     uint64_t frameBytes_ = 0;
-    RunTexts figures_;       ///< as they were shown last
+    RunFigures figures_;     ///< as they were shown last
     bool runBegun_ = false;  ///< the board has begun to measure
     RunState endState_ = RunState::Ready;
     std::string runFile_;

@@ -268,23 +268,25 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
     }
     strip_->setLosses(result.losses.size());
     messages_->add(MessageList::Kind::Information,
-                   uiText(TextId::RecordingEnded, {frameCount(result.bytes), QString::number(result.files)}));
+                   uiText(TextId::RecordingEnded,
+                          {fromCodePage(formatCount(frameCount(result.bytes))), QString::number(result.files)}));
 }
 
 // What came in after the strip was refreshed last counts too.
 void T_MainForm::showLastFigures(const RecordingResult& result) {
     if (result.bytes == 0)
         return;
-    figures_.written = fromCodePage(formatFreeSpace(result.bytes));
+    figures_.bytes = result.bytes;
     figures_.frames = frameCount(result.bytes);
-    figures_.files = QString::number(result.files);
-    if (runSettings_.stopRule == StopRule::Size && result.bytes >= runSettings_.stopBytes)
+    figures_.files = result.files;
+    figures_.events = result.events;
+    if (result.sizeReached)
         showProgress(100);
     strip_->setFigures(figures_);
 }
 
-QString T_MainForm::frameCount(uint64_t bytes) const {
-    return fromCodePage(formatCount(frameBytes_ == 0 ? 0 : bytes / frameBytes_));
+uint64_t T_MainForm::frameCount(uint64_t bytes) const {
+    return frameBytes_ == 0 ? 0 : bytes / frameBytes_;
 }
 
 // The figures are looked up several times a second.
@@ -293,7 +295,7 @@ void T_MainForm::showBytes(uint64_t /*bytes*/) {}
 void T_MainForm::showProgress(int percent) {
     figures_.percent = percent;
     if (percent == 100)
-        figures_.remaining = fromCodePage(formatDuration(0));
+        figures_.remainingSeconds = 0;
     strip_->setFigures(figures_);
 }
 
@@ -389,26 +391,25 @@ void T_MainForm::refreshRun() {
         progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
     }
     const uint64_t bytes = session->writer().totalBytes();
-    const RecordingFigures figures = progress_.update(bytes, tickCount());
-    RunTexts& texts = figures_;
-    texts.elapsed = fromCodePage(formatDuration(runBegun_ ? figures.elapsedSeconds : 0));
-    texts.remaining = figures.remainingSeconds ? fromCodePage(formatDuration(*figures.remainingSeconds)) : QString();
-    texts.percent = figures.percent;
-    texts.written = fromCodePage(formatFreeSpace(bytes));
-    texts.rate = fromCodePage(formatRate(figures.bytesPerSecond));
-    texts.frames = frameCount(bytes);
-    texts.load = QString::number(session->worstLoad() / 10) + QStringLiteral(" %");
-    texts.loadWarns = session->worstLoad() >= kHighLoad;
-    texts.files = QString::number(session->writer().fileCount());
-    texts.events = fromCodePage(formatCount(session->eventCount()));
-    strip_->setFigures(texts);
+    const RecordingFigures progress = progress_.update(bytes, tickCount());
+    figures_.elapsedSeconds = runBegun_ ? progress.elapsedSeconds : 0;
+    figures_.remainingSeconds = progress.remainingSeconds;
+    figures_.percent = progress.percent;
+    figures_.bytes = bytes;
+    figures_.bytesPerSecond = progress.bytesPerSecond;
+    figures_.frames = frameCount(bytes);
+    figures_.load = session->worstLoad() / 10;
+    figures_.loadWarns = session->worstLoad() >= kHighLoad;
+    figures_.files = session->writer().fileCount();
+    figures_.events = session->eventCount();
+    strip_->setFigures(figures_);
     if (diskClock_.hasExpired(kDiskPeriodMs)) {
         diskClock_.start();
         refreshDisk();
     }
-    setState(!runBegun_ ? RunState::WaitingForStart : texts.loadWarns ? RunState::Warning : RunState::Recording);
-    setWindowTitle(texts.elapsed + QLatin1Char(' ') + plainText(stateText(strip_->state())) + QStringLiteral(" - ") +
-                   uiText(TextId::ProgramName));
+    setState(!runBegun_ ? RunState::WaitingForStart : figures_.loadWarns ? RunState::Warning : RunState::Recording);
+    setWindowTitle(fromCodePage(formatDuration(figures_.elapsedSeconds)) + QLatin1Char(' ') +
+                   plainText(stateText(strip_->state())) + QStringLiteral(" - ") + uiText(TextId::ProgramName));
 }
 
 // A board that can't be used is no less an error before the first start.

@@ -82,7 +82,7 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     attention_->hide();
     column->addWidget(attention_);
     retranslate();
-    showNothing();
+    setLosses(0);
 }
 
 void StateStrip::buildUpperRow(QVBoxLayout* column) {
@@ -167,30 +167,25 @@ void StateStrip::showState() {
                              .arg(QLatin1String(look.ground), QLatin1String(look.letters)));
 }
 
-void StateStrip::setFigures(const RunTexts& texts) {
-    elapsed_->setValue(texts.elapsed);
-    remaining_->setValue(texts.remaining.isEmpty() ? QStringLiteral("\u2013") : texts.remaining);
-    progress_->setVisible(texts.percent.has_value());
-    if (texts.percent)
-        progress_->setValue(*texts.percent);
-    written_->setValue(texts.written);
-    rate_->setValue(texts.rate);
-    frames_->setValue(texts.frames);
-    load_->setWarning(texts.loadWarns);
-    load_->setValue(texts.load);
-    files_->setValue(texts.files);
-    events_->setValue(texts.events);
+void StateStrip::setFigures(const RunFigures& figures) {
+    figures_ = figures;
+    showFigures();
 }
 
-void StateStrip::showNothing() {
-    RunTexts texts;
-    texts.elapsed = fromCodePage(formatDuration(0));
-    texts.written = fromCodePage(formatFreeSpace(0));
-    texts.rate = fromCodePage(formatRate(0.0));
-    texts.frames = texts.files = texts.events = QStringLiteral("0");
-    texts.load = QStringLiteral("0 %");
-    setFigures(texts);
-    setLosses(0);
+void StateStrip::showFigures() {
+    elapsed_->setValue(fromCodePage(formatDuration(figures_.elapsedSeconds)));
+    remaining_->setValue(figures_.remainingSeconds ? fromCodePage(formatDuration(*figures_.remainingSeconds))
+                                                   : QStringLiteral("\u2013"));
+    progress_->setVisible(figures_.percent.has_value());
+    if (figures_.percent)
+        progress_->setValue(*figures_.percent);
+    written_->setValue(fromCodePage(formatFreeSpace(figures_.bytes)));
+    rate_->setValue(fromCodePage(formatRate(figures_.bytesPerSecond)));
+    frames_->setValue(fromCodePage(formatCount(figures_.frames)));
+    load_->setWarning(figures_.loadWarns);
+    load_->setValue(QString::number(figures_.load) + QStringLiteral(" %"));
+    files_->setValue(QString::number(figures_.files));
+    events_->setValue(fromCodePage(formatCount(figures_.events)));
 }
 
 void StateStrip::setAttention(const QString& message) {
@@ -234,6 +229,7 @@ void StateStrip::retranslate() {
     word_->setMinimumWidth(widest + metrics.height());
     word_->setMaximumWidth(widest + metrics.height());
     showState();
+    showFigures();
 }
 
 void StateStrip::changeEvent(QEvent* event) {

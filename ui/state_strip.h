@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QWidget>
+#include <cstdint>
 #include <optional>
 
 #include "language/text_ids.h"
@@ -21,18 +22,18 @@ enum class RunState { Ready, Starting, WaitingForStart, Recording, Warning, Stop
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
 
-/// The figures of a recording, as texts with their units.
-struct RunTexts {
-    QString elapsed;
-    QString remaining;           ///< empty without an end
-    std::optional<int> percent;  ///< of the progress bar; nothing hides it
-    QString written;
-    QString rate;
-    QString frames;
-    QString load;
-    QString files;
-    QString events;
+/// The figures of a recording.
+struct RunFigures {
+    uint64_t elapsedSeconds = 0;
+    std::optional<uint64_t> remainingSeconds;  ///< nothing without an end
+    std::optional<int> percent;                ///< of the progress bar; nothing hides it
+    uint64_t bytes = 0;
+    double bytesPerSecond = 0.0;
+    uint64_t frames = 0;
+    uint32_t load = 0;  ///< of the ring at its worst, percent
     bool loadWarns = false;
+    uint32_t files = 0;
+    uint64_t events = 0;
 };
 
 /// The upper part of the main window: start, stop and cycle buttons, the state in a colour and a word, time, progress
@@ -45,9 +46,7 @@ public:
 
     void setState(RunState state);
     [[nodiscard]] RunState state() const { return state_; }
-    void setFigures(const RunTexts& texts);
-    /// The figures before the first recording.
-    void showNothing();
+    void setFigures(const RunFigures& figures);
     /// Stays until the next one; empty takes it away.
     void setAttention(const QString& message);
     /// How many losses the recording has had.
@@ -68,8 +67,10 @@ private:
     void buildLowerRow(QVBoxLayout* column);
     void drawIcons();
     void showState();
+    void showFigures();
 
     RunState state_ = RunState::Ready;
+    RunFigures figures_;
     QPushButton* start_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;

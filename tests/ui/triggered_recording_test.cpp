@@ -3,8 +3,10 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QProgressBar>
 #include <QRadioButton>
 #include <QTest>
 #include <cstring>
@@ -101,6 +103,13 @@ protected:
         return values;
     }
 
+    /// The strip tells what is in the file.
+    void expectShown(size_t events, bool whole) {
+        const auto* cell = form_->findChild<QWidget*>(QStringLiteral("EventsCell"));
+        EXPECT_EQ(cell->findChildren<QLabel*>().last()->text().toULongLong(), events);
+        EXPECT_EQ(form_->findChild<QProgressBar*>()->value() == 100, whole);
+    }
+
     TemporaryFolder folder_;
     ScopedEnvironment registry_;
     ScopedEnvironment signal_;
@@ -133,6 +142,7 @@ TEST_F(TriggeredRecording, HoldsTheRecordsThatTheWindowPromised) {
         points.push_back(static_cast<double>((record + 1) * 60));
     }
     EXPECT_EQ(listed("SynchroListPoint"), points);
+    expectShown(records, true);
     const struct {
         const char* key;
         double value;
@@ -156,6 +166,7 @@ TEST_F(TriggeredRecording, EndsAfterTheFirstRecordsWhenAskedTo) {
     EXPECT_LT(samples.size(), 40000U) << "not by the size";
     EXPECT_EQ(samples.size() % 10000, 0U);
     EXPECT_EQ(listed("SynchroListHistory"), std::vector<double>(samples.size() / 10000, 5000));
+    expectShown(samples.size() / 10000, false);
 }
 
 TEST_F(TriggeredRecording, OfALineOfThePort) {

@@ -190,8 +190,13 @@ TEST_F(WindowRecording, TheLanguageChangesWhileItRuns) {
     EXPECT_EQ(stateWord(), "Recording");
     press(Qt::Key_F6);
     EXPECT_GT(frames("run"), 0U);
+    const auto written = [this] { return find("WrittenCell")->findChildren<QLabel*>().last()->text(); };
+    const QString before = written();
+    find<QAction>("RussianChoose")->trigger();
+    EXPECT_EQ(written().section(' ', 0, 0), before.section(' ', 0, 0));
+    EXPECT_NE(written(), before) << "the units of what was recorded";
     const std::vector<std::string> lines = log();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Russian"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Russian"), 2);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "English"), 1);
 }
 
