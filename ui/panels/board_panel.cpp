@@ -129,7 +129,7 @@ void BoardPanel::fillBoards(const BoardSelection& selection) {
     const QSignalBlocker quiet(baseBox_);
     baseBox_->clear();
     for (const ADCBoardEntry& board : selection.boards()) {
-        baseBox_->addItem(QString::fromLocal8Bit(board.m_sName), board.m_nNumber);
+        baseBox_->addItem(fromMessage(board.m_sName), board.m_nNumber);
     }
     if (baseBox_->count() == 0) {
         baseBox_->addItem(uiText(TextId::UnknownBoard), 0U);
