@@ -242,7 +242,7 @@ void T_ShowForm::showScrollBar() {
 }
 
 void T_ShowForm::showStatus() {
-    tools_->setStatus(frameCount() == 0 ? uiText(TextId::ViewNoData) : mousePlace_);
+    status_->setText(frameCount() == 0 ? uiText(TextId::ViewNoData) : mousePlace_);
     if (!file_) {
         return;
     }

@@ -184,6 +184,7 @@ private:
     QWidget* viewSettings_ = nullptr;
     QLabel* viewSettingsTitle_ = nullptr;
     QScrollBar* scrollBar_ = nullptr;
+    QLabel* status_ = nullptr;  ///< where the mouse is, or that there are no data
     ShowTools* tools_ = nullptr;
     QMenu* menu_ = nullptr;
     QActionGroup* showModes_ = nullptr;

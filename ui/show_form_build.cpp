@@ -29,12 +29,19 @@ void T_ShowForm::build() {
     scrollBar_->setObjectName(QStringLiteral("ScrollBar1"));
     scrollBar_->setFocusPolicy(Qt::StrongFocus);
     scrollBar_->installEventFilter(this);
+    status_ = new QLabel(this);
+    // As wide as the places of the mouse become, so that the scroll bar keeps its length.
+    status_->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("X -8.88888e-08  Y -8.888e+08  ")));
+    status_->setIndent(fontMetrics().averageCharWidth());
     tools_ = new ShowTools(this);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(splitter_, 1);
-    layout->addWidget(scrollBar_);
+    auto* below = new QHBoxLayout;
+    below->addWidget(scrollBar_, 1);
+    below->addWidget(status_);
+    layout->addLayout(below);
     layout->addWidget(tools_);
     connect(splitter_, &QSplitter::splitterMoved, this, &T_ShowForm::Splitter1Moved);
     connect(scrollBar_, &QScrollBar::valueChanged, this, &T_ShowForm::ScrollBar1Change);

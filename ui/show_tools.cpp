@@ -71,7 +71,6 @@ ShowTools::ShowTools(QWidget* parent)
       followMenu_(new QMenu(this)),
       followModes_(new QActionGroup(this)),
       settingsButton_(menuButton("ShowSettings", this)),
-      status_(new QLabel(this)),
       fileRow_(new QWidget(this)),
       backButton_(menuButton("BackToLive", fileRow_)),
       fileStatus_(new QLabel(fileRow_)) {
@@ -93,10 +92,8 @@ void ShowTools::build() {
     }
     axisYAuto_->setObjectName("AxisYAuto");
     // A long line gives way to the controls.
-    for (QLabel* label : {status_, fileStatus_}) {
-        label->setMinimumWidth(0);
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    }
+    fileStatus_->setMinimumWidth(0);
+    fileStatus_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* fileLayout = new QHBoxLayout(fileRow_);
     fileLayout->setContentsMargins(0, 0, 0, 0);
     fileLayout->addWidget(backButton_);
@@ -120,7 +117,7 @@ void ShowTools::build() {
     layout->addSpacing(8);
     layout->addWidget(showModeButton_);
     layout->addWidget(settingsButton_);
-    layout->addWidget(status_, 1);
+    layout->addStretch(1);
 }
 
 void ShowTools::connectAll() {
@@ -192,10 +189,6 @@ void ShowTools::load(const ProgramSettings& settings, double spanX) {
 void ShowTools::setFileShown(bool file) {
     showModeButton_->setEnabled(!file);
     fileRow_->setVisible(file);
-}
-
-void ShowTools::setStatus(const QString& text) {
-    status_->setText(text);
 }
 
 void ShowTools::setFileStatus(const QString& text) {

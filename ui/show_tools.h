@@ -29,9 +29,7 @@ public:
     void load(const ProgramSettings& settings, double spanX);
     /// A finished recording is shown: it can't be followed, and there is a way back.
     void setFileShown(bool file);
-    /// A line of text about what is shown; empty: none.
-    void setStatus(const QString& text);
-    /// The same about the recording that was opened.
+    /// A line of text about the recording that was opened.
     void setFileStatus(const QString& text);
 
     /// What was typed as span of X or as scale of Y; nothing unless it is a number above 0.
@@ -76,7 +74,6 @@ private:
     QMenu* followMenu_;
     QActionGroup* followModes_;
     QToolButton* settingsButton_;
-    QLabel* status_;
     QWidget* fileRow_;
     QToolButton* backButton_;
     QLabel* fileStatus_;

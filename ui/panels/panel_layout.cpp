@@ -3,10 +3,29 @@
 #include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
+#include <QStyleOptionComboBox>
+#include <QStylePainter>
 
 namespace tarno2 {
 
 namespace {
+
+/// A list that marks an entry which is longer than its field.
+class List : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QStylePainter painter(this);
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        const QRect field = style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+        option.currentText = fontMetrics().elidedText(option.currentText, Qt::ElideRight, field.width() - 4);
+        painter.drawComplexControl(QStyle::CC_ComboBox, option);
+        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+    }
+};
 
 /// Amber that is legible on the ground of the widget.
 QColor warningColor(const QWidget& widget) {
@@ -25,7 +44,7 @@ QFormLayout* makePanelLayout(QWidget* panel) {
 }
 
 QComboBox* makeList(QWidget* parent, const QString& name) {
-    auto* list = new QComboBox(parent);
+    auto* list = new List(parent);
     list->setObjectName(name);
     list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     list->setMinimumContentsLength(6);
