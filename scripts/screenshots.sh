@@ -11,9 +11,9 @@ source scripts/common.sh
 install_packages "${BUILD_PACKAGES[@]}" xvfb xdotool imagemagick fonts-dejavu-core \
     qt6-translations-l10n
 use_ccache
-# A tree that was configured already keeps its tests; a new one needs none here.
+# A tree that was configured already keeps its tests and benchmarks; a new one needs none here.
 configuration=()
-[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
+[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF -DTARNO2_BENCH=OFF)
 cmake --preset release "${configuration[@]}"
 cmake --build --preset release
 bin=$PWD/build/release/bin
