@@ -67,7 +67,7 @@ focus() {
 
 # Keeps the picture of the screen, or of a window on it, under a name.
 keep() {
-    import -window "${2:-root}" -strip -colors 64 "png8:$folder/${language}_$1.png"
+    import -window "${2:-root}" -strip +dither -colors 64 "png8:$folder/${language}_$1.png"
     echo "$folder/${language}_$1.png"
 }
 

@@ -4,9 +4,11 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
+#include <filesystem>
 #include <functional>
 
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
 #include "ui/text.h"
@@ -75,6 +77,19 @@ TEST_F(WindowRefusal, EachInItsOrderInBothLanguages) {
     if (isDirectory("/proc/self")) {
         type("FileNameEdit", "/proc/run.dat");
         expectRefusal(TextId::UnknownFat);
+        const auto before = std::filesystem::current_path();
+        ASSERT_TRUE(createDirectory(folder_.file("gone")).ok());
+        std::filesystem::current_path(folder_.file("gone"));
+        std::filesystem::remove(folder_.file("gone"));
+        type("FileNameEdit", "run.dat");
+        expectRefusal(TextId::NotEnoughMemory);
+        std::filesystem::current_path(before);
+    }
+    if (isAbsolutePath("C:\\")) {
+        type("FileNameEdit", "\\\\localhost\\nowhere\\run.dat");
+        expectRefusal(TextId::NotLocalDrive);
+        type("FileNameEdit", "B:\\run.dat");
+        expectRefusal(TextId::UnknownDrive);
     }
     const std::string belowFile = folder_.write("file", "x") + "/run.dat";
     type("FileNameEdit", QString::fromStdString(belowFile));
