@@ -1,7 +1,7 @@
 # Options that every target of the project is built with.
 
 # A fused multiply-add rounds once instead of twice: the same settings must give the same bytes on every machine.
-add_compile_options(-ffp-contract=off)
+add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-ffp-contract=off>)
 
 if(TARNO2_SANITIZE)
     add_compile_options(-fsanitize=${TARNO2_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
@@ -17,6 +17,6 @@ endif()
 # Warnings are errors for GCC, natively and for Windows; clang, which serves the fuzz programs, warns of other things.
 function(tarno2_warnings target)
     # -Wrestrict of GCC 12 misfires on "literal" + std::string.
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
-                                             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict$<SEMICOLON>-Werror>)
+    set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict$<SEMICOLON>-Werror>)
+    target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${warnings}>")
 endfunction()

@@ -1,12 +1,21 @@
-# Cross-compiling for 64-bit Windows with mingw-w64 (posix threads). QT_MINGW: a Qt for MinGW, when windows are built.
+# Cross-compiling for 64-bit Windows with mingw-w64 (posix threads). The windows need a Qt 6 for MinGW, any: the variable
+# QT_MINGW, of CMake or of the environment, tells its folder. Qt's tools (moc, rcc) are those of the host's Qt.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
-set(CMAKE_FIND_ROOT_PATH $ENV{QT_MINGW} /usr/x86_64-w64-mingw32)
+if(NOT QT_MINGW AND NOT "$ENV{QT_MINGW}" STREQUAL "")
+    set(QT_MINGW $ENV{QT_MINGW} CACHE PATH "Folder of a Qt 6 for MinGW" FORCE)
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QT_MINGW)
+set(CMAKE_FIND_ROOT_PATH ${QT_MINGW} /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(CMAKE_CROSSCOMPILING_EMULATOR wine)
+if(EXISTS /usr/lib/x86_64-linux-gnu/cmake/Qt6HostInfo)
+    set(QT_HOST_PATH /usr CACHE PATH "The host's Qt")
+    set(QT_HOST_PATH_CMAKE_DIR /usr/lib/x86_64-linux-gnu/cmake CACHE PATH "CMake files of the host's Qt")
+endif()

@@ -25,4 +25,7 @@ private:
     void* handle_ = nullptr;
 };
 
+/// Keeps the library that holds this address in memory until the program ends, however often it is unloaded.
+void keepLibraryOf(void (*function)());
+
 }  // namespace tarno2

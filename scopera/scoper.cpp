@@ -7,6 +7,7 @@
 
 #include <tarno2/ISCOPERA.h>
 
+#include "platform/library.h"
 #include "scopera/plot_view.h"
 
 namespace tarno2 {
@@ -197,5 +198,7 @@ TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_
     if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_SCOPERA_INTERFACE) != 0 || flags != 0) {
         return nullptr;
     }
+    // Qt remembers types that the plotting classes made known, so their code has to stay when the library is closed.
+    tarno2::keepLibraryOf([] {});
     return static_cast<ISCOPERA*>(new (std::nothrow) tarno2::Scoper);
 }

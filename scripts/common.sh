@@ -10,6 +10,8 @@ BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev qt6-base-dev libqcustomplot-d
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix wine wine64)
+# The packages for Windows, and a display on which the installed program is tried.
+PACKAGING_PACKAGES=(nsis zip unzip xvfb xauth)
 
 fail() {
     echo "!!!! $*" >&2
@@ -44,6 +46,39 @@ install_packages() {
         install --no-install-recommends "${missing[@]}"
 }
 
+# A Qt for MinGW that may lie beside the checkout. QT_MINGW, when it is set, names another.
+QT_MINGW_ARCHIVE=../shared/windows/qt6-mingw64.tar.xz
+
+# Sets QT_MINGW, unpacking the archive into build/ when that is newer than what is there. False when there is no Qt.
+find_qt_mingw() {
+    if [ -z "${QT_MINGW:-}" ] && [ -f "$QT_MINGW_ARCHIVE" ]; then
+        QT_MINGW=$PWD/build/qt6-mingw64
+        if [ ! -f "$QT_MINGW/unpacked" ] || [ "$QT_MINGW_ARCHIVE" -nt "$QT_MINGW/unpacked" ]; then
+            rm -rf "$QT_MINGW"
+            mkdir -p "$QT_MINGW"
+            tar xf "$QT_MINGW_ARCHIVE" -C "$QT_MINGW" --strip-components=1
+            touch "$QT_MINGW/unpacked"
+        fi
+    fi
+    [ -n "${QT_MINGW:-}" ] && export QT_MINGW
+}
+
+# A Wine of its own, thrown away afterwards: no setting of the user's plays a part, and none is changed.
+start_wine() {
+    unset DISPLAY
+    wine_folder=$(mktemp -d)
+    export WINEPREFIX=$wine_folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
+    trap stop_wine EXIT
+    wine wineboot --init </dev/null || fail "Wine does not start"
+    wineserver -w 2>/dev/null || true
+}
+
+stop_wine() {
+    wineserver -k >/dev/null 2>&1 || true
+    wineserver -w >/dev/null 2>&1 || true
+    rm -rf "$wine_folder"
+}
+
 # Makes the Russian locale known, in which a decimal comma would show up wherever one slips in.
 ensure_russian_locale() {
     locale -a 2>/dev/null | grep -qi '^ru_RU\.utf-\?8$' || as_root localedef -i ru_RU -f UTF-8 ru_RU.UTF-8
@@ -73,6 +108,15 @@ count_tests() {
             else if (!cases[entry]) passed++
         }
         END { print passed + 0, failed + 0, skipped + 0 }'
+}
+
+# Prints the tests that were skipped according to the output of `ctest -V`, each with its reason on one line.
+list_skipped() {
+    tr -d '\r' <"$1" | sed -n 's/^[0-9]*: //p' | awk '
+        /^\[ RUN      \] / { name = $4; reason = ""; next }
+        /: Skipped$/ { reading = 1; next }
+        /^\[  SKIPPED \] .* ms\)$/ { print "skipped: " name ": " reason; reading = 0; next }
+        reading && NF { reason = reason (reason == "" ? "" : " ") $0 }'
 }
 
 # ThreadSanitizer can't lay out its memory when the kernel randomises addresses too widely; then its programs run

@@ -3,7 +3,7 @@
 #
 #   scripts/test.sh [PRESET]      release (the default), debug, asan, tsan or windows
 #
-# The whole output of the tests goes to build/PRESET/ctest.log. The last line is "N passed, N failed, N skipped".
+# The whole output of the tests goes to build/PRESET/ctest.log. Tests that were skipped are listed. The last line is "N passed, N failed, N skipped".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -13,7 +13,7 @@ install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
 ensure_russian_locale
 use_ccache
 
-prefix=()
+prefix=() options=()
 case $preset in
 release | debug) ;;
 asan)
@@ -26,11 +26,17 @@ tsan)
     ;;
 windows)
     install_packages "${WINDOWS_PACKAGES[@]}"
+    if find_qt_mingw; then
+        options=(-DTARNO2_GUI=ON -DQT_MINGW="$QT_MINGW")
+    else
+        echo "There is no Qt for MinGW here: built without windows, whose tests are skipped. QT_MINGW names one."
+        options=(-DTARNO2_GUI=OFF)
+    fi
     ;;
 *) fail "No preset \"$preset\": release, debug, asan, tsan or windows" ;;
 esac
 
-cmake --preset "$preset" -DTARNO2_TESTS=ON
+cmake --preset "$preset" -DTARNO2_TESTS=ON "${options[@]}"
 cmake --build --preset "$preset"
 
 if [ "$preset" = tsan ]; then
@@ -38,13 +44,7 @@ if [ "$preset" = tsan ]; then
     read -r -a prefix <<<"$prefix_text"
 fi
 if [ "$preset" = windows ]; then
-    # A Wine of its own, thrown away afterwards: no setting of the user's plays a part, and none is changed.
-    unset DISPLAY
-    wine_folder=$(mktemp -d)
-    export WINEPREFIX=$wine_folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml='
-    trap 'wineserver -k >/dev/null 2>&1 || true; wineserver -w >/dev/null 2>&1 || true; rm -rf "$wine_folder"' EXIT
-    wine wineboot --init </dev/null || fail "Wine does not start"
-    wineserver -w 2>/dev/null || true
+    start_wine
 fi
 
 log=build/$preset/ctest.log
@@ -58,6 +58,7 @@ if [ "$status" -eq 0 ]; then
 else
     grep -vE '^[0-9]+: (\[ RUN      \]|\[       OK \]|\[-{10}\]|\s*$)' "$log" || true
 fi
+list_skipped "$log"
 read -r passed failed skipped <<<"$(count_tests "$log")"
 if [ "$status" -ne 0 ] && [ "$failed" -eq 0 ]; then
     failed=1

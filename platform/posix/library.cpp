@@ -29,4 +29,11 @@ void* Library::symbol(const char* name) const {
     return handle_ == nullptr ? nullptr : dlsym(handle_, name);
 }
 
+void keepLibraryOf(void (*function)()) {
+    Dl_info facts{};
+    if (dladdr(reinterpret_cast<void*>(function), &facts) != 0) {
+        dlopen(facts.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+}
+
 }  // namespace tarno2

@@ -13,7 +13,10 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 TEST(CommandLine, ThatIsWrongSaysHowToUseTheProgram) {
-    for (const char* program : {"tarno2-console", "Tarno2"}) {
+    for (const std::string program : {"tarno2-console", "Tarno2"}) {
+        if (kPathSeparator == '\\' && program == "Tarno2") {
+            continue;  // it shows the text in a box there, and waits for a click
+        }
         const RecordingRig rig;
         const std::vector<std::vector<std::string>> lines = {
             {}, {"/?"}, {"/c"}, {"/cauto.txt"}, {"-c", "auto.txt"}, {"auto.txt"}};
