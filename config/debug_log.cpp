@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "config/log_file.h"
-#include "config/version.h"
+#include "config/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 
@@ -37,7 +37,7 @@ void DebugLog::open(const std::string& settingsPath, int32_t debugMode) {
     opened_.store(true, std::memory_order_release);
     log("***********************************");
     line = __LINE__;
-    log("Debug start Tarno2 version = %s", kVersionText);
+    log("Debug start Tarno2 version = %s", versionText().c_str());
 }
 
 void DebugLog::close() {

@@ -5,7 +5,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "config/version.h"
+#include "config/program_version.h"
 #include "ui/program_icon.h"
 #include "ui/text.h"
 
@@ -27,7 +27,8 @@ AboutBox::AboutBox(const Facts& facts, QWidget* parent) : QDialog(parent) {
     head->addWidget(name, 1);
     column->addLayout(head);
 
-    QStringList lines = {uiText(TextId::AboutPurpose), uiText(TextId::AboutVersion, {QLatin1String(kVersionText)}),
+    QStringList lines = {uiText(TextId::AboutPurpose),
+                         uiText(TextId::AboutVersion, {QString::fromStdString(versionText())}),
                          uiText(TextId::AboutLicense), uiText(TextId::AboutQt, {QLatin1String(qVersion())})};
     if (!facts.driver.empty())
         lines.append(uiText(TextId::AboutDriver, {fromFileName(facts.driver), QString::number(facts.driverInterface)}));

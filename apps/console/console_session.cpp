@@ -5,8 +5,8 @@
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
+#include "config/program_version.h"
 #include "config/settings_file.h"
-#include "config/version.h"
 #include "core/auto_recording.h"
 #include "core/recovery.h"
 #include "language/language_table.h"
@@ -29,7 +29,7 @@ void ConsoleSession::run() {
         consoleLog().log("Frequency not founded");
     }
     DEBUG_LOG("LoadConfig consolemode - Status OK");
-    consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
+    consoleLog().log("Console mode ENABLED Tarno2 version %s", versionText().c_str());
     if (fileName_.empty()) {
         control_.GenerateFileName();
     }

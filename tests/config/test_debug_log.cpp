@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "config/debug_log.h"
-#include "config/version.h"
+#include "config/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "tests/config/masked.h"
@@ -43,7 +43,7 @@ TEST(DebugLog, LinesFollowThoseOfEarlierRuns) {
     for (size_t run = 0; run < 10; run += 5) {
         EXPECT_EQ(lines[run], std::string(35, '*') + "\r");
         EXPECT_THAT(masked(lines[run + 1]), StartsWith(kStamp));
-        EXPECT_THAT(lines[run + 1], EndsWith(std::string(" --- Debug start Tarno2 version = ") + kVersionText + "\r"));
+        EXPECT_THAT(lines[run + 1], EndsWith(std::string(" --- Debug start Tarno2 version = ") + versionText() + "\r"));
         EXPECT_EQ(masked(lines[run + 2]), kStamp + "## --- value = #.######\r");
         EXPECT_THAT(lines[run + 2], EndsWith(" line = 82 --- value = 0.500000\r"));
         EXPECT_EQ(lines[run + 3], "*** bare 7\r");

@@ -1,0 +1,13 @@
+#include "config/program_version.h"
+
+#include "config/version.h"
+#include "platform/program_version.h"
+
+namespace tarno2 {
+
+const std::string& versionText() {
+    static const std::string text = executableVersion().value_or(kVersionText);
+    return text;
+}
+
+}  // namespace tarno2
