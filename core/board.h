@@ -13,7 +13,9 @@
 #include "core/notification.h"
 #include "core/parameter_blocks.h"
 #include "platform/event.h"
+#include "platform/sleep_prevention.h"
 #include "platform/thread.h"
+#include "platform/timer_resolution.h"
 #include "sync/block_evaluator.h"
 
 namespace tarno2 {
@@ -113,6 +115,8 @@ private:
     std::atomic<uint32_t> worstLoad_{0};
     std::atomic<uint64_t> eventCount_{0};
 
+    const SleepPrevention awake_;
+    const TimerResolution fineTimers_;
     Thread thread_;
 };
 

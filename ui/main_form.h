@@ -22,6 +22,7 @@
 #include "core/recovery.h"
 #include "core/scoper_library.h"
 #include "records/conversion_inputs.h"
+#include "ui/sleep_inhibitor.h"
 #include "ui/state_strip.h"
 
 class QAction;
@@ -200,6 +201,7 @@ private:
     QElapsedTimer stopClock_;
     int64_t ticksGiven_ = 0;
     uint32_t tickPeriod_ = 0;
+    SleepInhibitor sleepInhibitor_;
     QTimer refreshTimer_;
     QElapsedTimer diskClock_;  ///< since the free space was looked at
     bool ending_ = false;      ///< closes without a question

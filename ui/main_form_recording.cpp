@@ -11,8 +11,8 @@
 #include "config/disk_info.h"
 #include "config/figure_text.h"
 #include "config/file_naming.h"
+#include "config/program_version.h"
 #include "config/settings_file.h"
-#include "config/version.h"
 #include "core/auto_recording.h"
 #include "core/recording_need.h"
 #include "core/recording_settings.h"
@@ -46,7 +46,7 @@ void T_MainForm::present() {
         return;
     }
     if (consoleMode()) {
-        consoleLog().log("Console mode ENABLED Tarno2 version %s", kVersionText);
+        consoleLog().log("Console mode ENABLED Tarno2 version %s", versionText().c_str());
         showMinimized();
     } else {
         settings_.formVisible == 2 ? showMaximized() : show();
@@ -367,6 +367,7 @@ void T_MainForm::beginRun() {
     showRunningSignal();
     setLocked(true);
     diskClock_.start();
+    sleepInhibitor_.hold(uiText(TextId::StatusRecording));
     refreshTimer_.start();
 }
 
@@ -375,6 +376,7 @@ void T_MainForm::endRun() {
     // How it ended comes with the last notification.
     if (endState_ == RunState::Ready)
         endState_ = RunState::Stopped;
+    sleepInhibitor_.release();
     showForm_->recordingStopped();
     refreshTimer_.stop();
     setLocked(false);
