@@ -88,6 +88,9 @@ NameProblem checkDataFileName(const std::string& name) {
     if (name.empty()) {
         return NameProblem::Empty;
     }
+    if (!isPossiblePath(name)) {
+        return NameProblem::Impossible;
+    }
     const std::string dataFile = withDataExtension(name);
     if (fileNameOf(dataFile).empty() || isDirectory(name) || isDirectory(dataFile)) {
         return NameProblem::IsFolder;

@@ -22,7 +22,8 @@ struct DiskFacts {
 [[nodiscard]] std::string formatFreeSpace(uint64_t bytes);
 
 /// Why a name can't be given to a recording. `EqualsDescription`: a file that stands beside the data needs it.
-enum class NameProblem { None, Empty, EqualsDescription, IsFolder };
+/// `Impossible`: the system can't have such a name.
+enum class NameProblem { None, Empty, EqualsDescription, IsFolder, Impossible };
 [[nodiscard]] NameProblem checkDataFileName(const std::string& name);
 
 }  // namespace tarno2

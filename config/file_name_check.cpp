@@ -15,6 +15,8 @@ std::optional<TextId> nameText(NameProblem problem) {
             return TextId::FileNameEqualsDescription;
         case NameProblem::IsFolder:
             return TextId::FileNameIsFolder;
+        case NameProblem::Impossible:
+            return TextId::FileNameError;
         case NameProblem::None:
             break;
     }
@@ -58,6 +60,8 @@ int32_t nameCheckCode(NameProblem problem) {
             return -6;
         case NameProblem::IsFolder:
             return -7;
+        case NameProblem::Impossible:
+            return -8;
         case NameProblem::None:
             break;
     }

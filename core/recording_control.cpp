@@ -108,6 +108,9 @@ bool RecordingControl::checkFile() {
         case NameProblem::IsFolder:
             DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -7);
             return refuse(TextId::FileNameIsFolder);
+        case NameProblem::Impossible:
+            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -8);
+            return refuse(TextId::FileNameError, fileName_);
         case NameProblem::None:
             break;
     }

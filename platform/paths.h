@@ -23,6 +23,10 @@ extern const char kPathSeparator;
 /// Starts at a root (or with a drive on Windows).
 [[nodiscard]] bool isAbsolutePath(std::string_view path);
 
+/// Whether the system can have a file of that name at all: on Windows one without the characters `"<>|?*` and without
+/// ':' but after the drive; elsewhere any without a zero in it.
+[[nodiscard]] bool isPossiblePath(std::string_view path);
+
 /// A variable of the environment; nothing when it is unset.
 [[nodiscard]] std::optional<std::string> environmentVariable(const char* name);
 /// Folder of the running program, without a separator at its end.

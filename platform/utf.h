@@ -10,7 +10,8 @@ namespace tarno2 {
 [[nodiscard]] std::optional<std::u16string> utf8ToUtf16(std::string_view utf8);
 /// UTF-16 as UTF-8. A surrogate without its partner becomes U+FFFD.
 [[nodiscard]] std::string utf16ToUtf8(std::u16string_view utf16);
-/// UTF-16 in the encoding of the system's file names: UTF-8, on Windows the code page of the system.
+/// UTF-16 in the encoding of the system's file names: UTF-8, on Windows the code page of the system. What that lacks
+/// becomes "?", which no name of a file has there, and not some similar letter, which may name another file.
 [[nodiscard]] std::string utf16ToSystem(std::u16string_view utf16);
 
 }  // namespace tarno2

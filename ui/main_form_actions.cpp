@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QMenu>
@@ -178,7 +179,7 @@ void T_MainForm::ButtonSetFileNameClick() {
             DEBUG_LOG("ButtonSetFileNameClick Cancel");
             return;
         }
-        const std::string name = toFileName(dialog.selectedFiles().first());
+        const std::string name = toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()));
         DEBUG_LOG("ButtonSetFileNameClick Result file = \"%s\"", name.c_str());
         setFileName(name);
         FileNameEditChange();
@@ -207,7 +208,7 @@ void T_MainForm::SaveAsTextButtonClick() {
             uiText(TextId::DataFileFilter) + QStringLiteral(";;") + uiText(TextId::AllFilesFilter));
         if (chosen.isEmpty())
             return;
-        TextExportSource source{toFileName(chosen), {}};
+        TextExportSource source{toFileName(QDir::toNativeSeparators(chosen)), {}};
         if (isOfLastRun(source.dataFile))
             source.known = runInputs_;
         textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);

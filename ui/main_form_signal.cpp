@@ -1,6 +1,7 @@
 // The signal view in its dock, and the recordings that are opened there.
 
 #include <QAction>
+#include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
 
@@ -55,7 +56,7 @@ void T_MainForm::OpenRecordingClick() {
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
             return;
         signalDock_->show();
-        showForm_->openRecording(toFileName(dialog.selectedFiles().first()));
+        showForm_->openRecording(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first())));
     });
 }
 

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
@@ -168,7 +169,7 @@ void T_SaveAsTextForm::ButtonSetFileNameClick() {
         QFileDialog::getSaveFileName(this, plainText(TextId::ExportWindow), fileNameEdit_->text(),
                                      QStringLiteral("*.csv;;*.txt;;") + uiText(TextId::AllFilesFilter));
     if (!name.isEmpty()) {
-        fileNameEdit_->setText(name);
+        fileNameEdit_->setText(QDir::toNativeSeparators(name));
     }
 }
 

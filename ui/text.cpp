@@ -55,7 +55,7 @@ QString fromFileName(const std::string& name) {
 }
 
 std::string toFileName(const QString& name) {
-    return QFile::encodeName(name).toStdString();
+    return utf16ToSystem(name.toStdU16String());
 }
 
 }  // namespace tarno2

@@ -24,7 +24,8 @@ namespace tarno2 {
 /// files, where those are UTF-8.
 [[nodiscard]] QString fromMessage(const std::string& text);
 
-/// File names between the system's own bytes and the windows.
+/// File names between the system's own bytes and the windows. What the code page of Windows lacks becomes "?", which no
+/// file's name has.
 [[nodiscard]] QString fromFileName(const std::string& name);
 [[nodiscard]] std::string toFileName(const QString& name);
 

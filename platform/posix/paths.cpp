@@ -11,6 +11,10 @@ namespace tarno2 {
 
 const char kPathSeparator = '/';
 
+bool isPossiblePath(std::string_view path) {
+    return path.find('\0') == std::string_view::npos;
+}
+
 bool isPathSeparator(char c) {
     return c == '/';
 }

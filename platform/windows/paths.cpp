@@ -21,6 +21,18 @@ std::string nameOfLength(std::string buffer, DWORD length) {
 
 const char kPathSeparator = '\\';
 
+bool isPossiblePath(std::string_view path) {
+    constexpr std::string_view kVerbatim = "\\\\?\\";
+    if (path.starts_with(kVerbatim)) {
+        path.remove_prefix(kVerbatim.size());
+    }
+    const size_t drive = path.size() >= 2 && path[1] == ':' ? 2 : 0;
+    const auto forbidden = [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || std::string_view("\"<>|?*:").find(c) != std::string_view::npos;
+    };
+    return std::none_of(path.begin() + static_cast<std::ptrdiff_t>(drive), path.end(), forbidden);
+}
+
 bool isPathSeparator(char c) {
     return c == '\\' || c == '/';
 }

@@ -103,6 +103,7 @@ TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
     ASSERT_TRUE(createDirectory(folder.file("sub")).ok());
     ASSERT_TRUE(createDirectory(folder.file("sub.dat")).ok());
     EXPECT_EQ(checkDataFileName(""), NameProblem::Empty);
+    EXPECT_EQ(checkDataFileName(std::string("run\0.dat", 8)), NameProblem::Impossible);
     EXPECT_EQ(checkDataFileName("run.txt"), NameProblem::EqualsDescription);
     EXPECT_EQ(checkDataFileName("run.TXT"), NameProblem::EqualsDescription);
     EXPECT_EQ(checkDataFileName(folder.path()), NameProblem::IsFolder);

@@ -45,6 +45,23 @@ TEST(Paths, Parts) {
     }
 }
 
+// A letter that the code page lacks must neither be dropped nor become a similar one: either may name another file.
+TEST(Paths, NamesThatTheSystemCannotHaveAreTold) {
+    const bool windows = kPathSeparator == '\\';
+    for (const char* name :
+         {"run.dat", "C:\\a folder\\run.dat", "\\\\?\\C:\\run.dat", "\\\\server\\share\\run.dat", "a/b"}) {
+        EXPECT_TRUE(isPossiblePath(name)) << name;
+    }
+    for (const char* name : {"ru?n", "a:b:c", "a\tb", "run*", "run|", "\"run\""}) {
+        EXPECT_EQ(isPossiblePath(name), !windows) << name;
+    }
+    EXPECT_FALSE(isPossiblePath(std::string_view("a\0b", 3)));
+    const std::string armenian = utf16ToSystem(u"run \u0561");
+    EXPECT_EQ(isPossiblePath(armenian), armenian == "run \xD5\xA1") << armenian;
+    const std::string similar = utf16ToSystem(u"\u0100");  // an A with a bar, which best fits turn into a plain one
+    EXPECT_NE(similar, "A");
+}
+
 TEST(Paths, ProgramDirectoryFollowsTheEnvironment) {
     const TemporaryFolder folder;
     {
