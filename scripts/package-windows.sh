@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# Packs what the preset "windows" has built: a zip that is unpacked and run, and an installer.
+#
+#   scripts/package-windows.sh [BUILD]      BUILD: the build folder, build/windows by default
+#
+# Leaves BUILD/packages/Tarno2-VERSION-windows.zip and Tarno2-VERSION-setup.exe.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+install_packages "${PACKAGING_PACKAGES[@]}"
+
+build=$(cd "${1:-build/windows}" && pwd)
+bin=$build/bin
+packages=$build/packages
+folder=$packages/Tarno2
+[ -f "$bin/Qt6Widgets.dll" ] && [ -f "$bin/Tarno2.exe" ] || fail "$bin holds no program with windows: build it first"
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$build/CMakeCache.txt")
+
+rm -rf "$packages"
+mkdir -p "$folder/platforms" "$folder/styles" "$folder/registry.d"
+cp "$bin"/Tarno2.exe "$bin"/tarno2-*.exe "$bin"/*.dll "$folder"
+rm -f "$folder"/Qt6Test.dll "$folder"/tarno2-bench*.exe "$folder"/tarno2-soak.exe
+cp "$bin"/platforms/qwindows.dll "$folder/platforms"
+cp "$bin"/styles/*.dll "$folder/styles"
+cp "$bin"/registry.d/*.reg "$folder/registry.d"
+cp LICENSE "$folder/LICENSE.txt"
+cp CHANGELOG.md README.md "$folder"
+cp -r docs "$folder/docs"
+find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
+
+(cd "$packages" && zip -q -9 -r "Tarno2-$version-windows.zip" Tarno2)
+
+# The same files and registry entries, as lines of the installer's script: each that is written is removed again.
+install=$packages/install.nsh uninstall=$packages/uninstall.nsh
+: >"$install" && : >"$uninstall"
+while read -r path; do
+    relative=${path#"$folder"/}
+    windows=${relative//\//\\}
+    case $windows in
+    *\\*) printf 'SetOutPath "$INSTDIR\\%s"\n' "${windows%\\*}" ;;
+    *) echo 'SetOutPath "$INSTDIR"' ;;
+    esac >>"$install"
+    printf 'File "%s"\n' "$path" >>"$install"
+    printf 'Delete "$INSTDIR\\%s"\n' "$windows" >>"$uninstall"
+done < <(find "$folder" -type f -not -path '*/registry.d/*' | LC_ALL=C sort)
+while read -r path; do
+    printf 'RMDir "$INSTDIR\\%s"\n' "$(sed "s|^$folder/||; s|/|\\\\|g" <<<"$path")" >>"$uninstall"
+done < <(find "$folder" -mindepth 1 -type d -not -name registry.d | LC_ALL=C sort -r)
+for text in "$folder"/registry.d/*.reg; do
+    key=$(tr -d '\r' <"$text" | sed -n 's/^\[HKEY_LOCAL_MACHINE\\\(.*\)\]$/\1/p')
+    library=$(tr -d '\r' <"$text" | sed -n 's/^"path"="\.\.\/\(.*\)"$/\1/p')
+    [ -n "$key" ] && [ -f "$folder/$library" ] || fail "$text names no library of ours"
+    printf '!insertmacro RegisterLibrary "%s" "%s"\n' "$key" "$library" >>"$install"
+    printf '!insertmacro UnregisterLibrary "%s" "%s"\n' "$key" "$library" >>"$uninstall"
+done
+
+makensis -V2 -INPUTCHARSET UTF8 -DVERSION="$version" -DPACKAGES="$packages" -DICON="$PWD/packaging/windows/tarno2.ico" \
+    -DLICENSE="$folder/LICENSE.txt" packaging/windows/setup.nsi
+rm -rf "$folder" "$install" "$uninstall"
+ls -l "$packages"
