@@ -63,7 +63,7 @@ bool identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& facts) {
 
 OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
     close();
-    const DWORD sharing = share == FileShare::None ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const DWORD sharing = share == FileShare::None ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const HANDLE file = CreateFileA(path.c_str(), accessRights(access), sharing, nullptr, disposition(mode),
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
