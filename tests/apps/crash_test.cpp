@@ -8,7 +8,9 @@
 #include <thread>
 
 #include "drivers/simulator/counter_signal.h"
+#include "platform/file.h"
 #include "platform/paths.h"
+#include "records/record_description.h"
 #include "tests/apps/recording_rig.h"
 
 namespace tarno2::test {
@@ -231,6 +233,9 @@ TEST(TwoRecorders, WithGeneratedNamesBothRecord) {
         const size_t begin = found + before.size();
         data.push_back(log.substr(begin, log.find('"', begin) - begin));
         EXPECT_EQ(checkRecording({data.back()}, {}), 200000U) << data.back();
+        // On Windows they lie in the user's own documents.
+        removeFile(data.back());
+        removeFile(RecordDescription::fileNameFor(data.back()));
     }
     std::sort(data.begin(), data.end());
     EXPECT_EQ(std::unique(data.begin(), data.end()), data.end());

@@ -12,15 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 
-/// `value` as the text of an autosettings file.
-std::string quoted(const std::string& value) {
-    std::string text;
-    for (const char c : value) {
-        text.append(c == '\\' ? 2 : 1, c);
-    }
-    return '"' + text + '"';
-}
-
 TEST(RussianNames, LeadToTheSameFilesEverywhere) {
     const std::string name = utf16ToSystem(u"Мои записи");
     if (!isPossiblePath(name)) {

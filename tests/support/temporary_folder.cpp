@@ -1,11 +1,14 @@
 #include "tests/support/temporary_folder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
+
+#include "platform/paths.h"
 
 namespace tarno2::test {
 
@@ -41,7 +44,10 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 std::string TemporaryFolder::file(std::string_view name) const {
-    return (std::filesystem::path(path_) / name).string();
+    // The library's paths take narrow names for UTF-8, which those of Windows are not.
+    std::string relative(name);
+    std::replace(relative.begin(), relative.end(), '/', kPathSeparator);
+    return joinPath(path_, relative);
 }
 
 std::string TemporaryFolder::write(std::string_view name, std::string_view contents) const {
@@ -55,6 +61,17 @@ std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     EXPECT_TRUE(in.is_open()) << path;
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '\\' || c == '"') {
+            result += '\\';
+        }
+        result += c;
+    }
+    return result + '"';
 }
 
 ScopedEnvironment::ScopedEnvironment(const char* name, const std::string& value) : name_(name) {

@@ -14,7 +14,7 @@ public:
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     [[nodiscard]] const std::string& path() const { return path_; }
-    /// Full name of a file in the folder.
+    /// Full name of a file in the folder; '/' in `name` becomes the system's separator.
     [[nodiscard]] std::string file(std::string_view name) const;
     /// Writes a file into the folder; returns its full name.
     std::string write(std::string_view name, std::string_view contents) const;
@@ -25,6 +25,9 @@ private:
 
 /// The bytes of a file; a failed expectation and an empty string when it can't be read.
 [[nodiscard]] std::string readFile(const std::string& path);
+
+/// A text as the value of a key in a settings file: in quotes, with its own quotes and backslashes escaped.
+[[nodiscard]] std::string quoted(const std::string& text);
 
 /// Sets a variable of the environment for as long as it lives, then puts back what was there.
 class ScopedEnvironment {

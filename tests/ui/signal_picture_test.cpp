@@ -216,6 +216,7 @@ TEST_F(SignalPicture, TheMouseZoomsMovesAndGoesBack) {
     EXPECT_LT(range(kScoperaAxisX).second - range(kScoperaAxisX).first, 0.3);
     EXPECT_FALSE(settings_.axisYAutoMode) << "who marks a rectangle has chosen its height";
     QTest::mouseDClick(view(), Qt::LeftButton, Qt::NoModifier, middle);
+    QTest::mouseRelease(view(), Qt::LeftButton, Qt::NoModifier, middle);
     EXPECT_EQ(range(kScoperaAxisX), whole);
     EXPECT_TRUE(settings_.axisYAutoMode);
 }

@@ -19,8 +19,8 @@ protected:
 
     void run(const std::string& more) {
         const std::string path = folder_.write(
-            "auto.txt", "DebugMode = 1\r\nBaseNumber = 1\r\nFileName = \"" + folder_.file("data/run.dat") +
-                            "\"\r\nChannelCount = 2\r\nChannelsNumber = 3,5\r\nFrequency = 100000\r\n" + more);
+            "auto.txt", "DebugMode = 1\r\nBaseNumber = 1\r\nFileName = " + quoted(folder_.file("data/run.dat")) +
+                            "\r\nChannelCount = 2\r\nChannelsNumber = 3,5\r\nFrequency = 100000\r\n" + more);
         auto settings = LoadAutoSettings(path, folder_.path());
         ASSERT_TRUE(settings.has_value()) << readFile(folder_.file("AutoLog.txt"));
         form_ = std::make_unique<T_MainForm>(folder_.path(), std::move(settings));

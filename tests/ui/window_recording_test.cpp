@@ -62,7 +62,7 @@ TEST_F(WindowRecording, EndsByItsTimeRule) {
     // 100 kHz over two channels; a board that runs by the clock gives whole halves of its ring.
     EXPECT_GT(frames("run"), 20000U);
     EXPECT_EQ(described("run"), static_cast<int64_t>(frames("run")));
-    EXPECT_TRUE(nameField().find("/data/file_") != std::string::npos) << nameField();
+    EXPECT_TRUE(nameField().starts_with(folder_.file("data/file_"))) << nameField();
 }
 
 TEST_F(WindowRecording, StopsByTheButtonAndStartsAnew) {

@@ -38,6 +38,9 @@ protected:
 };
 
 TEST_F(WindowRecovery, FindsWhatWasCutOffAndLeavesWhatIsBeingWritten) {
+    if (kPathSeparator != '/') {
+        GTEST_SKIP() << "the journal of a recording that runs can't be copied there";
+    }
     open();
     record();
     const std::string data = folder_.file("data/run.dat");

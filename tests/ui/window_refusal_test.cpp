@@ -74,7 +74,7 @@ TEST_F(WindowRefusal, EachInItsOrderInBothLanguages) {
     expectRefusal(TextId::FileNameIsFolder);
     type("FileNameEdit", QString::fromStdString(folder_.file("run.txt")));
     expectRefusal(TextId::FileNameEqualsDescription);
-    if (isDirectory("/proc/self")) {
+    if (kPathSeparator == '/' && isDirectory("/proc/self")) {
         type("FileNameEdit", "/proc/run.dat");
         expectRefusal(TextId::UnknownFat);
         const auto before = std::filesystem::current_path();
