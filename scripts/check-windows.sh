@@ -1,18 +1,14 @@
 #!/usr/bin/env bash
 # Packs the Windows program and tries the packages under Wine, with its windows on a display of their own: installs,
 # records, compares with recordings made natively, removes; unpacks the zip into a folder with a Russian name and
-# records from there. Needs what scripts/test.sh has built for "windows".
+# records from there. Needs what scripts/test.sh has built for "windows"; when that has no windows, for want of a Qt, only
+# the signal view is left out.
 #
 # The last line is "N passed, N failed, N skipped".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-if [ ! -f build/windows/bin/Qt6Widgets.dll ]; then
-    echo "skipped: packages: the build has no windows, for want of a Qt for MinGW"
-    echo "0 passed, 0 failed, 1 skipped"
-    exit 0
-fi
 install_packages "${BUILD_PACKAGES[@]}" "${WINDOWS_PACKAGES[@]}" "${PACKAGING_PACKAGES[@]}"
 ensure_russian_locale
 use_ccache
@@ -22,7 +18,7 @@ fi
 cmake --build --preset release --target tarno2-console simulator >/dev/null
 scripts/package-windows.sh
 
-passed=0 failed=0
+passed=0 failed=0 skipped=0
 # check TEXT COMMAND...: one line of the report.
 check() {
     local text=$1
@@ -88,8 +84,11 @@ check "programs are installed" test -f "$installed/Tarno2.exe" -a -f "$installed
 check "registry.d is left to the real registry" not test -e "$installed/registry.d"
 check "the simulator is registered" has_value "$catalogue\\Simulator" path "$program\\simulator.dll"
 check "the replay driver is registered" has_value "$catalogue\\Replay" path "$program\\replay.dll"
-if [ -f "$installed/scopera.dll" ]; then
+if has_windows build/windows; then
     check "the plotting library is registered" has_value 'HKLM\SOFTWARE\Kestrel Lines LTD\SCOPERA' path "$program\\scopera.dll"
+else
+    echo "skipped: the plotting library is registered: there was no Qt for MinGW, so the programs have no windows"
+    skipped=1
 fi
 check "the uninstaller is registered" has_value "$uninstall_key" UninstallString "\"$program\\uninstall.exe\""
 link=$(find "$drive/ProgramData/Microsoft/Windows/Start Menu/Programs/Tarno2" -name Tarno2.lnk)
@@ -147,5 +146,5 @@ check "it kept the first recording" \
     cmp "$wine_folder/native/Counter.dat" "$drive/Записи/насос № 2/давление_old1.dat"
 check "the log lies beside the program" contains "$folder/Tarno2/AutoLog.txt" "Program exit at"
 
-echo "$passed passed, $failed failed, 0 skipped"
+echo "$passed passed, $failed failed, $skipped skipped"
 [ "$failed" -eq 0 ]

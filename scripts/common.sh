@@ -63,13 +63,17 @@ find_qt_mingw() {
     [ -n "${QT_MINGW:-}" ] && export QT_MINGW
 }
 
+# Whether a build for Windows has the windows in it.
+has_windows() { grep -q '^TARNO2_GUI:.*=ON$' "$1/CMakeCache.txt"; }
+
 # A Wine of its own, thrown away afterwards: no setting of the user's plays a part, and none is changed.
 start_wine() {
     unset DISPLAY
     wine_folder=$(mktemp -d)
     export WINEPREFIX=$wine_folder/prefix WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
     trap stop_wine EXIT
-    wine wineboot --init </dev/null || fail "Wine does not start"
+    # With a home of its own: Wine makes links to the user's documents otherwise.
+    HOME=$wine_folder wine wineboot --init </dev/null || fail "Wine does not start"
     wineserver -w 2>/dev/null || true
 }
 

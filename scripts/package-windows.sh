@@ -3,7 +3,8 @@
 #
 #   scripts/package-windows.sh [BUILD]      BUILD: the build folder, build/windows by default
 #
-# Leaves BUILD/packages/Tarno2-VERSION-windows.zip and Tarno2-VERSION-setup.exe.
+# Leaves BUILD/packages/Tarno2-VERSION-windows.zip and Tarno2-VERSION-setup.exe. Of a build without windows they are good
+# for trying the installer alone, and are named Tarno2-VERSION-without-windows-...
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -13,22 +14,27 @@ build=$(cd "${1:-build/windows}" && pwd)
 bin=$build/bin
 packages=$build/packages
 folder=$packages/Tarno2
-[ -f "$bin/Qt6Widgets.dll" ] && [ -f "$bin/Tarno2.exe" ] || fail "$bin holds no program with windows: build it first"
+[ -f "$bin/Tarno2.exe" ] || fail "$bin holds no program: build it first"
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:.*=//p' "$build/CMakeCache.txt")
+name=Tarno2-$version
+has_windows "$build" || name=$name-without-windows
 
 rm -rf "$packages"
-mkdir -p "$folder/platforms" "$folder/styles" "$folder/registry.d"
+mkdir -p "$folder/registry.d"
 cp "$bin"/Tarno2.exe "$bin"/tarno2-*.exe "$bin"/*.dll "$folder"
 rm -f "$folder"/Qt6Test.dll "$folder"/tarno2-bench*.exe "$folder"/tarno2-soak.exe
-cp "$bin"/platforms/qwindows.dll "$folder/platforms"
-cp "$bin"/styles/*.dll "$folder/styles"
+if has_windows "$build"; then
+    mkdir "$folder/platforms" "$folder/styles"
+    cp "$bin"/platforms/qwindows.dll "$folder/platforms"
+    cp "$bin"/styles/*.dll "$folder/styles"
+fi
 cp "$bin"/registry.d/*.reg "$folder/registry.d"
 cp LICENSE "$folder/LICENSE.txt"
 cp CHANGELOG.md README.md "$folder"
 cp -r docs "$folder/docs"
 find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
 
-(cd "$packages" && zip -q -9 -r "Tarno2-$version-windows.zip" Tarno2)
+(cd "$packages" && zip -q -9 -r "$name-windows.zip" Tarno2)
 
 # The same files and registry entries, as lines of the installer's script: each that is written is removed again.
 install=$packages/install.nsh uninstall=$packages/uninstall.nsh
@@ -54,7 +60,7 @@ for text in "$folder"/registry.d/*.reg; do
     printf '!insertmacro UnregisterLibrary "%s" "%s"\n' "$key" "$library" >>"$uninstall"
 done
 
-makensis -V2 -INPUTCHARSET UTF8 -DVERSION="$version" -DPACKAGES="$packages" -DICON="$PWD/packaging/windows/tarno2.ico" \
+makensis -V2 -INPUTCHARSET UTF8 -DNAME="$name" -DVERSION="$version" -DPACKAGES="$packages" -DICON="$PWD/packaging/windows/tarno2.ico" \
     -DLICENSE="$folder/LICENSE.txt" packaging/windows/setup.nsi
 rm -rf "$folder" "$install" "$uninstall"
 ls -l "$packages"

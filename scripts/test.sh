@@ -29,7 +29,7 @@ windows)
     if find_qt_mingw; then
         options=(-DTARNO2_GUI=ON -DQT_MINGW="$QT_MINGW")
     else
-        echo "There is no Qt for MinGW here: built without windows, whose tests are skipped. QT_MINGW names one."
+        echo "note: there is no Qt for MinGW here: built without windows, whose tests are skipped; QT_MINGW names one"
         options=(-DTARNO2_GUI=OFF)
     fi
     ;;

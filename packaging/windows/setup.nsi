@@ -4,7 +4,7 @@ Unicode true
 !include MUI2.nsh
 
 Name "Tarno2"
-OutFile "${PACKAGES}\Tarno2-${VERSION}-setup.exe"
+OutFile "${PACKAGES}\${NAME}-setup.exe"
 InstallDir "$PROGRAMFILES64\Tarno2"
 InstallDirRegKey HKLM "Software\Microsoft\Windows\CurrentVersion\Uninstall\Tarno2" "InstallLocation"
 RequestExecutionLevel admin
