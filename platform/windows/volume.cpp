@@ -36,13 +36,17 @@ VolumeStatus queryVolume(const std::string& path, VolumeInfo& info) {
     if (full.empty()) {
         return VolumeStatus::NoPath;
     }
+    // A share that can't be reached has no folder to look at, and is none of this computer's all the same.
+    if (full.starts_with("\\\\")) {
+        return VolumeStatus::NotLocal;
+    }
     const std::string folder = nearestFolder(full);
     std::array<char, MAX_PATH + 1> root{};
     if (GetVolumePathNameA(folder.c_str(), root.data(), root.size()) == 0) {
         return VolumeStatus::Unknown;
     }
     const UINT type = GetDriveTypeA(root.data());
-    if (type == DRIVE_REMOTE || folder.starts_with("\\\\")) {
+    if (type == DRIVE_REMOTE) {
         return VolumeStatus::NotLocal;
     }
     std::array<char, MAX_PATH + 1> fileSystem{};
