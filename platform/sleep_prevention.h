@@ -6,10 +6,13 @@ namespace tarno2 {
 /// desktops have services for it, which this does not ask. An object belongs to the thread that made it.
 class SleepPrevention {
 public:
-    SleepPrevention();
-    ~SleepPrevention();
+    SleepPrevention() { prevent(true); }
+    ~SleepPrevention() { prevent(false); }
     SleepPrevention(const SleepPrevention&) = delete;
     SleepPrevention& operator=(const SleepPrevention&) = delete;
+
+private:
+    static void prevent(bool wanted);
 };
 
 }  // namespace tarno2

@@ -6,13 +6,20 @@ namespace tarno2 {
 /// own ticks are up to 16 ms long; elsewhere they do so anyway. Any thread.
 class TimerResolution {
 public:
-    TimerResolution();
-    ~TimerResolution();
+    TimerResolution() = default;
+    ~TimerResolution() {
+        if (raised_) {
+            lower();
+        }
+    }
     TimerResolution(const TimerResolution&) = delete;
     TimerResolution& operator=(const TimerResolution&) = delete;
 
 private:
-    bool raised_ = false;
+    static bool raise();
+    static void lower();
+
+    const bool raised_ = raise();
 };
 
 }  // namespace tarno2

@@ -2,10 +2,14 @@
 # Packs the Windows program and tries the packages under Wine, with its windows on a display of their own: installs,
 # records, compares with recordings made natively, removes; unpacks the zip into a folder with a Russian name and
 # records from there. Needs what scripts/test.sh has built for "windows"; when that has no windows, for want of a Qt, only
-# the signal view is left out.
+# the windows are left out.
+#
+#   scripts/check-windows.sh [FOLDER]     FOLDER: gets pictures of recordings that are made with mouse and keys, in both
+#                                         languages; without one none are made so
 #
 # The last line is "N passed, N failed, N skipped".
 set -euo pipefail
+pictures=${1:+$(realpath -m "$1")}
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
@@ -33,7 +37,7 @@ not() { ! "$@"; }
 contains() { tr -d '\r' <"$1" 2>/dev/null | grep -qF -- "$2"; }
 has_value() { [ "$(wine reg query "$1" /v "$2" 2>/dev/null | tr -d '\r' | sed -n "s/^ *$2 *REG_SZ *//p")" = "$3" ]; }
 has_key() { wine reg query "$1" >/dev/null 2>&1; }
-wait_for_wine() { wineserver -w; }
+wait_for_wine() { timeout 60 wineserver -w; }
 
 # settings FILE RECORDING SIGNAL: an autosettings file for a recording of four channels.
 settings() {
@@ -56,6 +60,40 @@ same_recording() {
         cmp "$a" "$b" || return 1
         cmp <(grep -av '^CreateTime = ' "${a%.dat}.txt") <(grep -av '^CreateTime = ' "${b%.dat}.txt") || return 1
     done
+}
+
+# True as soon as the command is; false when it was not for half a minute.
+within_half_a_minute() {
+    local i
+    for i in $(seq 150); do
+        if "$@" >/dev/null 2>&1; then
+            return
+        fi
+        sleep 0.2
+    done
+    return 1
+}
+larger_than() { [ -n "$(find "$2" -size +"$1"c 2>/dev/null)" ]; }
+keep_picture() { import -window root -strip +dither -colors 64 "png8:$pictures/$1.png"; }
+# record_by_hand LANGUAGE NAME: starts the program from the start menu, and records with mouse and keys.
+record_by_hand() {
+    local data=$drive/by-hand/$2.dat window
+    printf '%s\r\n' "Language = $1" 'Driver = Simulator' 'Base = 1' 'Frequency = 200000' 'ActiveChannel = 1 1 1 ' \
+        "FileName = C:\\by-hand\\$2.dat" 'HDDTestSpeed = 0' 'ShowSettingMember = 2' 'MainFormPos = 0 0 1024 768 ' \
+        >"$installed/Tarno2.cfg"
+    timeout 120 wine start /unix "$link"
+    within_half_a_minute xdotool search --onlyvisible --name Tarno2
+    window=$(xdotool search --onlyvisible --name Tarno2 | head -n 1)
+    xdotool windowfocus "$window" mousemove --window "$window" 45 43
+    # A window that was only just shown may miss what it is told; once it follows, the same again means nothing to it.
+    starts() { xdotool click 1 && larger_than 0 "$data"; }
+    stops() { xdotool key F6 && grep -a '^DataCountPerChannel = [1-9]' "${data%.dat}.txt"; }
+    ends() { xdotool key ctrl+q && not xdotool search --onlyvisible --name Tarno2; }
+    within_half_a_minute starts && within_half_a_minute larger_than 1000000 "$data" || return
+    keep_picture "recording_$2"
+    within_half_a_minute stops || return
+    keep_picture "stopped_$2"
+    within_half_a_minute ends && wait_for_wine
 }
 
 start_wine
@@ -114,6 +152,18 @@ record_under_wine "$installed/tarno2-console.exe" 'C:\records\own.cfg' Counter
 check "the program without windows records too" cmp "$wine_folder/native/Counter.dat" "$drive/records/own.dat"
 log=$(find "$drive" -name AutoLog.txt -not -path '*/records/*')
 check "the log lies in the program's directory" contains "$log" "Program exit at"
+
+if [ -n "$pictures" ] && has_windows build/windows; then
+    echo "== recordings with mouse and keys"
+    install_packages xdotool imagemagick fonts-dejavu-core
+    mkdir -p "$pictures"
+    for name in 'MS Shell Dlg' 'MS Shell Dlg 2' 'Segoe UI' Tahoma; do
+        wine reg add 'HKCU\Software\Wine\Fonts\Replacements' /v "$name" /d 'DejaVu Sans' /f >/dev/null
+    done
+    check "in English" record_by_hand 1 en
+    check "in Russian" record_by_hand 0 ru
+    check "the operator's settings are kept" contains "$installed/Tarno2.cfg" 'C:\by-hand\'
+fi
 
 echo "== the uninstaller"
 timeout 120 wine "$installed/uninstall.exe" /S

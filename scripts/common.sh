@@ -119,6 +119,7 @@ list_skipped() {
     tr -d '\r' <"$1" | sed -n 's/^[0-9]*: //p' | awk '
         /^\[ RUN      \] / { name = $4; reason = ""; next }
         /: Skipped$/ { reading = 1; next }
+        /^Google Test trace:$/ { reading = 0 }
         /^\[  SKIPPED \] .* ms\)$/ { print "skipped: " name ": " reason; reading = 0; next }
         reading && NF { reason = reason (reason == "" ? "" : " ") $0 }'
 }

@@ -2,8 +2,10 @@
 
 namespace tarno2 {
 
-TimerResolution::TimerResolution() : raised_(false) {}
+bool TimerResolution::raise() {
+    return false;
+}
 
-TimerResolution::~TimerResolution() = default;
+void TimerResolution::lower() {}
 
 }  // namespace tarno2

@@ -4,12 +4,8 @@
 
 namespace tarno2 {
 
-SleepPrevention::SleepPrevention() {
-    SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED);
-}
-
-SleepPrevention::~SleepPrevention() {
-    SetThreadExecutionState(ES_CONTINUOUS);
+void SleepPrevention::prevent(bool wanted) {
+    SetThreadExecutionState(wanted ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
 }
 
 }  // namespace tarno2

@@ -14,12 +14,12 @@ constexpr UINT kPeriod = 1;  // ms
 
 }  // namespace
 
-TimerResolution::TimerResolution() : raised_(timeBeginPeriod(kPeriod) == TIMERR_NOERROR) {}
+bool TimerResolution::raise() {
+    return timeBeginPeriod(kPeriod) == TIMERR_NOERROR;
+}
 
-TimerResolution::~TimerResolution() {
-    if (raised_) {
-        timeEndPeriod(kPeriod);
-    }
+void TimerResolution::lower() {
+    timeEndPeriod(kPeriod);
 }
 
 }  // namespace tarno2

@@ -212,6 +212,7 @@ TEST(TwoRecorders, WithGeneratedNamesBothRecord) {
     const ScopedEnvironment folder("XDG_DOCUMENTS_DIR", documents.path());
     std::vector<RecordingRig> rigs(4);
     std::vector<std::unique_ptr<ChildProcess>> processes;
+    processes.reserve(rigs.size());
     Wish wish;
     wish.fileName.clear();
     wish.bytes = 400000;
