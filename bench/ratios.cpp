@@ -19,7 +19,7 @@ namespace tarno2::bench {
 namespace {
 
 constexpr uint64_t kFileBytes = uint64_t{512} << 20;
-constexpr double kTarget = 0.7;
+constexpr double kTarget = 0.9;
 
 void print(const std::string& what, const Ratio& ratio) {
     std::printf("%-66s %6.3f   (%.3f to %.3f)\n", what.c_str(), ratio.median, ratio.lowest, ratio.highest);

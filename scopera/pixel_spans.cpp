@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/thread.h"
+
 namespace tarno2 {
 
 namespace {
@@ -14,6 +16,9 @@ constexpr size_t kRowSamples = 256;
 /// cache, and the processor by itself does not look beyond a page of memory.
 constexpr size_t kAheadBytes = 1024;
 constexpr size_t kCacheLine = 64;
+
+/// From so many bytes on two threads, which get more out of the memory than one, gain more than the second one costs.
+constexpr size_t kWorthAThread = size_t{16} << 20;
 
 void fetchAhead(const void* begin, size_t bytes) {
     const char* const first = static_cast<const char*>(begin) + kAheadBytes;
@@ -31,6 +36,8 @@ template <typename Sample>
 Sample greatest(Sample a, Sample b) {
     return a < b ? b : a;
 }
+
+}  // namespace
 
 /// Extremes of the columns of interleaved frames.
 template <typename Sample>
@@ -91,6 +98,8 @@ private:
     std::vector<Sample> high_;
 };
 
+namespace {
+
 /// Left border of a pixel, on the X axis.
 double border(double lower, double upper, size_t pixel, size_t pixels) {
     return lower + (upper - lower) * (static_cast<double>(pixel) / static_cast<double>(pixels));
@@ -141,8 +150,31 @@ void PixelSpans::findFrames(const SCOPERAFrames& frames, double lower, double up
 
 template <typename Sample>
 void PixelSpans::reduce(const Sample* samples) {
+    const size_t bytes = (firstFrames_.back() - firstFrames_.front()) * columns_ * sizeof(Sample);
+    const size_t middle = pixels() / 2;
     FrameExtremes<Sample> extremes(columns_);
-    for (size_t pixel = 0; pixel < pixels(); ++pixel) {
+    FrameExtremes<Sample> otherExtremes(columns_);
+    std::vector<CodeSpan> otherWhole(columns_);
+    Thread other;
+    const bool shared = bytes >= kWorthAThread &&
+                        other.create([&] { reducePixels(samples, middle, pixels(), otherExtremes, otherWhole); });
+    if (shared) {
+        other.resume();
+    }
+    reducePixels(samples, 0, shared ? middle : pixels(), extremes, whole_);
+    other.join();
+    for (size_t column = 0; column < columns_; ++column) {
+        if (!otherWhole[column].empty()) {
+            whole_[column].include(otherWhole[column].low);
+            whole_[column].include(otherWhole[column].high);
+        }
+    }
+}
+
+template <typename Sample>
+void PixelSpans::reducePixels(const Sample* samples, size_t begin, size_t end, FrameExtremes<Sample>& extremes,
+                              std::vector<CodeSpan>& whole) {
+    for (size_t pixel = begin; pixel < end; ++pixel) {
         const size_t first = firstFrames_[pixel];
         const size_t count = firstFrames_[pixel + 1] - first;
         if (count == 0) {
@@ -152,8 +184,8 @@ void PixelSpans::reduce(const Sample* samples) {
         CodeSpan* const spans = spans_.data() + pixel * columns_;
         for (size_t column = 0; column < columns_; ++column) {
             spans[column] = {static_cast<double>(extremes.low(column)), static_cast<double>(extremes.high(column))};
-            whole_[column].include(spans[column].low);
-            whole_[column].include(spans[column].high);
+            whole[column].include(spans[column].low);
+            whole[column].include(spans[column].high);
         }
     }
 }

@@ -8,6 +8,9 @@
 
 namespace tarno2 {
 
+template <typename Sample>
+class FrameExtremes;
+
 /// From the least to the greatest code of a curve; empty until it includes one.
 struct CodeSpan {
     double low = std::numeric_limits<double>::infinity();
@@ -43,6 +46,9 @@ private:
     void findFrames(const SCOPERAFrames& frames, double lower, double upper, size_t pixels);
     template <typename Sample>
     void reduce(const Sample* samples);
+    template <typename Sample>
+    void reducePixels(const Sample* samples, size_t begin, size_t end, FrameExtremes<Sample>& extremes,
+                      std::vector<CodeSpan>& whole);
     template <typename Sample>
     void join(const Sample* samples, const SCOPERAFrames& frames, double lower, double upper);
 
