@@ -1,9 +1,11 @@
 #include "ui/sleep_inhibitor.h"
 
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTest>
 #include <gtest/gtest.h>
+
+#include "tests/support/process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {
 namespace {
@@ -15,28 +17,23 @@ TEST(SleepInhibitor, AsksTheDesktopAndWaitsForNobody) {
     if (daemon.isEmpty() || monitor.isEmpty()) {
         GTEST_SKIP() << "no D-Bus here";
     }
-    QProcess bus;
-    bus.start(daemon, {"--session", "--nofork", "--print-address"});
-    ASSERT_TRUE(bus.waitForReadyRead());
-    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.readLine().trimmed());
-    QProcess seen;
-    seen.start(monitor, {"--session", "type='method_call'"});
-    ASSERT_TRUE(seen.waitForReadyRead());
-    QByteArray calls;
-    {
-        SleepInhibitor inhibitor;
-        inhibitor.hold("Recording");
-        EXPECT_TRUE(QTest::qWaitFor([&] {
-            calls += seen.readAllStandardOutput();
-            return calls.count("member=Inhibit") == 2 && calls.count("uint32 4") == 1;
-        })) << calls.toStdString();
-    }
-    EXPECT_EQ(calls.count("string \"Recording\""), 2);
-    seen.kill();
-    seen.waitForFinished();
-    bus.kill();
-    bus.waitForFinished();
-    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    const TemporaryFolder folder;
+    const std::string address = folder.write("address", "");
+    const std::string calls = folder.write("calls", "");
+    const auto says = [](const std::string& file, const std::string& text) {
+        return QByteArray(readFile(file).c_str()).count(text.c_str());
+    };
+    const ChildProcess bus(daemon.toStdString(), {"--session", "--nofork", "--print-address"}, address);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return says(address, "\n") > 0; }));
+    const std::string printed = readFile(address);
+    const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", printed.substr(0, printed.find('\n')));
+    const ChildProcess seen(monitor.toStdString(), {"--session", "type='method_call'"}, calls);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return says(calls, "\n") > 0; }));
+    SleepInhibitor inhibitor;
+    inhibitor.hold("Recording");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return says(calls, "member=Inhibit") == 2 && says(calls, "uint32 4") == 1; }))
+        << readFile(calls);
+    EXPECT_EQ(says(calls, "string \"Recording\""), 2);
 }
 
 }  // namespace
