@@ -7,22 +7,6 @@ namespace tarno2 {
 
 namespace {
 
-std::optional<TextId> nameText(NameProblem problem) {
-    switch (problem) {
-        case NameProblem::Empty:
-            return TextId::FileNameEmpty;
-        case NameProblem::EqualsDescription:
-            return TextId::FileNameEqualsDescription;
-        case NameProblem::IsFolder:
-            return TextId::FileNameIsFolder;
-        case NameProblem::Impossible:
-            return TextId::FileNameError;
-        case NameProblem::None:
-            break;
-    }
-    return std::nullopt;
-}
-
 std::optional<TextId> diskText(int32_t type) {
     switch (type) {
         case -1:
@@ -51,6 +35,22 @@ void logSpeed(int32_t code, double speed) {
 }
 
 }  // namespace
+
+std::optional<TextId> nameText(NameProblem problem) {
+    switch (problem) {
+        case NameProblem::Empty:
+            return TextId::FileNameEmpty;
+        case NameProblem::EqualsDescription:
+            return TextId::FileNameEqualsDescription;
+        case NameProblem::IsFolder:
+            return TextId::FileNameIsFolder;
+        case NameProblem::Impossible:
+            return TextId::FileNameError;
+        case NameProblem::None:
+            break;
+    }
+    return std::nullopt;
+}
 
 int32_t nameCheckCode(NameProblem problem) {
     switch (problem) {

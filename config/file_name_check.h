@@ -14,6 +14,8 @@ namespace tarno2 {
 /// Result code of the check of a recording's name, as logs tell it: 0, or -5 for an empty name, -6 for the name of its
 /// own description, -7 for a folder's, -8 for one that the system can't have.
 [[nodiscard]] int32_t nameCheckCode(NameProblem problem);
+/// What the user is told of it; nothing without a problem.
+[[nodiscard]] std::optional<TextId> nameText(NameProblem problem);
 
 /// What is known of the file that is to be recorded and of its disk.
 struct FileNameFindings {

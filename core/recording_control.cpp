@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "config/debug_log.h"
+#include "config/file_name_check.h"
 #include "core/static_parameters.h"
 #include "core/synchro_preparation.h"
 #include "language/language_table.h"
@@ -98,21 +99,10 @@ bool RecordingControl::checkFile() {
     DEBUG_LOG("Connect");
     DEBUG_LOG("Check file");
     fileName_ = withDataExtension(shell_.fileName());
-    switch (checkDataFileName(fileName_)) {
-        case NameProblem::Empty:
-            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -5);
-            return refuse(TextId::FileNameEmpty);
-        case NameProblem::EqualsDescription:
-            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -6);
-            return refuse(TextId::FileNameEqualsDescription);
-        case NameProblem::IsFolder:
-            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -7);
-            return refuse(TextId::FileNameIsFolder);
-        case NameProblem::Impossible:
-            DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), -8);
-            return refuse(TextId::FileNameError, fileName_);
-        case NameProblem::None:
-            break;
+    const NameProblem problem = checkDataFileName(fileName_);
+    if (const auto message = nameText(problem)) {
+        DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), nameCheckCode(problem));
+        return refuse(*message, problem == NameProblem::Impossible ? fileName_ : std::string());
     }
     const int32_t code = DiskInfo(fileName_, disk_);
     if (code >= 0) {

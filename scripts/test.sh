@@ -3,7 +3,8 @@
 #
 #   scripts/test.sh [PRESET]      release (the default), debug, asan, tsan or windows
 #
-# The whole output of the tests goes to build/PRESET/ctest.log. Tests that were skipped are listed. The last line is "N passed, N failed, N skipped".
+# The whole output of the tests goes to build/PRESET/ctest.log. Tests that were skipped are listed. The last line is
+# "N passed, N failed, N skipped".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh

@@ -88,13 +88,9 @@ void SleepInhibitor::release() {
 
 #else
 
-void SleepInhibitor::hold(const QString& /*reason*/) {
-    ++holds_;
-}
+void SleepInhibitor::hold(const QString& /*reason*/) {}
 
-void SleepInhibitor::release() {
-    held_.clear();
-}
+void SleepInhibitor::release() {}
 
 #endif
 
