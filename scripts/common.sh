@@ -5,7 +5,7 @@ export LC_ALL=C.UTF-8
 export DEBIAN_FRONTEND=noninteractive
 
 # Packages by purpose, for Debian 12.
-BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev qt6-base-dev libqcustomplot-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev qt6-base-dev libqcustomplot-dev)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
