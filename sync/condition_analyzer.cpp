@@ -1,6 +1,7 @@
 #include "sync/condition_analyzer.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace tarno2 {
@@ -115,12 +116,16 @@ std::optional<Condition<Width>> ConditionAnalyzer::stageCondition(Stage stage, s
     return portBit<Width>(asked.mode, asked.bit, facts_.portShift);
 }
 
+// The word lies in the frame itself or in the one behind it; another position is none of a frame's channels.
 template <typename Width>
 Condition<Width> ConditionAnalyzer::triggerCondition(size_t channels, bool packed) const {
     if (settings_.synchroOnAnalog) {
+        const int64_t word = place(settings_.SynchroAnalogChannelNumber, channels);
+        if (word < 0 || word >= 2 * static_cast<int64_t>(channels)) {
+            return Condition<Width>::never();
+        }
         return edge<Width>(settings_.SynchroAnalogMode, settings_.synchroCode,
-                           wordShift<Width>(Comparison::Synchronisation, packed),
-                           place(settings_.SynchroAnalogChannelNumber, channels));
+                           wordShift<Width>(Comparison::Synchronisation, packed), word);
     }
     if (settings_.synchroOnPort) {
         return portBit<Width>(settings_.SynchroPortMode, settings_.SynchroPortBit, facts_.portShift);
@@ -178,54 +183,65 @@ int32_t ConditionAnalyzer::analyse(const Block<Width>& block, bool packed, Outpu
 template <typename Width>
 int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, Output<Width>& output) {
     using Word = typename Width::Word;
-    if (!event_.allocated() || event_.frameBytes() != block.channels * sizeof(Word)) {
+    const size_t frameBytes = block.channels * sizeof(Word);
+    if (!event_.allocated() || event_.frameBytes() != frameBytes) {
         event_.allocate(block.channels, sizeof(Word), prehistory_, history_);
+        held_.resize(2 * frameBytes);
+        holding_ = false;
     }
     const Condition<Width> trigger = triggerCondition<Width>(block.channels, packed);
-    if (!previousValid_) {
-        previous_ = block.words[0];
-        previousValid_ = true;
-    }
-    if (previousDue_) {
-        takePrevious<Width>(block, trigger.place(), 0);
-    }
     output_.clear();
-    for (size_t frame = 0; frame < block.frames;) {
-        const auto* next = reinterpret_cast<const std::byte*>(block.frame(frame));
-        const size_t left = block.frames - frame;
-        if (!event_.ringFull()) {
-            frame += event_.fillRing(next, left);
-            takePrevious<Width>(block, trigger.place(), frame);
-        } else if (event_.triggered() || search<Width>(block, trigger, frame)) {
-            // The search moves on to the frame that triggered.
-            next = reinterpret_cast<const std::byte*>(block.frame(frame));
-            frame += event_.addHistory(next, block.frames - frame);
-            takePrevious<Width>(block, trigger.place(), frame);
-            if (event_.complete()) {
-                finishEvent();
-            }
-        }
+    if (holding_) {
+        std::memcpy(held_.data() + frameBytes, block.words, frameBytes);
+        holding_ = false;
+        consume<Width>({reinterpret_cast<const Word*>(held_.data()), block.channels, 1}, trigger, 2 * block.channels);
     }
+    consume<Width>(block, trigger, block.size());
     output = {reinterpret_cast<const Word*>(output_.data()), output_.size() / sizeof(Word)};
     return settings_.StopAfterTrigged && !events_.empty() ? 1 : 0;
 }
 
-// Looks for the edge from `frame` on; frames before it go into the prehistory. True when found: `frame` is then the one
-// that triggered, otherwise the end of the block. Frames whose word lies outside the block meet nothing and are not the
-// one before another.
+// Takes the block's frames into the record. Of its words and those behind it so many may be looked at; the last frame is
+// held until the next block when the word that it is searched by is not among them.
 template <typename Width>
-bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>& trigger, size_t& frame) {
-    using Word = typename Width::Word;
-    const FrameRange range = block.askable({frame, block.frames}, trigger.place(), block.size());
-    size_t stop = block.frames;
-    bool found = false;
-    if (!range.empty()) {
-        const size_t hit = findEdge(block, range, trigger, static_cast<Word>(previous_));
-        found = hit != range.end;
-        if (hit > range.first) {
-            previous_ = block.word(hit - 1, trigger.place());
+void ConditionAnalyzer::consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words) {
+    for (size_t frame = 0; frame < block.frames;) {
+        if (!event_.ringFull()) {
+            const auto* next = reinterpret_cast<const std::byte*>(block.frame(frame));
+            frame += event_.fillRing(next, block.frames - frame);
+            previousKnown_ = false;
+        } else if (event_.triggered() || search<Width>(block, trigger, words, frame)) {
+            const auto* next = reinterpret_cast<const std::byte*>(block.frame(frame));
+            frame += event_.addHistory(next, block.frames - frame);
+            previousKnown_ = false;
+            if (event_.complete()) {
+                finishEvent();
+            }
+        } else if (frame < block.frames) {
+            std::memcpy(held_.data(), block.frame(frame), event_.frameBytes());
+            holding_ = true;
+            return;
         }
-        stop = found ? hit : block.frames;
+    }
+}
+
+// Looks for the edge from `frame` on; frames before it go into the prehistory. True when found: `frame` is then the one
+// that triggered, otherwise the first one that can't be asked yet, or the end of the block. A frame that has no sample
+// before it to be compared with, at the beginning and behind copied frames, is only the one before the next.
+template <typename Width>
+bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>& trigger, size_t words,
+                               size_t& frame) {
+    using Word = typename Width::Word;
+    const FrameRange range = block.askable({frame, block.frames}, trigger.place(), words);
+    if (range.empty()) {
+        return false;
+    }
+    const Word before = previousKnown_ ? static_cast<Word>(previous_) : block.word(frame, trigger.place());
+    const size_t stop = findEdge(block, range, trigger, before);
+    const bool found = stop != range.end;
+    if (!found) {
+        previous_ = block.word(stop - 1, trigger.place());
+        previousKnown_ = true;
     }
     event_.push(reinterpret_cast<const std::byte*>(block.frame(frame)), stop - frame);
     frame = stop;
@@ -233,15 +249,6 @@ bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>
         event_.trigger();
     }
     return found;
-}
-
-// Behind copied frames the next one's sample counts as the one before it, so that it can't trigger by itself.
-template <typename Width>
-void ConditionAnalyzer::takePrevious(const Block<Width>& block, int64_t place, size_t frame) {
-    previousDue_ = frame == block.frames;
-    if (!previousDue_ && !block.askable({frame, frame + 1}, place, block.size()).empty()) {
-        previous_ = block.word(frame, place);
-    }
 }
 
 void ConditionAnalyzer::finishEvent() {

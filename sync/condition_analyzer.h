@@ -59,9 +59,9 @@ private:
     int32_t synchronise(const Block<Width>& block, bool packed, Output<Width>& output);
 
     template <typename Width>
-    bool search(const Block<Width>& block, const Condition<Width>& trigger, size_t& frame);
+    void consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words);
     template <typename Width>
-    void takePrevious(const Block<Width>& block, int64_t place, size_t frame);
+    bool search(const Block<Width>& block, const Condition<Width>& trigger, size_t words, size_t& frame);
     void finishEvent();
 
     template <typename Width>
@@ -77,9 +77,10 @@ private:
     uint32_t history_;
     SampleFacts facts_;
 
-    int32_t previous_ = 0;        ///< the sample before the next one that is tested
-    bool previousValid_ = false;  ///< a block has been seen
-    bool previousDue_ = false;    ///< it is to be taken from the next block's first frame
+    int32_t previous_ = 0;         ///< the sample before the next one that is tested
+    bool previousKnown_ = false;   ///< not at the beginning, and not behind frames that were copied
+    std::vector<std::byte> held_;  ///< room for two frames: one whose sample is the next block's, and that block's first
+    bool holding_ = false;
     uint64_t eventCounter_ = 0;
     EventBuffer event_;
     std::vector<std::byte> output_;  ///< what is handed out, kept from block to block

@@ -155,15 +155,14 @@ PlainModel::Frame PlainModel::frameAt(int64_t frame) const {
     return {begin, begin + channels_};
 }
 
-/// Index of the sample that a trigger is looked for in; -1 when it lies outside the block.
+/// Index of the sample that a trigger is looked for in, which may lie in the frame behind; -1 for none of a frame.
 int64_t PlainModel::triggerIndex(int64_t frame) const {
     int64_t place = 0;
     if (settings_.synchroOnAnalog) {
         const int64_t position = settings_.SynchroAnalogChannelNumber;
         place = facts_.backwardOrder ? channels_ - position : position;
     }
-    const int64_t index = frame * channels_ + place;
-    return index >= 0 && index < size() ? index : -1;
+    return place >= 0 && place < 2 * channels_ ? frame * channels_ + place : -1;
 }
 
 bool PlainModel::triggers(int32_t before, int32_t now) const {
@@ -182,62 +181,65 @@ bool PlainModel::triggers(int32_t before, int32_t now) const {
     return false;
 }
 
+/// Works on the stream that has not been taken yet: a frame may have to wait for the sample that it is searched by.
 void PlainModel::synchronise(Evaluated& out) {
     if (!recordBegun_) {
         record_ = {};
         record_.ringFull = sizes_.prehistory == 0;
         recordBegun_ = true;
     }
-    for (int64_t frame = 0; frame < frames_; ++frame) {
-        takeFrame(frame, out);
+    waiting_.insert(waiting_.end(), block_->begin(), block_->begin() + size());
+    block_ = &waiting_;
+    frames_ = static_cast<int64_t>(waiting_.size()) / channels_;
+    int64_t frame = 0;
+    while (frame < frames_ && takeFrame(frame, out)) {
+        ++frame;
     }
+    waiting_.erase(waiting_.begin(), waiting_.begin() + frame * channels_);
     if (settings_.StopAfterTrigged && !out.events.empty()) {
         out.result = 1;
     }
 }
 
-void PlainModel::takeFrame(int64_t frame, Evaluated& out) {
-    const int64_t index = triggerIndex(frame);
-    if (!previousValid_) {
-        previous_ = block_->front();
-        previousValid_ = true;
-    }
-    if (previousDue_) {
-        previous_ = index >= 0 ? (*block_)[static_cast<size_t>(index)] : previous_;
-        previousDue_ = false;
-    }
+/// False when the frame has to wait.
+bool PlainModel::takeFrame(int64_t frame, Evaluated& out) {
     if (!record_.ringFull) {
         record_.prehistory.push_back(frameAt(frame));
         record_.ringFull = static_cast<int32_t>(record_.prehistory.size()) == sizes_.prehistory;
-        previousDue_ = record_.ringFull || frame + 1 == frames_;
-    } else if (record_.triggered) {
-        const Frame next = frameAt(frame);
-        record_.history.insert(record_.history.end(), next.begin(), next.end());
-        ++record_.historyFrames;
-        previousDue_ = record_.historyFrames == sizes_.history || frame + 1 == frames_;
-        completeIfFull(out);
-    } else {
-        search(frame, out);
+        previous_.reset();
+        return true;
     }
+    if (!record_.triggered) {
+        return search(frame, out);
+    }
+    const Frame next = frameAt(frame);
+    record_.history.insert(record_.history.end(), next.begin(), next.end());
+    ++record_.historyFrames;
+    previous_.reset();
+    completeIfFull(out);
+    return true;
 }
 
-void PlainModel::search(int64_t frame, Evaluated& out) {
+bool PlainModel::search(int64_t frame, Evaluated& out) {
     const int64_t index = triggerIndex(frame);
+    if (index >= size()) {
+        return false;
+    }
     if (index >= 0) {
         const int32_t now = (*block_)[static_cast<size_t>(index)];
-        if (triggers(previous_, now)) {
+        if (previous_ && triggers(*previous_, now)) {
             record_.triggered = true;
             if (sizes_.history == 0) {
-                previous_ = now;
+                previous_.reset();
                 completeIfFull(out);
             }
-            takeFrame(frame, out);
-            return;
+            return takeFrame(frame, out);
         }
         previous_ = now;
     }
     record_.prehistory.push_back(frameAt(frame));
     record_.prehistory.pop_front();
+    return true;
 }
 
 void PlainModel::completeIfFull(Evaluated& out) {

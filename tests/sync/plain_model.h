@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <vector>
 
 #include "sync/condition_analyzer.h"
@@ -35,8 +36,8 @@ private:
 
     void analyse(Evaluated& out);
     void synchronise(Evaluated& out);
-    void takeFrame(int64_t frame, Evaluated& out);
-    void search(int64_t frame, Evaluated& out);
+    bool takeFrame(int64_t frame, Evaluated& out);
+    bool search(int64_t frame, Evaluated& out);
     void completeIfFull(Evaluated& out);
 
     [[nodiscard]] bool meets(int stage, int64_t frame) const;
@@ -59,9 +60,8 @@ private:
     int64_t channels_ = 1;
     int64_t frames_ = 0;
     bool packed_ = false;
-    int32_t previous_ = 0;
-    bool previousValid_ = false;
-    bool previousDue_ = false;
+    std::optional<int32_t> previous_;  ///< the sample to compare with; none at first and behind copied frames
+    std::vector<int32_t> waiting_;     ///< of the stream, not taken yet
     uint64_t counter_ = 0;
     Record record_;
     bool recordBegun_ = false;

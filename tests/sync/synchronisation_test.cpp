@@ -47,15 +47,12 @@ std::vector<Samples> cut(const Samples& stream, size_t words) {
 }
 
 /// Checks a stream whole and in pieces of one frame and more; rows of this file have one block.
-void checkStream(const Row& row, bool inPieces = true) {
+void checkStream(const Row& row) {
     for (const int width : {16, 32}) {
         if (row.width != 0 && row.width != width) {
             continue;
         }
         for (const size_t frames : {size_t{1000}, size_t{1}, size_t{2}, size_t{3}, size_t{5}}) {
-            if (!inPieces && frames != 1000) {
-                continue;
-            }
             SCOPED_TRACE(std::string(row.name) + ", " + std::to_string(width) + " bits, blocks of " +
                          std::to_string(frames));
             SynchroSettings settings = triggered();
@@ -189,28 +186,40 @@ TEST(Synchronisation, ReadsTheWordAsTheBoardLaysItOut) {
          false,
          0,
          {2, 2}},
+        {"backward: the first lies in the next frame",
+         analog(kLeading, 5),
+         {{1, 2, 3, 4, 9, 8, 7, 6}},
+         {{3, 4, 9, 8}},
+         1,
+         0,
+         backward(),
+         false,
+         0,
+         {1, 3}},
+        {"backward: what is before a record is not compared with what is behind it",
+         analog(kLeading, 5),
+         {{1, 1, 1, 9, 8, 7, 9, 9, 9, 9, 9}},
+         {{1, 9}},
+         1,
+         0,
+         backward(),
+         false,
+         0,
+         {0, 2}},
     };
     for (const Row& row : rows) {
         checkStream(row);
     }
-    // The word of a backward first channel lies in the next frame: the last frame of a block has none.
-    checkStream({"backward: the first lies in the next frame",
-                 analog(kLeading, 5),
-                 {{1, 2, 3, 4, 9, 8, 7, 6}},
-                 {{3, 4, 9, 8}},
-                 1,
-                 0,
-                 backward(),
-                 false,
-                 0,
-                 {1, 3}},
-                false);
 }
 
-TEST(Synchronisation, TheFirstSampleStandsForTheOneBefore) {
-    // Without a prehistory the first frame is looked at, and what is before it is the first channel's sample.
-    checkRow({"first frame", analog(kFalling, 5, 1), {{9, 3, 1, 1}}, {{9, 3}}, 2, 0, {}, false, 0, {0, 1}},
-             triggered());
+TEST(Synchronisation, AnEdgeTakesTwoSamplesOfItsChannel) {
+    for (const Row& row : {Row{"falls below its first channel", analog(kFalling, 5, 1), {{9, 3, 1, 1, 1, 1}}, {{}}, 2},
+                           Row{"its own first sample", analog(kFalling, 5, 1), {{1, 9, 1, 3, 1, 1}}, {{1, 3}}, 2},
+                           Row{"a bit that is set from the first frame on", port(kLeading, 0), {{1, 1, 0}}, {{}}}}) {
+        Row bare = row;
+        bare.sizes = {0, 1};
+        checkStream(bare);
+    }
 }
 
 TEST(Synchronisation, EventsTellWhereTheyCameFrom) {
