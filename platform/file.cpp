@@ -22,6 +22,32 @@ File& File::operator=(File&& other) noexcept {
     return *this;
 }
 
+OsError File::createWhole(const std::string& path, std::string_view contents) {
+    const std::string folder = parentFolder(path);
+    OsError error = openNameless(folder.empty() ? "." : folder);
+    const bool nameless = error.ok();
+    if (!nameless) {
+        error = openPlain(path, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::None);
+    }
+    size_t done = 0;
+    if (error.ok()) {
+        error = write(contents.data(), contents.size(), done);
+    }
+    if (error.ok()) {
+        error = flush();
+    }
+    if (error.ok() && nameless) {
+        error = giveName(path);
+    }
+    if (!error.ok() && isOpen()) {
+        if (!nameless) {
+            static_cast<void>(removeNamed(path));
+        }
+        static_cast<void>(close());
+    }
+    return error;
+}
+
 OsError createFolders(const std::string& path) {
     if (isDirectory(path)) {
         return {};
@@ -43,7 +69,7 @@ OsError createTemporaryFile(const std::string& folder, const std::string& prefix
         const auto number = static_cast<unsigned long long>(monotonicNanoseconds());
         path = joinPath(folder, formatText("%s%llx.tmp", prefix.c_str(), number));
         File file;
-        error = file.open(path, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
+        error = file.openPlain(path, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
         if (error.ok()) {
             return file.close();
         }
@@ -84,7 +110,7 @@ OsError replaceWholeFile(const std::string& path, std::string_view contents) {
     }
     File file;
     size_t done = 0;
-    error = file.open(temporary, FileMode::OpenExisting, FileAccess::Write, FileShare::None);
+    error = file.openPlain(temporary, FileMode::OpenExisting, FileAccess::Write, FileShare::None);
     if (error.ok()) {
         error = file.write(contents.data(), contents.size(), done);
     }

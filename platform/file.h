@@ -17,11 +17,18 @@ enum class FileMode {
     OpenAlways     ///< open it, making it when there is none; contents stay
 };
 
-enum class FileAccess { Read, Write, ReadWrite };
+enum class FileAccess {
+    Read,
+    Write,
+    ReadWrite,
+    ReadWriteRemove  ///< also `removeNamed`
+};
 
-/// Who else may have the file open meanwhile. `None` is exclusive: opening fails while another holder that also asked
-/// for `None` has it (elsewhere than on Windows this is an advisory lock).
-enum class FileShare { None, ReadWrite };
+/// Who else may have the file open meanwhile. Of those that ask for `None` or `Read` only one has it: who comes later
+/// is refused (`OsError::inUse`). Elsewhere than on Windows this is an advisory lock, and who asks for `ReadWrite` is
+/// never refused; on Windows others may read a file that is held with `Read`, and not even that with `None`. Whoever
+/// only reads a file that is being written has to ask for `ReadWrite`.
+enum class FileShare { None, Read, ReadWrite };
 
 /// One open file; closed on destruction. Reads and writes are unbuffered and move the file's own position.
 /// An object belongs to one thread at a time.
@@ -36,15 +43,29 @@ public:
 
     /// Opens `path`; an already open file is closed first. Directories are refused.
     OsError open(const std::string& path, FileMode mode, FileAccess access, FileShare share);
+    /// The same for a regular file that is reached by no link: anything else of that name is an error, stays as it is
+    /// and is not even opened. For files in folders where others may have put something in the way.
+    OsError openPlain(const std::string& path, FileMode mode, FileAccess access, FileShare share);
+    /// Makes a new file with these contents, brings it to the disk and keeps it open, to read, write and remove,
+    /// sharing it with nobody. Where the file system can, the name appears together with the contents; where it can't,
+    /// a crash may leave a part of them. Fails (alreadyExists) when the name is taken.
+    OsError createWhole(const std::string& path, std::string_view contents);
     /// Closes the file; the result is that of the system's close, which may report a late write error.
     OsError close();
     [[nodiscard]] bool isOpen() const { return handle_ != kClosed; }
 
-    /// The lock of a file that was opened with `FileShare::None` is really held: an error where the file system knows
-    /// no locks, so that somebody else may have the file open unseen.
+    /// Removes the name if it still leads to this file, and not by a link; else it is an error (notFound). For a file
+    /// that was opened with `ReadWriteRemove`; it is gone once it is closed.
+    OsError removeNamed(const std::string& path);
+    /// The lock of a file that was opened without `FileShare::ReadWrite` is really held: an error where the file system
+    /// knows no locks, so that somebody else may have the file open unseen.
     OsError confirmLock();
     /// Whether the path still leads to this file; where an open file can be removed or replaced, it may not.
     [[nodiscard]] bool isNamed(const std::string& path) const;
+    /// Whether the file has other names too (hard links).
+    [[nodiscard]] bool hasOtherNames() const;
+    /// Whether the user that this program runs as owns the file; true where the file system knows no owners.
+    [[nodiscard]] bool isOfThisUser() const;
 
     /// Reads up to `size` bytes; `done` gets how many (less at the end of the file).
     OsError read(void* data, size_t size, size_t& done);
@@ -60,12 +81,15 @@ public:
 
 private:
     friend class DiskReserve;
+    OsError openNameless(const std::string& folder);
+    OsError giveName(const std::string& path);
     static constexpr intptr_t kClosed = -1;
     intptr_t handle_ = kClosed;
 };
 
 [[nodiscard]] bool fileExists(const std::string& path);  ///< a file, folder or anything else of that name
 [[nodiscard]] bool isDirectory(const std::string& path);
+[[nodiscard]] bool isPlainFile(const std::string& path);  ///< a regular file, reached by no link
 /// Whether both names lead to one existing file, be it by a link or another spelling.
 [[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);
 OsError removeFile(const std::string& path);

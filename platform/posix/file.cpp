@@ -11,6 +11,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "platform/paths.h"
+
 namespace tarno2 {
 
 namespace {
@@ -40,6 +42,7 @@ int openFlags(FileMode mode, FileAccess access) {
             flags |= O_WRONLY;
             break;
         case FileAccess::ReadWrite:
+        case FileAccess::ReadWriteRemove:
             flags |= O_RDWR;
             break;
     }
@@ -53,6 +56,15 @@ int openFlags(FileMode mode, FileAccess access) {
             break;
     }
     return flags;
+}
+
+/// A descriptor, or -1 with the reason in errno.
+int openDescriptor(const std::string& path, int flags) {
+    int fd = -1;
+    do {
+        fd = ::open(path.c_str(), flags, kFileMode);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
 }
 
 /// Locks a file for exclusive use. File systems that know no locks count as unlocked.
@@ -76,7 +88,7 @@ OsError prepare(int fd, FileMode mode, FileShare share) {
     if (S_ISFIFO(facts.st_mode)) {
         return OsError(ESPIPE);
     }
-    if (share == FileShare::None) {
+    if (share != FileShare::ReadWrite) {
         if (const OsError error = lockFile(fd); !error.ok()) {
             return error;
         }
@@ -85,6 +97,29 @@ OsError prepare(int fd, FileMode mode, FileShare share) {
         return OsError::last();
     }
     return S_ISREG(facts.st_mode) ? OsError() : result(fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) & ~O_NONBLOCK));
+}
+
+OsError flushDescriptor(int fd) {
+    int flushed = 0;
+    do {
+        flushed = fsync(fd);
+    } while (flushed != 0 && errno == EINTR);
+    return result(flushed);
+}
+
+/// The error that stands for something else than a regular file.
+OsError notPlain(mode_t mode) {
+    if (S_ISREG(mode)) {
+        return {};
+    }
+    if (S_ISLNK(mode)) {
+        return OsError(ELOOP);
+    }
+    return OsError(S_ISDIR(mode) ? EISDIR : EINVAL);
+}
+
+bool isSame(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 bool fitsOffset(uint64_t offset) {
@@ -107,10 +142,7 @@ OsError renameByLink(const std::string& from, const std::string& to) {
 
 OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
     close();
-    int fd = -1;
-    do {
-        fd = ::open(path.c_str(), openFlags(mode, access), kFileMode);
-    } while (fd < 0 && errno == EINTR);
+    const int fd = openDescriptor(path, openFlags(mode, access));
     if (fd < 0) {
         return OsError::last();
     }
@@ -123,6 +155,70 @@ OsError File::open(const std::string& path, FileMode mode, FileAccess access, Fi
     return error;
 }
 
+OsError File::openPlain(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
+    close();
+    struct stat facts {};
+    // Opening a pipe or a device may already do something.
+    if (lstat(path.c_str(), &facts) == 0 && mode != FileMode::CreateNew) {
+        if (const OsError error = notPlain(facts.st_mode); !error.ok()) {
+            return error;
+        }
+    }
+    const int fd = openDescriptor(path, openFlags(mode, access) | O_NOFOLLOW);
+    if (fd < 0) {
+        return OsError::last();
+    }
+    OsError error = result(fstat(fd, &facts));
+    if (error.ok()) {
+        error = notPlain(facts.st_mode);
+    }
+    if (error.ok()) {
+        error = prepare(fd, mode, share);
+    }
+    if (error.ok()) {
+        handle_ = fd;
+    } else {
+        ::close(fd);
+    }
+    return error;
+}
+
+OsError File::openNameless(const std::string& folder) {
+    close();
+    const int fd = openDescriptor(folder, O_TMPFILE | O_RDWR | O_CLOEXEC);
+    if (fd < 0) {
+        return OsError::last();
+    }
+    handle_ = fd;
+    return lockFile(fd);
+}
+
+OsError File::giveName(const std::string& path) {
+    const std::string self = "/proc/self/fd/" + std::to_string(descriptor(handle_));
+    return result(linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW));
+}
+
+OsError File::removeNamed(const std::string& path) {
+    // What is looked at and what is removed are names of one folder, whatever happens to that folder's own name.
+    const std::string parent = parentFolder(path);
+    const int folder = openDescriptor(parent.empty() ? "." : parent, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) {
+        return OsError::last();
+    }
+    const std::string name = fileNameOf(path);
+    struct stat own {};
+    struct stat named {};
+    OsError error = result(fstat(descriptor(handle_), &own));
+    if (error.ok()) {
+        error = result(fstatat(folder, name.c_str(), &named, AT_SYMLINK_NOFOLLOW));
+    }
+    if (error.ok()) {
+        error = isSame(own, named) ? result(unlinkat(folder, name.c_str(), 0)) : OsError(ENOENT);
+    }
+    ::close(folder);
+    return error;
+}
+
 OsError File::close() {
     if (!isOpen()) {
         return {};
@@ -132,14 +228,27 @@ OsError File::close() {
 }
 
 OsError File::confirmLock() {
-    return result(flock(descriptor(handle_), LOCK_EX | LOCK_NB));
+    int locked = 0;
+    do {
+        locked = flock(descriptor(handle_), LOCK_EX | LOCK_NB);
+    } while (locked != 0 && errno == EINTR);
+    return result(locked);
 }
 
 bool File::isNamed(const std::string& path) const {
     struct stat own {};
     struct stat named {};
-    return fstat(descriptor(handle_), &own) == 0 && stat(path.c_str(), &named) == 0 && own.st_dev == named.st_dev &&
-           own.st_ino == named.st_ino;
+    return fstat(descriptor(handle_), &own) == 0 && stat(path.c_str(), &named) == 0 && isSame(own, named);
+}
+
+bool File::hasOtherNames() const {
+    struct stat facts {};
+    return fstat(descriptor(handle_), &facts) == 0 && facts.st_nlink > 1;
+}
+
+bool File::isOfThisUser() const {
+    struct stat facts {};
+    return fstat(descriptor(handle_), &facts) == 0 && facts.st_uid == geteuid();
 }
 
 OsError File::read(void* data, size_t size, size_t& done) {
@@ -203,7 +312,7 @@ OsError File::truncate(uint64_t size) {
 }
 
 OsError File::flush() {
-    const OsError error = result(fsync(descriptor(handle_)));
+    const OsError error = flushDescriptor(descriptor(handle_));
     return error.code() == EINVAL ? OsError() : error;  // a device keeps nothing back
 }
 
@@ -215,8 +324,12 @@ bool fileExists(const std::string& path) {
 bool isSameFile(const std::string& a, const std::string& b) {
     struct stat first {};
     struct stat second {};
-    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && isSame(first, second);
+}
+
+bool isPlainFile(const std::string& path) {
+    struct stat facts {};
+    return lstat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
 }
 
 bool isDirectory(const std::string& path) {
@@ -237,11 +350,11 @@ OsError removeDirectory(const std::string& path) {
 }
 
 OsError flushFolder(const std::string& path) {
-    const int fd = ::open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int fd = openDescriptor(path.empty() ? "." : path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) {
         return OsError::last();
     }
-    const OsError error = result(fsync(fd));
+    const OsError error = flushDescriptor(fd);
     ::close(fd);
     return error.code() == EINVAL ? OsError() : error;  // a file system that can't
 }

@@ -1,6 +1,9 @@
 #include "platform/file.h"
 
+#include <aclapi.h>
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <limits>
 #include <utility>
 #include <windows.h>
@@ -41,11 +44,63 @@ DWORD accessRights(FileAccess access) {
             return GENERIC_WRITE;
         case FileAccess::ReadWrite:
             return GENERIC_READ | GENERIC_WRITE;
+        case FileAccess::ReadWriteRemove:
+            return GENERIC_READ | GENERIC_WRITE | DELETE;
         case FileAccess::Read:
             break;
     }
     return GENERIC_READ;
 }
+
+DWORD sharing(FileShare share) {
+    switch (share) {
+        case FileShare::None:
+            return 0;
+        case FileShare::Read:
+            return FILE_SHARE_READ | FILE_SHARE_DELETE;
+        case FileShare::ReadWrite:
+            break;
+    }
+    return FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+}
+
+/// An error unless it is a file on a disk, and none that stands for another.
+OsError checkPlain(HANDLE file) {
+    BY_HANDLE_FILE_INFORMATION facts{};
+    if (GetFileType(file) != FILE_TYPE_DISK) {
+        return OsError(ERROR_BAD_FILE_TYPE);
+    }
+    if (GetFileInformationByHandle(file, &facts) == 0) {
+        return OsError::last();
+    }
+    const DWORD others = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    return (facts.dwFileAttributes & others) == 0 ? OsError() : OsError(ERROR_BAD_FILE_TYPE);
+}
+
+/// What the system knows of this program's user: the names that its files get as their owner.
+class ProgramUser {
+public:
+    ProgramUser() {
+        HANDLE token = nullptr;
+        if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token) != 0) {
+            DWORD size = 0;
+            known_ = GetTokenInformation(token, TokenUser, user_.data(), kSize, &size) != 0 &&
+                     GetTokenInformation(token, TokenOwner, owner_.data(), kSize, &size) != 0;
+            CloseHandle(token);
+        }
+    }
+    /// Administrators' files may belong to their group.
+    [[nodiscard]] bool owns(PSID owner) const {
+        return known_ && (EqualSid(owner, reinterpret_cast<const TOKEN_USER*>(user_.data())->User.Sid) != 0 ||
+                          EqualSid(owner, reinterpret_cast<const TOKEN_OWNER*>(owner_.data())->Owner) != 0);
+    }
+
+private:
+    static constexpr DWORD kSize = 256;
+    alignas(TOKEN_USER) std::array<std::byte, kSize> user_{};
+    alignas(TOKEN_OWNER) std::array<std::byte, kSize> owner_{};
+    bool known_ = false;
+};
 
 /// What tells a file from all others, whatever its name.
 bool identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& facts) {
@@ -59,12 +114,16 @@ bool identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& facts) {
     return identified;
 }
 
+bool isSame(const BY_HANDLE_FILE_INFORMATION& a, const BY_HANDLE_FILE_INFORMATION& b) {
+    return a.dwVolumeSerialNumber == b.dwVolumeSerialNumber && a.nFileIndexHigh == b.nFileIndexHigh &&
+           a.nFileIndexLow == b.nFileIndexLow;
+}
+
 }  // namespace
 
 OsError File::open(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
     close();
-    const DWORD sharing = share == FileShare::None ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = CreateFileA(path.c_str(), accessRights(access), sharing, nullptr, disposition(mode),
+    const HANDLE file = CreateFileA(path.c_str(), accessRights(access), sharing(share), nullptr, disposition(mode),
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return OsError::last();
@@ -74,17 +133,78 @@ OsError File::open(const std::string& path, FileMode mode, FileAccess access, Fi
     return {};
 }
 
+OsError File::openPlain(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
+    close();
+    // Emptied once it is known what it is.
+    const bool empties = mode == FileMode::CreateAlways;
+    const HANDLE file =
+        CreateFileA(path.c_str(), accessRights(access), sharing(share), nullptr,
+                    disposition(empties ? FileMode::OpenAlways : mode), FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return OsError::last();
+    }
+    OsError error = checkPlain(file);
+    if (error.ok() && empties) {
+        error = result(SetEndOfFile(file));
+    }
+    if (error.ok()) {
+        handle_ = reinterpret_cast<intptr_t>(file);
+    } else {
+        CloseHandle(file);
+    }
+    return error;
+}
+
+// No file is without a name here.
+OsError File::openNameless(const std::string& /*folder*/) {
+    return OsError(ERROR_NOT_SUPPORTED);
+}
+
+OsError File::giveName(const std::string& /*path*/) {
+    return OsError(ERROR_NOT_SUPPORTED);
+}
+
+OsError File::removeNamed(const std::string& path) {
+    if (!isNamed(path)) {
+        return OsError(ERROR_FILE_NOT_FOUND);
+    }
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = TRUE;
+    return result(
+        SetFileInformationByHandle(nativeHandle(handle_), FileDispositionInfo, &disposition, sizeof disposition));
+}
+
 OsError File::close() {
     return isOpen() ? result(CloseHandle(nativeHandle(std::exchange(handle_, kClosed)))) : OsError();
 }
 
-// Without sharing nobody else gets a handle, and an open file keeps its name.
+// Without sharing nobody else gets a handle.
 OsError File::confirmLock() {
     return {};
 }
 
 bool File::isNamed(const std::string& path) const {
-    return isOpen() && fileExists(path);
+    BY_HANDLE_FILE_INFORMATION own{};
+    BY_HANDLE_FILE_INFORMATION named{};
+    return isOpen() && GetFileInformationByHandle(nativeHandle(handle_), &own) != 0 && identify(path, named) &&
+           isSame(own, named);
+}
+
+bool File::hasOtherNames() const {
+    BY_HANDLE_FILE_INFORMATION own{};
+    return GetFileInformationByHandle(nativeHandle(handle_), &own) != 0 && own.nNumberOfLinks > 1;
+}
+
+bool File::isOfThisUser() const {
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR facts = nullptr;
+    if (GetSecurityInfo(nativeHandle(handle_), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr,
+                        nullptr, &facts) != ERROR_SUCCESS) {
+        return true;
+    }
+    const bool own = owner == nullptr || IsWellKnownSid(owner, WinWorldSid) != 0 || ProgramUser().owns(owner);
+    LocalFree(facts);
+    return own;
 }
 
 OsError File::read(void* data, size_t size, size_t& done) {
@@ -156,8 +276,13 @@ bool fileExists(const std::string& path) {
 bool isSameFile(const std::string& a, const std::string& b) {
     BY_HANDLE_FILE_INFORMATION first{};
     BY_HANDLE_FILE_INFORMATION second{};
-    return identify(a, first) && identify(b, second) && first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-           first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+    return identify(a, first) && identify(b, second) && isSame(first, second);
+}
+
+bool isPlainFile(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    const DWORD others = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & others) == 0;
 }
 
 bool isDirectory(const std::string& path) {

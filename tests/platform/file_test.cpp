@@ -73,6 +73,61 @@ TEST(File, ExclusiveUseKeepsOthersOutAndContentsWhole) {
     EXPECT_TRUE(holder.open(path, FileMode::OpenAlways, FileAccess::Write, FileShare::None).ok());
 }
 
+TEST(File, OneWritesWhileOthersRead) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("data");
+    File writer;
+    ASSERT_TRUE(writer.openPlain(path, FileMode::CreateNew, FileAccess::Write, FileShare::Read).ok());
+    put(writer, "samples");
+    for (const auto share : {FileShare::Read, FileShare::None}) {
+        File other;
+        EXPECT_TRUE(other.openPlain(path, FileMode::OpenExisting, FileAccess::ReadWrite, share).inUse());
+    }
+    std::string contents;
+    EXPECT_TRUE(readWholeFile(path, 100, FileShare::ReadWrite, contents).ok());
+    EXPECT_EQ(contents, "samples");
+    EXPECT_TRUE(writer.confirmLock().ok());
+    EXPECT_FALSE(writer.hasOtherNames());
+    EXPECT_TRUE(writer.isOfThisUser());
+}
+
+TEST(File, RemovesANameOnlyWhileItLeadsToTheFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("data", "mine");
+    File file;
+    ASSERT_TRUE(file.openPlain(path, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read).ok());
+    EXPECT_TRUE(renameFile(path, folder.file("elsewhere")).ok());
+    EXPECT_FALSE(file.isNamed(path));
+    EXPECT_TRUE(file.removeNamed(path).notFound());
+    folder.write("data", "somebody's");
+    EXPECT_FALSE(file.isNamed(path));
+    EXPECT_TRUE(file.removeNamed(path).notFound());
+    EXPECT_EQ(test::readFile(path), "somebody's");
+    EXPECT_TRUE(file.removeNamed(folder.file("elsewhere")).ok());
+    EXPECT_TRUE(file.close().ok());
+    EXPECT_THAT(listDirectory(folder.path()), ElementsAre("data"));
+}
+
+TEST(File, AWholeFileIsThereOrNone) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("journal");
+    File file;
+    ASSERT_TRUE(file.createWhole(path, "contents").ok());
+    EXPECT_TRUE(file.isNamed(path));
+    File other;
+    EXPECT_TRUE(other.openPlain(path, FileMode::OpenExisting, FileAccess::ReadWrite, FileShare::None).inUse());
+    EXPECT_TRUE(other.createWhole(path, "others").alreadyExists());
+    EXPECT_FALSE(other.createWhole(joinPath(folder.file("none"), "x"), "others").ok());
+    EXPECT_FALSE(other.isOpen());
+    char begin[3] = {};
+    size_t done = 0;
+    EXPECT_TRUE(file.seek(0).ok() && file.read(begin, sizeof begin, done).ok());
+    EXPECT_EQ(std::string_view(begin, done), "con");
+    EXPECT_TRUE(file.removeNamed(path).ok());
+    EXPECT_TRUE(file.close().ok());
+    EXPECT_TRUE(listDirectory(folder.path()).empty());
+}
+
 TEST(File, PositionsSizesAndCuts) {
     const TemporaryFolder folder;
     File file;
@@ -104,6 +159,7 @@ TEST(File, RefusesFoldersAndPathsThroughFiles) {
     File file;
     for (const auto access : {FileAccess::Read, FileAccess::Write}) {
         EXPECT_FALSE(file.open(folder.path(), FileMode::OpenExisting, access, FileShare::None).ok());
+        EXPECT_FALSE(file.openPlain(folder.path(), FileMode::OpenExisting, access, FileShare::None).ok());
         EXPECT_FALSE(file.open("", FileMode::OpenAlways, access, FileShare::None).ok());
         EXPECT_FALSE(file.open(joinPath(plain, "below"), FileMode::OpenAlways, access, FileShare::None).ok());
         EXPECT_FALSE(file.open(folder.file(std::string(999, 'n')), FileMode::OpenAlways, access, FileShare::None).ok());

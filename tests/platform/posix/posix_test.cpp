@@ -47,6 +47,33 @@ TEST(PosixFile, PipesAndFullDisks) {
     EXPECT_TRUE(fileExists(folder.file("link"))) << "the name is taken";
 }
 
+TEST(PosixFile, APlainFileIsNeitherALinkNorAnythingElse) {
+    const TemporaryFolder folder;
+    const std::string target = folder.write("target", "kept");
+    ASSERT_EQ(symlink("target", folder.file("link").c_str()), 0);
+    ASSERT_EQ(symlink("nowhere", folder.file("dangling").c_str()), 0);
+    ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    for (const char* name : {"link", "dangling", "pipe"}) {
+        EXPECT_FALSE(isPlainFile(folder.file(name)));
+        for (const auto mode :
+             {FileMode::CreateAlways, FileMode::CreateNew, FileMode::OpenExisting, FileMode::OpenAlways}) {
+            File file;
+            EXPECT_FALSE(file.openPlain(folder.file(name), mode, FileAccess::Write, FileShare::None).ok()) << name;
+        }
+    }
+    EXPECT_FALSE(fileExists(folder.file("nowhere")));
+    EXPECT_EQ(test::readFile(target), "kept");
+    EXPECT_TRUE(isPlainFile(target));
+    ASSERT_EQ(link(target.c_str(), folder.file("second").c_str()), 0);
+    File file;
+    ASSERT_TRUE(file.openPlain(target, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::None).ok());
+    EXPECT_TRUE(file.hasOtherNames());
+    ASSERT_TRUE(renameFile(target, folder.file("third")).ok());
+    ASSERT_EQ(symlink("third", target.c_str()), 0);
+    EXPECT_TRUE(file.removeNamed(target).notFound()) << "a link is another name";
+    EXPECT_TRUE(fileExists(target));
+}
+
 TEST(PosixPaths, UserSettingsFolder) {
     const ScopedEnvironment home("HOME", "/home/x");
     {
