@@ -108,7 +108,7 @@ InitOutcome T_BOARD::Init() {
     if (!driver_.CheckParameters(blocks, true)) {
         return refused("CHECK", driver_.device().lastError());
     }
-    if (!acceptChecked(blocks)) {
+    if (!takeOver(blocks, SetupPass::Check)) {
         return refused("CHECK", problem_);
     }
     DEBUG_LOG("CHECK REZULT = OK");
@@ -151,12 +151,18 @@ bool T_BOARD::fitsBaseBlock() const {
     return true;
 }
 
-// Takes over what the driver corrected in the check pass. It may shorten the channel list, not lengthen it.
-bool T_BOARD::acceptChecked(const ParameterBlocks& blocks) {
+// Takes over what the driver corrected. In the check pass it may shorten the channel list, not lengthen it; the board
+// is set up with as many as it agreed to, else frames would be torn.
+bool T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
     const bool extended = driver_.facts().extendedBlock;
     const int32_t count = extended ? blocks.extended.m_nSize : blocks.dma.m_nChannelNumber;
-    if (count <= 0 || count > static_cast<int32_t>(settings.channelCount())) {
-        problem_ = formatText("The driver made %d channels of %u.", count, settings.channelCount());
+    const auto asked = static_cast<int32_t>(settings.channelCount());
+    if (pass == SetupPass::Check && (count <= 0 || count > asked)) {
+        problem_ = formatText("The driver made %d channels of %d.", count, asked);
+        return false;
+    }
+    if (pass == SetupPass::Init && count != asked) {
+        problem_ = formatText("The driver set %d channels up and had agreed to %d.", count, asked);
         return false;
     }
     const auto usable = [](float hertz) { return std::isfinite(hertz) && hertz > 0.0F; };
@@ -181,17 +187,13 @@ bool T_BOARD::acceptChecked(const ParameterBlocks& blocks) {
     return true;
 }
 
-// Sets the board up. It must keep to the channels that it agreed to in the check pass, else frames would be torn.
 bool T_BOARD::initPass(ParameterBlocks& blocks) {
     if (!driver_.CheckParameters(blocks, false)) {
         refused("INIT", driver_.device().lastError());
         return false;
     }
-    const bool extended = driver_.facts().extendedBlock;
-    const int32_t count = extended ? blocks.extended.m_nSize : blocks.dma.m_nChannelNumber;
-    if (count != static_cast<int32_t>(settings.channelCount())) {
-        refused("INIT",
-                formatText("The driver set %d channels up and had agreed to %u.", count, settings.channelCount()));
+    if (!takeOver(blocks, SetupPass::Init)) {
+        refused("INIT", problem_);
         return false;
     }
     return true;

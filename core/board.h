@@ -87,7 +87,7 @@ private:
 
     [[nodiscard]] InitOutcome Init();
     [[nodiscard]] bool fitsBaseBlock() const;
-    [[nodiscard]] bool acceptChecked(const ParameterBlocks& blocks);
+    [[nodiscard]] bool takeOver(const ParameterBlocks& blocks, SetupPass pass);
     [[nodiscard]] bool initPass(ParameterBlocks& blocks);
     [[nodiscard]] InitOutcome fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer);
     InitOutcome refused(const char* pass, const std::string& problem);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "config/debug_log.h"
+#include "platform/c_locale.h"
 
 namespace tarno2 {
 
@@ -22,7 +23,35 @@ int32_t startSource(const BoardSettings& settings, SetupPass pass) {
     return source | kADCStartRing;
 }
 
+std::string listed(const std::vector<int32_t>& numbers) {
+    std::string list;
+    for (const int32_t number : numbers) {
+        list += (list.empty() ? "" : ", ") + std::to_string(number);
+    }
+    return list;
+}
+
 }  // namespace
+
+std::vector<std::string> correctionLines(const BoardSettings& asked, const BoardSettings& made) {
+    std::vector<std::string> lines;
+    const auto hertz = [&lines](const char* format, float wanted, float taken) {
+        if (taken != wanted) {
+            lines.push_back(formatText(format, static_cast<double>(wanted), static_cast<double>(taken)));
+        }
+    };
+    const auto numbers = [&lines](const char* what, const auto& wanted, const auto& taken) {
+        if (taken != wanted) {
+            lines.push_back(formatText("Asked for the %s %s, the board takes %s", what, listed(wanted).c_str(),
+                                       listed(taken).c_str()));
+        }
+    };
+    hertz("Asked for %f Hz, the board takes %f Hz", asked.frequency, made.frequency);
+    hertz("Asked for packets of %f Hz, the board takes %f Hz", asked.packetFrequency, made.packetFrequency);
+    numbers("channels", asked.channels, made.channels);
+    numbers("gains", asked.gains, made.gains);
+    return lines;
+}
 
 int32_t dmaBlockSize(float frequency, uint32_t maximumBuffer) {
     const double half = static_cast<double>(frequency) / 2.0;

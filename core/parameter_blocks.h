@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
@@ -23,6 +24,9 @@ struct BoardSettings {
 
     [[nodiscard]] uint32_t channelCount() const { return static_cast<uint32_t>(channels.size()); }
 };
+
+/// What the driver changed of what it was asked for, a line each for the log.
+[[nodiscard]] std::vector<std::string> correctionLines(const BoardSettings& asked, const BoardSettings& made);
 
 /// Check: the driver looks at the blocks and corrects them. Init: it sets the board up by them.
 enum class SetupPass { Check, Init };

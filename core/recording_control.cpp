@@ -8,6 +8,7 @@
 
 #include "config/debug_log.h"
 #include "config/file_name_check.h"
+#include "core/recording_settings.h"
 #include "core/static_parameters.h"
 #include "core/synchro_preparation.h"
 #include "language/language_table.h"
@@ -160,6 +161,10 @@ bool RecordingControl::checkSettings() {
     if (!std::isfinite(board.frequency) || !(board.frequency > 0.0F) || !packetUsable) {
         return refuse(TextId::FrequencyIncorrect);
     }
+    if (const auto beyond = beyondBoard(settings_, driver_.facts())) {
+        DEBUG_LOG("!!!!! %s", beyond->detail.c_str());
+        return refuse(beyond->message, beyond->detail);
+    }
     return true;
 }
 
@@ -176,15 +181,14 @@ bool RecordingControl::checkStopRule() {
 
 bool RecordingControl::startThread() {
     DEBUG_LOG("CreateThread");
-    const float asked = session_->settings.frequency;
+    const BoardSettings asked = session_->settings;
     const bool started = session_->StartThread(&shell_, {});
     DEBUG_LOG("Uninitialize");
     if (started) {
         DEBUG_LOG("No Error");
-        const float made = session_->settings.frequency;
-        if (made != asked) {
-            shell_.showDetail(formatText("Asked for %f Hz, the board takes %f Hz", static_cast<double>(asked),
-                                         static_cast<double>(made)));
+        for (const std::string& line : correctionLines(asked, session_->settings)) {
+            DEBUG_LOG("%s", line.c_str());
+            shell_.showDetail(line);
         }
         return true;
     }

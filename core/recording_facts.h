@@ -14,7 +14,7 @@ struct RecordingFacts {
     double totalFrequency = 0.0;  ///< Hz over all channels, of the kept frames
     bool synchronousChannels = false;
     bool packetMode = false;
-    double packetFrequency = 0.0;  ///< Hz
+    double packetFrequency = 0.0;  ///< Hz, of the kept frames
     bool externalClock = false;
     bool backwardOrder = false;
     SampleLayout layout;

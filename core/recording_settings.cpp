@@ -5,6 +5,7 @@
 
 #include "config/field_text.h"
 #include "core/board_options.h"
+#include "platform/c_locale.h"
 
 namespace tarno2 {
 
@@ -31,7 +32,50 @@ void takeChannels(const ProgramSettings& settings, const BoardFacts& board, Reco
     }
 }
 
+std::string modesIn(uint32_t bits) {
+    struct Mode {
+        uint32_t bit;
+        const char* name;
+    };
+    constexpr Mode kModes[] = {{kBoardExternalStart, "external start"},
+                               {kBoardDifferential, "differential inputs"},
+                               {kBoardPacketMode, "packet mode"},
+                               {kBoardExternalClock, "external clock"}};
+    std::string names;
+    const auto add = [&names](const std::string& name) { names += (names.empty() ? "" : ", ") + name; };
+    for (const Mode& mode : kModes) {
+        if ((bits & mode.bit) != 0) {
+            add(mode.name);
+            bits &= ~mode.bit;
+        }
+    }
+    if (bits != 0) {
+        add("unknown mode");
+    }
+    return names;
+}
+
 }  // namespace
+
+std::optional<BeyondBoard> beyondBoard(const RecordingSettings& settings, const BoardFacts& board) {
+    if (const uint32_t lacking = settings.boardMode & ~offeredModes(board); lacking != 0) {
+        return BeyondBoard{TextId::BoardModeNotOffered, formatText("Board mode 0x%x is not offered by the board: %s",
+                                                                   lacking, modesIn(lacking).c_str())};
+    }
+    for (const int32_t channel : settings.channels) {
+        // A driver need not tell how many channels there are.
+        if (channel < 0 || (board.channelCount != 0 && static_cast<uint32_t>(channel) >= board.channelCount)) {
+            return BeyondBoard{TextId::NoSuchChannel,
+                               formatText("Channel %d is none of the board's %u", channel, board.channelCount)};
+        }
+    }
+    for (const int32_t gain : settings.gains) {
+        if (gain <= 0) {
+            return BeyondBoard{TextId::GainIncorrect, formatText("Gain %d is not above 0", gain)};
+        }
+    }
+    return std::nullopt;
+}
 
 double stopSeconds(double value, int32_t unit) {
     constexpr double kUnits[] = {1.0, 60.0, 3600.0};

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "config/program_settings.h"
 #include "core/board_facts.h"
 #include "core/recording_shell.h"
+#include "language/text_ids.h"
 
 namespace tarno2 {
 
@@ -15,6 +18,14 @@ namespace tarno2 {
                                                   std::string_view frequencyText);
 /// The same, with the frequency of the settings.
 [[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board);
+
+/// A wish that a board can't fulfil.
+struct BeyondBoard {
+    TextId message;
+    std::string detail;  ///< names it
+};
+/// Modes that the board lacks, channels that it has not, gains that are none; nothing when it can do everything.
+[[nodiscard]] std::optional<BeyondBoard> beyondBoard(const RecordingSettings& settings, const BoardFacts& board);
 
 /// A stop after so many seconds, minutes or hours (`unit` 0 to 2), seconds.
 [[nodiscard]] double stopSeconds(double value, int32_t unit);

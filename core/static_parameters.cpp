@@ -48,7 +48,8 @@ bool calculateStaticParameters(T_DRIVER& driver, const T_BOARD& session, Recordi
     facts.totalFrequency = static_cast<double>(settings.frequency) * channels / session.decimation;
     facts.synchronousChannels = board.synchronousChannels;
     facts.packetMode = settings.packetMode;
-    facts.packetFrequency = settings.packetMode ? static_cast<double>(settings.packetFrequency) : 0.0;
+    facts.packetFrequency =
+        settings.packetMode ? static_cast<double>(settings.packetFrequency) / session.decimation : 0.0;
     facts.externalClock = settings.externalClock;
     facts.backwardOrder = board.format.m_nBackwardOrder != 0;
     facts.layout = layoutOf(board.format);

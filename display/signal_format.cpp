@@ -28,7 +28,7 @@ uint32_t SampleWordFormat::digitalLines() const {
     return portShift < bits() ? std::min(bits() - portShift, kMostLines) : 0;
 }
 
-SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts, uint32_t decimation) {
+SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts) {
     SignalFormat format;
     format.word.sampleWidth = board.sampleWidth();
     format.word.formatFlags = board.format.m_nFormatFlags;
@@ -47,7 +47,7 @@ SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts
         format.channels.push_back({position, facts.ranges[position].upper, facts.ranges[position].lower});
     }
     if (facts.packetMode) {
-        format.framesPerSecond = facts.packetFrequency / std::max(decimation, 1U);
+        format.framesPerSecond = facts.packetFrequency;
     } else if (columns > 0) {
         format.framesPerSecond = facts.totalFrequency / static_cast<double>(columns);
     }

@@ -42,8 +42,8 @@ struct SignalFormat {
     [[nodiscard]] size_t frameBytes() const { return channels.size() * word.sampleWidth; }
 };
 
-/// Of the recording that runs, from what its board and its description say. `decimation`: the session's.
-[[nodiscard]] SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts, uint32_t decimation);
+/// Of the recording that runs, from what its board and its description say.
+[[nodiscard]] SignalFormat signalFormatOf(const BoardFacts& board, const RecordingFacts& facts);
 /// Of a finished recording, from its description. Its rate is that of the sampling clock: descriptions don't keep the
 /// rate of packets.
 [[nodiscard]] SignalFormat signalFormatOf(const RecordedFormat& recorded);

@@ -36,7 +36,7 @@ void T_MainForm::buildSignalView() {
 void T_MainForm::showRunningSignal() {
     T_BOARD& session = *control_.session();
     LiveRecording recording;
-    recording.format = signalFormatOf(selection_.driver().facts(), control_.facts(), session.decimation);
+    recording.format = signalFormatOf(selection_.driver().facts(), control_.facts());
     recording.channels = session.settings.channels;
     recording.fileName = runFile_;
     recording.everyFrameWritten = runSettings_.synchro.SynchroAnalyzeMode == 0;

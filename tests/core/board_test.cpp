@@ -101,23 +101,24 @@ TEST(Board, RefusalsOfTheDriver) {
 TEST(Board, TakesCorrectionsOver) {
     FakeDevice device;
     device.correctDma = [](int32_t apply, ADCParametersDMA& block) {
-        if (apply == 0) {
-            block.m_fFreqStart = 640.0F;
-        }
+        block.m_fFreqStart = apply == 0 ? 640.0F : 600.0F;
+        block.m_fFreqPack = apply == 0 ? 80.0F : 75.0F;
     };
     device.correctEx = [](int32_t apply, ADCParametersDMAEX& block) {
-        if (apply == 0) {
-            block.m_nSize = 2;
-            block.m_pnChannels[0] = 8;
-            block.m_pnGains[1] = 4;
-        }
+        block.m_nSize = 2;
+        block.m_pnChannels[0] = apply == 0 ? 8 : 1;
+        block.m_pnChannels[1] = apply == 0 ? 1 : 8;
+        block.m_pnGains[apply] = 4;
     };
     SessionRig rig(device);
+    rig.board->settings.packetMode = true;
+    rig.board->settings.packetFrequency = 100.0F;
     ASSERT_TRUE(rig.prepare(3, 1000.0F));
     const BoardSettings& settings = rig.board->settings;
-    EXPECT_EQ(settings.channels, (std::vector<int32_t>{8, 1}));
-    EXPECT_EQ(settings.gains, (std::vector<int32_t>{1, 4}));
-    EXPECT_EQ(settings.frequency, 640.0F);
+    EXPECT_EQ(settings.channels, (std::vector<int32_t>{1, 8}));
+    EXPECT_EQ(settings.gains, (std::vector<int32_t>{4, 4}));
+    EXPECT_EQ(settings.frequency, 600.0F);
+    EXPECT_EQ(settings.packetFrequency, 75.0F);
     const ADCParametersDMA init = device.dmaBlocks().back();
     EXPECT_EQ(float{init.m_fFreqStart}, 640.0F);
     EXPECT_EQ(int32_t{init.m_nChannelNumber}, 2);
@@ -140,13 +141,19 @@ TEST(Board, WrongCorrectionsAreRefused) {
         const char* what;
         int32_t channels;
         float frequency;
+        int32_t pass = 0;
     };
     for (const Case& c :
          {Case{"longer list", 4, 1000.0F}, Case{"empty list", 0, 1000.0F}, Case{"negative", -1, 1000.0F},
-          Case{"no frequency", 3, 0.0F}, Case{"below zero", 3, -5.0F}, Case{"no number", 3, NAN}}) {
+          Case{"no frequency", 3, 0.0F}, Case{"below zero", 3, -5.0F}, Case{"no number", 3, NAN},
+          Case{"shorter list at the set-up", 2, 1000.0F, 1}, Case{"no frequency at the set-up", 3, 0.0F, 1}}) {
         FakeDevice device;
-        device.correctDma = [&](int32_t, ADCParametersDMA& block) { block.m_fFreqStart = c.frequency; };
-        device.correctEx = [&](int32_t, ADCParametersDMAEX& block) { block.m_nSize = c.channels; };
+        device.correctDma = [&](int32_t apply, ADCParametersDMA& block) {
+            block.m_fFreqStart = apply == c.pass ? c.frequency : 1000.0F;
+        };
+        device.correctEx = [&](int32_t apply, ADCParametersDMAEX& block) {
+            block.m_nSize = apply == c.pass ? c.channels : 3;
+        };
         SessionRig rig(device);
         EXPECT_FALSE(rig.prepare(3, 1000.0F)) << c.what;
         EXPECT_EQ(rig.end().detail, ErrorDetail::Init) << c.what;

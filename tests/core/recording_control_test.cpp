@@ -131,6 +131,41 @@ const Refusal kRefusals[] = {
      [](ControlRig& r) { r.shell.wanted.frequencyText = "inf"; }},
     {{"a negative frequency", "Start faild because freq value incorrect.", false, {"Frequency = -1000.000000"}},
      [](ControlRig& r) { r.shell.wanted.frequencyText = "-1000"; }},
+    {{"a mode that the board lacks",
+      "The board does not offer this mode.",
+      false,
+      {"Frequency = ", "!!!!! Board mode 0x8 is not offered by the board: external clock"}},
+     [](ControlRig& r) {
+         r.device.numbers[kADCGetBoardModes] = kADCModeExternalStart;
+         r.shell.wanted.boardMode = kBoardExternalStart | kBoardExternalClock;
+     }},
+    {{"differential inputs that the board can't be told",
+      "The board does not offer this mode.",
+      false,
+      {"!!!!! Board mode 0x2 is not offered by the board: differential inputs"}},
+     [](ControlRig& r) {
+         r.device.numbers[kADCGetBoardModes] = 0xF;
+         r.device.numbers[kADCGetExtendedBlock] = 0;
+         r.shell.wanted.boardMode = kBoardDifferential;
+     }},
+    {{"a mode that nobody knows",
+      "The board does not offer this mode.",
+      false,
+      {"!!!!! Board mode 0x14 is not offered by the board: packet mode, unknown mode"}},
+     [](ControlRig& r) {
+         r.shell.wanted.packetFrequency = 5;
+         r.shell.wanted.boardMode = 0x14;
+     }},
+    {{"a channel behind the last", "The board has no such channel.", false, {"Channel 160 is none of the board's 160"}},
+     [](ControlRig& r) {
+         r.shell.wanted.channels = {0, 160};
+     }},
+    {{"a channel below 0", "The board has no such channel.", false, {"Channel -1 is none of the board's 160"}},
+     [](ControlRig& r) { r.shell.wanted.channels = {-1}; }},
+    {{"a gain of 0", "A gain has to be above 0.", false, {"Gain 0 is not above 0"}},
+     [](ControlRig& r) {
+         r.shell.wanted.gains = {1, 0};
+     }},
     {{"a size of nothing", "Start faild because stop value incorrect.", false, {"Frequency = 1000000.000000"}},
      [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size; }},
     {{"the board is refused",
@@ -311,6 +346,36 @@ TEST(RecordingControl, SaysWhereAnEarlierRecordingWent) {
     EXPECT_EQ(readFile(rig.folder.file(base + "_old1.dat")), "earlier");
 }
 
+TEST(RecordingControl, TellsWhatTheBoardTakesInPlaceOfTheWishes) {
+    ControlRig rig;
+    rig.device.numbers[kADCGetBoardModes] = kADCModePacket;
+    rig.device.correctDma = [](int32_t apply, ADCParametersDMA& block) {
+        block.m_fFreqStart = apply == 0 ? 500.0F : 400.0F;
+        block.m_fFreqPack = 75.0F;
+    };
+    rig.device.correctEx = [](int32_t apply, ADCParametersDMAEX& block) {
+        if (apply == 1) {
+            std::swap(block.m_pnChannels[0], block.m_pnChannels[1]);
+            block.m_pnGains[0] = 2;
+        }
+    };
+    rig.attach();
+    rig.control.setDataWait(60000);
+    rig.shell.wanted.frequencyText = "1000";
+    rig.shell.wanted.boardMode = kBoardPacketMode;
+    rig.shell.wanted.packetFrequency = 100.0;
+    rig.shell.wanted.decimation = 3;
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    EXPECT_EQ(rig.shell.details, (std::vector<std::string>{
+                                     "Asked for 1000.000000 Hz, the board takes 400.000000 Hz",
+                                     "Asked for packets of 100.000000 Hz, the board takes 75.000000 Hz",
+                                     "Asked for the channels 0, 1, the board takes 1, 0",
+                                     "Asked for the gains 1, 1, the board takes 2, 1",
+                                 }));
+    EXPECT_EQ(rig.control.facts().packetFrequency, 25.0) << "of the frames that are kept";
+    rig.control.StopButtonClick();
+}
+
 TEST(RecordingControl, StopTimer) {
     struct Case {
         const char* what;
@@ -343,6 +408,7 @@ TEST(RecordingControl, StopTimer) {
 
 TEST(RecordingControl, StopTimerCountsFromTheFirstDataOfAnExternalStart) {
     ControlRig rig;
+    rig.device.numbers[kADCGetBoardModes] = kADCModeExternalStart;
     rig.attach();
     rig.shell.wanted.boardMode = kBoardExternalStart;
     rig.shell.wanted.stopRule = StopRule::Time;

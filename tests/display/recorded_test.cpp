@@ -109,10 +109,10 @@ TEST(RunningFormat, HasTheRateOfTheFramesThatAreShown) {
     RecordingFacts facts;
     facts.totalFrequency = 1000.0;
     facts.ranges = {{5.0, -5.0, 5.0F}, {1.0, -1.0, 5.0F}};
-    EXPECT_EQ(signalFormatOf(board, facts, 4).framesPerSecond, 500.0);  // the total is of the kept frames
+    EXPECT_EQ(signalFormatOf(board, facts).framesPerSecond, 500.0);
     facts.packetMode = true;
     facts.packetFrequency = 40.0;
-    EXPECT_EQ(signalFormatOf(board, facts, 4).framesPerSecond, 10.0);
+    EXPECT_EQ(signalFormatOf(board, facts).framesPerSecond, 40.0);
 }
 
 TEST(RunningRecording, ReadsOverItsPieces) {
