@@ -5,6 +5,7 @@
 
 #include "config/log_file.h"
 #include "platform/c_locale.h"
+#include "platform/codepage1251.h"
 #include "platform/paths.h"
 
 namespace tarno2 {
@@ -37,7 +38,7 @@ void ConsoleLog::logV(const char* format, va_list arguments) {
         return;
     }
     try {
-        std::string line = formatTextV(format, arguments);
+        std::string line = systemTextToCp1251(formatTextV(format, arguments));
         line.resize(std::min(line.size(), kLongestMessage));
         writeLogLine(file_, line + "\r\n");
     } catch (const std::bad_alloc&) {

@@ -8,6 +8,7 @@
 #include "config/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
+#include "platform/codepage1251.h"
 
 namespace tarno2 {
 
@@ -62,7 +63,7 @@ void DebugLog::logV(const char* format, va_list arguments) {
         return;
     }
     try {
-        std::string message = formatTextV(format, arguments);
+        std::string message = systemTextToCp1251(formatTextV(format, arguments));
         message.resize(std::min(message.size(), kLongestMessage));
         writeLogLine(file_, message.starts_with('*') ? message + "\r\n" : stamped(message, line));
     } catch (const std::bad_alloc&) {

@@ -37,6 +37,22 @@ std::optional<char> byteOf(char16_t unit) {
     return static_cast<char>(kFirstUpper + (found - kUpperHalf.begin()));
 }
 
+/// Letters beyond ASCII in a row: converted when they are UTF-8.
+std::string lettersToCp1251(std::string letters) {
+    const auto utf16 = utf8ToUtf16(letters);
+    if (!utf16) {
+        return letters;
+    }
+    std::string bytes;
+    for (const char16_t unit : *utf16) {
+        constexpr char16_t kSurrogate = 0xFC00;
+        if ((unit & kSurrogate) != 0xDC00) {  // the second half of a character
+            bytes += byteOf(unit).value_or('?');
+        }
+    }
+    return bytes;
+}
+
 }  // namespace
 
 char16_t cp1251CodePoint(unsigned char byte) {
@@ -73,7 +89,17 @@ std::optional<std::string> utf8ToCp1251(std::string_view utf8) {
 }
 
 std::string systemTextToCp1251(const std::string& text) {
-    return utf8ToCp1251(text).value_or(text);
+    const auto isUpper = [](char c) { return static_cast<unsigned char>(c) >= kFirstUpper; };
+    std::string bytes;
+    bytes.reserve(text.size());
+    for (auto at = text.begin(); at != text.end();) {
+        const auto row = std::find_if(at, text.end(), isUpper);
+        const auto end = std::find_if_not(row, text.end(), isUpper);
+        bytes.append(at, row);
+        bytes += lettersToCp1251({row, end});
+        at = end;
+    }
+    return bytes;
 }
 
 }  // namespace tarno2

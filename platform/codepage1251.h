@@ -10,8 +10,8 @@ namespace tarno2 {
 
 /// UTF-8 text as code page 1251; nothing when a character is not in the page or the text is no UTF-8.
 [[nodiscard]] std::optional<std::string> utf8ToCp1251(std::string_view utf8);
-/// Names of files and words of the system for a message in code page 1251: converted where they are UTF-8, else as they
-/// are.
+/// A message with names of files and words of the system in it, in code page 1251: letters in a row that are UTF-8 are
+/// converted, with "?" for those that the page lacks; others are taken for letters of the page and stay.
 [[nodiscard]] std::string systemTextToCp1251(const std::string& text);
 /// Code page 1251 as UTF-8. Byte 0x98 becomes U+FFFD.
 [[nodiscard]] std::string cp1251ToUtf8(std::string_view text);

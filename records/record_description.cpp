@@ -169,7 +169,7 @@ void RecordDescription::writeKeys(KeyValueFile& file) const {
     file.writeUInt32("ClassVersion", kClassVersion, "Версия класса для работы с этим фалом");
     file.writeString("CreateTime", utf8ToCp1251(createTimeText(createTime_)).value_or(std::string()),
                      "Время начала сбора");
-    file.writeString("DriverName", driverName_, "Имя драйвера");
+    file.writeString("DriverName", systemTextToCp1251(driverName_), "Имя драйвера");
     writeDataFormat(file);
 
     static_assert(std::numeric_limits<double>::is_iec559, "without channels the division gives an infinity");

@@ -54,6 +54,7 @@ TEST(LanguageTable, HoldsAllTextsInBothLanguages) {
         for (int32_t id = 0; id <= kHighestId; ++id) {
             const std::string utf8 = table.loadUtf8(id);
             EXPECT_EQ(utf8ToCp1251(utf8), table.load(id)) << id;
+            EXPECT_EQ(systemTextToCp1251(table.load(id)), table.load(id)) << id << ": is none of the system's words";
             if (!utf8.empty()) {
                 ++texts;
                 blocks.insert(id / 16);

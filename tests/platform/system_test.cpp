@@ -144,6 +144,19 @@ TEST(CodePage1251, EveryByteSurvivesBothEncodings) {
     }
 }
 
+TEST(CodePage1251, TakesWordsOfTheSystemWordByWord) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"Data \"C:\\a\"", "Data \"C:\\a\""},
+        {"Файл \"Насос № 2.dat\"", "\xD4\xE0\xE9\xEB \"\xCD\xE0\xF1\xEE\xF1 \xB9 2.dat\""},
+        {"\xD4\xE0\xE9\xEB \"Насос\"", "\xD4\xE0\xE9\xEB \"\xCD\xE0\xF1\xEE\xF1\""},
+        {"中a é 😀", "?a ? ?"},
+        {"\xFF\xC3", "\xFF\xC3"},
+    };
+    for (const auto& [text, page] : cases) {
+        EXPECT_EQ(systemTextToCp1251(text), page) << text;
+    }
+}
+
 TEST(Utf, OutsideTheBasicPlane) {
     const std::string text = "a\u00DF\u4E2D\U0001F600";
     const auto utf16 = utf8ToUtf16(text);

@@ -202,7 +202,7 @@ TEST(RecordDescription, NamesItselfAfterTheDataFile) {
 TEST(RecordDescription, TellsWhatFailed) {
     const TemporaryFolder folder;
     RecordDescription d;
-    EXPECT_TRUE(d.setDriverName("Board"));
+    EXPECT_TRUE(d.setDriverName("Плата 中"));
     EXPECT_FALSE(d.setDriverName(""));
     EXPECT_EQ(d.status(), RecordDescription::BadArgument);
     EXPECT_FALSE(d.setFrequency(-1.0));
@@ -214,7 +214,8 @@ TEST(RecordDescription, TellsWhatFailed) {
     const std::string file = folder.write("file", "");
     EXPECT_FALSE(d.writeForDataFile(file + "/below.dat"));
     EXPECT_EQ(d.status(), RecordDescription::CannotCreate);
-    EXPECT_NE(writtenText(d).find("\nDriverName = \"Board\"\n"), std::string::npos) << "a failed call changes nothing";
+    EXPECT_NE(writtenText(d).find("\nDriverName = \"Плата ?\"\n"), std::string::npos)
+        << "a failed call changes nothing";
     d.clearDriverName();
     EXPECT_NE(writtenText(d).find("\nDriverName = \"\"\n"), std::string::npos);
 }
