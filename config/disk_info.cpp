@@ -18,6 +18,7 @@ namespace tarno2 {
 namespace {
 
 constexpr int32_t kUnknownFileSystem = -4;
+constexpr int32_t kOtherFileSystem = 100;
 
 struct FileSystem {
     const char* name;
@@ -66,9 +67,15 @@ int32_t DiskInfo(const std::string& filePath, DiskFacts& facts) {
     }
     facts.fileSystem = volume.fileSystem;
     facts.freeBytes = volume.freeBytes;
-    const FileSystem* known = findFileSystem(volume.fileSystem);
-    facts.type = known == nullptr ? kUnknownFileSystem : known->type;
-    facts.maximumFileSize = known == nullptr ? 0 : known->maximumFileSize;
+    if (const FileSystem* known = findFileSystem(volume.fileSystem)) {
+        facts.type = known->type;
+        facts.maximumFileSize = known->maximumFileSize;
+    } else if (volume.largestPosition > 0) {
+        facts.type = kOtherFileSystem;
+        facts.maximumFileSize = volume.largestPosition;
+    } else {
+        facts.type = kUnknownFileSystem;
+    }
     return facts.type;
 }
 

@@ -3,26 +3,31 @@
 #include "config/debug_log.h"
 #include "core/driver_catalogue.h"
 #include "core/library_object.h"
+#include "platform/file.h"
+#include "platform/paths.h"
 
 namespace tarno2 {
 
 bool ScoperLibrary::load(std::string& why) {
-    if (loadRegistered(why)) {
-        DEBUG_LOG("Scoper load ok");
-        return true;
+    object_.reset();
+    const auto listed = registeredLibrary(scoperKey(), why);
+    bool loaded = listed && loadFrom(*listed, why);
+    // A registry that lists drivers alone, or a library that has moved, leaves the one that came with the program.
+    const std::string own = joinPath(executableFolder(), std::string("scopera") + kLibrarySuffix);
+    if (!loaded && fileExists(own)) {
+        loaded = loadFrom(own, why);
     }
-    DEBUG_LOG("Scoper not loaded");
-    DEBUG_LOG("!!!!! %s", why.c_str());
-    return false;
+    if (loaded) {
+        DEBUG_LOG("Scoper load ok");
+    } else {
+        DEBUG_LOG("Scoper not loaded");
+        DEBUG_LOG("!!!!! %s", why.c_str());
+    }
+    return loaded;
 }
 
-bool ScoperLibrary::loadRegistered(std::string& why) {
-    object_.reset();
-    const auto path = registeredLibrary(scoperKey(), why);
-    if (!path) {
-        return false;
-    }
-    object_.reset(static_cast<ISCOPERA*>(loadObject(library_, *path, TARNO2_SCOPERA_INTERFACE, why)));
+bool ScoperLibrary::loadFrom(const std::string& path, std::string& why) {
+    object_.reset(static_cast<ISCOPERA*>(loadObject(library_, path, TARNO2_SCOPERA_INTERFACE, why)));
     if (!object_) {
         return false;
     }

@@ -14,7 +14,8 @@ struct ScoperRelease {
     void operator()(ISCOPERA* scoper) const { scoper->Release(); }
 };
 
-/// The library that draws signals, found through the registry, with its plotting object. Window thread.
+/// The library that draws signals, with its plotting object: the one that the registry lists, or else the one beside
+/// the program. Window thread.
 class ScoperLibrary {
 public:
     /// Loads the library and writes to the debug log how that went. Without it `object` stays null and `why` says what
@@ -25,7 +26,7 @@ public:
     [[nodiscard]] ISCOPERA* object() const { return object_.get(); }
 
 private:
-    [[nodiscard]] bool loadRegistered(std::string& why);
+    [[nodiscard]] bool loadFrom(const std::string& path, std::string& why);
 
     Library library_;
     std::unique_ptr<ISCOPERA, ScoperRelease> object_;  ///< goes before its library

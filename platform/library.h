@@ -4,6 +4,9 @@
 
 namespace tarno2 {
 
+/// What the file names of dynamic libraries end with, the point included.
+extern const char* const kLibrarySuffix;
+
 /// A loaded dynamic library; unloaded on destruction.
 class Library {
 public:

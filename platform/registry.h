@@ -11,8 +11,9 @@ namespace tarno2 {
 
 /// The system registry. On Windows the real one, and after it the registry texts in `registry.d` beside the program;
 /// elsewhere registry texts alone: every `*.reg` file, in name order, of each folder in $TARNO2_REGISTRY
-/// (colon-separated) or, when that is unset, of `registry.d` beside the program, `$XDG_CONFIG_HOME/tarno2/registry.d`
-/// and `/etc/tarno2/registry.d`. The first value found wins. Key and value names do not tell case.
+/// (colon-separated). An empty element there, or the variable being unset, stands for the usual places: `registry.d`
+/// beside the program, `$XDG_CONFIG_HOME/tarno2/registry.d` and `/etc/tarno2/registry.d`. The first value found wins.
+/// Key and value names do not tell case.
 ///
 /// Each call reads the registry anew; nothing is kept, so a driver that was just installed is seen.
 enum class RegistryRoot { LocalMachine, CurrentUser };

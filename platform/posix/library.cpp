@@ -5,6 +5,8 @@
 
 namespace tarno2 {
 
+const char* const kLibrarySuffix = ".so";
+
 bool Library::load(const std::string& path, std::string& error) {
     unload();
     if (path.empty()) {  // would be the program itself

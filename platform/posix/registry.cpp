@@ -15,43 +15,50 @@ namespace {
 constexpr const char* kFolderName = "registry.d";
 constexpr size_t kLongestStem = 200;  ///< bytes of a file's name, well under what file systems take
 
-/// The folders that $TARNO2_REGISTRY names; nothing when it is unset.
-std::optional<std::vector<std::string>> namedFolders() {
-    const auto variable = environmentVariable("TARNO2_REGISTRY");
-    if (!variable) {
-        return std::nullopt;
-    }
-    std::vector<std::string> folders;
-    for (size_t start = 0; start <= variable->size();) {
-        const size_t end = std::min(variable->find(':', start), variable->size());
-        if (end > start) {
-            folders.push_back(variable->substr(start, end - start));
-        }
-        start = end + 1;
-    }
-    return folders;
-}
-
 std::string userFolder() {
     const std::string settings = userSettingsFolder();
     return settings.empty() ? settings : joinPath(settings, kFolderName);
 }
 
-std::vector<RegistryTextEntry> readAll() {
-    if (const auto named = namedFolders()) {
-        return readRegistryFolders(*named);
-    }
-    std::vector<std::string> folders = {joinPath(executableFolder(), kFolderName)};
+void appendUsualFolders(std::vector<std::string>& folders) {
+    folders.push_back(joinPath(executableFolder(), kFolderName));
     if (std::string user = userFolder(); !user.empty()) {
         folders.push_back(std::move(user));
     }
     folders.emplace_back("/etc/tarno2/registry.d");
-    return readRegistryFolders(folders);
 }
 
+/// The elements of $TARNO2_REGISTRY; a single empty one when it is unset.
+std::vector<std::string> elements() {
+    const std::string variable = environmentVariable("TARNO2_REGISTRY").value_or("");
+    std::vector<std::string> elements;
+    for (size_t start = 0; start <= variable.size();) {
+        const size_t end = std::min(variable.find(':', start), variable.size());
+        elements.push_back(variable.substr(start, end - start));
+        start = end + 1;
+    }
+    return elements;
+}
+
+/// The folders to be read, each once.
+std::vector<std::string> allFolders() {
+    std::vector<std::string> folders;
+    bool usual = false;
+    for (const std::string& element : elements()) {
+        if (!element.empty()) {
+            folders.push_back(element);
+        } else if (!usual) {
+            appendUsualFolders(folders);
+            usual = true;
+        }
+    }
+    return folders;
+}
+
+/// The first place that is named, be it the usual one.
 std::string writableFolder() {
-    const auto named = namedFolders();
-    return named && !named->empty() ? named->front() : userFolder();
+    const std::string first = elements().front();
+    return first.empty() ? userFolder() : first;
 }
 
 /// A file name made of the last part of a key.
@@ -89,12 +96,12 @@ std::string textFor(const std::string& folder, RegistryRoot root, const std::str
 
 std::optional<std::string> registrySubKey(RegistryRoot root, const std::string& key, int index, size_t capacity) {
     std::vector<std::string> names;
-    appendSubKeys(readAll(), root, key, names);
+    appendSubKeys(readRegistryFolders(allFolders()), root, key, names);
     return nameAt(names, index, capacity);
 }
 
 std::optional<RegistryValue> registryValue(RegistryRoot root, const std::string& key, const std::string& name) {
-    return findRegistryValue(readAll(), root, key, name);
+    return findRegistryValue(readRegistryFolders(allFolders()), root, key, name);
 }
 
 OsError registrySetString(RegistryRoot root, const std::string& key, const std::string& name, const std::string& value,

@@ -5,12 +5,14 @@
 #include <climits>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <optional>
 #include <sstream>
 #include <string_view>
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
 
+#include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 
@@ -101,7 +103,7 @@ std::optional<Mount> mountByMagic(const std::string& folder) {
     const auto number = static_cast<uint32_t>(facts.f_type);
     const auto* const found =
         std::find_if(kMagics.begin(), kMagics.end(), [&](const Magic& magic) { return magic.number == number; });
-    return found == kMagics.end() ? std::nullopt : std::optional(Mount{"/", found->type});
+    return Mount{"/", found == kMagics.end() ? formatText("0x%x", number) : found->type};
 }
 
 bool isNetworkType(std::string_view type) {
@@ -168,6 +170,7 @@ VolumeStatus queryVolume(const std::string& path, VolumeInfo& info) {
     info.root = joinPath(mount->point, "");
     info.freeBytes = uint64_t{facts.f_bavail} * facts.f_frsize;
     info.totalBytes = uint64_t{facts.f_blocks} * facts.f_frsize;
+    info.largestPosition = std::numeric_limits<int64_t>::max();
     return VolumeStatus::Ok;
 }
 

@@ -8,6 +8,8 @@
 
 namespace tarno2 {
 
+const char* const kLibrarySuffix = ".dll";
+
 bool Library::load(const std::string& path, std::string& error) {
     unload();
     // A damaged library would otherwise be reported in a box that waits for a click.

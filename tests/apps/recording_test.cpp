@@ -285,5 +285,24 @@ TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
     }
 }
 
+TEST(Recording, HasTheSignalViewBesideTheProgramWhateverTheRegistryLists) {
+    if (kPathSeparator == '\\' || !fileExists(joinPath(TARNO2_BIN, "scopera.so"))) {
+        GTEST_SKIP() << "no registry of the test's own, or a program without windows";
+    }
+    const RecordingRig rig;
+    std::filesystem::create_directory(rig.file("registry.d"));
+    rig.folder().write("registry.d/simulator.reg",
+                       "REGEDIT4\r\n\r\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Kestrel Lines LTD\\Drivers\\1.0\\Simulator]\r\n"
+                       "\"path\"=\"" TARNO2_BIN "/simulator.so\"\r\n");
+    const ScopedEnvironment registry("TARNO2_REGISTRY", rig.file("registry.d"));
+    const ScopedEnvironment simulator("TARNO2_SIMULATOR", "RealTime=0");
+    const ScopedEnvironment screen("QT_QPA_PLATFORM", "offscreen");
+    Wish wish;
+    wish.bytes = 4000;
+    wish.more = "DebugMode = 1";
+    rig.run("Tarno2", {"/c", rig.writeSettings(wish)});
+    EXPECT_THAT(rig.debugLog(), HasSubstr("Scoper load ok"));
+}
+
 }  // namespace
 }  // namespace tarno2::test

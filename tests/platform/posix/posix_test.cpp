@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 
+#include "platform/child_probe.h"
 #include "platform/event.h"
 #include "platform/file.h"
 #include "platform/locale.h"
@@ -111,6 +113,18 @@ TEST(PosixVolume, FollowsLinksAndNamesMounts) {
     EXPECT_EQ(info.root, "/proc/");
 }
 
+TEST(PosixVolume, IsKnownWithoutATableOfMounts) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can change the root";
+    }
+    const TemporaryFolder folder;
+    EXPECT_TRUE(succeedsInChild([&folder] {
+        VolumeInfo info;
+        return chroot(folder.path().c_str()) == 0 && queryVolume("/run.dat", info) == VolumeStatus::Ok &&
+               !info.fileSystem.empty() && info.freeBytes > 0;
+    }));
+}
+
 TEST(PosixTermination, SignalsCallBackOnAThreadOfItsOwn) {
     Event called;
     sigset_t before;
@@ -146,7 +160,7 @@ protected:
     TemporaryFolder folder_;
     std::string first_ = folder_.file("first");
     std::string second_ = folder_.file("second");
-    ScopedEnvironment named_{"TARNO2_REGISTRY", first_ + "::" + folder_.file("missing") + ':' + second_};
+    ScopedEnvironment named_{"TARNO2_REGISTRY", first_ + ":" + folder_.file("missing") + ':' + second_};
 };
 
 TEST_F(RegistryFolders, FirstFolderAndFirstFileWin) {
@@ -196,6 +210,31 @@ TEST_F(RegistryFolders, WrittenTextsNeverTouchOtherKeys) {
     EXPECT_TRUE(registryDeleteKey(machine, "D\\Board", where).notFound()) << "that text holds another key too";
     EXPECT_TRUE(registryDeleteKey(machine, "e\\board", where).ok());
     EXPECT_FALSE(fileExists(where));
+}
+
+TEST_F(RegistryFolders, AnEmptyElementStandsForTheUsualPlaces) {
+    const ScopedEnvironment settings("XDG_CONFIG_HOME", folder_.path());
+    (void)folder_.write("first/a.reg", text("D\\F", "\"f\""));
+    (void)folder_.write("second/a.reg", text("D\\U", "\"s\""));
+    ASSERT_TRUE(createFolders(folder_.file("tarno2/registry.d")).ok());
+    (void)folder_.write("tarno2/registry.d/a.reg", text("D\\U", "\"u\"") + text("D\\F", "\"u\"").substr(9));
+    const std::tuple<std::string, const char*, const char*, const char*> cases[] = {
+        {first_ + ':' + second_, "f@first", "s@second", "first"},
+        {first_ + "::" + second_, "f@first", "u@registry.d", "first"},
+        {second_ + ':', "u@registry.d", "s@second", "second"},
+        {':' + second_, "u@registry.d", "u@registry.d", "registry.d"},
+        {"", "u@registry.d", "u@registry.d", "registry.d"},
+    };
+    for (const auto& [variable, f, u, written] : cases) {
+        SCOPED_TRACE(variable);
+        const ScopedEnvironment named("TARNO2_REGISTRY", variable);
+        EXPECT_EQ(path("D\\F"), f);
+        EXPECT_EQ(path("D\\U"), u);
+        std::string where;
+        EXPECT_TRUE(registrySetString(RegistryRoot::LocalMachine, "D\\New", "path", "n", where).ok());
+        EXPECT_EQ(fileNameOf(parentFolder(where)), written);
+        EXPECT_TRUE(registryDeleteKey(RegistryRoot::LocalMachine, "D\\New", where).ok());
+    }
 }
 
 TEST_F(RegistryFolders, MissingFoldersAreMade) {
