@@ -24,11 +24,13 @@ bool samePieces(const RecordedFormat& a, const RecordedFormat& b) {
 OpenProblem readDescription(const std::string& dataFile, RecordedFormat& format) {
     const std::string name = RecordDescription::fileNameFor(dataFile);
     std::string missingKey;
-    if (readRecordedFormat(name, format, missingKey)) {
+    OsError why;
+    if (readRecordedFormat(name, format, missingKey, &why)) {
         return {};
     }
     if (missingKey.empty()) {
-        return {OpenProblem::DescriptionMissing, name};
+        return why.notFound() ? OpenProblem{OpenProblem::DescriptionMissing, name}
+                              : OpenProblem{OpenProblem::DescriptionNotRead, why.text()};
     }
     return {OpenProblem::DescriptionDamaged, missingKey};
 }

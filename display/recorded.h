@@ -17,7 +17,8 @@ namespace tarno2 {
 struct OpenProblem {
     enum Kind {
         None,
-        DescriptionMissing,  ///< there is no description, or it can't be read; `detail` is its file name
+        DescriptionMissing,  ///< there is no description; `detail` is its file name
+        DescriptionNotRead,  ///< it is there; `detail` are the system's words
         DescriptionDamaged,  ///< `detail` is the first key that is missing or makes no sense
         FileNotRead          ///< `detail` are the system's words
     };

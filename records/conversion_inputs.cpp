@@ -97,6 +97,10 @@ std::string missingInput(const ConversionInputs& inputs, const ExportFormat& for
     return {};
 }
 
+bool timeRunsOnOverGaps(const RecordedKeys& described, const ExportFormat& format) {
+    return described.triggered && format.hasTime();
+}
+
 bool lacksPacketFrequency(const RecordedKeys& described, const KnownInputs& known, const ExportFormat& format) {
     return described.packetMode && format.hasTime() && !known.packetFrequency && !known.frequency;
 }

@@ -62,6 +62,9 @@ struct KnownInputs {
 /// the conversion can begin. The frequency is needed for a time column alone, the ranges for volts alone.
 [[nodiscard]] std::string missingInput(const ConversionInputs& inputs, const ExportFormat& format);
 
+/// Whether the time column leaves out the time between records of synchronisation.
+[[nodiscard]] bool timeRunsOnOverGaps(const RecordedKeys& described, const ExportFormat& format);
+
 /// Whether the time column counts by the frequency of a channel because that of the packets is not known.
 [[nodiscard]] bool lacksPacketFrequency(const RecordedKeys& described, const KnownInputs& known,
                                         const ExportFormat& format);

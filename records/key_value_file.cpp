@@ -18,28 +18,6 @@ namespace {
 
 constexpr uint32_t kDefaultValuesPerLine = 4;
 
-/// Reads an open file to its end, whatever its size says by then; at most `limit` bytes.
-bool readWhole(File& file, uint64_t limit, std::string& contents) {
-    uint64_t size = 0;
-    if (!file.size(size).ok() || size > limit) {
-        return false;
-    }
-    contents.resize(static_cast<size_t>(size));
-    size_t filled = 0;
-    while (filled < contents.size()) {
-        size_t done = 0;
-        if (!file.read(contents.data() + filled, contents.size() - filled, done).ok()) {
-            return false;
-        }
-        if (done == 0) {
-            break;
-        }
-        filled += done;
-    }
-    contents.resize(filled);
-    return true;
-}
-
 template <typename Value>
 bool store(const std::optional<Value>& parsed, Value& value, Value defaultValue) {
     value = parsed.value_or(defaultValue);
@@ -63,17 +41,15 @@ KeyValueFile::KeyValueFile(uint32_t valuesPerLine) : valuesPerLine_(kDefaultValu
 bool KeyValueFile::openForReading(const std::string& fileName) {
     text_.clear();
     try {
-        File input;
         std::string contents;
-        if (!input.open(fileName, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok() ||
-            !readWhole(input, kMaximumSize, contents)) {
-            return false;
+        readError_ = readWholeFile(fileName, kMaximumSize, FileShare::ReadWrite, contents);
+        if (readError_.ok()) {
+            readText(contents);
         }
-        readText(contents);
-        return true;
     } catch (const std::bad_alloc&) {
-        return false;
+        readError_ = OsError::tooLarge();
     }
+    return readError_.ok();
 }
 
 void KeyValueFile::readText(std::string_view text) {

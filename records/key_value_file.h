@@ -20,9 +20,12 @@ public:
 
     explicit KeyValueFile(uint32_t valuesPerLine = 4);
 
-    /// Reads the whole file and normalises it; it is closed again at once. False when it can't be opened (exclusively)
-    /// or read, is larger than `kMaximumSize`, is a folder, or memory is short; nothing is held then.
+    /// Reads the whole file and normalises it; it is closed again at once. Others may have it open meanwhile. False
+    /// when it can't be opened or read, is larger than `kMaximumSize`, is a folder, or memory is short; nothing is held
+    /// then.
     bool openForReading(const std::string& fileName);
+    /// Why the last `openForReading` failed; ok when it didn't.
+    [[nodiscard]] const OsError& readError() const { return readError_; }
     /// Takes a text in place of a file's contents.
     void readText(std::string_view text);
     /// Makes the file anew, empty; others may read and write it meanwhile.
@@ -75,6 +78,7 @@ private:
     bool readArray(std::string_view key, std::span<Value> capacity, uint32_t& count, Parse parse) const;
 
     File output_;
+    OsError readError_;
     std::string text_;
     uint32_t valuesPerLine_;
     bool complete_ = true;  ///< every line so far reached the file

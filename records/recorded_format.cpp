@@ -60,6 +60,7 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
     KeyValueFile file;
     keys.readable = file.openForReading(descriptionFile);
     if (!keys.readable) {
+        keys.error = file.readError();
         return keys;
     }
     file.readString("DriverName", keys.driverName, {});
@@ -82,13 +83,19 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
     keys.packetMode = file.readInt32("PacketMode", packetMode, 0) && packetMode == 1;
     int32_t backward = 0;
     keys.backwardOrder = file.readInt32("BackwardOrder", backward, 0) && backward == 1;
+    int32_t synchro = 0;
+    keys.triggered = file.readInt32("SynchroEnable", synchro, 0) && synchro == 1;
     return keys;
 }
 
-bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format, std::string& missingKey) {
+bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format, std::string& missingKey,
+                        OsError* why) {
     missingKey.clear();
     RecordedKeys keys = readRecordedKeys(descriptionFile);
     if (!keys.readable) {
+        if (why != nullptr) {
+            *why = keys.error;
+        }
         return false;
     }
     if (!keys.layout) {

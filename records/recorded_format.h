@@ -24,6 +24,7 @@ struct RecordedFormat {
 /// Each key of a description by itself: what is missing or makes no sense is not there.
 struct RecordedKeys {
     bool readable = false;  ///< the file was there and could be read
+    OsError error;          ///< why it is not readable
     std::optional<SampleLayout> layout;
     std::optional<double> frequencyPerChannel;  ///< Hz
     std::optional<uint32_t> channelCount;
@@ -33,16 +34,18 @@ struct RecordedKeys {
     std::string driverName;
     bool packetMode = false;     ///< each frame was taken as a packet
     bool backwardOrder = false;  ///< frames hold the channels in reverse order
+    bool triggered = false;      ///< it holds records of synchronisation, one behind the other
 };
 
 /// Reads what can be read of a description, which may be damaged or missing.
 [[nodiscard]] RecordedKeys readRecordedKeys(const std::string& descriptionFile);
 
 /// Reads a description back. False when it can't be used: `missingKey` then names the first key that is missing or
-/// whose value makes no sense, or is empty when the file itself can't be read; `format` is left as it was.
+/// whose value makes no sense, or is empty when the file itself can't be read, for which `why` gets the reason;
+/// `format` is left as it was.
 /// A format that is given has 2 or 4 bytes a sample, shifts and bit counts within them, at least one channel, a range
 /// for each and a positive frequency. Fields of the digital port may be -1, undefined.
 [[nodiscard]] bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format,
-                                      std::string& missingKey);
+                                      std::string& missingKey, OsError* why = nullptr);
 
 }  // namespace tarno2

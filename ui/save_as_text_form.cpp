@@ -273,6 +273,9 @@ QString T_SaveAsTextForm::finishedText(const ConversionResult& result) const {
     if (lacksPacketFrequency(described_, source_.known, exportFormat(settings_))) {
         lines << uiText(TextId::PacketFrequencyUnknown);
     }
+    if (timeRunsOnOverGaps(described_, exportFormat(settings_))) {
+        lines << uiText(TextId::TriggeredTimeRunsOn);
+    }
     return lines.join(QStringLiteral("\n\n"));
 }
 
@@ -281,8 +284,13 @@ QString T_SaveAsTextForm::failureText(const ConversionResult& result) const {
     const QString why = QString::fromLocal8Bit(result.error.text());
     switch (result.status) {
         case ConversionResult::BadInput:
-            return described_.readable ? uiText(TextId::DescriptionKeyWrong, {fromFileName(source_.dataFile), file})
-                                       : uiText(TextId::DescriptionMissing, {fromFileName(source_.dataFile)});
+            if (described_.readable) {
+                return uiText(TextId::DescriptionKeyWrong, {fromFileName(source_.dataFile), file});
+            }
+            return described_.error.notFound() ? uiText(TextId::DescriptionMissing, {fromFileName(source_.dataFile)})
+                                               : uiText(TextId::RecordingNotRead,
+                                                        {fromFileName(RecordDescription::fileNameFor(source_.dataFile)),
+                                                         QString::fromLocal8Bit(described_.error.text())});
         case ConversionResult::CannotRead:
             return uiText(TextId::RecordingNotRead, {file, why});
         case ConversionResult::CannotCreate:

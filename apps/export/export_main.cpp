@@ -35,9 +35,14 @@ std::string optionsFor(const std::string& key) {
 }
 
 void complainOfInput(const std::string& key, const RecordedKeys& described, const std::string& description) {
-    complain(described.readable
-                 ? description + ": " + key + " is missing or does not fit; it can be given with " + optionsFor(key)
-                 : description + ": no description; " + key + " can be given with " + optionsFor(key));
+    const std::string options = key + " can be given with " + optionsFor(key);
+    if (described.readable) {
+        complain(description + ": " + key + " is missing or does not fit; it can be given with " + optionsFor(key));
+    } else if (described.error.notFound()) {
+        complain(description + ": no description; " + options);
+    } else {
+        complain(description + ": cannot be read: " + described.error.text() + "; " + options);
+    }
 }
 
 /// What is odd about the recording, but does not keep it from being converted.
@@ -46,6 +51,9 @@ void warn(const ConversionResult& result, const RecordedKeys& described, const E
         complain(
             "warning: the recording was taken in packets; without --packet-frequency the time counts by the "
             "frequency of a channel");
+    }
+    if (timeRunsOnOverGaps(described, options.format)) {
+        complain("warning: the recording holds triggered records; its time runs on without the gaps between them");
     }
     if (result.leftoverBytes != 0) {
         complain("warning: " + options.dataFile + ": " + std::to_string(result.leftoverBytes) +

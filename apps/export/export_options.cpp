@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "config/program_version.h"
 #include "records/export_names.h"
 #include "records/number_text.h"
 
@@ -32,6 +33,15 @@ struct RawOptions {
     bool unsignedCodes = false;
 };
 
+/// Takes whole numbers from 0 up. The library's own check names the largest number that there is, with all its digits.
+CLI::Validator count() {
+    return {[](std::string& text) {
+                const bool plain = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+                return plain ? std::string() : text + " is no whole number from 0 up";
+            },
+            ""};
+}
+
 void addFormatOptions(CLI::App& app, ExportOptions& options, RawOptions& raw) {
     ExportFormat& format = options.format;
     app.add_option("-o,--output", options.outputName, "Output file; without it RECORDING with .csv");
@@ -50,7 +60,7 @@ void addFormatOptions(CLI::App& app, ExportOptions& options, RawOptions& raw) {
         ->check(CLI::Range(uint32_t{1}, ExportFormat::kMaximumDividerCount));
     app.add_option("--max-lines", format.maximumLines,
                    "Lines of an output file, at least 100, before the next one begins; 0 for one file (0)")
-        ->check(CLI::NonNegativeNumber);
+        ->check(count());
 }
 
 void addInputOptions(CLI::App& app, KnownInputs& known, RawOptions& raw) {
@@ -58,19 +68,15 @@ void addInputOptions(CLI::App& app, KnownInputs& known, RawOptions& raw) {
     app.add_option("--width", known.bytesPerSample, "Bytes of a sample, 2 or 4")
         ->check(CLI::IsMember(std::vector<uint32_t>{2, 4}))
         ->group(group);
-    app.add_option("--channels", known.channelCount, "Channels in a frame")
-        ->check(CLI::NonNegativeNumber)
-        ->group(group);
+    app.add_option("--channels", known.channelCount, "Channels in a frame")->check(count())->group(group);
     app.add_option("--frequency", known.frequency, "Sampling frequency of one channel, Hz")->group(group);
     app.add_option("--packet-frequency", known.packetFrequency, "Frequency of the packets, Hz")->group(group);
     app.add_option("--range", raw.ranges, "Limits of a channel, V, for example 5:-5; once for all or once a channel")
         ->type_name("UPPER:LOWER")
         ->allow_extra_args(false)
         ->group(group);
-    app.add_option("--code-bits", known.codeBits, "Bits of a code")->check(CLI::NonNegativeNumber)->group(group);
-    app.add_option("--code-shift", known.codeShift, "Bits below the code in a sample")
-        ->check(CLI::NonNegativeNumber)
-        ->group(group);
+    app.add_option("--code-bits", known.codeBits, "Bits of a code")->check(count())->group(group);
+    app.add_option("--code-shift", known.codeShift, "Bits below the code in a sample")->check(count())->group(group);
     CLI::Option* const isSigned = app.add_flag("--signed", raw.signedCodes, "Codes have a sign")->group(group);
     app.add_flag("--unsigned", raw.unsignedCodes, "Codes have no sign")->excludes(isSigned)->group(group);
     app.add_option("--code-min", known.codeMinimum, "Code of the lower limit")->group(group);
@@ -78,11 +84,9 @@ void addInputOptions(CLI::App& app, KnownInputs& known, RawOptions& raw) {
     app.add_option("--digital-mask", raw.digitalMask, "Bits of the digital port in a frame's first sample, hexadecimal")
         ->type_name("HEX")
         ->group(group);
-    app.add_option("--digital-shift", known.digitalShift, "Bits below the port")
-        ->check(CLI::NonNegativeNumber)
-        ->group(group);
+    app.add_option("--digital-shift", known.digitalShift, "Bits below the port")->check(count())->group(group);
     app.add_option("--digital-lines", known.digitalLines, "Lines of the port; 0 for none")
-        ->check(CLI::NonNegativeNumber)
+        ->check(count())
         ->group(group);
 }
 
@@ -137,6 +141,7 @@ int parseExportOptions(int argc, const char* const* argv, ExportOptions& options
     app.footer(
         "A piece of a recording that was cut is converted like a recording of its own.\n"
         "Exit status: 0 done, 1 stopped, 2 bad use or bad input.");
+    app.set_version_flag("--version", "tarno2-export " + versionText());
     RawOptions raw;
     app.add_option("RECORDING", options.dataFile, "Data file; its description is looked for beside it")->required();
     addFormatOptions(app, options, raw);
@@ -146,8 +151,8 @@ int parseExportOptions(int argc, const char* const* argv, ExportOptions& options
         app.parse(argc, argv);
         finish(raw, options);
         return kGoOn;
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
+    } catch (const CLI::Success& answer) {
+        return app.exit(answer);
     } catch (const CLI::ParseError& error) {
         std::string line = error.what();
         std::replace(line.begin(), line.end(), '\n', ' ');

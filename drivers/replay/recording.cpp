@@ -87,8 +87,9 @@ bool openData(const std::string& path, Recording& recording, std::string& reason
     const std::string description = RecordDescription::fileNameFor(path);
     RecordedFormat format;
     std::string missing;
-    if (!readRecordedFormat(description, format, missing)) {
-        reason = missing.empty() ? description + " can't be read."
+    OsError why;
+    if (!readRecordedFormat(description, format, missing, &why)) {
+        reason = missing.empty() ? description + " can't be read: " + why.text()
                                  : description + " can't be used: " + missing + " is missing or makes no sense.";
         return false;
     }

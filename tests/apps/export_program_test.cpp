@@ -93,9 +93,20 @@ TEST_F(ExportProgram, NamesTheKeyThatIsDamagedAndWarnsOfWhatIsOdd) {
     EXPECT_THAT(convert({"--first-column", "seconds"}), HasSubstr("without --packet-frequency"));
     EXPECT_EQ(convert({"--first-column", "seconds", "--packet-frequency", "10", "--time-precision", "2"}), "");
     EXPECT_THAT(readFile(rig.file("run.csv")), HasSubstr("\r\n0.10\t"));
+    describe("SynchroEnable = 0", "SynchroEnable = 1");
+    EXPECT_EQ(convert({"--first-column", "samples"}), "");
+    EXPECT_THAT(convert({"--first-column", "clock", "--packet-frequency", "10"}),
+                HasSubstr("runs on without the gaps"));
     describe("Frequency = ", "Frequenzy = ");
     EXPECT_EQ(convert({"--first-column", "samples"}), "");
     EXPECT_THAT(convert({"--first-column", "clock"}, 2), HasSubstr("Frequency is missing"));
+}
+
+TEST_F(ExportProgram, TellsWhyADescriptionCanNotBeRead) {
+    rig.folder().write("run.dat", std::string(4, '\0'));
+    std::filesystem::create_directory(rig.file("run.txt"));
+    EXPECT_THAT(convert({}, 2),
+                testing::MatchesRegex(".*run.txt: cannot be read: [^;]+; DataFormat can be given with .*\n"));
 }
 
 TEST_F(ExportProgram, MakesOneEmptyFileOfARecordingWithoutFrames) {
@@ -125,12 +136,14 @@ TEST_F(ExportProgram, RefusesBadUseInOneLine) {
         {"--first-column", "years"}, {"--data", "amperes"},      {"--time-precision", "10"},
         {"--divider", "ab"},         {"--divider-count", "0"},   {"--divider-count", "100"},
         {"--max-lines", "-1"},       {"--width", "3"},           {"--range", "5"},
+        {"--channels", "-2"},        {"--code-shift", "x"},      {"--digital-lines", "-1"},
         {"--no-such-option"},        {"--signed", "--unsigned"}, {"second.dat"},
     };
     for (const auto& arguments : cases) {
         const std::string said = convert(arguments, 2);
         EXPECT_THAT(said, testing::StartsWith("tarno2-export: ")) << arguments.front();
         EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+        EXPECT_LT(said.size(), 120U) << said;
     }
     EXPECT_FALSE(rig.exists("run.csv"));
     EXPECT_THAT(rig.run("tarno2-export", {}, 2), HasSubstr("RECORDING is required"));

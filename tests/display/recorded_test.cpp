@@ -72,6 +72,11 @@ TEST(RecordedFrames, SayWhyTheyCannotBeOpened) {
     EXPECT_EQ(RecordedFrames::open(name, problem), nullptr);
     EXPECT_EQ(problem.kind, OpenProblem::DescriptionMissing);
     EXPECT_EQ(problem.detail, folder.file("r.txt"));
+    ASSERT_TRUE(createDirectory(folder.file("r.txt")).ok());
+    EXPECT_EQ(RecordedFrames::open(name, problem), nullptr);
+    EXPECT_EQ(problem.kind, OpenProblem::DescriptionNotRead);
+    EXPECT_NE(problem.detail, "");
+    ASSERT_TRUE(removeDirectory(folder.file("r.txt")).ok());
     std::string damaged = kDescription;
     damaged.replace(damaged.find("ChannelNumber"), 13, "ChannelCount_");
     folder.write("r.txt", damaged);

@@ -1,11 +1,14 @@
 #include "records/key_value_file.h"
 
 #include <array>
+#include <atomic>
 #include <clocale>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <thread>
+#include <vector>
 
 #include "tests/support/temporary_folder.h"
 
@@ -248,11 +251,29 @@ TEST(KeyValueFileReader, RefusesWhatIsNoFileOrTooLarge) {
     large += ' ';
     EXPECT_FALSE(file.openForReading(folder.write("large.txt", large)));
 
-    File holder;
-    ASSERT_TRUE(holder.open(good, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
-    EXPECT_FALSE(file.openForReading(good)) << "somebody else has it alone";
-    EXPECT_TRUE(holder.close().ok());
+    EXPECT_EQ(file.readError().text(), OsError::tooLarge().text());
+    EXPECT_FALSE(file.openForReading(folder.file("missing.txt")));
+    EXPECT_TRUE(file.readError().notFound());
     EXPECT_TRUE(file.openForReading(good));
+    EXPECT_TRUE(file.readError().ok());
+}
+
+TEST(KeyValueFileReader, ManyReadOneFileAtOnce) {
+    const TemporaryFolder folder;
+    const std::string name = folder.write("run.txt", "K = 5\r\n");
+    std::atomic<int> refused{0};
+    std::vector<std::thread> readers(8);
+    for (std::thread& reader : readers) {
+        reader = std::thread([&] {
+            for (int i = 0; i < 500; ++i) {
+                refused += KeyValueFile().openForReading(name) ? 0 : 1;
+            }
+        });
+    }
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+    EXPECT_EQ(refused, 0);
 }
 
 }  // namespace

@@ -222,17 +222,19 @@ TEST_F(SaveAsTextForm, SaysWhatIsWrong) {
     folder_.write("run.txt", std::string(size_t{21} << 20, ' '));
     open();
     save();
-    EXPECT_TRUE(report_.endsWith("has no description.")) << report_.toStdString();
+    EXPECT_TRUE(report_.contains("run.txt\" can not be read: ")) << report_.toStdString();
 }
 
 TEST_F(SaveAsTextForm, WarnsOfWhatIsOdd) {
     std::string description = readFile(folder_.file("run.txt"));
     description.replace(description.find("PacketMode = 0"), 14, "PacketMode = 1");
+    description.replace(description.find("SynchroEnable = 0"), 17, "SynchroEnable = 1");
     folder_.write("run.txt", description);
     settings_.firstColumnMode = 3;
     open(std::string(5, '\0'));
     save();
     EXPECT_TRUE(report_.contains(uiText(TextId::PacketFrequencyUnknown)));
+    EXPECT_TRUE(report_.contains(uiText(TextId::TriggeredTimeRunsOn)));
     EXPECT_TRUE(report_.contains("is incomplete")) << report_.toStdString();
     known_.packetFrequency = 4.0;
     open(std::string(4, '\0'));
