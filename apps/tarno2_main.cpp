@@ -13,13 +13,11 @@ int main(int argc, char** argv) {
     using namespace tarno2;
     selectLanguage(languageFromLocale());
     const CommandLine line = parseCommandLine(argumentText(argc, argv));
-    if (displayCanBeOpened()) {
+    if (line.mode != CommandLine::Version && displayCanBeOpened()) {
         return runWindowProgram(argv[0], line);
     }
-    if (line.mode == CommandLine::Mode::Console) {
-        runConsoleProgram(line.path);
-        return 0;
+    if (line.mode == CommandLine::Interactive) {
+        std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::NoDisplay)).c_str());
     }
-    std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::Usage)).c_str());
-    return 0;
+    return runWithoutWindow(line);
 }

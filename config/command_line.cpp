@@ -10,7 +10,7 @@ CommandLine parseCommandLine(std::string_view argumentText) {
     if (argumentText.starts_with("/c ") || argumentText.starts_with("/C ")) {
         return {CommandLine::Console, std::string(argumentText.substr(kSwitchLength))};
     }
-    return {CommandLine::Usage, {}};
+    return {argumentText == "--version" ? CommandLine::Version : CommandLine::Usage, {}};
 }
 
 }  // namespace tarno2

@@ -1,10 +1,14 @@
 #include "apps/console/console_program.h"
 
+#include <cstdio>
+
 #include "apps/console/console_session.h"
 #include "apps/console/stop_relay.h"
 #include "config/auto_settings.h"
 #include "config/console_log.h"
 #include "config/debug_log.h"
+#include "config/program_version.h"
+#include "language/language_table.h"
 #include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/termination.h"
@@ -31,6 +35,22 @@ void runConsoleProgram(const std::string& path) {
     }
     logConsoleExit();
     watcher.finished();
+}
+
+int runWithoutWindow(const CommandLine& line) {
+    switch (line.mode) {
+        case CommandLine::Console:
+            runConsoleProgram(line.path);
+            break;
+        case CommandLine::Version:
+            std::printf("Tarno2 %s\n", versionText().c_str());
+            break;
+        case CommandLine::Interactive:
+        case CommandLine::Usage:
+            std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::Usage)).c_str());
+            break;
+    }
+    return 0;
 }
 
 }  // namespace tarno2

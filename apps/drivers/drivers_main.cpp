@@ -2,6 +2,7 @@
 #include <iostream>
 #include <string>
 
+#include "config/program_version.h"
 #include "core/board_selection.h"
 #include "core/driver.h"
 #include "core/driver_catalogue.h"
@@ -81,6 +82,7 @@ int main(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     CLI::App app{"Lists, installs and removes the board drivers of Tarno2."};
     app.footer("Exit status: 0 done, 1 a driver does not load or the change failed, 2 bad use.");
+    app.set_version_flag("--version", "tarno2-drivers " + versionText());
     app.require_subcommand(1);
     std::string name;
     std::string library;

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "config/program_version.h"
 #include "core/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
@@ -79,6 +80,7 @@ int main(int argc, char** argv) {
     app.footer(
         "Recordings that a program still writes are left alone, and so are those whose journal is damaged.\n"
         "Exit status: 0 done, also when there was nothing to do; 1 something was left as it is; 2 bad use.");
+    app.set_version_flag("--version", "tarno2-recover " + versionText());
     std::string path;
     app.add_option("FILE-OR-FOLDER", path,
                    "A file of the recording (data, piece, description or journal), or a folder with recordings")

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
+#include "config/program_version.h"
 #include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
 
@@ -21,9 +22,20 @@ TEST(CommandLine, ThatIsWrongSaysHowToUseTheProgram) {
         const std::vector<std::vector<std::string>> lines = {
             {}, {"/?"}, {"/c"}, {"/cauto.txt"}, {"-c", "auto.txt"}, {"auto.txt"}};
         for (const auto& line : lines) {
-            EXPECT_THAT(rig.run(program, line), HasSubstr("Usage program: \n1:    Tarno2.exe /? - This screen.\n"));
+            const std::string said = rig.run(program, line);
+            EXPECT_THAT(said, HasSubstr("Usage program: \n1:    Tarno2.exe /? - This screen.\n"));
+            EXPECT_EQ(said.starts_with("Tarno2 can not open a display"), line.empty() && program == "Tarno2") << said;
         }
         EXPECT_FALSE(rig.exists("AutoLog.txt"));
+    }
+}
+
+TEST(CommandLine, TellsTheVersion) {
+    const RecordingRig rig;
+    for (const std::string program :
+         {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-console", "Tarno2"}) {
+        const std::string name = program == "tarno2-console" ? "Tarno2" : program;
+        EXPECT_EQ(rig.run(program, {"--version"}), name + ' ' + versionText() + '\n');
     }
 }
 

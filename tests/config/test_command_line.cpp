@@ -21,6 +21,8 @@ TEST(CommandLine, ModeAndPath) {
         {"/cauto.cfg", CommandLine::Usage, ""},
         {" /c auto.cfg", CommandLine::Usage, ""},
         {"/?", CommandLine::Usage, ""},
+        {"--version", CommandLine::Version, ""},
+        {"--version ", CommandLine::Usage, ""},
         {"auto.cfg", CommandLine::Usage, ""},
     };
     for (const auto& c : cases) {
