@@ -1,6 +1,7 @@
 #include "display/overview.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -27,8 +28,10 @@ uint64_t entriesOf(uint64_t frames, uint64_t framesPerEntry) {
 }
 
 uint64_t finestFrames(uint64_t frames, size_t entryBytes, size_t bytes) {
+    // At least one entry, however wide it is.
+    const uint64_t most = bytes / entryBytes * (ExtremesLevels::kRatio - 1) / ExtremesLevels::kRatio;
     uint64_t finest = kFinestFrames;
-    while (entriesOf(frames, finest) > bytes / entryBytes * (ExtremesLevels::kRatio - 1) / ExtremesLevels::kRatio) {
+    while (entriesOf(frames, finest) > std::max<uint64_t>(most, 1)) {
         finest *= 2;
     }
     return finest;
@@ -119,8 +122,12 @@ bool Overview::failed() const {
 }
 
 void Overview::Parts::run() {
-    takeSamples();
-    readAll();
+    try {
+        takeSamples();
+        readAll();
+    } catch (const std::bad_alloc&) {
+        failed.store(true, std::memory_order_release);
+    }
     if (!stop) {
         levels.finish();
         complete.store(true, std::memory_order_release);

@@ -70,11 +70,26 @@ OpenProblem RecordedFrames::addPiece(const std::string& dataFile) {
     if (bytes % frameBytes() != 0) {
         cutFiles_.push_back(dataFile);
     }
+    if (pieces_.size() >= kMostOpenFiles) {
+        piece.file.close();
+    }
+    piece.name = dataFile;
     piece.firstFrame = frameCount_;
     piece.frames = bytes / frameBytes();
     frameCount_ += piece.frames;
     pieces_.push_back(std::move(piece));
     return {};
+}
+
+File& RecordedFrames::fileOf(Piece& piece) {
+    if (piece.file.isOpen()) {
+        return piece.file;
+    }
+    if (passingPiece_ != &piece) {
+        const OsError error = passing_.open(piece.name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+        passingPiece_ = error.ok() ? &piece : nullptr;
+    }
+    return passing_;
 }
 
 uint64_t RecordedFrames::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
@@ -87,8 +102,9 @@ uint64_t RecordedFrames::read(uint64_t firstFrame, uint64_t count, std::byte* ou
         const uint64_t inside = firstFrame + read - piece->firstFrame;
         const uint64_t wanted = std::min(count - read, piece->frames - std::min(inside, piece->frames));
         size_t done = 0;
-        if (wanted > 0 && (!piece->file.seek(inside * frame).ok() ||
-                           !piece->file.read(out + read * frame, wanted * frame, done).ok())) {
+        File& file = fileOf(*piece);
+        if (wanted > 0 && (!file.isOpen() || !file.seek(inside * frame).ok() ||
+                           !file.read(out + read * frame, wanted * frame, done).ok())) {
             break;
         }
         read += done / frame;

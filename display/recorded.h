@@ -45,20 +45,28 @@ public:
     [[nodiscard]] uint64_t read(uint64_t firstFrame, uint64_t count, std::byte* out) override;
 
 private:
+    /// Files that stay open; those of a longer series are opened when they are read, so that a recording that runs
+    /// beside it finds enough of the system's handles.
+    static constexpr size_t kMostOpenFiles = 64;
+
     struct Piece {
-        File file;
+        std::string name;
+        File file;  ///< closed beyond `kMostOpenFiles`
         uint64_t firstFrame = 0;
         uint64_t frames = 0;
     };
 
     RecordedFrames() = default;
     [[nodiscard]] OpenProblem addPiece(const std::string& dataFile);
+    [[nodiscard]] File& fileOf(Piece& piece);
 
     RecordedFormat recorded_;
     SignalFormat format_;
     std::vector<Piece> pieces_;
     std::vector<std::string> cutFiles_;
     uint64_t frameCount_ = 0;
+    File passing_;  ///< of the piece that was read last, beyond those that stay open
+    const Piece* passingPiece_ = nullptr;
     std::mutex mutex_;
 };
 

@@ -13,8 +13,7 @@ namespace tarno2 {
 
 /// What the conversion to text has to know of a data file.
 struct ConversionInputs {
-    /// The most channels that a frame may have.
-    static constexpr uint32_t kMostChannels = 4096;
+    static constexpr uint32_t kMostChannels = RecordedFormat::kMostChannels;
 
     uint32_t bytesPerSample = 0;  ///< 2 or 4
     uint32_t channelCount = 0;    ///< samples in a frame

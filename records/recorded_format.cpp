@@ -34,6 +34,10 @@ bool readLayout(const KeyValueFile& file, SampleLayout& layout) {
     return true;
 }
 
+bool codeFits(const SampleLayout& layout) {
+    return layout.analogShift + layout.analogBits <= layout.bytesPerSample * kBitsPerByte;
+}
+
 /// The channel limits; nothing when one of them is no finite number or a channel has but one.
 std::optional<std::vector<std::pair<double, double>>> readRanges(const KeyValueFile& file) {
     // Counted first: how much memory is taken depends on what the file really holds.
@@ -98,13 +102,13 @@ bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& form
         }
         return false;
     }
-    if (!keys.layout) {
+    if (!keys.layout || !codeFits(*keys.layout)) {
         missingKey = "DataFormat";
     } else if (!keys.frequencyPerChannel) {
         missingKey = "Frequency";
     } else if (!keys.frames) {
         missingKey = "DataCountPerChannel";
-    } else if (!keys.channelCount) {
+    } else if (!keys.channelCount || *keys.channelCount > RecordedFormat::kMostChannels) {
         missingKey = "ChannelNumber";
     } else if (!keys.ranges || keys.ranges->size() != *keys.channelCount) {
         missingKey = "ChannelsRange";

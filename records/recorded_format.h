@@ -12,6 +12,9 @@ namespace tarno2 {
 
 /// What a data file's description tells of its samples.
 struct RecordedFormat {
+    /// The most channels that a frame may have.
+    static constexpr uint32_t kMostChannels = 4096;
+
     SampleLayout layout;
     double frequencyPerChannel = 0.0;  ///< Hz
     uint32_t channelCount = 0;
@@ -43,8 +46,8 @@ struct RecordedKeys {
 /// Reads a description back. False when it can't be used: `missingKey` then names the first key that is missing or
 /// whose value makes no sense, or is empty when the file itself can't be read, for which `why` gets the reason;
 /// `format` is left as it was.
-/// A format that is given has 2 or 4 bytes a sample, shifts and bit counts within them, at least one channel, a range
-/// for each and a positive frequency. Fields of the digital port may be -1, undefined.
+/// A format that is given has 2 or 4 bytes a sample, a code and shifts within them, 1 to `kMostChannels` channels, a
+/// range for each and a positive frequency. Fields of the digital port may be -1, undefined.
 [[nodiscard]] bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& format,
                                       std::string& missingKey, OsError* why = nullptr);
 

@@ -341,21 +341,26 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
     for (const std::string& name : frames->cutFiles()) {
         emit message(uiText(TextId::LastFrameIncomplete, {fromFileName(name)}));
     }
+    bool opened = false;
     guarded("openRecording", [&] {
         // Told on the thread that reads the file.
         const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
-        auto opened = std::make_unique<RecordedSignal>(std::move(frames), progress);
+        auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
         if (drawing_) {
             drawing_->clear();
             drawing_->reset();
         }
-        file_ = std::move(opened);
+        file_ = std::move(signal);
+        opened = true;
         tap_.setWatched(false);
         position_ = 0.0;
         fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
         userChanged();
     });
-    return file_ != nullptr;
+    if (!opened) {
+        openProblem(dataFile, {});
+    }
+    return opened;
 }
 
 void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& problem) {
@@ -368,8 +373,11 @@ void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& pro
         case OpenProblem::DescriptionDamaged:
             emit message(uiText(TextId::DescriptionKeyWrong, {name, detail}));
             break;
-        default:
+        case OpenProblem::FileNotRead:
             emit message(uiText(TextId::RecordingNotRead, {name, detail}));
+            break;
+        case OpenProblem::None:  // it was thrown that there is no memory
+            emit message(uiText(TextId::RecordingNotRead, {name, uiText(TextId::NotEnoughMemory)}));
             break;
     }
 }

@@ -94,6 +94,62 @@ TEST(RecordedFrames, SayWhyTheyCannotBeOpened) {
     EXPECT_EQ(empty->frameCount(), 0U);
 }
 
+std::string describedChannels(size_t count) {
+    std::string ranges;
+    for (size_t i = 0; i < count; ++i) {
+        ranges += i == 0 ? "5.0 , -5.0" : " , 5.0 , -5.0";
+    }
+    return "DataFormat = 2 , 0 , 65535 , 16 , 0 , 0 , 0 , 1 \r\nFrequency = 1000.0\r\nDataCountPerChannel = 1\r\n"
+           "ChannelNumber = " +
+           std::to_string(count) + "\r\nChannelsRange = " + ranges + "\r\n";
+}
+
+TEST(RecordedFrames, HaveTheLimitsOfTheConversionToText) {
+    const TemporaryFolder folder;
+    std::string layout = kDescription;
+    layout.replace(layout.find("2 , 0 , 65535"), 13, "2 , 1 , 65535");
+    const struct {
+        std::string description;
+        const char* key;
+    } cases[] = {{describedChannels(4096), ""}, {describedChannels(4097), "ChannelNumber"}, {layout, "DataFormat"}};
+    for (const auto& [description, key] : cases) {
+        SCOPED_TRACE(key);
+        folder.write("r.txt", description);
+        const std::string name = folder.write("r.dat", std::string(3 * 4096 * 2, '\1'));
+        OpenProblem problem;
+        const auto recording = RecordedFrames::open(name, problem);
+        EXPECT_EQ(problem.detail, key);
+        ASSERT_EQ(recording != nullptr, problem.kind == OpenProblem::None);
+        if (recording) {
+            // However little memory there is for it, there is an entry.
+            Overview overview(*recording, recording->format(), {}, 1);
+            EXPECT_EQ(overview.frameCount(), 3U);
+        }
+    }
+}
+
+TEST(RecordedFrames, FarPiecesAreOpenedWhenTheyAreRead) {
+    const TemporaryFolder folder;
+    constexpr int16_t kPieces = 70;
+    std::vector<int16_t> samples;
+    std::string first;
+    for (int16_t i = 0; i < kPieces; ++i) {
+        const std::string base = i == 0 ? "r" : "r_" + std::to_string(i);
+        folder.write(base + ".txt", kDescription);
+        const std::string name = folder.write(base + ".dat", text({i, i}));
+        first = i == 0 ? name : first;
+        samples.insert(samples.end(), {i, i});
+    }
+    OpenProblem problem;
+    const auto recording = RecordedFrames::open(first, problem);
+    ASSERT_NE(recording, nullptr);
+    EXPECT_EQ(recording->pieceCount(), 70U);
+    EXPECT_EQ(readAll(*recording, 0, kPieces), samples);
+    ASSERT_TRUE(removeFile(folder.file("r_68.dat")).ok());
+    EXPECT_THAT(readAll(*recording, 67, 3), ElementsAre(67, 67));
+    EXPECT_THAT(readAll(*recording, 69, 1), ElementsAre(69, 69));
+}
+
 TEST(RecordedFormat, TellsWhereTheLinesLie) {
     RecordedFormat recorded;
     recorded.ranges = {{5.0, -5.0}};

@@ -268,7 +268,8 @@ TEST(RecordedFormat, NamesWhatIsMissingOrDamaged) {
         {"DataCountPerChannel =", "DataCountPerChannel = ;", "DataCountPerChannel"},
         {"ChannelNumber = 2", "ChannelNumber = 0", "ChannelNumber"},
         {"ChannelNumber = 2", "ChannelNumber = 4294967297", "ChannelNumber"},
-        {"ChannelNumber = 2", "ChannelNumber = 4294967295", "ChannelsRange"},
+        {"ChannelNumber = 2", "ChannelNumber = 4294967295", "ChannelNumber"},
+        {"ChannelNumber = 2", "ChannelNumber = 4096", "ChannelsRange"},
         {"-0.500000", "", "ChannelsRange"},
         {"-0.500000", "nan", "ChannelsRange"},
     };
