@@ -1,6 +1,5 @@
 #include "ui/channel_model.h"
 
-#include <QIcon>
 #include <QPainter>
 #include <QPixmap>
 #include <algorithm>
@@ -19,7 +18,7 @@ constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber, Te
                                  TextId::ColumnMinimum, TextId::ColumnMaximum};
 
 /// A swatch that keeps its colour in a marked row, with a frame that tells it from any ground.
-QIcon swatch(int32_t color) {
+QIcon makeSwatch(int32_t color) {
     constexpr int kSize = 16;
     QPixmap pixmap(kSize, kSize);
     pixmap.fill(Qt::black);
@@ -38,6 +37,15 @@ int decimalsFor(double limit) {
 }
 
 }  // namespace
+
+const QIcon& ChannelModel::swatch(int row) const {
+    Swatch& kept = swatches_[static_cast<size_t>(row)];
+    const int32_t color = channel(row).color;
+    if (kept.icon.isNull() || kept.color != color) {
+        kept = {color, makeSwatch(color)};
+    }
+    return kept.icon;
+}
 
 void ChannelModel::load(const ProgramSettings& settings) {
     channels_ = settings.channels;
@@ -213,7 +221,7 @@ QVariant ChannelModel::data(const QModelIndex& index, int role) const {
         case Qt::CheckStateRole:
             return column == Active ? QVariant(channel(row).active ? Qt::Checked : Qt::Unchecked) : QVariant();
         case Qt::DecorationRole:
-            return column == Color ? QVariant(swatch(channel(row).color)) : QVariant();
+            return column == Color ? QVariant(swatch(row)) : QVariant();
         case Qt::EditRole:
             return column == Gain ? QVariant(gainOf(row)) : QVariant();
         case Qt::TextAlignmentRole:

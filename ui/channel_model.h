@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QIcon>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -64,6 +65,12 @@ private:
         double minimum = 0.0;
         double maximum = 0.0;
     };
+    /// A small picture of a channel's colour, made when it is first asked for.
+    struct Swatch {
+        int32_t color = 0;
+        QIcon icon;
+    };
+    [[nodiscard]] const QIcon& swatch(int row) const;
     [[nodiscard]] QString cellText(int row, int column) const;
     [[nodiscard]] QString voltage(double volts, int row) const;
     void takeRange(int row);
@@ -72,6 +79,7 @@ private:
     std::array<ChannelSettings, kMaximumChannelCount> channels_{};
     std::array<double, kMaximumChannelCount> limits_{};  ///< volts; 0: not known
     std::array<Reading, kMaximumChannelCount> readings_{};
+    mutable std::array<Swatch, kMaximumChannelCount> swatches_;
     std::vector<int32_t> gains_;
     RangeOf rangeOf_;
     int rows_ = 0;
