@@ -6,8 +6,9 @@ export DEBIAN_FRONTEND=noninteractive
 
 # Packages by purpose, for Debian 12.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev qt6-base-dev libqcustomplot-dev)
-# alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format.
-TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales)
+# alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
+# display that goes away.
+TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix wine wine64)
 # The packages for Windows, and a display on which the installed program is tried.

@@ -1,6 +1,7 @@
 #include "ui/main_form.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDockWidget>
 #include <QPushButton>
 #include <QSplitter>
@@ -8,6 +9,9 @@
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/clock.h"
 #include "platform/paths.h"
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
@@ -28,6 +32,7 @@ namespace tarno2 {
 namespace {
 
 constexpr int kRefreshPeriodMs = 100;
+constexpr uint32_t kDisplaylessPeriodMs = 20;
 
 }  // namespace
 
@@ -181,7 +186,28 @@ void T_MainForm::closeEvent(QCloseEvent* event) {
 
 void T_MainForm::requestEnd() {
     ending_ = true;
-    close();
+    if (displayGone_) {
+        QCloseEvent event;
+        closeEvent(&event);
+    } else {
+        close();
+    }
+}
+
+// The toolkit's loop needs the display. Everything that keeps a recording going is posted to the form, and its timer
+// goes by a clock.
+void T_MainForm::runWithoutDisplay() {
+    displayGone_ = true;
+    guarded("DisplayGone",
+            [this] { showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str())); });
+    if (!consoleMode()) {
+        requestEnd();  // nobody could end it any more
+    }
+    while (!closed_) {
+        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+        guarded("StopTimer", [this] { timerTick(); });
+        sleepMilliseconds(kDisplaylessPeriodMs);
+    }
 }
 
 void T_MainForm::logException(const char* name, const char* what) noexcept {

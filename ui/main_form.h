@@ -60,6 +60,9 @@ public:
     void present();
     /// The system or a signal asks the program to end: stops the recording without a question and closes.
     void requestEnd();
+    /// To be called when the toolkit's display is gone: the recording in console mode goes on to its end, another one
+    /// is ended. Returns when the form is closed; nothing of the toolkit may be used afterwards.
+    void runWithoutDisplay();
 
     [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
     [[nodiscard]] RecordingControl& control() { return control_; }
@@ -206,6 +209,7 @@ private:
     QElapsedTimer diskClock_;  ///< since the free space was looked at
     bool ending_ = false;      ///< closes without a question
     bool closed_ = false;
+    bool displayGone_ = false;
 
     StateStrip* strip_ = nullptr;
     PanelStack* panels_ = nullptr;

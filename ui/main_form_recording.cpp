@@ -320,13 +320,7 @@ void T_MainForm::timerTick() {
 }
 
 void T_MainForm::quit() {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            ending_ = true;
-            close();
-        },
-        Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &T_MainForm::requestEnd, Qt::QueuedConnection);
 }
 
 void T_MainForm::updateState() {

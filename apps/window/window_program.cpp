@@ -2,11 +2,15 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QThread>
 #include <QWindow>
 #include <array>
+#include <cstdlib>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "apps/console/console_program.h"
 #include "apps/console/stop_relay.h"
@@ -41,18 +45,64 @@ public:
     }
 };
 
+/// Takes the place of the end of the program that the toolkit brings about when its display goes away.
+class DisplayWatch {
+public:
+    /// One at a time. `goOn` is called on the window's thread, in the midst of the toolkit's loop, which it never goes
+    /// back to.
+    explicit DisplayWatch(std::function<void()> goOn) {
+        action() = std::move(goOn);
+        next() = qInstallMessageHandler(takeMessage);
+        std::atexit(takeOver);
+    }
+    ~DisplayWatch() {
+        qInstallMessageHandler(next());
+        action() = {};
+    }
+    DisplayWatch(const DisplayWatch&) = delete;
+    DisplayWatch& operator=(const DisplayWatch&) = delete;
+
+private:
+    static std::function<void()>& action() {
+        static std::function<void()> goOn;
+        return goOn;
+    }
+    static QtMessageHandler& next() {
+        static QtMessageHandler handler = nullptr;
+        return handler;
+    }
+    static void takeOver() {
+        if (const auto goOn = std::exchange(action(), {})) {
+            goOn();
+        }
+    }
+    // The toolkit's last words: some of its platforms end the program in a way that nothing else can notice.
+    static void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+        next()(type, context, message);
+        const bool gone = message.contains(QLatin1String("connection broke")) ||
+                          message.contains(QLatin1String("connection experienced a fatal error"));
+        if (gone && QThread::currentThread() == QCoreApplication::instance()->thread()) {
+            takeOver();
+        }
+    }
+};
+
 void runForm(std::optional<AutoSettings> console, StopRelay& relay) {
     try {
         T_MainForm form(programDirectory(), std::move(console));
+        const DisplayWatch display([&form] {
+            form.runWithoutDisplay();
+            logConsoleExit();
+            std::_Exit(0);
+        });
         QObject::connect(&form, &T_MainForm::closed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
         QObject::connect(
             qApp, &QGuiApplication::commitDataRequest, &form, [&form] { form.requestEnd(); }, Qt::DirectConnection);
-        relay.attach([&form] { QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection); });
+        const StopRelay::Attached attached(
+            relay, [&form] { QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection); });
         form.present();
         QApplication::exec();
-        relay.detach();
     } catch (const std::exception& error) {
-        relay.detach();
         DEBUG_LOG("!!!! Exception: %s", error.what());
         exitWithCriticalError(kWindowNotMade);
     }

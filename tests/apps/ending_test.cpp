@@ -5,6 +5,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 
+#include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
 
@@ -210,6 +211,50 @@ TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
         EXPECT_GT(samples * 2, kMebibyte);
         EXPECT_EQ(samples % 7, 0U);
     }
+}
+
+TEST(SizeLimitOfTheSystem, EndsARecordingAsAFullDiskDoes) {
+    if (kPathSeparator == '\\') {
+        GTEST_SKIP() << "there is no such limit on Windows";
+    }
+    const ScopedEnvironment screen("QT_QPA_PLATFORM", "offscreen");
+    for (const char* program : {"tarno2-console", "Tarno2"}) {
+        SCOPED_TRACE(program);
+        const RecordingRig rig;
+        Wish wish;
+        wish.channels = 7;
+        wish.frequency = 7e6;
+        wish.bytes = 64 * kMebibyte;
+        // Blocks of 512 bytes, of 1024 in some shells.
+        auto process = rig.startAfter("ulimit -f 4096", wish, "Signal=Counter", program);
+        EXPECT_EQ(process->waitForEnd(kGuard), 0) << readFile(rig.file("output.txt"));
+        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By error\r\n"), HasSubstr("\r\nProgram exit at ")));
+        const uint64_t samples = checkRecording(rig.pieces(), {.channels = 7, .frequencyPerChannel = 1e6});
+        EXPECT_GT(samples * 2, 2 * kMebibyte - 14);
+        EXPECT_EQ(samples % 7, 0U);
+    }
+}
+
+TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
+    const RecordingRig rig;
+    ChildProcess server("/usr/bin/Xvfb", {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp"},
+                        rig.file("display.txt"));
+    if (!fileExists("/usr/bin/Xvfb")) {
+        GTEST_SKIP() << "there is no X server without a screen here";
+    }
+    const auto number = [&rig] { return readFile(rig.file("display.txt")); };
+    ASSERT_TRUE(waitUntil([&] { return number().ends_with('\n'); }));
+    const ScopedEnvironment display("DISPLAY", ':' + number().substr(0, number().find('\n')));
+    const ScopedEnvironment platform("QT_QPA_PLATFORM", "xcb");
+    Wish wish = endlessRecording();
+    wish.seconds = 3.0;
+    auto process = rig.start(wish, "Signal=Counter", "Tarno2");
+    ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
+    server.kill();
+    EXPECT_EQ(process->waitForEnd(kGuard), 0) << readFile(rig.file("output.txt"));
+    EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nAttention: The display is gone."),
+                                     HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
+    EXPECT_GE(checkRecording(rig.pieces(), kEndless), 11'000'000U);
 }
 
 }  // namespace

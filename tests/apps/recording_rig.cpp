@@ -66,6 +66,15 @@ std::unique_ptr<ChildProcess> RecordingRig::start(const Wish& wish, const std::s
                                           file("output.txt"));
 }
 
+std::unique_ptr<ChildProcess> RecordingRig::startAfter(const std::string& commands, const Wish& wish,
+                                                       const std::string& simulator, const std::string& program) const {
+    const ScopedEnvironment home("TARNO2_HOME", path());
+    const ScopedEnvironment settings("TARNO2_SIMULATOR", simulator);
+    const std::string line = commands + "; exec \"$0\" /c \"$1\"";
+    return std::make_unique<ChildProcess>(
+        "/bin/sh", std::vector<std::string>{"-c", line, builtFile(program), writeSettings(wish)}, file("output.txt"));
+}
+
 void RecordingRig::record(const Wish& wish, const std::string& simulator) const {
     EXPECT_EQ(start(wish, simulator)->waitForEnd(kGuard), 0) << readFile(file("output.txt"));
 }

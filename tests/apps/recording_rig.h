@@ -37,6 +37,10 @@ public:
     /// TARNO2_SIMULATOR.
     [[nodiscard]] std::unique_ptr<ChildProcess> start(const Wish& wish, const std::string& simulator,
                                                       const std::string& program = "tarno2-console") const;
+    /// Likewise, by a shell (not on Windows) that runs these commands before it becomes the program.
+    [[nodiscard]] std::unique_ptr<ChildProcess> startAfter(const std::string& commands, const Wish& wish,
+                                                           const std::string& simulator,
+                                                           const std::string& program = "tarno2-console") const;
     /// Records until the program ends by itself, which has to be with status 0.
     void record(const Wish& wish, const std::string& simulator = "RealTime=0;Signal=Counter") const;
     /// Runs a program of the build with these arguments to its end; returns what it printed, with LF as line end.
