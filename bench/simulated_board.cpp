@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "bench/stopwatch.h"
@@ -20,6 +21,7 @@ namespace tarno2::bench {
 namespace {
 
 constexpr uint32_t kWideBoard = 2;
+constexpr uint64_t kLargestBuffer = uint64_t{256} << 20;
 
 void require(bool done, const std::string& what) {
     if (!done) {
@@ -166,6 +168,35 @@ double SimulatedBoard::stream(uint64_t bytes, Take take) {
     }
     driver_.stop();
     return watch.seconds();
+}
+
+double SimulatedBoard::start(const std::string& file) {
+    LastWord lastWord;
+    RecordDescription description;
+    WriterSetup setup;
+    setup.fileName = file;
+    setup.bufferBytes = kLargestBuffer;
+    setup.keepDiskMargin = true;
+    const Stopwatch watch;
+    T_BOARD board(driver_, 1, complain);
+    require(board.ready(), "no memory for a session");
+    board.settings = settings_;
+    require(board.StartThread(&lastWord, {}), "the session does not start");
+    std::string missing;
+    require(calculateStaticParameters(driver_, board, setup.facts, missing), "the driver does not tell " + missing);
+    setup.sampleWidth = driver_.facts().sampleWidth();
+    setup.channelCount = settings_.channelCount();
+    setup.bytesPerSecond = board.sampleRate() * setup.sampleWidth;
+    require(board.writer().open(setup, description) == 0, setup.fileName + ": " + board.writer().openError());
+    board.Begin();
+    while (!board.dataBegun()) {
+        std::this_thread::yield();
+    }
+    const double seconds = watch.seconds();
+    board.requestStop();
+    static_cast<void>(lastWord.wait());
+    board.endThread();
+    return seconds;
 }
 
 double SimulatedBoard::fetchAndWrite(const std::string& file, uint64_t bytes) {

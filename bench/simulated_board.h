@@ -49,6 +49,9 @@ public:
     [[nodiscard]] RecordedRun run(WriterSetup setup, LiveTap* tap = nullptr);
     /// One by size that ends as it should. Seconds.
     [[nodiscard]] double record(const std::string& file, uint64_t bytes, LiveTap* tap = nullptr);
+    /// From pressing start until the board has put its first samples into its ring; the recording is then ended.
+    /// Seconds.
+    [[nodiscard]] double start(const std::string& file);
     /// The least that a host can do: fetches half after half and writes each with one call. Seconds.
     [[nodiscard]] double fetchAndWrite(const std::string& file, uint64_t bytes);
     /// Fetches half after half and writes nothing: what the board itself can give. Seconds.

@@ -3,33 +3,86 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <thread>
 
 namespace tarno2 {
 
+namespace {
+
+constexpr size_t kMostMakers = 4;
+
+}  // namespace
+
+CachePool::~CachePool() {
+    planned_ = 0;
+    makers_.clear();
+}
+
 size_t CachePool::reserve(size_t caches) {
+    makers_.clear();
     try {
-        caches_.reserve(caches);
-        while (caches_.size() < caches) {
-            // Set to zero, for memory that was never touched may turn out not to exist.
-            std::unique_ptr<std::byte[]> cache(new (std::nothrow) std::byte[kCacheBytes]());
-            if (cache == nullptr) {
-                break;
-            }
-            caches_.push_back(std::move(cache));
-        }
-        free_.reserve(caches_.size());
-        places_ = std::make_unique<std::atomic<std::byte*>[]>(caches_.size());
+        plan(caches);
     } catch (const std::bad_alloc&) {
-        caches_.clear();
+        planned_ = 0;
     }
-    free_.clear();
-    for (const auto& cache : caches_) {
-        free_.push_back(cache.get());
+    const size_t atOnce = std::min(taken_ + kReadyAtOnce, planned_.load());
+    nextToMake_ = atOnce;
+    for (size_t cache = taken_; cache < atOnce; ++cache) {
+        makeReady(cache);
     }
-    return filledEvent_.valid() && emptiedEvent_.valid() ? caches_.size() : 0;
+    collectFree();
+    for (Thread& maker : makers_) {
+        if (!maker.create([this] { makeOthersReady(); })) {
+            makeOthersReady();
+            break;
+        }
+        maker.resume();
+    }
+    return filledEvent_.valid() && emptiedEvent_.valid() ? planned_.load() : 0;
+}
+
+// Finds places for the caches that there are to be beyond those that there are.
+void CachePool::plan(size_t caches) {
+    size_t missing = caches - std::min(caches, planned_.load());
+    caches_.resize(planned_);
+    caches_.reserve(caches);
+    while (missing > 0 && !blocks_.emplace_back().reserve(missing * kCacheBytes)) {
+        blocks_.pop_back();
+        missing /= 2;
+    }
+    for (size_t i = 0; i < missing; ++i) {
+        caches_.push_back({&blocks_.back(), i * kCacheBytes});
+    }
+    ready_ = std::make_unique<std::atomic<bool>[]>(caches_.size());
+    places_ = std::make_unique<std::atomic<std::byte*>[]>(caches_.size());
+    free_.reserve(caches_.size());
+    planned_ = caches_.size();
+    if (planned_ > taken_ + kReadyAtOnce) {
+        makers_.resize(std::clamp<size_t>(std::thread::hardware_concurrency(), 1, kMostMakers));
+    }
+}
+
+void CachePool::makeReady(size_t cache) {
+    if (caches_[cache].block->makeReady(caches_[cache].offset, kCacheBytes)) {
+        ready_[cache].store(true, std::memory_order_release);
+        emptiedEvent_.set();
+        return;
+    }
+    size_t planned = planned_;
+    while (planned > cache && !planned_.compare_exchange_weak(planned, cache)) {
+    }
+}
+
+void CachePool::makeOthersReady() {
+    for (size_t cache = nextToMake_++; cache < planned_; cache = nextToMake_++) {
+        makeReady(cache);
+    }
 }
 
 void CachePool::collectFree() {
+    for (; taken_ < caches_.size() && ready_[taken_].load(std::memory_order_acquire); ++taken_) {
+        free_.insert(free_.begin(), caches_[taken_].data());
+    }
     const uint64_t end = givenBack_.load(std::memory_order_acquire);
     for (; collected_ < end; ++collected_) {
         free_.push_back(place(collected_).load(std::memory_order_relaxed));

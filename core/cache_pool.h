@@ -3,12 +3,15 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <memory>
 #include <span>
 #include <vector>
 
 #include "platform/event.h"
+#include "platform/memory.h"
+#include "platform/thread.h"
 
 namespace tarno2 {
 
@@ -17,15 +20,23 @@ namespace tarno2 {
 /// every cache holds what is not on the disk yet; the emptying thread takes the bytes in order and gives caches back. A
 /// third thread may look at what is still here: the cache that it looks at is not filled anew until it is done.
 ///
-/// `reserve` comes before the threads; they belong to one thread each from then on.
+/// `reserve` comes before the threads; they belong to one thread each from then on. Threads of the pool's own go on to
+/// make caches ready after it: each is used once it is really there.
 class CachePool {
 public:
     static constexpr size_t kCacheBytes = 0x300000;
+    /// So many caches are really there when `reserve` returns: enough to begin with.
+    static constexpr size_t kReadyAtOnce = 4;
 
-    /// Has memory for so many caches, really there and not only promised. Returns how many there are: fewer when the
-    /// memory can't be had.
+    CachePool() = default;
+    ~CachePool();
+    CachePool(const CachePool&) = delete;
+    CachePool& operator=(const CachePool&) = delete;
+
+    /// Has memory for so many caches. Returns how many there are, or will be soon: fewer when the memory can't be had.
     size_t reserve(size_t caches);
-    [[nodiscard]] uint64_t capacity() const { return caches_.size() * kCacheBytes; }
+    /// Less than `reserve` said when memory that was promised turned out not to be there. Any thread.
+    [[nodiscard]] uint64_t capacity() const { return planned_.load(std::memory_order_relaxed) * kCacheBytes; }
 
     /// Bytes appended so far. Any thread.
     [[nodiscard]] uint64_t filled() const { return filled_.load(std::memory_order_acquire); }
@@ -57,6 +68,12 @@ public:
     [[nodiscard]] uint64_t look(uint64_t offset, std::byte* out, uint64_t size);
 
 private:
+    /// A place in one of the blocks.
+    struct Cache {
+        MemoryBlock* block = nullptr;
+        size_t offset = 0;
+        [[nodiscard]] std::byte* data() const { return block->data() + offset; }
+    };
     static constexpr uint64_t kNone = std::numeric_limits<uint64_t>::max();
 
     /// The cache with this number in the stream. Numbers that are in use at one time have a place each.
@@ -64,17 +81,26 @@ private:
     [[nodiscard]] const std::atomic<std::byte*>& place(uint64_t number) const {
         return places_[number % caches_.size()];
     }
+    void plan(size_t caches);
+    void makeReady(size_t cache);
+    void makeOthersReady();
     void collectFree();
     [[nodiscard]] bool openCache(bool wait);
     void giveBack();
 
-    std::vector<std::unique_ptr<std::byte[]>> caches_;
+    std::deque<MemoryBlock> blocks_;
+    std::vector<Cache> caches_;
+    std::unique_ptr<std::atomic<bool>[]> ready_;  ///< of each cache: it is really there
+    std::atomic<size_t> planned_{0};              ///< caches from here on will never be there
+    std::atomic<size_t> nextToMake_{0};
+    std::vector<Thread> makers_;
     std::unique_ptr<std::atomic<std::byte*>[]> places_;  ///< where the numbered caches of the stream are
     Event filledEvent_;
     Event emptiedEvent_;
     std::atomic<bool> abandoned_{false};
 
     // Of the filling thread.
+    size_t taken_ = 0;              ///< caches that were ready so far
     std::vector<std::byte*> free_;  ///< the one that came back last is on top: it is still near the processor
     uint64_t collected_ = 0;        ///< numbers below it were collected
     uint64_t opened_ = 0;           ///< numbers below it have a cache

@@ -10,7 +10,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr size_t kFewestCaches = 4;
+constexpr size_t kFewestCaches = CachePool::kReadyAtOnce;
 
 }  // namespace
 
@@ -38,7 +38,9 @@ int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& descriptio
         setup_.pieceBytes = std::max(setup_.pieceBytes / frame, uint64_t{1}) * frame;
     }
     const size_t caches = std::max<uint64_t>((setup_.bufferBytes + kCacheBytes - 1) / kCacheBytes, kFewestCaches);
-    if (pool_.reserve(caches) < kFewestCaches) {
+    // What the other half is for: the view, what waits in the system's own memory, and whoever else works here.
+    const size_t affordable = std::max<uint64_t>(setup_.memoryRoom() / 2 / kCacheBytes, kFewestCaches);
+    if (pool_.reserve(std::min(caches, affordable)) < kFewestCaches) {
         return -1;
     }
     if (bufferBytes() < caches * kCacheBytes) {
@@ -53,6 +55,9 @@ int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& descriptio
     }
     open_ = disk_.start(setup_, description, journal_);
     openError_ = disk_.problem();
+    if (!open_ && openError_.empty()) {
+        openError_ = "The system has no thread or memory left for the disk.";
+    }
     fileCount_.store(open_ ? 1 : 0, std::memory_order_relaxed);
     return open_ ? 0 : -5;
 }

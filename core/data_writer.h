@@ -46,7 +46,7 @@ public:
     [[nodiscard]] const std::string& fileName() const { return setup_.fileName; }
     /// New names of the files that `open` moved out of the way.
     [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
-    /// Memory for what waits for the disk.
+    /// Memory for what waits for the disk, as much as there is or will be soon. Any thread.
     [[nodiscard]] uint64_t bufferBytes() const { return pool_.capacity(); }
     /// Create time of the file at hand. Pieces take the time of their first sample by themselves.
     void setCreateTime(const LocalTime& time);

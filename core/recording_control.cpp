@@ -200,7 +200,7 @@ bool RecordingControl::startThread() {
     }
     if (session_->threadError()) {
         DEBUG_LOG("Thread error");
-        return refuse(TextId::UnknownError);
+        return refuse(TextId::UnknownError, problem);
     }
     if (session_->initError()) {
         DEBUG_LOG("Init error");
@@ -316,13 +316,22 @@ bool RecordingControl::createFiles() {
         DEBUG_LOG("!!!!! Error in create files. Code = %d", code);
         const std::string problem = session_->writer().openError();
         DEBUG_LOG("!!!!! %s", problem.c_str());
-        return refuse(TextId::FileNameError, problem);
+        // What says that a file is in use names it.
+        return refuse(TextId::FileNameError, code == kNameInUse ? problem : '"' + fileName_ + "\": " + problem);
     }
-    if (const uint64_t got = session_->writer().bufferBytes(); got < setup.bufferBytes) {
-        attention(formatText(text(TextId::WriteBufferSmaller).c_str(), formatFreeSpace(got).c_str(),
-                             formatFreeSpace(setup.bufferBytes).c_str()));
-    }
+    wantedBuffer_ = setup.bufferBytes;
+    warnOfSmallBuffer();
     return true;
+}
+
+// Once a recording: its memory is still being made ready when it begins, and may turn out not to be there.
+void RecordingControl::warnOfSmallBuffer() {
+    const uint64_t got = session_->writer().bufferBytes();
+    if (got < wantedBuffer_) {
+        attention(formatText(text(TextId::WriteBufferSmaller).c_str(), formatFreeSpace(got).c_str(),
+                             formatFreeSpace(wantedBuffer_).c_str()));
+        wantedBuffer_ = 0;
+    }
 }
 
 void RecordingControl::prepareLiveTap() {
@@ -409,6 +418,9 @@ void RecordingControl::GenerateFileName() {
 void RecordingControl::OnNotification(const Notification& notification) {
     const RecordingResult& result = notification.result;
     const bool current = session_ && session_->number() == notification.session;
+    if (current) {
+        warnOfSmallBuffer();
+    }
     if (result.code == StopCode::Running) {
         if (current) {
             shell_.showBytes(result.bytes);

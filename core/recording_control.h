@@ -54,6 +54,7 @@ private:
     [[nodiscard]] bool startThread();
     void chooseCut();
     void warnOfFreeSpace();
+    void warnOfSmallBuffer();
     [[nodiscard]] bool prepareFacts();
     [[nodiscard]] bool prepareSynchro();
     [[nodiscard]] bool createFiles();
@@ -82,6 +83,7 @@ private:
     DiskFacts disk_;
     RecordingFacts facts_;
     uint64_t pieceBytes_ = 0;
+    uint64_t wantedBuffer_ = 0;    ///< bytes; 0 once it was told that there are fewer
     bool diskNearlyFull_ = false;  ///< as the last recording left it
     bool timerArmed_ = false;
     int64_t timerCount_ = 0;

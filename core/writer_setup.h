@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "core/data_file.h"
 #include "core/journal_text.h"
 #include "core/recording_facts.h"
+#include "platform/memory.h"
 
 namespace tarno2 {
 
@@ -24,6 +26,7 @@ struct WriterSetup {
     uint32_t flushPeriodMs = 4000;  ///< a power cut may cost five seconds; the rest of them is for the disk
     bool keepDiskMargin = false;    ///< the recording ends before it has filled the disk
     DataFileMaker makeFile = makeSystemDataFile;
+    std::function<uint64_t()> memoryRoom = usableMemory;  ///< bytes that the process may still take
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
     /// What the journal says before the first data.

@@ -95,6 +95,27 @@ TEST(DiskFault, AStallIsWaitedForInMemoryAndThenByTheWriter) {
 
 // Every 40th write ends only when twenty more caches were handed over, as in three seconds of 20 MB/s: the one that
 // hands them over would hang if it waited for the disk.
+TEST(DiskFault, MemoryIsTakenAsFarAsTheProcessMayHaveIt) {
+    const struct {
+        uint64_t room;
+        uint64_t taken;
+    } cases[] = {{100 * kCache, 8 * kCache}, {12 * kCache, 6 * kCache}, {0, 4 * kCache}};
+    for (const auto& [room, taken] : cases) {
+        DiskRig rig;
+        rig.setup.bufferBytes = 8 * kCache;
+        rig.setup.memoryRoom = [bytes = room] { return bytes; };
+        rig.disk.hold();
+        ASSERT_TRUE(rig.open());
+        EXPECT_EQ(rig.writer.bufferBytes(), taken);
+        // All of it is used while the disk takes nothing, also what is made ready only now.
+        rig.feed(taken - kCache);
+        EXPECT_GE(rig.writer.waitingBytes(), taken - kCache);
+        rig.disk.release();
+        EXPECT_TRUE(rig.writer.Close());
+        EXPECT_TRUE(rig.recorded() == streamBytes(0, rig.position / 2, 2));
+    }
+}
+
 TEST(DiskFault, StallsShorterThanTheMemoryHoldNobodyUp) {
     constexpr uint64_t kBytes = 24 * kCache;
     DiskRig rig;
