@@ -2,9 +2,12 @@
 #include "config/command_line.h"
 #include "config/language_choice.h"
 #include "platform/program_arguments.h"
+#include "platform/run_program.h"
 
 int main(int argc, char** argv) {
     using namespace tarno2;
-    selectLanguage(languageFromLocale());
-    return runWithoutWindow(parseCommandLine(argumentText(argc, argv)));
+    return runProgram("tarno2-console", 0, [&] {
+        selectLanguage(languageFromLocale());
+        return runWithoutWindow(parseCommandLine(argumentText(argc, argv)));
+    });
 }

@@ -6,18 +6,21 @@
 #include "config/language_choice.h"
 #include "language/language_table.h"
 #include "platform/program_arguments.h"
+#include "platform/run_program.h"
 
 // Console mode has a window, minimised, where one can be had. What is no display is no error: a program that starts
 // unattended may meet a screen, a stale one, or none.
 int main(int argc, char** argv) {
     using namespace tarno2;
-    selectLanguage(languageFromLocale());
-    const CommandLine line = parseCommandLine(argumentText(argc, argv));
-    if (line.mode != CommandLine::Version && displayCanBeOpened()) {
-        return runWindowProgram(argv[0], line);
-    }
-    if (line.mode == CommandLine::Interactive) {
-        std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::NoDisplay)).c_str());
-    }
-    return runWithoutWindow(line);
+    return runProgram("Tarno2", 0, [&] {
+        selectLanguage(languageFromLocale());
+        const CommandLine line = parseCommandLine(argumentText(argc, argv));
+        if (line.mode != CommandLine::Version && displayCanBeOpened()) {
+            return runWindowProgram(argv[0], line);
+        }
+        if (line.mode == CommandLine::Interactive) {
+            std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::NoDisplay)).c_str());
+        }
+        return runWithoutWindow(line);
+    });
 }

@@ -150,6 +150,9 @@ void AcquisitionThread::measure() {
         if (wake == Wake::Unplugged) {
             DEBUG_LOG("!!!!! Board unplug.... Thread stop");
             unplugged_ = true;
+        } else if (wake == Wake::Failed) {
+            report_.problem = formatText("The wait for the board's data event failed: %s", waitError_.text().c_str());
+            DEBUG_LOG("!!!!! %s", report_.problem.c_str());
         } else if (wake == Wake::TimedOut) {
             report_.problem = formatText("The board gave no data event in %u ms", waitLimitMs_);
             DEBUG_LOG("!!!!! %s", report_.problem.c_str());
@@ -169,6 +172,9 @@ void AcquisitionThread::measure() {
     // A recording that ended by its own rule has what it wants; one that was ended gets what the board still holds.
     if (report_.code == StopCode::Running && (result_ == kGoOn || result_ == kNoData)) {
         drain();
+    }
+    if (report_.code == StopCode::Running && !waitError_.ok()) {
+        fail(ErrorDetail::Unknown);
     }
 }
 
@@ -197,8 +203,11 @@ AcquisitionThread::Wake AcquisitionThread::waitForData() {
         if (woken.second) {
             return Wake::Stop;
         }
-        const bool over = waitLimitMs_ != kWaitForever && tickCount() - begin >= waitLimitMs_;
-        if (woken.result == WaitResult::Failed || over) {
+        if (woken.result == WaitResult::Failed) {
+            waitError_ = woken.error;
+            return Wake::Failed;
+        }
+        if (waitLimitMs_ != kWaitForever && tickCount() - begin >= waitLimitMs_) {
             return Wake::TimedOut;
         }
     }

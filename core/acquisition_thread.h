@@ -33,7 +33,7 @@ private:
         kAnalyzeFailed = -3,
         kTransferFailed = -4
     };
-    enum class Wake { Data, Stop, TimedOut, Unplugged };
+    enum class Wake { Data, Stop, TimedOut, Failed, Unplugged };
 
     [[nodiscard]] static StopCode stopCodeOf(int32_t result);
 
@@ -71,6 +71,7 @@ private:
     std::optional<RingReader> ring_;
     std::optional<Event> dataEvent_;
     uint32_t waitLimitMs_ = 0;
+    OsError waitError_;            ///< of a wait that the system refused
     bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
     bool countKnown_ = false;      ///< the driver tells how many samples it has put into the ring
     bool additionalMode_ = false;  ///< the pre-history portion is being read

@@ -56,6 +56,7 @@ bool T_BOARD::StartThread(NotificationTarget* target, ProgressCallback progress)
     if (!thread_.create([this] { AcquisitionThread(*this).run(); })) {
         holders_.RelBlock();
         threadError_ = true;
+        problem_ = "The system has no thread or memory left for the recording.";
         DEBUG_LOG("!!!!! Thread could not be created");
         return false;
     }

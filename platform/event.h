@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "platform/os_error.h"
+
 namespace tarno2 {
 
 enum class WaitResult { Signalled, TimedOut, Failed };
@@ -40,6 +42,7 @@ public:
         WaitResult result = WaitResult::Failed;
         bool first = false;
         bool second = false;
+        OsError error;  ///< why the wait failed
     };
     [[nodiscard]] static Either waitEither(const Event& a, const Event& b, uint32_t milliseconds);
 

@@ -1,6 +1,36 @@
 #include "platform/thread.h"
 
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <utility>
+
 namespace tarno2 {
+
+namespace {
+
+void runGuarded(const std::function<void()>& body) noexcept {
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+        std::fputs("A thread ended: not enough memory\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "A thread ended: %s\n", error.what());
+    } catch (...) {
+        std::fputs("A thread ended by an unknown error\n", stderr);
+    }
+}
+
+}  // namespace
+
+bool Thread::create(std::function<void()> body) {
+    join();
+    try {
+        return launch([body = std::move(body)] { runGuarded(body); });
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
 
 const char* describe(PriorityResult result) {
     switch (result) {

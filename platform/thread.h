@@ -17,9 +17,11 @@ public:
     Thread(Thread&&) noexcept;
     Thread& operator=(Thread&&) noexcept;
 
-    /// Creates the thread; the body does not run before `resume`. False when the system refuses.
+    /// Creates the thread; the body does not run before `resume`. What the body throws ends the thread, with a line on
+    /// the standard error. False when the system has no thread or memory left.
     [[nodiscard]] bool create(std::function<void()> body);
-    /// Asks for time-critical priority: priority 15 on Windows, else SCHED_FIFO, else a lower nice value.
+    /// Asks for time-critical priority: priority 15 on Windows, else SCHED_FIFO, else a lower nice value. Threads that
+    /// the body makes, itself or through a driver, have ordinary priority.
     PriorityResult raisePriority();
     /// Lets the body run. Further calls do nothing.
     void resume();
@@ -29,6 +31,8 @@ public:
 
 private:
     struct State;
+    [[nodiscard]] bool launch(std::function<void()> body);
+
     std::unique_ptr<State> state_;
 };
 

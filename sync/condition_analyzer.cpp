@@ -201,8 +201,8 @@ int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, O
     return settings_.StopAfterTrigged && !events_.empty() ? 1 : 0;
 }
 
-// Takes the block's frames into the record. Of its words and those behind it so many may be looked at; the last frame is
-// held until the next block when the word that it is searched by is not among them.
+// Takes the block's frames into the record. Of its words and those behind it so many may be looked at; the last frame
+// is held until the next block when the word that it is searched by is not among them.
 template <typename Width>
 void ConditionAnalyzer::consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words) {
     for (size_t frame = 0; frame < block.frames;) {

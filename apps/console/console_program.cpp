@@ -1,6 +1,7 @@
 #include "apps/console/console_program.h"
 
 #include <cstdio>
+#include <exception>
 
 #include "apps/console/console_session.h"
 #include "apps/console/stop_relay.h"
@@ -15,6 +16,21 @@
 
 namespace tarno2 {
 
+namespace {
+
+// Whatever goes wrong, what was recorded is closed and described when the session goes.
+void record(const AutoSettings& settings, const std::string& directory, StopRelay& relay) {
+    try {
+        ConsoleSession session(settings, directory);
+        const StopRelay::Attached attached(relay, [&session] { session.requestStop(); });
+        session.run();
+    } catch (const std::exception& error) {
+        consoleLog().log("!!!! Exception: %s", error.what());
+    }
+}
+
+}  // namespace
+
 void logConsoleExit() {
     const LocalTime now = localTime();
     consoleLog().log("Program exit at %02d:%02d:%02d %02d.%02d.%04d", now.hour, now.minute, now.second, now.day,
@@ -28,10 +44,10 @@ void runConsoleProgram(const std::string& path) {
     TerminationWatcher watcher([&relay] { relay.request(); });
     const std::string directory = programDirectory();
     if (const auto settings = LoadAutoSettings(path, directory)) {
-        ConsoleSession session(*settings, directory);
-        relay.attach([&session] { session.requestStop(); });
-        session.run();
-        relay.detach();
+        if (!watcher.watching()) {
+            consoleLog().log("A request to end the program ends it at once: the system has no thread to watch for one");
+        }
+        record(*settings, directory, relay);
     }
     logConsoleExit();
     watcher.finished();

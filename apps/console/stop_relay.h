@@ -18,7 +18,21 @@ public:
             stop_();
         }
     }
-    /// `stop` is called, at once when the wish came before. It must return soon and not call back.
+
+    /// Attaches `stop` as long as it lives: it is called, at once when the wish came before. It must return soon and
+    /// not call back.
+    class Attached {
+    public:
+        Attached(StopRelay& relay, std::function<void()> stop) : relay_(relay) { relay_.attach(std::move(stop)); }
+        ~Attached() { relay_.attach({}); }
+        Attached(const Attached&) = delete;
+        Attached& operator=(const Attached&) = delete;
+
+    private:
+        StopRelay& relay_;
+    };
+
+private:
     void attach(std::function<void()> stop) {
         const std::lock_guard lock(mutex_);
         stop_ = std::move(stop);
@@ -26,9 +40,7 @@ public:
             stop_();
         }
     }
-    void detach() { attach({}); }
 
-private:
     std::mutex mutex_;
     std::function<void()> stop_;
     bool requested_ = false;

@@ -9,6 +9,7 @@
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
+#include "platform/run_program.h"
 
 namespace {
 
@@ -76,9 +77,7 @@ int remove(const std::string& name) {
     return kDone;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     CLI::App app{"Lists, installs and removes the board drivers of Tarno2."};
     app.footer("Exit status: 0 done, 1 a driver does not load or the change failed, 2 bad use.");
@@ -101,4 +100,10 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kBadUse;
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return runProgram("tarno2-drivers", kFailed, [&] { return parseAndRun(argc, argv); });
 }

@@ -6,6 +6,7 @@
 #include "apps/export/export_options.h"
 #include "apps/export/progress_line.h"
 #include "language/language_table.h"
+#include "platform/run_program.h"
 #include "platform/terminal.h"
 #include "platform/termination.h"
 #include "records/record_description.h"
@@ -92,9 +93,7 @@ int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
     return result.status == ConversionResult::Stopped ? kStopped : kDone;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     ExportOptions options;
     if (const int status = parseExportOptions(argc, argv, options); status >= 0) {
@@ -103,4 +102,10 @@ int main(int argc, char** argv) {
     std::atomic<bool> stop{false};
     const TerminationWatcher watcher([&stop] { stop = true; });
     return convert(options, stop);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return runProgram("tarno2-export", kBad, [&] { return parseAndRun(argc, argv); });
 }

@@ -9,6 +9,7 @@
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
+#include "platform/run_program.h"
 
 namespace {
 
@@ -69,9 +70,7 @@ int recover(const std::string& path) {
     return good ? kDone : kFailed;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     CLI::App app{
         "Finishes recordings of Tarno2 that were cut off by a crash or a power cut: cuts the last data file to whole "
@@ -91,4 +90,10 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kBadUse;
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return runProgram("tarno2-recover", kFailed, [&] { return parseAndRun(argc, argv); });
 }

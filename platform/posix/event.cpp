@@ -20,20 +20,28 @@ constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
 /// practice, but only an atomic says so to the compiler.
 std::atomic<uint32_t> setCount{0};
 
+/// A system that is short of memory for a moment is asked again, so many times.
+constexpr int kAttempts = 20;
+constexpr timespec kPause{0, 1'000'000};
+
 /// poll with a time-out that interruptions do not stretch. Returns what poll returns.
 int pollUntil(pollfd* fds, nfds_t count, uint32_t milliseconds) {
     const bool forever = milliseconds == kWaitForever;
     const uint64_t deadline =
         forever || milliseconds == 0 ? 0 : monotonicNanoseconds() + milliseconds * kNanosecondsPerMillisecond;
     uint64_t left = milliseconds * kNanosecondsPerMillisecond;
-    for (;;) {
+    for (int attempts = 0;;) {
         timespec timeout{};
         timeout.tv_sec = static_cast<time_t>(left / kNanosecondsPerSecond);
         timeout.tv_nsec = static_cast<long>(left % kNanosecondsPerSecond);
         const int result = ppoll(fds, count, forever ? nullptr : &timeout, nullptr);
-        if (result >= 0 || errno != EINTR) {
+        const bool again = result < 0 && (errno == EINTR || (errno == ENOMEM && ++attempts < kAttempts));
+        if (!again) {
             setCount.load(std::memory_order_acquire);
             return result;
+        }
+        if (errno == ENOMEM) {
+            nanosleep(&kPause, nullptr);
         }
         if (!forever) {
             const uint64_t now = deadline == 0 ? 0 : monotonicNanoseconds();
@@ -48,6 +56,12 @@ pollfd readable(intptr_t handle) {
 
 bool broken(const pollfd& fd) {
     return (fd.revents & ~POLLIN) != 0;
+}
+
+Event::Either failed(OsError error) {
+    Event::Either either;
+    either.error = error;
+    return either;
 }
 
 }  // namespace
@@ -101,14 +115,17 @@ WaitResult Event::wait(uint32_t milliseconds) const {
 
 Event::Either Event::waitEither(const Event& a, const Event& b, uint32_t milliseconds) {
     if (!a.valid() || !b.valid()) {
-        return {};
+        return failed(OsError(EBADF));
     }
     pollfd fds[] = {readable(a.handle_), readable(b.handle_)};
     const int result = pollUntil(fds, 2, milliseconds);
-    if (result < 0 || broken(fds[0]) || broken(fds[1])) {
-        return {};
+    if (result < 0) {
+        return failed(OsError::last());
     }
-    return {result == 0 ? WaitResult::TimedOut : WaitResult::Signalled, fds[0].revents != 0, fds[1].revents != 0};
+    if (broken(fds[0]) || broken(fds[1])) {
+        return failed(OsError(EBADF));
+    }
+    return {result == 0 ? WaitResult::TimedOut : WaitResult::Signalled, fds[0].revents != 0, fds[1].revents != 0, {}};
 }
 
 }  // namespace tarno2

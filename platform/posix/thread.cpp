@@ -54,8 +54,7 @@ Thread& Thread::operator=(Thread&& other) noexcept {
     return *this;
 }
 
-bool Thread::create(std::function<void()> body) {
-    join();
+bool Thread::launch(std::function<void()> body) {
     auto state = std::make_unique<State>();
     state->body = std::move(body);
     const auto entry = [](void* argument) -> void* {
@@ -73,16 +72,19 @@ PriorityResult Thread::raisePriority() {
     if (!state_) {
         return PriorityResult::Unchanged;
     }
+    std::unique_lock lock(state_->mutex);
+    state_->changed.wait(lock, [this] { return state_->id != 0; });
+    const pid_t id = state_->id;
+    sched_param parameters{};
     for (const int priority : {kRealtimePriority, sched_get_priority_min(SCHED_FIFO)}) {
-        sched_param parameters{};
         parameters.sched_priority = priority;
-        if (pthread_setschedparam(state_->thread, SCHED_FIFO, &parameters) == 0) {
+        if (sched_setscheduler(id, SCHED_FIFO | SCHED_RESET_ON_FORK, &parameters) == 0) {
             return PriorityResult::Realtime;
         }
     }
-    std::unique_lock lock(state_->mutex);
-    state_->changed.wait(lock, [this] { return state_->id != 0; });
-    const bool raised = setpriority(PRIO_PROCESS, static_cast<id_t>(state_->id), kRaisedNice) == 0;
+    parameters.sched_priority = 0;
+    static_cast<void>(sched_setscheduler(id, SCHED_OTHER | SCHED_RESET_ON_FORK, &parameters));
+    const bool raised = setpriority(PRIO_PROCESS, static_cast<id_t>(id), kRaisedNice) == 0;
     return raised ? PriorityResult::Raised : PriorityResult::Unchanged;
 }
 

@@ -53,18 +53,18 @@ WaitResult Event::wait(uint32_t milliseconds) const {
 
 Event::Either Event::waitEither(const Event& a, const Event& b, uint32_t milliseconds) {
     if (!a.valid() || !b.valid()) {
-        return {};
+        return {WaitResult::Failed, false, false, OsError(ERROR_INVALID_HANDLE)};
     }
     const HANDLE handles[] = {nativeHandle(a.handle_), nativeHandle(b.handle_)};
     switch (WaitForMultipleObjects(2, handles, FALSE, milliseconds)) {
         case WAIT_OBJECT_0:  // the lowest index is reported: the other may be signalled too
-            return {WaitResult::Signalled, true, b.wait(0) == WaitResult::Signalled};
+            return {WaitResult::Signalled, true, b.wait(0) == WaitResult::Signalled, {}};
         case WAIT_OBJECT_0 + 1:
-            return {WaitResult::Signalled, false, true};
+            return {WaitResult::Signalled, false, true, {}};
         case WAIT_TIMEOUT:
-            return {WaitResult::TimedOut, false, false};
+            return {WaitResult::TimedOut, false, false, {}};
         default:
-            return {};
+            return {WaitResult::Failed, false, false, OsError::last()};
     }
 }
 

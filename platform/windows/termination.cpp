@@ -1,10 +1,14 @@
 #include "platform/termination.h"
 
+#include <cstdio>
+#include <exception>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <windows.h>
 
+#include "platform/clock.h"
 #include "platform/event.h"
 
 namespace tarno2 {
@@ -14,6 +18,23 @@ namespace {
 struct Watch {
     std::function<void()> callback;
     Event finished;
+    std::optional<uint64_t> askedAt;
+    bool registered = false;
+
+    /// False when the program is to end now, as if nobody watched.
+    bool take() {
+        const uint64_t now = tickCount();
+        if (askedAt && now - *askedAt >= TerminationWatcher::kPatienceMs) {
+            return false;
+        }
+        askedAt = askedAt.value_or(now);
+        try {
+            callback();
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "The request to end was not taken: %s\n", error.what());
+        }
+        return true;
+    }
 };
 
 std::mutex mutex;
@@ -24,10 +45,9 @@ BOOL WINAPI handleControl(DWORD type) {
     {
         const std::scoped_lock lock(mutex);
         watch = current;
-        if (!watch) {
+        if (!watch || !watch->take()) {
             return FALSE;
         }
-        watch->callback();
     }
     if (type != CTRL_C_EVENT && type != CTRL_BREAK_EVENT) {
         // The process ends when this returns; the system itself limits how long that may take.
@@ -44,7 +64,11 @@ TerminationWatcher::TerminationWatcher(std::function<void()> callback) {
         current = std::make_shared<Watch>();
         current->callback = std::move(callback);
     }
-    SetConsoleCtrlHandler(handleControl, TRUE);
+    current->registered = SetConsoleCtrlHandler(handleControl, TRUE) != 0;
+}
+
+bool TerminationWatcher::watching() const {
+    return current->registered;
 }
 
 TerminationWatcher::~TerminationWatcher() {

@@ -28,8 +28,7 @@ Thread& Thread::operator=(Thread&& other) noexcept {
     return *this;
 }
 
-bool Thread::create(std::function<void()> body) {
-    join();
+bool Thread::launch(std::function<void()> body) {
     auto state = std::make_unique<State>();
     state->body = std::move(body);
     const auto entry = [](void* argument) -> unsigned {

@@ -245,7 +245,7 @@ int32_t FakeDevice::answerRing(ADCRingInfo& info) {
     if (restate && time > 0) {
         restate(told);
     }
-    info = {told, 0, event_.number()};
+    info = {told, 0, eventLost ? kNever : event_.number()};
     return 1;
 }
 

@@ -39,6 +39,7 @@ public:
         ring;                                ///< ring made, by how often one was; default: as asked
     uint32_t ringRefusedFrom = kNever;       ///< which answer to kADCGetRing is the first refused
     std::function<void(uint32_t&)> restate;  ///< changes the ring size told, not the ring, from the second answer on
+    bool eventLost = false;                  ///< the number of the data event is none
     int32_t startAnswer = 1;
     uint64_t atStart = 0;                        ///< samples that are there at once
     bool tellsCount = true;                      ///< answers kADCGetSamplesWritten

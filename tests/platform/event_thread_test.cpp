@@ -1,5 +1,7 @@
 #include <atomic>
 #include <gtest/gtest.h>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -7,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/event.h"
 #include "platform/message_queue.h"
+#include "platform/run_program.h"
 #include "platform/thread.h"
 
 namespace tarno2 {
@@ -102,6 +105,22 @@ TEST(Thread, RunsItsBodyOnceResumed) {
     Thread none;
     EXPECT_EQ(none.raisePriority(), PriorityResult::Unchanged);
     none.join();
+}
+
+TEST(Thread, WhatItsBodyThrowsEndsItAlone) {
+    testing::internal::CaptureStderr();
+    Thread thread;
+    ASSERT_TRUE(thread.create([] { throw std::bad_alloc(); }));
+    thread.join();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "A thread ended: not enough memory\n");
+}
+
+TEST(Program, WhatItThrowsIsALineAndItsExitStatus) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(runProgram("a", 2, [] { return 0; }), 0);
+    EXPECT_EQ(runProgram("b", 2, []() -> int { throw std::bad_alloc(); }), 2);
+    EXPECT_EQ(runProgram("c", 1, []() -> int { throw std::runtime_error("words"); }), 1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "b: not enough memory\nc: words\n");
 }
 
 TEST(Clock, GoesForward) {

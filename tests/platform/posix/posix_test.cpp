@@ -1,18 +1,30 @@
 // What exists elsewhere than on Windows only: pipes, symbolic links, signals, folders of registry texts.
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <tuple>
 #include <unistd.h>
 
 #include "platform/child_probe.h"
+#include "platform/disk_reserve.h"
 #include "platform/event.h"
 #include "platform/file.h"
 #include "platform/locale.h"
+#include "platform/memory.h"
 #include "platform/paths.h"
+#include "platform/posix/memory_groups.h"
 #include "platform/registry.h"
+#include "platform/run_program.h"
 #include "platform/termination.h"
+#include "platform/thread.h"
 #include "platform/volume.h"
 #include "tests/support/temporary_folder.h"
 
@@ -25,6 +37,7 @@ using test::TemporaryFolder;
 TEST(PosixEvent, CountsAndNeverBlocksOnADriversEvent) {
     const int descriptor = eventfd(0, 0);  // a blocking one
     Event event = Event::wrap(static_cast<uint32_t>(descriptor));
+    const Event other;
     EXPECT_EQ(event.reset(), 0U);
     for (int i = 0; i < 3; ++i) {
         event.set();
@@ -33,6 +46,7 @@ TEST(PosixEvent, CountsAndNeverBlocksOnADriversEvent) {
     EXPECT_EQ(event.wait(0), WaitResult::TimedOut);
     ::close(descriptor);
     EXPECT_EQ(event.wait(0), WaitResult::Failed);
+    EXPECT_EQ(Event::waitEither(event, other, 0).error.code(), EBADF);
 }
 
 TEST(PosixFile, PipesAndFullDisks) {
@@ -141,6 +155,143 @@ TEST(PosixTermination, SignalsCallBackOnAThreadOfItsOwn) {
     }
     pthread_sigmask(SIG_SETMASK, nullptr, &after);
     EXPECT_EQ(sigismember(&after, SIGTERM), sigismember(&before, SIGTERM));
+}
+
+TEST(PosixTermination, WhoAsksOnceMoreEndsAProgramThatDoesNotCome) {
+    EXPECT_EXIT(
+        {
+            Event called;
+            const TerminationWatcher watcher([&] {
+                std::fputs("first ", stderr);
+                called.set();
+            });
+            for (;;) {  // nobody ends this
+                kill(getpid(), SIGTERM);
+                static_cast<void>(called.wait(kWaitForever));
+            }
+        },
+        testing::KilledBySignal(SIGTERM), "first .*once more");
+}
+
+TEST(PosixThread, WhatARaisedThreadMakesIsOrdinary) {
+    Thread outer;
+    int outerPolicy = 0;
+    int innerPolicy = -1;
+    ASSERT_TRUE(outer.create([&] {
+        outerPolicy = sched_getscheduler(0);
+        Thread inner;
+        ASSERT_TRUE(inner.create([&] { innerPolicy = sched_getscheduler(0); }));
+    }));
+    if (outer.raisePriority() != PriorityResult::Realtime) {
+        GTEST_SKIP() << "no real-time priority may be had here";
+    }
+    outer.join();
+    EXPECT_EQ(outerPolicy, SCHED_FIFO | SCHED_RESET_ON_FORK);
+    EXPECT_EQ(innerPolicy, SCHED_OTHER);
+}
+
+TEST(PosixDiskReserve, ItsFileNeverHasAName) {
+    const TemporaryFolder folder;
+    const int probe = open(folder.path().c_str(), O_TMPFILE | O_WRONLY, 0600);
+    if (probe < 0) {
+        GTEST_SKIP() << "this file system has no nameless files";
+    }
+    ::close(probe);
+    const int watch = inotify_init1(IN_NONBLOCK);
+    ASSERT_GE(inotify_add_watch(watch, folder.path().c_str(), IN_CREATE | IN_DELETE | IN_MOVE), 0);
+    DiskReserve reserve;
+    ASSERT_TRUE(reserve.hold(folder.path(), 100'000).ok());
+    reserve.release();
+    char event[256];
+    EXPECT_LT(read(watch, event, sizeof event), 0) << "a kill would leave a file behind";
+    ::close(watch);
+}
+
+TEST(PosixProgram, OutputsAreOpenAndFailedWritesAreNoSignals) {
+    const TemporaryFolder folder;
+    const std::string name = folder.file("data");
+    const auto body = [&name] {
+        const int file = open(name.c_str(), O_RDWR | O_CREAT, 0600);
+        if (file <= STDERR_FILENO) {
+            return 1;
+        }
+        int pipe[2];
+        if (::pipe(pipe) != 0 || ::close(pipe[0]) != 0 || write(pipe[1], "x", 1) >= 0 || errno != EPIPE) {
+            return 2;
+        }
+        const rlimit ten{10, 10};
+        setrlimit(RLIMIT_FSIZE, &ten);
+        return write(file, "0123456789ab", 12) == 10 && write(file, "ab", 2) < 0 && errno == EFBIG ? 0 : 3;
+    };
+    EXPECT_TRUE(succeedsInChild([&] {
+        std::signal(SIGPIPE, SIG_DFL);
+        std::signal(SIGXFSZ, SIG_DFL);
+        for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
+            ::close(descriptor);
+        }
+        return runProgram("test", 9, body) == 0;
+    }));
+}
+
+TEST(PosixMemory, EveryLimitAroundTheProcessCounts) {
+    constexpr uint64_t kAvailable = 8'000'000 * uint64_t{1024};
+    using Files = std::vector<std::pair<std::string, std::string>>;
+    const std::string v2 = "sys/fs/cgroup/";
+    const std::string v1 = "sys/fs/cgroup/memory/";
+    const struct {
+        const char* what;
+        const char* groups;
+        Files files;
+        uint64_t room;
+    } cases[] = {
+        {"no groups", "", {}, kAvailable},
+        {"a group without limit",
+         "0::/a\n",
+         {{v2 + "a/memory.max", "max"}, {v2 + "a/memory.current", "5"}},
+         kAvailable},
+        {"a limit, and what it caches",
+         "0::/a/b\n",
+         {{v2 + "a/b/memory.max", "1000\n"},
+          {v2 + "a/b/memory.current", "900"},
+          {v2 + "a/b/memory.stat", "anon 500\ninactive_file 250\nactive_file 50\n"}},
+         400},
+        {"the group around it is narrower",
+         "0::/a/b\n",
+         {{v2 + "a/b/memory.max", "1000"},
+          {v2 + "a/b/memory.current", "100"},
+          {v2 + "a/memory.max", "max"},
+          {v2 + "a/memory.high", "300"},
+          {v2 + "a/memory.current", "200"}},
+         100},
+        {"over its limit", "0::/\n", {{v2 + "memory.max", "10"}, {v2 + "memory.current", "20"}}, 0},
+        {"a container that sees but its own group",
+         "4:cpu:/\n3:cpuset,memory:/docker/0815\n",
+         {{v1 + "memory.limit_in_bytes", "5000"},
+          {v1 + "memory.usage_in_bytes", "3000"},
+          {v1 + "memory.stat", "inactive_file 7\ntotal_inactive_file 1000\n"}},
+         3000},
+        {"lines that are none", "x\n0::nowhere\n::\n", {{v2 + "memory.max", "1"}}, kAvailable},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const TemporaryFolder root;
+        const auto write = [&root](const std::string& name, const std::string& text) {
+            std::filesystem::create_directories(parentFolder(root.file(name)));
+            root.write(name, text);
+        };
+        write("proc/meminfo", "MemTotal: 9000000 kB\nMemAvailable: 8000000 kB\n");
+        write("proc/self/cgroup", each.groups);
+        for (const auto& [name, text] : each.files) {
+            write(name, text);
+        }
+        EXPECT_EQ(systemMemoryRoom(root.path()), each.room);
+    }
+    EXPECT_TRUE(succeedsInChild([] {
+        const rlimit space{64 << 20, 64 << 20};
+        setrlimit(RLIMIT_AS, &space);
+        MemoryBlock block;
+        return usableMemory() < (64 << 20) && !block.reserve(128 << 20) && block.data() == nullptr;
+    }));
 }
 
 class RegistryFolders : public testing::Test {
