@@ -373,6 +373,7 @@ void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& pro
         case OpenProblem::DescriptionDamaged:
             emit message(uiText(TextId::DescriptionKeyWrong, {name, detail}));
             break;
+        case OpenProblem::DescriptionNotRead:
         case OpenProblem::FileNotRead:
             emit message(uiText(TextId::RecordingNotRead, {name, detail}));
             break;
