@@ -32,7 +32,7 @@ find_violations() {
             reach["apps"]     = "platform language records sync config core display ui apps"
             reach["scopera"]  = "platform scopera"
             reach["drivers"]  = "platform records drivers"
-            ours = "sdk platform language records sync config core display ui apps scopera drivers tests bench"
+            ours = "sdk platform language records sync config core display ui apps scopera drivers tests bench fuzz"
             sdk_users = "sdk core display ui apps scopera drivers tests bench"
             qt_users = "ui scopera apps tests bench"
             # The C++ standard library without <csignal>, whose meaning differs from system to system.
@@ -55,7 +55,7 @@ find_violations() {
             folder = FILENAME
             sub("/.*", "", folder)
             inside = FILENAME
-            in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform)\//
+            in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform|tests\/sweep)\//
         }
 
         /^[ \t]*#[ \t]*(if|ifdef|ifndef|elif|elifdef|elifndef)[^a-z]/ {

@@ -10,13 +10,16 @@
 
 #include "config/file_naming.h"
 #include "core/board.h"
+#include "core/recovery.h"
 #include "core/static_parameters.h"
 #include "drivers/simulator/counter_signal.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "records/recorded_format.h"
+#include "tests/core/bait_files.h"
 #include "tests/core/faulty_disk.h"
+#include "tests/support/bait.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {
@@ -230,6 +233,10 @@ SoakResult recordAndCheck(const Plan& plan) {
     const TemporaryFolder folder;
     folder.write("Simulator.cfg", plan.simulatorSettings());
     const std::string dataFolder = folder.file("data");
+    layOwnFiles(folder, "data");
+    laySnares(folder, "data", "outside");
+    const Bait bait(dataFolder);
+    const Bait outside(folder.file("outside"));
     const std::string dataName = joinPath(dataFolder, "run.dat");
     if (std::string why = record(plan, folder, dataName, result); !why.empty() || !result.fault.empty()) {
         result.fault += why;
@@ -238,6 +245,7 @@ SoakResult recordAndCheck(const Plan& plan) {
     Checker checker(plan);
     const std::vector<std::string> names = listDirectory(dataFolder);
     std::set<std::string> left(names.begin(), names.end());
+    std::erase_if(left, [&bait](const std::string& name) { return bait.has(name); });
     for (uint32_t number = 0; left.erase(fileNameOf(pieceName(dataName, number))) != 0; ++number) {
         const std::string name = pieceName(dataName, number);
         left.erase(fileNameOf(RecordDescription::fileNameFor(name)));
@@ -252,6 +260,13 @@ SoakResult recordAndCheck(const Plan& plan) {
     if (!left.empty()) {
         result.fault = *left.begin() + " is left over";
         return result;
+    }
+    static_cast<void>(recoverFolder(dataFolder));
+    for (const Bait* files : {&bait, &outside}) {
+        if (const std::string name = files->touched(); !name.empty()) {
+            result.fault = name + " of somebody else was touched";
+            return result;
+        }
     }
     result.fault = checkLosses(result.recording, checker.samples(), listed);
     if (result.fault.empty()) {

@@ -1,0 +1,174 @@
+#include "tests/sweep/field.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
+
+#include "platform/file.h"
+#include "tests/core/bait_files.h"
+#include "tests/support/process.h"
+
+namespace tarno2::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::seconds kGuard{60};
+
+FaultReport* mapReport(const std::string& name) {
+    const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd < 0 || ftruncate(fd, sizeof(FaultReport)) != 0) {
+        return nullptr;
+    }
+    void* mapped = mmap(nullptr, sizeof(FaultReport), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    close(fd);
+    return mapped == MAP_FAILED ? nullptr : static_cast<FaultReport*>(mapped);
+}
+
+}  // namespace
+
+Field::Field(std::string programs) : programs_(std::move(programs)) {
+    fs::create_directory(folder_.file("home"));
+    layOwnFiles(folder_, "data");
+    laySnares(folder_, "data", "outside");
+    bait_.emplace_back(folder_.file("data"));
+    bait_.emplace_back(folder_.file("outside"));
+    report_ = mapReport(folder_.file("report"));
+    if (report_ == nullptr) {
+        problem_ = "no report can be made";
+        return;
+    }
+    makeRecordings();
+}
+
+void Field::writeSettings(const std::string& name, uint64_t bytes, uint32_t frequency) {
+    folder_.write("auto.txt",
+                  "DebugMode = 0\r\nDriverName = \"Simulator\"\r\nBaseNumber = 2\r\nFileName = " +
+                      quoted(folder_.file("data/" + name)) +
+                      "\r\nChannelCount = 2\r\nChannelsNumber = 0, 1\r\nFrequency = " + std::to_string(frequency) +
+                      "\r\n"
+                      "CutMode = 1\r\nMeasureFileMode = 2\r\nSizeNeedHight = 0\r\nSizeNeedLow = " +
+                      std::to_string(bytes) + "\r\n");
+}
+
+// Recordings that were cut off at different places, some of them with a torn frame.
+void Field::makeRecordings() {
+    signal_ = "Ramp";
+    writeSettings("run.dat", 1300000, 500000);
+    static_cast<void>(record({}));
+    earlier_ = files();
+    signal_ = "Counter";
+    clear();
+    writeSettings("dead.dat", 1500000);
+    const uint32_t calls = record({}).calls["any"];
+    uint32_t count = 0;
+    for (uint32_t percent = 60; percent < 100; percent += 8) {
+        clear();
+        const std::string base = "dead" + std::to_string(percent);
+        writeSettings(base + ".dat", 1500000);
+        static_cast<void>(record("any " + std::to_string(calls * percent / 100) + " kill"));
+        const Files left = files();
+        const bool unfinished =
+            std::any_of(left.begin(), left.end(), [](const auto& file) { return file.first.ends_with("journal"); });
+        for (const auto& [name, contents] : left) {
+            const bool described = left.contains(name.substr(0, name.rfind('.')) + ".txt");
+            if (unfinished) {
+                cutOff_[name] = contents + (contents.empty() || described || !name.ends_with(".dat") ? "" : "tor");
+            }
+        }
+        count += unfinished ? 1 : 0;
+    }
+    clear();
+    put(cutOff_);
+    static_cast<void>(recover({}));
+    recovered_ = files();
+    clear();
+    writeSettings("run.dat", kRecordedBytes);
+    if (earlier_.size() != 4 || count < 3 || recovered_.size() < 4) {
+        problem_ = "the recordings to begin with are not there: " + std::to_string(earlier_.size()) + " files, " +
+                   std::to_string(count) + " cut off, " + std::to_string(recovered_.size()) +
+                   " files of them recovered";
+    }
+}
+
+void Field::clear() {
+    for (const std::string& name : listDirectory(folder_.file("data"))) {
+        if (!bait_.front().has(name)) {
+            fs::remove_all(folder_.file("data/" + name));
+        }
+    }
+    for (const std::string& name : listDirectory(folder_.file("home"))) {
+        fs::remove_all(folder_.file("home/" + name));
+    }
+}
+
+void Field::put(const Files& files) const {
+    for (const auto& [name, contents] : files) {
+        folder_.write("data/" + name, contents);
+    }
+}
+
+void Field::reset() {
+    clear();
+    put(earlier_);
+    put(cutOff_);
+}
+
+Outcome Field::run(const std::string& program, const std::vector<std::string>& arguments, const std::string& fault) {
+    for (std::atomic<uint32_t>& count : report_->calls) {
+        count = 0;
+    }
+    report_->struck = 0;
+    report_->what = {};
+    const std::string output = folder_.file("output.txt");
+    const ScopedEnvironment home("TARNO2_HOME", folder_.file("home"));
+    const ScopedEnvironment simulator("TARNO2_SIMULATOR", "RealTime=0;Signal=" + signal_);
+    const ScopedEnvironment wish(kFaultVariable, fault);
+    const ScopedEnvironment report(kFaultReportVariable, folder_.file("report"));
+    const ScopedEnvironment library("LD_PRELOAD", programs_ + "/tarno2-fault.so");
+    ChildProcess process(programs_ + '/' + program, arguments, output);
+    Outcome outcome;
+    outcome.status = process.waitForEnd(kGuard).value_or(-1);
+    process.kill();
+    outcome.struck = report_->struck != 0;
+    outcome.what = report_->what.data();
+    for (size_t kind = 0; kind < kCallKinds.size(); ++kind) {
+        outcome.calls[kCallKinds[kind]] = report_->calls[kind];
+    }
+    const std::string log = folder_.file("home/AutoLog.txt");
+    outcome.told = (fileExists(log) ? readFile(log) : std::string()) + readFile(output);
+    return outcome;
+}
+
+Outcome Field::record(const std::string& fault) {
+    return run("tarno2-console", {"/c", folder_.file("auto.txt")}, fault);
+}
+
+Outcome Field::recover(const std::string& fault) {
+    return run("tarno2-recover", {folder_.file("data")}, fault);
+}
+
+Files Field::files() const {
+    Files files;
+    for (const std::string& name : listDirectory(folder_.file("data"))) {
+        if (!bait_.front().has(name)) {
+            files[name] = readFile(folder_.file("data/" + name));
+        }
+    }
+    return files;
+}
+
+std::string Field::touchedBait() const {
+    for (const Bait& bait : bait_) {
+        if (std::string name = bait.touched(); !name.empty()) {
+            return name + " of somebody else was touched";
+        }
+    }
+    return {};
+}
+
+}  // namespace tarno2::test
