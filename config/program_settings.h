@@ -100,8 +100,14 @@ struct ProgramSettings {
     int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
     static constexpr size_t kDigitalLineCount = 32;
     std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
+    /// Where the user has zoomed the Y axis to, volts or codes; taken while the scale is not automatic. Equal: nowhere.
+    double axisYLower = 0.0;
+    double axisYUpper = 0.0;
     bool axisYAutoMode = true;
     bool pixelsMode = false;  ///< points instead of lines
+    bool viewLegend = false;
+    bool viewCursors = false;
+    bool viewSettings = false;  ///< the panel beside the signal
 
     // The windows.
     bool stayOnTop = false;
@@ -111,6 +117,13 @@ struct ProgramSettings {
     int32_t formVisible = 1;        ///< main window: 0 minimised, 1 normal, 2 maximised
     WindowPlace mainFormPos;
     WindowPlace showFormPos;
+    bool hidePanels = false;
+    bool hideMessages = false;
+    // Widths and heights as the user has dragged them, pixels; 0: as they come.
+    int32_t panelsWidth = 0;
+    int32_t messagesHeight = 0;
+    int32_t signalHeight = 0;
+    int32_t viewSettingsWidth = 0;
     InterfaceLanguage language = InterfaceLanguage::English;
 
     TextExportSettings textExport;

@@ -90,6 +90,9 @@ public:
     }
 
     void operator()(const RealSetting& setting) {
+        if (setting.rare && setting.at(settings_) == 0.0) {
+            return;
+        }
         file_.WriteDouble(key_.c_str(), setting.at(settings_), comment_.c_str());
     }
 

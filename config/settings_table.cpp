@@ -70,6 +70,14 @@ constexpr RealSetting real(double lowest) {
     return {lowest, [](Settings& settings) -> double& { return member<Path...>(settings); }};
 }
 
+/// A real that is 0 for most operators.
+template <auto... Path>
+constexpr RealSetting rareReal() {
+    RealSetting setting = real<Path...>(kAnyReal);
+    setting.rare = true;
+    return setting;
+}
+
 template <auto... Path>
 constexpr TextSetting text() {
     return {[](Settings& settings) -> std::string& { return member<Path...>(settings); }};
@@ -298,6 +306,17 @@ constexpr SettingRow kTable[] = {
     {TextId::WriteBufferComment, "WriteBuffer",
      integer<&Settings::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes)},
     {TextId::WriteAgeComment, "WriteAge", integer<&Settings::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs)},
+    {TextId::CommentAxisYLimit, "AxisYLower", rareReal<&Settings::axisYLower>()},
+    {TextId::CommentAxisYLimit, "AxisYUpper", rareReal<&Settings::axisYUpper>()},
+    {TextId::CommentPartShown, "ViewLegend", rareInteger<&Settings::viewLegend>(0, 1)},
+    {TextId::CommentPartShown, "ViewCursors", rareInteger<&Settings::viewCursors>(0, 1)},
+    {TextId::CommentPartShown, "ViewSettings", rareInteger<&Settings::viewSettings>(0, 1)},
+    {TextId::CommentPartHidden, "HidePanels", rareInteger<&Settings::hidePanels>(0, 1)},
+    {TextId::CommentPartHidden, "HideMessages", rareInteger<&Settings::hideMessages>(0, 1)},
+    {TextId::CommentPartSize, "PanelsWidth", rareInteger<&Settings::panelsWidth>(0, kFarthestPixel)},
+    {TextId::CommentPartSize, "MessagesHeight", rareInteger<&Settings::messagesHeight>(0, kFarthestPixel)},
+    {TextId::CommentPartSize, "SignalHeight", rareInteger<&Settings::signalHeight>(0, kFarthestPixel)},
+    {TextId::CommentPartSize, "ViewSettingsWidth", rareInteger<&Settings::viewSettingsWidth>(0, kFarthestPixel)},
 };
 
 /// Keys are the same in every language.

@@ -28,6 +28,7 @@ struct IntegerSetting {
 struct RealSetting {
     double lowest;
     double& (*at)(ProgramSettings&);
+    bool rare = false;  ///< written only when it is not 0, which it starts with
 };
 
 struct TextSetting {

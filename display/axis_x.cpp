@@ -1,5 +1,8 @@
 #include "display/axis_x.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace tarno2 {
 
 namespace {
@@ -33,6 +36,11 @@ double axisXOfFrame(double frame, AxisXUnit unit, double framesPerSecond) {
 double frameOfAxisX(double place, AxisXUnit unit, double framesPerSecond) {
     const double perFrame = unitsPerFrame(unit, framesPerSecond);
     return perFrame > 0.0 ? place / perFrame : 0.0;
+}
+
+int resolvedDecimals(double span, double steps) {
+    const double step = span / std::max(steps, 1.0);
+    return step > 0.0 ? static_cast<int>(std::clamp(std::ceil(-std::log10(step)), 0.0, 12.0)) : 0;
 }
 
 }  // namespace tarno2

@@ -14,4 +14,7 @@ enum class AxisXUnit : int32_t { Samples = 0, Microseconds = 1, Milliseconds = 2
 /// The frame at a place on the X axis: the inverse of `axisXOfFrame`.
 [[nodiscard]] double frameOfAxisX(double place, AxisXUnit unit, double framesPerSecond);
 
+/// Decimals by which values `span` / `steps` apart are told from each other, 0 to 12.
+[[nodiscard]] int resolvedDecimals(double span, double steps);
+
 }  // namespace tarno2

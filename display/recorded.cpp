@@ -37,6 +37,15 @@ OpenProblem readDescription(const std::string& dataFile, RecordedFormat& format)
 
 }  // namespace
 
+// No data file has the extension of descriptions.
+std::string dataFileOf(const std::string& name) {
+    if (RecordDescription::fileNameFor(name) != name) {
+        return name;
+    }
+    const std::string data = name.substr(0, name.rfind('.')) + ".dat";
+    return fileExists(data) ? data : name;
+}
+
 std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile, OpenProblem& problem) {
     std::unique_ptr<RecordedFrames> recording(new RecordedFrames);
     problem = readDescription(dataFile, recording->recorded_);

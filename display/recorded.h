@@ -26,6 +26,9 @@ struct OpenProblem {
     std::string detail;
 };
 
+/// The data file that a file name which the user has chosen stands for: a description stands for what it describes.
+[[nodiscard]] std::string dataFileOf(const std::string& name);
+
 /// A finished recording: its data file and the pieces `<base>_1.dat`, `<base>_2.dat`, … that follow as long as the next
 /// one exists and its description tells the same format and channels.
 class RecordedFrames final : public FrameSource {

@@ -1,8 +1,10 @@
 #include "records/recorded_format.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <string_view>
 
 namespace tarno2 {
 
@@ -57,6 +59,27 @@ std::optional<std::vector<std::pair<double, double>>> readRanges(const KeyValueF
     return ranges;
 }
 
+/// The time of day and the date in a text: six numbers, whatever stands between them.
+std::optional<LocalTime> timeIn(std::string_view text) {
+    std::array<uint16_t, 6> numbers{};
+    size_t found = 0;
+    for (size_t i = 0; i < text.size() && found < numbers.size();) {
+        const auto [end, error] = std::from_chars(text.data() + i, text.data() + text.size(), numbers.at(found));
+        if (error == std::errc()) {
+            ++found;
+            i = static_cast<size_t>(end - text.data());
+        } else {
+            ++i;
+        }
+    }
+    const auto [hour, minute, second, day, month, year] = numbers;
+    if (found != numbers.size() || hour > 23 || minute > 59 || second > 60 || day < 1 || day > 31 || month < 1 ||
+        month > 12) {
+        return std::nullopt;
+    }
+    return LocalTime{year, month, 0, day, hour, minute, second, 0};
+}
+
 }  // namespace
 
 RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
@@ -68,6 +91,10 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
         return keys;
     }
     file.readString("DriverName", keys.driverName, {});
+    std::string created;
+    if (file.readString("CreateTime", created, {})) {
+        keys.created = timeIn(created);
+    }
     if (SampleLayout layout; readLayout(file, layout)) {
         keys.layout = layout;
     }
@@ -114,8 +141,8 @@ bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& form
         missingKey = "ChannelsRange";
     } else {
         format = {
-            *keys.layout,       *keys.frequencyPerChannel, *keys.channelCount, *keys.frames, std::move(*keys.ranges),
-            keys.backwardOrder, std::move(keys.driverName)};
+            *keys.layout,       *keys.frequencyPerChannel,  *keys.channelCount, *keys.frames, std::move(*keys.ranges),
+            keys.backwardOrder, std::move(keys.driverName), keys.created};
         return true;
     }
     return false;

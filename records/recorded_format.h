@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/clock.h"
 #include "records/record_description.h"
 
 namespace tarno2 {
@@ -22,6 +23,7 @@ struct RecordedFormat {
     std::vector<std::pair<double, double>> ranges;  ///< upper and lower limit of each channel, volts
     bool backwardOrder = false;                     ///< frames hold the channels in reverse order
     std::string driverName;                         ///< empty when the description names none
+    std::optional<LocalTime> created;               ///< when it began, to the second
 };
 
 /// Each key of a description by itself: what is missing or makes no sense is not there.
@@ -35,9 +37,10 @@ struct RecordedKeys {
     /// Upper and lower limits, volts; as many as the file lists.
     std::optional<std::vector<std::pair<double, double>>> ranges;
     std::string driverName;
-    bool packetMode = false;     ///< each frame was taken as a packet
-    bool backwardOrder = false;  ///< frames hold the channels in reverse order
-    bool triggered = false;      ///< it holds records of synchronisation, one behind the other
+    std::optional<LocalTime> created;  ///< when it began, to the second
+    bool packetMode = false;           ///< each frame was taken as a packet
+    bool backwardOrder = false;        ///< frames hold the channels in reverse order
+    bool triggered = false;            ///< it holds records of synchronisation, one behind the other
 };
 
 /// Reads what can be read of a description, which may be damaged or missing.

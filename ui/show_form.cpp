@@ -30,6 +30,18 @@ constexpr double kLeastSpan = 2.0;
 constexpr double kMostSpan = 1e15;
 constexpr int kScrollSteps = 1000000000;
 
+TextId unitText(AxisXUnit unit) {
+    return unit == AxisXUnit::Samples
+               ? TextId::AxisXSamples
+               : static_cast<TextId>(static_cast<int32_t>(TextId::UnitMicroseconds) + static_cast<int32_t>(unit) - 1);
+}
+
+TextId unitText(AxisYUnit unit) {
+    return unit == AxisYUnit::Codes
+               ? TextId::AxisYCodes
+               : static_cast<TextId>(static_cast<int32_t>(TextId::UnitVolts) + static_cast<int32_t>(unit));
+}
+
 }  // namespace
 
 T_ShowForm::T_ShowForm(ProgramSettings& settings, ISCOPERA* scoper, QWidget* parent)
@@ -56,10 +68,9 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
             drawing_->clear();
             drawing_->reset();
         }
-        if (followBefore_) {
-            settings_.followToData = *followBefore_;
-            followBefore_.reset();
-        }
+        openedFile_.clear();
+        held_ = false;
+        wholeSpan_.reset();
         position_ = 0.0;
         readingsAt_ = 0;
         live_ = std::make_unique<LiveSignal>(std::move(recording));
@@ -89,7 +100,11 @@ bool T_ShowForm::liveRuns() const {
 }
 
 bool T_ShowForm::stays() const {
-    return file_ != nullptr || settings_.followToData == static_cast<int32_t>(FollowMode::None);
+    return file_ != nullptr || followMode() == static_cast<int>(FollowMode::None);
+}
+
+int T_ShowForm::followMode() const {
+    return held_ ? static_cast<int>(FollowMode::None) : settings_.followToData;
 }
 
 uint64_t T_ShowForm::frameCount() const {
@@ -210,15 +225,15 @@ void T_ShowForm::giveReadings() {
 
 void T_ShowForm::draw() {
     showScrollBar();
-    showStatus();
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
     }
+    showStatus();
 }
 
 void T_ShowForm::showControls() {
     const double fileSpan = file_ ? axisXOfFrame(fileSpan_, unitX(), file_->format().framesPerSecond) : 0.0;
-    tools_->load(settings_, file_ ? fileSpan : settings_.axisXValue);
+    tools_->load(settings_, file_ ? fileSpan : settings_.axisXValue, followMode());
     tools_->setFileShown(file_ != nullptr);
     scrollBar_->setEnabled(stays());
     pixelMode_->setChecked(settings_.pixelsMode);
@@ -226,6 +241,29 @@ void T_ShowForm::showControls() {
         action->setChecked(action->data().toInt() == settings_.showSignalMode);
     }
     digitalLines_->setEnabled(digitalLines() > 0);
+    showParts();
+    showTitle();
+}
+
+void T_ShowForm::showParts() {
+    legend_->setChecked(settings_.viewLegend);
+    cursors_->setChecked(settings_.viewCursors);
+    viewSettings_->setVisible(settings_.viewSettings);
+    if (scoper_ != nullptr) {
+        scoper_->SetOption(kScoperaOptionLegend, settings_.viewLegend ? 1 : 0);
+        scoper_->SetOption(kScoperaOptionCursors, settings_.viewCursors ? 1 : 0);
+    }
+}
+
+void T_ShowForm::storeParts() {
+    if (settings_.viewSettings && isVisible()) {
+        settings_.viewSettingsWidth = viewSettings_->width();
+    }
+}
+
+void T_ShowForm::showTitle() {
+    const QString window = uiText(TextId::ViewWindow);
+    setWindowTitle(file_ ? window + QStringLiteral(": ") + openedTitle_ : window);
 }
 
 // A recording may have more frames than a scroll bar has steps. Keys scroll further than the last whole screen.
@@ -242,7 +280,7 @@ void T_ShowForm::showScrollBar() {
 }
 
 void T_ShowForm::showStatus() {
-    status_->setText(frameCount() == 0 ? uiText(TextId::ViewNoData) : mousePlace_);
+    status_->setText(frameCount() == 0 ? uiText(TextId::ViewNoData) : mousePlace());
     if (!file_) {
         return;
     }
@@ -253,6 +291,24 @@ void T_ShowForm::showStatus() {
     const uint64_t frames = std::max<uint64_t>(frameCount(), 1);
     const auto percent = static_cast<int>(file_->overview().framesDone() * 100 / frames);
     tools_->setFileStatus(uiText(TextId::BuildingOverview, {QString::number(percent)}));
+}
+
+// With as many decimals as tell neighbouring pixels apart.
+QString T_ShowForm::mousePlace() const {
+    AxisRange x;
+    AxisRange y;
+    const ShownSignal* signal = shownSignal();
+    if (!mouse_ || signal == nullptr || !drawing_ || scoper_->GetRange(kScoperaAxisX, &x.low, &x.high) != 1 ||
+        scoper_->GetRange(kScoperaAxisY, &y.low, &y.high) != 1) {
+        return {};
+    }
+    const auto place = [](const AxisRange& range, double part, double pixels) {
+        const double span = range.high - range.low;
+        return QString::number(range.low + part * span, 'f', resolvedDecimals(span, pixels));
+    };
+    return QStringLiteral("X %1 %2  Y %3 %4")
+        .arg(place(x, mouse_->first, scoper_->PixelWidth()), uiText(unitText(drawing_->unitX(signal->format()))),
+             place(y, mouse_->second, picture_->height()), uiText(unitText(drawing_->unitY())));
 }
 
 QString T_ShowForm::fileFacts() const {

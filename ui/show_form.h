@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -57,8 +59,12 @@ public:
     bool openRecording(const std::string& dataFile);
     /// Closes what was opened.
     void backToLive();
+    /// The data file of the recording that was opened; empty while none is.
+    [[nodiscard]] const std::string& openedFile() const { return openedFile_; }
     /// Another board is chosen: it has so many digital lines.
     void setDigitalLines(uint32_t lines);
+    /// Puts the width of the panel beside the signal into the settings.
+    void storeParts();
     /// Sets all texts again, in the language chosen last.
     void retranslate();
     /// The font of the axes, or the colour of a channel was changed elsewhere.
@@ -135,6 +141,7 @@ private:
     [[nodiscard]] bool liveRuns() const;
     /// Stays where it is: an opened recording, or a live one that is not followed.
     [[nodiscard]] bool stays() const;
+    [[nodiscard]] int followMode() const;
     /// Frames from one edge of the picture to the other.
     [[nodiscard]] double span() const;
     void setSpan(double frames);
@@ -151,9 +158,13 @@ private:
     void showControls();
     void showScrollBar();
     void showStatus();
+    void showTitle();
+    [[nodiscard]] QString mousePlace() const;
+    void forgetZoomY();
+    void showParts();
     [[nodiscard]] QString fileFacts() const;
     void setShowMode(int mode);
-    void setScoperOption(uint32_t option, bool on);
+    void zoomedY(double lower, double upper);
     void savePicture();
     void rangeChanged(int axis, double lower, double upper);
     void zoomedX(double lower, double upper);
@@ -169,9 +180,12 @@ private:
     double position_ = 0.0;            ///< frame at the left edge while the picture stays
     double scrollStep_ = 1.0;          ///< frames in a step of the scroll bar
     double fileSpan_ = 1.0;            ///< frames on screen of an opened recording
-    std::optional<int> followBefore_;  ///< how the data were followed before the user held the picture with the mouse
+    bool held_ = false;                ///< the user holds the picture with the mouse, however it is followed
+    std::optional<double> wholeSpan_;  ///< frames on screen before the user zoomed with the mouse
     uint32_t boardLines_ = 0;
-    QString mousePlace_;
+    std::string openedFile_;
+    QString openedTitle_;
+    std::optional<std::pair<double, double>> mouse_;  ///< parts of the picture to the left of it and below it
 
     RepaintRate rate_;
     QTimer paintTimer_;
@@ -189,6 +203,8 @@ private:
     QMenu* menu_ = nullptr;
     QActionGroup* showModes_ = nullptr;
     QAction* pixelMode_ = nullptr;
+    QAction* legend_ = nullptr;
+    QAction* cursors_ = nullptr;
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
     QPointer<T_DigitalSignalSettings> digitalSettings_;

@@ -25,13 +25,17 @@ void T_ShowForm::build() {
     splitter_->addWidget(viewSettings_);
     splitter_->setStretchFactor(0, 1);
     splitter_->setChildrenCollapsible(false);
+    if (settings_.viewSettingsWidth > 0) {
+        splitter_->setSizes({splitter_->width(), settings_.viewSettingsWidth});
+    }
     scrollBar_ = new QScrollBar(Qt::Horizontal, this);
     scrollBar_->setObjectName(QStringLiteral("ScrollBar1"));
     scrollBar_->setFocusPolicy(Qt::StrongFocus);
     scrollBar_->installEventFilter(this);
     status_ = new QLabel(this);
+    status_->setObjectName(QStringLiteral("MousePlace"));
     // As wide as the places of the mouse become, so that the scroll bar keeps its length.
-    status_->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("X -8.88888e-08  Y -8.888e+08  ")));
+    status_->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("X 888888.8888 ms  Y -8888.888 mV  ")));
     status_->setIndent(fontMetrics().averageCharWidth());
     tools_ = new ShowTools(this);
     auto* layout = new QVBoxLayout(this);
@@ -112,14 +116,18 @@ void T_ShowForm::buildActions() {
     menu_->addSeparator();
     pixelMode_ = addAction(TextId::PixelMode, [this] { PixelModeClick(pixelMode_->isChecked()); });
     pixelMode_->setCheckable(true);
-    for (const auto& [text, option] :
-         {std::pair{TextId::ViewLegend, kScoperaOptionLegend}, std::pair{TextId::ViewCursors, kScoperaOptionCursors}}) {
+    const auto part = [this](TextId text, bool ProgramSettings::*shown) {
         QAction* action = addAction(text, [] {});
         action->setCheckable(true);
         action->setEnabled(scoper_ != nullptr);
-        connect(action, &QAction::toggled, this,
-                [this, code = static_cast<uint32_t>(option)](bool on) { setScoperOption(code, on); });
-    }
+        connect(action, &QAction::triggered, this, [this, shown](bool on) {
+            settings_.*shown = on;
+            userChanged();
+        });
+        return action;
+    };
+    legend_ = part(TextId::ViewLegend, &ProgramSettings::viewLegend);
+    cursors_ = part(TextId::ViewCursors, &ProgramSettings::viewCursors);
     menu_->addSeparator();
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
     addAction(TextId::SavePicture, [this] { savePicture(); })->setEnabled(scoper_ != nullptr);
@@ -156,7 +164,6 @@ void T_ShowForm::connectTools() {
 }
 
 void T_ShowForm::retranslate() {
-    setWindowTitle(uiText(TextId::ViewWindow));
     for (const auto& [action, text] : actions_) {
         action->setText(uiText(text));
     }

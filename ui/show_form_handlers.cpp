@@ -10,11 +10,13 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScrollBar>
+#include <QSplitter>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "display/axis_x.h"
+#include "display/axis_y.h"
 #include "display/follow.h"
 #include "display/scroll.h"
 #include "ui/digital_signal_settings.h"
@@ -41,6 +43,15 @@ std::optional<ScrollKey> scrollKeyOf(int key) {
         default:
             return std::nullopt;
     }
+}
+
+QString titleOf(const std::string& dataFile, const std::optional<LocalTime>& created) {
+    const QString name = QFileInfo(fromFileName(dataFile)).fileName();
+    if (!created) {
+        return name;
+    }
+    return name + QString::asprintf(", %04d-%02d-%02d %02d:%02d:%02d", created->year, created->month, created->day,
+                                    created->hour, created->minute, created->second);
 }
 
 }  // namespace
@@ -137,15 +148,16 @@ bool T_ShowForm::eventFilter(QObject* watched, QEvent* event) {
 
 void T_ShowForm::PaintBox1DblClick() {
     settings_.axisYAutoMode = true;
-    if (drawing_) {
-        drawing_->resetScaleY();
-    }
+    forgetZoomY();
     if (file_) {
         position_ = 0.0;
         fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
-    } else if (followBefore_) {
-        settings_.followToData = *followBefore_;
-        followBefore_.reset();
+    } else {
+        held_ = false;
+        if (wholeSpan_) {
+            setSpan(*wholeSpan_);
+            wholeSpan_.reset();
+        }
     }
     userChanged();
 }
@@ -157,7 +169,14 @@ void T_ShowForm::PaintBox1MouseDown(int button, double /*x*/, double /*y*/) {
 }
 
 void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside) {
-    mousePlace_ = inside ? QString::asprintf("X %.6g  Y %.4g", x, y) : QString();
+    mouse_.reset();
+    AxisRange horizontal;
+    AxisRange vertical;
+    if (inside && scoper_->GetRange(kScoperaAxisX, &horizontal.low, &horizontal.high) == 1 &&
+        scoper_->GetRange(kScoperaAxisY, &vertical.low, &vertical.high) == 1) {
+        mouse_.emplace((x - horizontal.low) / (horizontal.high - horizontal.low),
+                       (y - vertical.low) / (vertical.high - vertical.low));
+    }
     showStatus();
 }
 
@@ -169,9 +188,7 @@ void T_ShowForm::rangeChanged(int axis, double lower, double upper) {
         if (axis == kScoperaAxisX) {
             zoomedX(lower, upper);
         } else {
-            drawing_->zoomY(AxisRange{lower, upper});
-            settings_.axisYAutoMode = false;
-            settings_.axisYValue = std::max(std::abs(lower), std::abs(upper));
+            zoomedY(lower, upper);
         }
         userChanged();
     });
@@ -182,17 +199,34 @@ void T_ShowForm::rangeChanged(int axis, double lower, double upper) {
 void T_ShowForm::zoomedX(double lower, double upper) {
     const double rate = shownSignal()->format().framesPerSecond;
     const double origin = shownFrames().origin;
+    if (!file_ && !wholeSpan_) {
+        wholeSpan_ = span();
+    }
     setSpan(frameOfAxisX(upper - lower, unitX(), rate));
     const bool wheel =
         QApplication::mouseButtons() == Qt::NoButton && !QApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
     if (!stays() && wheel) {
         return;
     }
-    if (!stays()) {
-        followBefore_ = settings_.followToData;
-        settings_.followToData = static_cast<int32_t>(FollowMode::None);
-    }
+    held_ = held_ || !stays();
     setPosition(origin + frameOfAxisX(lower, unitX(), rate));
+}
+
+// The limits come in the unit that is shown; the scale of the settings is in the user's.
+void T_ShowForm::zoomedY(double lower, double upper) {
+    const double units = unitsPerVolt(drawing_->unitY());
+    settings_.axisYLower = lower / units;
+    settings_.axisYUpper = upper / units;
+    settings_.axisYAutoMode = false;
+    settings_.axisYValue = std::max(std::abs(settings_.axisYLower), std::abs(settings_.axisYUpper)) *
+                           drawing_->userUnitsPerVolt(shownSignal()->format());
+}
+
+void T_ShowForm::forgetZoomY() {
+    settings_.axisYLower = settings_.axisYUpper = 0.0;
+    if (drawing_) {
+        drawing_->resetScaleY();
+    }
 }
 
 void T_ShowForm::PixelModeClick(bool points) {
@@ -205,7 +239,7 @@ void T_ShowForm::DoNotFolowForDataClick(int mode) {
         setPosition(static_cast<double>(shownFrames().first));
     }
     settings_.followToData = std::clamp(mode, 0, 2);
-    followBefore_.reset();
+    held_ = false;
     userChanged();
 }
 
@@ -215,9 +249,7 @@ void T_ShowForm::ShowModeButtonClick() {
 
 void T_ShowForm::setShowMode(int mode) {
     settings_.showSignalMode = mode;
-    if (drawing_) {
-        drawing_->resetScaleY();
-    }
+    forgetZoomY();
     userChanged();
 }
 
@@ -230,8 +262,12 @@ void T_ShowForm::OnlyDigitalDataClick() {
 }
 
 void T_ShowForm::ShowSettingsClick() {
-    viewSettings_->setVisible(viewSettings_->isHidden());
+    storeParts();
+    settings_.viewSettings = !settings_.viewSettings;
     userChanged();
+    if (settings_.viewSettings && settings_.viewSettingsWidth > 0) {
+        splitter_->setSizes({splitter_->width() - settings_.viewSettingsWidth, settings_.viewSettingsWidth});
+    }
 }
 
 void T_ShowForm::DigitalSignalSettingsClick() {
@@ -243,12 +279,6 @@ void T_ShowForm::DigitalSignalSettingsClick() {
         std::span(settings_.digitalLines).first(static_cast<size_t>(lines)), [this] { userChanged(); }, this);
     digitalSettings_->setAttribute(Qt::WA_DeleteOnClose);
     digitalSettings_->show();
-}
-
-void T_ShowForm::setScoperOption(uint32_t option, bool on) {
-    if (scoper_ != nullptr) {
-        scoper_->SetOption(option, on ? 1 : 0);
-    }
 }
 
 void T_ShowForm::savePicture() {
@@ -282,8 +312,8 @@ void T_ShowForm::Samples1Click(int tag) {
 
 void T_ShowForm::ADCCodes1Click(int tag) {
     constexpr int kCodes = static_cast<int>(AxisYUnit::Codes);
-    if (drawing_ && (tag == kCodes) != (settings_.axisYMode == kCodes)) {
-        drawing_->resetScaleY();
+    if ((tag == kCodes) != (settings_.axisYMode == kCodes)) {
+        forgetZoomY();
     }
     settings_.axisYMode = std::clamp(tag, -1, kCodes);
     AxisXEditKeyDown(kEnter);
@@ -298,6 +328,7 @@ void T_ShowForm::AxisXEditKeyDown(int key) {
         return;
     }
     if (const auto typed = tools_->typedX()) {
+        wholeSpan_.reset();
         const ShownSignal* signal = shownSignal();
         if (file_) {
             setSpan(frameOfAxisX(*typed, unitX(), signal->format().framesPerSecond));
@@ -315,18 +346,14 @@ void T_ShowForm::AxisYEditKeyDown(int key) {
     if (const auto typed = tools_->typedY()) {
         settings_.axisYValue = *typed;
         settings_.axisYAutoMode = false;
-        if (drawing_) {
-            drawing_->zoomY(std::nullopt);
-        }
+        settings_.axisYLower = settings_.axisYUpper = 0.0;
     }
     userChanged();
 }
 
 void T_ShowForm::AxisYAutoClick(bool automatic) {
     settings_.axisYAutoMode = automatic;
-    if (drawing_) {
-        drawing_->resetScaleY();
-    }
+    forgetZoomY();
     userChanged();
 }
 
@@ -350,6 +377,8 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
             drawing_->clear();
             drawing_->reset();
         }
+        openedFile_ = dataFile;
+        openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
         file_ = std::move(signal);
         opened = true;
         tap_.setWatched(false);
@@ -390,6 +419,7 @@ void T_ShowForm::backToLive() {
             drawing_->reset();
         }
         file_.reset();
+        openedFile_.clear();
         position_ = 0.0;
         tap_.setWatched(shown_ && live_ != nullptr);
         userChanged();

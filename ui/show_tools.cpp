@@ -29,12 +29,21 @@ constexpr std::pair<TextId, int> kUnitsY[] = {{TextId::AxisYAuto, -1},
 constexpr std::pair<TextId, int> kFollowModes[] = {
     {TextId::FollowNone, 0}, {TextId::FollowRecorder, 1}, {TextId::FollowZeroing, 2}};
 
-QString numberText(double value) {
-    return QString::number(value, 'g', 8);
+// Six digits, of which the first ones are seen in any case. Returns what the field shows.
+QString showNumber(QLineEdit& edit, double value) {
+    const QString text = QString::number(value, 'g', 6);
+    if (edit.text() != text) {
+        edit.setText(text);
+    }
+    edit.setCursorPosition(0);
+    return text;
 }
 
 // With a point or with the comma of a Russian keyboard.
-std::optional<double> typedNumber(const QLineEdit& edit) {
+std::optional<double> typedNumber(const QLineEdit& edit, const QString& shown) {
+    if (edit.text() == shown) {
+        return std::nullopt;
+    }
     bool valid = false;
     const double value = QLocale::c().toDouble(edit.text().trimmed().replace(',', '.'), &valid);
     return valid && value > 0.0 ? std::optional(value) : std::nullopt;
@@ -177,13 +186,13 @@ void ShowTools::check(QActionGroup* group, int tag, QToolButton* button) {
     }
 }
 
-void ShowTools::load(const ProgramSettings& settings, double spanX) {
-    axisXEdit_->setText(numberText(spanX));
-    axisYEdit_->setText(numberText(settings.axisYValue));
+void ShowTools::load(const ProgramSettings& settings, double spanX, int followMode) {
+    shownX_ = showNumber(*axisXEdit_, spanX);
+    shownY_ = showNumber(*axisYEdit_, settings.axisYValue);
     axisYAuto_->setChecked(settings.axisYAutoMode);
     check(axisXUnits_, settings.axisXUnit, axisXButton_);
     check(axisYUnits_, settings.axisYMode, axisYButton_);
-    check(followModes_, settings.followToData, showModeButton_);
+    check(followModes_, followMode, showModeButton_);
 }
 
 void ShowTools::setFileShown(bool file) {
@@ -196,11 +205,11 @@ void ShowTools::setFileStatus(const QString& text) {
 }
 
 std::optional<double> ShowTools::typedX() const {
-    return typedNumber(*axisXEdit_);
+    return typedNumber(*axisXEdit_, shownX_);
 }
 
 std::optional<double> ShowTools::typedY() const {
-    return typedNumber(*axisYEdit_);
+    return typedNumber(*axisYEdit_, shownY_);
 }
 
 void ShowTools::openAxisXMenu() {

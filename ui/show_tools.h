@@ -26,13 +26,14 @@ public:
 
     void retranslate();
     /// Shows the settings, with this span in the X unit, and how it is followed.
-    void load(const ProgramSettings& settings, double spanX);
+    void load(const ProgramSettings& settings, double spanX, int followMode);
     /// A finished recording is shown: it can't be followed, and there is a way back.
     void setFileShown(bool file);
     /// A line of text about the recording that was opened.
     void setFileStatus(const QString& text);
 
-    /// What was typed as span of X or as scale of Y; nothing unless it is a number above 0.
+    /// What was typed as span of X or as scale of Y; nothing unless it is a number above 0, or when the field stands as
+    /// it was shown, which may have fewer digits than the setting.
     [[nodiscard]] std::optional<double> typedX() const;
     [[nodiscard]] std::optional<double> typedY() const;
 
@@ -74,6 +75,8 @@ private:
     QMenu* followMenu_;
     QActionGroup* followModes_;
     QToolButton* settingsButton_;
+    QString shownX_;
+    QString shownY_;
     QWidget* fileRow_;
     QToolButton* backButton_;
     QLabel* fileStatus_;

@@ -69,11 +69,6 @@ void SignalDrawing::reset() {
     columnCount_ = 0;
 }
 
-void SignalDrawing::resetScaleY() {
-    scale_.reset();
-    zoomY_.reset();
-}
-
 void SignalDrawing::clear() {
     scoper_.SetFrames(nullptr);
 }
@@ -204,20 +199,15 @@ void SignalDrawing::switchColumn(uint32_t column, bool visible) {
     }
 }
 
-void SignalDrawing::zoomY(std::optional<AxisRange> range) {
-    zoomY_ = range;
-    if (zoomY_) {
-        zoomY_->low /= unitsPerVolt(unitY_);
-        zoomY_->high /= unitsPerVolt(unitY_);
-    }
-}
-
 bool SignalDrawing::moving() const {
     return settings_.axisYAutoMode && scale_.moving();
 }
 
-// A scale that the user gives lies around 0, or above it when nothing below can come.
+// Where the user has zoomed to. A scale that the user gives lies around 0, or above it when nothing below can come.
 AxisRange SignalDrawing::userRange(const SignalFormat& format) const {
+    if (settings_.axisYLower < settings_.axisYUpper) {
+        return {settings_.axisYLower, settings_.axisYUpper};
+    }
     const double value = settings_.axisYValue > 0.0 ? settings_.axisYValue : 1.0;
     const bool positive = showsCodes(settings_)
                               ? format.minimumCode >= 0
@@ -238,12 +228,17 @@ AxisRange SignalDrawing::digitalRange(const SignalFormat& format) const {
 
 // A unit of the user's own choice stays; the automatic one follows the automatic scale, or the range of the board.
 AxisYUnit SignalDrawing::chooseUnitY(const SignalFormat& format) const {
+    const bool automatic = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
+    return automatic && settings_.axisYAutoMode && unitY_ != AxisYUnit::Codes ? unitY_ : userUnitY(format);
+}
+
+AxisYUnit SignalDrawing::userUnitY(const SignalFormat& format) const {
     const auto chosen = static_cast<AxisYUnit>(settings_.axisYMode);
-    if (chosen != AxisYUnit::Automatic) {
-        return chosen;
-    }
-    const bool known = settings_.axisYAutoMode && unitY_ != AxisYUnit::Codes;
-    return known ? unitY_ : unitForVolts(fullScaleVolts(format));
+    return chosen == AxisYUnit::Automatic ? unitForVolts(fullScaleVolts(format)) : chosen;
+}
+
+double SignalDrawing::userUnitsPerVolt(const SignalFormat& format) const {
+    return unitsPerVolt(userUnitY(format));
 }
 
 void SignalDrawing::scaleY(const ShownSignal& signal, uint64_t nowMs) {
@@ -251,9 +246,7 @@ void SignalDrawing::scaleY(const ShownSignal& signal, uint64_t nowMs) {
     unitY_ = chooseUnitY(format);
     setColumns(columnsOf(signal));
     AxisRange range;
-    if (zoomY_) {
-        range = *zoomY_;
-    } else if (!settings_.axisYAutoMode) {
+    if (!settings_.axisYAutoMode) {
         range = userRange(format);
     } else if (showMode(settings_) == ShowMode::Digital) {
         range = digitalRange(format);

@@ -39,7 +39,7 @@ public:
     /// Another signal is shown: automatic scales begin anew.
     void reset();
     /// Scales Y anew: volts turn into codes, or the other way round.
-    void resetScaleY();
+    void resetScaleY() { scale_.reset(); }
     /// Draws, or empties the picture when there is nothing. `nowMs`: a clock that never goes back.
     void draw(ShownSignal& signal, const ShownFrames& shown, uint64_t nowMs);
     /// Forgets the frames, which may go now.
@@ -53,8 +53,8 @@ public:
     [[nodiscard]] AxisXUnit unitX(const SignalFormat& format) const;
     /// The unit that Y is shown in.
     [[nodiscard]] AxisYUnit unitY() const { return unitY_; }
-    /// The user has zoomed to these limits in the unit that is shown; nothing: the scale of the settings.
-    void zoomY(std::optional<AxisRange> range);
+    /// Units of Y in a volt where the user gives the scale: what `axisYValue` is in. 1 for codes.
+    [[nodiscard]] double userUnitsPerVolt(const SignalFormat& format) const;
     /// The automatic scale has not settled yet: draw again soon.
     [[nodiscard]] bool moving() const;
     /// The user switched a column of the picture on or off.
@@ -74,6 +74,7 @@ private:
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
     void setColumns(std::vector<Column> columns);
     [[nodiscard]] AxisYUnit chooseUnitY(const SignalFormat& format) const;
+    [[nodiscard]] AxisYUnit userUnitY(const SignalFormat& format) const;
     [[nodiscard]] AxisRange automaticRange(uint64_t nowMs);
     void scaleY(const ShownSignal& signal, uint64_t nowMs);
     [[nodiscard]] AxisRange userRange(const SignalFormat& format) const;
@@ -89,8 +90,7 @@ private:
     std::vector<Column> columns_;
     std::set<int32_t> hidden_;  ///< keys of the columns that are switched off
     AxisYUnit unitY_ = AxisYUnit::Volts;
-    AutomaticScaleY scale_;           ///< volts, or codes
-    std::optional<AxisRange> zoomY_;  ///< volts, or codes
+    AutomaticScaleY scale_;  ///< volts, or codes
     std::optional<std::pair<AxisXUnit, AxisYUnit>> labels_;
 };
 

@@ -199,7 +199,7 @@ TEST_F(SettingsFile, KeysAndCommentsAreNeighboursInBothLanguages) {
             }
         }
     }
-    EXPECT_EQ(keys.size(), 89U);
+    EXPECT_EQ(keys.size(), 100U);
 }
 
 TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {

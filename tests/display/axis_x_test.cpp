@@ -26,5 +26,15 @@ TEST(AxisX, WithoutARateOnlySamplesHavePlaces) {
     }
 }
 
+TEST(AxisX, DecimalsTellNeighbouringPixelsApart) {
+    const struct {
+        double span, steps;
+        int decimals;
+    } cases[] = {{1e6, 500, 0}, {500, 500, 0}, {50, 500, 1}, {0.01, 500, 5}, {1e-30, 1, 12}, {0, 500, 0}, {3, 0, 0}};
+    for (const auto& [span, steps, decimals] : cases) {
+        EXPECT_EQ(resolvedDecimals(span, steps), decimals) << span;
+    }
+}
+
 }  // namespace
 }  // namespace tarno2

@@ -6,6 +6,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -49,7 +50,10 @@ public:
         range[static_cast<size_t>(axis)] = {lower, upper};
         return lower < upper ? 1 : 0;
     }
-    int32_t TARNO2_CALL GetRange(int32_t, double*, double*) override { return 0; }
+    int32_t TARNO2_CALL GetRange(int32_t axis, double* lower, double* upper) override {
+        std::tie(*lower, *upper) = range[static_cast<size_t>(axis)];
+        return 1;
+    }
     int32_t TARNO2_CALL GetExtremes(double* lowest, double* highest) override {
         if (samples.empty() || columns.empty()) {
             return 0;

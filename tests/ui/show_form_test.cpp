@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 #include <thread>
 
+#include "display/recorded.h"
 #include "language/language_table.h"
-#include "platform/clock.h"
 #include "records/record_description.h"
 #include "tests/display/signal_source.h"
 #include "tests/support/temporary_folder.h"
@@ -68,7 +68,7 @@ protected:
         description.setPacketMode(0, 0.0, 0);
         description.setBackwardOrder(0);
         description.setDataFormat({2, 2, 0x3FFF, 14, 0, 3, 2, 1});
-        description.setCreateTime(localTime());
+        description.setCreateTime({2026, 2, 2, 3, 4, 5, 6, 0});
         description.addChannelRange(5.0, -5.0);
         description.addChannelRange(5.0, -5.0);
         EXPECT_TRUE(description.writeForDataFile(name));
@@ -209,13 +209,81 @@ TEST_F(ShowForm, TheMouseHoldsThePictureAndADoubleClickLetsItGo) {
     scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 30.0, 50.0);
     QTest::mouseRelease(scoper_.view, Qt::LeftButton);
     expectX(30.0, 50.0);
-    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisY, -0.5, 1.5);
-    EXPECT_FALSE(settings_.axisYAutoMode);
+    EXPECT_EQ(settings_.followToData, 1) << "it is held, and followed again after a restart";
+    EXPECT_TRUE(form.findChild<QScrollBar*>("ScrollBar1")->isEnabled());
     feed(form, 100, 10);
     expectX(30.0, 50.0);
     scoper_.events.m_pAutomaticWanted(scoper_.events.m_pContext);
-    expectX(90.0, 110.0);
+    expectX(60.0, 110.0);
     EXPECT_TRUE(settings_.axisYAutoMode);
+}
+
+// Whatever unit is shown, the setting keeps its own, and another run shows what this one did.
+TEST_F(ShowForm, AZoomedScaleIsThereAfterARestart) {
+    for (const int unit : {-1, 0, 1, 2}) {
+        settings_.axisYMode = unit;
+        settings_.axisYAutoMode = true;
+        std::pair<double, double> shown;
+        {
+            T_ShowForm form(settings_, &scoper_);
+            form.show();
+            begin(form);
+            feed(form, 0, 100);
+            EXPECT_EQ(scoper_.texts[kScoperaTextUnitY], unit == 0 ? "Volts" : unit == 2 ? "Microvolts" : "Millivolts");
+            const double volt = unit == 0 ? 1.0 : unit == 2 ? 1e6 : 1e3;
+            scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisY, -0.1 * volt, 0.2 * volt);
+            EXPECT_FALSE(settings_.axisYAutoMode);
+            EXPECT_NEAR(settings_.axisYValue, 0.2 * (unit == 1 ? 1e3 : unit == 2 ? 1e6 : 1.0), 1e-6);
+            shown = scoper_.range[kScoperaAxisY];
+            EXPECT_NEAR(shown.second / shown.first, -2.0, 1e-9);
+        }
+        T_ShowForm again(settings_, &scoper_);
+        again.show();
+        begin(again);
+        feed(again, 0, 100);
+        EXPECT_EQ(scoper_.range[kScoperaAxisY], shown) << unit;
+        auto* edit = again.findChild<QLineEdit*>("AxisYEdit");
+        edit->setText("0.5");
+        QTest::keyClick(edit, Qt::Key_Return);
+        EXPECT_NEAR(scoper_.range[kScoperaAxisY].second, 0.5, 1e-9);
+    }
+}
+
+TEST_F(ShowForm, ThePlaceOfTheMouseFollowsThePictureWithItsUnitAndItsDigits) {
+    settings_.axisYMode = 1;
+    T_ShowForm form(settings_, &scoper_);
+    form.resize(800, 500);
+    form.show();
+    begin(form);
+    feed(form, 0, 100);
+    const auto* status = form.findChild<QLabel*>("MousePlace");
+    const auto move = [&](double x, bool inside) {
+        scoper_.events.m_pMouseMoved(scoper_.events.m_pContext, x, scoper_.range[kScoperaAxisY].first, inside ? 1 : 0);
+    };
+    move(75.0, true);
+    EXPECT_TRUE(status->text().startsWith("X 75.0 ms  Y ")) << status->text().toStdString();
+    EXPECT_TRUE(status->text().endsWith(" mV"));
+    feed(form, 100, 40);
+    EXPECT_TRUE(status->text().startsWith("X 115.0 ms  Y ")) << status->text().toStdString();
+    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 139.95, 140.0);
+    languageTable().select(kLanguageRussian);
+    form.Samples1Click(3);
+    move(scoper_.range[kScoperaAxisX].first, true);
+    EXPECT_TRUE(status->text().startsWith(QStringLiteral("X 0.138000 с  Y "))) << status->text().toStdString();
+    languageTable().select(kLanguageEnglish);
+    move(0.0, false);
+    EXPECT_EQ(status->text(), QString());
+}
+
+TEST_F(ShowForm, TheFieldOfXShowsSixDigitsAndKeepsTheRest) {
+    settings_.axisXValue = 123.456789;
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    auto* edit = form.findChild<QLineEdit*>("AxisXEdit");
+    EXPECT_EQ(edit->text(), "123.457");
+    EXPECT_EQ(edit->cursorPosition(), 0);
+    QTest::keyClick(edit, Qt::Key_Return);
+    EXPECT_EQ(settings_.axisXValue, 123.456789);
 }
 
 TEST_F(ShowForm, AHiddenViewFetchesAndConvertsNothing) {
@@ -249,7 +317,13 @@ TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
     EXPECT_EQ(messages[0][0].toString().toStdString(),
               "Recording \"" + folder_.file("missing.dat") + "\" has no description.");
 
-    ASSERT_TRUE(form.openRecording(recorded(1000)));
+    const std::string name = recorded(1000);
+    const std::string text = name.substr(0, name.size() - 3) + "txt";
+    EXPECT_EQ(dataFileOf(text), name);
+    EXPECT_EQ(dataFileOf(folder_.file("other.txt")), folder_.file("other.txt"));
+    ASSERT_TRUE(form.openRecording(dataFileOf(text)));
+    EXPECT_EQ(form.openedFile(), name);
+    EXPECT_EQ(form.windowTitle(), "Signal: signal.dat, 2026-02-03 04:05:06");
     ASSERT_TRUE(QTest::qWaitFor([&] { return scoper_.samples.size() == 2000; }));
     expectX(0.0, 1000.0);
     EXPECT_EQ(scoper_.samples[1999], 2 * 999);
@@ -265,6 +339,8 @@ TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
     EXPECT_TRUE(back->isVisible());
     begin(form);
     EXPECT_FALSE(back->isVisible());
+    EXPECT_EQ(form.openedFile(), "");
+    EXPECT_EQ(form.windowTitle(), "Signal");
     feed(form, 0, 60);
     expectX(10.0, 60.0);
 }
