@@ -6,7 +6,6 @@
 
 #include "config/debug_log.h"
 #include "core/driver_catalogue.h"
-#include "language/language_table.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {
@@ -37,6 +36,12 @@ TextId boardStatusWord(BoardStatus status) {
     return TextId::StatusReady;
 }
 
+BoardStatus statusOf(ApplyOutcome outcome) {
+    return outcome == ApplyOutcome::Done         ? BoardStatus::Ready
+           : outcome == ApplyOutcome::BoardError ? BoardStatus::Error
+                                                 : BoardStatus::DriverError;
+}
+
 BoardSelection::BoardSelection(FaultReporter faults, std::string programDirectory)
     : driver_(std::move(faults)), programDirectory_(std::move(programDirectory)) {}
 
@@ -62,22 +67,16 @@ bool BoardSelection::load(const std::string& name) {
     driverName_ = name;
     boardNumber_ = 0;
     boards_.clear();
-    boardTexts_.clear();
     problem_.clear();
     if (!driver_.LoadDriver(name, programDirectory_, problem_)) {
         DEBUG_LOG("!!!! Driver load error");
         DEBUG_LOG("!!!! %s", problem_.c_str());
-        boardTexts_.push_back(text(TextId::UnknownBoard));
         return false;
     }
     DEBUG_LOG("Driver load OK");
     boards_ = driver_.device().boards();
-    for (const ADCBoardEntry& board : boards_) {
-        boardTexts_.emplace_back(board.m_sName);
-    }
     if (boards_.empty()) {
         problem_ = driver_.device().lastError();
-        boardTexts_.push_back(text(TextId::UnknownBoard));
     }
     return true;
 }

@@ -24,6 +24,9 @@ enum class ApplyOutcome {
     BoardError       ///< the driver has no such board, or the board can't be used
 };
 
+/// The state that a board is in after settings were applied.
+[[nodiscard]] BoardStatus statusOf(ApplyOutcome outcome);
+
 /// The choice of a driver and of one of its boards: what stands behind the driver and board selectors of the window and
 /// behind the names in an autosettings file. Window thread only.
 class BoardSelection {
@@ -35,7 +38,7 @@ public:
     [[nodiscard]] static std::vector<std::string> installedDrivers();
 
     /// Loads a driver and chooses its first usable board. False when it can't be loaded: there is no device then, and
-    /// the board list holds the one entry "Unknown". `problem` says why.
+    /// no board. `problem` says why.
     bool DriverBoxChange(const std::string& name);
     /// Chooses a board of the loaded driver by its number.
     bool BaseBoxChange(uint32_t number);
@@ -66,8 +69,6 @@ public:
     [[nodiscard]] const std::vector<ADCBoardEntry>& boards() const { return boards_; }
     /// Number of the board chosen last, also when it can't be used; 0 when none was chosen.
     [[nodiscard]] uint32_t boardNumber() const { return boardNumber_; }
-    /// Texts of the boards in the driver's list.
-    [[nodiscard]] const std::vector<std::string>& boardTexts() const { return boardTexts_; }
     /// The system's or the driver's words for the last failure.
     [[nodiscard]] const std::string& problem() const { return problem_; }
 
@@ -80,7 +81,6 @@ private:
     std::string driverName_;
     uint32_t boardNumber_ = 0;
     std::vector<ADCBoardEntry> boards_;
-    std::vector<std::string> boardTexts_;
     std::string problem_;
 };
 

@@ -100,7 +100,7 @@ PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal) 
     MovedAside moved = moveEarlierRecordingAside(setup.fileName);
     findings.movedAside = std::move(moved.names);
     if (!moved.error.ok()) {
-        findings.problem = moved.error.text();
+        findings.problem = text(TextId::EarlierRecordingNotMoved) + ": " + moved.error.text();
         giveBack(journal, found);
         return findings;
     }

@@ -1,10 +1,12 @@
 #include "ui/main_form.h"
 
+#include <QAction>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDockWidget>
 #include <QPushButton>
 #include <QSplitter>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "config/console_log.h"
@@ -26,6 +28,7 @@
 #include "ui/program_icon.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
+#include "ui/wheel_guard.h"
 
 namespace tarno2 {
 
@@ -39,7 +42,12 @@ constexpr uint32_t kDisplaylessPeriodMs = 20;
 T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings> console)
     : programDirectory_(std::move(programDirectory)),
       console_(std::move(console)),
-      selection_([this](const std::string& fault) { showMessage(fault); }, programDirectory_),
+      selection_(
+          [this](const std::string& fault) {
+              // A driver may be found wanting while another thread looks for a board.
+              QMetaObject::invokeMethod(this, [this, fault] { showMessage(fault); });
+          },
+          programDirectory_),
       control_(*this, selection_.driver(), naming_) {
     setObjectName(QStringLiteral("T_MainForm"));
     setWindowIcon(programIcon());
@@ -52,9 +60,12 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
     stopTimer_.setTimerType(Qt::PreciseTimer);
     connect(&stopTimer_, &QTimer::timeout, this, [this] { guarded("StopTimer", [this] { timerTick(); }); });
     refreshTimer_.setInterval(kRefreshPeriodMs);
+    connect(&search_, &BoardSearch::slow, this, [this] { showLooking(true); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
     additionalWindow_ = new T_AdditionalModeWindow(settings_.synchro, settings_.synchroSizes, this);
     additionalWindow_->setQuiet(console_.has_value());
+    connect(additionalWindow_, &QDialog::finished, this, &T_MainForm::showConditions);
+    new WheelGuard(this);
     guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
     guarded("SignalView", [this] { buildSignalView(); });
     guarded("Places", [this] { placeWindows(); });
@@ -97,6 +108,7 @@ void T_MainForm::buildCenter() {
     column->addWidget(strip_);
 
     right_ = new QMainWindow;
+    right_->setObjectName(QStringLiteral("RightSide"));
     right_->setWindowFlags(Qt::Widget);
     right_->setCentralWidget(&channelsPanel_->table());
     signalDock_ = new QDockWidget(right_);
@@ -132,6 +144,7 @@ void T_MainForm::connectStrip() {
     connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
     connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
+    connect(&strip_->conditionsButton(), &QToolButton::clicked, additional_, &QAction::trigger);
 }
 
 void T_MainForm::connectPanels() {

@@ -22,6 +22,7 @@
 #include "core/recovery.h"
 #include "core/scoper_library.h"
 #include "records/conversion_inputs.h"
+#include "ui/board_search.h"
 #include "ui/sleep_inhibitor.h"
 #include "ui/state_strip.h"
 
@@ -67,6 +68,8 @@ public:
     [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
     [[nodiscard]] RecordingControl& control() { return control_; }
     [[nodiscard]] BoardSelection& selection() { return selection_; }
+    /// A driver looks for its board: until it has come back nobody else may ask it.
+    [[nodiscard]] bool looksForBoard() const { return search_.busy(); }
 
     // What the operator did.
     void StartButtonClick();
@@ -136,15 +139,19 @@ private:
     // The signal view (main_form_signal.cpp).
     void buildSignalView();
     void showRunningSignal();
+    [[nodiscard]] std::string shownFile() const;
 
     // Settings (main_form_settings.cpp).
     void loadSettings();
     void loadConsoleSettings();
     void applyBoard(ApplyOutcome outcome);
-    void chooseFirstUsableDriver();
+    [[nodiscard]] ApplyOutcome chooseFirstUsableDriver();
+    void lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found);
+    void showLooking(bool looking);
     void saveSettings();
     void storeControls();
     void placeWindows();
+    void placeParts();
     void detachSignalView();
     void storePlaces();
     void boardChanged();
@@ -155,9 +162,10 @@ private:
     void showBoardStatus();
     void chooseLanguage(InterfaceLanguage language);
 
-    // Recording (main_form_recording.cpp).
+    // Recording (main_form_recording.cpp, main_form_run.cpp).
     void handle(const Notification& notification);
     void timerTick();
+    void startRecording();
     [[nodiscard]] bool answersAllowStart();
     void showRecovered(const std::vector<RecoveryReport>& reports);
     [[nodiscard]] bool ask(const QString& question, TextId go);
@@ -167,6 +175,9 @@ private:
     void endRun();
     [[nodiscard]] bool isOfLastRun(const std::string& dataFile) const;
     void refreshRun();
+    [[nodiscard]] RunState runningState() const;
+    void watchDisk(const DataWriter& writer);
+    void showConditions();
     void showLastFigures(const RecordingResult& result);
     [[nodiscard]] uint64_t frameCount(uint64_t bytes) const;
     [[nodiscard]] RunState idleState() const;
@@ -188,14 +199,18 @@ private:
     BoardSelection selection_;
     RecordingControl control_;
     BoardStatus boardStatus_ = BoardStatus::Ready;
+    BoardSearch search_;           ///< goes before what it looks with
+    bool startWhenFound_ = false;  ///< a start waits for the board
 
     // The recording that is shown.
+    NewestBlock newestBlock_;
     RecordingProgress progress_;
     RecordingSettings runSettings_;
     uint32_t runNumber_ = 0;  ///< of its session; 0: none runs
     uint64_t frameBytes_ = 0;
     RunFigures figures_;     ///< as they were shown last
     bool runBegun_ = false;  ///< the board has begun to measure
+    DiskWatch diskWatch_;
     RunState endState_ = RunState::Ready;
     std::string runFile_;
     KnownInputs runInputs_;  ///< what the driver tells of it more exactly than the description

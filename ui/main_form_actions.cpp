@@ -10,6 +10,7 @@
 
 #include "config/debug_log.h"
 #include "config/language_choice.h"
+#include "display/recorded.h"
 #include "language/language_table.h"
 #include "platform/file.h"
 #include "ui/about_box.h"
@@ -127,7 +128,6 @@ void T_MainForm::SetCaptions() {
         action->setText(uiText(id));
     for (const auto& [menu, id] : menus_)
         menu->setTitle(uiText(id));
-    signalDock_->setWindowTitle(uiText(TextId::ViewWindow));
     if (showForm_ != nullptr)
         showForm_->retranslate();
     if (textForm_ != nullptr)
@@ -202,13 +202,12 @@ void T_MainForm::SaveAsTextButtonClick() {
             textForm_->activateWindow();
             return;
         }
-        const std::string& last = runFile_.empty() ? settings_.fileName : runFile_;
         const QString chosen = QFileDialog::getOpenFileName(
-            this, plainText(TextId::ExportWindow), fromFileName(last),
+            this, plainText(TextId::ExportWindow), fromFileName(shownFile()),
             uiText(TextId::DataFileFilter) + QStringLiteral(";;") + uiText(TextId::AllFilesFilter));
         if (chosen.isEmpty())
             return;
-        TextExportSource source{toFileName(QDir::toNativeSeparators(chosen)), {}};
+        TextExportSource source{dataFileOf(toFileName(QDir::toNativeSeparators(chosen))), {}};
         if (isOfLastRun(source.dataFile))
             source.known = runInputs_;
         textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
@@ -239,7 +238,7 @@ void T_MainForm::HelpClick() {
 void T_MainForm::AboutClick() {
     guarded("AboutClick", [this] {
         AboutBox::Facts facts;
-        if (selection_.driver().loaded()) {
+        if (!search_.busy() && selection_.driver().loaded()) {
             facts.driver = selection_.driver().name();
             static_cast<void>(selection_.driver().device().get(kADCGetAbiVersion, facts.driverInterface));
         }

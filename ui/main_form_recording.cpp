@@ -34,13 +34,6 @@
 
 namespace tarno2 {
 
-namespace {
-
-constexpr qint64 kDiskPeriodMs = 5000;
-constexpr uint32_t kHighLoad = 800;  // thousandths of the ring; what is left is a tenth of a second or so
-
-}  // namespace
-
 void T_MainForm::present() {
     if (ending_) {
         return;
@@ -50,6 +43,7 @@ void T_MainForm::present() {
         showMinimized();
     } else {
         settings_.formVisible == 2 ? showMaximized() : show();
+        placeParts();
         detachSignalView();
     }
     guarded("RecoverUnfinished", [this] { showRecovered(recoverFoldersOf({fileName(), savedFileName()})); });
@@ -90,7 +84,40 @@ void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports) {
     }
 }
 
+// A board that could not be used may have been switched on or plugged in since.
 void T_MainForm::StartButtonClick() {
+    if (search_.busy()) {
+        startWhenFound_ = true;
+        return;
+    }
+    const bool usable = boardStatus_ == BoardStatus::Ready && selection_.driver().startAllowed();
+    if (usable || consoleMode() || control_.running()) {
+        startRecording();
+        return;
+    }
+    guarded("StartButtonClick", [this] {
+        storeControls();
+        startWhenFound_ = true;
+        lookForBoard(
+            [this, driver = settings_.driver, base = static_cast<uint32_t>(settings_.base), drq = settings_.drqNumber] {
+                const ApplyOutcome outcome = selection_.apply(driver, base);
+                if (outcome == ApplyOutcome::Done)
+                    static_cast<void>(selection_.setDrqNumber(drq));
+                return outcome;
+            },
+            [this](ApplyOutcome outcome) {
+                SetErrorCode(statusOf(outcome));
+                if (outcome == ApplyOutcome::Done)
+                    return;
+                startWhenFound_ = false;
+                showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::InitError).c_str()));
+                if (!selection_.problem().empty())
+                    showDetail(selection_.problem());
+            });
+    });
+}
+
+void T_MainForm::startRecording() {
     guarded("StartButtonClick", [this] {
         if (!control_.running() && !answersAllowStart())
             return;
@@ -101,7 +128,11 @@ void T_MainForm::StartButtonClick() {
         if (control_.StartButtonClick())
             consoleLog().log("Save to file \"%s\"", fileName().c_str());
     });
-    guarded("StartButtonClick", [this] { updateState(); });
+    guarded("StartButtonClick", [this] {
+        updateState();
+        if (control_.running())
+            strip_->stopButton().setFocus();
+    });
 }
 
 void T_MainForm::StopButtonClick() {
@@ -173,8 +204,10 @@ bool T_MainForm::FormCloseQuery() {
 }
 
 void T_MainForm::post(const Notification& notification) {
-    // Progress is looked up in the session: this thread must not allocate for it.
-    if (notification.result.code != StopCode::Running)
+    // Progress is looked up ten times a second: this thread must not allocate for it.
+    if (notification.result.code == StopCode::Running)
+        newestBlock_.put({notification.session, notification.result.bytes, tickCount()});
+    else
         QMetaObject::invokeMethod(
             this, [this, notification] { handle(notification); }, Qt::QueuedConnection);
 }
@@ -272,33 +305,6 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
                           {fromCodePage(formatCount(frameCount(result.bytes))), QString::number(result.files)}));
 }
 
-// What came in after the strip was refreshed last counts too.
-void T_MainForm::showLastFigures(const RecordingResult& result) {
-    if (result.bytes == 0)
-        return;
-    figures_.bytes = result.bytes;
-    figures_.frames = frameCount(result.bytes);
-    figures_.files = result.files;
-    figures_.events = result.events;
-    if (result.sizeReached)
-        showProgress(100);
-    strip_->setFigures(figures_);
-}
-
-uint64_t T_MainForm::frameCount(uint64_t bytes) const {
-    return frameBytes_ == 0 ? 0 : bytes / frameBytes_;
-}
-
-// The figures are looked up several times a second.
-void T_MainForm::showBytes(uint64_t /*bytes*/) {}
-
-void T_MainForm::showProgress(int percent) {
-    figures_.percent = percent;
-    if (percent == 100)
-        figures_.remainingSeconds = 0;
-    strip_->setFigures(figures_);
-}
-
 void T_MainForm::startTimer(uint32_t milliseconds) {
     tickPeriod_ = std::max(milliseconds, 1U);
     ticksGiven_ = 0;
@@ -321,107 +327,6 @@ void T_MainForm::timerTick() {
 
 void T_MainForm::quit() {
     QMetaObject::invokeMethod(this, &T_MainForm::requestEnd, Qt::QueuedConnection);
-}
-
-void T_MainForm::updateState() {
-    const T_BOARD* session = control_.session();
-    if (session != nullptr && session->number() != runNumber_)
-        beginRun();
-    else if (session == nullptr && runNumber_ != 0)
-        endRun();
-    start_->setEnabled(session == nullptr);
-    strip_->startButton().setEnabled(session == nullptr);
-    stop_->setEnabled(session != nullptr);
-    strip_->stopButton().setEnabled(session != nullptr);
-    if (session == nullptr)
-        setState(idleState());
-    refreshRun();
-}
-
-void T_MainForm::beginRun() {
-    T_BOARD& session = *control_.session();
-    runNumber_ = session.number();
-    endState_ = RunState::Ready;
-    runSettings_ = settings();
-    runFile_ = fileName();
-    runInputs_ = {};
-    if (const BoardFacts& board = selection_.driver().facts(); board.codeRangeKnown) {
-        runInputs_.codeMinimum = int32_t{board.codeRange.m_nMinimum};
-        runInputs_.codeMaximum = int32_t{board.codeRange.m_nMaximum};
-    }
-    if (session.settings.packetMode)
-        runInputs_.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
-    frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
-    runBegun_ = !session.settings.externalStart;
-    progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
-    strip_->setLosses(0);
-    strip_->setLossList(fromFileName(lossLedgerNameFor(runFile_)));
-    messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
-    SetErrorCode(BoardStatus::Ready);
-    showRunningSignal();
-    setLocked(true);
-    diskClock_.start();
-    sleepInhibitor_.hold(uiText(TextId::StatusRecording));
-    refreshTimer_.start();
-}
-
-void T_MainForm::endRun() {
-    runNumber_ = 0;
-    // How it ended comes with the last notification.
-    if (endState_ == RunState::Ready)
-        endState_ = RunState::Stopped;
-    sleepInhibitor_.release();
-    showForm_->recordingStopped();
-    refreshTimer_.stop();
-    setLocked(false);
-    setWindowTitle(uiText(TextId::ProgramName));
-    refreshDisk();
-}
-
-void T_MainForm::refreshRun() {
-    T_BOARD* session = control_.session();
-    if (session == nullptr || session->number() != runNumber_)
-        return;
-    if (!runBegun_ && session->dataBegun()) {
-        runBegun_ = true;
-        progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
-    }
-    const uint64_t bytes = session->writer().totalBytes();
-    const RecordingFigures progress = progress_.update(bytes, tickCount());
-    figures_.elapsedSeconds = runBegun_ ? progress.elapsedSeconds : 0;
-    figures_.remainingSeconds = progress.remainingSeconds;
-    figures_.percent = progress.percent;
-    figures_.bytes = bytes;
-    figures_.bytesPerSecond = progress.bytesPerSecond;
-    figures_.frames = frameCount(bytes);
-    figures_.load = session->worstLoad() / 10;
-    figures_.loadWarns = session->worstLoad() >= kHighLoad;
-    figures_.files = session->writer().fileCount();
-    figures_.events = session->eventCount();
-    strip_->setFigures(figures_);
-    if (diskClock_.hasExpired(kDiskPeriodMs)) {
-        diskClock_.start();
-        refreshDisk();
-    }
-    setState(!runBegun_ ? RunState::WaitingForStart : figures_.loadWarns ? RunState::Warning : RunState::Recording);
-    setWindowTitle(fromCodePage(formatDuration(figures_.elapsedSeconds)) + QLatin1Char(' ') +
-                   plainText(stateText(strip_->state())) + QStringLiteral(" - ") + uiText(TextId::ProgramName));
-}
-
-// A board that can't be used is no less an error before the first start.
-RunState T_MainForm::idleState() const {
-    return endState_ == RunState::Ready && boardStatus_ != BoardStatus::Ready ? RunState::Error : endState_;
-}
-
-void T_MainForm::setState(RunState state) {
-    strip_->setState(state);
-}
-
-void T_MainForm::setLocked(bool locked) {
-    panels_->setLocked(locked);
-    chooseFile_->setEnabled(!locked);
-    openRecording_->setEnabled(!locked);
-    additional_->setEnabled(!locked);
 }
 
 }  // namespace tarno2

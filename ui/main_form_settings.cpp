@@ -2,8 +2,12 @@
 
 #include <QDockWidget>
 #include <QGuiApplication>
+#include <QPushButton>
 #include <QScreen>
+#include <QSplitter>
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
@@ -20,6 +24,7 @@
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
 #include "ui/message_list.h"
+#include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
@@ -68,17 +73,19 @@ void T_MainForm::loadSettings() {
     settings_.language = languageFromLocale();
     settings_.showFormPos = {0, 0, 0, 0};  // docked
     const bool known = LoadConfig(programDirectory_, settings_);
-    if (known) {
+    if (known)
         selectLanguage(settings_.language);
-        applyBoard(selection_.applySaved(settings_));
-    } else {
-        // Nobody has chosen anything yet: a board that is there can be used at once.
+    else
         settings_.mainFormPos = firstPlace();
-        chooseFirstUsableDriver();
-    }
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
     panels_->load(settings_);
-    boardChanged();
+    if (known)
+        lookForBoard([this, saved = settings_] { return selection_.applySaved(saved); },
+                     [this](ApplyOutcome outcome) { applyBoard(outcome); });
+    else
+        // Nobody has chosen anything yet: a board that is there can be used at once.
+        lookForBoard([this] { return chooseFirstUsableDriver(); },
+                     [this](ApplyOutcome outcome) { SetErrorCode(statusOf(outcome)); });
     setFileName(naming_.NameAtStart(settings_.fileName));
     refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
@@ -106,13 +113,39 @@ void T_MainForm::loadConsoleSettings() {
     DEBUG_LOG("LoadConfig consolemode - Status OK");
 }
 
-void T_MainForm::chooseFirstUsableDriver() {
+ApplyOutcome T_MainForm::chooseFirstUsableDriver() {
     for (const std::string& name : BoardSelection::installedDrivers())
-        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed()) {
-            SetErrorCode(BoardStatus::Ready);
-            return;
-        }
-    SetErrorCode(BoardStatus::DriverError);
+        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed())
+            return ApplyOutcome::Done;
+    return ApplyOutcome::DriverError;
+}
+
+// Until it is found nobody else may use the driver: what asks it is switched off.
+void T_MainForm::lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found) {
+    if (search_.busy())
+        return;
+    auto outcome = std::make_shared<ApplyOutcome>(ApplyOutcome::DriverError);
+    search_.run([outcome, search = std::move(search)] { *outcome = search(); },
+                [this, outcome, found = std::move(found)] {
+                    guarded("BoardFound", [&] {
+                        showLooking(false);
+                        found(*outcome);
+                        boardChanged();
+                    });
+                    if (std::exchange(startWhenFound_, false))
+                        startRecording();
+                });
+}
+
+void T_MainForm::showLooking(bool looking) {
+    panels_->setEnabled(!looking);
+    channelsPanel_->table().setEnabled(!looking);
+    boardPanel_->setLooking(looking);
+    additional_->setEnabled(!looking);
+    start_->setEnabled(!looking && !control_.running());
+    strip_->startButton().setEnabled(start_->isEnabled());
+    if (looking)
+        statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
 }
 
 void T_MainForm::applyBoard(ApplyOutcome outcome) {
@@ -157,6 +190,8 @@ void T_MainForm::SetErrorCode(BoardStatus status) {
 }
 
 void T_MainForm::showBoardStatus() {
+    if (search_.busy())
+        return;
     QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(boardStatus_));
     if (const std::string& driver = selection_.driverName(); !driver.empty())
         shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
@@ -168,25 +203,32 @@ void T_MainForm::showBoardStatus() {
 void T_MainForm::DriverBoxChange(const QString& name) {
     guarded("DriverBoxChange", [this, &name] {
         storeControls();
-        const bool loaded = selection_.DriverBoxChange(toFileName(name));
-        SetErrorCode(!loaded                               ? BoardStatus::DriverError
-                     : !selection_.driver().startAllowed() ? BoardStatus::Error
-                                                           : BoardStatus::Ready);
-        if (!selection_.problem().empty())
-            messages_->add(MessageList::Kind::Attention,
-                           uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
-        boardChanged();
+        lookForBoard(
+            [this, driver = toFileName(name)] {
+                const bool loaded = selection_.DriverBoxChange(driver);
+                return !loaded                               ? ApplyOutcome::DriverError
+                       : !selection_.driver().startAllowed() ? ApplyOutcome::BoardError
+                                                             : ApplyOutcome::Done;
+            },
+            [this, name](ApplyOutcome outcome) {
+                SetErrorCode(statusOf(outcome));
+                if (!selection_.problem().empty())
+                    messages_->add(MessageList::Kind::Attention,
+                                   uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
+            });
     });
 }
 
 void T_MainForm::BaseBoxChange(uint32_t number) {
     guarded("BaseBoxChange", [this, number] {
         storeControls();
-        const bool chosen = selection_.BaseBoxChange(number);
-        SetErrorCode(chosen ? BoardStatus::Ready : BoardStatus::Error);
-        if (!chosen)
-            messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
-        boardChanged();
+        lookForBoard(
+            [this, number] { return selection_.BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError; },
+            [this](ApplyOutcome outcome) {
+                SetErrorCode(statusOf(outcome));
+                if (outcome != ApplyOutcome::Done)
+                    messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
+            });
     });
 }
 
@@ -236,6 +278,8 @@ void T_MainForm::HDDTestSpeedClick(bool on) {
 }
 
 void T_MainForm::showNeed() {
+    if (search_.busy())
+        return;
     const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
     filePanel_->showNeed(need);
     QString shown;
@@ -271,6 +315,8 @@ void T_MainForm::showDisk() {
 }
 
 void T_MainForm::storeControls() {
+    if (search_.busy())
+        return;
     panels_->store(settings_);
     const uint32_t channels = selection_.driver().facts().channelCount;
     settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
@@ -283,13 +329,34 @@ void T_MainForm::storePlaces() {
     // A view that is docked has no place of its own.
     settings_.showFormPos = signalDock_->isFloating() ? placeOf(signalDock_->geometry()) : WindowPlace{0, 0, 0, 0};
     settings_.showSettingMember = panels_->openMember();
+    settings_.hidePanels = !showPanels_->isChecked();
+    settings_.hideMessages = !showMessages_->isChecked();
+    // What is hidden comes back as wide as it was.
+    if (panels_->isVisible())
+        settings_.panelsWidth = panels_->width();
+    if (messages_->isVisible())
+        settings_.messagesHeight = messages_->height();
+    if (signalDock_->isVisible() && !signalDock_->isFloating())
+        settings_.signalHeight = signalDock_->height();
+    showForm_->storeParts();
     settings_.extendedChannelMode = extendedChannels_->isChecked();
 }
 
 void T_MainForm::placeWindows() {
     const std::vector<WindowPlace> screens = screenPlaces();
     setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
-    right_->resizeDocks({signalDock_}, {height() / 2}, Qt::Vertical);
+    showPanels_->setChecked(!settings_.hidePanels);
+    showMessages_->setChecked(!settings_.hideMessages);
+    placeParts();
+}
+
+void T_MainForm::placeParts() {
+    if (settings_.panelsWidth > 0)
+        columns_->setSizes({settings_.panelsWidth, std::max(width() - settings_.panelsWidth, 1)});
+    if (settings_.messagesHeight > 0)
+        rows_->setSizes({std::max(height() - settings_.messagesHeight, 1), settings_.messagesHeight});
+    right_->resizeDocks({signalDock_}, {settings_.signalHeight > 0 ? settings_.signalHeight : height() / 2},
+                        Qt::Vertical);
 }
 
 // Once the main window is there: a window that is shown before the one it belongs to lies below it.

@@ -6,6 +6,7 @@
 #include <QFileDialog>
 
 #include "config/debug_log.h"
+#include "display/recorded.h"
 #include "display/signal_format.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
@@ -27,8 +28,11 @@ void T_MainForm::buildSignalView() {
             [this](const QString& line) { messages_->add(MessageList::Kind::Attention, line); });
     connect(showForm_, &T_ShowForm::readings, this,
             [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
+    connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
+    signalDock_->setWindowTitle(showForm_->windowTitle());
     control_.setLiveTap(&showForm_->tap());
-    showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+    if (!search_.busy())
+        showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
     showSignal_->setChecked(settings_.showFormVisible);
     signalDock_->setVisible(settings_.showFormVisible);
 }
@@ -49,15 +53,20 @@ void T_MainForm::showRunningSignal() {
 
 void T_MainForm::OpenRecordingClick() {
     guarded("OpenRecordingClick", [this] {
-        const std::string& last = runFile_.empty() ? settings_.fileName : runFile_;
-        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(last));
+        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(shownFile()));
         dialog.setFileMode(QFileDialog::ExistingFile);
         dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
             return;
         signalDock_->show();
-        showForm_->openRecording(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first())));
+        showForm_->openRecording(dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()))));
     });
+}
+
+std::string T_MainForm::shownFile() const {
+    if (!showForm_->openedFile().empty())
+        return showForm_->openedFile();
+    return runFile_.empty() ? settings_.fileName : runFile_;
 }
 
 void T_MainForm::DigitalSettingsClick() {

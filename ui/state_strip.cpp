@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <array>
@@ -34,10 +35,11 @@ const StateLook& lookOf(RunState state) {
     static constexpr const char* kDarkRed = "#7f0000";
     static constexpr const char* kWhite = "#ffffff";
     static constexpr const char* kBlack = "#000000";
-    static constexpr std::array<StateLook, 8> kLooks = {{
+    static constexpr std::array<StateLook, 9> kLooks = {{
         {TextId::StatusReady, kGrey, kWhite, u'\u25CB'},
         {TextId::StatusStarting, kAmber, kBlack, u'\u2026'},
         {TextId::StatusWaitingForStart, kAmber, kBlack, u'\u2026'},
+        {TextId::StatusWaitingForTrigger, kAmber, kBlack, u'\u2026'},
         {TextId::StatusRecording, kRed, kWhite, u'\u25CF'},
         {TextId::StatusRecording, kAmber, kBlack, u'\u26A0'},
         {TextId::StatusStopping, kAmber, kBlack, u'\u2026'},
@@ -47,6 +49,7 @@ const StateLook& lookOf(RunState state) {
     return kLooks.at(static_cast<size_t>(state));
 }
 
+const QString kUnknown = QStringLiteral("\u2013");
 constexpr double kStateFont = 2.3;   // times the window's font
 constexpr double kStateSmall = 1.1;  // for words that need two lines
 
@@ -96,6 +99,13 @@ void StateStrip::buildUpperRow(QVBoxLayout* column) {
         return made;
     };
     start_ = button("StartButton");
+    conditions_ = new QToolButton(this);
+    conditions_->setObjectName(QStringLiteral("ConditionsButton"));
+    conditions_->setFocusPolicy(Qt::StrongFocus);
+    conditions_->setStyleSheet(
+        QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 3px 6px;"));
+    conditions_->hide();
+    row->addWidget(conditions_);
     stop_ = button("StopButton");
     cycle_ = button("btnAutoStart");
     cycle_->setCheckable(true);
@@ -108,6 +118,7 @@ void StateStrip::buildUpperRow(QVBoxLayout* column) {
     row->addWidget(word_);
 
     elapsed_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
+    elapsed_->setObjectName(QStringLiteral("ElapsedCell"));
     remaining_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
     row->addWidget(elapsed_);
     row->addWidget(remaining_);
@@ -175,12 +186,12 @@ void StateStrip::setFigures(const RunFigures& figures) {
 void StateStrip::showFigures() {
     elapsed_->setValue(fromCodePage(formatDuration(figures_.elapsedSeconds)));
     remaining_->setValue(figures_.remainingSeconds ? fromCodePage(formatDuration(*figures_.remainingSeconds))
-                                                   : QStringLiteral("\u2013"));
+                                                   : kUnknown);
     progress_->setVisible(figures_.percent.has_value());
     if (figures_.percent)
         progress_->setValue(*figures_.percent);
     written_->setValue(fromCodePage(formatFreeSpace(figures_.bytes)));
-    rate_->setValue(fromCodePage(formatRate(figures_.bytesPerSecond)));
+    rate_->setValue(figures_.bytesPerSecond ? fromCodePage(formatRate(*figures_.bytesPerSecond)) : kUnknown);
     frames_->setValue(fromCodePage(formatCount(figures_.frames)));
     load_->setWarning(figures_.loadWarns);
     load_->setValue(QString::number(figures_.load) + QStringLiteral(" %"));
@@ -191,6 +202,13 @@ void StateStrip::showFigures() {
 void StateStrip::setAttention(const QString& message) {
     attention_->setText(message);
     attention_->setVisible(!message.isEmpty());
+}
+
+void StateStrip::setConditions(std::optional<TextId> word) {
+    conditionsWord_ = word;
+    conditions_->setVisible(word.has_value());
+    conditions_->setText(word ? uiText(*word) : QString());
+    conditions_->setToolTip(uiText(TextId::ConditionsBadgeHint));
 }
 
 void StateStrip::setLosses(size_t count) {
@@ -222,6 +240,7 @@ void StateStrip::retranslate() {
     events_->setCaption(uiText(TextId::RunEvents));
     losses_->setCaption(uiText(TextId::RunLosses));
     setLossList(lossList_);
+    setConditions(conditionsWord_);
     const QFontMetrics metrics(scaled(font(), kStateFont, true));
     int widest = 0;
     for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped})

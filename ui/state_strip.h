@@ -10,6 +10,7 @@
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QToolButton;
 class QVBoxLayout;
 
 namespace tarno2 {
@@ -17,7 +18,17 @@ namespace tarno2 {
 class FigureCell;
 
 /// What the program is doing, as it is read from two metres.
-enum class RunState { Ready, Starting, WaitingForStart, Recording, Warning, Stopping, Stopped, Error };
+enum class RunState {
+    Ready,
+    Starting,
+    WaitingForStart,
+    WaitingForTrigger,
+    Recording,
+    Warning,
+    Stopping,
+    Stopped,
+    Error
+};
 
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
@@ -28,7 +39,7 @@ struct RunFigures {
     std::optional<uint64_t> remainingSeconds;  ///< nothing without an end
     std::optional<int> percent;                ///< of the progress bar; nothing hides it
     uint64_t bytes = 0;
-    double bytesPerSecond = 0.0;
+    std::optional<double> bytesPerSecond;  ///< nothing while it is not known
     uint64_t frames = 0;
     uint32_t load = 0;  ///< of the ring at its worst, percent
     bool loadWarns = false;
@@ -49,6 +60,8 @@ public:
     void setFigures(const RunFigures& figures);
     /// Stays until the next one; empty takes it away.
     void setAttention(const QString& message);
+    /// Conditions choose what is recorded: the word for them stands beside the start button. Nothing: all is recorded.
+    void setConditions(std::optional<TextId> word);
     /// How many losses the recording has had.
     void setLosses(size_t count);
     /// The file that lists them, for their hint.
@@ -58,6 +71,7 @@ public:
     [[nodiscard]] QPushButton& startButton() { return *start_; }
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
+    [[nodiscard]] QToolButton& conditionsButton() { return *conditions_; }
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -74,6 +88,8 @@ private:
     QPushButton* start_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;
+    QToolButton* conditions_ = nullptr;
+    std::optional<TextId> conditionsWord_;
     QLabel* word_ = nullptr;
     FigureCell* elapsed_ = nullptr;
     FigureCell* remaining_ = nullptr;

@@ -54,6 +54,7 @@ void MainWindow::openAgain() {
     form_ = std::make_unique<T_MainForm>(folder_.path(), std::nullopt);
     form_->present();
     ASSERT_TRUE(QTest::qWaitForWindowActive(form_.get()));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !form_->looksForBoard(); }, kGuardMs));
 }
 
 bool MainWindow::close() {

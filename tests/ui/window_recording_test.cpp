@@ -10,7 +10,9 @@
 #include <QToolButton>
 
 #include "language/language_table.h"
+#include "platform/event.h"
 #include "platform/file.h"
+#include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
 #include "ui/text.h"
 
@@ -46,6 +48,7 @@ TEST_F(WindowRecording, EndsByItsTimeRule) {
 
     record();
     EXPECT_FALSE(find<QPushButton>("StartButton")->isEnabled());
+    EXPECT_TRUE(find("StopButton")->hasFocus());
     EXPECT_FALSE(rule->isEnabled());
     EXPECT_FALSE(find<QComboBox>("DriverBox")->isEnabled());
     EXPECT_TRUE(find<QProgressBar>("ProgressBar")->isVisible());
@@ -54,6 +57,7 @@ TEST_F(WindowRecording, EndsByItsTimeRule) {
     ASSERT_TRUE(waitForState(TextId::StatusStopped));
 
     EXPECT_EQ(find<QProgressBar>("ProgressBar")->value(), 100);
+    EXPECT_EQ(find("ElapsedCell")->findChildren<QLabel*>().last()->text(), "00:00:01");
     EXPECT_TRUE(rule->isEnabled());
     EXPECT_TRUE(attention().isEmpty()) << attention().toStdString();
     EXPECT_TRUE(listHas("Recording to \""));
@@ -234,6 +238,83 @@ TEST_F(WindowRecording, BeginsByItselfWhenTheProgramIsLoaded) {
     ASSERT_TRUE(waitForBytes(1));
     press(Qt::Key_F6);
     EXPECT_EQ(recordings(), std::vector<std::string>{"run.dat"});
+}
+
+TEST_F(WindowRecording, WaitsForItsConditionAndSaysSoBeforehand) {
+    const ScopedEnvironment level("TARNO2_SIMULATOR", "Signal=Level");
+    wanted_.stopMode = StopRule::Manual;
+    wanted_.synchro.SynchroAnalogMode = 0;
+    wanted_.synchro.SynchroAnalogValue = 9.0;
+    for (const int mode : {1, 2}) {
+        wanted_.synchro.SynchroAnalyzeMode = mode;
+        wanted_.synchro.AnalyzeAnalogStartMode = 0;
+        wanted_.synchro.startAnalogEnabled = true;
+        wanted_.synchro.AnalyzeAnalogStartValue = 9.0;
+        wanted_.fileName = folder_.file("data/run" + std::to_string(mode) + ".dat");
+        open();
+        auto* badge = find<QToolButton>("ConditionsButton");
+        EXPECT_TRUE(badge->isVisible());
+        EXPECT_EQ(badge->text(), uiText(mode == 1 ? TextId::SynchroAnalysis : TextId::SynchroSynchronization));
+        press(Qt::Key_F5);
+        ASSERT_TRUE(waitForState(TextId::StatusWaitingForTrigger)) << stateWord().toStdString();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return form().control().session()->samplesRead() > 0; }, 30000));
+        QTest::qWait(150);
+        EXPECT_EQ(stateWord(), "Waiting for trigger");
+        find<QAction>("RussianChoose")->trigger();
+        EXPECT_EQ(stateWord(), QStringLiteral("Ожидание условия записи"));
+        find<QAction>("EnglishChoose")->trigger();
+        press(Qt::Key_F6);
+        EXPECT_EQ(stateWord(), "Stopped");
+        ASSERT_TRUE(close());
+    }
+    wanted_.synchro.SynchroAnalyzeMode = 0;
+    open();
+    EXPECT_FALSE(find("ConditionsButton")->isVisible());
+}
+
+TEST_F(WindowRecording, AStartLooksForTheBoardAnew) {
+    {
+        const ScopedEnvironment off("TARNO2_SIMULATOR", "RefuseBoard=1");
+        open();
+        EXPECT_EQ(stateWord(), "Error");
+        press(Qt::Key_F5);
+        EXPECT_EQ(attention(), "Attention: Init error");
+        EXPECT_EQ(stateWord(), "Error");
+    }
+    // It was switched on meanwhile.
+    record();
+    EXPECT_EQ(attention(), QString());
+    press(Qt::Key_F6);
+    EXPECT_GT(frames("run"), 0U);
+}
+
+TEST_F(WindowRecording, ADriverThatTakesItsTimeDoesNotStopTheWindow) {
+    FakeDevice mute;
+    mute.numbers[kADCGetAbiVersion] = kADCAbiVersion;
+    Event answers;
+    open();
+    std::string why;
+    EXPECT_TRUE(form().selection().driver().attach(&mute, "Fake", folder_.path(), why)) << why;
+    mute.afterGetCode = [&](uint32_t) { static_cast<void>(answers.wait(30000)); };
+    form().BaseBoxChange(1);
+    EXPECT_TRUE(form().looksForBoard());
+    const size_t asked = mute.countCalls("Get");
+    auto* facts = find<QLabel>("BoardFactsLabel");
+    EXPECT_EQ(facts->text(), "Looking for the board...");
+    EXPECT_FALSE(find("StartButton")->isEnabled());
+    EXPECT_FALSE(find("FrequencyBox")->isEnabled());
+    // Whatever asks the driver leaves it alone.
+    find<QAction>("RussianChoose")->trigger();
+    EXPECT_EQ(facts->text(), QStringLiteral("Поиск платы…"));
+    form().HDDTestSpeedClick(false);
+    find<QAction>("EnglishChoose")->trigger();
+    EXPECT_EQ(mute.countCalls("Get"), asked);
+    answers.set();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !form().looksForBoard(); }, 30000));
+    EXPECT_NE(facts->text(), "Looking for the board...");
+    EXPECT_TRUE(find("StartButton")->isEnabled());
+    EXPECT_EQ(stateWord(), "Ready");
+    drop();
 }
 
 TEST_F(WindowRecording, WaitsForTheExternalStart) {

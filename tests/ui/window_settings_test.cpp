@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
@@ -14,9 +15,11 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
+#include <QSplitter>
 #include <QTableView>
 #include <QTimer>
 #include <QToolButton>
+#include <QWheelEvent>
 
 #include "config/settings_file.h"
 #include "config/version.h"
@@ -25,6 +28,7 @@
 #include "ui/about_box.h"
 #include "ui/help.h"
 #include "ui/message_list.h"
+#include "ui/show_form.h"
 #include "ui/text.h"
 
 namespace tarno2::test {
@@ -96,6 +100,77 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
     EXPECT_TRUE(find<QDockWidget>("SignalDock")->isHidden());
     EXPECT_EQ(form().geometry().topLeft(), QPoint(30, 40));
     EXPECT_EQ(form().height(), 640);
+}
+
+TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
+    open();
+    auto* view = find<T_ShowForm>("T_ShowForm");
+    const auto splitterOf = [](QWidget* part) { return qobject_cast<QSplitter*>(part->parentWidget()); };
+    const auto panels = [&] { return splitterOf(find("PanelHeader1")->parentWidget()); };
+    const auto rows = [&] { return splitterOf(find("MessageList")); };
+    const QList<int> columnsBefore = panels()->sizes();
+    const int messagesBefore = rows()->sizes().last();
+    panels()->setSizes({columnsBefore.first() + 20, columnsBefore.last() - 20});
+    rows()->setSizes({form().height() - 110, 110});
+    view->ShowSettingsClick();
+    find<QSplitter>("Splitter1")->setSizes({100, 230});
+    QApplication::processEvents();
+    const int signalBefore = find("SignalDock")->height();
+    find<QMainWindow>("RightSide")->resizeDocks({find<QDockWidget>("SignalDock")}, {signalBefore + 30}, Qt::Vertical);
+    for (const TextId part : {TextId::ViewLegend, TextId::ViewCursors})
+        for (QAction* action : view->findChildren<QAction*>())
+            if (action->text() == uiText(part))
+                action->trigger();
+    QApplication::processEvents();
+    const QList<int> columns = panels()->sizes();
+    const int messages = rows()->sizes().last();
+    const int signal = find("SignalDock")->height();
+    const int beside = find("ViewSettings")->width();
+    ASSERT_NE(columns, columnsBefore);
+    ASSERT_NE(messages, messagesBefore);
+    ASSERT_NE(signal, signalBefore);
+    ASSERT_TRUE(close());
+
+    openAgain();
+    EXPECT_EQ(panels()->sizes(), columns);
+    EXPECT_EQ(rows()->sizes().last(), messages);
+    EXPECT_EQ(find("SignalDock")->height(), signal);
+    EXPECT_EQ(find("ViewSettings")->width(), beside);
+    EXPECT_TRUE(form().programSettings().viewLegend && form().programSettings().viewCursors);
+    press(Qt::Key_L, Qt::ControlModifier);
+    ASSERT_TRUE(close());
+    openAgain();
+    EXPECT_FALSE(find("MessageList")->isVisible());
+    EXPECT_EQ(kept().messagesHeight, messages) << "it comes back as high as it was";
+}
+
+// Who scrolls the panel does not change what passes below the pointer.
+TEST_F(WindowSettings, TheWheelChangesOnlyWhatHasTheFocus) {
+    open();
+    openPanel(3);
+    const auto turn = [](QWidget* widget) {
+        const QPointF at = widget->rect().center();
+        QWheelEvent event(at, widget->mapToGlobal(at), {}, {0, -120}, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(widget, &event);
+    };
+    auto* rule = find<QComboBox>("StopModeBox");
+    auto* value = find<QDoubleSpinBox>("StopValueBox");
+    rule->setCurrentIndex(1);
+    emit rule->activated(1);
+    const double before = value->value();
+    find("MessageList")->setFocus();
+    turn(rule);
+    turn(value);
+    EXPECT_EQ(rule->currentIndex(), 1);
+    EXPECT_EQ(value->value(), before);
+    EXPECT_FALSE(rule->hasFocus());
+    value->setFocus();
+    turn(value);
+    EXPECT_LT(value->value(), before);
+    rule->setFocus();
+    turn(rule);
+    EXPECT_EQ(rule->currentIndex(), 2);
 }
 
 TEST_F(WindowSettings, APlaceOffEveryScreenIsCorrected) {

@@ -110,6 +110,11 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
     showFacts();
 }
 
+void BoardPanel::setLooking(bool looking) {
+    looking_ = looking;
+    showFacts();
+}
+
 void BoardPanel::fillDrivers(BoardSelection& selection) {
     const QSignalBlocker quiet(driverBox_);
     driverBox_->clear();
@@ -164,7 +169,9 @@ void BoardPanel::showFacts() {
     setAvailable(driverBox_, driversInstalled_, uiText(TextId::NoDriverInstalled));
     setAvailable(baseBox_, baseBox_->currentData().toUInt() != 0, problem_.isEmpty() ? reason : problem_);
 
-    if (boardUsable_) {
+    if (looking_) {
+        showText(factsLabel_, uiText(TextId::LookingForBoard));
+    } else if (boardUsable_) {
         showText(factsLabel_, uiText(TextId::BoardFacts,
                                      {QString::number(facts_.channelCount), QString::number(facts_.format.m_nCodeBits),
                                       QString::number(facts_.packed() ? facts_.format.m_nDigitalLines : 0)}));

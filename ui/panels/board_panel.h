@@ -25,6 +25,8 @@ public:
     void store(ProgramSettings& settings) const override;
     void retranslate() override;
     void boardChanged(BoardSelection& selection) override;
+    /// The driver looks for its board, and takes its time.
+    void setLooking(bool looking);
 
 signals:
     void driverChosen(const QString& name);
@@ -54,6 +56,7 @@ private:
     bool driversInstalled_ = false;
     bool driverLoaded_ = false;
     bool boardUsable_ = false;
+    bool looking_ = false;
     int32_t drqNumber_ = 0;
 };
 
