@@ -100,7 +100,8 @@ struct ProgramSettings {
     int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
     static constexpr size_t kDigitalLineCount = 32;
     std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
-    /// Where the user has zoomed the Y axis to, volts or codes; taken while the scale is not automatic. Equal: nowhere.
+    /// Where the user has zoomed the Y axis to, microvolts or codes; taken while the scale is not automatic. Equal:
+    /// nowhere.
     double axisYLower = 0.0;
     double axisYUpper = 0.0;
     bool axisYAutoMode = true;

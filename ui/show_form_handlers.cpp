@@ -214,11 +214,12 @@ void T_ShowForm::zoomedX(double lower, double upper) {
 
 // The limits come in the unit that is shown; the scale of the settings is in the user's.
 void T_ShowForm::zoomedY(double lower, double upper) {
-    const double units = unitsPerVolt(drawing_->unitY());
-    settings_.axisYLower = lower / units;
-    settings_.axisYUpper = upper / units;
+    const AxisYUnit shown = drawing_->unitY();
+    const double micro = unitsPerVolt(shown == AxisYUnit::Codes ? shown : AxisYUnit::Microvolts) / unitsPerVolt(shown);
+    settings_.axisYLower = lower * micro;
+    settings_.axisYUpper = upper * micro;
     settings_.axisYAutoMode = false;
-    settings_.axisYValue = std::max(std::abs(settings_.axisYLower), std::abs(settings_.axisYUpper)) *
+    settings_.axisYValue = std::max(std::abs(lower), std::abs(upper)) / unitsPerVolt(shown) *
                            drawing_->userUnitsPerVolt(shownSignal()->format());
 }
 

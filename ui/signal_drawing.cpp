@@ -206,7 +206,8 @@ bool SignalDrawing::moving() const {
 // Where the user has zoomed to. A scale that the user gives lies around 0, or above it when nothing below can come.
 AxisRange SignalDrawing::userRange(const SignalFormat& format) const {
     if (settings_.axisYLower < settings_.axisYUpper) {
-        return {settings_.axisYLower, settings_.axisYUpper};
+        const double units = unitsPerVolt(showsCodes(settings_) ? AxisYUnit::Codes : AxisYUnit::Microvolts);
+        return {settings_.axisYLower / units, settings_.axisYUpper / units};
     }
     const double value = settings_.axisYValue > 0.0 ? settings_.axisYValue : 1.0;
     const bool positive = showsCodes(settings_)
