@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdarg>
+#include <cstdio>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -35,6 +37,7 @@ public:
 
     [[nodiscard]] bool read() {
         openDebugLog();
+        tellUnknownKeys();
         if (!readBoard()) {
             return false;
         }
@@ -50,6 +53,7 @@ public:
 
 private:
     void openDebugLog();
+    void tellUnknownKeys() const;
     [[nodiscard]] bool readBoard();
     void readFileName();
     void explainBackslashes() const;
@@ -86,6 +90,19 @@ void AutoSettingsReader::openDebugLog() {
     int32_t debugMode = 0;
     if (file_.readInt32("DebugMode", debugMode, 0)) {
         debugLog().open(consoleLog().path(), debugMode);
+    }
+}
+
+// A key that was mistyped leaves its setting at a default, which nobody would notice.
+void AutoSettingsReader::tellUnknownKeys() const {
+    constexpr std::string_view kKeys[] = {
+        "DebugMode", "DriverName", "BaseNumber", "FileName",        "ChannelCount", "ChannelsNumber", "ChannelsGain",
+        "Frequency", "CutMode",    "TimeNeed",   "TimeMode",        "SizeNeedLow",  "SizeNeedHight",  "SizeMode",
+        "BoardMode", "PacketFreq", "Decimation", "MeasureFileMode", "WriteBuffer",  "WriteAge"};
+    for (const std::string& key : keysOf(normaliseKeyValueText(text_))) {
+        if (std::find(std::begin(kKeys), std::end(kKeys), key) == std::end(kKeys) && !isAutoSynchroKey(key)) {
+            consoleLog().log("Unknown parameter \"%s\" ignored", key.c_str());
+        }
     }
 }
 
@@ -282,7 +299,10 @@ void AutoSettingsReader::readWriteBuffer() {
 }
 
 void startConsoleLog(const std::string& programDirectory) {
-    consoleLog().open(programDirectory);
+    if (const OsError error = consoleLog().open(programDirectory); !error.ok()) {
+        std::fprintf(stderr, "The log \"%s\" can not be opened: %s\n", consoleLog().path().c_str(),
+                     error.text().c_str());
+    }
     const LocalTime now = localTime();
     consoleLog().log("*****************************************************************");
     consoleLog().log("Console start at: %02d:%02d:%02d  %02d.%02d.%04d", now.hour, now.minute, now.second, now.day,
@@ -307,6 +327,11 @@ bool readSettingsText(const std::optional<std::string>& path, std::string& text)
     probe.close();
     if (!readWholeFile(*path, KeyValueFile::kMaximumSize, FileShare::None, text).ok()) {
         return abortLoad("Config file \"%s\" can not be read... Program aborted", path->c_str());
+    }
+    // Editors put it in front of what they save as UTF-8.
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark)) {
+        text.erase(0, kByteOrderMark.size());
     }
     return true;
 }

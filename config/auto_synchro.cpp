@@ -1,6 +1,8 @@
 #include "config/auto_synchro.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <string>
 
@@ -106,6 +108,15 @@ void chooseSources(SynchroSettings& s, bool analysisOnPort, bool synchroOnPort) 
 }
 
 }  // namespace
+
+bool isAutoSynchroKey(std::string_view key) {
+    constexpr std::string_view kOthers[] = {"AnalyzeMode",           "SynchroMode",      "SynchroAllSize",
+                                            "SynchroPrehistorySize", "StopAfterTrigged", "UseDigitalPort"};
+    const auto is = [key](const auto& entry) { return key == entry.key; };
+    return std::any_of(std::begin(kIntegerKeys), std::end(kIntegerKeys), is) ||
+           std::any_of(std::begin(kRealKeys), std::end(kRealKeys), is) ||
+           std::find(std::begin(kOthers), std::end(kOthers), key) != std::end(kOthers);
+}
 
 bool readAutoSynchro(const KeyValueFile& file, std::string_view normalised, AutoSynchro& synchro) {
     const Reader reader{file, normalised};

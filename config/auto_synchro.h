@@ -14,6 +14,9 @@ struct AutoSynchro {
     bool useDigitalPort = false;
 };
 
+/// Whether it is a key that `readAutoSynchro` reads.
+[[nodiscard]] bool isAutoSynchroKey(std::string_view key);
+
 /// Reads the synchronisation keys, all of them optional. A value that makes no sense is logged in the console log and
 /// ends the load: false, with the key's name in the line. `normalised`: the text that `file` holds, as
 /// `normaliseKeyValueText` gives it.

@@ -1,7 +1,9 @@
 #include "config/console_log.h"
 
 #include <algorithm>
+#include <chrono>
 #include <new>
+#include <thread>
 
 #include "config/log_file.h"
 #include "platform/c_locale.h"
@@ -11,13 +13,28 @@
 namespace tarno2 {
 
 namespace {
-constexpr size_t kLongestMessage = 3000;
-}
 
-bool ConsoleLog::open(const std::string& folder) {
+constexpr size_t kLongestMessage = 3000;
+constexpr int kMostLogs = 99;
+constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kRetryPeriod{50};
+
+}  // namespace
+
+OsError ConsoleLog::open(const std::string& folder) {
     close();
     path_ = joinPath(folder, "AutoLog.txt");
-    return openLogFile(file_, path_);
+    OsError error = openLogFile(file_, path_);
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (error.inUse() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(kRetryPeriod);
+        error = openLogFile(file_, path_);
+    }
+    for (int number = 2; error.inUse() && number <= kMostLogs; ++number) {
+        path_ = joinPath(folder, "AutoLog_" + std::to_string(number) + ".txt");
+        error = openLogFile(file_, path_);
+    }
+    return error;
 }
 
 void ConsoleLog::close() {

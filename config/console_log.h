@@ -11,10 +11,12 @@ namespace tarno2 {
 /// line is written with one write and flushed. Calls while it is closed do nothing. Window thread only.
 class ConsoleLog {
 public:
-    /// Opens `folder`/AutoLog.txt without sharing, at its end. False when that can't be done; the program goes on.
-    bool open(const std::string& folder);
+    /// Opens `folder`/AutoLog.txt without sharing, at its end. While another run has it, waits for up to a second, then
+    /// takes AutoLog_2.txt, AutoLog_3.txt, ... On an error the log stays closed, and the program goes on.
+    OsError open(const std::string& folder);
     void close();
     [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
+    /// Of the log that is open, or could not be opened.
     [[nodiscard]] const std::string& path() const { return path_; }
 
     /// printf-style, in the "C" locale; a message of more than 3000 bytes is cut.

@@ -32,7 +32,7 @@ void DebugLog::open(const std::string& settingsPath, int32_t debugMode) {
     }
     std::string path = settingsPath;
     path.replace(path.size() - kExtension.size(), kExtension.size(), kExtension);
-    if (!openLogFile(file_, path)) {
+    if (!openLogFile(file_, path).ok()) {
         return;
     }
     opened_.store(true, std::memory_order_release);

@@ -2,16 +2,20 @@
 
 namespace tarno2 {
 
-bool openLogFile(File& log, const std::string& path) {
-    if (!log.open(path, FileMode::OpenAlways, FileAccess::Write, FileShare::None).ok()) {
-        return false;
+OsError openLogFile(File& log, const std::string& path) {
+    OsError error = log.open(path, FileMode::OpenAlways, FileAccess::Write, FileShare::None);
+    if (!error.ok()) {
+        return error;
     }
     uint64_t end = 0;
-    if (log.size(end).ok() && log.seek(end).ok()) {
-        return true;
+    error = log.size(end);
+    if (error.ok()) {
+        error = log.seek(end);
     }
-    log.close();
-    return false;
+    if (!error.ok()) {
+        log.close();
+    }
+    return error;
 }
 
 void writeLogLine(File& log, std::string_view line) {

@@ -4,11 +4,12 @@
 #include <string_view>
 
 #include "platform/file.h"
+#include "platform/os_error.h"
 
 namespace tarno2 {
 
 /// Opens a log for writing at its end, without sharing, making it when there is none. `log` stays closed on failure.
-bool openLogFile(File& log, const std::string& path);
+OsError openLogFile(File& log, const std::string& path);
 
 /// Hands a whole line to the system with one write, so that lines of two threads never mix, and has it put on the disk.
 /// Failures are ignored: no log may change what the program does.

@@ -63,7 +63,9 @@ bool isAbsolutePath(std::string_view path) {
 
 std::string programDirectory() {
     if (const auto home = environmentVariable("TARNO2_HOME"); home && !home->empty()) {
-        return withoutTrailingSeparators(*home);
+        std::string folder = withoutTrailingSeparators(*home);
+        createFolders(folder);  // what can't be made shows when something is to be put there
+        return folder;
     }
     std::string folder = executableFolder();
     if (isWritableFolder(folder)) {

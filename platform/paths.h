@@ -38,7 +38,8 @@ extern const char kPathSeparator;
 /// Empty when the user has none.
 [[nodiscard]] std::string userSettingsFolder();
 /// Where settings and logs live: $TARNO2_HOME when set; else the program's own folder when it is writable; else the
-/// user's settings folder for this program (made when missing). Without a separator at its end.
+/// user's settings folder for this program. The first and the last are made when missing. Without a separator at its
+/// end.
 [[nodiscard]] std::string programDirectory();
 
 }  // namespace tarno2

@@ -1,5 +1,6 @@
 #include "records/key_value_text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarno2 {
@@ -10,6 +11,11 @@ constexpr std::string_view kLineEnd = "\r\n";
 
 bool isBlank(char c) {
     return c == ' ' || c == '\t';
+}
+
+bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
 }
 
 /// One pass over a text; `run` may be called once.
@@ -115,6 +121,20 @@ std::optional<std::string_view> findKeyValue(std::string_view normalised, std::s
         rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + kLineEnd.size());
     }
     return std::nullopt;
+}
+
+std::vector<std::string> keysOf(std::string_view normalised) {
+    std::vector<std::string> keys;
+    while (!normalised.empty()) {
+        const size_t end = std::min(normalised.find(kLineEnd), normalised.size());
+        const std::string_view line = normalised.substr(0, end);
+        const std::string_view key = line.substr(0, line.find('='));
+        if (key.size() < line.size() && std::none_of(key.begin(), key.end(), isControl)) {
+            keys.emplace_back(key.substr(0, key.find_last_not_of(' ') + 1));
+        }
+        normalised.remove_prefix(std::min(end + kLineEnd.size(), normalised.size()));
+    }
+    return keys;
 }
 
 std::optional<std::string> unquoteValue(std::string_view value) {

@@ -77,10 +77,9 @@ private:
     uint32_t history_;
     SampleFacts facts_;
 
-    int32_t previous_ = 0;        ///< the sample before the next one that is tested
-    bool previousKnown_ = false;  ///< not at the beginning, and not behind frames that were copied
-    std::vector<std::byte>
-        held_;  ///< room for two frames: one whose sample is the next block's, and that block's first
+    int32_t previous_ = 0;         ///< the sample before the next one that is tested
+    bool previousKnown_ = false;   ///< not at the beginning, and not behind frames that were copied
+    std::vector<std::byte> held_;  ///< two frames: one whose sample is the next block's, and that block's first
     bool holding_ = false;
     uint64_t eventCounter_ = 0;
     EventBuffer event_;

@@ -119,7 +119,8 @@ TEST(AutoSettings, ThatAreNoGoodEndTheProgramWithTheReason) {
         {"frequency", "Frequency = -5\r\n" + good, "Attention: Start faild because freq value incorrect."},
         {"one packet", "ChannelCount = 1\r\nChannelsNumber = 1\r\nBoardMode = 4\r\nPacketFreq = 10\r\n" + good,
          "Attention: Enabled packet mode, but channels count = 1."},
-        {"channel", "ChannelsNumber = 0, 160\r\n" + good, "Attention: Init error"},
+        {"channel", "ChannelsNumber = 0, 160\r\n" + good, "Attention: The board has no such channel."},
+        {"mode", "BoardMode = 10\r\n" + good, "Board mode 0x10 is not offered by the board: unknown mode"},
         {"gain", good + "ChannelsGain = 1, 3\r\n", "Attention: Init error"},
     };
     for (const auto& each : cases) {

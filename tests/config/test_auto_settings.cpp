@@ -288,6 +288,45 @@ TEST(AutoSettings, DebugModeOpensALogBesideTheConsoleLog) {
     EXPECT_THAT(readFile(load.folder().file("AutoLog.dbg")), testing::HasSubstr("Debug start Tarno2 version = "));
 }
 
+TEST(AutoSettings, KeysThatAreNoneAreNamed) {
+    Load load;
+    load.withText("Freqency = 5\r\n; Comment = 1\r\na line of words\r\nboardmode=1\r\n My key = \"Frequency = 1\"\r\n" +
+                  settingsText({{"SynchroAnalogValue", "1"},
+                                {"AnalyzePortStopBit", "2"},
+                                {"UseDigitalPort", "1"},
+                                {"SizeNeedHight", "1"},
+                                {"WriteAge", "100"}}));
+    ASSERT_TRUE(load.settings);
+    EXPECT_THAT(load.findings,
+                ElementsAre("Unknown parameter \"Freqency\" ignored", "Unknown parameter \"boardmode\" ignored",
+                            "Unknown parameter \"My key\" ignored"));
+}
+
+TEST(AutoSettings, AByteOrderMarkIsNoPartOfTheFirstKey) {
+    Load load;
+    load.withText("\xEF\xBB\xBF" + settingsText({}));
+    ASSERT_TRUE(load.settings);
+    EXPECT_THAT(load.findings, IsEmpty());
+}
+
+TEST(ConsoleLog, ALogThatAnotherRunHoldsGetsANeighbour) {
+    const TemporaryFolder folder;
+    ConsoleLog first;
+    ConsoleLog second;
+    ConsoleLog third;
+    ASSERT_TRUE(first.open(folder.path()).ok());
+    ASSERT_TRUE(second.open(folder.path()).ok());
+    ASSERT_TRUE(third.open(folder.path()).ok());
+    second.log("of the second");
+    second.close();
+    EXPECT_EQ(readFile(folder.file("AutoLog_2.txt")), "of the second\r\n");
+    EXPECT_EQ(readFile(folder.file("AutoLog.txt")), "");
+    EXPECT_EQ(fileNameOf(third.path()), "AutoLog_3.txt");
+    first.close();
+    ASSERT_TRUE(second.open(folder.path()).ok());
+    EXPECT_EQ(fileNameOf(second.path()), "AutoLog.txt");
+}
+
 TEST(AutoSettings, LogsGrowFromRunToRunAndAreNotNeeded) {
     Load load;
     load.withText(settingsText({}));
@@ -299,7 +338,11 @@ TEST(AutoSettings, LogsGrowFromRunToRunAndAreNotNeeded) {
 
     const std::string path = load.folder().write("auto.cfg", settingsText({{"DebugMode", "1"}}));
     const std::string noFolder = joinPath(path, "below a file");
+    testing::internal::CaptureStderr();
     EXPECT_TRUE(LoadAutoSettings(path, noFolder));
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(told.rfind("The log \"" + joinPath(noFolder, "AutoLog.txt") + "\" can not be opened: ", 0), 0U) << told;
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1);
     EXPECT_FALSE(consoleLog().isOpen());
     EXPECT_FALSE(debugLog().isOpen());
 }

@@ -67,6 +67,8 @@ TEST(Paths, ProgramDirectoryFollowsTheEnvironment) {
     {
         const ScopedEnvironment home("TARNO2_HOME", folder.path() + kPathSeparator);
         EXPECT_EQ(programDirectory(), folder.path());
+        const ScopedEnvironment missing("TARNO2_HOME", folder.file("one/two"));
+        EXPECT_TRUE(isDirectory(programDirectory()));
     }
     EXPECT_TRUE(isDirectory(executableFolder()));
     EXPECT_TRUE(isDirectory(currentFolder()));
