@@ -60,6 +60,7 @@ private:
     void closeFiles();
     void notify();
     void notifyProgress();
+    [[nodiscard]] bool fallsBehind();
 
     T_BOARD& board_;
     T_DRIVER& driver_;
@@ -82,6 +83,7 @@ private:
     std::optional<LocalTime> noDataSince_;
     uint64_t lastHalves_ = 0;
     uint64_t lastProgress_ = 0;
+    bool diskBehind_ = false;  ///< more than half of the memory for it waits for the disk
     RecordingResult report_;
 };
 

@@ -2,22 +2,38 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
+#include <exception>
+
+#include "config/debug_log.h"
 
 namespace tarno2 {
 
 namespace {
 
+/// What the last call of this thread threw; empty when it returned.
+thread_local std::array<char, 300> thrown{};
+
+void noteThrown(const char* what) noexcept {
+    std::snprintf(thrown.data(), thrown.size(), "the driver threw an exception%s%s", *what == '\0' ? "" : ": ", what);
+    DEBUG_LOG("!!!!! %s", thrown.data());
+}
+
 // Calls the driver; whatever it throws counts as `failed`.
 template <typename Call, typename Result>
 Result guarded(IADCDevice* device, Result failed, Call call) noexcept {
+    thrown.front() = '\0';
     if (device == nullptr) {
         return failed;
     }
     try {
         return call(*device);
+    } catch (const std::exception& error) {
+        noteThrown(error.what());
     } catch (...) {
-        return failed;
+        noteThrown("");
     }
+    return failed;
 }
 
 // Asks a list twice: how long it is, then for its entries.
@@ -77,6 +93,9 @@ bool Device::setProgramDirectory(const std::string& folder) noexcept {
 }
 
 std::string Device::lastError() noexcept {
+    if (thrown.front() != '\0') {
+        return thrown.data();
+    }
     std::array<char, 1000> text{};
     const int32_t told = guarded(device_, 0, [&text](IADCDevice& device) {
         return device.LastError(text.data(), static_cast<uint32_t>(text.size()));

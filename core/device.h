@@ -26,6 +26,7 @@ public:
     /// The driver's answer, kADCDataFailed when it threw.
     [[nodiscard]] int32_t getData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept;
     [[nodiscard]] bool setProgramDirectory(const std::string& folder) noexcept;
+    /// Why this thread's last call failed: what it threw, or the driver's words.
     [[nodiscard]] std::string lastError() noexcept;
 
     template <typename Result>

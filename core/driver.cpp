@@ -53,7 +53,8 @@ bool T_DRIVER::attach(IADCDevice* device, const std::string& name, const std::st
         return false;
     }
     if (!device_.setProgramDirectory(programDirectory)) {
-        DEBUG_LOG("!!!!! Driver settings: %s", device_.lastError().c_str());
+        settingsProblem_ = "Driver settings: " + device_.lastError();
+        DEBUG_LOG("!!!!! %s", settingsProblem_.c_str());
     }
     return true;
 }
@@ -89,6 +90,7 @@ void T_DRIVER::releaseDevice() {
     }
     device_ = Device();
     name_.clear();
+    settingsProblem_.clear();
     facts_ = {};
     startAllowed_ = false;
     initialised_ = false;

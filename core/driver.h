@@ -38,6 +38,8 @@ public:
     void FREE();
 
     [[nodiscard]] const std::string& name() const { return name_; }
+    /// Why the loaded driver can't use its settings file, for the log; empty when it can, or has none.
+    [[nodiscard]] const std::string& settingsProblem() const { return settingsProblem_; }
     [[nodiscard]] Device& device() { return device_; }
     [[nodiscard]] bool loaded() const { return device_.present(); }
     [[nodiscard]] const BoardFacts& facts() const { return facts_; }
@@ -68,6 +70,7 @@ private:
     Library library_;
     Device device_;
     std::string name_;
+    std::string settingsProblem_;
     BoardFacts facts_;
     bool startAllowed_ = false;
     bool initialised_ = false;

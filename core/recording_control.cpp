@@ -350,6 +350,7 @@ void RecordingControl::prepareLiveTap() {
 void RecordingControl::release() {
     prepareLiveTap();
     session_->writer().setCreateTime(localTime());
+    outsideEnd_ = OutsideEnd::User;
     DEBUG_LOG("Resume start");
     session_->Begin();
     shell_.showStatus(text(TextId::StatusRecording));
@@ -374,6 +375,7 @@ void RecordingControl::StopTimerTick() {
         return;
     }
     DEBUG_LOG("Timer stop - Work");
+    outsideEnd_ = OutsideEnd::StopTime;
     StopButtonClick();
     shell_.showProgress(100);
     shell_.killTimer();
@@ -411,6 +413,15 @@ void RecordingControl::StopButtonClick() {
     }
 }
 
+void RecordingControl::endForShutdown() {
+    if (session_) {
+        DEBUG_LOG("Ended by shutdown");
+        shell_.showDetail(text(TextId::EndedByShutdown));
+        outsideEnd_ = OutsideEnd::SystemEnding;
+        StopButtonClick();
+    }
+}
+
 void RecordingControl::GenerateFileName() {
     shell_.setFileName(naming_.GenerateFileName(shell_.fileName(), shell_.savedFileName()));
 }
@@ -424,6 +435,7 @@ void RecordingControl::OnNotification(const Notification& notification) {
     if (result.code == StopCode::Running) {
         if (current) {
             shell_.showBytes(result.bytes);
+            warnOfSlowDisk(result.waitingBytes);
         }
         return;
     }
@@ -452,7 +464,15 @@ void RecordingControl::OnNotification(const Notification& notification) {
     }
 }
 
+void RecordingControl::warnOfSlowDisk(uint64_t waitingBytes) {
+    if (waitingBytes > 0) {
+        attention(formatText(text(TextId::DiskFallsBehind).c_str(), formatFreeSpace(waitingBytes).c_str()));
+    }
+}
+
 void RecordingControl::report(const RecordingResult& result) {
+    lastResult_ = result;
+    outcome_ = outcomeOf(result, settings_.stopRule, outsideEnd_);
     if (const char* line = stopText(result); line[0] != '\0') {
         DEBUG_LOG("%s", line);
         shell_.showStatus(line);

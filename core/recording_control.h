@@ -9,6 +9,7 @@
 #include "config/file_naming.h"
 #include "core/board.h"
 #include "core/driver.h"
+#include "core/recording_outcome.h"
 #include "core/recording_shell.h"
 #include "language/text_ids.h"
 #include "records/record_description.h"
@@ -28,12 +29,18 @@ public:
     bool StartButtonClick();
     /// Ends the running recording, waits for its files and proposes the next name.
     void StopButtonClick();
+    /// Ends the recording because the system is ending, and says so.
+    void endForShutdown();
     /// Handles what an acquisition thread posted.
     void OnNotification(const Notification& notification);
     /// A second of the stop timer has passed.
     void StopTimerTick();
     /// Puts a new unused name into the file name field.
     void GenerateFileName();
+
+    /// What came of the recording that ended last, and what was told of it. Nothing before one has ended.
+    [[nodiscard]] RecordingOutcome outcome() const { return outcome_; }
+    [[nodiscard]] const RecordingResult& lastResult() const { return lastResult_; }
 
     [[nodiscard]] bool running() const { return session_ != nullptr; }
     /// The session of the running recording, null when there is none.
@@ -55,6 +62,7 @@ private:
     void chooseCut();
     void warnOfFreeSpace();
     void warnOfSmallBuffer();
+    void warnOfSlowDisk(uint64_t waitingBytes);
     [[nodiscard]] bool prepareFacts();
     [[nodiscard]] bool prepareSynchro();
     [[nodiscard]] bool createFiles();
@@ -85,6 +93,9 @@ private:
     uint64_t pieceBytes_ = 0;
     uint64_t wantedBuffer_ = 0;    ///< bytes; 0 once it was told that there are fewer
     bool diskNearlyFull_ = false;  ///< as the last recording left it
+    OutsideEnd outsideEnd_ = OutsideEnd::User;
+    RecordingOutcome outcome_ = RecordingOutcome::NothingRecorded;
+    RecordingResult lastResult_;
     bool timerArmed_ = false;
     int64_t timerCount_ = 0;
 };

@@ -13,9 +13,9 @@
 namespace tarno2 {
 
 /// What the operator has set, as the start of a recording takes it: active channels of the board, base units, and only
-/// those modes that the board offers. `frequencyText`: what stands in the frequency field, with "." or ",".
+/// those modes that the board offers. `frequencyField`: what stands there, with "." or ",".
 [[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board,
-                                                  std::string_view frequencyText);
+                                                  std::string_view frequencyField);
 /// The same, with the frequency of the settings.
 [[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board);
 

@@ -73,10 +73,12 @@ std::string stopMessage(const RecordingResult& result) {
             return text(TextId::IncompatibleDriver);
         case StopCode::StopMeasuring:
             return result.diskNearlyFull ? text(TextId::DiskMarginReached) : std::string();
+        case StopCode::WriteError:
+            return text(TextId::DataWriteError);
+        case StopCode::Unplug:
+            return text(TextId::BoardUnplugged);
         case StopCode::Running:
         case StopCode::User:
-        case StopCode::WriteError:
-        case StopCode::Unplug:
             return {};
     }
     return {};

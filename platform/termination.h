@@ -21,6 +21,9 @@ public:
 
     /// False when the system had no thread for it: requests end the process at once.
     [[nodiscard]] bool watching() const;
+    /// What asked last is the end of the user's session: a logoff, or the system shutting down. Only Windows tells. May
+    /// be called by the callback.
+    [[nodiscard]] bool systemEnds() const;
     /// Everything is saved: a console close that waits may go on.
     void finished();
 };

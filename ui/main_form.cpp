@@ -223,6 +223,14 @@ void T_MainForm::runWithoutDisplay() {
     }
 }
 
+void T_MainForm::requestShutdown() {
+    guarded("Shutdown", [this] {
+        control_.endForShutdown();
+        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);  // the system may not wait for the event loop
+    });
+    requestEnd();
+}
+
 void T_MainForm::logException(const char* name, const char* what) noexcept {
     try {
         DEBUG_LOG("!!!! %s: %s", name, what);

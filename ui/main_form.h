@@ -64,6 +64,8 @@ public:
     /// To be called when the toolkit's display is gone: the recording in console mode goes on to its end, another one
     /// is ended. Returns when the form is closed; nothing of the toolkit may be used afterwards.
     void runWithoutDisplay();
+    /// The same, and the logs say that the system is ending.
+    void requestShutdown();
 
     [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
     [[nodiscard]] RecordingControl& control() { return control_; }
@@ -145,6 +147,7 @@ private:
     void loadSettings();
     void loadConsoleSettings();
     void applyBoard(ApplyOutcome outcome);
+    void showDriverSettings();
     [[nodiscard]] ApplyOutcome chooseFirstUsableDriver();
     void lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found);
     void showLooking(bool looking);

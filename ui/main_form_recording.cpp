@@ -207,7 +207,7 @@ void T_MainForm::post(const Notification& notification) {
     // Progress is looked up ten times a second: this thread must not allocate for it.
     if (notification.result.code == StopCode::Running)
         newestBlock_.put({notification.session, notification.result.bytes, tickCount()});
-    else
+    if (notification.result.isNews())
         QMetaObject::invokeMethod(
             this, [this, notification] { handle(notification); }, Qt::QueuedConnection);
 }
@@ -215,7 +215,8 @@ void T_MainForm::post(const Notification& notification) {
 void T_MainForm::handle(const Notification& notification) {
     guarded("Notification", [this, &notification] {
         // Late news of a recording must not touch what the strip shows of the next one.
-        if (!control_.running() || control_.session()->number() == notification.session)
+        const bool own = !control_.running() || control_.session()->number() == notification.session;
+        if (own && notification.result.code != StopCode::Running)
             showLastFigures(notification.result);
         control_.OnNotification(notification);
         if (notification.result.code == StopCode::Unplug)
@@ -278,9 +279,6 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
     if (consoleMode())
         RecordingShell::recordingEnded(result);
     endState_ = RunState::Error;
-    const auto attention = [this](TextId id) {
-        showAttention(formatText(text(TextId::Attention).c_str(), text(id).c_str()));
-    };
     switch (result.code) {
         case StopCode::User:
             endState_ = RunState::Stopped;
@@ -289,12 +287,6 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
             endState_ = RunState::Stopped;
             if (!result.diskNearlyFull)
                 messages_->add(MessageList::Kind::Information, uiText(TextId::EndedByCondition));
-            break;
-        case StopCode::WriteError:
-            attention(TextId::DataWriteError);
-            break;
-        case StopCode::Unplug:
-            attention(TextId::BoardUnplugged);
             break;
         default:
             break;

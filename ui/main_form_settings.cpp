@@ -148,7 +148,13 @@ void T_MainForm::showLooking(bool looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
 }
 
+void T_MainForm::showDriverSettings() {
+    if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty())
+        showDetail(problem);
+}
+
 void T_MainForm::applyBoard(ApplyOutcome outcome) {
+    showDriverSettings();
     switch (outcome) {
         case ApplyOutcome::Done:
             SetErrorCode(BoardStatus::Ready);
@@ -215,6 +221,7 @@ void T_MainForm::DriverBoxChange(const QString& name) {
                 if (!selection_.problem().empty())
                     messages_->add(MessageList::Kind::Attention,
                                    uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
+                showDriverSettings();
             });
     });
 }

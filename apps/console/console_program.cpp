@@ -18,15 +18,36 @@ namespace tarno2 {
 
 namespace {
 
-// Whatever goes wrong, what was recorded is closed and described when the session goes.
-void record(const AutoSettings& settings, const std::string& directory, StopRelay& relay) {
+// Whatever goes wrong, what was recorded is closed and described when the session goes. Returns the exit status.
+int record(const CommandLine& line, const AutoSettings& settings, const std::string& directory, StopRelay& relay,
+           const TerminationWatcher& watcher) {
     try {
         ConsoleSession session(settings, directory);
-        const StopRelay::Attached attached(relay, [&session] { session.requestStop(); });
+        const StopRelay::Attached attached(relay, [&session, &watcher] { session.requestStop(watcher.systemEnds()); });
         session.run();
+        return exitStatus(line, session.control().outcome(), session.control().lastResult());
     } catch (const std::exception& error) {
         consoleLog().log("!!!! Exception: %s", error.what());
     }
+    return exitStatus(line, RecordingOutcome::NothingRecorded, {});
+}
+
+int runConsoleProgram(const CommandLine& line) {
+    StopRelay relay;
+    TerminationWatcher watcher([&relay] { relay.request(); });
+    const std::string directory = programDirectory();
+    int status = 0;
+    if (const auto settings = LoadAutoSettings(line.path, directory)) {
+        if (!watcher.watching()) {
+            consoleLog().log("A request to end the program ends it at once: the system has no thread to watch for one");
+        }
+        status = record(line, *settings, directory, relay, watcher);
+    } else {
+        status = exitStatus(line, RecordingOutcome::NothingRecorded, {});
+    }
+    logConsoleExit();
+    watcher.finished();
+    return status;
 }
 
 }  // namespace
@@ -39,32 +60,25 @@ void logConsoleExit() {
     debugLog().close();
 }
 
-void runConsoleProgram(const std::string& path) {
-    StopRelay relay;
-    TerminationWatcher watcher([&relay] { relay.request(); });
-    const std::string directory = programDirectory();
-    if (const auto settings = LoadAutoSettings(path, directory)) {
-        if (!watcher.watching()) {
-            consoleLog().log("A request to end the program ends it at once: the system has no thread to watch for one");
-        }
-        record(*settings, directory, relay);
+int exitStatus(const CommandLine& line, RecordingOutcome outcome, const RecordingResult& result) {
+    if (!line.status) {
+        return 0;
     }
-    logConsoleExit();
-    watcher.finished();
+    std::fputs(outcomeLine(outcome, result, consoleLog().path()).c_str(), stderr);
+    return static_cast<int>(outcome);
 }
 
 int runWithoutWindow(const CommandLine& line) {
     switch (line.mode) {
         case CommandLine::Console:
-            runConsoleProgram(line.path);
-            break;
+            return runConsoleProgram(line);
         case CommandLine::Version:
             std::printf("Tarno2 %s\n", versionText().c_str());
             break;
         case CommandLine::Interactive:
         case CommandLine::Usage:
             std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::Usage)).c_str());
-            break;
+            return line.status ? static_cast<int>(RecordingOutcome::NothingRecorded) : 0;
     }
     return 0;
 }

@@ -1,18 +1,19 @@
 #pragma once
 
-#include <string>
-
 #include "config/command_line.h"
+#include "core/recording_outcome.h"
 
 namespace tarno2 {
 
-/// Console mode as a program: reads the autosettings file at `path`, records once, ends. Everything it finds is a line
-/// in AutoLog.txt of the program directory. A signal that asks the program to end stops the recording like the stop
-/// button does.
-void runConsoleProgram(const std::string& path);
+/// The exit status of a recording program: 0, or what came of the recording when the command line asks for it, which is
+/// then told in a line on the standard error too.
+int exitStatus(const CommandLine& line, RecordingOutcome outcome, const RecordingResult& result);
 
 /// All that a program does without a window: console mode, or the text that tells its version or how to use it. Returns
 /// the exit status.
+///
+/// Console mode reads the autosettings file, records once, ends. Everything it finds is a line in AutoLog.txt of the
+/// program directory. A signal that asks the program to end stops the recording like the stop button does.
 int runWithoutWindow(const CommandLine& line);
 
 /// The last lines of both logs, which are closed.

@@ -44,7 +44,11 @@ void ConsoleSession::run() {
 }
 
 bool ConsoleSession::applySettings() {
-    switch (selection_.apply(settings_.driverName, settings_.baseNumber)) {
+    const ApplyOutcome outcome = selection_.apply(settings_.driverName, settings_.baseNumber);
+    if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty()) {
+        consoleLog().log("%s", problem.c_str());
+    }
+    switch (outcome) {
         case ApplyOutcome::Done:
             return true;
         case ApplyOutcome::DriverNotFound:
@@ -84,9 +88,11 @@ void ConsoleSession::enqueue(std::function<void()> work) {
     });
 }
 
-void ConsoleSession::requestStop() {
-    enqueue([this] {
-        if (control_.running()) {
+void ConsoleSession::requestStop(bool systemEnds) {
+    enqueue([this, systemEnds] {
+        if (control_.running() && systemEnds) {
+            control_.endForShutdown();
+        } else if (control_.running()) {
             control_.StopButtonClick();
         } else {
             queue_.quit();
@@ -95,7 +101,7 @@ void ConsoleSession::requestStop() {
 }
 
 void ConsoleSession::post(const Notification& notification) {
-    if (notification.result.code != StopCode::Running) {
+    if (notification.result.isNews()) {
         enqueue([this, notification] { handle(notification); });
     }
 }

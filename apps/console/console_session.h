@@ -21,8 +21,10 @@ public:
 
     /// Applies the settings, records once, and returns when it is over.
     void run();
-    /// Ends the recording like the stop button. Any thread.
-    void requestStop();
+    /// Ends the recording like the stop button; `systemEnds`: because of a logoff or shutdown. Any thread.
+    void requestStop(bool systemEnds = false);
+    /// What came of the recording is to be asked of it after `run`.
+    [[nodiscard]] const RecordingControl& control() const { return control_; }
     /// How long a board may give no data event, milliseconds at least. Before `run`.
     void setDataWait(uint32_t milliseconds) { control_.setDataWait(milliseconds); }
 

@@ -87,25 +87,33 @@ private:
     }
 };
 
-void runForm(std::optional<AutoSettings> console, StopRelay& relay) {
+/// Returns the exit status.
+int runForm(const CommandLine& line, std::optional<AutoSettings> console, StopRelay& relay) {
     try {
         T_MainForm form(programDirectory(), std::move(console));
-        const DisplayWatch display([&form] {
+        const auto status = [&form, &line] {
+            return exitStatus(line, form.control().outcome(), form.control().lastResult());
+        };
+        const DisplayWatch display([&form, &status] {
             form.runWithoutDisplay();
+            const int code = status();
             logConsoleExit();
-            std::_Exit(0);
+            std::_Exit(code);
         });
         QObject::connect(&form, &T_MainForm::closed, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
         QObject::connect(
-            qApp, &QGuiApplication::commitDataRequest, &form, [&form] { form.requestEnd(); }, Qt::DirectConnection);
+            qApp, &QGuiApplication::commitDataRequest, &form, [&form] { form.requestShutdown(); },
+            Qt::DirectConnection);
         const StopRelay::Attached attached(
             relay, [&form] { QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection); });
         form.present();
         QApplication::exec();
+        return status();
     } catch (const std::exception& error) {
         DEBUG_LOG("!!!! Exception: %s", error.what());
         exitWithCriticalError(kWindowNotMade);
     }
+    return exitStatus(line, RecordingOutcome::NothingRecorded, {});
 }
 
 }  // namespace
@@ -134,7 +142,7 @@ int runWindowProgram(std::string program, const CommandLine& line) {
     Application::setQuitOnLastWindowClosed(false);
     if (line.mode == CommandLine::Mode::Usage) {
         QMessageBox::information(nullptr, uiText(TextId::Information), uiText(TextId::Usage));
-        return 0;
+        return line.status ? static_cast<int>(RecordingOutcome::NothingRecorded) : 0;
     }
     std::optional<AutoSettings> console;
     bool usable = true;
@@ -142,12 +150,11 @@ int runWindowProgram(std::string program, const CommandLine& line) {
         console = LoadAutoSettings(line.path, programDirectory());
         usable = console.has_value();
     }
-    if (usable) {
-        runForm(std::move(console), relay);
-    }
+    const int status =
+        usable ? runForm(line, std::move(console), relay) : exitStatus(line, RecordingOutcome::NothingRecorded, {});
     logConsoleExit();
     watcher.finished();
-    return 0;
+    return status;
 }
 
 }  // namespace tarno2

@@ -125,6 +125,11 @@ bool TerminationWatcher::watching() const {
     return watcher->watching();
 }
 
+// A signal does not tell why it was sent.
+bool TerminationWatcher::systemEnds() const {
+    return false;
+}
+
 void TerminationWatcher::finished() {}
 
 }  // namespace tarno2

@@ -1,5 +1,6 @@
 #include "platform/termination.h"
 
+#include <atomic>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -20,6 +21,7 @@ struct Watch {
     Event finished;
     std::optional<uint64_t> askedAt;
     bool registered = false;
+    std::atomic<bool> systemEnds{false};
 
     /// False when the program is to end now, as if nobody watched.
     bool take() {
@@ -45,6 +47,9 @@ BOOL WINAPI handleControl(DWORD type) {
     {
         const std::scoped_lock lock(mutex);
         watch = current;
+        if (watch) {
+            watch->systemEnds = type == CTRL_LOGOFF_EVENT || type == CTRL_SHUTDOWN_EVENT;
+        }
         if (!watch || !watch->take()) {
             return FALSE;
         }
@@ -69,6 +74,11 @@ TerminationWatcher::TerminationWatcher(std::function<void()> callback) {
 
 bool TerminationWatcher::watching() const {
     return current->registered;
+}
+
+// Without the lock, which is held while the callback runs.
+bool TerminationWatcher::systemEnds() const {
+    return current->systemEnds;
 }
 
 TerminationWatcher::~TerminationWatcher() {

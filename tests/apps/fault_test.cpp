@@ -1,5 +1,6 @@
 // Boards that refuse, break or fall silent: what the logs say, and what is kept.
 
+#include <algorithm>
 #include <gmock/gmock.h>
 
 #include "platform/paths.h"
@@ -99,6 +100,42 @@ TEST(Faults, OfABoardInRealTimeKeepWhatWasDeliveredToo) {
         rig.record(longRecording(), std::string("Signal=Counter;") + each.settings);
         checkBroken(rig, each);
     }
+}
+
+TEST(ExitStatus, TellsAScriptWhatCameOfARecording) {
+    Wish sized;
+    sized.board = 4;
+    sized.frequency = 100e3;
+    sized.bytes = 4000;
+    Wish endless = longRecording();
+    Wish refused = sized;
+    refused.more = "BoardMode = 4\r\nPacketFreq = 10\r\n";
+    const struct {
+        const char* what;
+        Wish wish;
+        const char* simulator;
+        int status;
+        std::string line;
+    } cases[] = {
+        {"whole", sized, "", 0, "Recorded as asked: 4000 bytes in 1 files.\n"},
+        {"unplugged", endless, ";UnplugAfter=1000", 1,
+         "The recording ended early (Stop - By device unplug): 2000 bytes in 1 files. See \""},
+        {"refused", refused, "", 2, "Nothing was recorded. See \""},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const RecordingRig rig;
+        const ScopedEnvironment settings("TARNO2_SIMULATOR", std::string("RealTime=0;Signal=Counter") + each.simulator);
+        const std::string file = rig.writeSettings(each.wish);
+        for (const std::string program : {"tarno2-console", "Tarno2"}) {
+            const std::string told = rig.run(program, {"--status", "/c", file}, each.status);
+            EXPECT_EQ(told.substr(0, each.line.size()), each.line);
+            EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+            EXPECT_EQ(rig.run(program, {"/c", file}), "");
+        }
+    }
+    const RecordingRig rig;
+    rig.run("tarno2-console", {"--status", "/c", rig.file("missing.txt")}, 2);
 }
 
 // A board that says nothing is given ten seconds, so these wait together.

@@ -10,6 +10,7 @@ TEST(CommandLine, ModeAndPath) {
         const char* text;
         CommandLine::Mode mode;
         const char* path;
+        bool status = false;
     } const cases[] = {
         {"", CommandLine::Interactive, ""},
         {"/c auto.cfg", CommandLine::Console, "auto.cfg"},
@@ -24,11 +25,17 @@ TEST(CommandLine, ModeAndPath) {
         {"--version", CommandLine::Version, ""},
         {"--version ", CommandLine::Usage, ""},
         {"auto.cfg", CommandLine::Usage, ""},
+        {"--status /c auto.cfg", CommandLine::Console, "auto.cfg", true},
+        {"--status", CommandLine::Usage, ""},
+        {"--status auto.cfg", CommandLine::Usage, "", true},
+        {"--status ", CommandLine::Usage, "", true},
+        {"/c --status auto.cfg", CommandLine::Console, "--status auto.cfg"},
     };
     for (const auto& c : cases) {
         const CommandLine line = parseCommandLine(c.text);
         EXPECT_EQ(line.mode, c.mode) << c.text;
         EXPECT_EQ(line.path, c.path) << c.text;
+        EXPECT_EQ(line.status, c.status) << c.text;
     }
 }
 

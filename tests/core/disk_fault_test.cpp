@@ -245,6 +245,34 @@ struct SessionOnDisk {
     std::optional<SessionRig> session;
 };
 
+TEST(DiskFault, ADiskThatFallsBehindIsToldOnceUntilItHasCaughtUp) {
+    SessionOnDisk rig;
+    rig.disk.hold();
+    ASSERT_TRUE(rig.session->begin(3, 1e6F));
+    const DataWriter& writer = rig.session->board->writer();
+    ASSERT_TRUE(rig.device.waitForCall("Start"));
+    uint64_t samples = 0;
+    for (size_t stall = 1; stall <= 2; ++stall) {
+        for (const uint64_t end = samples + writer.bufferBytes() / 3; samples < end;) {
+            rig.device.produce(SessionOnDisk::kHalf);
+            samples += SessionOnDisk::kHalf;
+            ASSERT_TRUE(rig.device.waitForReads(samples));
+        }
+        while (rig.session->notes.slowDiskCount() < stall) {
+            std::this_thread::yield();
+        }
+        EXPECT_EQ(rig.session->notes.slowDiskCount(), stall);
+        rig.disk.release();
+        while (writer.waitingBytes() > 0) {
+            std::this_thread::yield();
+        }
+        rig.disk.hold();
+    }
+    rig.disk.release();
+    EXPECT_EQ(rig.session->stop().code, StopCode::User);
+    EXPECT_TRUE(rig.described() == streamBytes(0, samples, 2));
+}
+
 TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample) {
     SessionOnDisk rig;
     rig.disk.hold();

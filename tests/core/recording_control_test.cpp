@@ -249,7 +249,7 @@ struct Ending : Expected {
 const Ending kEndings[] = {
     {{"size", StopCode::StopMeasuring, "Stop - By stop measuring", "", true},
      [](ControlRig& r) { r.shell.wanted.stopRule = StopRule::Size, r.shell.wanted.stopBytes = 1000; }},
-    {{"pulled out", StopCode::Unplug, "Stop - By device unplug", "", true},
+    {{"pulled out", StopCode::Unplug, "Stop - By device unplug", "The board was unplugged", true},
      [](ControlRig& r) {
          r.device.numbers[kADCGetHotPlug] = 1;
          r.device.numbers[kADCGetHotPlugPresence] = 1;
@@ -465,6 +465,28 @@ TEST(RecordingControl, CycleGoesOnAfterTimeButNotForTheStopButtonNorUnattended) 
         rig.control.StopButtonClick();
         EXPECT_FALSE(rig.control.running());
     }
+}
+
+TEST(RecordingControl, TellsOfASlowDiskAndOfTheEndOfTheSystem) {
+    ControlRig rig;
+    rig.device.readerPaced = 1000;
+    rig.attach();
+    rig.control.setDataWait(60000);
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    Notification notification{rig.control.session()->number(), {}};
+    rig.control.OnNotification(notification);
+    EXPECT_FALSE(rig.shell.hasShown("Attention"));
+    notification.result.waitingBytes = 7 << 20;
+    EXPECT_TRUE(notification.result.isNews());
+    rig.control.OnNotification(notification);
+    EXPECT_TRUE(rig.shell.hasShown("Attention: The disk falls behind: 7.0 Mb wait to be written."));
+    ASSERT_TRUE(rig.device.waitForReads(1000));
+    rig.control.endForShutdown();
+    EXPECT_FALSE(rig.control.running());
+    EXPECT_EQ(rig.shell.details, std::vector<std::string>{"Recording ended: the system is shutting down."});
+    rig.pump();
+    EXPECT_EQ(rig.control.outcome(), RecordingOutcome::EndedEarly);
+    EXPECT_EQ(rig.control.lastResult().bytes, 2000U);
 }
 
 TEST(RecordingControl, ANearlyFullDiskEndsTheCycle) {

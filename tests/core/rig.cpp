@@ -30,6 +30,7 @@ void NotificationLog::post(const Notification& notification) {
     const std::lock_guard lock(mutex_);
     if (notification.result.code == StopCode::Running) {
         ++progress_;
+        slowDisk_ += notification.result.waitingBytes > 0 ? 1 : 0;
         return;
     }
     ends_.push_back(notification);
@@ -47,6 +48,11 @@ std::optional<Notification> NotificationLog::nextEnd() {
 size_t NotificationLog::progressCount() {
     const std::lock_guard lock(mutex_);
     return progress_;
+}
+
+size_t NotificationLog::slowDiskCount() {
+    const std::lock_guard lock(mutex_);
+    return slowDisk_;
 }
 
 SessionRig::SessionRig(FakeDevice& fake)

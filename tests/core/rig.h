@@ -42,6 +42,8 @@ public:
     /// The next one that says how a recording ended; nothing after 30 s.
     [[nodiscard]] std::optional<Notification> nextEnd();
     [[nodiscard]] size_t progressCount();
+    /// How often a running recording told that its disk falls behind.
+    [[nodiscard]] size_t slowDiskCount();
 
 private:
     std::mutex mutex_;
@@ -49,6 +51,7 @@ private:
     std::vector<Notification> ends_;
     size_t taken_ = 0;
     size_t progress_ = 0;
+    size_t slowDisk_ = 0;
 };
 
 /// A fake board behind a driver, with a session and a file for it to write.
