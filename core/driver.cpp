@@ -113,6 +113,7 @@ bool T_DRIVER::CheckParameters(ParameterBlocks& blocks, bool checkOnly) {
     if (!checkOnly) {
         stop();
     }
+    device_.forgetError();
     if (!startAllowed_) {
         return false;
     }

@@ -203,7 +203,7 @@ TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
         fill(rig.file("small/other"));
         EXPECT_EQ(process->waitForEnd(kGuard), 0);
         EXPECT_THAT(rig.autoLog(),
-                    AllOf(HasSubstr("\r\nStop - By error\r\n"),
+                    AllOf(HasSubstr("\r\nStop - By error\r\nAttention: Error in writing the data file\r\n"),
                           HasSubstr("Attention: Free space on disk is less than the recording will take.")));
         EXPECT_THAT(rig.debugLog(), HasSubstr("!!!!! Write error in "));
         const uint64_t samples =

@@ -5,6 +5,7 @@
 
 #include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
+#include "tests/config/masked.h"
 
 namespace tarno2::test {
 namespace {
@@ -99,6 +100,38 @@ TEST(Faults, OfABoardInRealTimeKeepWhatWasDeliveredToo) {
         const RecordingRig rig;
         rig.record(longRecording(), std::string("Signal=Counter;") + each.settings);
         checkBroken(rig, each);
+    }
+}
+
+TEST(BothShells, LogTheSame) {
+    const ScopedEnvironment display("QT_QPA_PLATFORM", "offscreen");
+    const struct {
+        const char* simulator;
+        const char* settings;
+        const char* line;
+    } cases[] = {
+        {";UnplugAfter=1000", "", "Attention: The board was unplugged\r\n"},
+        {";RefuseInit=1", "", "(RefuseInit)"},
+        {";RefuseStart=1", "", "(RefuseStart)"},
+        {";SilentAfter=1000;UnplugAfter=1000", "Signal = Counter\r\n", "\r\nDriver settings: The name of the signal"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.line);
+        std::string logs[2];
+        for (const bool window : {false, true}) {
+            const RecordingRig rig;
+            rig.folder().write("Simulator.cfg", each.settings);
+            auto process = rig.start(longRecording(), std::string("RealTime=0") + each.simulator,
+                                     window ? "Tarno2" : "tarno2-console");
+            EXPECT_EQ(process->waitForEnd(kGuard), 0);
+            std::string log = masked(rig.autoLog());
+            for (const std::string path = masked(rig.path()); log.find(path) != std::string::npos;) {
+                log.replace(log.find(path), path.size(), "folder");
+            }
+            EXPECT_THAT(rig.autoLog(), HasSubstr(each.line));
+            logs[window ? 1 : 0] = log;
+        }
+        EXPECT_EQ(logs[0], logs[1]);
     }
 }
 

@@ -87,6 +87,8 @@ TEST(Board, RefusalsOfTheDriver) {
             device.throwing = c.throwing;
             EXPECT_FALSE(rig.prepare(2, 1000.0F));
             EXPECT_TRUE(rig.board->initError());
+            EXPECT_EQ(rig.board->problem(),
+                      *c.throwing == '\0' ? "scripted" : "the driver threw an exception: thrown by the driver");
             const RecordingResult result = rig.end();
             EXPECT_EQ(result.code, StopCode::Error);
             EXPECT_EQ(result.detail, ErrorDetail::Init);

@@ -212,6 +212,17 @@ TEST(Driver, HoldersThatDoNotAddUpAreReported) {
                                                         "SetProgramDirectory folder", "Release"}));
 }
 
+TEST(Driver, TellsThatItsSettingsFileCanNotBeUsed) {
+    FakeDevice device;
+    device.settingsUsable = false;
+    T_DRIVER driver([](const std::string& fault) { ADD_FAILURE() << fault; });
+    std::string why;
+    ASSERT_TRUE(driver.attach(&device, "Fake", "folder", why));
+    EXPECT_EQ(driver.settingsProblem(), "Driver settings: scripted");
+    driver.FREE();
+    EXPECT_EQ(driver.settingsProblem(), "");
+}
+
 TEST(Driver, ThrowingDriverIsSurvived) {
     for (const char* call : {"Get", "SelectBoard", "Release", "SetProgramDirectory folder"}) {
         SCOPED_TRACE(call);
@@ -221,6 +232,9 @@ TEST(Driver, ThrowingDriverIsSurvived) {
         std::string why;
         const bool attached = driver.attach(&device, "Fake", "folder", why);
         EXPECT_EQ(attached, std::string(call) != "Get");
+        EXPECT_EQ(driver.settingsProblem(), std::string(call) == "SetProgramDirectory folder"
+                                                ? "Driver settings: the driver threw an exception: thrown by the driver"
+                                                : "");
         EXPECT_EQ(driver.selectBoard(1, why), attached && std::string(call) != "SelectBoard");
         driver.FREE();
         EXPECT_FALSE(driver.loaded());

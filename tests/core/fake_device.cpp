@@ -251,7 +251,7 @@ int32_t FakeDevice::answerRing(ADCRingInfo& info) {
 
 int32_t FakeDevice::SetProgramDirectory(const char* folder) {
     note((std::string("SetProgramDirectory ") + folder).c_str());
-    return 1;
+    return settingsUsable ? 1 : 0;
 }
 
 }  // namespace tarno2::test

@@ -31,6 +31,7 @@ public:
     std::vector<int32_t> drqNumbers;  ///< that the board offers; the last one is taken by somebody else
     bool formatKnown = true;
     bool codeRangeKnown = true;
+    bool settingsUsable = true;  ///< the driver's own settings file
     float inputRange = 5.0F;
     int32_t setupAnswers[2][2] = {{1, 1}, {1, 1}};                ///< [apply][extended block]
     std::function<void(int32_t, ADCParametersDMA&)> correctDma;   ///< (apply, block)
