@@ -107,7 +107,7 @@ InitOutcome T_BOARD::Init() {
     blocks.build(settings, SetupPass::Check, driver_.maximumBuffer());
     DEBUG_LOG("CHECK to driver");
     if (!driver_.CheckParameters(blocks, true)) {
-        return refused("CHECK", driver_.device().lastError());
+        return refused("CHECK", driver_.setupProblem());
     }
     if (!takeOver(blocks, SetupPass::Check)) {
         return refused("CHECK", problem_);
@@ -190,7 +190,7 @@ bool T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
 
 bool T_BOARD::initPass(ParameterBlocks& blocks) {
     if (!driver_.CheckParameters(blocks, false)) {
-        refused("INIT", driver_.device().lastError());
+        refused("INIT", driver_.setupProblem());
         return false;
     }
     if (!takeOver(blocks, SetupPass::Init)) {

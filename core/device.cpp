@@ -11,7 +11,7 @@ namespace tarno2 {
 
 namespace {
 
-/// What a call of this thread threw last; empty when that is of no more interest.
+/// What the last call of this thread threw; empty when it returned.
 thread_local std::array<char, 300> thrown{};
 
 void noteThrown(const char* what) noexcept {
@@ -22,6 +22,7 @@ void noteThrown(const char* what) noexcept {
 // Calls the driver; whatever it throws counts as `failed`.
 template <typename Call, typename Result>
 Result guarded(IADCDevice* device, Result failed, Call call) noexcept {
+    thrown.front() = '\0';
     if (device == nullptr) {
         return failed;
     }
@@ -63,12 +64,7 @@ void Device::release() noexcept {
     device_ = nullptr;
 }
 
-void Device::forgetError() noexcept {
-    thrown.front() = '\0';
-}
-
 bool Device::selectBoard(uint32_t number) noexcept {
-    forgetError();
     return guarded(device_, 0, [number](IADCDevice& device) { return device.SelectBoard(number); }) == 1;
 }
 
@@ -77,7 +73,6 @@ int32_t Device::setup(int32_t apply, void* block) noexcept {
 }
 
 bool Device::start() noexcept {
-    forgetError();
     return guarded(device_, 0, [](IADCDevice& device) { return device.Start(); }) == 1;
 }
 
@@ -89,13 +84,11 @@ void Device::stop() noexcept {
 }
 
 int32_t Device::getData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept {
-    forgetError();
     return guarded(device_, static_cast<int32_t>(kADCDataFailed),
                    [=](IADCDevice& device) { return device.GetData(mode, destination, count, offset); });
 }
 
 bool Device::setProgramDirectory(const std::string& folder) noexcept {
-    forgetError();
     return guarded(device_, 0, [&](IADCDevice& device) { return device.SetProgramDirectory(folder.c_str()); }) == 1;
 }
 
@@ -121,7 +114,6 @@ uint32_t Device::number(uint32_t code, uint32_t otherwise) noexcept {
 }
 
 bool Device::set(uint32_t code, const void* value) noexcept {
-    forgetError();
     return guarded(device_, 0, [code, value](IADCDevice& device) { return device.Set(code, value); }) == 1;
 }
 

@@ -26,11 +26,8 @@ public:
     /// The driver's answer, kADCDataFailed when it threw.
     [[nodiscard]] int32_t getData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept;
     [[nodiscard]] bool setProgramDirectory(const std::string& folder) noexcept;
-    /// Why a call of this thread failed: what it threw, or the driver's words.
+    /// Why this thread's last call failed: what it threw, or the driver's words.
     [[nodiscard]] std::string lastError() noexcept;
-    /// Before calls that fail as one: what was thrown until now is no reason. The others do so by themselves, `setup`
-    /// and `get` excepted.
-    void forgetError() noexcept;
 
     template <typename Result>
     [[nodiscard]] bool get(uint32_t code, Result& result) noexcept {

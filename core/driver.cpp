@@ -113,15 +113,15 @@ bool T_DRIVER::CheckParameters(ParameterBlocks& blocks, bool checkOnly) {
     if (!checkOnly) {
         stop();
     }
-    device_.forgetError();
+    setupProblem_.clear();
     if (!startAllowed_) {
         return false;
     }
     rez1_ = 1;
     if (checkOnly) {
-        rez2_ = device_.setup(0, &blocks.dma);
+        rez2_ = setup(0, &blocks.dma);
         if (facts_.extendedBlock) {
-            rez1_ = device_.setup(0, &blocks.extended);
+            rez1_ = setup(0, &blocks.extended);
         }
     } else {
         initPass(blocks);
@@ -133,18 +133,27 @@ bool T_DRIVER::CheckParameters(ParameterBlocks& blocks, bool checkOnly) {
     return accepted;
 }
 
+// The first refusal is the reason: what the driver says of the block behind it follows from that.
+int32_t T_DRIVER::setup(int32_t apply, void* block) {
+    const int32_t result = device_.setup(apply, block);
+    if (result != 1 && setupProblem_.empty()) {
+        setupProblem_ = device_.lastError();
+    }
+    return result;
+}
+
 void T_DRIVER::initPass(ParameterBlocks& blocks) {
     initialised_ = false;
     DEBUG_LOG("ADCParametersDMA INIT structures:");
     blocks.dumpDma();
-    rez2_ = device_.setup(1, &blocks.dma);
+    rez2_ = setup(1, &blocks.dma);
     DEBUG_LOG("ADCParametersDMA INIT rezult = %d", rez2_);
     DEBUG_LOG("ADCParametersDMA INIT structures rezult:");
     blocks.dumpDma();
     if (facts_.extendedBlock) {
         DEBUG_LOG("ADCParametersDMAEX INIT structures:");
         blocks.dumpExtended();
-        rez1_ = device_.setup(1, &blocks.extended);
+        rez1_ = setup(1, &blocks.extended);
         DEBUG_LOG("ADCParametersDMAEX INIT rezult = %d", rez1_);
         DEBUG_LOG("ADCParametersDMAEX INIT structures rezult:");
         blocks.dumpExtended();

@@ -56,6 +56,8 @@ public:
     [[nodiscard]] bool CheckParameters(ParameterBlocks& blocks, bool checkOnly);
     [[nodiscard]] int32_t rez1() const { return rez1_; }  ///< result of the extended block
     [[nodiscard]] int32_t rez2() const { return rez2_; }  ///< result of the base block
+    /// The driver's words for the first block that it refused.
+    [[nodiscard]] const std::string& setupProblem() const { return setupProblem_; }
 
     /// Starts the measurement of a board that is set up and not running.
     [[nodiscard]] bool start();
@@ -64,6 +66,7 @@ public:
 
 private:
     void releaseDevice();
+    [[nodiscard]] int32_t setup(int32_t apply, void* block);
     void initPass(ParameterBlocks& blocks);
 
     HolderCount holders_;
@@ -71,6 +74,7 @@ private:
     Device device_;
     std::string name_;
     std::string settingsProblem_;
+    std::string setupProblem_;
     BoardFacts facts_;
     bool startAllowed_ = false;
     bool initialised_ = false;

@@ -160,12 +160,11 @@ TEST(ExitStatus, TellsAScriptWhatCameOfARecording) {
         const RecordingRig rig;
         const ScopedEnvironment settings("TARNO2_SIMULATOR", std::string("RealTime=0;Signal=Counter") + each.simulator);
         const std::string file = rig.writeSettings(each.wish);
-        for (const std::string program : {"tarno2-console", "Tarno2"}) {
-            const std::string told = rig.run(program, {"--status", "/c", file}, each.status);
-            EXPECT_EQ(told.substr(0, each.line.size()), each.line);
-            EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
-            EXPECT_EQ(rig.run(program, {"/c", file}), "");
-        }
+        const std::string told = rig.run("tarno2-console", {"--status", "/c", file}, each.status);
+        EXPECT_EQ(told.substr(0, each.line.size()), each.line);
+        EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+        EXPECT_EQ(rig.run("tarno2-console", {"/c", file}), "");
+        EXPECT_THAT(rig.run("Tarno2", {"--status", "/c", file}, each.status), HasSubstr(each.line));
     }
     const RecordingRig rig;
     rig.run("tarno2-console", {"--status", "/c", rig.file("missing.txt")}, 2);
