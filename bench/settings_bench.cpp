@@ -31,7 +31,7 @@ void settingsRead(benchmark::State& state) {
     WriteConfig(folder.path(), {});
     for (auto _ : state) {
         ProgramSettings settings;
-        if (!LoadConfig(folder.path(), settings)) {
+        if (!LoadConfig(folder.path(), settings).ok()) {
             state.SkipWithError("the settings can't be read");
             break;
         }

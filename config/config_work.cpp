@@ -191,10 +191,12 @@ bool CConfigWork::Open(const std::string& path, bool forWriting) {
     contents_.clear();
     complete_ = true;
     forWriting_ = forWriting;
+    openError_ = OsError::tooLarge();
     return withMemory([&] {
         path_ = path;
-        return forWriting ? file_.open(path_, FileMode::CreateAlways, FileAccess::Write, FileShare::None).ok()
-                          : readWholeFile(path_, kMaximumSize, FileShare::None, contents_).ok();
+        openError_ = forWriting ? file_.open(path_, FileMode::CreateAlways, FileAccess::Write, FileShare::None)
+                                : readWholeFile(path_, kMaximumSize, FileShare::None, contents_);
+        return openError_.ok();
     });
 }
 

@@ -44,6 +44,8 @@ public:
     /// Makes the file anew, empty, or loads an existing one; nobody else may have it open. What was open before is
     /// closed.
     virtual bool Open(const std::string& path, bool forWriting);
+    /// Why the last `Open` failed; ok when it didn't.
+    [[nodiscard]] const OsError& openError() const { return openError_; }
 
     // Writers: one entry with its comment line (`comment` may be null). A text with a line end is refused, a list
     // without elements writes nothing. Hexadecimal numbers are written as 32 bits, sign-extended.
@@ -101,6 +103,7 @@ private:
 
     std::string path_;
     File file_;
+    OsError openError_;
     bool forWriting_ = false;
     std::string contents_;
     bool complete_ = true;  ///< every piece so far reached the file

@@ -7,6 +7,8 @@
 #include "config/debug_log.h"
 #include "config/settings_table.h"
 #include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 
@@ -16,6 +18,23 @@ namespace {
 
 std::string settingsPath(const std::string& programDirectory) {
     return joinPath(programDirectory, "Tarno2.cfg");
+}
+
+/// Opens the settings for reading. Somebody who holds them for a moment, such as a second program that starts, is
+/// waited for once.
+OsError openSettings(LineConfigReader& file, const std::string& path) {
+    constexpr uint32_t kPatienceMs = 200;
+    if (!file.Open(path, false) && !file.openError().notFound()) {
+        sleepMilliseconds(kPatienceMs);
+        file.Open(path, false);
+    }
+    return file.openError();
+}
+
+/// Renames settings that were never read. True when nothing is left that new ones would replace.
+bool putAside(const std::string& path, const std::string& programDirectory) {
+    const OsError error = renameFile(path, keptSettingsName(programDirectory));
+    return error.ok() || error.notFound();
 }
 
 template <typename Setting>
@@ -139,17 +158,17 @@ bool writeSettings(const std::string& path, ProgramSettings settings) {
 
 }  // namespace
 
-bool LoadConfig(const std::string& programDirectory, ProgramSettings& settings) {
+OsError LoadConfig(const std::string& programDirectory, ProgramSettings& settings) {
     const std::string path = settingsPath(programDirectory);
     LineConfigReader file;
-    if (!file.Open(path, false)) {
-        return false;
+    if (const OsError error = openSettings(file, path); !error.ok()) {
+        return error;
     }
     int32_t debugMode = 0;
     file.GetInt32("DebugMode", debugMode);
     debugLog().open(path, debugMode);
     readSettings(file, settings);
-    return true;
+    return {};
 }
 
 void readSettings(LineConfigReader& file, ProgramSettings& settings) {
@@ -163,24 +182,34 @@ void readSettings(LineConfigReader& file, ProgramSettings& settings) {
     }
 }
 
-bool WriteConfig(const std::string& programDirectory, const ProgramSettings& settings) {
+bool WriteConfig(const std::string& programDirectory, const ProgramSettings& settings, bool keepOld) {
     DEBUG_LOG("WriteConfig not console");
     const std::string path = settingsPath(programDirectory);
     std::string temporary;
     if (!createTemporaryFile(programDirectory, fileNameOf(path), temporary).ok()) {
         return false;
     }
-    const bool replaced = writeSettings(temporary, settings) && replaceFile(temporary, path).ok();
+    const bool replaced = writeSettings(temporary, settings) && (!keepOld || putAside(path, programDirectory)) &&
+                          replaceFile(temporary, path).ok();
     if (!replaced) {
         removeFile(temporary);
     }
     return replaced;
 }
 
+std::string keptSettingsName(const std::string& programDirectory) {
+    std::string name;
+    uint32_t k = 0;
+    do {
+        name = joinPath(programDirectory, formatText("Tarno2_old%u.cfg", ++k));
+    } while (fileExists(name));
+    return name;
+}
+
 std::string savedFileName(const std::string& programDirectory) {
     LineConfigReader file;
     std::string name;
-    if (file.Open(settingsPath(programDirectory), false)) {
+    if (openSettings(file, settingsPath(programDirectory)).ok()) {
         file.GetStringCopy("FileName", name);
     }
     return name;

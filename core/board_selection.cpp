@@ -61,13 +61,18 @@ bool BoardSelection::DriverBoxChange(const std::string& name) {
     return true;
 }
 
-// Loads a driver without taking any of its boards, which another program may want.
-bool BoardSelection::load(const std::string& name) {
-    DEBUG_LOG("Driver load \"%s\"", name.c_str());
-    driverName_ = name;
+// What was known of the driver before gives way to the name of the next one.
+void BoardSelection::forget(const std::string& nextDriver) {
+    driverName_ = nextDriver;
     boardNumber_ = 0;
     boards_.clear();
     problem_.clear();
+}
+
+// Loads a driver without taking any of its boards, which another program may want.
+bool BoardSelection::load(const std::string& name) {
+    DEBUG_LOG("Driver load \"%s\"", name.c_str());
+    forget(name);
     if (!driver_.LoadDriver(name, programDirectory_, problem_)) {
         DEBUG_LOG("!!!! Driver load error");
         DEBUG_LOG("!!!! %s", problem_.c_str());
@@ -111,9 +116,15 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
     const auto drivers = installedDrivers();
     if (std::find(drivers.begin(), drivers.end(), driverName) == drivers.end()) {
         DEBUG_LOG("Driver not founded");
+        driver_.FREE();
+        forget(driverName);
+        boardNumber_ = baseNumber;
+        problem_ = "no driver of this name is installed";
         return ApplyOutcome::DriverNotFound;
     }
-    if (!load(driverName)) {
+    const bool loaded = load(driverName);
+    boardNumber_ = baseNumber;
+    if (!loaded) {
         return ApplyOutcome::DriverError;
     }
     const auto board = std::find_if(boards_.begin(), boards_.end(), [baseNumber](const ADCBoardEntry& entry) {
@@ -131,11 +142,7 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
 
 ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
     const ApplyOutcome outcome = apply(settings.driver, static_cast<uint32_t>(settings.base));
-    if (outcome == ApplyOutcome::DriverNotFound) {
-        if (const auto drivers = installedDrivers(); !drivers.empty()) {
-            DriverBoxChange(drivers.front());
-        }
-    } else if (outcome == ApplyOutcome::Done) {
+    if (outcome == ApplyOutcome::Done) {
         setDrqNumber(settings.drqNumber);
         static_cast<void>(hasFrequency(settings.frequency));
     }

@@ -43,11 +43,11 @@ public:
     /// Chooses a board of the loaded driver by its number.
     bool BaseBoxChange(uint32_t number);
     /// Chooses driver and board by name and number, as settings name them; a board is found by the three hexadecimal
-    /// digits that its text begins with.
+    /// digits that its text begins with. A driver or board that is not there stays the one that is chosen, and without
+    /// it nothing can be started: another board in its place would record what nobody asked for.
     [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber);
-    /// Brings back the driver, board, DRQ number and frequency of an earlier run, for a program with a window: in place
-    /// of a driver that is not installed it takes the first one, when there is any. A DRQ number or frequency that the
-    /// board can't take is logged, and the board keeps its own.
+    /// Brings back the driver, board, DRQ number and frequency of an earlier run, for a program with a window. A DRQ
+    /// number or frequency that the board can't take is logged, and the board keeps its own.
     ApplyOutcome applySaved(const ProgramSettings& settings);
     /// Gives the chosen board a DRQ number. A board that offers none has nothing to be set. False when it offers others
     /// or somebody else has taken it.
@@ -63,16 +63,17 @@ public:
     [[nodiscard]] bool hasFrequency(double hertz) const;
 
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
-    /// The driver chosen last, also when it could not be loaded.
+    /// The driver chosen last, also when it is not installed or could not be loaded.
     [[nodiscard]] const std::string& driverName() const { return driverName_; }
     /// The boards of the loaded driver.
     [[nodiscard]] const std::vector<ADCBoardEntry>& boards() const { return boards_; }
-    /// Number of the board chosen last, also when it can't be used; 0 when none was chosen.
+    /// Number of the board chosen last, also when it is not there or can't be used; 0 when none was chosen.
     [[nodiscard]] uint32_t boardNumber() const { return boardNumber_; }
     /// The system's or the driver's words for the last failure.
     [[nodiscard]] const std::string& problem() const { return problem_; }
 
 private:
+    void forget(const std::string& nextDriver);
     bool load(const std::string& name);
     void logCapabilities() const;
 

@@ -152,6 +152,7 @@ private:
     void lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found);
     void showLooking(bool looking);
     void saveSettings();
+    void rememberRecording();
     void storeControls();
     void placeWindows();
     void placeParts();
@@ -224,8 +225,9 @@ private:
     uint32_t tickPeriod_ = 0;
     SleepInhibitor sleepInhibitor_;
     QTimer refreshTimer_;
-    QElapsedTimer diskClock_;  ///< since the free space was looked at
-    bool ending_ = false;      ///< closes without a question
+    QElapsedTimer diskClock_;      ///< since the free space was looked at
+    bool settingsUnread_ = false;  ///< those of the last run are there, but could not be read
+    bool ending_ = false;          ///< closes without a question
     bool closed_ = false;
     bool displayGone_ = false;
 

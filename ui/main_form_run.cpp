@@ -46,6 +46,7 @@ void T_MainForm::beginRun() {
     runNumber_ = session.number();
     endState_ = RunState::Ready;
     runSettings_ = settings();
+    rememberRecording();
     runFile_ = fileName();
     runInputs_ = {};
     if (const BoardFacts& board = selection_.driver().facts(); board.codeRangeKnown) {

@@ -19,6 +19,9 @@
 #include "core/recording_need.h"
 #include "core/recording_settings.h"
 #include "language/language_table.h"
+#include "platform/c_locale.h"
+#include "platform/codepage1251.h"
+#include "platform/file.h"
 #include "platform/paths.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
@@ -72,7 +75,16 @@ WindowPlace firstPlace() {
 void T_MainForm::loadSettings() {
     settings_.language = languageFromLocale();
     settings_.showFormPos = {0, 0, 0, 0};  // docked
-    const bool known = LoadConfig(programDirectory_, settings_);
+    settings_.frequency = 0.0;             // the board's own, until one is chosen
+    const OsError error = LoadConfig(programDirectory_, settings_);
+    settingsUnread_ = !error.ok() && !error.notFound();
+    if (settingsUnread_)
+        showAttention(
+            formatText(text(TextId::Attention).c_str(),
+                       formatText(text(TextId::SettingsNotRead).c_str(), systemTextToCp1251(error.text()).c_str(),
+                                  fileNameOf(keptSettingsName(programDirectory_)).c_str())
+                           .c_str()));
+    const bool known = error.ok();
     if (known)
         selectLanguage(settings_.language);
     else
@@ -165,7 +177,10 @@ void T_MainForm::applyBoard(ApplyOutcome outcome) {
                 ending_ = true;
                 quit();
             } else {
-                SetErrorCode(selection_.driver().startAllowed() ? BoardStatus::Ready : BoardStatus::DriverError);
+                SetErrorCode(BoardStatus::DriverError);
+                messages_->add(MessageList::Kind::Attention,
+                               uiText(TextId::DriverNotLoaded,
+                                      {fromFileName(selection_.driverName()), fromMessage(selection_.problem())}));
             }
             return;
         case ApplyOutcome::NoDriverName:
@@ -329,6 +344,12 @@ void T_MainForm::storeControls() {
     settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
 }
 
+// A recording that kept nothing left no file.
+void T_MainForm::rememberRecording() {
+    if (fileExists(runFile_))
+        settings_.fileName = runFile_;
+}
+
 void T_MainForm::storePlaces() {
     settings_.formVisible = isMinimized() ? 0 : isMaximized() ? 2 : 1;
     settings_.mainFormPos = placeOf(isMaximized() || isMinimized() ? normalGeometry() : geometry());
@@ -381,8 +402,10 @@ void T_MainForm::saveSettings() {
     }
     storeControls();
     storePlaces();
-    settings_.fileName = fileName();
-    if (!WriteConfig(programDirectory_, settings_) && !ending_)
+    rememberRecording();
+    if (WriteConfig(programDirectory_, settings_, settingsUnread_))
+        settingsUnread_ = false;
+    else if (!ending_)
         tell(uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
 }
 

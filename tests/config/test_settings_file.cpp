@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <map>
 #include <random>
@@ -149,7 +150,7 @@ protected:
     }
     ProgramSettings loaded(const std::string& text, ProgramSettings settings = {}) {
         folder_.write("Tarno2.cfg", text);
-        EXPECT_TRUE(LoadConfig(folder_.path(), settings));
+        EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
         return settings;
     }
     [[nodiscard]] std::string saved(const ProgramSettings& settings) const {
@@ -353,12 +354,33 @@ TEST_F(SettingsFile, HugeAndHostileFiles) {
 
 TEST_F(SettingsFile, WithoutAFileNothingChanges) {
     ProgramSettings settings = goldenSettings();
-    EXPECT_FALSE(LoadConfig(folder_.path(), settings));
-    EXPECT_FALSE(LoadConfig(folder_.file("none"), settings));
+    EXPECT_TRUE(LoadConfig(folder_.path(), settings).notFound());
+    EXPECT_TRUE(LoadConfig(folder_.file("none"), settings).notFound());
     EXPECT_EQ(valuesOf(settings), valuesOf(goldenSettings()));
     EXPECT_EQ(savedFileName(folder_.path()), "");
     folder_.write("Tarno2.cfg", "OldFileName = a\r\nFileName = /data/run 1.dat\r\n");
     EXPECT_EQ(savedFileName(folder_.path()), "/data/run 1.dat");
+}
+
+TEST_F(SettingsFile, OnesThatCouldNotBeReadAreKept) {
+    const std::string path = folder_.write("Tarno2.cfg", "Frequency = 5\r\n");
+    ProgramSettings settings;
+    File holder;
+    ASSERT_TRUE(holder.open(path, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
+    EXPECT_TRUE(LoadConfig(folder_.path(), settings).inUse());
+    EXPECT_TRUE(holder.close().ok());
+    EXPECT_EQ(settings.frequency, ProgramSettings().frequency);
+    folder_.write("Tarno2_old1.cfg", "earlier");
+    EXPECT_TRUE(WriteConfig(folder_.path(), {}, true));
+    EXPECT_THAT(listDirectory(folder_.path()), ElementsAre("Tarno2.cfg", "Tarno2_old1.cfg", "Tarno2_old2.cfg"));
+    EXPECT_EQ(readFile(folder_.file("Tarno2_old1.cfg")), "earlier");
+    EXPECT_EQ(readFile(folder_.file("Tarno2_old2.cfg")), "Frequency = 5\r\n");
+    EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
+
+    std::filesystem::resize_file(path, CConfigWork::kMaximumSize + 1);
+    EXPECT_EQ(LoadConfig(folder_.path(), settings).code(), OsError::tooLarge().code());
+    ASSERT_TRUE(removeFile(path).ok());
+    EXPECT_TRUE(WriteConfig(folder_.path(), {}, true)) << "what is gone need not be kept";
 }
 
 TEST_F(SettingsFile, ATextThatNoLineHoldsIsLeftOut) {
@@ -397,10 +419,10 @@ TEST_F(SettingsFile, DebugModeSwitchesTheLogOn) {
     const ScopedEnvironment home("TARNO2_HOME", folder_.path());
     folder_.write("Tarno2.cfg", "DebugMode = 0\r\n");
     ProgramSettings settings;
-    EXPECT_TRUE(LoadConfig(programDirectory(), settings));
+    EXPECT_TRUE(LoadConfig(programDirectory(), settings).ok());
     EXPECT_FALSE(fileExists(folder_.file("Tarno2.dbg")));
     folder_.write("Tarno2.cfg", "Driver = My board\r\nLanguage = 0\r\nDebugMode = 1\r\n");
-    EXPECT_TRUE(LoadConfig(programDirectory(), settings));
+    EXPECT_TRUE(LoadConfig(programDirectory(), settings).ok());
     selectLanguage(settings.language);
     EXPECT_EQ(languageTable().selected(), kLanguageRussian);
     switchLanguage(InterfaceLanguage::English);

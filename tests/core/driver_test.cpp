@@ -130,20 +130,26 @@ TEST(ScoperLibrary, FaultyLibrariesAreRefused) {
     }
 }
 
-TEST(BoardSelection, TakesTheFirstDriverForOneThatIsNotInstalled) {
+TEST(BoardSelection, KeepsWhatIsNotThereAndTakesNothingInItsPlace) {
     Catalogue catalogue;
     BoardSelection selection([](const std::string& fault) { ADD_FAILURE() << fault; }, catalogue.folder.path());
     ProgramSettings settings;
     EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::NoDriverName);
     catalogue.install("Tarno2 test", libraryOfFault(5));
+    ASSERT_TRUE(selection.DriverBoxChange("Tarno2 test"));
     settings.driver = "Tarno2 other";
+    settings.base = 7;
     ScopedDebugLog log;
     EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::DriverNotFound);
-    const std::string first = BoardSelection::installedDrivers().front();
-    EXPECT_EQ(firstMissing(log.finish(),
-                           {"LoadConfigOk", "Driver not founded", "Driver load \"" + first + "\"", "Driver load OK"}),
+    EXPECT_FALSE(selection.driver().loaded());
+    EXPECT_EQ(selection.driverName(), "Tarno2 other");
+    EXPECT_EQ(selection.boardNumber(), 7U);
+    settings.driver = "Tarno2 test";
+    EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::BoardError);
+    EXPECT_FALSE(selection.driver().startAllowed());
+    EXPECT_EQ(selection.boardNumber(), 7U);
+    EXPECT_EQ(firstMissing(log.finish(), {"LoadConfigOk", "Driver not founded", "LoadConfigOk", "Base number Error"}),
               "");
-    EXPECT_TRUE(selection.driver().loaded());
 }
 
 TEST(BoardSelection, SetsADrqNumberThatTheBoardOffers) {

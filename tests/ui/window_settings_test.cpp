@@ -20,10 +20,12 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QWheelEvent>
+#include <gmock/gmock.h>
 
 #include "config/settings_file.h"
 #include "config/version.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "tests/ui/main_window.h"
 #include "ui/about_box.h"
 #include "ui/help.h"
@@ -38,7 +40,7 @@ class WindowSettings : public MainWindow {
 protected:
     [[nodiscard]] ProgramSettings kept() const {
         ProgramSettings settings;
-        EXPECT_TRUE(LoadConfig(folder_.path(), settings));
+        EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
         return settings;
     }
     /// Does something to the next dialog of that kind.
@@ -89,7 +91,7 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
 
     openAgain();
     EXPECT_EQ(stateWord(), QStringLiteral("Готов"));
-    EXPECT_EQ(nameField(), folder_.file("other/my name.dat"));
+    EXPECT_EQ(nameField(), folder_.file("data/run.dat")) << "nothing was recorded under the other name";
     EXPECT_EQ(find<QComboBox>("BaseBox")->currentData().toInt(), 2);
     EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText(), "250000");
     EXPECT_TRUE(find<QLabel>("ActiveChannelsLabel")->text().contains("160"));
@@ -171,6 +173,105 @@ TEST_F(WindowSettings, TheWheelChangesOnlyWhatHasTheFocus) {
     rule->setFocus();
     turn(rule);
     EXPECT_EQ(rule->currentIndex(), 2);
+}
+
+TEST_F(WindowSettings, TheLastRecordingIsOfferedAsTextAfterARestart) {
+    open();
+    record();
+    press(Qt::Key_F6);
+    const std::string recorded = folder_.file("data/run.dat");
+    EXPECT_NE(nameField(), recorded) << "the next one is proposed";
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().fileName, recorded);
+
+    openAgain();
+    EXPECT_NE(nameField(), recorded);
+    EXPECT_EQ(parentFolder(nameField()), folder_.file("data"));
+    QStringList offered;
+    inDialog<QFileDialog>([&offered](QFileDialog& dialog) {
+        offered = dialog.selectedFiles();
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+    });
+    press(Qt::Key_T, Qt::ControlModifier);
+    EXPECT_EQ(offered, QStringList(QString::fromStdString(recorded)));
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().fileName, recorded) << "a run without a recording";
+}
+
+TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
+    const struct {
+        const char* driver;
+        int32_t base;
+        const char* box;
+        const char* shown;
+        const char* told;
+    } cases[] = {{"Simulator", 7, "BaseBox", "007", "the driver has no board 007"},
+                 {"Gone", 2, "DriverBox", "Gone", "Driver \"Gone\" can not be loaded: no driver of this name is installed"}};
+    wanted_.autoStartOnRun = true;
+    for (const auto& each : cases) {
+        wanted_.driver = each.driver;
+        wanted_.base = each.base;
+        wanted_.frequency = 12345.0;
+        open();
+        auto* box = find<QComboBox>(each.box);
+        const QString missing = uiText(TextId::NotFoundEntry, {QString::fromLatin1(each.shown)});
+        EXPECT_EQ(box->currentText(), missing);
+        EXPECT_TRUE(listHas(QString::fromLatin1(each.told)));
+        QCoreApplication::processEvents();
+        press(Qt::Key_F5);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !form().looksForBoard(); }, 30000));
+        EXPECT_FALSE(form().control().running());
+        find<QAction>("RussianChoose")->trigger();
+        EXPECT_EQ(box->currentText(), uiText(TextId::NotFoundEntry, {QString::fromLatin1(each.shown)}));
+        find<QAction>("EnglishChoose")->trigger();
+        ASSERT_TRUE(close());
+        EXPECT_EQ(kept().driver, each.driver);
+        EXPECT_EQ(kept().base, each.base);
+        EXPECT_EQ(kept().frequency, 12345.0);
+        EXPECT_THAT(recordings(), testing::IsEmpty());
+    }
+    wanted_.driver = "Simulator";
+    wanted_.autoStartOnRun = false;
+    open();
+    auto* board = find<QComboBox>("BaseBox");
+    board->setFocus();
+    QTest::keyClick(board, Qt::Key_Home);
+    record();
+}
+
+TEST_F(WindowSettings, TheToolkitSpeaksRussianToo) {
+    open();
+    find<QAction>("RussianChoose")->trigger();
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), QStringLiteral("Отмена"));
+    find<QAction>("EnglishChoose")->trigger();
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), QStringLiteral("Cancel"));
+}
+
+TEST_F(WindowSettings, OnesThatCanNotBeReadAreToldAndKept) {
+    const std::string path = folder_.write("Tarno2.cfg", "Driver = Simulator\r\nBase = 3\r\n");
+    File holder;
+    ASSERT_TRUE(holder.open(path, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
+    openAgain();
+    ASSERT_TRUE(holder.close().ok());
+    EXPECT_TRUE(attention().contains("The settings can not be read: ")) << attention().toStdString();
+    EXPECT_TRUE(listHas("Tarno2_old1.cfg"));
+    ASSERT_TRUE(close());
+    EXPECT_EQ(readFile(folder_.file("Tarno2_old1.cfg")), "Driver = Simulator\r\nBase = 3\r\n");
+    EXPECT_EQ(kept().base, 1);
+}
+
+TEST_F(WindowSettings, TheFirstFrequencyIsTheBoardsOwn) {
+    for (const char* file : {"", "Driver = Simulator\r\nBase = 3\r\n"}) {
+        if (file[0] != 0) {
+            folder_.write("Tarno2.cfg", file);
+        }
+        openAgain();
+        const BoardFacts& facts = form().selection().driver().facts();
+        ASSERT_GT(facts.boardFrequency, 0.0F);
+        EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText().toFloat(), facts.boardFrequency) << file;
+        ASSERT_TRUE(close());
+        EXPECT_EQ(kept().frequency, static_cast<double>(facts.boardFrequency)) << file;
+    }
 }
 
 TEST_F(WindowSettings, APlaceOffEveryScreenIsCorrected) {

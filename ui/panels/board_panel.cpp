@@ -7,11 +7,20 @@
 #include <algorithm>
 
 #include "core/board_options.h"
+#include "platform/c_locale.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"
 
 namespace tarno2 {
+
+namespace {
+
+QString missingBoard(uint32_t number) {
+    return uiText(TextId::NotFoundEntry, {QString::fromStdString(formatText("%03X", number))});
+}
+
+}  // namespace
 
 BoardPanel::BoardPanel(QWidget* parent)
     : SettingsPanel(parent),
@@ -41,8 +50,8 @@ BoardPanel::BoardPanel(QWidget* parent)
                                                             hardwareAverage_}) {
         manage(control);
     }
-    connect(driverBox_, &QComboBox::textActivated, this, [this](const QString& name) {
-        emit driverChosen(name);
+    connect(driverBox_, &QComboBox::activated, this, [this](int row) {
+        emit driverChosen(driverBox_->itemData(row).toString());
         emit changed();
     });
     connect(baseBox_, &QComboBox::activated, this, [this](int row) {
@@ -69,7 +78,7 @@ void BoardPanel::load(const ProgramSettings& settings) {
 
 void BoardPanel::store(ProgramSettings& settings) const {
     if (driverBox_->currentIndex() >= 0) {
-        settings.driver = toFileName(driverBox_->currentText());
+        settings.driver = toFileName(driverBox_->currentData().toString());
     }
     if (const uint32_t number = baseBox_->currentData().toUInt(); number != 0) {
         settings.base = static_cast<int32_t>(number);
@@ -89,6 +98,13 @@ void BoardPanel::retranslate() {
     hardwareAverage_->setText(uiText(TextId::HardwareAverage));
     if (baseBox_->count() == 1 && baseBox_->itemData(0).toUInt() == 0) {
         baseBox_->setItemText(0, uiText(TextId::UnknownBoard));
+    }
+    // What is missing stands last.
+    if (const int last = driverBox_->count() - 1; driverMissing_) {
+        driverBox_->setItemText(last, uiText(TextId::NotFoundEntry, {driverBox_->itemData(last).toString()}));
+    }
+    if (const int last = baseBox_->count() - 1; boardMissing_) {
+        baseBox_->setItemText(last, missingBoard(baseBox_->itemData(last).toUInt()));
     }
     setHint(driverBox_, uiText(TextId::BoardDriverHint));
     setHint(drqBox_, uiText(TextId::BoardDrq));
@@ -118,16 +134,18 @@ void BoardPanel::setLooking(bool looking) {
 void BoardPanel::fillDrivers(BoardSelection& selection) {
     const QSignalBlocker quiet(driverBox_);
     driverBox_->clear();
-    for (const std::string& name : BoardSelection::installedDrivers()) {
-        driverBox_->addItem(fromFileName(name));
+    for (const std::string& installed : BoardSelection::installedDrivers()) {
+        const QString name = fromFileName(installed);
+        driverBox_->addItem(name, name);
     }
     driversInstalled_ = driverBox_->count() > 0;
     const QString chosen =
         fromFileName(selection.driver().loaded() ? selection.driver().name() : selection.driverName());
-    if (!chosen.isEmpty() && driverBox_->findText(chosen) < 0) {
-        driverBox_->addItem(chosen);
+    driverMissing_ = !chosen.isEmpty() && driverBox_->findData(chosen) < 0 && !selection.driver().loaded();
+    if (!chosen.isEmpty() && driverBox_->findData(chosen) < 0) {
+        driverBox_->addItem(driverMissing_ ? uiText(TextId::NotFoundEntry, {chosen}) : chosen, chosen);
     }
-    driverBox_->setCurrentIndex(chosen.isEmpty() ? -1 : driverBox_->findText(chosen));
+    driverBox_->setCurrentIndex(chosen.isEmpty() ? -1 : driverBox_->findData(chosen));
 }
 
 void BoardPanel::fillBoards(const BoardSelection& selection) {
@@ -136,10 +154,15 @@ void BoardPanel::fillBoards(const BoardSelection& selection) {
     for (const ADCBoardEntry& board : selection.boards()) {
         baseBox_->addItem(fromMessage(board.m_sName), board.m_nNumber);
     }
+    const uint32_t chosen = selection.boardNumber();
+    boardMissing_ = chosen != 0 && baseBox_->findData(chosen) < 0;
+    if (boardMissing_) {
+        baseBox_->addItem(missingBoard(chosen), chosen);
+    }
     if (baseBox_->count() == 0) {
         baseBox_->addItem(uiText(TextId::UnknownBoard), 0U);
     }
-    baseBox_->setCurrentIndex(std::max(baseBox_->findData(selection.boardNumber()), 0));
+    baseBox_->setCurrentIndex(std::max(baseBox_->findData(chosen), 0));
 }
 
 void BoardPanel::fillDrqNumbers(BoardSelection& selection) {

@@ -55,6 +55,8 @@ private:
     QString problem_;  ///< why there is no board; empty when there is one
     bool driversInstalled_ = false;
     bool driverLoaded_ = false;
+    bool driverMissing_ = false;  ///< the one that is chosen is not installed
+    bool boardMissing_ = false;   ///< the one that is chosen is not in the driver's list
     bool boardUsable_ = false;
     bool looking_ = false;
     int32_t drqNumber_ = 0;

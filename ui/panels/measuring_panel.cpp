@@ -135,11 +135,19 @@ void MeasuringPanel::boardChanged(BoardSelection& selection) {
     const bool keep = frequencyLoaded_ || sameBoard || !facts_.frequencies.empty();
     frequencyLoaded_ = frequencyLoaded_ && !selection.driver().startAllowed();
     fillFrequencies();
-    const auto boardOwn = static_cast<double>(facts_.boardFrequency);
     const bool usable = facts_.frequencies.empty() ? before > 0.0 : frequencyBox_->findText(shown(before)) >= 0;
-    showFrequency(keep && usable ? before : boardOwn > 0.0 ? boardOwn : before);
+    showFrequency((keep && usable) || !selection.driver().startAllowed() ? before : startingFrequency(before));
     showAvailability();
     showRate();
+}
+
+/// The frequency that the board starts a selector with, within its limits. One that tells none keeps the one before, or
+/// gets that of new settings.
+double MeasuringPanel::startingFrequency(double before) const {
+    const auto [lowest, highest] = limits();
+    const auto own = static_cast<double>(facts_.boardFrequency);
+    const double hertz = own > 0.0 ? own : before > 0.0 ? before : ProgramSettings().frequency;
+    return highest > 0.0F ? std::clamp(hertz, static_cast<double>(lowest), static_cast<double>(highest)) : hertz;
 }
 
 /// The board's own list, or a free field with what was typed before.
