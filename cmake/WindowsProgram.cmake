@@ -51,6 +51,17 @@ function(tarno2_stage_qt target)
                          $<TARGET_FILE_DIR:${target}>/${folder})
         endif()
     endforeach()
+    # Qt's own texts in Russian: of this Qt, or, where it has none, those of the host's, which has to be as old.
+    find_file(QTBASE_RUSSIAN qtbase_ru.qm PATHS ${QT_MINGW}/translations ${QT_MINGW}/share/qt6/translations
+              ${QT6_INSTALL_PREFIX}/translations /usr/share/qt6/translations NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+    if(QTBASE_RUSSIAN)
+        list(APPEND plugins
+             COMMAND ${CMAKE_COMMAND} -E make_directory $<TARGET_FILE_DIR:${target}>/translations
+             COMMAND ${CMAKE_COMMAND} -E copy_if_different ${QTBASE_RUSSIAN}
+                     $<TARGET_FILE_DIR:${target}>/translations)
+    else()
+        message(STATUS "No qtbase_ru.qm: Qt's own texts stay English")
+    endif()
     add_custom_command(TARGET ${target} POST_BUILD
         COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_RUNTIME_DLLS:${target}> ${runtime}
                 $<TARGET_FILE_DIR:${target}>

@@ -17,13 +17,10 @@ started_in=$PWD
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-install_packages "${BUILD_PACKAGES[@]}" libbenchmark-dev
+install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
 [ "${1:-}" != --window ] || install_packages xvfb xauth
 use_ccache
-# A tree that was configured already keeps its tests; a new one needs none here.
-configuration=(-DTARNO2_BENCH=ON)
-[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF)
-cmake --preset release "${configuration[@]}"
+cmake --preset release
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
     tarno2-bench-display tarno2-bench-export tarno2-bench-plot tarno2-bench-view tarno2-bench-window simulator scopera
 bin=$PWD/build/release/bin

@@ -15,8 +15,6 @@ folder=$(realpath -m "${1:-$(mktemp -d)}")
 [ -n "${1:-}" ] || trap 'rm -rf "$folder"' EXIT
 scripts/record-demo.sh "$folder" >"$folder.log" 2>&1 || { cat "$folder.log" >&2 && fail "No recording"; }
 rm -f "$folder.log"
-use_ccache
-cmake --build --preset release --target tarno2-export
 export_program=$PWD/build/release/bin/tarno2-export
 
 # A sheet has room for a million lines; the beginning of the recording is enough.

@@ -13,13 +13,9 @@ pictures=${1:+$(realpath -m "$1")}
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-install_packages "${BUILD_PACKAGES[@]}" "${WINDOWS_PACKAGES[@]}" "${PACKAGING_PACKAGES[@]}"
+install_packages "${WINDOWS_PACKAGES[@]}" "${PACKAGING_PACKAGES[@]}"
+build_programs >/dev/null
 ensure_russian_locale
-use_ccache
-if [ ! -f build/release/build.ninja ]; then
-    cmake --preset release -DTARNO2_TESTS=OFF -DTARNO2_BENCH=OFF >/dev/null
-fi
-cmake --build --preset release --target tarno2-console simulator >/dev/null
 scripts/package-windows.sh
 
 passed=0 failed=0 skipped=0
@@ -123,6 +119,7 @@ check "registry.d is left to the real registry" not test -e "$installed/registry
 check "the simulator is registered" has_value "$catalogue\\Simulator" path "$program\\simulator.dll"
 check "the replay driver is registered" has_value "$catalogue\\Replay" path "$program\\replay.dll"
 if has_windows build/windows; then
+    check "Qt's Russian texts are installed" test -f "$installed/translations/qtbase_ru.qm"
     check "the plotting library is registered" has_value 'HKLM\SOFTWARE\Kestrel Lines LTD\SCOPERA' path "$program\\scopera.dll"
 else
     echo "skipped: the plotting library is registered: there was no Qt for MinGW, so the programs have no windows"

@@ -5,7 +5,8 @@ export LC_ALL=C.UTF-8
 export DEBIAN_FRONTEND=noninteractive
 
 # Packages by purpose, for Debian 12.
-BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev qt6-base-dev libqcustomplot-dev)
+# qt6-translations-l10n has Qt's own texts in Russian; packages for Windows take them along.
+BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev qt6-base-dev libqcustomplot-dev qt6-translations-l10n)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
 # display that goes away.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb)
@@ -41,6 +42,10 @@ install_packages() {
         is_installed "$package" || missing+=("$package")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
+    if [ "$(id -u)" -ne 0 ] && ! sudo -n true 2>/dev/null; then
+        fail "Packages are missing, and installing them needs root. Run this, then the script again:
+apt-get update && apt-get install -y --no-install-recommends ${missing[*]}"
+    fi
     echo "Installing ${missing[*]}"
     as_root apt-get -q -o DPkg::Lock::Timeout=300 update
     as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300 \
@@ -94,6 +99,16 @@ use_ccache() {
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache
     fi
+}
+
+# Builds what a user runs: the programs, the drivers and the signal view, in the folder of the preset "release". All
+# scripts prepare a machine and that folder in the same way, so that each can go on with what another has built.
+build_programs() {
+    install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
+    use_ccache
+    cmake --preset release
+    cmake --build --preset release --target Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover \
+        simulator replay scopera
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

@@ -27,6 +27,7 @@ if has_windows "$build"; then
     mkdir "$folder/platforms" "$folder/styles"
     cp "$bin"/platforms/qwindows.dll "$folder/platforms"
     cp "$bin"/styles/*.dll "$folder/styles"
+    cp -r "$bin/translations" "$folder"
 fi
 cp "$bin"/registry.d/*.reg "$folder/registry.d"
 cp LICENSE "$folder/LICENSE.txt"

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what the build needs, builds the programs and the drivers, records five seconds of the simulated board
-# without a window, and shows what came of it.
+# Installs what the build and the tests need, builds the programs, the drivers and the signal view in build/release,
+# records five seconds of the simulated board without a window, and shows what came of it. Where it may not install, it
+# prints the one line to be run by root.
 #
 #   scripts/record-demo.sh [FOLDER]      a folder that is new or empty; demo-recording[-N] when none is given
 set -euo pipefail
@@ -26,16 +27,6 @@ new_folder() {
     fi
     mkdir -p "$folder"
     echo "$folder"
-}
-
-build_programs() {
-    install_packages "${BUILD_PACKAGES[@]}"
-    use_ccache
-    # A tree that was configured already keeps its tests; a new one needs none here.
-    if [ ! -f build/release/build.ninja ]; then
-        cmake --preset release -DTARNO2_TESTS=OFF -DTARNO2_BENCH=OFF
-    fi
-    cmake --build --preset release --target Tarno2 tarno2-console tarno2-drivers simulator replay
 }
 
 # Escapes what stands between double quotes in an autosettings file.
@@ -88,8 +79,8 @@ check_recording() {
         complain "$samples samples where about $wanted were expected"
 }
 
-folder=$(new_folder "${1:-}")
 build_programs
+folder=$(new_folder "${1:-}")
 
 data=$folder/demo.dat
 description=$folder/demo.txt
@@ -107,4 +98,5 @@ Settings     $folder/demo.cfg
 Samples      $data ($(stat -c %s "$data") bytes)
 Description  $description
 Log          $folder/AutoLog.txt
+Programs     $PWD/build/release/bin
 WHERE

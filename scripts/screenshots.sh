@@ -8,14 +8,8 @@ folder=$(realpath -m "${1:-$(dirname "$0")/../docs/pictures}")
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-install_packages "${BUILD_PACKAGES[@]}" xvfb xdotool imagemagick fonts-dejavu-core \
-    qt6-translations-l10n
-use_ccache
-# A tree that was configured already keeps its tests and benchmarks; a new one needs none here.
-configuration=()
-[ -f build/release/build.ninja ] || configuration+=(-DTARNO2_TESTS=OFF -DTARNO2_BENCH=OFF)
-cmake --preset release "${configuration[@]}"
-cmake --build --preset release
+install_packages xvfb xdotool imagemagick fonts-dejavu-core
+build_programs
 bin=$PWD/build/release/bin
 
 mkdir -p "$folder"
