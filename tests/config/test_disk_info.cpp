@@ -14,10 +14,10 @@ TEST(DiskInfo, DescribesTheVolumeOfAFileThatIsNotThereYet) {
     DiskFacts facts;
     const int32_t type = DiskInfo(joinPath(folder.file("new"), "run.dat"), facts);
     EXPECT_EQ(type, facts.type);
-    EXPECT_GT(type, 0);
+    EXPECT_TRUE(type > 0 || (kPathSeparator == '\\' && type == -4)) << type;
     EXPECT_FALSE(facts.fileSystem.empty());
     EXPECT_GT(facts.freeBytes, 0U);
-    EXPECT_GT(facts.maximumFileSize, 0U);
+    EXPECT_EQ(facts.maximumFileSize > 0, type > 0);
 
     EXPECT_EQ(DiskInfo("", facts), -1);
     EXPECT_EQ(facts.maximumFileSize, 0U);
