@@ -231,12 +231,16 @@ TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
         EXPECT_THAT(recordings(), testing::IsEmpty());
     }
     wanted_.driver = "Simulator";
+    wanted_.base = 7;
     wanted_.autoStartOnRun = false;
     open();
     auto* board = find<QComboBox>("BaseBox");
     board->setFocus();
     QTest::keyClick(board, Qt::Key_Home);
     record();
+    press(Qt::Key_F6);
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().base, 1);
 }
 
 TEST_F(WindowSettings, TheToolkitSpeaksRussianToo) {
