@@ -205,8 +205,9 @@ TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
         const char* box;
         const char* shown;
         const char* told;
-    } cases[] = {{"Simulator", 7, "BaseBox", "007", "the driver has no board 007"},
-                 {"Gone", 2, "DriverBox", "Gone", "Driver \"Gone\" can not be loaded: no driver of this name is installed"}};
+    } cases[] = {
+        {"Simulator", 7, "BaseBox", "007", "the driver has no board 007"},
+        {"Gone", 2, "DriverBox", "Gone", "Driver \"Gone\" can not be loaded: no driver of this name is installed"}};
     wanted_.autoStartOnRun = true;
     for (const auto& each : cases) {
         wanted_.driver = each.driver;
