@@ -95,15 +95,16 @@ NameProblem checkDataFileName(const std::string& name) {
     if (name.empty()) {
         return NameProblem::Empty;
     }
-    if (!isPossiblePath(name)) {
+    // A line end in a name would make lines of its own in the logs.
+    if (!isPossiblePath(name) || shownName(name) != name) {
         return NameProblem::Impossible;
     }
     const std::string dataFile = withDataExtension(name);
     if (fileNameOf(dataFile).empty() || isDirectory(name) || isDirectory(dataFile)) {
         return NameProblem::IsFolder;
     }
-    for (const std::string& beside :
-         {RecordDescription::fileNameFor(dataFile), journalNameFor(dataFile), lossLedgerNameFor(dataFile)}) {
+    for (const std::string& beside : {RecordDescription::fileNameFor(dataFile), journalNameFor(dataFile),
+                                      earlierJournalNameFor(dataFile), lossLedgerNameFor(dataFile)}) {
         if (sameIgnoringCase(dataFile, beside)) {
             return NameProblem::EqualsDescription;
         }

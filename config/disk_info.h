@@ -23,7 +23,7 @@ struct DiskFacts {
 [[nodiscard]] std::string formatFreeSpace(uint64_t bytes);
 
 /// Why a name can't be given to a recording. `EqualsDescription`: a file that stands beside the data needs it.
-/// `Impossible`: the system can't have such a name.
+/// `Impossible`: the system can't have such a name, or control characters are in it.
 enum class NameProblem { None, Empty, EqualsDescription, IsFolder, Impossible };
 [[nodiscard]] NameProblem checkDataFileName(const std::string& name);
 

@@ -59,7 +59,7 @@ class TemporaryFile {
 public:
     explicit TemporaryFile(const std::string& folder) {
         if (createTemporaryFile(folder, kTemporaryPrefix, path_).ok()) {
-            usable_ = file_.open(path_, FileMode::CreateAlways, FileAccess::Write, FileShare::None).ok();
+            usable_ = file_.openPlain(path_, FileMode::CreateAlways, FileAccess::Write, FileShare::None).ok();
         }
     }
     ~TemporaryFile() {

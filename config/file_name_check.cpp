@@ -74,7 +74,7 @@ FileNameFindings FileNameEditChange(const std::string& name, DiskSpeedTester& te
     const NameProblem problem = checkDataFileName(name);
     findings.nameCode = nameCheckCode(problem);
     findings.problem = nameText(problem);
-    DEBUG_LOG("FileNameEditChange: File = \"%s\" RezultCode = %d", name.c_str(), findings.nameCode);
+    DEBUG_LOG("FileNameEditChange: File = \"%s\" RezultCode = %d", shownName(name).c_str(), findings.nameCode);
     if (findings.problem) {
         return findings;
     }

@@ -1,5 +1,7 @@
 #include "config/file_naming.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <set>
@@ -20,6 +22,15 @@ namespace tarno2 {
 namespace {
 
 constexpr std::string_view kDataExtension = ".dat";
+constexpr std::string_view kDescriptionExtension = ".txt";
+constexpr std::string_view kLedgerExtension = ".log";
+constexpr std::array kOwnExtensions = {kDescriptionExtension, kLedgerExtension, kJournalExtension,
+                                       kEarlierJournalExtension};
+
+bool isOwnExtension(std::string_view extension) {
+    return std::any_of(kOwnExtensions.begin(), kOwnExtensions.end(),
+                       [extension](std::string_view own) { return sameIgnoringCase(own, extension); });
+}
 
 /// A file name cut before the "." of its extension. A "." that begins or ends the last part begins no extension.
 struct NameParts {
@@ -116,7 +127,8 @@ std::string FileNaming::GenerateFileName(const std::string& currentName, const s
                         formatText("file_%d_%d_%d_n%u.dat", today.year, today.month, today.day, runningNumber_));
     };
     std::string name = build();
-    while (fileExists(name) || fileExists(RecordDescription::fileNameFor(name)) || fileExists(journalNameFor(name))) {
+    while (fileExists(name) || fileExists(RecordDescription::fileNameFor(name)) || fileExists(journalNameFor(name)) ||
+           fileExists(earlierJournalNameFor(name))) {
         ++runningNumber_;
         name = build();
     }
@@ -146,7 +158,8 @@ std::string documentsFolder() {
 }
 
 std::string withDataExtension(const std::string& name) {
-    if (fileNameOf(name).empty() || !splitName(name).extension.empty()) {
+    const std::string extension = splitName(name).extension;
+    if (fileNameOf(name).empty() || isDataExtension(extension) || isOwnExtension(extension)) {
         return name;
     }
     std::string whole = name;
@@ -165,18 +178,41 @@ std::string pieceName(const std::string& name, uint32_t k) {
 }
 
 std::string recordingBase(const std::string& dataName) {
-    constexpr std::string_view kExtension = ".txt";
     std::string name = RecordDescription::fileNameFor(dataName);
-    name.resize(name.size() - kExtension.size());
+    name.resize(name.size() - kDescriptionExtension.size());
     return name;
 }
 
 std::string journalNameFor(const std::string& dataName) {
-    return recordingBase(dataName) + ".journal";
+    return recordingBase(dataName).append(kJournalExtension);
+}
+
+std::string earlierJournalNameFor(const std::string& dataName) {
+    return recordingBase(dataName).append(kEarlierJournalExtension);
+}
+
+bool isDataExtension(std::string_view extension) {
+    constexpr size_t kLongest = 16;
+    // Letters of other alphabets have more than seven bits.
+    const auto fits = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               static_cast<unsigned char>(c) >= 0x80;
+    };
+    if (extension.size() < 2 || extension.size() > kLongest + 1 || extension.front() != '.' ||
+        !std::all_of(extension.begin() + 1, extension.end(), fits)) {
+        return false;
+    }
+    return !isOwnExtension(extension);
 }
 
 std::string lossLedgerNameFor(const std::string& dataName) {
-    return recordingBase(dataName) + ".log";
+    return recordingBase(dataName).append(kLedgerExtension);
+}
+
+std::string shownName(std::string name) {
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
+    return name;
 }
 
 OsError createFoldersFor(const std::string& fileName) {
@@ -199,7 +235,7 @@ MovedAside moveEarlierRecordingAside(const std::string& chosenName) {
     MovedAside result;
     uint32_t n = 1;
     while (!filesOfRecording(oldName(name, n), name, contents).empty() ||
-           fileExists(journalNameFor(oldName(name, n)))) {
+           fileExists(journalNameFor(oldName(name, n))) || fileExists(earlierJournalNameFor(oldName(name, n)))) {
         ++n;
     }
     result.newName = oldName(name, n);

@@ -3,7 +3,7 @@
 namespace tarno2 {
 
 OsError openLogFile(File& log, const std::string& path) {
-    OsError error = log.open(path, FileMode::OpenAlways, FileAccess::Write, FileShare::None);
+    OsError error = log.openPlain(path, FileMode::OpenAlways, FileAccess::Write, FileShare::None);
     if (!error.ok()) {
         return error;
     }

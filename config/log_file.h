@@ -8,7 +8,8 @@
 
 namespace tarno2 {
 
-/// Opens a log for writing at its end, without sharing, making it when there is none. `log` stays closed on failure.
+/// Opens a log for writing at its end, without sharing, making it when there is none. A link, or anything else than a
+/// regular file of that name, is left alone. `log` stays closed on failure.
 OsError openLogFile(File& log, const std::string& path);
 
 /// Hands a whole line to the system with one write, so that lines of two threads never mix, and has it put on the disk.

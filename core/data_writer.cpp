@@ -51,7 +51,7 @@ int32_t DataWriter::open(const WriterSetup& setup, RecordDescription& descriptio
     movedAside_ = std::move(findings.movedAside);
     if (!findings.problem.empty()) {
         openError_ = std::move(findings.problem);
-        return findings.inUse ? -6 : -5;
+        return findings.nameTaken ? -6 : -5;
     }
     open_ = disk_.start(setup_, description, journal_);
     openError_ = disk_.problem();

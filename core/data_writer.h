@@ -39,7 +39,7 @@ public:
     /// filled for each piece and belongs to the caller; it must outlive the writer's `Close`. Less memory than
     /// `setup.bufferBytes` is logged, no failure.
     /// 0, or -1 no memory, -2 no file name, -3 a frame size of 0, -5 a folder or file could not be made (`openError`),
-    /// -6 another program is writing files of that name.
+    /// -6 the name is somebody else's: another program is writing files of it, or no journal can stand there.
     [[nodiscard]] int32_t open(const WriterSetup& setup, RecordDescription& description);
     [[nodiscard]] const std::string& openError() const { return openError_; }
     /// Of the first data file.

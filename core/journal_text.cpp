@@ -5,6 +5,7 @@
 #include <cmath>
 #include <utility>
 
+#include "config/file_naming.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {
@@ -13,6 +14,7 @@ namespace {
 
 constexpr std::string_view kTitle = "Tarno2 journal 1\n";
 constexpr uint32_t kMostChannels = 0xFFFF;
+constexpr uint64_t kLastSequence = uint64_t{1} << 62U;  // further than any recorder comes, with room for more
 
 /// CRC-32 as in ISO 3309.
 uint32_t checksum(std::string_view text) {
@@ -62,6 +64,9 @@ std::string pieceText(const PieceState& piece) {
             formatText("record %llu %llu %u %u %d %d %d %.17g\n", static_cast<unsigned long long>(piece.recordBytes),
                        static_cast<unsigned long long>(event.point), event.prehistory, event.history, event.mode,
                        event.condition, event.channel, event.value);
+    }
+    if (piece.dropped) {
+        text += "dropped\n";
     }
     return text;
 }
@@ -170,6 +175,8 @@ bool readLine(std::string_view line, JournalState& state) {
         state.channelCount = numbers.next<uint32_t>();
     } else if (key == "piece") {
         state.piece.emplace().number = numbers.next<uint32_t>();
+    } else if (key == "dropped") {
+        return state.piece && value.empty() && (state.piece->dropped = true);
     } else if (key == "created") {
         return state.piece && readTime(numbers, state.piece->createTime.emplace());
     } else if (key == "record") {
@@ -182,7 +189,7 @@ bool readLine(std::string_view line, JournalState& state) {
 
 bool usable(const JournalState& state) {
     if ((state.sampleWidth != 2 && state.sampleWidth != 4) || state.channelCount < 1 ||
-        state.channelCount > kMostChannels) {
+        state.channelCount > kMostChannels || !isDataExtension(state.extension) || state.sequence > kLastSequence) {
         return false;
     }
     return !state.piece || state.piece->recordBytes % state.frameBytes() == 0;
@@ -233,7 +240,7 @@ std::optional<std::string> sealedJournalHalf(std::string lines) {
 }
 
 std::optional<JournalState> readJournal(std::string_view contents) {
-    if (contents.size() != 2 * kJournalHalf) {
+    if (contents.size() != 2 * kJournalHalf || !contents.starts_with(kTitle)) {
         return std::nullopt;
     }
     auto first = readHalf(contents.substr(0, kJournalHalf));

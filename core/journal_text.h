@@ -17,6 +17,7 @@ struct PieceState {
     std::optional<LocalTime> createTime;  ///< of its first sample
     uint64_t recordBytes = 0;             ///< of a record with an event; 0: there was none
     SynchroEvent firstEvent;              ///< when there was one; the others follow from it
+    bool dropped = false;                 ///< a recovery found no whole frame in it, and removes it
 };
 
 /// What a journal says of a recording: enough to describe the file that was being written when the program ended.
@@ -41,7 +42,8 @@ inline constexpr size_t kJournalHalf = size_t{32} * 1024;
 /// A half with these lines: their checksum and the padding are added. Nothing when they are too many.
 [[nodiscard]] std::optional<std::string> sealedJournalHalf(std::string lines);
 
-/// The newest state in a journal's contents. Nothing when neither half is whole, or the journal is not.
+/// The newest state in a journal's contents. Nothing when they are not those of a journal of this version: its size,
+/// its first line and a right checksum in one half at least, with nothing in that half that no recorder writes.
 [[nodiscard]] std::optional<JournalState> readJournal(std::string_view contents);
 
 }  // namespace tarno2

@@ -53,7 +53,7 @@ bool writeLossLedger(const std::string& dataName, std::span<const Loss> losses) 
     }
     File file;
     size_t done = 0;
-    return file.open(lossLedgerNameFor(dataName), FileMode::CreateAlways, FileAccess::Write, FileShare::ReadWrite)
+    return file.openPlain(lossLedgerNameFor(dataName), FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite)
                .ok() &&
            file.write(contents.data(), contents.size(), done).ok() && file.flush().ok() && file.close().ok();
 }

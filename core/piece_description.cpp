@@ -2,9 +2,6 @@
 
 #include <bit>
 
-#include "platform/c_locale.h"
-#include "platform/file.h"
-
 namespace tarno2 {
 
 namespace {
@@ -12,12 +9,6 @@ namespace {
 int32_t setBits(int32_t mask, uint32_t sampleWidth) {
     const uint32_t word = sampleWidth >= 4 ? 0xFFFFFFFFU : 0xFFFFU;
     return std::popcount(static_cast<uint32_t>(mask) & word);
-}
-
-OsError flushClosedFile(const std::string& name) {
-    File file;
-    const OsError error = file.open(name, FileMode::OpenExisting, FileAccess::Write, FileShare::ReadWrite);
-    return error.ok() ? file.flush() : error;
 }
 
 }  // namespace
@@ -31,19 +22,17 @@ std::string describeDataFile(const std::string& dataName, uint64_t bytes, const 
     description.setDataCountPerChannel(bytes / state.frameBytes());
     if (state.piece && state.piece->recordBytes != 0) {
         // Records that did not reach the file, or that the size limit left out, have no event.
-        description.keepSynchroEvents((bytes + state.piece->recordBytes - 1) / state.piece->recordBytes);
+        const uint64_t record = state.piece->recordBytes;
+        description.keepSynchroEvents(bytes / record + (bytes % record != 0 ? 1 : 0));
     }
     if (state.piece && state.piece->createTime) {
         description.setCreateTime(*state.piece->createTime);
     }
-    const std::string name = RecordDescription::fileNameFor(dataName);
-    if (!description.writeForDataFile(dataName)) {
-        // Half a description would mislead its reader.
-        removeFile(name);
-        return formatText("the description could not be written, status = %d", static_cast<int>(description.status()));
+    if (description.writeForDataFile(dataName)) {
+        return {};
     }
-    const OsError error = flushClosedFile(name);
-    return error.ok() ? std::string() : "the description could not be brought to the disk: " + error.text();
+    return "\"" + RecordDescription::fileNameFor(dataName) + "\" could not be written: " +
+           (description.status() == RecordDescription::NoMemory ? "no memory" : description.writeError().text());
 }
 
 }  // namespace tarno2

@@ -102,8 +102,8 @@ bool RecordingControl::checkFile() {
     fileName_ = withDataExtension(shell_.fileName());
     const NameProblem problem = checkDataFileName(fileName_);
     if (const auto message = nameText(problem)) {
-        DEBUG_LOG("File error \"%s\" code = %d", fileName_.c_str(), nameCheckCode(problem));
-        return refuse(*message, problem == NameProblem::Impossible ? fileName_ : std::string());
+        DEBUG_LOG("File error \"%s\" code = %d", shownName(fileName_).c_str(), nameCheckCode(problem));
+        return refuse(*message, problem == NameProblem::Impossible ? shownName(fileName_) : std::string());
     }
     const int32_t code = DiskInfo(fileName_, disk_);
     if (code >= 0) {

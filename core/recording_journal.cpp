@@ -1,78 +1,187 @@
 #include "core/recording_journal.h"
 
+#include <mutex>
+#include <set>
+#include <utility>
+
+#include "config/file_naming.h"
+#include "platform/paths.h"
+
 namespace tarno2 {
 
 namespace {
 
 constexpr int kAttempts = 10;
 
-}  // namespace
-
-OsError RecordingJournal::hold(const std::string& name, FileMode mode) {
-    OsError error;
-    // Its owner may remove it between our opening and our lock: then the file that we hold has no name any more.
-    for (int i = 0; i < kAttempts; ++i) {
-        error = file_.open(name, mode, FileAccess::ReadWrite, FileShare::None);
-        if (!error.ok() || file_.isNamed(name)) {
-            break;
-        }
-        file_.close();
+/// What an open file is, by its contents.
+JournalFound judge(File& file, const std::string& name, JournalState& state) {
+    uint64_t size = 0;
+    if (!file.size(size).ok()) {
+        return JournalFound::Foreign;
     }
-    name_ = name;
-    return error;
+    if (size == 0 && name.ends_with(kJournalExtension)) {
+        return JournalFound::NotBegun;
+    }
+    std::string contents(2 * kJournalHalf, '\0');
+    size_t done = 0;
+    if (size != contents.size() || !file.seek(0).ok() || !file.read(contents.data(), contents.size(), done).ok() ||
+        done != contents.size()) {
+        return JournalFound::Foreign;
+    }
+    auto read = readJournal(contents);
+    if (!read) {
+        return JournalFound::Foreign;
+    }
+    state = std::move(*read);
+    return JournalFound::Ours;
 }
 
-OsError RecordingJournal::read(std::string& contents) {
-    // A byte more than a journal has shows one that is too long.
-    contents.resize(2 * kJournalHalf + 1);
-    size_t done = 0;
-    OsError error = file_.seek(0);
-    if (error.ok()) {
-        error = file_.read(contents.data(), contents.size(), done);
+JournalFound judge(const OsError& error) {
+    if (error.inUse()) {
+        return JournalFound::InUse;
     }
-    contents.resize(error.ok() ? done : 0);
+    return error.notFound() ? JournalFound::Nothing : JournalFound::Foreign;
+}
+
+JournalFound lookAt(const std::string& name, JournalState& state) {
+    File file;
+    const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+    return error.ok() ? judge(file, name, state) : judge(error);
+}
+
+/// The journals that this program holds, by their names without folder: two spellings of a folder are one.
+class HeldJournals {
+public:
+    void add(const std::string& name) {
+        const std::scoped_lock lock(mutex_);
+        names_.insert(fileNameOf(name));
+    }
+    void remove(const std::string& name) {
+        const std::scoped_lock lock(mutex_);
+        names_.erase(names_.find(fileNameOf(name)));
+    }
+    bool contains(const std::string& name) {
+        const std::scoped_lock lock(mutex_);
+        return names_.contains(fileNameOf(name));
+    }
+
+private:
+    std::mutex mutex_;
+    std::multiset<std::string> names_;
+};
+
+HeldJournals& heldJournals() {
+    static HeldJournals journals;
+    return journals;
+}
+
+}  // namespace
+
+bool RecordingJournal::isHeldHere(const std::string& name) {
+    return heldJournals().contains(name);
+}
+
+void RecordingJournal::setHeld(bool held) {
+    if (held != listed_) {
+        listed_ = held;
+        held ? heldJournals().add(name_) : heldJournals().remove(name_);
+    }
+}
+
+void RecordingJournal::release() {
+    setHeld(false);
+    static_cast<void>(file_.close());
+}
+
+JournalFound RecordingJournal::look(const std::string& name) {
+    JournalState state;
+    return lookAt(name, state);
+}
+
+JournalFound RecordingJournal::takeExisting(const std::string& name) {
+    release();
+    name_ = name;
+    // Its owner may remove it between our opening and our lock: then the file that we hold has no name any more.
+    for (int i = 0; i < kAttempts; ++i) {
+        const JournalFound seen = lookAt(name, state_);
+        if (seen != JournalFound::Ours && seen != JournalFound::NotBegun) {
+            return seen;
+        }
+        const OsError error =
+            file_.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::None);
+        if (!error.ok() && !error.notFound()) {
+            return judge(error);
+        }
+        if (error.ok() && file_.isNamed(name)) {
+            const JournalFound held = judge(file_, name, state_);
+            if (held == JournalFound::Foreign) {
+                release();
+                return held;
+            }
+            sequence_ = state_.sequence;
+            setHeld(true);
+            return held;
+        }
+        release();
+    }
+    return JournalFound::InUse;
+}
+
+OsError RecordingJournal::create(const std::string& name, const JournalState& state) {
+    std::string contents;
+    for (const uint64_t sequence : {0U, 1U}) {
+        JournalState first = state;
+        first.sequence = sequence_ = sequence;
+        const auto half = journalText(first);
+        if (!half) {
+            return OsError::tooLarge();
+        }
+        contents += *half;
+    }
+    release();
+    name_ = name;
+    const OsError error = file_.createWhole(name, contents);
+    // Where it could not appear locked, another program may have taken it for one that was left behind.
+    if (error.ok() && !file_.isNamed(name)) {
+        release();
+        return create(name, state);
+    }
+    setHeld(error.ok());
     return error;
 }
 
 OsError RecordingJournal::begin(const JournalState& state) {
-    OsError error = file_.truncate(0);
-    for (const uint64_t sequence : {0U, 1U}) {
-        if (error.ok()) {
-            JournalState first = state;
-            first.sequence = sequence;
-            error = put(first);
-        }
-    }
-    return error.ok() ? file_.flush() : error;
-}
-
-OsError RecordingJournal::save(JournalState& state) {
-    ++state.sequence;
-    const OsError error = put(state);
-    return error.ok() ? file_.flush() : error;
+    const OsError error = save(state);
+    return error.ok() ? save(state) : error;
 }
 
 // Odd and even states have a half each.
-OsError RecordingJournal::put(const JournalState& state) {
-    const auto text = journalText(state);
+OsError RecordingJournal::save(const JournalState& state) {
+    JournalState next = state;
+    next.sequence = sequence_ + 1;
+    const auto text = journalText(next);
     if (!text) {
         return OsError::tooLarge();
     }
-    OsError error = file_.seek(state.sequence % 2 * kJournalHalf);
     size_t done = 0;
-    return error.ok() ? file_.write(text->data(), text->size(), done) : error;
+    OsError error = file_.seek(next.sequence % 2 * kJournalHalf);
+    if (error.ok()) {
+        error = file_.write(text->data(), text->size(), done);
+    }
+    if (error.ok()) {
+        error = file_.flush();
+    }
+    if (error.ok()) {
+        sequence_ = next.sequence;  // else the same half is tried again: the other one is whole
+    }
+    return error;
 }
 
 void RecordingJournal::remove() {
-    if (!held()) {
-        return;
+    if (held()) {
+        static_cast<void>(file_.removeNamed(name_));
+        release();
     }
-    // Where an open file can be removed this leaves nobody a moment to take it; elsewhere it has to be closed first.
-    if (!removeFile(name_).ok()) {
-        file_.close();
-        removeFile(name_);
-    }
-    file_.close();
 }
 
 }  // namespace tarno2

@@ -10,13 +10,15 @@ namespace tarno2 {
 
 /// What was found where a recording is to be written.
 struct PlaceFindings {
-    bool inUse = false;                   ///< another program writes files that this recording would make
+    bool nameTaken = false;               ///< somebody else has that name: another one may do
     std::string problem;                  ///< why nothing can be recorded there; empty when it can
     std::vector<std::string> movedAside;  ///< new names of the files of an earlier recording
 };
 
 /// Makes the place for a recording ready: makes the folders, takes the journal, finishes a recording of that name that
-/// was cut off, and moves what an earlier one has left out of the way. From then on no other program makes or moves
+/// was cut off, and moves what an earlier one has left out of the way. A name is refused when another program records
+/// under it or under one that may lead to the same files, when a journal of another user's is there, and when something
+/// stands in the place of its journal that is none. From then on no other program makes or moves
 /// files of that name, or of its pieces. Without a journal, where none can be made, the recording goes on and the
 /// debug log says so. Window thread.
 [[nodiscard]] PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal);

@@ -1,5 +1,7 @@
 #include "core/recovery.h"
 
+#include <condition_variable>
+#include <mutex>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -7,7 +9,7 @@
 #include "config/debug_log.h"
 #include "config/figure_text.h"
 #include "config/file_naming.h"
-#include "core/piece_description.h"
+#include "core/recovery_files.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
@@ -17,143 +19,137 @@ namespace tarno2 {
 
 namespace {
 
-constexpr std::string_view kJournalExtension = ".journal";
+using Outcome = RecoveryReport::Outcome;
+
+/// The recoveries that threads of this program are at, by the names of the journals without their folders: two
+/// spellings of a folder are one.
+class RunningRecoveries {
+public:
+    void begin(const std::string& journalName) {
+        const std::scoped_lock lock(mutex_);
+        names_.insert(fileNameOf(journalName));
+    }
+    void end(const std::string& journalName) {
+        {
+            const std::scoped_lock lock(mutex_);
+            names_.erase(names_.find(fileNameOf(journalName)));
+        }
+        ended_.notify_all();
+    }
+    bool waitFor(const std::string& journalName) {
+        const std::string name = fileNameOf(journalName);
+        std::unique_lock lock(mutex_);
+        const bool running = names_.contains(name);
+        ended_.wait(lock, [&] { return !names_.contains(name); });
+        return running;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    std::multiset<std::string> names_;
+};
+
+RunningRecoveries& runningRecoveries() {
+    static RunningRecoveries recoveries;
+    return recoveries;
+}
+
+class RunningRecovery {
+public:
+    explicit RunningRecovery(std::string journalName) : name_(std::move(journalName)) {
+        runningRecoveries().begin(name_);
+    }
+    ~RunningRecovery() { runningRecoveries().end(name_); }
+    RunningRecovery(const RunningRecovery&) = delete;
+    RunningRecovery& operator=(const RunningRecovery&) = delete;
+
+private:
+    std::string name_;
+};
 
 RecoveryReport failed(std::string name, const std::string& problem) {
     DEBUG_LOG("!!!!! \"%s\" not recovered: %s", name.c_str(), problem.c_str());
-    return {RecoveryReport::Outcome::Failed, std::move(name), 0, problem};
+    return {Outcome::Failed, std::move(name), 0, problem};
 }
 
-std::string baseOf(const std::string& journalName) {
-    return journalName.substr(0, journalName.size() - kJournalExtension.size());
+RecoveryReport untouched(Outcome outcome, const std::string& name, const char* line) {
+    DEBUG_LOG(line, name.c_str());
+    return {outcome, name, 0, {}};
 }
 
-uint64_t sizeOf(const std::string& name) {
-    File file;
-    uint64_t bytes = 0;
-    if (file.open(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite).ok() &&
-        !file.size(bytes).ok()) {
-        bytes = 0;
+/// `named`: the user has asked for this very recording.
+std::optional<RecoveryReport> recover(const std::string& journalName, bool named) {
+    const RunningRecovery running(journalName);
+    RecordingJournal journal;
+    const JournalFound found = journal.takeExisting(journalName);
+    switch (found) {
+        case JournalFound::Nothing:
+            return std::nullopt;
+        case JournalFound::InUse:
+            if (!named && RecordingJournal::isHeldHere(journalName)) {
+                return std::nullopt;  // it is what this program records now
+            }
+            return untouched(Outcome::InProgress, recordingBase(journalName), "\"%s\" is held by another program");
+        case JournalFound::Foreign:
+            if (!named && journalName.ends_with(kEarlierJournalExtension)) {
+                return std::nullopt;  // many programs call files so
+            }
+            return untouched(Outcome::LeftAlone, journalName, "\"%s\" is no journal of this version and left alone");
+        case JournalFound::NotBegun:
+        case JournalFound::Ours:
+            break;
     }
-    return bytes;
-}
-
-void removeEmptyFile(const std::string& name) {
-    if (fileExists(name) && !isDirectory(name) && sizeOf(name) == 0) {
-        removeFile(name);
+    if (!named && !journal.isOfThisUser()) {
+        return untouched(Outcome::OtherUsers, journalName, "\"%s\" is another user's and left alone");
     }
-}
-
-/// Whether any file could belong to a recording whose journal tells nothing.
-bool hasOtherFiles(const std::string& journalName) {
-    const std::string base = fileNameOf(baseOf(journalName));
-    const std::string folder = parentFolder(journalName);
-    for (const std::string& name : listDirectory(folder.empty() ? "." : folder)) {
-        if (name.starts_with(base) && name != fileNameOf(journalName)) {
-            return true;
+    if (found == JournalFound::NotBegun) {
+        if (journal.confirmLock().ok()) {
+            journal.remove();
         }
-    }
-    return false;
-}
-
-/// The events of a file with so many bytes. Records have one size, and their points grow by the prehistory.
-void addEvents(const PieceState& piece, uint64_t bytes, RecordDescription& description) {
-    if (piece.recordBytes == 0) {
-        return;
-    }
-    SynchroEvent event = piece.firstEvent;
-    for (uint64_t begin = 0; begin < bytes; begin += piece.recordBytes) {
-        description.addSynchroEvent(event);
-        event.point += event.prehistory;
-    }
-}
-
-/// Cuts a file to whole frames; `bytes` gets what it has then.
-OsError cutToFrames(const std::string& name, uint64_t frameBytes, uint64_t& bytes) {
-    File file;
-    OsError error = file.open(name, FileMode::OpenExisting, FileAccess::ReadWrite, FileShare::None);
-    uint64_t size = 0;
-    if (error.ok()) {
-        error = file.size(size);
-    }
-    bytes = size / frameBytes * frameBytes;
-    if (error.ok() && bytes != size) {
-        error = file.truncate(bytes);
-    }
-    return error.ok() ? file.flush() : error;
-}
-
-/// Finishes the data file at hand. What went wrong, empty when nothing did.
-std::string finishPiece(const std::string& dataName, const JournalState& state) {
-    const std::string name = pieceName(dataName, state.piece->number);
-    const std::string next = pieceName(dataName, state.piece->number + 1);
-    if (!fileExists(name)) {
-        return "\"" + name + "\" is missing";
-    }
-    if (fileExists(next) && !fileExists(RecordDescription::fileNameFor(next)) && sizeOf(next) != 0) {
-        return "the journal does not tell of \"" + next + "\"";
-    }
-    uint64_t bytes = 0;
-    if (const OsError error = cutToFrames(name, state.frameBytes(), bytes); !error.ok()) {
-        return "\"" + name + "\": " + error.text();
-    }
-    if (bytes == 0) {
-        removeFile(name);
-    } else {
-        RecordDescription description;
-        state.facts.describe(description);
-        addEvents(*state.piece, bytes, description);
-        if (std::string problem = describeDataFile(name, bytes, state, description); !problem.empty()) {
-            return "\"" + name + "\": " + problem;
-        }
-    }
-    removeEmptyFile(next);
-    static_cast<void>(flushFolder(parentFolder(dataName)));
-    return {};
-}
-
-std::optional<RecoveryReport> recoverHeld(RecordingJournal& journal) {
-    std::string contents;
-    if (const OsError error = journal.read(contents); !error.ok()) {
-        return failed(journal.name(), error.text());
-    }
-    const auto state = readJournal(contents);
-    if (!state && !hasOtherFiles(journal.name())) {
         return std::nullopt;
     }
-    if (!state) {
-        return failed(journal.name(), "the journal is damaged");
+    auto report = recoverRecording(journal);
+    if (!report || report->outcome == Outcome::Recovered) {
+        journal.remove();
     }
-    const std::string dataName = baseOf(journal.name()) + state->extension;
-    if (!state->piece) {
-        removeEmptyFile(dataName);
-        return std::nullopt;
-    }
-    if (std::string problem = finishPiece(dataName, *state); !problem.empty()) {
-        return failed(dataName, problem);
-    }
-    RecoveryReport report{RecoveryReport::Outcome::Recovered, dataName, 0, {}};
-    for (uint32_t piece = 0; piece <= state->piece->number; ++piece) {
-        report.frames += sizeOf(pieceName(dataName, piece)) / state->frameBytes();
-    }
-    DEBUG_LOG("\"%s\" recovered, %llu frames", dataName.c_str(), static_cast<unsigned long long>(report.frames));
     return report;
+}
+
+bool isJournalName(std::string_view name) {
+    const auto ends = [name](std::string_view ending) { return name.size() > ending.size() && name.ends_with(ending); };
+    return ends(kJournalExtension) || ends(kEarlierJournalExtension);
+}
+
+/// The journal of the recording with this base; empty when there is none.
+std::string journalOfBase(const std::string& base) {
+    std::string present = std::string(base).append(kJournalExtension);
+    if (fileExists(present)) {
+        return present;
+    }
+    std::string earlier = std::string(base).append(kEarlierJournalExtension);
+    const JournalFound found = RecordingJournal::look(earlier);
+    return found == JournalFound::Ours || found == JournalFound::InUse ? earlier : std::string();
 }
 
 }  // namespace
 
 std::string RecoveryReport::text() const {
-    const std::string shownName = systemTextToCp1251(name);
+    const std::string shown = systemTextToCp1251(name);
     switch (outcome) {
         case Outcome::Recovered:
-            return formatText(tarno2::text(TextId::RecordingRecovered).c_str(), shownName.c_str(),
+            return formatText(tarno2::text(TextId::RecordingRecovered).c_str(), shown.c_str(),
                               formatCount(frames).c_str());
         case Outcome::InProgress:
-            return formatText(tarno2::text(TextId::RecordingInProgress).c_str(), shownName.c_str());
+            return formatText(tarno2::text(TextId::RecordingInProgress).c_str(), shown.c_str());
+        case Outcome::OtherUsers:
+            return formatText(tarno2::text(TextId::JournalOfOtherUser).c_str(), shown.c_str());
+        case Outcome::LeftAlone:
+            return formatText(tarno2::text(TextId::JournalLeftAlone).c_str(), shown.c_str());
         case Outcome::Failed:
             break;
     }
-    return formatText(tarno2::text(TextId::RecordingNotRecovered).c_str(), shownName.c_str(),
+    return formatText(tarno2::text(TextId::RecordingNotRecovered).c_str(), shown.c_str(),
                       systemTextToCp1251(problem).c_str());
 }
 
@@ -162,59 +158,44 @@ std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {
     if (const OsError error = journal.confirmLock(); !error.ok()) {
         return failed(journal.name(), "it is not known whether another program still writes it: " + error.text());
     }
-    return recoverHeld(journal);
+    const std::string dataName = dataNameOf(journal);
+    const FinishedFiles files = finishFiles(journal);
+    if (!files.problem.empty()) {
+        return failed(dataName, files.problem);
+    }
+    if (!journal.state().piece) {
+        return std::nullopt;
+    }
+    DEBUG_LOG("\"%s\" recovered, %llu frames", dataName.c_str(), static_cast<unsigned long long>(files.frames));
+    return RecoveryReport{Outcome::Recovered, dataName, files.frames, {}};
 }
 
 std::optional<RecoveryReport> recoverRecording(const std::string& journalName) {
-    RecordingJournal journal;
-    const OsError error = journal.takeExisting(journalName);
-    if (error.notFound()) {
-        return std::nullopt;
-    }
-    if (error.inUse()) {
-        DEBUG_LOG("\"%s\" is held by another program", journalName.c_str());
-        return RecoveryReport{RecoveryReport::Outcome::InProgress, baseOf(journalName), 0, {}};
-    }
-    if (!error.ok()) {
-        return failed(journalName, error.text());
-    }
-    auto report = recoverRecording(journal);
-    if (!report || report->outcome == RecoveryReport::Outcome::Recovered) {
-        journal.remove();
-    }
-    return report;
+    return recover(journalName, true);
 }
 
-std::vector<RecoveryReport> recoverFolder(const std::string& folder) {
+std::vector<RecoveryReport> recoverFolder(const std::string& folder, const std::atomic<bool>* stop) {
     std::vector<RecoveryReport> reports;
     for (const std::string& journal : journalsIn(folder)) {
-        if (auto report = recoverRecording(journal)) {
+        if (stop != nullptr && stop->load(std::memory_order_relaxed)) {
+            break;
+        }
+        if (auto report = recover(journal, false)) {
             reports.push_back(std::move(*report));
         }
     }
     return reports;
 }
 
-std::vector<RecoveryReport> recoverFoldersOf(const std::vector<std::string>& dataNames) {
-    std::set<std::string> folders;
-    for (const std::string& name : dataNames) {
-        if (!name.empty()) {
-            folders.insert(parentFolder(name));
-        }
-    }
-    std::vector<RecoveryReport> reports;
-    for (const std::string& folder : folders) {
-        for (RecoveryReport& report : recoverFolder(folder)) {
-            reports.push_back(std::move(report));
-        }
-    }
-    return reports;
+bool waitForRecoveryOf(const std::string& journalName) {
+    return runningRecoveries().waitFor(journalName);
 }
 
 std::vector<std::string> journalsIn(const std::string& folder) {
     std::vector<std::string> journals;
     for (const std::string& name : listDirectory(folder.empty() ? "." : folder)) {
-        if (name.size() > kJournalExtension.size() && name.ends_with(kJournalExtension)) {
+        // No recording has a name that could make lines of its own in a log.
+        if (isJournalName(name) && shownName(name) == name) {
             journals.push_back(joinPath(folder, name));
         }
     }
@@ -222,21 +203,17 @@ std::vector<std::string> journalsIn(const std::string& folder) {
 }
 
 std::string journalOfFile(const std::string& fileName) {
-    if (fileName.ends_with(kJournalExtension)) {
+    if (isJournalName(fileName)) {
         return fileExists(fileName) ? fileName : std::string();
     }
-    std::string journal = journalNameFor(fileName);
-    if (fileExists(journal)) {
+    const std::string base = recordingBase(fileName);
+    if (std::string journal = journalOfBase(base); !journal.empty()) {
         return journal;
     }
     // A piece: "<base>_<number>" belongs to "<base>".
-    const std::string base = baseOf(journal);
     const size_t digits = base.find_last_not_of("0123456789") + 1;
-    if (digits < 2 || digits == base.size() || base[digits - 1] != '_') {
-        return {};
-    }
-    journal = base.substr(0, digits - 1).append(kJournalExtension);
-    return fileExists(journal) ? journal : std::string();
+    const bool isPiece = digits >= 2 && digits != base.size() && base[digits - 1] == '_';
+    return isPiece ? journalOfBase(base.substr(0, digits - 1)) : std::string();
 }
 
 }  // namespace tarno2

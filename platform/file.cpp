@@ -23,26 +23,32 @@ File& File::operator=(File&& other) noexcept {
 }
 
 OsError File::createWhole(const std::string& path, std::string_view contents) {
+    const auto fill = [&] {
+        size_t done = 0;
+        const OsError error = write(contents.data(), contents.size(), done);
+        return error.ok() ? flush() : error;
+    };
     const std::string folder = parentFolder(path);
     OsError error = openNameless(folder.empty() ? "." : folder);
-    const bool nameless = error.ok();
-    if (!nameless) {
-        error = openPlain(path, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::None);
-    }
-    size_t done = 0;
     if (error.ok()) {
-        error = write(contents.data(), contents.size(), done);
+        error = fill();
     }
     if (error.ok()) {
-        error = flush();
-    }
-    if (error.ok() && nameless) {
         error = giveName(path);
     }
+    if (error.ok()) {
+        return error;
+    }
+    static_cast<void>(close());
+    if (error.alreadyExists()) {
+        return error;
+    }
+    error = openPlain(path, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::None);
+    if (error.ok()) {
+        error = fill();
+    }
     if (!error.ok() && isOpen()) {
-        if (!nameless) {
-            static_cast<void>(removeNamed(path));
-        }
+        static_cast<void>(removeNamed(path));
         static_cast<void>(close());
     }
     return error;

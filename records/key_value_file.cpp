@@ -56,14 +56,40 @@ void KeyValueFile::readText(std::string_view text) {
     text_ = normaliseKeyValueText(text);
 }
 
-bool KeyValueFile::createForWriting(const std::string& fileName) {
+bool KeyValueFile::createForWriting(const std::string& fileName, std::string_view firstLine) {
     complete_ = true;
-    return output_.open(fileName, FileMode::CreateAlways, FileAccess::Write, FileShare::ReadWrite).ok();
+    writeError_ = {};
+    name_ = fileName;
+    if (!keep(output_.openPlain(name_, FileMode::OpenAlways, FileAccess::ReadWriteRemove, FileShare::ReadWrite))) {
+        return false;
+    }
+    std::string begin(firstLine.size(), '\0');
+    size_t done = 0;
+    if (!keep(output_.read(begin.data(), begin.size(), done))) {
+        output_.close();
+        return false;
+    }
+    if (!firstLine.starts_with(std::string_view(begin).substr(0, done)) || output_.hasOtherNames()) {
+        output_.close();
+        return keep(output_.openPlain(name_, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite));
+    }
+    return keep(output_.truncate(0));
+}
+
+bool KeyValueFile::keep(const OsError& error) {
+    if (!error.ok() && writeError_.ok()) {
+        writeError_ = error;
+    }
+    return error.ok();
 }
 
 bool KeyValueFile::close() {
-    if (output_.isOpen() && !output_.close().ok()) {
-        complete_ = false;
+    if (output_.isOpen()) {
+        complete_ = complete_ && keep(output_.flush());
+        if (!complete_) {
+            static_cast<void>(output_.removeNamed(name_));
+        }
+        complete_ = keep(output_.close()) && complete_;
     }
     return std::exchange(complete_, true);
 }
@@ -76,7 +102,7 @@ bool KeyValueFile::writeLine(std::string_view line) {
     std::string bytes(line);
     bytes += "\r\n";
     size_t done = 0;
-    const bool written = output_.write(bytes.data(), bytes.size(), done).ok() && done == bytes.size();
+    const bool written = keep(output_.write(bytes.data(), bytes.size(), done)) && done == bytes.size();
     complete_ = complete_ && written;
     return written;
 }
@@ -116,19 +142,18 @@ bool KeyValueFile::writeString(std::string_view key, std::string_view value, std
     return writeScalar(key, std::string("\"").append(value).append("\""), comment);
 }
 
-template <typename Value, typename FormatItem>
-bool KeyValueFile::writeArray(std::string_view key, std::span<const Value> values, std::string_view comment,
-                              FormatItem format) {
+bool KeyValueFile::writeArray(std::string_view key, uint64_t count, std::string_view comment,
+                              const std::function<std::string(uint64_t)>& textOf) {
     bool written = comment.empty() || writeComment(comment);
     std::string line = std::string(key) + " = ";
     const std::string indent(line.size(), ' ');
-    for (size_t i = 0; i < values.size(); ++i) {
+    for (uint64_t i = 0; i < count; ++i) {
         if (i > 0 && i % valuesPerLine_ == 0) {
             written = writeLine(line + ",\\") && written;
             line = indent;
         }
-        const bool lastOfLine = i + 1 == values.size() || (i + 1) % valuesPerLine_ == 0;
-        line += format(values[i]);
+        const bool lastOfLine = i + 1 == count || (i + 1) % valuesPerLine_ == 0;
+        line += textOf(i);
         line += lastOfLine ? " " : " , ";
     }
     written = writeLine(line) && written;
@@ -137,27 +162,13 @@ bool KeyValueFile::writeArray(std::string_view key, std::span<const Value> value
 
 bool KeyValueFile::writeInt32Array(std::string_view key, std::span<const int32_t> values, std::string_view comment,
                                    bool hex) {
-    return writeArray(key, values, comment, [hex](int32_t value) {
-        return hex ? formatText("0x%.8" PRIX32, static_cast<uint32_t>(value)) : formatText("%" PRId32, value);
-    });
-}
-
-bool KeyValueFile::writeUInt32Array(std::string_view key, std::span<const uint32_t> values, std::string_view comment,
-                                    bool hex) {
-    return writeArray(key, values, comment, [hex](uint32_t value) {
-        return hex ? formatText("0x%.8" PRIX32, value) : formatText("%" PRIu32, value);
-    });
-}
-
-bool KeyValueFile::writeUInt64Array(std::string_view key, std::span<const uint64_t> values, std::string_view comment,
-                                    bool hex) {
-    return writeArray(key, values, comment, [hex](uint64_t value) {
-        return hex ? formatText("0x%.16" PRIX64, value) : formatText("%" PRIu64, value);
+    return writeArray(key, values.size(), comment, [&](uint64_t i) {
+        return hex ? formatText("0x%.8" PRIX32, static_cast<uint32_t>(values[i])) : formatText("%" PRId32, values[i]);
     });
 }
 
 bool KeyValueFile::writeDoubleArray(std::string_view key, std::span<const double> values, std::string_view comment) {
-    return writeArray(key, values, comment, [](double value) { return formatText("%f", value); });
+    return writeArray(key, values.size(), comment, [&](uint64_t i) { return formatText("%f", values[i]); });
 }
 
 bool KeyValueFile::readInt32(std::string_view key, int32_t& value, int32_t defaultValue, bool hex) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,11 +29,15 @@ public:
     [[nodiscard]] const OsError& readError() const { return readError_; }
     /// Takes a text in place of a file's contents.
     void readText(std::string_view text);
-    /// Makes the file anew, empty; others may read and write it meanwhile.
-    bool createForWriting(const std::string& fileName);
-    /// Ends writing. True when every line since `createForWriting` reached the file and the system closed it without an
-    /// error, or when no file was open.
+    /// Makes the file anew, empty; others may read and write it meanwhile. A file that is there already is replaced
+    /// only when it is a regular one, reached by no link and of no second name, that holds nothing or begins with this
+    /// line (or the beginning of it): anything else is somebody else's, and stays.
+    bool createForWriting(const std::string& fileName, std::string_view firstLine = {});
+    /// Ends writing. True when every line since `createForWriting` is on the disk, or when no file was open. Else the
+    /// file is removed: half a text would mislead its reader.
     bool close();
+    /// The system's answer to what failed first since `createForWriting`.
+    [[nodiscard]] const OsError& writeError() const { return writeError_; }
 
     /// Values of an array in one line; 0 counts as 4.
     void setValuesPerLine(uint32_t count);
@@ -50,11 +55,10 @@ public:
     bool writeString(std::string_view key, std::string_view value, std::string_view comment = {});
     bool writeInt32Array(std::string_view key, std::span<const int32_t> values, std::string_view comment = {},
                          bool hex = false);
-    bool writeUInt32Array(std::string_view key, std::span<const uint32_t> values, std::string_view comment = {},
-                          bool hex = false);
-    bool writeUInt64Array(std::string_view key, std::span<const uint64_t> values, std::string_view comment = {},
-                          bool hex = false);
     bool writeDoubleArray(std::string_view key, std::span<const double> values, std::string_view comment = {});
+    /// Values that are made one by one, as text.
+    bool writeArray(std::string_view key, uint64_t count, std::string_view comment,
+                    const std::function<std::string(uint64_t)>& textOf);
 
     // Readers. The default is stored first; false when the key is missing or its value can't be parsed. Of a number the
     // longest valid prefix counts ("12 mV" is 12); one that is out of range can't be parsed. Hexadecimal numbers may
@@ -72,13 +76,14 @@ public:
 private:
     bool writeLine(std::string_view line);
     bool writeScalar(std::string_view key, std::string_view value, std::string_view comment);
-    template <typename Value, typename FormatItem>
-    bool writeArray(std::string_view key, std::span<const Value> values, std::string_view comment, FormatItem format);
+    bool keep(const OsError& error);
     template <typename Value, typename Parse>
     bool readArray(std::string_view key, std::span<Value> capacity, uint32_t& count, Parse parse) const;
 
     File output_;
     OsError readError_;
+    std::string name_;  ///< of the file that is written
+    OsError writeError_;
     std::string text_;
     uint32_t valuesPerLine_;
     bool complete_ = true;  ///< every line so far reached the file

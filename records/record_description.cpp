@@ -1,9 +1,11 @@
 #include "records/record_description.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 #include <new>
+#include <string_view>
 
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
@@ -12,6 +14,7 @@ namespace tarno2 {
 
 namespace {
 
+constexpr std::string_view kTitle = "Для некоторых параметров -1 означает неопределенность";
 constexpr uint32_t kClassVersion = 1;
 constexpr uint32_t kDataFormatValues = 8;
 constexpr uint32_t kValuesPerRange = 2;
@@ -34,16 +37,6 @@ int8_t packetFrequencyByte(double frequency) {
 std::string createTimeText(const LocalTime& time) {
     return formatText("Время %02d:%02d:%02d Дата %02d.%02d.%04d", time.hour, time.minute, time.second, time.day,
                       time.month, time.year);
-}
-
-template <typename Value>
-std::vector<Value> column(const std::vector<SynchroEvent>& events, Value SynchroEvent::*field) {
-    std::vector<Value> values;
-    values.reserve(events.size());
-    for (const SynchroEvent& event : events) {
-        values.push_back(event.*field);
-    }
-    return values;
 }
 
 }  // namespace
@@ -134,7 +127,23 @@ bool RecordDescription::addSynchroEvent(const SynchroEvent& event) {
     }
 }
 
+void RecordDescription::setSynchroEvents(const SynchroEvent& first, uint64_t count) {
+    events_.clear();
+    ruleFirst_ = first;
+    ruleCount_ = count;
+}
+
+SynchroEvent RecordDescription::eventAt(uint64_t index) const {
+    if (ruleCount_ == 0) {
+        return events_[static_cast<size_t>(index)];
+    }
+    SynchroEvent event = ruleFirst_;
+    event.point += index * event.prehistory;
+    return event;
+}
+
 void RecordDescription::keepSynchroEvents(uint64_t count) {
+    ruleCount_ = std::min(ruleCount_, count);
     if (count < events_.size()) {
         events_.resize(static_cast<size_t>(count));
     }
@@ -152,19 +161,23 @@ bool RecordDescription::writeForDataFile(const std::string& dataFileName) {
     }
     try {
         KeyValueFile file;
-        if (!file.createForWriting(fileNameFor(dataFileName))) {
+        if (!file.createForWriting(fileNameFor(dataFileName),
+                                   std::string(";").append(utf8ToCp1251(kTitle).value_or(std::string())))) {
+            writeError_ = file.writeError();
             return finish(CannotCreate);
         }
         writeKeys(file);
         finish(Ok);
-        return file.close();
+        const bool whole = file.close();
+        writeError_ = file.writeError();
+        return whole;
     } catch (const std::bad_alloc&) {
         return finish(NoMemory);
     }
 }
 
 void RecordDescription::writeKeys(KeyValueFile& file) const {
-    file.writeComment("Для некоторых параметров -1 означает неопределенность");
+    file.writeComment(kTitle);
     file.writeEmptyLine();
     file.writeUInt32("ClassVersion", kClassVersion, "Версия класса для работы с этим фалом");
     file.writeString("CreateTime", utf8ToCp1251(createTimeText(createTime_)).value_or(std::string()),
@@ -184,8 +197,8 @@ void RecordDescription::writeKeys(KeyValueFile& file) const {
     if (!ranges_.empty()) {
         writeChannelRanges(file);
     }
-    file.writeInt8("SynchroEnable", events_.empty() ? 0 : 1, "Был активирован режим синхронизации");
-    if (!events_.empty()) {
+    file.writeInt8("SynchroEnable", eventCount() == 0 ? 0 : 1, "Был активирован режим синхронизации");
+    if (eventCount() != 0) {
         writeSynchroList(file);
     }
 }
@@ -220,19 +233,23 @@ void RecordDescription::writeChannelRanges(KeyValueFile& file) const {
 
 void RecordDescription::writeSynchroList(KeyValueFile& file) const {
     file.setValuesPerLine(kSynchroValuesPerLine);
-    file.writeUInt64("SynchroListCount", events_.size(), "Количество синхронизаций в файле");
-    file.writeUInt64Array("SynchroListPoint", column(events_, &SynchroEvent::point),
-                          "Точки срабатывания синхронизации");
-    file.writeUInt32Array("SynchroListPrehistory", column(events_, &SynchroEvent::prehistory), "Уровни предысторий");
-    file.writeUInt32Array("SynchroListHistory", column(events_, &SynchroEvent::history), "Уровни историй");
-    file.writeInt32Array("SynchroListMode", column(events_, &SynchroEvent::mode),
-                         "Режим синхронизации 0-аналоговый канал 1-цифровой порт");
-    file.writeInt32Array("SynchroListConditions", column(events_, &SynchroEvent::condition),
-                         "Условие синхронизации 0-По фронту(переход из 0 в 1) 1-По срезу(переход из 1 в 0)");
-    file.writeInt32Array("SynchroListChannel", column(events_, &SynchroEvent::channel),
-                         "Номер канала(номер бита) для синхронизации");
-    file.writeDoubleArray("SynchroListValue", column(events_, &SynchroEvent::value),
-                          "Значение для срабатывания по аналоговым данным");
+    file.writeUInt64("SynchroListCount", eventCount(), "Количество синхронизаций в файле");
+    const auto write = [&](std::string_view key, std::string_view comment, auto textOf) {
+        file.writeArray(key, eventCount(), comment, [&](uint64_t i) { return textOf(eventAt(i)); });
+    };
+    using Event = const SynchroEvent&;
+    write("SynchroListPoint", "Точки срабатывания синхронизации",
+          [](Event event) { return std::to_string(event.point); });
+    write("SynchroListPrehistory", "Уровни предысторий", [](Event event) { return std::to_string(event.prehistory); });
+    write("SynchroListHistory", "Уровни историй", [](Event event) { return std::to_string(event.history); });
+    write("SynchroListMode", "Режим синхронизации 0-аналоговый канал 1-цифровой порт",
+          [](Event event) { return std::to_string(event.mode); });
+    write("SynchroListConditions", "Условие синхронизации 0-По фронту(переход из 0 в 1) 1-По срезу(переход из 1 в 0)",
+          [](Event event) { return std::to_string(event.condition); });
+    write("SynchroListChannel", "Номер канала(номер бита) для синхронизации",
+          [](Event event) { return std::to_string(event.channel); });
+    write("SynchroListValue", "Значение для срабатывания по аналоговым данным",
+          [](Event event) { return formatText("%f", event.value); });
 }
 
 }  // namespace tarno2

@@ -62,12 +62,17 @@ public:
     /// Upper and lower limit of the next channel, volts.
     bool addChannelRange(double upper, double lower);
     bool addSynchroEvent(const SynchroEvent& event);
+    /// `count` events in place of those that were added: the first one, and each further one a prehistory later. They
+    /// are kept as this rule, so their number costs no memory.
+    void setSynchroEvents(const SynchroEvent& first, uint64_t count);
     /// Forgets all synchronisation events but the first `count`.
     void keepSynchroEvents(uint64_t count);
 
-    /// Writes the description of that data file beside it, replacing an older one. False when it can't be made
-    /// (`status` tells why), and also, with status `Ok`, when it was made but not every line reached the disk.
+    /// Writes the description of that data file beside it, replacing an older one, or a part of one, but no other file
+    /// of its name; it is on the disk then. False when it can't be made (`status` tells why), and also, with status
+    /// `Ok`, when not every line reached the disk: then there is none. `writeError` has the system's words.
     bool writeForDataFile(const std::string& dataFileName);
+    [[nodiscard]] const OsError& writeError() const { return writeError_; }
 
     /// Name of a data file's description: the part after the last "." replaced by "txt".
     [[nodiscard]] static std::string fileNameFor(const std::string& dataFileName);
@@ -78,6 +83,8 @@ private:
     void writeDataFormat(KeyValueFile& file) const;
     void writeChannelRanges(KeyValueFile& file) const;
     void writeSynchroList(KeyValueFile& file) const;
+    [[nodiscard]] uint64_t eventCount() const { return ruleCount_ != 0 ? ruleCount_ : events_.size(); }
+    [[nodiscard]] SynchroEvent eventAt(uint64_t index) const;
 
     struct ChannelRange {
         double upper;
@@ -87,6 +94,9 @@ private:
     Status status_ = Ok;
     std::vector<ChannelRange> ranges_;
     std::vector<SynchroEvent> events_;
+    SynchroEvent ruleFirst_;
+    uint64_t ruleCount_ = 0;  ///< events by the rule; 0: those of the list
+    OsError writeError_;
     std::string driverName_;
     double frequency_ = -1.0;
     uint64_t dataCountPerChannel_ = 0;

@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,7 +20,7 @@
 #include "core/recording_control.h"
 #include "core/recording_progress.h"
 #include "core/recording_shell.h"
-#include "core/recovery.h"
+#include "core/recovery_thread.h"
 #include "core/scoper_library.h"
 #include "records/conversion_inputs.h"
 #include "ui/board_search.h"
@@ -171,7 +172,8 @@ private:
     void timerTick();
     void startRecording();
     [[nodiscard]] bool answersAllowStart();
-    void showRecovered(const std::vector<RecoveryReport>& reports);
+    void recover(const std::set<std::string>& folders, const QString& nothingFound);
+    void showRecovered(const std::vector<RecoveryReport>& reports, const QString& nothingFound);
     [[nodiscard]] bool ask(const QString& question, TextId go);
     void tell(const QString& message);
     void updateState();
@@ -250,6 +252,7 @@ private:
 
     std::vector<std::pair<QAction*, TextId>> actions_;
     std::vector<std::pair<QMenu*, TextId>> menus_;
+    RecoveryThread recovery_;  ///< ends before everything that it reports to
     QMenu* selectLanguageMenu_ = nullptr;
     QAction* start_ = nullptr;
     QAction* stop_ = nullptr;

@@ -46,7 +46,7 @@ void T_MainForm::present() {
         placeParts();
         detachSignalView();
     }
-    guarded("RecoverUnfinished", [this] { showRecovered(recoverFoldersOf({fileName(), savedFileName()})); });
+    guarded("RecoverUnfinished", [this] { recover(foldersOf({fileName(), savedFileName()}), {}); });
     if (consoleMode() || settings_.autoStartOnRun)
         QMetaObject::invokeMethod(this, &T_MainForm::StartButtonClick, Qt::QueuedConnection);
 }
@@ -57,31 +57,44 @@ void T_MainForm::RecoverRecordingsClick() {
                                                                  fromFileName(parentFolder(fileName())));
         if (folder.isEmpty())
             return;
-        const auto reports = recoverFolder(toFileName(QDir::toNativeSeparators(folder)));
-        showRecovered(reports);
-        if (reports.empty())
-            messages_->add(MessageList::Kind::Information, uiText(TextId::NothingToRecover, {folder}));
+        recover({toFileName(QDir::toNativeSeparators(folder))}, uiText(TextId::NothingToRecover, {folder}));
     });
 }
 
-void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports) {
+void T_MainForm::recover(const std::set<std::string>& folders, const QString& nothingFound) {
+    // The reports come on another thread; what they say is shown here once the window gets to it.
+    recovery_.recover(folders, [this, nothingFound](const std::vector<RecoveryReport>& reports) {
+        QMetaObject::invokeMethod(this, [this, reports, nothingFound] { showRecovered(reports, nothingFound); });
+    });
+}
+
+void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports, const QString& nothingFound) {
+    using Kind = MessageList::Kind;
     for (const RecoveryReport& report : reports) {
         consoleLog().log("%s", report.text().c_str());
         const QString name = fromFileName(report.name);
         switch (report.outcome) {
             case RecoveryReport::Outcome::Recovered:
-                messages_->add(MessageList::Kind::Information,
+                messages_->add(Kind::Information,
                                uiText(TextId::RecordingRecovered, {name, fromCodePage(formatCount(report.frames))}));
                 break;
             case RecoveryReport::Outcome::InProgress:
-                messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingInProgress, {name}));
+                messages_->add(Kind::Information, uiText(TextId::RecordingInProgress, {name}));
+                break;
+            case RecoveryReport::Outcome::OtherUsers:
+                messages_->add(Kind::Information, uiText(TextId::JournalOfOtherUser, {name}));
+                break;
+            case RecoveryReport::Outcome::LeftAlone:
+                messages_->add(Kind::Information, uiText(TextId::JournalLeftAlone, {name}));
                 break;
             case RecoveryReport::Outcome::Failed:
-                messages_->add(MessageList::Kind::Attention,
+                messages_->add(Kind::Attention,
                                uiText(TextId::RecordingNotRecovered, {name, fromFileName(report.problem)}));
                 break;
         }
     }
+    if (reports.empty() && !nothingFound.isEmpty())
+        messages_->add(Kind::Information, nothingFound);
 }
 
 // A board that could not be used may have been switched on or plugged in since.

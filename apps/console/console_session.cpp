@@ -8,7 +8,6 @@
 #include "config/program_version.h"
 #include "config/settings_file.h"
 #include "core/auto_recording.h"
-#include "core/recovery.h"
 #include "language/language_table.h"
 
 namespace tarno2 {
@@ -33,13 +32,16 @@ void ConsoleSession::run() {
     if (fileName_.empty()) {
         control_.GenerateFileName();
     }
-    for (const RecoveryReport& report : recoverFoldersOf({fileName_, savedFileName()})) {
-        consoleLog().log("%s", report.text().c_str());
-    }
+    recovery_.recover(foldersOf({fileName_, savedFileName()}), [](const std::vector<RecoveryReport>& reports) {
+        for (const RecoveryReport& report : reports) {
+            consoleLog().log("%s", report.text().c_str());
+        }
+    });
     if (control_.StartButtonClick()) {
         consoleLog().log("Save to file \"%s\"", fileName_.c_str());
     }
     queue_.run();
+    recovery_.wait();
     DEBUG_LOG("WriteConfig consolemode");
 }
 
@@ -89,6 +91,7 @@ void ConsoleSession::enqueue(std::function<void()> work) {
 }
 
 void ConsoleSession::requestStop(bool systemEnds) {
+    recovery_.stop();
     enqueue([this, systemEnds] {
         if (control_.running() && systemEnds) {
             control_.endForShutdown();

@@ -9,6 +9,7 @@
 #include "core/board_selection.h"
 #include "core/recording_control.h"
 #include "core/recording_shell.h"
+#include "core/recovery_thread.h"
 #include "platform/message_queue.h"
 
 namespace tarno2 {
@@ -58,6 +59,7 @@ private:
     FileNaming naming_;
     BoardSelection selection_;
     RecordingControl control_;
+    RecoveryThread recovery_;
 };
 
 }  // namespace tarno2

@@ -29,6 +29,7 @@ void complain(const std::string& what) {
 
 /// Says what came of one recording. False when it is not whole.
 bool tell(const RecoveryReport& report) {
+    const auto say = [&](TextId id) { return formatText(english(id).c_str(), report.name.c_str()); };
     switch (report.outcome) {
         case RecoveryReport::Outcome::Recovered:
             std::cout << formatText(english(TextId::RecordingRecovered).c_str(), report.name.c_str(),
@@ -36,7 +37,13 @@ bool tell(const RecoveryReport& report) {
                       << '\n';
             return true;
         case RecoveryReport::Outcome::InProgress:
-            complain(formatText(english(TextId::RecordingInProgress).c_str(), report.name.c_str()));
+            complain(say(TextId::RecordingInProgress));
+            return false;
+        case RecoveryReport::Outcome::OtherUsers:
+            complain(say(TextId::JournalOfOtherUser) + " Give its name to recover it all the same.");
+            return false;
+        case RecoveryReport::Outcome::LeftAlone:
+            complain(say(TextId::JournalLeftAlone));
             return false;
         case RecoveryReport::Outcome::Failed:
             break;
@@ -77,7 +84,8 @@ int parseAndRun(int argc, char** argv) {
         "frames and writes its description, from the journal beside it. Nothing else is changed.",
         "tarno2-recover"};
     app.footer(
-        "Recordings that a program still writes are left alone, and so are those whose journal is damaged.\n"
+        "Recordings that a program still writes are left alone. Those of other users are recovered when FILE names "
+        "them.\n"
         "Exit status: 0 done, also when there was nothing to do; 1 something was left as it is; 2 bad use.");
     app.set_version_flag("--version", "tarno2-recover " + versionText());
     std::string path;

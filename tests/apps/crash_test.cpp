@@ -128,7 +128,7 @@ uint64_t crash(const Way& way) {
     }
     const std::vector<Note> notes = notesOf(notesFile);
     const std::string printed = rig.run("tarno2-recover", {rig.path()});
-    EXPECT_FALSE(rig.exists("run.journal")) << printed;
+    EXPECT_FALSE(rig.exists("run.tarno2-journal")) << printed;
     EXPECT_EQ(rig.run("tarno2-recover", {rig.path()}),
               "There are no unfinished recordings in \"" + rig.path() + "\".\n");
     const std::vector<std::string> files = rig.pieces();
@@ -179,7 +179,7 @@ TEST(Crash, TheNextStartRecoversTheFolder) {
     EXPECT_THAT(rig.autoLog(), HasSubstr("Recording \"" + rig.file("run.dat") + "\" was recovered. Frames: "));
     EXPECT_EQ(checkRecording(rig.pieces(), {}) * 2, rig.size("run.dat"));
     EXPECT_EQ(checkRecording({rig.file("next.dat")}, {}), 2000U);
-    EXPECT_FALSE(rig.exists("run.journal"));
+    EXPECT_FALSE(rig.exists("run.tarno2-journal"));
 }
 
 TEST(TwoRecorders, TheSecondOfOneNameIsRefusedAndTheFirstGoesOn) {
@@ -249,9 +249,14 @@ TEST(RecoverProgram, SaysWhatItDoesAndWhatIsWrong) {
     EXPECT_THAT(rig.run("tarno2-recover", {rig.file("none.dat")}, 2), HasSubstr("there is no such file or folder"));
     rig.folder().write("run.dat", "data");
     EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}), HasSubstr("no unfinished recording"));
-    rig.folder().write("run.journal", "Tarno2 journal 1\n");
-    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}, 1), HasSubstr("the journal is damaged"));
+    rig.folder().write("run.journal", "A diary\n");
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}), HasSubstr("no unfinished recording"));
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.path()}), HasSubstr("There are no unfinished recordings in"));
+    rig.folder().write("run.tarno2-journal", "Tarno2 journal 1\n");
+    EXPECT_THAT(rig.run("tarno2-recover", {rig.file("run.dat")}, 1),
+                HasSubstr("is no journal that this version knows"));
     EXPECT_EQ(readFile(rig.file("run.dat")), "data");
+    EXPECT_EQ(readFile(rig.file("run.tarno2-journal")), "Tarno2 journal 1\n");
 }
 
 }  // namespace

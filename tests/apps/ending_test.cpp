@@ -94,7 +94,7 @@ TEST(AskedToEnd, ARecordingEndsWithWholeFiles) {
             EXPECT_EQ(process->waitForEnd(kGuard), 0);
             EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
             EXPECT_EQ(checkRecording(rig.pieces(), kEndless) * 2, rig.size("run.dat"));
-            EXPECT_FALSE(rig.exists("run.journal"));
+            EXPECT_FALSE(rig.exists("run.tarno2-journal"));
         }
     }
 }

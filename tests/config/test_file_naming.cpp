@@ -90,6 +90,10 @@ TEST(FileNaming, ExtensionsAndPieces) {
         {"a.b/run", "a.b/run.dat", "a.b/run_2.dat"},
         {"a.b/.run", "a.b/.run.dat", "a.b/.run_2.dat"},
         {"a/run.1.dat", "a/run.1.dat", "a/run.1_2.dat"},
+        {"probe 1.5 mm", "probe 1.5 mm.dat", "probe 1.5 mm_2.dat"},
+        {"run.d-t", "run.d-t.dat", "run.d-t_2.dat"},
+        {"run.Data4567890123456", "run.Data4567890123456", "run_2.Data4567890123456"},
+        {"run.Data45678901234567", "run.Data45678901234567.dat", "run.Data45678901234567_2.dat"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(withDataExtension(c.name), c.withExtension);
@@ -104,8 +108,13 @@ TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
     ASSERT_TRUE(createDirectory(folder.file("sub.dat")).ok());
     EXPECT_EQ(checkDataFileName(""), NameProblem::Empty);
     EXPECT_EQ(checkDataFileName(std::string("run\0.dat", 8)), NameProblem::Impossible);
-    EXPECT_EQ(checkDataFileName("run.txt"), NameProblem::EqualsDescription);
-    EXPECT_EQ(checkDataFileName("run.TXT"), NameProblem::EqualsDescription);
+    for (const char* name : {"run\nRecorded.dat", "run\t.dat", "run\x7F", "sub\r/run.dat"}) {
+        EXPECT_EQ(checkDataFileName(name), NameProblem::Impossible) << name;
+    }
+    for (const char* name :
+         {"run.txt", "run.TXT", "run.log", "run.journal", "run.tarno2-journal", "a.Tarno2-Journal"}) {
+        EXPECT_EQ(checkDataFileName(name), NameProblem::EqualsDescription) << name;
+    }
     EXPECT_EQ(checkDataFileName(folder.path()), NameProblem::IsFolder);
     EXPECT_EQ(checkDataFileName(folder.file("new") + kPathSeparator), NameProblem::IsFolder);
     EXPECT_EQ(checkDataFileName(folder.file("sub.dat")), NameProblem::IsFolder);

@@ -1,11 +1,11 @@
-#include "core/recovery.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "config/file_naming.h"
 #include "core/data_writer.h"
+#include "core/recovery_thread.h"
 #include "language/language_table.h"
+#include "platform/event.h"
 #include "platform/paths.h"
 #include "tests/core/rig.h"
 
@@ -57,9 +57,8 @@ void record(const WriterSetup& setup, uint64_t bytes, bool records) {
 /// What a program leaves that ends while it writes this piece.
 void leaveJournal(const WriterSetup& setup, uint32_t piece, const LocalTime& time, bool records, uint64_t events = 0) {
     RecordingJournal journal;
-    ASSERT_TRUE(journal.take(journalNameFor(setup.fileName)).ok());
     JournalState state = setup.journalState();
-    ASSERT_TRUE(journal.begin(state).ok());
+    ASSERT_TRUE(journal.create(journalNameFor(setup.fileName), state).ok());
     state.piece.emplace().number = piece;
     state.piece->createTime = time;
     if (records) {
@@ -145,20 +144,66 @@ TEST(Recovery, FinishesTheLastPieceAndKeepsTheOthers) {
 }
 
 TEST(Recovery, KeepsNoFileWithoutAFrame) {
-    for (const bool begun : {false, true}) {
+    struct Case {
+        const char* what;
+        std::vector<std::pair<const char*, const char*>> files;
+        int piece;  // -1: nothing has been recorded yet
+        std::vector<std::string> left;
+    };
+    const Case cases[] = {
+        {"less than a frame", {{"run.dat", "12345"}}, 0, {}},
+        {"nothing", {{"run.dat", ""}}, 0, {}},
+        {"not begun", {}, -1, {}},
+        {"made, not begun", {{"run.dat", ""}}, -1, {}},
+        {"two made, not begun", {{"run.dat", ""}, {"run_1.dat", ""}}, -1, {}},
+        {"two made ahead",
+         {{"run.dat", "123456"}, {"run_1.dat", ""}, {"run_2.dat", ""}, {"run_3.dat", ""}},
+         0,
+         {"run.dat", "run.txt", "run_3.dat"}},
+        {"not begun beside a complete recording",
+         {{"run.dat", "123456"}, {"run.txt", "its description"}, {"run_1.dat", ""}, {"run_1.txt", ""}},
+         -1,
+         {"run.dat", "run.txt", "run_1.dat", "run_1.txt"}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
         const TemporaryFolder folder;
-        const WriterSetup setup = setupFor(folder.write("run.dat", begun ? "12345" : ""));
-        if (begun) {
-            leaveJournal(setup, 0, {}, false);
+        for (const auto& [name, contents] : c.files) {
+            folder.write(name, contents);
+        }
+        const WriterSetup setup = setupFor(folder.file("run.dat"));
+        if (c.piece >= 0) {
+            leaveJournal(setup, static_cast<uint32_t>(c.piece), {}, false);
         } else {
             RecordingJournal journal;
-            ASSERT_TRUE(journal.take(journalNameFor(setup.fileName)).ok());
-            ASSERT_TRUE(journal.begin(setup.journalState()).ok());
+            ASSERT_TRUE(journal.create(journalNameFor(setup.fileName), setup.journalState()).ok());
         }
         const auto reports = recoverFolder(folder.path());
-        EXPECT_EQ(reports.size(), begun ? 1U : 0U);
-        EXPECT_THAT(listDirectory(folder.path()), IsEmpty());
+        ASSERT_EQ(reports.size(), c.piece >= 0 ? 1U : 0U);
+        EXPECT_TRUE(reports.empty() || reports[0].outcome == Outcome::Recovered) << reports[0].problem;
+        EXPECT_EQ(listDirectory(folder.path()), c.left);
     }
+}
+
+// What was interrupted is gone on with: here the file was removed, the journal not yet.
+TEST(Recovery, ComesToTheSameEndAfterItHasRemovedAFile) {
+    const TemporaryFolder folder;
+    const WriterSetup setup = setupFor(folder.write("run.dat", "123456"));
+    folder.write("run_3.dat", "12345");
+    leaveJournal(setup, 3, {}, false);
+    const std::string name = journalNameFor(setup.fileName);
+    {
+        RecordingJournal journal;
+        ASSERT_EQ(journal.takeExisting(name), JournalFound::Ours);
+        EXPECT_EQ(recoverRecording(journal)->frames, 1U);
+    }
+    folder.write("run_4.dat", "");
+    EXPECT_THAT(listDirectory(folder.path()), ElementsAre("run.dat", fileNameOf(name), "run_4.dat"));
+    const auto reports = recoverFolder(folder.path());
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].outcome, Outcome::Recovered) << reports[0].problem;
+    EXPECT_EQ(reports[0].frames, 1U);
+    EXPECT_THAT(listDirectory(folder.path()), ElementsAre("run.dat"));
 }
 
 TEST(Recovery, LeavesEverythingWhenItCanNotBeSure) {
@@ -167,17 +212,18 @@ TEST(Recovery, LeavesEverythingWhenItCanNotBeSure) {
         const char* problem;
         void (*change)(const TemporaryFolder&);
     } cases[] = {
-        {"empty journal", "damaged", [](const TemporaryFolder& f) { f.write("run.journal", ""); }},
-        {"half a journal", "damaged",
-         [](const TemporaryFolder& f) {
-             f.write("run.journal", readFile(f.file("run.journal")).substr(0, kJournalHalf));
-         }},
-        {"a long journal", "damaged", [](const TemporaryFolder& f) { append(f.file("run.journal"), "\n"); }},
         {"no data file", "is missing", [](const TemporaryFolder& f) { removeFile(f.file("run.dat")); }},
+        {"a folder of its name", "is a link, or no file",
+         [](const TemporaryFolder& f) {
+             removeFile(f.file("run.dat"));
+             ASSERT_TRUE(createDirectory(f.file("run.dat")).ok());
+         }},
         {"a piece that the journal does not know", "does not tell",
          [](const TemporaryFolder& f) { f.write("run_1.dat", "123456"); }},
-        {"no description can be made", "description",
+        {"no description can be made", "run.txt",
          [](const TemporaryFolder& f) { ASSERT_TRUE(createDirectory(f.file("run.txt")).ok()); }},
+        {"somebody's text in the place of the description", "run.txt",
+         [](const TemporaryFolder& f) { f.write("run.txt", "Pump 3, worn seals"); }},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -186,12 +232,14 @@ TEST(Recovery, LeavesEverythingWhenItCanNotBeSure) {
         leaveJournal(setup, 0, {}, false);
         c.change(folder);
         const std::vector<std::string> before = listDirectory(folder.path());
+        const bool notes = isPlainFile(folder.file("run.txt"));
         const auto reports = recoverFolder(folder.path());
         ASSERT_EQ(reports.size(), 1U);
         EXPECT_EQ(reports[0].outcome, Outcome::Failed);
         EXPECT_THAT(reports[0].problem, HasSubstr(c.problem));
         EXPECT_EQ(listDirectory(folder.path()), before);
-        EXPECT_TRUE(!fileExists(setup.fileName) || readFile(setup.fileName) == "123456123456");
+        EXPECT_TRUE(!isPlainFile(setup.fileName) || readFile(setup.fileName) == "123456123456");
+        EXPECT_TRUE(!notes || readFile(folder.file("run.txt")) == "Pump 3, worn seals");
     }
 }
 
@@ -199,7 +247,7 @@ TEST(Recovery, AChangedJournalSaysOneOfItsTwoStatesOrNothing) {
     const TemporaryFolder folder;
     const WriterSetup setup = setupFor(folder.file("run.dat"));
     leaveJournal(setup, 7, {2026, 2, 3, 4, 5, 6, 7, 8}, true);
-    const std::string whole = readFile(folder.file("run.journal"));
+    const std::string whole = readFile(folder.file("run.tarno2-journal"));
     const auto newest = readJournal(whole);
     ASSERT_TRUE(newest && newest->piece);
     EXPECT_EQ(newest->piece->number, 7U);
@@ -214,7 +262,11 @@ TEST(Recovery, AChangedJournalSaysOneOfItsTwoStatesOrNothing) {
         std::string changed = whole;
         changed[i] = static_cast<char>(changed[i] ^ 4);
         const auto state = readJournal(changed);
-        ASSERT_TRUE(state) << i;
+        // Without its first line it is nobody's journal.
+        ASSERT_EQ(state.has_value(), i >= std::string_view("Tarno2 journal 1\n").size()) << i;
+        if (!state) {
+            continue;
+        }
         const bool isNewest = state->sequence == newest->sequence && state->piece && state->piece->number == 7U;
         older += isNewest ? 0 : 1;
         EXPECT_TRUE(isNewest || (state->sequence + 1 == newest->sequence && !state->piece)) << i;
@@ -229,19 +281,47 @@ TEST(Journal, IsThereWhileItIsRecordedAndAfterwardsOnlyWithoutDescription) {
         RecordDescription description;
         DataWriter writer;
         ASSERT_EQ(writer.open(setup, description), 0);
-        EXPECT_TRUE(fileExists(folder.file("run.journal")));
+        EXPECT_TRUE(fileExists(folder.file("run.tarno2-journal")));
         if (!describable) {
             ASSERT_TRUE(createDirectory(folder.file("run.txt")).ok());
         }
         const std::string data(60, 'x');
         EXPECT_EQ(writer.Write(reinterpret_cast<const std::byte*>(data.data()), data.size(), kFrame), 0);
         EXPECT_EQ(writer.Close(), describable);
-        EXPECT_EQ(fileExists(folder.file("run.journal")), !describable);
+        EXPECT_EQ(fileExists(folder.file("run.tarno2-journal")), !describable);
         if (!describable) {
             removeDirectory(folder.file("run.txt"));
             EXPECT_EQ(recoverFolder(folder.path()).at(0).frames, 10U);
             EXPECT_TRUE(fileExists(folder.file("run.txt")));
         }
+    }
+}
+
+TEST(RecoveryThread, HoldsUpNoRecordingAndRefusesNone) {
+    for (int i = 0; i < 20; ++i) {
+        const TemporaryFolder folder;
+        const WriterSetup setup = setupFor(folder.write("run.dat", "123456789"));
+        leaveJournal(setup, 0, {}, false);
+        RecordDescription description;
+        RecordDescription otherDescription;
+        Event begun;
+        RecoveryThread recovery;
+        // While this folder is not done the thread does not end: another recording starts all the same.
+        const TemporaryFolder empty;
+        ASSERT_TRUE(
+            recovery.recover({empty.path()}, [&](const auto&) { static_cast<void>(begun.wait(kWaitForever)); }));
+        ASSERT_TRUE(recovery.recover({folder.path()}, [](const auto&) {}));
+        DataWriter other;
+        EXPECT_EQ(other.open(setupFor(folder.file("other.dat")), otherDescription), 0);
+        begun.set();
+        // One of the same name comes before the recovery, after it, or waits for it.
+        DataWriter writer;
+        EXPECT_EQ(writer.open(setup, description), 0) << writer.openError();
+        recovery.wait();
+        EXPECT_EQ(readFile(folder.file("run_old1.dat")), "123456");
+        EXPECT_TRUE(fileExists(folder.file("run_old1.txt")));
+        EXPECT_TRUE(writer.Close() && other.Close());
+        EXPECT_THAT(listDirectory(folder.path()), ElementsAre("run_old1.dat", "run_old1.txt"));
     }
 }
 
@@ -267,7 +347,8 @@ TEST(TwoWriters, KeepOutOfEachOthersFiles) {
         }
         const std::string data(60, 'x');
         EXPECT_EQ(writer.Write(reinterpret_cast<const std::byte*>(data.data()), data.size(), kFrame), 0);
-        EXPECT_EQ(recoverFolder(folder.path()).at(0).outcome, Outcome::InProgress);
+        EXPECT_EQ(recoverRecording(journalOfFile(folder.file(c.first)))->outcome, Outcome::InProgress);
+        EXPECT_THAT(recoverFolder(folder.path()), IsEmpty()) << "its own recordings need no line";
         other.Close();
         EXPECT_TRUE(writer.Close());
         EXPECT_EQ(readFile(folder.file(c.first)), data);
@@ -279,19 +360,25 @@ TEST(TwoWriters, KeepOutOfEachOthersFiles) {
 }
 
 TEST(TwoWriters, TheNextOneOfTheNameKeepsWhatWasCutOff) {
-    for (const bool damaged : {false, true}) {
+    for (const bool finishable : {true, false}) {
         const TemporaryFolder folder;
         const WriterSetup setup = setupFor(folder.write("run.dat", "123456789"));
         leaveJournal(setup, 0, {}, false);
-        if (damaged) {
-            folder.write("run.journal", "?");
+        if (!finishable) {
+            folder.write("run_1.dat", "123456");
         }
         record(setup, 60, false);
-        EXPECT_EQ(readFile(folder.file("run_old1.dat")), damaged ? "123456789" : "123456");
-        EXPECT_EQ(fileExists(folder.file("run_old1.txt")), !damaged);
-        EXPECT_EQ(fileExists(folder.file("run_old1.journal")), damaged);
-        EXPECT_FALSE(fileExists(folder.file("run.journal")));
+        EXPECT_EQ(readFile(folder.file("run_old1.dat")), finishable ? "123456" : "123456789");
+        EXPECT_EQ(fileExists(folder.file("run_old1.txt")), finishable);
+        EXPECT_EQ(fileExists(folder.file("run_old1.tarno2-journal")), !finishable);
+        EXPECT_FALSE(fileExists(folder.file("run.tarno2-journal")));
         EXPECT_EQ(readFile(folder.file("run.dat")).size(), 60U);
+        if (!finishable) {
+            // Once the file that was in the way is gone, it is recovered under its new name.
+            removeFile(folder.file("run_old1_1.dat"));
+            EXPECT_EQ(recoverFolder(folder.path()).at(0).name, folder.file("run_old1.dat"));
+            EXPECT_EQ(readFile(folder.file("run_old1.dat")), "123456");
+        }
     }
 }
 

@@ -1,0 +1,207 @@
+#include "core/recovery_files.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <string_view>
+
+#include "config/debug_log.h"
+#include "config/file_naming.h"
+#include "core/piece_description.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint32_t kMadeAhead = 2;  // files that a recorder may have made behind the one that the journal tells of
+constexpr uint64_t kMostEvents = 250'000;  // a description with more is longer than its readers take
+
+std::string quoted(const std::string& name) {
+    return "\"" + name + "\"";
+}
+
+/// Whether a data file belongs to another recording: one whose journal is named after it.
+bool hasOtherJournal(const std::string& dataFile, const std::string& ownJournal) {
+    const std::string present = journalNameFor(dataFile);
+    const std::string earlier = earlierJournalNameFor(dataFile);
+    const auto tells = [&](const std::string& name) {
+        const JournalFound found = name == ownJournal ? JournalFound::Nothing : RecordingJournal::look(name);
+        // Of two journals of the same base the present one counts.
+        return found == JournalFound::InUse || (found == JournalFound::Ours && ownJournal != present);
+    };
+    return tells(present) || tells(earlier);
+}
+
+/// The data file is opened so that it can be changed. What is in the way, empty when nothing is.
+std::string openDataFile(const std::string& name, const std::string& ownJournal, File& file) {
+    if (!fileExists(name)) {
+        return quoted(name) + " is missing";
+    }
+    if (!isPlainFile(name)) {
+        return quoted(name) + " is a link, or no file";
+    }
+    if (hasOtherJournal(name, ownJournal)) {
+        return quoted(name) + " belongs to another recording, which is not finished";
+    }
+    const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);
+    if (error.inUse()) {
+        return quoted(name) + " is in use by another program";
+    }
+    if (!error.ok()) {
+        return quoted(name) + ": " + error.text();
+    }
+    return file.hasOtherNames() ? quoted(name) + " is also another file: it has a second name" : std::string();
+}
+
+/// Cuts a file to whole frames; `bytes` gets what it has then.
+OsError cutToFrames(File& file, uint64_t frameBytes, uint64_t& bytes) {
+    uint64_t size = 0;
+    OsError error = file.size(size);
+    bytes = size / frameBytes * frameBytes;
+    if (error.ok() && bytes != size) {
+        error = file.truncate(bytes);
+    }
+    return error.ok() ? file.flush() : error;
+}
+
+uint64_t plainSize(const std::string& name) {
+    File file;
+    uint64_t bytes = 0;
+    const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+    return error.ok() && file.size(bytes).ok() ? bytes : 0;
+}
+
+/// The number of a piece by its name; nothing for files of another name.
+std::optional<uint32_t> pieceOf(const std::string& file, const std::string& dataName) {
+    const std::string base = fileNameOf(recordingBase(dataName)) + "_";
+    uint32_t number = 0;
+    if (file == fileNameOf(dataName)) {
+        return number;
+    }
+    if (!file.starts_with(base)) {
+        return std::nullopt;
+    }
+    std::from_chars(file.data() + base.size(), file.data() + file.size(), number);
+    const bool isPiece = number != 0 && file == fileNameOf(pieceName(dataName, number));
+    return isPiece ? std::optional(number) : std::nullopt;
+}
+
+class Finisher {
+public:
+    explicit Finisher(RecordingJournal& journal)
+        : journal_(journal), state_(journal.state()), dataName_(dataNameOf(journal)) {}
+
+    FinishedFiles finish() {
+        FinishedFiles result;
+        // A recorder makes its first file, and the next one, before it has data.
+        uint64_t empty = 0;
+        uint64_t lastEmpty = kMadeAhead - 1;
+        if (state_.piece) {
+            const bool wasDropped = state_.piece->dropped;
+            result.problem = wasDropped ? std::string() : finishPiece();
+            empty = uint64_t{state_.piece->number} + (wasDropped ? 0 : 1);
+            lastEmpty = uint64_t{state_.piece->number} + kMadeAhead;
+        }
+        if (!result.problem.empty()) {
+            return result;
+        }
+        for (; empty <= lastEmpty; ++empty) {
+            removeMadeAhead(empty);
+        }
+        static_cast<void>(flushFolder(parentFolder(dataName_)));
+        result.frames = countFrames();
+        return result;
+    }
+
+private:
+    std::string nameOf(uint64_t number) const {
+        constexpr uint64_t kLast = std::numeric_limits<uint32_t>::max();
+        return number > kLast ? std::string() : pieceName(dataName_, static_cast<uint32_t>(number));
+    }
+
+    std::string finishPiece() {
+        const std::string name = pieceName(dataName_, state_.piece->number);
+        const std::string next = nameOf(uint64_t{state_.piece->number} + 1);
+        File file;
+        if (std::string problem = openDataFile(name, journal_.name(), file); !problem.empty()) {
+            return problem;
+        }
+        if (!next.empty() && plainSize(next) != 0 && !fileExists(RecordDescription::fileNameFor(next)) &&
+            !hasOtherJournal(next, journal_.name())) {
+            return "the journal does not tell of " + quoted(next);
+        }
+        uint64_t bytes = 0;
+        OsError error = cutToFrames(file, state_.frameBytes(), bytes);
+        if (error.ok() && bytes == 0) {
+            // Said first: without the file nobody could tell this from a file that somebody took away.
+            state_.piece->dropped = true;
+            error = journal_.save(state_);
+            return error.ok() ? removeOpen(file, name) : quoted(journal_.name()) + ": " + error.text();
+        }
+        return error.ok() ? describe(name, bytes) : quoted(name) + ": " + error.text();
+    }
+
+    static std::string removeOpen(File& file, const std::string& name) {
+        const OsError error = file.removeNamed(name);
+        return error.ok() ? std::string() : quoted(name) + ": " + error.text();
+    }
+
+    std::string describe(const std::string& name, uint64_t bytes) {
+        RecordDescription description;
+        state_.facts.describe(description);
+        if (const uint64_t record = state_.piece->recordBytes; record != 0) {
+            const uint64_t events = bytes / record + (bytes % record != 0 ? 1 : 0);
+            if (events > kMostEvents) {
+                DEBUG_LOG("The description of \"%s\" has the first %llu events of %llu", name.c_str(),
+                          static_cast<unsigned long long>(kMostEvents), static_cast<unsigned long long>(events));
+            }
+            description.setSynchroEvents(state_.piece->firstEvent, std::min(events, kMostEvents));
+        }
+        return describeDataFile(name, bytes, state_, description);
+    }
+
+    /// Removes a file that was made before there were data for it.
+    void removeMadeAhead(uint64_t number) {
+        const std::string name = nameOf(number);
+        if (name.empty() || !isPlainFile(name) || fileExists(RecordDescription::fileNameFor(name))) {
+            return;
+        }
+        File file;
+        uint64_t bytes = 0;
+        if (openDataFile(name, journal_.name(), file).empty() && file.size(bytes).ok() && bytes == 0) {
+            static_cast<void>(removeOpen(file, name));
+        }
+    }
+
+    uint64_t countFrames() const {
+        if (!state_.piece) {
+            return 0;
+        }
+        uint64_t frames = 0;
+        const std::string folder = parentFolder(dataName_);
+        for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
+            if (const auto number = pieceOf(file, dataName_); number && *number <= state_.piece->number) {
+                frames += plainSize(joinPath(folder, file)) / state_.frameBytes();
+            }
+        }
+        return frames;
+    }
+
+    RecordingJournal& journal_;
+    JournalState state_;
+    std::string dataName_;
+};
+
+}  // namespace
+
+std::string dataNameOf(const RecordingJournal& journal) {
+    return recordingBase(journal.name()) + journal.state().extension;
+}
+
+FinishedFiles finishFiles(RecordingJournal& journal) {
+    return Finisher(journal).finish();
+}
+
+}  // namespace tarno2
