@@ -26,12 +26,14 @@ std::string quoted(const std::string& name) {
 bool hasOtherJournal(const std::string& dataFile, const std::string& ownJournal) {
     const std::string present = journalNameFor(dataFile);
     const std::string earlier = earlierJournalNameFor(dataFile);
-    const auto tells = [&](const std::string& name) {
-        const JournalFound found = name == ownJournal ? JournalFound::Nothing : RecordingJournal::look(name);
-        // Of two journals of the same base the present one counts.
-        return found == JournalFound::InUse || (found == JournalFound::Ours && ownJournal != present);
-    };
-    return tells(present) || tells(earlier);
+    // What has the present ending may be a journal that was damaged; the earlier one is common.
+    const JournalFound found = present == ownJournal ? JournalFound::Nothing : RecordingJournal::look(present);
+    if (found != JournalFound::Nothing && found != JournalFound::NotBegun) {
+        return true;
+    }
+    // Of two journals of the same base the present one counts.
+    const JournalFound old = earlier == ownJournal ? JournalFound::Nothing : RecordingJournal::look(earlier);
+    return old == JournalFound::InUse || (old == JournalFound::Ours && present != ownJournal);
 }
 
 /// The data file is opened so that it can be changed. What is in the way, empty when nothing is.

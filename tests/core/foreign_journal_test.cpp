@@ -291,6 +291,10 @@ TEST(PlantedJournal, AFileWithAJournalOfItsOwnBelongsToThat) {
         EXPECT_EQ(report->outcome, Outcome::Failed);
         EXPECT_THAT(report->problem, HasSubstr("belongs to another recording"));
         EXPECT_EQ(contentsOf(folder.path()), before);
+        folder.write("run_2.tarno2-journal", "damaged");
+        EXPECT_EQ(recoverRecording(folder.file("run.tarno2-journal"))->outcome, Outcome::Failed);
+        EXPECT_EQ(readFile(folder.file("run_2.dat")), "1234567");
+        removeFile(folder.file("run_2.tarno2-journal"));
         // Nor one that is being written without any journal.
         removeFile(others);
         File writer;
