@@ -92,8 +92,8 @@ TEST(FileNaming, ExtensionsAndPieces) {
         {"a/run.1.dat", "a/run.1.dat", "a/run.1_2.dat"},
         {"probe 1.5 mm", "probe 1.5 mm.dat", "probe 1.5 mm_2.dat"},
         {"run.d-t", "run.d-t.dat", "run.d-t_2.dat"},
-        {"run.Data4567890123456", "run.Data4567890123456", "run_2.Data4567890123456"},
-        {"run.Data45678901234567", "run.Data45678901234567.dat", "run.Data45678901234567_2.dat"},
+        {"run.Data456789012345", "run.Data456789012345", "run_2.Data456789012345"},
+        {"run.Data4567890123456", "run.Data4567890123456.dat", "run.Data4567890123456_2.dat"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(withDataExtension(c.name), c.withExtension);
