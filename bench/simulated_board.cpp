@@ -53,7 +53,7 @@ class PassWatch final : public BlockEvaluator {
 public:
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
         watch_.emplace();
-        out = {block, 0, {}};
+        out = {block, 0, {}, {}};
         return 0;
     }
     void written() { worst_ = std::max(worst_, watch_->seconds()); }

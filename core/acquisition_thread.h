@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "core/board.h"
+#include "core/data_wait.h"
 #include "core/decimator.h"
 #include "core/ring_reader.h"
 #include "core/stop_code.h"
@@ -13,7 +15,8 @@
 namespace tarno2 {
 
 /// The body of a session's acquisition thread: sets the board up, waits to be released, then moves every half of the
-/// driver's ring through the evaluator into the data file until something ends the recording. On every way out the
+/// driver's ring, or of a slow board what it has counted, through the evaluator into the data file until something ends
+/// the recording. On every way out the
 /// files are closed and described and one final notification is posted.
 ///
 /// Between pieces of a recording it neither allocates nor locks.
@@ -33,7 +36,6 @@ private:
         kAnalyzeFailed = -3,
         kTransferFailed = -4
     };
-    enum class Wake { Data, Stop, TimedOut, Failed, Unplugged };
 
     [[nodiscard]] static StopCode stopCodeOf(int32_t result);
 
@@ -42,15 +44,19 @@ private:
     void measure();
     void finish();
 
-    [[nodiscard]] Wake waitForData();
-    [[nodiscard]] bool unplugged();
+    [[nodiscard]] WaitPlan waitPlan() const;
     void updatePositions();
-    [[nodiscard]] bool noDataTooLong();
+    void askCount();
     void readHalves();
+    void readCounted();
+    void readUpTo(uint64_t end);
+    void watchForData();
     void drain();
+    [[nodiscard]] bool read(const RingReader::Part& part);
     [[nodiscard]] bool transfer(const RingReader::Part& part);
     [[nodiscard]] bool fetch(std::byte* destination, uint32_t count, uint32_t offset, int32_t partNumber);
     [[nodiscard]] int32_t processBlock(uint32_t samples);
+    [[nodiscard]] int32_t evaluate(std::span<const std::byte> block);
     [[nodiscard]] int32_t write(const EvaluatedBlock& block);
     [[nodiscard]] bool overwritten();
     void overflow();
@@ -70,11 +76,11 @@ private:
     std::byte* block_ = nullptr;  ///< the block that was read last: in the buffer, or in the writer's cache
     std::optional<Decimator> decimator_;
     std::optional<RingReader> ring_;
-    std::optional<Event> dataEvent_;
-    uint32_t waitLimitMs_ = 0;
-    OsError waitError_;            ///< of a wait that the system refused
+    DataWait wait_;
     bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
-    bool countKnown_ = false;      ///< the driver tells how many samples it has put into the ring
+    bool counts_ = false;          ///< the driver has told how many samples it has put into the ring
+    bool countAnswered_ = false;   ///< and did so when it was asked last
+    bool eventCame_ = false;       ///< with this pass
     bool additionalMode_ = false;  ///< the pre-history portion is being read
     int32_t dataMode_ = 0;
     int32_t result_ = kGoOn;

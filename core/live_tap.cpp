@@ -13,7 +13,8 @@ constexpr size_t kLeastBytes = size_t{4} << 20;
 constexpr size_t kMostBytes = size_t{96} << 20;
 constexpr size_t kLeastSlot = size_t{1} << 10;
 constexpr size_t kMostSlot = size_t{256} << 10;
-constexpr double kSeconds = 1.0;  ///< what a reader may be late
+constexpr double kSeconds = 1.0;       ///< what a reader may be late
+constexpr double kSlotSeconds = 0.01;  ///< half the time between two looks at a board's count
 
 // Bytes for blocks of that size: enough for a second, and for the blocks that come while one is being read.
 size_t tapBytes(size_t largestBlock, double bytesPerSecond) {
@@ -37,7 +38,12 @@ bool LiveTap::prepare(size_t frameBytes, size_t largestBlock, double bytesPerSec
     memory_.reset();
     slotCount_ = 0;
     frameBytes_ = std::max<size_t>(frameBytes, 1);
-    const size_t slot = std::max(std::clamp(largestBlock, kLeastSlot, kMostSlot), frameBytes_);
+    // Of a slow board the blocks are what it counted between two looks: slots for them are small, so that little of a
+    // slot stays empty.
+    const double look = kSlotSeconds * bytesPerSecond;
+    const size_t usual =
+        look > 0.0 && look < static_cast<double>(largestBlock) ? static_cast<size_t>(look) : largestBlock;
+    const size_t slot = std::max(std::clamp(usual, kLeastSlot, kMostSlot), frameBytes_);
     slotBytes_ = slot / frameBytes_ * frameBytes_;
     const size_t count = std::max<size_t>(tapBytes(largestBlock, bytesPerSecond) / slotBytes_, 4);
     // Pages that nobody watches are never touched, so they take no memory.

@@ -47,14 +47,28 @@ StreamTiming streamTiming(double frequency, uint32_t frequencyFactor, uint32_t s
     return timing;
 }
 
+// Where events are not counted, two that come as one are told by the count; a half that was counted before the last
+// pass has had its event.
 void RingReader::halvesFilled(uint64_t halves) {
-    halvesPosition_ += halves * (ringSize_ / 2);
+    signalled_ = std::max(signalled_ + halves * (ringSize_ / 2), countedHalves());
+    if (halves > 0) {
+        countIsNews_ = false;
+    }
 }
 
 void RingReader::samplesWritten(uint64_t count) {
     counted_ = std::max(counted_, count);
+    signalled_ = std::min(signalled_, countedHalves());
+    countIsNews_ = true;
+}
+
+uint64_t RingReader::countedHalves() const {
     const uint64_t half = ringSize_ / 2;
-    halvesPosition_ = std::max(halvesPosition_, half == 0 ? 0 : counted_ / half * half);
+    return half == 0 ? 0 : counted_ / half * half;
+}
+
+uint64_t RingReader::written() const {
+    return std::max(countIsNews_ ? counted_ : signalled_, readPosition_);
 }
 
 uint32_t RingReader::wholeFrames(uint64_t samples) const {
@@ -63,25 +77,27 @@ uint32_t RingReader::wholeFrames(uint64_t samples) const {
 }
 
 RingReader::Part RingReader::nextHalves() const {
-    Part part;
-    part.offset = static_cast<uint32_t>(readPosition_ % ringSize_);
-    const uint64_t available = halvesPosition_ - readPosition_;
-    const bool wrapped = halvesPosition_ % ringSize_ < part.offset;
-    if (!wrapped && available <= threshold_) {
+    const uint64_t end = std::max(halvesPosition(), readPosition_);
+    Part part = unread(end);
+    // Of a half that was begun the rest is read as the whole would be.
+    const uint64_t half = std::max(ringSize_ / 2, 1U);
+    const bool wrapped = end % ringSize_ < part.offset;
+    if (!wrapped && end - readPosition_ / half * half <= threshold_) {
         part.belowThreshold = true;
-        return part;
+        part.count = 0;
     }
-    part.count = wholeFrames(available);
     return part;
 }
 
-RingReader::Part RingReader::nextRest(uint64_t end) const {
+RingReader::Part RingReader::unread(uint64_t end) const {
     Part part;
     part.offset = static_cast<uint32_t>(readPosition_ % ringSize_);
-    if (end > readPosition_) {
-        part.count = wholeFrames(std::min<uint64_t>(end - readPosition_, ringSize_ - part.offset));
-    }
+    part.count = wholeFrames(end > readPosition_ ? end - readPosition_ : 0);
     return part;
+}
+
+RingReader::Part RingReader::nextStretch(uint64_t end) const {
+    return unread(std::min(end, readPosition_ + ringSize_ - readPosition_ % ringSize_));
 }
 
 bool RingReader::overflows(const Part& part) const {

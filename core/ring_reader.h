@@ -24,9 +24,10 @@ public:
     RingReader(uint32_t ringSize, uint32_t channelCount, uint32_t threshold)
         : ringSize_(ringSize), channelCount_(channelCount), threshold_(threshold) {}
 
-    /// The driver's event said that so many further halves were filled.
+    /// The driver's event said that so many further halves were filled. Once in a pass, before the count is asked.
     void halvesFilled(uint64_t halves);
-    /// The driver said how many samples it has put into the ring since the start.
+    /// The driver said how many samples it has put into the ring since the start. As long as it does so, that counts,
+    /// and events only say when to ask.
     void samplesWritten(uint64_t count);
 
     /// A part of the ring to read, in whole frames; `count` 0 for nothing.
@@ -37,9 +38,11 @@ public:
     };
     /// What the filled halves hold.
     [[nodiscard]] Part nextHalves() const;
-    /// When the stream ends: the rest up to the position `end`, the unfinished half included as far as the driver told
-    /// of it, in stretches that do not wrap.
-    [[nodiscard]] Part nextRest(uint64_t end) const;
+    /// All that is unread up to the position `end`, the unfinished half included as far as the driver told of it. It
+    /// may wrap.
+    [[nodiscard]] Part unread(uint64_t end) const;
+    /// The first stretch of it that does not wrap.
+    [[nodiscard]] Part nextStretch(uint64_t end) const;
     /// So many samples were read.
     void advance(uint32_t count) { readPosition_ += count; }
 
@@ -49,21 +52,24 @@ public:
     [[nodiscard]] bool overwritten() const { return written() - readPosition_ > ringSize_; }
 
     /// End of all that the driver is known to have put into the ring.
-    [[nodiscard]] uint64_t written() const { return counted_ > halvesPosition_ ? counted_ : halvesPosition_; }
+    [[nodiscard]] uint64_t written() const;
     [[nodiscard]] uint64_t readPosition() const { return readPosition_; }
-    [[nodiscard]] uint64_t halvesPosition() const { return halvesPosition_; }
+    /// End of the last half that is filled.
+    [[nodiscard]] uint64_t halvesPosition() const { return countIsNews_ ? countedHalves() : signalled_; }
     /// How full the ring is, 0 to 1.
     [[nodiscard]] double load() const;
 
 private:
     [[nodiscard]] uint32_t wholeFrames(uint64_t samples) const;
+    [[nodiscard]] uint64_t countedHalves() const;
 
     uint32_t ringSize_;
     uint32_t channelCount_;
     uint32_t threshold_;
     uint64_t readPosition_ = 0;
-    uint64_t halvesPosition_ = 0;  ///< end of the last half that is filled
-    uint64_t counted_ = 0;         ///< what the driver said last
+    uint64_t signalled_ = 0;    ///< end of the last half that an event told of
+    uint64_t counted_ = 0;      ///< what the driver said last
+    bool countIsNews_ = false;  ///< it said so after the last event
 };
 
 }  // namespace tarno2

@@ -3,7 +3,7 @@
 namespace tarno2 {
 
 int32_t PassThrough::evaluate(std::span<const std::byte> block, EvaluatedBlock& out) {
-    out = {block, 0, {}};
+    out = {block, 0, {}, {}};
     return 0;
 }
 

@@ -22,7 +22,7 @@ public:
 
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
         emptyBlocks += block.empty() ? 1 : 0;
-        out = {block, frames_, {}};
+        out = {block, frames_, {}, {}};
         return calls++ == atCall_ ? answer_ : 0;
     }
 
@@ -216,6 +216,33 @@ const Ending kEndings[] = {
                  d.produce(4 * kHalf + 1);
              }
          };
+     }},
+    {{"overwritten while it was copied, by the events", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true,
+      "!!!!! FIFO Overflow", true},
+     [](FakeDevice& d) {
+         paced(d);
+         d.tellsCount = false;
+         d.afterRead = [&d](uint32_t read) {
+             if (read == 6) {
+                 d.produce(kHalf);  // the second one since the read began
+             }
+         };
+     }},
+    {{"the count stops being answered", StopCode::NoData, {}, 20 * kHalf, true, "", false},
+     [](FakeDevice& d) {
+         d.readerPaced = 20 * kHalf + 77;
+         d.afterRead = [&d](uint32_t read) { d.tellsCount = read < 2; };
+     }},
+    {{"the count stops being answered while a half is copied", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true,
+      "!!!!! FIFO Overflow", true},
+     [](FakeDevice& d) {
+         paced(d);
+         d.afterRead = [&d](uint32_t read) {
+             if (read == 6) {
+                 d.tellsCount = false;
+                 d.produce(kHalf);
+             }
+         };
      }}};
 
 TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
@@ -322,6 +349,52 @@ TEST(Acquisition, ExternalStartWaitsUntilItIsStopped) {
     EXPECT_EQ(rig.stop().code, StopCode::User);
     EXPECT_TRUE(rig.data() == streamBytes(0, kHalf / 2, 2)) << "what the ring held at the stop";
     EXPECT_EQ(device.calls().back(), "Stop") << "read first, then stopped";
+}
+
+// Nobody waits for a half that takes seconds: what was counted moves on, in whole frames, without any event.
+TEST(Acquisition, SlowSamplesAreReadAsTheyCome) {
+    const struct {
+        const char* what;
+        float frequency;
+        float packets;
+        bool externalClock;
+    } cases[] = {{"1 Hz", 1.0F, 0.0F, false}, {"packets", 2e6F, 10.0F, false}, {"unknown rate", 2e6F, 0.0F, true}};
+    for (const auto& c : cases) {
+        for (const uint64_t limit : {0U, 18U}) {
+            SCOPED_TRACE(::testing::Message() << c.what << ", limit " << limit);
+            FakeDevice device;
+            SessionRig rig(device);
+            rig.board->settings.packetMode = c.packets > 0.0F;
+            rig.board->settings.packetFrequency = c.packets;
+            rig.board->settings.externalClock = c.externalClock;
+            ASSERT_TRUE(rig.prepare(3, c.frequency, limit));
+            rig.board->Begin();
+            ASSERT_TRUE(device.waitForCall("Start"));
+            device.produce(4);
+            ASSERT_TRUE(device.waitForReads(3));
+            device.produce(6);
+            ASSERT_TRUE(device.waitForReads(9));
+            const RecordingResult result = limit == 0 ? rig.stop() : rig.end();
+            EXPECT_EQ(result.code, limit == 0 ? StopCode::User : StopCode::StopMeasuring);
+            EXPECT_TRUE(rig.data() == streamBytes(0, 9, 2)) << "the torn frame stays";
+        }
+    }
+}
+
+// What the events told goes on where a count stops within a half.
+TEST(Acquisition, EventsTakeOverWithinAHalf) {
+    FakeDevice device;
+    device.ring = [](uint32_t, uint32_t) { return 40U; };
+    device.afterRead = [&device](uint32_t) { device.tellsCount = false; };
+    SessionRig rig(device);
+    ASSERT_TRUE(rig.begin(1, 1.0F));
+    ASSERT_TRUE(device.waitForCall("Start"));
+    device.produce(5);
+    ASSERT_TRUE(device.waitForReads(5));
+    device.produce(15 + 7);
+    ASSERT_TRUE(device.waitForReads(20));
+    EXPECT_EQ(rig.stop().code, StopCode::User);
+    EXPECT_TRUE(rig.data() == streamBytes(0, 20, 2)) << "of the half that is being filled nothing is known";
 }
 
 // A board that fills its ring as fast as it is emptied must not keep a stopped recording alive.

@@ -79,20 +79,45 @@ TEST(RingReader, TwoUnreadHalvesAreAnOverflowNotNothing) {
     EXPECT_TRUE(byCount.overwritten());
 }
 
+TEST(RingReader, EventsTakeOverWhereTheCountStops) {
+    RingReader ring(120, 3, 59);
+    ring.halvesFilled(1);
+    ring.samplesWritten(75);
+    ring.advance(75);
+    ring.halvesFilled(0);
+    EXPECT_EQ(ring.nextHalves().count, 0U);
+    ring.halvesFilled(1);
+    EXPECT_EQ(ring.written(), 120U);
+    EXPECT_EQ(ring.nextHalves().offset, 75U);
+    EXPECT_EQ(ring.nextHalves().count, 45U) << "a half that was begun is not too little to bother";
+
+    RingReader once(120, 3, 59);  // two events that came as one, and an event that told nothing
+    once.halvesFilled(1);
+    once.samplesWritten(125);
+    once.halvesFilled(0);
+    EXPECT_EQ(once.halvesPosition(), 120U);
+    once.halvesFilled(1);
+    EXPECT_EQ(once.halvesPosition(), 180U);
+    once.samplesWritten(170);
+    EXPECT_EQ(once.halvesPosition(), 120U);
+    once.halvesFilled(1);
+    EXPECT_EQ(once.written(), 180U);
+}
+
 TEST(RingReader, RestComesInStretchesOfWholeFrames) {
     RingReader ring(120, 3, 59);
     ring.samplesWritten(60);
     ring.advance(60);
     ring.samplesWritten(60 + 60 + 31);
-    RingReader::Part part = ring.nextRest(ring.written());
+    RingReader::Part part = ring.nextStretch(ring.written());
     EXPECT_EQ(part.offset, 60U);
     EXPECT_EQ(part.count, 60U) << "up to the ring's end";
     ring.advance(part.count);
-    part = ring.nextRest(ring.written());
+    part = ring.nextStretch(ring.written());
     EXPECT_EQ(part.offset, 0U);
     EXPECT_EQ(part.count, 30U) << "the torn frame stays";
     ring.advance(part.count);
-    EXPECT_EQ(ring.nextRest(ring.written()).count, 0U);
+    EXPECT_EQ(ring.nextStretch(ring.written()).count, 0U);
 }
 
 TEST(RingReader, PositionsGoOnBeyond32Bits) {
