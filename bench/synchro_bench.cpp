@@ -97,7 +97,10 @@ double evaluateBlocks(ConditionAnalyzer& analyzer, const Case& c) {
         const int16_t* words = nullptr;
         size_t count = 0;
         size_t channels = 0;
-        Analyze16(analyzer, c.block.data(), c.block.size(), &words, &count, c.channels, &channels, false);
+        for (size_t taken = 0; taken < c.block.size(); taken += analyzer.samplesTaken()) {
+            Analyze16(analyzer, c.block.data() + taken, c.block.size() - taken, &words, &count, c.channels, &channels,
+                      false);
+        }
     }
     return watch.seconds();
 }

@@ -37,6 +37,7 @@ bool prepareSynchronisation(const RecordingSettings& settings, const RecordingFa
     format.facts.codeShift = board.format.m_nCodeShift;
     format.facts.portShift = board.format.m_nDigitalShift;
     format.facts.backwardOrder = board.format.m_nBackwardOrder != 0;
+    format.largestBlock = size_t{session.maxBufferSamples()} * format.sampleWidth;
     session.evaluator = std::make_unique<SynchroEvaluator>(findings.settings, settings.synchroSizes, format);
     return true;
 }

@@ -180,31 +180,55 @@ int32_t ConditionAnalyzer::analyse(const Block<Width>& block, bool packed, Outpu
     return result;
 }
 
+void ConditionAnalyzer::reserve(size_t channels, size_t sampleBytes, size_t largestBlock) {
+    if (settings_.SynchroAnalyzeMode == kModeSynchronisation) {
+        makeEventRoom(channels, sampleBytes);
+    } else if (settings_.SynchroAnalyzeMode == kModeAnalysis) {
+        output_.reserve(largestBlock);
+    }
+}
+
+void ConditionAnalyzer::makeEventRoom(size_t channels, size_t sampleBytes) {
+    if (!event_.allocated() || event_.frameBytes() != channels * sampleBytes) {
+        event_.allocate(channels, sampleBytes, prehistory_, history_);
+        events_.reserve(1);
+        held_.resize(2 * channels * sampleBytes);
+        holding_ = false;
+    }
+}
+
 template <typename Width>
 int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, Output<Width>& output) {
     using Word = typename Width::Word;
     const size_t frameBytes = block.channels * sizeof(Word);
-    if (!event_.allocated() || event_.frameBytes() != frameBytes) {
-        event_.allocate(block.channels, sizeof(Word), prehistory_, history_);
-        held_.resize(2 * frameBytes);
-        holding_ = false;
+    makeEventRoom(block.channels, sizeof(Word));
+    if (event_.complete()) {
+        event_.restart();  // it was written
     }
     const Condition<Width> trigger = triggerCondition<Width>(block.channels, packed);
-    output_.clear();
     if (holding_) {
         std::memcpy(held_.data() + frameBytes, block.words, frameBytes);
         holding_ = false;
         consume<Width>({reinterpret_cast<const Word*>(held_.data()), block.channels, 1}, trigger, 2 * block.channels);
     }
-    consume<Width>(block, trigger, block.size());
-    output = {reinterpret_cast<const Word*>(output_.data()), output_.size() / sizeof(Word)};
-    return settings_.StopAfterTrigged && !events_.empty() ? 1 : 0;
+    const size_t frames = event_.complete() ? 0 : consume<Width>(block, trigger, block.size());
+    if (event_.complete()) {
+        addEvent();
+        const std::span<const std::byte> record = event_.record();
+        output = {reinterpret_cast<const Word*>(record.data()), record.size() / sizeof(Word)};
+    }
+    if (frames < block.frames) {
+        samplesTaken_ = frames * block.channels;
+        return 0;
+    }
+    return settings_.StopAfterTrigged && eventCount_ > 0 ? 1 : 0;
 }
 
-// Takes the block's frames into the record. Of its words and those behind it so many may be looked at; the last frame
-// is held until the next block when the word that it is searched by is not among them.
+// Takes the block's frames into the record until it is complete; returns how many. Of the block's words and those
+// behind it so many may be looked at; the last frame is held until the next block when the word that it is searched by
+// is not among them.
 template <typename Width>
-void ConditionAnalyzer::consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words) {
+size_t ConditionAnalyzer::consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words) {
     for (size_t frame = 0; frame < block.frames;) {
         if (!event_.ringFull()) {
             const auto* next = reinterpret_cast<const std::byte*>(block.frame(frame));
@@ -215,14 +239,15 @@ void ConditionAnalyzer::consume(const Block<Width>& block, const Condition<Width
             frame += event_.addHistory(next, block.frames - frame);
             previousKnown_ = false;
             if (event_.complete()) {
-                finishEvent();
+                return frame;
             }
         } else if (frame < block.frames) {
             std::memcpy(held_.data(), block.frame(frame), event_.frameBytes());
             holding_ = true;
-            return;
+            break;
         }
     }
+    return block.frames;
 }
 
 // Looks for the edge from `frame` on; frames before it go into the prehistory. True when found: `frame` is then the one
@@ -251,10 +276,10 @@ bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>
     return found;
 }
 
-void ConditionAnalyzer::finishEvent() {
-    eventCounter_ += prehistory_;
+void ConditionAnalyzer::addEvent() {
+    ++eventCount_;
     SynchroEvent event;
-    event.point = eventCounter_;
+    event.point = eventCount_ * prehistory_;
     event.prehistory = prehistory_;
     event.history = history_;
     if (settings_.synchroOnAnalog) {
@@ -268,8 +293,6 @@ void ConditionAnalyzer::finishEvent() {
         event.channel = settings_.SynchroPortBit;
     }
     events_.push_back(event);
-    event_.unroll(output_);
-    event_.restart();
 }
 
 template <typename Width>
@@ -295,6 +318,7 @@ int32_t ConditionAnalyzer::call(const typename Width::Word* samples, size_t samp
     if (samples == nullptr || sampleCount == 0 || channels == 0) {
         return -2;
     }
+    samplesTaken_ = sampleCount;
     const Block<Width> block{samples, channels, sampleCount / channels};
     Output<Width> output;
     int32_t result = 0;

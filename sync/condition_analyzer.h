@@ -35,6 +35,12 @@ public:
     [[nodiscard]] std::span<const SynchroEvent> events() const { return events_; }
     /// Frames of a record; 0 unless the mode writes records.
     [[nodiscard]] uint32_t recordFrames() const;
+    /// Makes room for frames of so many channels and blocks of at most so many bytes, so that calls need no more
+    /// memory. Without it they take what they need. Throws std::bad_alloc.
+    void reserve(size_t channels, size_t sampleBytes, size_t largestBlock);
+    /// Of the samples of the last call those that were looked at. It ends early with each complete record: that has to
+    /// be written before the rest is handed over.
+    [[nodiscard]] size_t samplesTaken() const { return samplesTaken_; }
 
 private:
     friend int32_t Analyze16(ConditionAnalyzer& analyzer, const int16_t* samples, size_t sampleCount,
@@ -59,10 +65,11 @@ private:
     int32_t synchronise(const Block<Width>& block, bool packed, Output<Width>& output);
 
     template <typename Width>
-    void consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words);
+    size_t consume(const Block<Width>& block, const Condition<Width>& trigger, size_t words);
     template <typename Width>
     bool search(const Block<Width>& block, const Condition<Width>& trigger, size_t words, size_t& frame);
-    void finishEvent();
+    void addEvent();
+    void makeEventRoom(size_t channels, size_t sampleBytes);
 
     template <typename Width>
     [[nodiscard]] std::optional<Condition<Width>> stageCondition(Stage stage, size_t channels, bool packed) const;
@@ -81,16 +88,17 @@ private:
     bool previousKnown_ = false;   ///< not at the beginning, and not behind frames that were copied
     std::vector<std::byte> held_;  ///< two frames: one whose sample is the next block's, and that block's first
     bool holding_ = false;
-    uint64_t eventCounter_ = 0;
+    uint64_t eventCount_ = 0;
     EventBuffer event_;
-    std::vector<std::byte> output_;  ///< what is handed out, kept from block to block
+    size_t samplesTaken_ = 0;
+    std::vector<std::byte> output_;  ///< frames that were chosen one by one
     std::vector<SynchroEvent> events_;
 };
 
-/// Evaluates the next block of a recording with 16-bit samples. `samplesToWrite` and `countToWrite` get what is to be
-/// written, valid until the next call and as long as the block; `channelsOut` its channels. `packed`: the port's bits
-/// share the word with the code. A last part of a frame is left out.
-/// 0: go on; 1: stop the recording once this is written; -1: an output argument is missing; -2: no samples or no
+/// Evaluates the next block of a recording with 16-bit samples, or what `samplesTaken` left of the last one.
+/// `samplesToWrite` and `countToWrite` get what is to be written, valid until the next call and as long as the block;
+/// `channelsOut` its channels. `packed`: the port's bits share the word with the code. A last part of a frame is left
+/// out. 0: go on; 1: stop the recording once this is written; -1: an output argument is missing; -2: no samples or no
 /// channels; -3: out of memory. With a negative result the outputs are empty.
 int32_t Analyze16(ConditionAnalyzer& analyzer, const int16_t* samples, size_t sampleCount,
                   const int16_t** samplesToWrite, size_t* countToWrite, size_t channels, size_t* channelsOut,

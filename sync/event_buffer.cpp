@@ -5,7 +5,15 @@
 #include <limits>
 #include <new>
 
+#include "platform/memory.h"
+
 namespace tarno2 {
+
+namespace {
+
+constexpr uint64_t kCertainlyThere = uint64_t{16} << 20;
+
+}  // namespace
 
 void EventBuffer::allocate(size_t channels, size_t sampleBytes, uint32_t prehistory, uint32_t history) {
     const uint64_t frames = uint64_t{prehistory} + history;
@@ -14,7 +22,11 @@ void EventBuffer::allocate(size_t channels, size_t sampleBytes, uint32_t prehist
         throw std::bad_alloc();
     }
     data_.reset();
-    data_ = std::make_unique_for_overwrite<std::byte[]>(static_cast<size_t>(bytes));
+    // The system may promise more than there is.
+    if (bytes > kCertainlyThere && bytes > usableMemory()) {
+        throw std::bad_alloc();
+    }
+    data_ = std::make_unique<std::byte[]>(static_cast<size_t>(bytes) + kAside);
     frameBytes_ = channels * sampleBytes;
     prehistory_ = prehistory;
     history_ = history;
@@ -57,13 +69,39 @@ size_t EventBuffer::addHistory(const std::byte* frames, size_t count) {
     return taken;
 }
 
-void EventBuffer::unroll(std::vector<std::byte>& output) const {
-    const std::byte* ring = data_.get();
-    const std::byte* oldest = ring + ringIndex_ * frameBytes_;
-    const std::byte* history = ring + prehistory_ * frameBytes_;
-    output.insert(output.end(), oldest, history);
-    output.insert(output.end(), ring, oldest);
-    output.insert(output.end(), history, history + history_ * frameBytes_);
+std::span<const std::byte> EventBuffer::record() {
+    bringToFront(ringIndex_ * frameBytes_);
+    ringIndex_ = 0;
+    return {data_.get(), (prehistory_ + history_) * frameBytes_};
+}
+
+// Lets the prehistory begin with what lies behind so many bytes; those come to its end.
+void EventBuffer::bringToFront(size_t bytes) {
+    std::byte* data = data_.get();
+    std::byte* aside = data + (prehistory_ + history_) * frameBytes_;
+    size_t before = bytes;
+    size_t behind = prehistory_ * frameBytes_ - bytes;
+    // The shorter part goes to its place at once, in exchange for what stands there.
+    while (std::min(before, behind) > kAside) {
+        const size_t shorter = std::min(before, behind);
+        for (size_t done = 0; done < shorter; done += kAside) {
+            const size_t part = std::min(shorter - done, kAside);
+            std::memcpy(aside, data + done, part);
+            std::memcpy(data + done, data + before + done, part);
+            std::memcpy(data + before + done, aside, part);
+        }
+        data += shorter;
+        (before <= behind ? behind : before) -= shorter;
+    }
+    if (before <= behind) {
+        std::memcpy(aside, data, before);
+        std::memmove(data, data + before, behind);
+        std::memcpy(data + behind, aside, before);
+    } else {
+        std::memcpy(aside, data + before, behind);
+        std::memmove(data + behind, data, before);
+        std::memcpy(data, aside, behind);
+    }
 }
 
 }  // namespace tarno2

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <span>
 
 namespace tarno2 {
 
@@ -11,8 +11,8 @@ namespace tarno2 {
 /// frames from the trigger on. One object serves one event after the other. Frames are bytes here, of any sample width.
 class EventBuffer {
 public:
-    /// Makes room for records of so many frames and begins the first event. Throws std::bad_alloc, also when a record
-    /// would have more than 2^32 - 1 samples.
+    /// Makes room for a record of so many frames, memory that is really there, and begins the first event. Throws
+    /// std::bad_alloc, also when a record would have more than 2^32 - 1 samples.
     void allocate(size_t channels, size_t sampleBytes, uint32_t prehistory, uint32_t history);
     /// Begins the next event: the prehistory is gathered anew.
     void restart();
@@ -32,10 +32,15 @@ public:
     void trigger() { triggered_ = true; }
     /// Takes as many of `count` frames as the history still needs; returns how many.
     size_t addHistory(const std::byte* frames, size_t count);
-    /// Appends the record, prehistory in time order, then history.
-    void unroll(std::vector<std::byte>& output) const;
+    /// The complete record, prehistory in time order, then history; valid until the next event is begun.
+    [[nodiscard]] std::span<const std::byte> record();
 
 private:
+    /// Lies behind the record: what is put aside while the prehistory is brought into order.
+    static constexpr size_t kAside = 0x10000;
+
+    void bringToFront(size_t bytes);
+
     std::unique_ptr<std::byte[]> data_;
     size_t frameBytes_ = 0;
     size_t prehistory_ = 0;    ///< frames

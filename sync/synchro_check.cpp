@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <memory>
-#include <new>
+
+#include "platform/memory.h"
 
 namespace tarno2 {
 
@@ -89,12 +89,8 @@ bool Check::checkSizes(const SynchroSizes& sizes) {
         return fail(SynchroMistake::PrehistoryOutsideBuffer, "The prehistory does not fit into the buffer: " + said);
     }
     const auto samples = static_cast<uint64_t>(buffer) * board_.channels.size();
-    if (samples <= std::numeric_limits<uint32_t>::max()) {
-        const auto bytes = static_cast<size_t>(samples) * board_.sampleWidth;
-        const std::unique_ptr<std::byte[]> room(new (std::nothrow) std::byte[bytes]);
-        if (room != nullptr) {
-            return true;
-        }
+    if (samples <= std::numeric_limits<uint32_t>::max() && samples * board_.sampleWidth <= usableMemory()) {
+        return true;
     }
     return fail(SynchroMistake::BufferTooLarge, "Not enough memory for the synchronisation buffer: " + said);
 }

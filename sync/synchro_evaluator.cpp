@@ -4,7 +4,9 @@ namespace tarno2 {
 
 SynchroEvaluator::SynchroEvaluator(const SynchroSettings& settings, const SynchroSizes& sizes,
                                    const StreamFormat& format)
-    : format_(format), analyzer_(settings, sizes, format.facts) {}
+    : format_(format), analyzer_(settings, sizes, format.facts) {
+    analyzer_.reserve(format.channels, format.sampleWidth, format.largestBlock);
+}
 
 int32_t SynchroEvaluator::evaluate(std::span<const std::byte> block, EvaluatedBlock& out) {
     return format_.sampleWidth == 4 ? evaluateWords<int32_t>(block, out, Analyze32)
@@ -21,6 +23,7 @@ int32_t SynchroEvaluator::evaluateWords(std::span<const std::byte> block, Evalua
     out.data = std::as_bytes(std::span(words, count));
     out.recordFrames = analyzer_.recordFrames();
     out.events = analyzer_.events();
+    out.rest = block.subspan(analyzer_.samplesTaken() * sizeof(Word));
     return result;
 }
 

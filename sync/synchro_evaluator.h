@@ -11,15 +11,17 @@ struct StreamFormat {
     uint32_t channels = 1;
     bool packed = false;  ///< the port's bits share the word with the code
     SampleFacts facts;
+    size_t largestBlock = 0;  ///< bytes
 };
 
 /// Lets the frames through that the synchronisation settings ask for.
 class SynchroEvaluator final : public BlockEvaluator {
 public:
-    /// `settings` as `CheckSynchroParameters` gives them.
+    /// `settings` as `CheckSynchroParameters` gives them. All memory is reserved here; throws std::bad_alloc.
     SynchroEvaluator(const SynchroSettings& settings, const SynchroSizes& sizes, const StreamFormat& format);
 
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override;
+    [[nodiscard]] bool takesWholeBlocks() const override { return analyzer_.recordFrames() == 0; }
     [[nodiscard]] const ConditionAnalyzer& analyzer() const { return analyzer_; }
 
 private:

@@ -266,8 +266,15 @@ TEST(Synchronisation, TheThreadGetsWholeRecordsWithTheirEvents) {
     EvaluatedBlock out;
     EXPECT_EQ(evaluator.evaluate(std::as_bytes(std::span(block)), out), 0);
     EXPECT_EQ(out.recordFrames, 5U);
-    EXPECT_EQ(out.data.size(), 2 * 5 * sizeof(int32_t));
-    EXPECT_EQ(out.events.size(), 2U);
+    EXPECT_EQ(out.data.size(), 5 * sizeof(int32_t));
+    EXPECT_EQ(out.events.size(), 1U);
+    const auto rest = out.rest;
+    EXPECT_EQ(rest.size(), 6 * sizeof(int32_t)) << "the record's memory is used again once it is written";
+    EXPECT_EQ(evaluator.evaluate(rest, out), 0);
+    EXPECT_EQ(out.data.size(), 5 * sizeof(int32_t));
+    EXPECT_EQ(out.events.size(), 1U);
+    EXPECT_TRUE(out.rest.empty());
+    EXPECT_FALSE(evaluator.takesWholeBlocks());
     EXPECT_EQ(evaluator.evaluate(std::as_bytes(std::span(block).first(2)), out), 0);
     EXPECT_TRUE(out.data.empty());
     EXPECT_TRUE(out.events.empty());
@@ -276,6 +283,8 @@ TEST(Synchronisation, TheThreadGetsWholeRecordsWithTheirEvents) {
     EXPECT_EQ(through.evaluate(std::as_bytes(std::span(block)), out), 0);
     EXPECT_EQ(out.data.data(), static_cast<const void*>(block));
     EXPECT_EQ(out.recordFrames, 0U);
+    EXPECT_TRUE(out.rest.empty());
+    EXPECT_TRUE(through.takesWholeBlocks());
 }
 
 }  // namespace tarno2::test
