@@ -264,6 +264,7 @@ bool RecordingControl::prepareSynchro() {
             return refuse(TextId::SynchroParametersMistake, findings.detail);
         }
     } catch (const std::bad_alloc&) {
+        DEBUG_LOG("Memory error");
         return refuse(TextId::NotEnoughMemory);
     }
     if (findings.switchedOff != SynchroSwitchOff::None) {
@@ -356,9 +357,22 @@ void RecordingControl::release() {
     shell_.showStatus(text(TextId::StatusRecording));
     if (settings_.stopRule == StopRule::Time) {
         DEBUG_LOG("Create timer for stop: TimeStopValue = %lf", settings_.stopSeconds);
-        timerCount_ = 0;
-        timerArmed_ = true;
-        shell_.startTimer(kTimerPeriodMs);
+        startAwaited_ = session_->settings.externalStart;
+        startStopTimer();
+    }
+}
+
+void RecordingControl::startStopTimer() {
+    timerCount_ = 0;
+    timerArmed_ = true;
+    shell_.startTimer(kTimerPeriodMs);
+}
+
+// So many seconds are meant as seconds of data, so the first second begins, phase included, when data are seen.
+void RecordingControl::watchForExternalStart() {
+    if (timerArmed_ && startAwaited_ && session_->samplesRead() > 0) {
+        startAwaited_ = false;
+        startStopTimer();
     }
 }
 
@@ -366,8 +380,8 @@ void RecordingControl::StopTimerTick() {
     if (!timerArmed_ || !session_) {
         return;
     }
-    // A board that waits for its external start has not begun yet.
-    if (session_->settings.externalStart && !session_->dataBegun()) {
+    if (startAwaited_) {
+        watchForExternalStart();
         return;
     }
     ++timerCount_;
@@ -434,6 +448,7 @@ void RecordingControl::OnNotification(const Notification& notification) {
     }
     if (result.code == StopCode::Running) {
         if (current) {
+            watchForExternalStart();
             shell_.showBytes(result.bytes);
             warnOfSlowDisk(result.waitingBytes);
         }
@@ -488,6 +503,11 @@ void RecordingControl::report(const RecordingResult& result) {
     }
     for (const Loss& loss : result.losses) {
         shell_.showDetail(lossText(loss));
+    }
+    if (result.sizeReached && result.bytes < settings_.stopBytes) {
+        shell_.showDetail(formatText("Asked for %llu bytes, recorded %llu",
+                                     static_cast<unsigned long long>(settings_.stopBytes),
+                                     static_cast<unsigned long long>(result.bytes)));
     }
     shell_.recordingEnded(result);
 }

@@ -73,6 +73,8 @@ private:
     void attention(const std::string& message);
     void report(const RecordingResult& result);
     [[nodiscard]] bool cycleGoesOn();
+    void startStopTimer();
+    void watchForExternalStart();
     void freeSession();
 
     RecordingShell& shell_;
@@ -97,6 +99,7 @@ private:
     RecordingOutcome outcome_ = RecordingOutcome::NothingRecorded;
     RecordingResult lastResult_;
     bool timerArmed_ = false;
+    bool startAwaited_ = false;  ///< the stop timer counts once the external start has come
     int64_t timerCount_ = 0;
 };
 

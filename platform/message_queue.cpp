@@ -20,7 +20,8 @@ void MessageQueue::post(std::function<void()> work) {
 void MessageQueue::startTimer(uint32_t milliseconds, std::function<void()> tick) {
     const uint64_t period = std::max<uint64_t>(milliseconds, 1);
     const std::scoped_lock lock(mutex_);
-    timer_ = Timer{period, tickCount() + period, std::move(tick)};
+    // A millisecond has begun already: no tick comes before its time is over.
+    timer_ = Timer{period, tickCount() + period + 1, std::move(tick)};
 }
 
 void MessageQueue::stopTimer() {

@@ -407,27 +407,37 @@ TEST(RecordingControl, StopTimer) {
 }
 
 TEST(RecordingControl, StopTimerCountsFromTheFirstDataOfAnExternalStart) {
-    ControlRig rig;
-    rig.device.numbers[kADCGetBoardModes] = kADCModeExternalStart;
-    rig.attach();
-    rig.shell.wanted.boardMode = kBoardExternalStart;
-    rig.shell.wanted.stopRule = StopRule::Time;
-    rig.shell.wanted.stopSeconds = 2;
-    ASSERT_TRUE(rig.control.StartButtonClick());
-    ASSERT_TRUE(rig.device.waitForCall("Start"));
-    for (int tick = 0; tick < 10; ++tick) {
+    for (const bool seenByTick : {false, true}) {
+        SCOPED_TRACE(seenByTick);
+        ControlRig rig;
+        rig.device.numbers[kADCGetBoardModes] = kADCModeExternalStart;
+        rig.attach();
+        rig.shell.wanted.boardMode = kBoardExternalStart;
+        rig.shell.wanted.stopRule = StopRule::Time;
+        rig.shell.wanted.stopSeconds = 2;
+        ASSERT_TRUE(rig.control.StartButtonClick());
+        ASSERT_TRUE(rig.device.waitForCall("Start"));
+        rig.shell.timer = 0;
+        const Notification progress{rig.control.session()->number(), {}};
+        for (int tick = 0; tick < 10; ++tick) {
+            rig.control.StopTimerTick();
+            rig.control.OnNotification(progress);
+        }
+        ASSERT_TRUE(rig.control.running()) << "the board has not begun";
+        ASSERT_EQ(rig.shell.timer, 0U);
+        rig.device.produce(500);
+        ASSERT_TRUE(rig.device.waitForReads(500));
+        while (rig.control.session()->samplesRead() == 0) {
+            std::this_thread::yield();
+        }
+        seenByTick ? rig.control.StopTimerTick() : rig.control.OnNotification(progress);
+        EXPECT_EQ(rig.shell.timer, 1000U) << "the first second begins with the data";
         rig.control.StopTimerTick();
+        rig.control.OnNotification(progress);
+        EXPECT_TRUE(rig.control.running());
+        rig.control.StopTimerTick();
+        EXPECT_FALSE(rig.control.running());
     }
-    ASSERT_TRUE(rig.control.running()) << "the board has not begun";
-    rig.device.produce(500);
-    ASSERT_TRUE(rig.device.waitForReads(500));
-    while (rig.control.session()->samplesRead() == 0) {
-        std::this_thread::yield();
-    }
-    rig.control.StopTimerTick();
-    EXPECT_TRUE(rig.control.running());
-    rig.control.StopTimerTick();
-    EXPECT_FALSE(rig.control.running());
 }
 
 TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
