@@ -79,6 +79,7 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
         return -1;
     }
     bool limitReached = false;
+    const bool largerThanCache = size >= kCacheBytes;
     if (setup_.limitBytes != 0 && totalBytes() + size > setup_.limitBytes) {
         size = setup_.limitBytes - totalBytes();
         limitReached = true;
@@ -93,7 +94,7 @@ int32_t DataWriter::Write(const std::byte* data, uint64_t size, uint64_t unitByt
             part = std::min(size, std::max(room / unit, uint64_t{1}) * unit);
         }
         events = enterEvents(events, (part + unit - 1) / unit, unit);
-        if (!put(data, part, limitReached && part == size)) {
+        if (!put(data, part, limitReached && part == size && !largerThanCache)) {
             return -1;
         }
         data += part;
@@ -126,12 +127,13 @@ void DataWriter::nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft) {
     fileCount_.store(fileCount() + 1, std::memory_order_relaxed);
 }
 
-// `last`: the size limit cut this block short. Blocks count as gathered in a cache that is written when one would fill
-// it, and then together with it. A block cut short does not fill it: a recording by size ends on what was gathered.
-bool DataWriter::put(const std::byte* data, uint64_t size, bool last) {
+// Blocks count as gathered in a cache that is written when one would fill it, and then together with it. `leaveOut`: a
+// block that the size limit cut short is left out when it would fill the cache, so that the recording ends on what was
+// gathered. A block that is larger than the cache gathers nothing, and is written as far as the limit goes.
+bool DataWriter::put(const std::byte* data, uint64_t size, bool leaveOut) {
     const bool fills = cacheFill_ + size >= kCacheBytes;
     cacheFill_ = fills ? 0 : cacheFill_ + size;
-    if (fills && last) {
+    if (fills && leaveOut) {
         return true;
     }
     pieceFill_ += size;

@@ -88,7 +88,7 @@ public:
 private:
     void nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft);
     std::span<const SynchroEvent> enterEvents(std::span<const SynchroEvent> events, uint64_t records, uint64_t unit);
-    [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool last);
+    [[nodiscard]] bool put(const std::byte* data, uint64_t size, bool leaveOut);
 
     WriterSetup setup_;
     bool ready_ = false;

@@ -67,6 +67,8 @@ TEST(DataWriter, SizeLimitOnEverySideOfACacheBorder) {
         {"exactly on a flush, not on the cache", 4 * kMebi, {2 * kMebi, 2 * kMebi}, {0, 1}, 4 * kMebi},
         {"one byte pair short of the cache", 3 * kMebi - 2, {2 * kMebi, 2 * kMebi}, {0, 1}, 3 * kMebi - 2},
         {"nothing more after it", 4000, {4000, 400, 400}, {1, 1, 1}, 4000},
+        {"inside a block larger than the cache: that is cut", 5 * kMebi, {4 * kMebi, 4 * kMebi}, {0, 1}, 5 * kMebi},
+        {"inside the first block, larger than the cache", 7 * kMebi, {8 * kMebi}, {1}, 7 * kMebi},
         {"larger than the cache", 9 * kMebi, {4 * kMebi, 5 * kMebi}, {0, 1}, 9 * kMebi},
         {"unlimited", 0, {2 * kMebi, 2 * kMebi, 4 * kMebi, 2}, {0, 0, 0, 0}, 8 * kMebi + 2},
     };
