@@ -11,10 +11,12 @@ namespace {
 
 /// The disk is looked after at least so often, however long data may wait for it.
 constexpr uint64_t kLookPeriodMs = 500;
+/// That may wait for the disk: ten seconds of 3000 records each.
+constexpr size_t kMostNotes = 32768;
 
 }  // namespace
 
-DiskThread::DiskThread(CachePool& pool) : pool_(pool) {}
+DiskThread::DiskThread(CachePool& pool) : pool_(pool), notes_(kMostNotes) {}
 
 DiskThread::~DiskThread() {
     close();
@@ -49,15 +51,25 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
 void DiskThread::beginPiece() {
     Note note;
     note.number = pool_.filled();
-    notes_.push(note);
+    push(note);
 }
 
 void DiskThread::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
-    notes_.push({Note::Kind::Event, recordBytes, event, {}});
+    push({Note::Kind::Event, recordBytes, event, {}});
 }
 
 void DiskThread::setCreateTime(const LocalTime& time) {
-    notes_.push({Note::Kind::CreateTime, 0, {}, time});
+    push({Note::Kind::CreateTime, 0, {}, time});
+}
+
+// As with the data, only a disk that has stalled for long makes the acquisition wait.
+void DiskThread::push(const Note& note) {
+    if (notes_.halfFull()) {
+        pool_.wake();
+    }
+    while (!notes_.push(note) && !failed()) {
+        sleepMilliseconds(1);
+    }
 }
 
 void DiskThread::close() {

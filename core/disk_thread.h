@@ -64,6 +64,7 @@ private:
         LocalTime time;
     };
 
+    void push(const Note& note);
     void run() noexcept;
     [[nodiscard]] uint32_t untilNextLook() const;
     [[nodiscard]] bool restIsDue(uint64_t end);

@@ -42,13 +42,19 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 namespace tarno2::test {
 namespace {
 
-/// Passes blocks on; the thread that brings them counts its allocations between the first block and the last one.
+/// Passes blocks on, as records when `frames` is not 0; the thread that brings them counts its allocations between the
+/// first block and the last one.
 class CountingEvaluator final : public BlockEvaluator {
 public:
-    CountingEvaluator(uint32_t blocks, size_t& result) : blocks_(blocks), result_(result) {}
+    CountingEvaluator(uint32_t blocks, uint32_t frames, size_t& result)
+        : blocks_(blocks), frames_(frames), result_(result) {}
 
     int32_t evaluate(std::span<const std::byte> block, EvaluatedBlock& out) override {
-        out = {block, 0, {}};
+        out = {block, frames_, {}, {}};
+        if (frames_ != 0) {
+            events_.resize(block.size() / (frames_ * kFrameBytes));  // blocks are of one size: memory for the first
+            out.events = events_;
+        }
         ++seen_;
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         if (seen_ == 1) {
@@ -62,8 +68,12 @@ public:
         return seen_ == blocks_ ? 1 : 0;
     }
 
+    static constexpr size_t kFrameBytes = 4 * sizeof(int16_t);
+
 private:
     uint32_t blocks_;
+    uint32_t frames_;
+    std::vector<SynchroEvent> events_;
     uint32_t seen_ = 0;
     size_t& result_;
 };
@@ -72,23 +82,29 @@ TEST(Allocation, NoneBetweenTheFirstBlockAndTheLast) {
     if (!kCounting) {
         GTEST_SKIP() << "the sanitizers have an operator new of their own";
     }
-    for (const uint32_t decimation : {1U, 3U}) {
+    const struct {
+        uint32_t decimation;
+        uint32_t recordFrames;
+    } ways[] = {{1, 0}, {3, 0}, {1, 25}};  // a thousand records a block
+    for (const auto& way : ways) {
         FakeDevice device;
         device.quiet = true;
         device.ring = [](uint32_t, uint32_t) { return 200000U; };
         device.readerPaced = 100000000;
         SessionRig rig(device);
         size_t counted = 12345;
-        rig.board->decimation = decimation;
-        rig.board->evaluator = std::make_unique<CountingEvaluator>(100, counted);  // the cache is written several times
-        LiveTap tap;                                                               // somebody watches
+        rig.board->decimation = way.decimation;
+        // The cache is written several times.
+        rig.board->evaluator = std::make_unique<CountingEvaluator>(100, way.recordFrames, counted);
+        LiveTap tap;  // somebody watches
         tap.setWatched(true);
         ASSERT_TRUE(rig.prepare(4, 1e6F));
         ASSERT_TRUE(tap.prepare(8, 200000, 2e6));
         rig.board->liveTap = &tap;
         rig.board->Begin();
         EXPECT_EQ(rig.end().code, StopCode::StopMeasuring);
-        EXPECT_EQ(counted, 0U) << "decimation " << decimation;
+        EXPECT_EQ(counted, 0U) << "decimation " << way.decimation << ", records of " << way.recordFrames;
+        EXPECT_EQ(rig.board->eventCount(), way.recordFrames == 0 ? 0U : 100000U);
         EXPECT_GT(tap.frameCount(), 0U);
         EXPECT_GT(rig.board->writer().totalBytes(), DataWriter::kCacheBytes);
     }
