@@ -11,6 +11,7 @@ namespace tarno2::drivers {
 namespace {
 
 constexpr int32_t kMostChannels = 160;
+constexpr double kSmallestRing = 32.0;  // that a host wishes for
 
 /// Queries and blocks are packed and may lie anywhere, so they are copied, not dereferenced.
 template <typename T>
@@ -112,7 +113,7 @@ int32_t RingDevice::setupBase(bool apply, ADCParametersDMA& block) {
     if (!correctGain(gain) || !checkModes(block) || !correctFrequency(block))
         return 0;
     block.m_nGain = gain;
-    const uint32_t ring = ringFor(*board_, block.m_nDMABlockSize, static_cast<uint32_t>(block.m_nChannelNumber));
+    const uint32_t ring = ringFor(*board_, wishedRing(block), static_cast<uint32_t>(block.m_nChannelNumber));
     if (ring == 0)
         return fail("The largest ring, %u samples, is less than two frames.", board_->maximumRing);
     block.m_nDMABlockSize = static_cast<int32_t>(ring);
@@ -158,6 +159,23 @@ bool RingDevice::correctGain(int32_t& gain) {
     if (gains.empty() ? gain == 1 : std::find(gains.begin(), gains.end(), gain) != gains.end())
         return true;
     return fail("The board has no gain %d.", gain) != 0;
+}
+
+/// The host wishes for half a second's worth at the frequency asked for. Packets, and an external clock, bring fewer
+/// samples: half a second's worth of those is enough.
+int32_t RingDevice::wishedRing(const ADCParametersDMA& block) const {
+    const bool clock = (block.m_nStartOf & kADCStartExternal) != 0 && block.m_fFreqStart == 0.0F;
+    const double channels = block.m_nChannelNumber;
+    double rate = 0.0;
+    if (block.m_nTimerPack == 1)
+        rate = double{block.m_fFreqPack} * channels;
+    else if (clock)
+        rate = board_->externalClockRate;
+    else
+        return block.m_nDMABlockSize;
+    const double step = 2.0 * channels;
+    const double enough = std::ceil(std::max(rate / 2.0, kSmallestRing) / step) * step;
+    return static_cast<int32_t>(std::min(static_cast<double>(block.m_nDMABlockSize), enough));
 }
 
 uint32_t RingDevice::ringFor(const BoardFacts& board, int32_t wished, uint32_t channels) const {

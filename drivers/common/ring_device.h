@@ -59,6 +59,7 @@ private:
     bool checkModes(const ADCParametersDMA& block);
     bool correctFrequency(ADCParametersDMA& block);
     bool correctGain(int32_t& gain);
+    [[nodiscard]] int32_t wishedRing(const ADCParametersDMA& block) const;
     void applyBase(const ADCParametersDMA& block, uint32_t ring);
     int32_t startMeasurement();
     int32_t answer(uint32_t code, void* result);

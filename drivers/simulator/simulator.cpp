@@ -33,6 +33,7 @@ struct Faults {
     uint64_t failGetDataAt = kNever;
     uint64_t silentAfter = kNever;
     uint64_t unplugAfter = kNever;
+    uint64_t countUntil = kNever;
     uint32_t abiVersion = kADCAbiVersion;
 };
 
@@ -140,6 +141,7 @@ void SimulatorDevice::takeFaults() {
     faults_.failGetDataAt = sampleNumber("FailGetDataAt");
     faults_.silentAfter = sampleNumber("SilentAfter");
     faults_.unplugAfter = sampleNumber("UnplugAfter");
+    faults_.countUntil = sampleNumber("CountUntil");
     faults_.abiVersion = static_cast<uint32_t>(settings_.integer("AbiVersion", kADCAbiVersion));
 }
 
@@ -194,7 +196,9 @@ int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
         case kADCGetMaxBufferOld:
             return faults_.answerMaxBufferOld ? RingDevice::Get(code, result) : 0;
         case kADCGetSamplesWritten:
-            return faults_.answerCount ? RingDevice::Get(code, result) : 0;
+            return faults_.answerCount && producer().samplesWritten() < faults_.countUntil
+                       ? RingDevice::Get(code, result)
+                       : 0;
         case kADCGetSampleFormat:
         case kADCGetCodeRange:
         case kADCGetInputRange:

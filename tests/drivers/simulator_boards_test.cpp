@@ -80,6 +80,10 @@ TEST_F(SimulatorBoards, CorrectsFrequencyAndRing) {
     ASSERT_EQ(driver_->SelectBoard(1), 1);
     ASSERT_EQ(driver_->Setup(0, &packets, 0), 1);
     EXPECT_EQ(float{packets.m_fFreqPack}, 2000.0F) << "a packet lasts as long as its samples";
+    packets.m_nDMABlockSize = 4000;
+    packets.m_fFreqPack = 50.0F;
+    ASSERT_EQ(driver_->Setup(0, &packets, 0), 1);
+    EXPECT_EQ(packets.m_nDMABlockSize, 104) << "half a second of the samples that come";
 }
 
 TEST_F(SimulatorBoards, RefusesWhatTheBoardHasNot) {
