@@ -1,5 +1,6 @@
-// Records until it is killed, and notes once a millisecond how much the data file writer has been given by then.
-// Usage: crash_recorder SETTINGS NOTES. NOTES gets pairs of 64-bit numbers: nanoseconds, bytes.
+// Records until it is killed, and notes once a millisecond how far the recording has come by then.
+// Usage: crash_recorder SETTINGS NOTES. NOTES gets 64-bit numbers: nanoseconds, bytes that the data file writer has
+// been given, samples that the board has taken; and so on.
 
 #include <array>
 #include <cstdio>
@@ -66,8 +67,10 @@ int record(const char* settingsFile, const char* notesFile) {
         return EXIT_FAILURE;
     }
     for (;;) {
-        const uint64_t bytes = control.session()->writer().totalBytes();
-        const std::array<uint64_t, 2> note = {monotonicNanoseconds(), bytes};
+        std::array<uint64_t, 3> note = {monotonicNanoseconds(), control.session()->writer().totalBytes(), 0};
+        if (!selection.driver().device().get(kADCGetSamplesWritten, note[2])) {
+            return EXIT_FAILURE;
+        }
         size_t done = 0;
         if (!notes.write(note.data(), sizeof note, done).ok()) {
             return EXIT_FAILURE;
