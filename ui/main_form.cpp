@@ -8,6 +8,7 @@
 #include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "config/console_log.h"
 #include "config/debug_log.h"
@@ -207,17 +208,21 @@ void T_MainForm::requestEnd() {
     }
 }
 
-// The toolkit's loop needs the display. Everything that keeps a recording going is posted to the form, and its timer
-// goes by a clock.
+// The toolkit's loop needs the display. Everything that keeps a recording going is posted to the form or to the search
+// for its board, and its timer goes by a clock.
 void T_MainForm::runWithoutDisplay() {
-    displayGone_ = true;
-    guarded("DisplayGone",
-            [this] { showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str())); });
-    if (!consoleMode()) {
-        requestEnd();  // nobody could end it any more
+    const bool again = std::exchange(displayGone_, true);
+    if (!again) {
+        guarded("DisplayGone", [this] {
+            showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str()));
+        });
+    }
+    if (!consoleMode() || again) {
+        requestEnd();  // nobody could end it any more, or the toolkit was used all the same
     }
     while (!closed_) {
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+        QCoreApplication::sendPostedEvents(&search_, QEvent::MetaCall);
         guarded("StopTimer", [this] { timerTick(); });
         sleepMilliseconds(kDisplaylessPeriodMs);
     }

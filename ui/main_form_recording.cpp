@@ -136,7 +136,8 @@ void T_MainForm::startRecording() {
             return;
         setState(RunState::Starting);
         strip_->setAttention({});
-        strip_->repaint();
+        if (!displayGone_)
+            strip_->repaint();
         endState_ = RunState::Ready;
         if (control_.StartButtonClick())
             consoleLog().log("Save to file \"%s\"", fileName().c_str());
@@ -152,7 +153,8 @@ void T_MainForm::StopButtonClick() {
     guarded("StopButtonClick", [this] {
         if (control_.running()) {
             setState(RunState::Stopping);
-            strip_->repaint();
+            if (!displayGone_)
+                strip_->repaint();
         }
         control_.StopButtonClick();
     });
@@ -264,6 +266,8 @@ void T_MainForm::showStatus(const std::string& status) {
 
 void T_MainForm::showAttention(const std::string& message) {
     consoleLog().log("%s", message.c_str());
+    if (displayGone_)
+        return;
     strip_->setAttention(fromCodePage(message));
     messages_->add(MessageList::Kind::Attention, fromCodePage(message));
 }

@@ -25,7 +25,10 @@ constexpr uint32_t kHighLoad = 800;  // thousandths of the ring; what is left is
 
 }  // namespace
 
+// Without a display the toolkit ends the program when a title or a picture is to reach it.
 void T_MainForm::updateState() {
+    if (displayGone_)
+        return;
     const T_BOARD* session = control_.session();
     if (session != nullptr && session->number() != runNumber_)
         beginRun();

@@ -72,7 +72,8 @@ private:
         return handler;
     }
     static void takeOver() {
-        if (const auto goOn = std::exchange(action(), {})) {
+        if (const auto goOn = action()) {
+            std::atexit(takeOver);  // the toolkit may not leave it at once
             goOn();
         }
     }

@@ -72,7 +72,7 @@ uint64_t pathRoom(const std::string& root, std::string path, const GroupFiles& f
     for (;;) {
         for (const char* mount : files.mounts) {
             if (*mount != '\0') {
-                room = std::min(room, groupRoom(root + mount + path, files));
+                room = std::min(room, groupRoom(std::string(root).append(mount).append(path), files));
             }
         }
         if (path.empty()) {

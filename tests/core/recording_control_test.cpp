@@ -214,6 +214,10 @@ TEST(RecordingControl, RefusalsLeaveNothingBehind) {
                 ASSERT_EQ(rig.shell.shown.size(), static_cast<size_t>(starts));
                 EXPECT_EQ(rig.shell.shown[0].rfind(std::string("Attention: ") + c.message, 0), 0U)
                     << rig.shell.shown[0];
+                if (std::string_view(c.message) == "Error in file name") {
+                    ASSERT_FALSE(rig.shell.details.empty());
+                    EXPECT_EQ(rig.shell.details[0].find('"' + rig.shell.name + "\": "), 0U) << rig.shell.details[0];
+                }
                 EXPECT_EQ(rig.shell.quits, console ? starts : 0);
                 EXPECT_EQ(rig.faults, std::vector<std::string>{});
             }
