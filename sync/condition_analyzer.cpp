@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace tarno2 {
 
@@ -221,7 +222,7 @@ int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, O
         samplesTaken_ = frames * block.channels;
         return 0;
     }
-    return settings_.StopAfterTrigged && eventCount_ > 0 ? 1 : 0;
+    return std::exchange(recordInBlock_, false) && settings_.StopAfterTrigged ? 1 : 0;
 }
 
 // Takes the block's frames into the record until it is complete; returns how many. Of the block's words and those
@@ -278,6 +279,7 @@ bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>
 
 void ConditionAnalyzer::addEvent() {
     ++eventCount_;
+    recordInBlock_ = true;
     SynchroEvent event;
     event.point = eventCount_ * prehistory_;
     event.prehistory = prehistory_;

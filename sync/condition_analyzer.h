@@ -89,6 +89,7 @@ private:
     std::vector<std::byte> held_;  ///< two frames: one whose sample is the next block's, and that block's first
     bool holding_ = false;
     uint64_t eventCount_ = 0;
+    bool recordInBlock_ = false;  ///< one became complete in the block of which a rest is awaited
     EventBuffer event_;
     size_t samplesTaken_ = 0;
     std::vector<std::byte> output_;  ///< frames that were chosen one by one
