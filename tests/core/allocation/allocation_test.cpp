@@ -1,6 +1,5 @@
 // A program of its own, since it replaces the global operator new.
 
-#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
@@ -15,15 +14,10 @@ constexpr bool kCounting = true;
 namespace {
 thread_local bool counting = false;
 thread_local size_t allocations = 0;
-size_t cachesLeft = ~size_t{0};  // that can still be had
 }  // namespace
 
 void* operator new(std::size_t size) {
     allocations += counting ? 1 : 0;
-    if (size == tarno2::DataWriter::kCacheBytes && cachesLeft-- == 0) {
-        cachesLeft = 0;
-        throw std::bad_alloc();
-    }
     if (void* memory = std::malloc(size == 0 ? 1 : size)) {
         return memory;
     }
@@ -109,30 +103,6 @@ TEST(Allocation, NoneBetweenTheFirstBlockAndTheLast) {
         EXPECT_GT(rig.board->writer().totalBytes(), DataWriter::kCacheBytes);
     }
 }
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-TEST(Allocation, MemoryThatCannotBeHadMeansASmallerPool) {
-    const TemporaryFolder folder;
-    for (const size_t caches : {0U, 3U, 4U, 6U, 20U}) {
-        SCOPED_TRACE(caches);
-        ScopedDebugLog log;
-        cachesLeft = caches;
-        DataWriter writer;
-        WriterSetup setup;
-        setup.fileName = folder.file("run.dat");
-        setup.bufferBytes = 8 * DataWriter::kCacheBytes;
-        RecordDescription description;
-        EXPECT_EQ(writer.open(setup, description), caches < 4 ? -1 : 0);
-        cachesLeft = ~size_t{0};
-        EXPECT_EQ(writer.ready(), caches >= 4);
-        if (caches >= 4) {
-            EXPECT_EQ(writer.bufferBytes(), std::min<uint64_t>(caches, 8) * DataWriter::kCacheBytes);
-        }
-        writer.Close();
-        EXPECT_EQ(log.finish().find("!!!!! The write buffer got") != std::string::npos, caches >= 4 && caches < 8);
-    }
-}
-#endif
 
 }  // namespace
 }  // namespace tarno2::test
