@@ -239,7 +239,7 @@ TEST_F(SaveAsTextForm, WarnsOfWhatIsOdd) {
     known_.packetFrequency = 4.0;
     open(std::string(4, '\0'));
     save();
-    EXPECT_EQ(report_, "Conversion finished");
+    EXPECT_EQ(report_, "Conversion finished\n\n" + uiText(TextId::TriggeredTimeRunsOn));
     EXPECT_NE(csv().find("0:0:0:250.000000\t"), std::string::npos);
 }
 

@@ -271,11 +271,11 @@ TEST_F(WindowSettings, TheFirstFrequencyIsTheBoardsOwn) {
             folder_.write("Tarno2.cfg", file);
         }
         openAgain();
-        const BoardFacts& facts = form().selection().driver().facts();
-        ASSERT_GT(facts.boardFrequency, 0.0F);
-        EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText().toFloat(), facts.boardFrequency) << file;
+        const float own = form().selection().driver().facts().boardFrequency;
+        ASSERT_GT(own, 0.0F);
+        EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText().toFloat(), own) << file;
         ASSERT_TRUE(close());
-        EXPECT_EQ(kept().frequency, static_cast<double>(facts.boardFrequency)) << file;
+        EXPECT_EQ(kept().frequency, static_cast<double>(own)) << file;
     }
 }
 

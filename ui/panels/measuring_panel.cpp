@@ -132,22 +132,23 @@ void MeasuringPanel::boardChanged(BoardSelection& selection) {
     const bool sameBoard = board == board_;
     board_ = board;
     const double before = frequencyLoaded_ ? loadedFrequency_ : numberIn(frequencyBox_->currentText()).value_or(0.0);
+    // New settings have none. What was typed and is no number gets none in its place, either.
+    const double otherwise = frequencyLoaded_ && before <= 0.0 ? ProgramSettings().frequency : before;
     const bool keep = frequencyLoaded_ || sameBoard || !facts_.frequencies.empty();
     frequencyLoaded_ = frequencyLoaded_ && !selection.driver().startAllowed();
     fillFrequencies();
     const bool usable = facts_.frequencies.empty() ? before > 0.0 : frequencyBox_->findText(shown(before)) >= 0;
-    showFrequency((keep && usable) || !selection.driver().startAllowed() ? before : startingFrequency(before));
+    showFrequency((keep && usable) || !selection.driver().startAllowed() ? before : startingFrequency(otherwise));
     showAvailability();
     showRate();
 }
 
-/// The frequency that the board starts a selector with, within its limits. One that tells none keeps the one before, or
-/// gets that of new settings.
-double MeasuringPanel::startingFrequency(double before) const {
+/// The frequency that the board starts a selector with, or another one for a board that tells none; within its limits.
+double MeasuringPanel::startingFrequency(double otherwise) const {
     const auto [lowest, highest] = limits();
-    const auto own = static_cast<double>(facts_.boardFrequency);
-    const double hertz = own > 0.0 ? own : before > 0.0 ? before : ProgramSettings().frequency;
-    return highest > 0.0F ? std::clamp(hertz, static_cast<double>(lowest), static_cast<double>(highest)) : hertz;
+    const double hertz = facts_.boardFrequency > 0.0F ? static_cast<double>(facts_.boardFrequency) : otherwise;
+    const bool bounded = highest > 0.0F && lowest <= highest && hertz > 0.0;
+    return bounded ? std::clamp(hertz, static_cast<double>(lowest), static_cast<double>(highest)) : hertz;
 }
 
 /// The board's own list, or a free field with what was typed before.

@@ -42,7 +42,7 @@ private:
     void showAvailability();
     void showRate();
     [[nodiscard]] std::pair<float, float> limits() const;
-    [[nodiscard]] double startingFrequency(double before) const;
+    [[nodiscard]] double startingFrequency(double otherwise) const;
     [[nodiscard]] QString limitsText() const;
     void fieldEdited();
 
