@@ -216,13 +216,9 @@ void AcquisitionThread::notifyProgress() {
     report_.waitingBytes = 0;
 }
 
-// The disk has come to be half a memory behind; told once until it has caught up.
 bool AcquisitionThread::fallsBehind() {
     const uint64_t waiting = board_.writer_.waitingBytes();
-    const uint64_t half = board_.writer_.bufferBytes() / 2;
-    const bool before = diskBehind_;
-    diskBehind_ = waiting > (before ? half / 2 : half);
-    report_.waitingBytes = diskBehind_ && !before ? waiting : 0;
+    report_.waitingBytes = diskWatch_.fallsBehind(waiting, board_.writer_.bufferBytes()) ? waiting : 0;
     return report_.waitingBytes > 0;
 }
 

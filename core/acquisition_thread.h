@@ -9,6 +9,7 @@
 #include "core/board.h"
 #include "core/data_wait.h"
 #include "core/decimator.h"
+#include "core/recording_progress.h"
 #include "core/ring_reader.h"
 #include "core/stop_code.h"
 
@@ -89,7 +90,7 @@ private:
     std::optional<LocalTime> noDataSince_;
     uint64_t lastHalves_ = 0;
     uint64_t lastProgress_ = 0;
-    bool diskBehind_ = false;  ///< more than half of the memory for it waits for the disk
+    DiskWatch diskWatch_;
     RecordingResult report_;
 };
 

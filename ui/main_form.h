@@ -182,7 +182,6 @@ private:
     [[nodiscard]] bool isOfLastRun(const std::string& dataFile) const;
     void refreshRun();
     [[nodiscard]] RunState runningState() const;
-    void watchDisk(const DataWriter& writer);
     void showConditions();
     void showLastFigures(const RecordingResult& result);
     [[nodiscard]] uint64_t frameCount(uint64_t bytes) const;
@@ -216,7 +215,6 @@ private:
     uint64_t frameBytes_ = 0;
     RunFigures figures_;     ///< as they were shown last
     bool runBegun_ = false;  ///< the board has begun to measure
-    DiskWatch diskWatch_;
     RunState endState_ = RunState::Ready;
     std::string runFile_;
     KnownInputs runInputs_;  ///< what the driver tells of it more exactly than the description

@@ -3,12 +3,9 @@
 #include <QPushButton>
 #include <cmath>
 
-#include "config/disk_info.h"
 #include "config/figure_text.h"
 #include "core/loss.h"
 #include "core/recording_settings.h"
-#include "language/language_table.h"
-#include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
@@ -58,7 +55,6 @@ void T_MainForm::beginRun() {
     }
     if (session.settings.packetMode)
         runInputs_.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
-    diskWatch_ = {};
     figures_ = {};
     frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
     runBegun_ = !session.settings.externalStart;
@@ -80,12 +76,6 @@ RunState T_MainForm::runningState() const {
     if (runSettings_.synchro.SynchroAnalyzeMode != 0 && figures_.bytes == 0)
         return RunState::WaitingForTrigger;
     return figures_.loadWarns ? RunState::Warning : RunState::Recording;
-}
-
-void T_MainForm::watchDisk(const DataWriter& writer) {
-    const uint64_t waiting = writer.waitingBytes();
-    if (diskWatch_.fallsBehind(waiting, writer.bufferBytes()))
-        showAttention(formatText(text(TextId::DiskFallsBehind).c_str(), formatFreeSpace(waiting).c_str()));
 }
 
 void T_MainForm::showConditions() {
@@ -135,7 +125,6 @@ void T_MainForm::refreshRun() {
         diskClock_.start();
         refreshDisk();
     }
-    watchDisk(session->writer());
     setState(runningState());
     setWindowTitle(fromCodePage(formatDuration(figures_.elapsedSeconds)) + QLatin1Char(' ') +
                    plainText(stateText(strip_->state())) + QStringLiteral(" - ") + uiText(TextId::ProgramName));
