@@ -220,6 +220,9 @@ void T_MainForm::runWithoutDisplay() {
     if (!consoleMode() || again) {
         requestEnd();  // nobody could end it any more, or the toolkit was used all the same
     }
+    if (!begun_ && !ending_) {
+        begin();
+    }
     while (!closed_) {
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
         QCoreApplication::sendPostedEvents(&search_, QEvent::MetaCall);

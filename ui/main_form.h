@@ -172,6 +172,7 @@ private:
     void timerTick();
     void startRecording();
     [[nodiscard]] bool answersAllowStart();
+    void begin();
     void recover(const std::set<std::string>& folders, const QString& nothingFound);
     void showRecovered(const std::vector<RecoveryReport>& reports, const QString& nothingFound);
     [[nodiscard]] bool ask(const QString& question, TextId go);
@@ -230,6 +231,7 @@ private:
     bool ending_ = false;          ///< closes without a question
     bool closed_ = false;
     bool displayGone_ = false;
+    bool begun_ = false;  ///< looks for unfinished recordings, and has started what starts by itself
 
     StateStrip* strip_ = nullptr;
     PanelStack* panels_ = nullptr;

@@ -46,6 +46,12 @@ void T_MainForm::present() {
         placeParts();
         detachSignalView();
     }
+    begin();
+}
+
+// What the program does by itself once it is there, with a window or without one.
+void T_MainForm::begin() {
+    begun_ = true;
     guarded("RecoverUnfinished", [this] { recover(foldersOf({fileName(), savedFileName()}), {}); });
     if (consoleMode() || settings_.autoStartOnRun)
         QMetaObject::invokeMethod(this, &T_MainForm::StartButtonClick, Qt::QueuedConnection);

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QThread>
 #include <QWindow>
 #include <array>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "apps/console/console_program.h"
@@ -45,47 +45,41 @@ public:
     }
 };
 
-/// Takes the place of the end of the program that the toolkit brings about when its display goes away.
-class DisplayWatch {
+/// What takes the place of the end that the toolkit brings about when it finds its display gone, as long as it lives.
+class OnDisplayLoss {
 public:
-    /// One at a time. `goOn` is called on the window's thread, in the midst of the toolkit's loop, which it never goes
-    /// back to.
-    explicit DisplayWatch(std::function<void()> goOn) {
-        action() = std::move(goOn);
-        next() = qInstallMessageHandler(takeMessage);
-        std::atexit(takeOver);
+    /// `goOn` is called on this thread, in the midst of the toolkit's work, which it never goes back to.
+    explicit OnDisplayLoss(std::function<void()> goOn) {
+        if (next_ == nullptr) {
+            thread_ = std::this_thread::get_id();
+            next_ = qInstallMessageHandler(takeMessage);
+            std::atexit(takeOver);
+        }
+        action_ = std::move(goOn);
     }
-    ~DisplayWatch() {
-        qInstallMessageHandler(next());
-        action() = {};
-    }
-    DisplayWatch(const DisplayWatch&) = delete;
-    DisplayWatch& operator=(const DisplayWatch&) = delete;
+    ~OnDisplayLoss() { action_ = {}; }
+    OnDisplayLoss(const OnDisplayLoss&) = delete;
+    OnDisplayLoss& operator=(const OnDisplayLoss&) = delete;
 
 private:
-    static std::function<void()>& action() {
-        static std::function<void()> goOn;
-        return goOn;
-    }
-    static QtMessageHandler& next() {
-        static QtMessageHandler handler = nullptr;
-        return handler;
-    }
     static void takeOver() {
-        if (const auto goOn = action()) {
+        if (const auto goOn = action_; goOn && std::this_thread::get_id() == thread_) {
             std::atexit(takeOver);  // the toolkit may not leave it at once
             goOn();
         }
     }
     // The toolkit's last words: some of its platforms end the program in a way that nothing else can notice.
     static void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-        next()(type, context, message);
-        const bool gone = message.contains(QLatin1String("connection broke")) ||
-                          message.contains(QLatin1String("connection experienced a fatal error"));
-        if (gone && QThread::currentThread() == QCoreApplication::instance()->thread()) {
+        next_(type, context, message);
+        if (type == QtFatalMsg || message.contains(QLatin1String("connection broke")) ||
+            message.contains(QLatin1String("connection experienced a fatal error"))) {
             takeOver();
         }
     }
+
+    inline static std::function<void()> action_;
+    inline static QtMessageHandler next_ = nullptr;
+    inline static std::thread::id thread_;
 };
 
 /// Returns the exit status.
@@ -95,7 +89,7 @@ int runForm(const CommandLine& line, std::optional<AutoSettings> console, StopRe
         const auto status = [&form, &line] {
             return exitStatus(line, form.control().outcome(), form.control().lastResult());
         };
-        const DisplayWatch display([&form, &status] {
+        const OnDisplayLoss withoutDisplay([&form, &status] {
             form.runWithoutDisplay();
             const int code = status();
             logConsoleExit();
@@ -134,10 +128,17 @@ bool displayCanBeOpened() {
 int runWindowProgram(std::string program, const CommandLine& line) {
     // The watch for signals comes before the threads of the toolkit.
     StopRelay relay;
-    TerminationWatcher watcher([&relay] { relay.request(); });
+    std::optional<TerminationWatcher> watcher(std::in_place, [&relay] { relay.request(); });
+    // Until there is a window that could go on without its display.
+    const OnDisplayLoss withoutWindow([&watcher, &line] {
+        if (line.mode == CommandLine::Mode::Console) {
+            watcher.reset();
+            std::_Exit(runWithoutWindow(line));
+        }
+    });
     int count = 1;
     std::array<char*, 2> arguments = {program.data(), nullptr};
-    Application application(count, arguments.data());
+    std::optional<Application> application(std::in_place, count, arguments.data());
     Application::setApplicationName(QStringLiteral("Tarno2"));
     Application::setWindowIcon(programIcon());
     Application::setQuitOnLastWindowClosed(false);
@@ -154,7 +155,9 @@ int runWindowProgram(std::string program, const CommandLine& line) {
     const int status =
         usable ? runForm(line, std::move(console), relay) : exitStatus(line, RecordingOutcome::NothingRecorded, {});
     logConsoleExit();
-    watcher.finished();
+    watcher->finished();
+    const OnDisplayLoss afterwards([status] { std::_Exit(status); });
+    application.reset();
     return status;
 }
 
