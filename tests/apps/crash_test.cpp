@@ -12,6 +12,8 @@
 #include "platform/paths.h"
 #include "records/record_description.h"
 #include "tests/apps/recording_rig.h"
+#include "tests/core/bait_files.h"
+#include "tests/support/bait.h"
 
 namespace tarno2::test {
 namespace {
@@ -115,6 +117,8 @@ struct Way {
 /// Records, kills, recovers and checks. Returns the age of the oldest data that are missing, ns.
 uint64_t crash(const Way& way) {
     const RecordingRig rig;
+    layOwnFiles(rig.folder(), ".");
+    const Bait bait(rig.path());
     Wish wish;
     wish.channels = way.channels;
     wish.frequency = way.frequency;
@@ -144,6 +148,7 @@ uint64_t crash(const Way& way) {
     if (way.records) {
         checkEvents(files);
     }
+    EXPECT_EQ(bait.touched(), "");
     // What came first and is not there had come by this note.
     const uint64_t frameBytes = way.channels * sizeof(uint16_t);
     for (const Note& note : notes) {

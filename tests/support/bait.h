@@ -25,6 +25,7 @@ class Bait {
 public:
     /// Notes what is in the folder now.
     explicit Bait(std::string folder) : folder_(std::move(folder)), contents_(lookInto(folder_)) {}
+    [[nodiscard]] const std::string& folder() const { return folder_; }
     [[nodiscard]] bool has(const std::string& name) const { return contents_.contains(name); }
     /// The first that is not what it was: other contents, times or place on the disk. Empty: none.
     [[nodiscard]] std::string touched() const;

@@ -1,11 +1,11 @@
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 
 #include "platform/paths.h"
@@ -60,7 +60,12 @@ std::string TemporaryFolder::write(std::string_view name, std::string_view conte
 std::string readFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     EXPECT_TRUE(in.is_open()) << path;
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string contents;
+    std::array<char, 65536> block{};
+    while (in.read(block.data(), block.size()) || in.gcount() > 0) {
+        contents.append(block.data(), static_cast<size_t>(in.gcount()));
+    }
+    return contents;
 }
 
 std::string quoted(const std::string& text) {

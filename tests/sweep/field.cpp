@@ -1,10 +1,10 @@
 #include "tests/sweep/field.h"
 
 #include <algorithm>
-#include <fcntl.h>
+#include <array>
+#include <cstring>
 #include <filesystem>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/file.h"
@@ -19,16 +19,6 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds kGuard{60};
 
-FaultReport* mapReport(const std::string& name) {
-    const int fd = open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (fd < 0 || ftruncate(fd, sizeof(FaultReport)) != 0) {
-        return nullptr;
-    }
-    void* mapped = mmap(nullptr, sizeof(FaultReport), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-    close(fd);
-    return mapped == MAP_FAILED ? nullptr : static_cast<FaultReport*>(mapped);
-}
-
 }  // namespace
 
 Field::Field(std::string programs) : programs_(std::move(programs)) {
@@ -37,11 +27,6 @@ Field::Field(std::string programs) : programs_(std::move(programs)) {
     laySnares(folder_, "data", "outside");
     bait_.emplace_back(folder_.file("data"));
     bait_.emplace_back(folder_.file("outside"));
-    report_ = mapReport(folder_.file("report"));
-    if (report_ == nullptr) {
-        problem_ = "no report can be made";
-        return;
-    }
     makeRecordings();
 }
 
@@ -59,18 +44,18 @@ void Field::writeSettings(const std::string& name, uint64_t bytes, uint32_t freq
 void Field::makeRecordings() {
     signal_ = "Ramp";
     writeSettings("run.dat", 1300000, 500000);
-    static_cast<void>(record({}));
+    static_cast<void>(run(kRecord, {}));
     earlier_ = files();
     signal_ = "Counter";
     clear();
     writeSettings("dead.dat", 1500000);
-    const uint32_t calls = record({}).calls["any"];
+    const uint32_t calls = run(kRecord, {}).calls["any"];
     uint32_t count = 0;
     for (uint32_t percent = 60; percent < 100; percent += 8) {
         clear();
         const std::string base = "dead" + std::to_string(percent);
         writeSettings(base + ".dat", 1500000);
-        static_cast<void>(record("any " + std::to_string(calls * percent / 100) + " kill"));
+        static_cast<void>(run(kRecord, "any " + std::to_string(calls * percent / 100) + " kill"));
         const Files left = files();
         const bool unfinished =
             std::any_of(left.begin(), left.end(), [](const auto& file) { return file.first.ends_with("journal"); });
@@ -84,14 +69,14 @@ void Field::makeRecordings() {
     }
     clear();
     put(cutOff_);
-    static_cast<void>(recover({}));
+    static_cast<void>(run(kRecover, {}));
     recovered_ = files();
     clear();
     writeSettings("run.dat", kRecordedBytes);
     if (earlier_.size() != 4 || count < 3 || recovered_.size() < 4) {
-        problem_ = "the recordings to begin with are not there: " + std::to_string(earlier_.size()) + " files, " +
-                   std::to_string(count) + " cut off, " + std::to_string(recovered_.size()) +
-                   " files of them recovered";
+        throw std::runtime_error("The recordings to begin with are not there: " + std::to_string(earlier_.size()) +
+                                 " files, " + std::to_string(count) + " cut off, " + std::to_string(recovered_.size()) +
+                                 " files of them recovered");
     }
 }
 
@@ -118,38 +103,31 @@ void Field::reset() {
     put(cutOff_);
 }
 
-Outcome Field::run(const std::string& program, const std::vector<std::string>& arguments, const std::string& fault) {
-    for (std::atomic<uint32_t>& count : report_->calls) {
-        count = 0;
-    }
-    report_->struck = 0;
-    report_->what = {};
+Outcome Field::run(const std::string& program, const std::string& fault) {
     const std::string output = folder_.file("output.txt");
     const ScopedEnvironment home("TARNO2_HOME", folder_.file("home"));
     const ScopedEnvironment simulator("TARNO2_SIMULATOR", "RealTime=0;Signal=" + signal_);
     const ScopedEnvironment wish(kFaultVariable, fault);
-    const ScopedEnvironment report(kFaultReportVariable, folder_.file("report"));
+    const ScopedEnvironment report(kFaultReportVariable,
+                                   folder_.write("report", std::string(sizeof(FaultReport), '\0')));
     const ScopedEnvironment library("LD_PRELOAD", programs_ + "/tarno2-fault.so");
-    ChildProcess process(programs_ + '/' + program, arguments, output);
+    const std::vector<std::string> record{"/c", folder_.file("auto.txt")};
+    ChildProcess process(programs_ + '/' + program, program == kRecord ? record : std::vector{folder_.file("data")},
+                         output);
     Outcome outcome;
     outcome.status = process.waitForEnd(kGuard).value_or(-1);
     process.kill();
-    outcome.struck = report_->struck != 0;
-    outcome.what = report_->what.data();
-    for (size_t kind = 0; kind < kCallKinds.size(); ++kind) {
-        outcome.calls[kCallKinds[kind]] = report_->calls[kind];
-    }
     const std::string log = folder_.file("home/AutoLog.txt");
     outcome.told = (fileExists(log) ? readFile(log) : std::string()) + readFile(output);
+    const std::string reported = readFile(folder_.file("report"));
+    std::array<uint32_t, kCallKinds.size() + 1> counts{};
+    std::memcpy(counts.data(), reported.data(), sizeof counts);
+    for (size_t kind = 0; kind < kCallKinds.size(); ++kind) {
+        outcome.calls[kCallKinds[kind]] = counts[kind];
+    }
+    outcome.struck = counts.back() != 0;
+    outcome.what = reported.c_str() + sizeof counts;
     return outcome;
-}
-
-Outcome Field::record(const std::string& fault) {
-    return run("tarno2-console", {"/c", folder_.file("auto.txt")}, fault);
-}
-
-Outcome Field::recover(const std::string& fault) {
-    return run("tarno2-recover", {folder_.file("data")}, fault);
 }
 
 Files Field::files() const {
@@ -162,9 +140,10 @@ Files Field::files() const {
     return files;
 }
 
-std::string Field::touchedBait() const {
-    for (const Bait& bait : bait_) {
-        if (std::string name = bait.touched(); !name.empty()) {
+std::string Field::touchedBait() {
+    for (Bait& bait : bait_) {
+        if (const std::string name = bait.touched(); !name.empty()) {
+            bait = Bait(bait.folder());
             return name + " of somebody else was touched";
         }
     }

@@ -16,6 +16,9 @@ inline constexpr uint32_t kFrameBytes = 4;           ///< two channels of 16 bit
 
 using Files = std::map<std::string, std::string>;  ///< contents by name
 
+inline constexpr const char* kRecord = "tarno2-console";
+inline constexpr const char* kRecover = "tarno2-recover";
+
 /// What a program did.
 struct Outcome {
     int status = 0;                         ///< 128 + the number of the signal that ended it; -1: it hung and was ended
@@ -29,27 +32,24 @@ struct Outcome {
 /// earlier recording of the name that is going to be recorded, and recordings that were cut off.
 class Field {
 public:
-    /// Makes bait and recordings. `problem` is why that did not work.
+    /// Makes bait and recordings. Throws when that did not work.
     explicit Field(std::string programs);
-    [[nodiscard]] const std::string& problem() const { return problem_; }
 
     /// Puts everything back to the beginning; only the bait stays.
     void reset();
-    /// Runs `tarno2-console` on the autosettings, or `tarno2-recover` on the folder. No fault when it is empty.
-    [[nodiscard]] Outcome record(const std::string& fault);
-    [[nodiscard]] Outcome recover(const std::string& fault);
+    /// Records `run`, or recovers the folder. No fault when it is empty.
+    Outcome run(const std::string& program, const std::string& fault);
 
     /// Everything in the folder that is no bait, with its contents.
     [[nodiscard]] Files files() const;
-    /// Which bait is not what it was; empty: none.
-    [[nodiscard]] std::string touchedBait() const;
+    /// Which bait is not what it was; empty: none. From then on it is what it became.
+    [[nodiscard]] std::string touchedBait();
     [[nodiscard]] const Files& earlier() const { return earlier_; }      ///< data files and descriptions of `run`
     [[nodiscard]] const Files& cutOff() const { return cutOff_; }        ///< journals and files as a kill left them
     [[nodiscard]] const Files& recovered() const { return recovered_; }  ///< the same after an undisturbed recovery
     [[nodiscard]] const std::string& path() const { return folder_.path(); }
 
 private:
-    Outcome run(const std::string& program, const std::vector<std::string>& arguments, const std::string& fault);
     void writeSettings(const std::string& name, uint64_t bytes, uint32_t frequency = 1000000);
     void makeRecordings();
     void clear();
@@ -57,9 +57,7 @@ private:
 
     TemporaryFolder folder_;
     std::string programs_;
-    std::string problem_;
     std::string signal_ = "Counter";
-    FaultReport* report_ = nullptr;
     Files earlier_;
     Files cutOff_;
     Files recovered_;

@@ -166,7 +166,8 @@ private:
         for (const auto& [file, contents] : field_.recovered()) {
             const auto found = files_.find(file);
             const bool waits = journals_.contains(partsOf(file).base);
-            if (found == files_.end() ? !waits || field_.cutOff().contains(file)
+            // A description that could not be written whole is removed, data never.
+            if (found == files_.end() ? !waits || (file.ends_with(".dat") && field_.cutOff().contains(file))
                                       : found->second != contents && !waits) {
                 fault(file + (found == files_.end() ? " is gone" : " is not recovered as it has to be"));
             } else if (found != files_.end() && file.ends_with(".dat") && !found->second.starts_with(contents)) {

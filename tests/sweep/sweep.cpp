@@ -86,8 +86,7 @@ private:
     std::string judgeOne(const Case& tried, bool& struck);
     std::string judgeChain(const Case& tried);
     std::string judgeEnd(uint64_t recorded, bool again);
-    [[nodiscard]] std::string checkWords(const Outcome& outcome, const Verdict& after) const;
-    [[nodiscard]] std::string checkRecovery(const Outcome& outcome, const Verdict& after) const;
+    [[nodiscard]] std::string checkWords(bool records, const Outcome& outcome, const Verdict& after) const;
 
     Field field_;
     Outcome usualRecord_;
@@ -96,14 +95,11 @@ private:
 };
 
 std::string Sweep::begin() {
-    if (!field_.problem().empty()) {
-        return field_.problem();
-    }
     field_.reset();
-    usualRecord_ = field_.record({});
-    std::string fault = checkWords(usualRecord_, judge(field_)) + judgeEnd(kRecordedBytes, true);
+    usualRecord_ = field_.run(kRecord, {});
+    std::string fault = checkWords(true, usualRecord_, judge(field_)) + judgeEnd(kRecordedBytes, true);
     field_.reset();
-    usualRecover_ = field_.recover({});
+    usualRecover_ = field_.run(kRecover, {});
     const Verdict verdict = judge(field_);
     fault += field_.touchedBait() + verdict.fault + verdict.unfinished;
     return fault.empty() ? fault : fault + '\n' + usualRecord_.told + usualRecover_.told;
@@ -131,8 +127,12 @@ std::vector<Case> Sweep::cases() const {
     return all;
 }
 
-/// The log says how many bytes there are, and says something when that is not all.
-std::string Sweep::checkWords(const Outcome& outcome, const Verdict& after) const {
+/// The log says how many bytes there are, and something when that is not all; a recovery says what it left.
+std::string Sweep::checkWords(bool records, const Outcome& outcome, const Verdict& after) const {
+    if (!records) {
+        const bool told = outcome.status == 1 && !newLines(outcome.told, usualRecover_.told).empty();
+        return after.unfinished.empty() || told ? "" : "nothing was told of: " + after.unfinished;
+    }
     const std::string before = "Recorded ";
     if (const size_t at = outcome.told.find(before); at != std::string::npos) {
         const std::string line = outcome.told.substr(at, outcome.told.find_first_of("\r\n", at) - at);
@@ -150,15 +150,9 @@ std::string Sweep::checkWords(const Outcome& outcome, const Verdict& after) cons
     return {};
 }
 
-/// The recovery says what it left.
-std::string Sweep::checkRecovery(const Outcome& outcome, const Verdict& after) const {
-    const bool told = outcome.status == 1 && !newLines(outcome.told, usualRecover_.told).empty();
-    return after.unfinished.empty() || told ? "" : "nothing was told of: " + after.unfinished;
-}
-
 /// A recovery without faults explains everything, and loses nothing; so does another recording.
 std::string Sweep::judgeEnd(uint64_t recorded, bool again) {
-    static_cast<void>(field_.recover({}));
+    static_cast<void>(field_.run(kRecover, {}));
     Verdict verdict = judge(field_);
     std::string wrong = field_.touchedBait() + verdict.fault + (again ? "" : verdict.unfinished);
     if (verdict.earlierMoved && verdict.recorded + kFrameBytes <= recorded) {
@@ -167,7 +161,7 @@ std::string Sweep::judgeEnd(uint64_t recorded, bool again) {
     if (!wrong.empty() || !again) {
         return wrong.empty() ? wrong : "after the recovery: " + wrong;
     }
-    const Outcome outcome = field_.record({});
+    const Outcome outcome = field_.run(kRecord, {});
     verdict = judge(field_);
     wrong = field_.touchedBait() + verdict.fault + verdict.unfinished;
     const bool whole = outcome.status == 0 && verdict.recorded == kRecordedBytes && verdict.earlierMoved;
@@ -177,7 +171,7 @@ std::string Sweep::judgeEnd(uint64_t recorded, bool again) {
 std::string Sweep::judgeOne(const Case& tried, bool& struck) {
     const bool records = tried.scene == "record";
     field_.reset();
-    const Outcome outcome = records ? field_.record(tried.fault()) : field_.recover(tried.fault());
+    const Outcome outcome = field_.run(records ? kRecord : kRecover, tried.fault());
     struck = outcome.struck;
     what_ = outcome.what;
     const bool killed = kills(tried.action) && struck;
@@ -188,10 +182,7 @@ std::string Sweep::judgeOne(const Case& tried, bool& struck) {
     if (std::string wrong = field_.touchedBait() + verdict.fault; !wrong.empty()) {
         return wrong;
     }
-    if (std::string wrong = killed    ? ""
-                            : records ? checkWords(outcome, verdict)
-                                      : checkRecovery(outcome, verdict);
-        !wrong.empty()) {
+    if (std::string wrong = killed ? "" : checkWords(records, outcome, verdict); !wrong.empty()) {
         return wrong;
     }
     return records && !killed && verdict.unfinished.empty() ? "" : judgeEnd(verdict.recorded, records);
@@ -204,7 +195,7 @@ std::string Sweep::judgeChain(const Case& tried) {
     const uint32_t calls = usualRecover_.calls.at("any");
     for (uint32_t i = 0; i < kKills; ++i) {
         const uint32_t number = (i * tried.number + tried.number) % calls + 1;
-        static_cast<void>(field_.recover("any " + std::to_string(number) + " kill"));
+        static_cast<void>(field_.run(kRecover, "any " + std::to_string(number) + " kill"));
         const Verdict verdict = judge(field_);
         if (const std::string bait = field_.touchedBait(); !bait.empty() || !verdict.fault.empty()) {
             return "after kill " + std::to_string(i) + ": " + bait + verdict.fault;
@@ -222,7 +213,6 @@ std::string Sweep::judgeCase(const Case& tried, bool& struck) {
 struct Count {
     uint32_t passed = 0;
     uint32_t failed = 0;
-    uint32_t missed = 0;
 };
 
 /// Cases in an order whose every beginning is spread evenly over all of them, until the time is up.
@@ -240,6 +230,7 @@ int sweep(double seconds, const std::string& programs) {
     }
     std::map<std::string, Count> counts;
     Count sum;
+    uint32_t missed = 0;
     size_t at = 0;
     for (size_t i = 0; i < cases.size(); ++i, at = (at + stride) % cases.size()) {
         const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
@@ -249,10 +240,10 @@ int sweep(double seconds, const std::string& programs) {
         const Case& tried = cases[at];
         bool struck = false;
         const std::string fault = all.judgeCase(tried, struck);
+        missed += struck ? 0U : 1U;
         Count& count = counts[tried.scene + ' ' + tried.kind + (kills(tried.action) ? ", killed" : "")];
         for (Count* one : {&count, &sum}) {
             ++(fault.empty() ? one->passed : one->failed);
-            one->missed += struck ? 0U : 1U;
         }
         if (!fault.empty()) {
             std::printf("FAILED: tarno2-sweep case %s %s (%s): %s\n", tried.scene.c_str(), tried.fault().c_str(),
@@ -261,10 +252,9 @@ int sweep(double seconds, const std::string& programs) {
         }
     }
     for (const auto& [what, count] : counts) {
-        std::printf("%-26s %5u passed %5u failed (%u of them ended before the call)\n", what.c_str(), count.passed,
-                    count.failed, count.missed);
+        std::printf("%-26s %5u passed %5u failed\n", what.c_str(), count.passed, count.failed);
     }
-    std::printf("%zu cases in all; of these %u were tried\n", cases.size(), sum.passed + sum.failed);
+    std::printf("%zu cases in all, %u of them ended before the call\n", cases.size(), missed);
     std::printf("%u passed, %u failed\n", sum.passed, sum.failed);
     return sum.failed == 0 && sum.passed > 0 ? 0 : 1;
 }
