@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <new>
 #include <thread>
 
@@ -55,9 +56,12 @@ void ConsoleLog::logV(const char* format, va_list arguments) {
         return;
     }
     try {
-        std::string line = systemTextToCp1251(formatTextV(format, arguments));
+        const std::string message = formatTextV(format, arguments);
+        std::string line = systemTextToCp1251(message);
         line.resize(std::min(line.size(), kLongestMessage));
-        writeLogLine(file_, line + "\r\n");
+        if (!writeLogLine(file_, line + "\r\n")) {
+            std::fprintf(stderr, "%s\n", message.c_str());  // on a full disk nobody would be told otherwise
+        }
     } catch (const std::bad_alloc&) {
         // The one line is lost; who logs must not notice.
     }

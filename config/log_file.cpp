@@ -18,10 +18,11 @@ OsError openLogFile(File& log, const std::string& path) {
     return error;
 }
 
-void writeLogLine(File& log, std::string_view line) {
+bool writeLogLine(File& log, std::string_view line) {
     size_t done = 0;
-    log.write(line.data(), line.size(), done);
+    const bool written = log.write(line.data(), line.size(), done).ok();
     log.flush();
+    return written;
 }
 
 }  // namespace tarno2

@@ -13,7 +13,7 @@ namespace tarno2 {
 OsError openLogFile(File& log, const std::string& path);
 
 /// Hands a whole line to the system with one write, so that lines of two threads never mix, and has it put on the disk.
-/// Failures are ignored: no log may change what the program does.
-void writeLogLine(File& log, std::string_view line);
+/// False when it could not be written: no log may change what the program does.
+bool writeLogLine(File& log, std::string_view line);
 
 }  // namespace tarno2

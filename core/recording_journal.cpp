@@ -177,11 +177,13 @@ OsError RecordingJournal::save(const JournalState& state) {
     return error;
 }
 
-void RecordingJournal::remove() {
-    if (held()) {
-        static_cast<void>(file_.removeNamed(name_));
-        release();
+OsError RecordingJournal::remove() {
+    if (!held()) {
+        return {};
     }
+    const OsError error = file_.removeNamed(name_);
+    release();
+    return error.notFound() ? OsError() : error;
 }
 
 }  // namespace tarno2

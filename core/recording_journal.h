@@ -52,8 +52,9 @@ public:
     OsError begin(const JournalState& state);
     /// Puts a changed state in place of the last but one, and has it on the disk when it returns.
     OsError save(const JournalState& state);
-    /// Everything is closed and described: the journal goes.
-    void remove();
+    /// Everything is closed and described: the journal goes. An error when it could not be removed; it is let go of all
+    /// the same.
+    OsError remove();
     /// Lets go of the journal, which stays.
     void release();
 

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -78,6 +79,14 @@ RecoveryReport untouched(Outcome outcome, const std::string& name, const char* l
     return {outcome, name, 0, {}};
 }
 
+/// There is nothing more to do: the journal goes. What to report then.
+std::optional<RecoveryReport> finished(RecordingJournal& journal, std::optional<RecoveryReport> report) {
+    if (const OsError error = journal.remove(); !error.ok()) {
+        return failed(journal.name(), "the journal could not be removed: " + error.text());
+    }
+    return report;
+}
+
 /// `named`: the user has asked for this very recording.
 std::optional<RecoveryReport> recover(const std::string& journalName, bool named) {
     const RunningRecovery running(journalName);
@@ -104,21 +113,40 @@ std::optional<RecoveryReport> recover(const std::string& journalName, bool named
         return untouched(Outcome::OtherUsers, journalName, "\"%s\" is another user's and left alone");
     }
     if (found == JournalFound::NotBegun) {
-        if (journal.confirmLock().ok()) {
-            journal.remove();
-        }
-        return std::nullopt;
+        return journal.confirmLock().ok() ? finished(journal, std::nullopt) : std::nullopt;
     }
     auto report = recoverRecording(journal);
-    if (!report || report->outcome == Outcome::Recovered) {
-        journal.remove();
-    }
-    return report;
+    const bool done = !report || report->outcome == Outcome::Recovered;
+    return done ? finished(journal, std::move(report)) : report;
 }
 
 bool isJournalName(std::string_view name) {
     const auto ends = [name](std::string_view ending) { return name.size() > ending.size() && name.ends_with(ending); };
     return ends(kJournalExtension) || ends(kEarlierJournalExtension);
+}
+
+/// One of many: the others are recovered too when there is no memory for it.
+std::optional<RecoveryReport> recoverNext(const std::string& journalName) {
+    try {
+        return recover(journalName, false);
+    } catch (const std::bad_alloc&) {
+        return failed(journalName, "no memory");
+    }
+}
+
+/// The journals of a folder, and why they are not all; a folder that is not there has none.
+std::vector<std::string> journalsIn(const std::string& folder, OsError& error) {
+    std::vector<std::string> journals;
+    for (const std::string& name : listDirectory(folder.empty() ? "." : folder, &error)) {
+        // No recording has a name that could make lines of its own in a log.
+        if (isJournalName(name) && shownName(name) == name) {
+            journals.push_back(joinPath(folder, name));
+        }
+    }
+    if (error.notFound()) {
+        error = {};
+    }
+    return journals;
 }
 
 /// The journal of the recording with this base; empty when there is none.
@@ -176,13 +204,23 @@ std::optional<RecoveryReport> recoverRecording(const std::string& journalName) {
 
 std::vector<RecoveryReport> recoverFolder(const std::string& folder, const std::atomic<bool>* stop) {
     std::vector<RecoveryReport> reports;
-    for (const std::string& journal : journalsIn(folder)) {
-        if (stop != nullptr && stop->load(std::memory_order_relaxed)) {
-            break;
+    OsError error;
+    std::string problem;
+    try {
+        for (const std::string& journal : journalsIn(folder, error)) {
+            if (stop != nullptr && stop->load(std::memory_order_relaxed)) {
+                break;
+            }
+            if (auto report = recoverNext(journal)) {
+                reports.push_back(std::move(*report));
+            }
         }
-        if (auto report = recover(journal, false)) {
-            reports.push_back(std::move(*report));
-        }
+        problem = error.ok() ? std::string() : "the folder could not be read: " + error.text();
+    } catch (const std::bad_alloc&) {
+        problem = "no memory";
+    }
+    if (!problem.empty()) {
+        reports.push_back(failed(joinPath(folder, "*"), problem));
     }
     return reports;
 }
@@ -192,14 +230,8 @@ bool waitForRecoveryOf(const std::string& journalName) {
 }
 
 std::vector<std::string> journalsIn(const std::string& folder) {
-    std::vector<std::string> journals;
-    for (const std::string& name : listDirectory(folder.empty() ? "." : folder)) {
-        // No recording has a name that could make lines of its own in a log.
-        if (isJournalName(name) && shownName(name) == name) {
-            journals.push_back(joinPath(folder, name));
-        }
-    }
-    return journals;
+    OsError error;
+    return journalsIn(folder, error);
 }
 
 std::string journalOfFile(const std::string& fileName) {

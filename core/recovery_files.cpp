@@ -109,8 +109,8 @@ public:
         if (!result.problem.empty()) {
             return result;
         }
-        for (; empty <= lastEmpty; ++empty) {
-            removeMadeAhead(empty);
+        for (; empty <= lastEmpty && result.problem.empty(); ++empty) {
+            result.problem = removeMadeAhead(empty);
         }
         static_cast<void>(flushFolder(parentFolder(dataName_)));
         result.frames = countFrames();
@@ -164,17 +164,25 @@ private:
         return describeDataFile(name, bytes, state_, description);
     }
 
-    /// Removes a file that was made before there were data for it.
-    void removeMadeAhead(uint64_t number) {
+    /// Removes a file that was made before there were data for it. Why that was not possible; empty also when there is
+    /// none, or another recording's.
+    std::string removeMadeAhead(uint64_t number) {
         const std::string name = nameOf(number);
-        if (name.empty() || !isPlainFile(name) || fileExists(RecordDescription::fileNameFor(name))) {
-            return;
+        if (name.empty() || fileExists(RecordDescription::fileNameFor(name)) ||
+            hasOtherJournal(name, journal_.name())) {
+            return {};
         }
         File file;
-        uint64_t bytes = 0;
-        if (openDataFile(name, journal_.name(), file).empty() && file.size(bytes).ok() && bytes == 0) {
-            static_cast<void>(removeOpen(file, name));
+        OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);
+        if (!error.ok()) {
+            return isPlainFile(name) ? quoted(name) + ": " + error.text() : std::string();
         }
+        uint64_t bytes = 0;
+        error = file.size(bytes);
+        if (error.ok() && bytes == 0 && !file.hasOtherNames()) {
+            return removeOpen(file, name);
+        }
+        return error.ok() ? std::string() : quoted(name) + ": " + error.text();
     }
 
     uint64_t countFrames() const {

@@ -104,8 +104,9 @@ OsError flushFolder(const std::string& path);
 OsError renameFile(const std::string& from, const std::string& to);
 /// Gives a file another name in the same volume, replacing a file of that name in one step.
 OsError replaceFile(const std::string& from, const std::string& to);
-/// The names (without folder) in a folder, sorted bytewise, without "." and "..". Empty when it can't be read.
-[[nodiscard]] std::vector<std::string> listDirectory(const std::string& path);
+/// The names (without folder) in a folder, sorted bytewise, without "." and "..". When it can't be read to its end
+/// there are those that came before; `error`, unless null, gets the reason, or ok.
+[[nodiscard]] std::vector<std::string> listDirectory(const std::string& path, OsError* error = nullptr);
 /// Makes an empty file with an unused name that starts with `prefix` in the folder; `path` gets its full name.
 OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path);
 /// Reads a whole file of at most `limit` bytes. A larger one, a folder or one that can't be read is an error.

@@ -32,11 +32,14 @@ void ConsoleSession::run() {
     if (fileName_.empty()) {
         control_.GenerateFileName();
     }
-    recovery_.recover(foldersOf({fileName_, savedFileName()}), [](const std::vector<RecoveryReport>& reports) {
+    const auto tell = [](const std::vector<RecoveryReport>& reports) {
         for (const RecoveryReport& report : reports) {
             consoleLog().log("%s", report.text().c_str());
         }
-    });
+    };
+    if (!recovery_.recover(foldersOf({fileName_, savedFileName()}), tell)) {
+        consoleLog().log("No unfinished recordings were looked for: the system has no thread for it");
+    }
     if (control_.StartButtonClick()) {
         consoleLog().log("Save to file \"%s\"", fileName_.c_str());
     }

@@ -53,7 +53,10 @@ bool tell(const RecoveryReport& report) {
 }
 
 int recover(const std::string& path) {
-    const bool folder = isDirectory(path);
+    // One that the system can't tell anything of may be a folder all the same.
+    OsError notListed;
+    static_cast<void>(listDirectory(path, &notListed));
+    const bool folder = isDirectory(path) || notListed.ok();
     std::vector<RecoveryReport> reports;
     if (folder) {
         reports = recoverFolder(path);

@@ -370,19 +370,26 @@ OsError replaceFile(const std::string& from, const std::string& to) {
     return result(rename(from.c_str(), to.c_str()));
 }
 
-std::vector<std::string> listDirectory(const std::string& path) {
+std::vector<std::string> listDirectory(const std::string& path, OsError* error) {
     std::vector<std::string> names;
     DIR* folder = opendir(path.c_str());
-    if (folder == nullptr) {
-        return names;
-    }
-    while (const dirent* entry = readdir(folder)) {
+    OsError problem = folder == nullptr ? OsError::last() : OsError();
+    while (folder != nullptr) {
+        errno = 0;
+        const dirent* entry = readdir(folder);
+        if (entry == nullptr) {
+            problem = OsError(errno);
+            closedir(folder);
+            break;
+        }
         std::string name = entry->d_name;
         if (name != "." && name != "..") {
             names.push_back(std::move(name));
         }
     }
-    closedir(folder);
+    if (error != nullptr) {
+        *error = problem;
+    }
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -314,11 +314,17 @@ OsError replaceFile(const std::string& from, const std::string& to) {
     return result(MoveFileExA(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING));
 }
 
-std::vector<std::string> listDirectory(const std::string& path) {
+std::vector<std::string> listDirectory(const std::string& path, OsError* error) {
     std::vector<std::string> names;
+    if (error != nullptr) {
+        *error = {};
+    }
     WIN32_FIND_DATAA found{};
     const HANDLE search = path.empty() ? INVALID_HANDLE_VALUE : FindFirstFileA(joinPath(path, "*").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) {
+        if (error != nullptr) {
+            *error = OsError::last();
+        }
         return names;
     }
     do {
@@ -327,6 +333,9 @@ std::vector<std::string> listDirectory(const std::string& path) {
             names.push_back(std::move(name));
         }
     } while (FindNextFileA(search, &found) != 0);
+    if (error != nullptr && GetLastError() != ERROR_NO_MORE_FILES) {
+        *error = OsError::last();
+    }
     FindClose(search);
     std::sort(names.begin(), names.end());
     return names;
