@@ -5,13 +5,11 @@
 #include <iterator>
 
 #include "config/ascii_case.h"
-#include "config/file_naming.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "platform/volume.h"
-#include "records/record_description.h"
 
 namespace tarno2 {
 
@@ -89,27 +87,6 @@ std::string formatFreeSpace(uint64_t bytes) {
         ++divisions;
     }
     return formatText(divisions == 0 ? "%.0f" : "%.1f", value) + text(kUnits[divisions]);
-}
-
-NameProblem checkDataFileName(const std::string& name) {
-    if (name.empty()) {
-        return NameProblem::Empty;
-    }
-    // A line end in a name would make lines of its own in the logs.
-    if (!isPossiblePath(name) || shownName(name) != name) {
-        return NameProblem::Impossible;
-    }
-    const std::string dataFile = withDataExtension(name);
-    if (fileNameOf(dataFile).empty() || isDirectory(name) || isDirectory(dataFile)) {
-        return NameProblem::IsFolder;
-    }
-    for (const std::string& beside : {RecordDescription::fileNameFor(dataFile), journalNameFor(dataFile),
-                                      earlierJournalNameFor(dataFile), lossLedgerNameFor(dataFile)}) {
-        if (sameIgnoringCase(dataFile, beside)) {
-            return NameProblem::EqualsDescription;
-        }
-    }
-    return NameProblem::None;
 }
 
 }  // namespace tarno2

@@ -22,9 +22,4 @@ struct DiskFacts {
 /// A byte count for people: divided by 1024 while it is greater than 1024, at most three times, with its unit.
 [[nodiscard]] std::string formatFreeSpace(uint64_t bytes);
 
-/// Why a name can't be given to a recording. `EqualsDescription`: a file that stands beside the data needs it.
-/// `Impossible`: the system can't have such a name, or control characters are in it.
-enum class NameProblem { None, Empty, EqualsDescription, IsFolder, Impossible };
-[[nodiscard]] NameProblem checkDataFileName(const std::string& name);
-
 }  // namespace tarno2

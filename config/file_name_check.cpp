@@ -2,6 +2,9 @@
 
 #include "config/debug_log.h"
 #include "config/file_naming.h"
+#include "config/recording_name.h"
+#include "platform/file.h"
+#include "platform/paths.h"
 
 namespace tarno2 {
 
@@ -35,6 +38,22 @@ void logSpeed(int32_t code, double speed) {
 }
 
 }  // namespace
+
+NameProblem checkDataFileName(const std::string& name) {
+    if (name.empty()) {
+        return NameProblem::Empty;
+    }
+    // A line end in a name would make lines of its own in the logs.
+    if (!isPossiblePath(name) || shownName(name) != name) {
+        return NameProblem::Impossible;
+    }
+    const std::string last = fileNameOf(name);
+    const RecordingName recording = RecordingName::typed(name);
+    if (last.empty() || last == "." || last == ".." || isDirectory(name) || isDirectory(recording.data())) {
+        return NameProblem::IsFolder;
+    }
+    return RecordingName::isDataExtension(recording.extension()) ? NameProblem::None : NameProblem::EqualsDescription;
+}
 
 std::optional<TextId> nameText(NameProblem problem) {
     switch (problem) {
@@ -78,7 +97,7 @@ FileNameFindings FileNameEditChange(const std::string& name, DiskSpeedTester& te
     if (findings.problem) {
         return findings;
     }
-    const std::string file = withDataExtension(name);
+    const std::string file = RecordingName::typed(name).data();
     findings.problem = diskText(DiskInfo(file, findings.disk));
     if (findings.problem) {
         return findings;

@@ -11,6 +11,12 @@
 
 namespace tarno2 {
 
+/// Why a name can't be given to a recording. `EqualsDescription`: a file that stands beside the data needs it.
+/// `Impossible`: the system can't have such a name, or control characters are in it.
+enum class NameProblem { None, Empty, EqualsDescription, IsFolder, Impossible };
+/// Checks a name as it was typed, before it gets an extension.
+[[nodiscard]] NameProblem checkDataFileName(const std::string& name);
+
 /// Result code of the check of a recording's name, as logs tell it: 0, or -5 for an empty name, -6 for the name of its
 /// own description, -7 for a folder's, -8 for one that the system can't have.
 [[nodiscard]] int32_t nameCheckCode(NameProblem problem);

@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "config/move_aside.h"
+#include "config/recording_name.h"
 #include "platform/os_error.h"
 
 namespace tarno2 {
@@ -30,40 +31,33 @@ private:
 /// there is none.
 [[nodiscard]] std::string documentsFolder();
 
-/// `name` with ".dat" when its last part ends in no extension of data files; what only looks like one ("probe 1.5 mm")
-/// belongs to the name. Names of files that stand beside data stay as they are, to be refused.
-[[nodiscard]] std::string withDataExtension(const std::string& name);
-/// Name of piece `k` of a recording: the name itself for 0, else "<base>_<k>.<extension>".
-[[nodiscard]] std::string pieceName(const std::string& name, uint32_t k);
-
-/// A data file's name without its extension.
-[[nodiscard]] std::string recordingBase(const std::string& dataName);
-/// "<base>.tarno2-journal": what is known of a recording that is not finished.
-[[nodiscard]] std::string journalNameFor(const std::string& dataName);
-/// "<base>.journal": what earlier versions called it. Such journals are read, never made.
-[[nodiscard]] std::string earlierJournalNameFor(const std::string& dataName);
-/// Both endings, with their point.
-inline constexpr std::string_view kJournalExtension = ".tarno2-journal";
-inline constexpr std::string_view kEarlierJournalExtension = ".journal";
-/// Whether data files of a recording may end in this: a point and 1 to 16 letters or digits, and no ending of the files
-/// that stand beside the data.
-[[nodiscard]] bool isDataExtension(std::string_view extension);
-/// "<base>.log": what a recording has lost.
-[[nodiscard]] std::string lossLedgerNameFor(const std::string& dataName);
+// Short forms of what `RecordingName` knows.
+[[nodiscard]] inline std::string withDataExtension(const std::string& name) {
+    return RecordingName::typed(name).data();
+}
+[[nodiscard]] inline std::string pieceName(const std::string& name, uint32_t k) {
+    return RecordingName(name).piece(k);
+}
+[[nodiscard]] inline std::string recordingBase(const std::string& dataName) {
+    return RecordingName(dataName).base();
+}
+[[nodiscard]] inline bool isDataExtension(std::string_view extension) {
+    return RecordingName::isDataExtension(extension);
+}
+[[nodiscard]] inline std::string earlierJournalNameFor(const std::string& dataName) {
+    return RecordingName(dataName).earlierJournal();
+}
+[[nodiscard]] inline std::string journalNameFor(const std::string& dataName) {
+    return RecordingName(dataName).journal();
+}
+[[nodiscard]] inline std::string lossLedgerNameFor(const std::string& dataName) {
+    return RecordingName(dataName).losses();
+}
 
 /// The name as a line of a log may hold it: with "?" in the place of control characters.
 [[nodiscard]] std::string shownName(std::string name);
 
 /// Makes the folders of a file's path that are missing, one by one. The error is that of the last one.
 OsError createFoldersFor(const std::string& fileName);
-
-/// Moves what an earlier recording of that name left (data file, description, pieces and their descriptions, list of
-/// losses) out of the way, as "<base>_old<k>...", with the first k for which none of the new names is taken.
-struct MovedAside {
-    std::string newName;             ///< of the first data file, whether or not there was anything to move
-    OsError error;                   ///< the first failure; the files before it were moved
-    std::vector<std::string> names;  ///< new names
-};
-[[nodiscard]] MovedAside moveEarlierRecordingAside(const std::string& name);
 
 }  // namespace tarno2

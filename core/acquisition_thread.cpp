@@ -163,8 +163,8 @@ void AcquisitionThread::closeFiles() {
     } catch (...) {
         DEBUG_LOG("!!!!! Files could not be closed");
     }
-    report_.bytes = board_.writer_.totalBytes();
-    report_.files = board_.writer_.fileCount();
+    report_.bytes = board_.writer_.savedBytes();
+    report_.files = board_.writer_.savedFiles();
     report_.events = board_.eventCount();
     if (report_.code == StopCode::Running) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
@@ -176,9 +176,13 @@ void AcquisitionThread::closeFiles() {
     if (!saved && report_.problem.empty()) {
         report_.problem = board_.writer_.writeError();
     }
-    const uint64_t onDisk = board_.writer_.savedBytes();
-    if (!saved && onDisk < report_.bytes) {
-        report_.losses.push_back({LossCause::Disk, onDisk / sampleWidth_, (report_.bytes - onDisk) / sampleWidth_});
+    if (report_.problem.empty()) {
+        report_.problem = board_.writer_.notice();
+    }
+    const uint64_t accepted = board_.writer_.totalBytes();
+    const uint64_t written = board_.writer_.writtenBytes();
+    if (!saved && written < accepted) {
+        report_.losses.push_back({LossCause::Disk, written / sampleWidth_, (accepted - written) / sampleWidth_});
     }
     if (!report_.losses.empty() && !writeLossLedger(board_.writer_.fileName(), report_.losses)) {
         DEBUG_LOG("!!!!! The list of losses could not be written");
@@ -197,7 +201,9 @@ void AcquisitionThread::finish() {
 void AcquisitionThread::notify() {
     if (board_.target_ != nullptr) {
         Notification notification{board_.number_, report_};
-        notification.result.bytes = board_.writer_.totalBytes();
+        if (report_.code == StopCode::Running) {
+            notification.result.bytes = board_.writer_.totalBytes();
+        }
         try {
             board_.target_->post(notification);
         } catch (...) {

@@ -9,12 +9,13 @@ namespace {
 class SystemDataFile final : public DataFile {
 public:
     OsError create(const std::string& name) override {
-        return file_.open(name, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
+        return file_.open(name, FileMode::CreateNew, FileAccess::Write, FileShare::Read);
     }
     OsError write(const std::byte* data, size_t size, size_t& done) override { return file_.write(data, size, done); }
     OsError truncate(uint64_t size) override { return file_.truncate(size); }
     OsError flush() override { return file_.flush(); }
     OsError close() override { return file_.close(); }
+    [[nodiscard]] bool isNamed(const std::string& name) const override { return file_.isNamed(name); }
 
 private:
     File file_;

@@ -19,7 +19,8 @@ public:
     DataFile(const DataFile&) = delete;
     DataFile& operator=(const DataFile&) = delete;
 
-    /// Makes the file; fails (alreadyExists) when the name is taken. Others may read and write it meanwhile.
+    /// Makes the file; fails (alreadyExists) when the name is taken. Others may read it meanwhile; it is locked, so
+    /// that nobody moves it aside or recovers it.
     virtual OsError create(const std::string& name) = 0;
     /// Appends; `done` gets how many bytes were taken, also on failure.
     virtual OsError write(const std::byte* data, size_t size, size_t& done) = 0;
@@ -27,6 +28,8 @@ public:
     /// Has the system put everything written on the disk.
     virtual OsError flush() = 0;
     virtual OsError close() = 0;
+    /// Whether the name still leads to the file, which somebody may have removed or renamed. While it is open.
+    [[nodiscard]] virtual bool isNamed(const std::string& name) const = 0;
 };
 
 using DataFileMaker = std::function<std::unique_ptr<DataFile>()>;

@@ -124,7 +124,7 @@ void DataWriter::nextPieceFor(uint64_t unitBytes, uint64_t bytesLeft) {
     cacheFill_ = 0;
     disk_.beginPiece();
     disk_.setCreateTime(localTime(millisecondsOf(bytesLeft)));
-    fileCount_.store(fileCount() + 1, std::memory_order_relaxed);
+    fileCount_.fetch_add(1, std::memory_order_relaxed);
 }
 
 // Blocks count as gathered in a cache that is written when one would fill it, and then together with it. `leaveOut`: a

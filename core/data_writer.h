@@ -77,11 +77,17 @@ public:
     /// Bytes accepted that the disk has not taken. Any thread.
     [[nodiscard]] uint64_t waitingBytes() const;
     /// Files begun so far. Any thread.
-    [[nodiscard]] uint32_t fileCount() const { return fileCount_.load(std::memory_order_relaxed); }
+    [[nodiscard]] uint32_t fileCount() const { return fileCount_.load(std::memory_order_relaxed) + disk_.extraFiles(); }
     /// The disk is so full that the recording has to end. Any thread.
     [[nodiscard]] bool diskNearlyFull() const { return disk_.nearlyFull(); }
-    /// Bytes in the files: less than `totalBytes` when a write failed. After `Close`.
-    [[nodiscard]] uint64_t savedBytes() const { return disk_.savedBytes(); }
+    /// What is there after `Close`: bytes in the files, less than `totalBytes` when a write failed or somebody removed
+    /// a file, and the number of files that are left.
+    [[nodiscard]] uint64_t savedBytes() const { return disk_.pieces().savedBytes(); }
+    [[nodiscard]] uint32_t savedFiles() const { return disk_.pieces().savedFiles(); }
+    /// Bytes of the recording that did reach a file, from the first one on. After `Close`.
+    [[nodiscard]] uint64_t writtenBytes() const { return disk_.pieces().writtenBytes(); }
+    /// What others did to the files while they were recorded; empty when there was nothing. After `Close`.
+    [[nodiscard]] const std::string& notice() const { return disk_.pieces().notice(); }
     /// The system's words for the write that failed. After `Close`.
     [[nodiscard]] const std::string& writeError() const { return disk_.problem(); }
 

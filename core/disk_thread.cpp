@@ -27,13 +27,14 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
     // What came just after a look waits for the one after the next; the rest of the time is for the disk.
     sweepMs_ = std::max<uint64_t>(uint64_t{setup.longestWaitMs} * 2 / 5, 1);
     flushMs_ = setup.flushPeriodMs;
+    bytesPerSecond_ = setup.bytesPerSecond;
     reader_.open(setup.fileName);
     pieces_.open(setup, description, journal);
     if (setup.keepDiskMargin) {
         margin_.watch(parentFolder(setup.fileName), setup.bytesPerSecond);
     }
     if (!pieces_.begin(0)) {
-        pieces_.finish();
+        static_cast<void>(pieces_.finish());
         return false;
     }
     reader_.pieceBegins(0);
@@ -41,7 +42,7 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
     if (!closed_.valid() || !thread_.create([this] { run(); })) {
         DEBUG_LOG("!!!!! The disk thread could not be made");
         static_cast<void>(pieces_.end());
-        pieces_.finish();
+        static_cast<void>(pieces_.finish());
         return false;
     }
     thread_.resume();
@@ -91,10 +92,10 @@ void DiskThread::run() noexcept {
                 fail();
             }
         }
-        if (!pieces_.end()) {
+        const bool ended = pieces_.end();
+        if (!pieces_.finish() || !ended) {
             fail();
         }
-        pieces_.finish();
     } catch (...) {
         DEBUG_LOG("!!!!! The disk thread ended early");
         fail();
@@ -139,10 +140,17 @@ bool DiskThread::write(uint64_t end, bool rest) {
         if (data.empty() || (!rest && !wholeCache)) {
             return true;
         }
-        if (!pieces_.write(data)) {
+        const auto part = static_cast<size_t>(std::min<uint64_t>(data.size(), pieces_.room()));
+        if (part == 0) {
+            if (!goOn()) {
+                return false;
+            }
+            continue;
+        }
+        if (!pieces_.write(data.first(part))) {
             return false;
         }
-        pool_.take(data.size());
+        pool_.take(part);
         if (!lookAfterDisk()) {
             return false;
         }
@@ -177,6 +185,19 @@ bool DiskThread::nextPiece() {
     return true;
 }
 
+// The file is gone, its last frame or record complete: what follows goes into the next one.
+bool DiskThread::goOn() {
+    const uint64_t start = pool_.emptied();
+    const auto waiting = static_cast<double>(pool_.filled() - start);
+    const double waitedMs = bytesPerSecond_ > 0.0 ? waiting * 1000.0 / bytesPerSecond_ : 0.0;
+    if (!pieces_.goOn(localTime(static_cast<uint64_t>(waitedMs)))) {
+        return false;
+    }
+    extraFiles_.fetch_add(1, std::memory_order_relaxed);
+    reader_.pieceBegins(start);
+    return true;
+}
+
 // After every write and every look, so at least as often as the looks are.
 bool DiskThread::lookAfterDisk() {
     if (margin_.reached(pool_.emptied(), pool_.filled() - pool_.emptied())) {
@@ -184,11 +205,15 @@ bool DiskThread::lookAfterDisk() {
     }
     pieces_.prepareNext(pool_.capacity());
     const uint64_t now = tickCount();
+    if (now - describedAt_ >= kLookPeriodMs) {
+        describedAt_ = now;
+        pieces_.describeLate();
+    }
     if (now - flushedAt_ < flushMs_) {
         return true;
     }
     flushedAt_ = now;
-    return pieces_.flush();
+    return pieces_.lookAfterFiles();
 }
 
 void DiskThread::fail() {

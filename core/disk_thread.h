@@ -50,8 +50,10 @@ public:
     [[nodiscard]] bool nearlyFull() const { return nearlyFull_.load(std::memory_order_relaxed); }
     /// The first failure, in the system's words; before `start` has succeeded and after `close`.
     [[nodiscard]] const std::string& problem() const { return pieces_.problem(); }
-    /// Bytes in the files. After `close`.
-    [[nodiscard]] uint64_t savedBytes() const { return pieces_.savedBytes(); }
+    /// What came of the files. After `close`.
+    [[nodiscard]] const PieceWriter& pieces() const { return pieces_; }
+    /// Files that were begun because the one before was removed or renamed. Any thread.
+    [[nodiscard]] uint32_t extraFiles() const { return extraFiles_.load(std::memory_order_relaxed); }
     /// For the thread that looks at what was written.
     [[nodiscard]] PieceReader& reader() { return reader_; }
 
@@ -72,6 +74,7 @@ private:
     [[nodiscard]] bool write(uint64_t end, bool rest);
     [[nodiscard]] const Note* takeNotes();
     [[nodiscard]] bool nextPiece();
+    [[nodiscard]] bool goOn();
     [[nodiscard]] bool lookAfterDisk();
     void fail();
 
@@ -83,6 +86,7 @@ private:
     std::atomic<bool> closing_{false};
     std::atomic<bool> failed_{false};
     std::atomic<bool> nearlyFull_{false};
+    std::atomic<uint32_t> extraFiles_{0};
 
     // Of the thread, once it runs.
     PieceWriter pieces_;
@@ -92,6 +96,8 @@ private:
     uint64_t sweptBytes_ = 0;  ///< what had come by then
     uint64_t flushMs_ = 0;
     uint64_t flushedAt_ = 0;
+    uint64_t describedAt_ = 0;
+    double bytesPerSecond_ = 0.0;
 };
 
 }  // namespace tarno2

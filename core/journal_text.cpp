@@ -173,6 +173,8 @@ bool readLine(std::string_view line, JournalState& state) {
         state.sampleWidth = numbers.next<uint32_t>();
     } else if (key == "channels") {
         state.channelCount = numbers.next<uint32_t>();
+    } else if (key == "aside") {
+        state.aside = numbers.next<uint32_t>();
     } else if (key == "piece") {
         state.piece.emplace().number = numbers.next<uint32_t>();
     } else if (key == "dropped") {
@@ -224,6 +226,9 @@ std::optional<std::string> journalText(const JournalState& state) {
     text += "extension " + oneLine(state.extension) + '\n';
     text += formatText("width %u\nchannels %u\n", state.sampleWidth, state.channelCount);
     text += factsText(state.facts);
+    if (state.aside) {
+        text += formatText("aside %u\n", *state.aside);
+    }
     if (state.piece) {
         text += pieceText(*state.piece);
     }

@@ -27,6 +27,9 @@ struct JournalState {
     uint32_t sampleWidth = 2;
     uint32_t channelCount = 1;
     RecordingFacts facts;
+    /// Before there is a piece: files of an earlier recording of that name are being moved to the `old` one of this
+    /// number.
+    std::optional<uint32_t> aside;
     std::optional<PieceState> piece;  ///< the data file at hand; nothing before the first one has data
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }

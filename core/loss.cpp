@@ -2,7 +2,7 @@
 
 #include "config/debug_log.h"
 #include "config/figure_text.h"
-#include "config/file_naming.h"
+#include "config/recording_name.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
@@ -53,7 +53,8 @@ bool writeLossLedger(const std::string& dataName, std::span<const Loss> losses) 
     }
     File file;
     size_t done = 0;
-    return file.openPlain(lossLedgerNameFor(dataName), FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite)
+    return file.openPlain(RecordingName(dataName).losses(), FileMode::CreateNew, FileAccess::Write,
+                          FileShare::ReadWrite)
                .ok() &&
            file.write(contents.data(), contents.size(), done).ok() && file.flush().ok() && file.close().ok();
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "config/file_naming.h"
+#include "config/recording_name.h"
 
 namespace tarno2 {
 
@@ -27,7 +27,7 @@ uint64_t PieceReader::read(uint64_t offset, std::byte* out, uint64_t size) {
     }
     if (!file_.isOpen() || number_ != number) {
         number_ = number;
-        const std::string name = pieceName(fileName_, number);
+        const std::string name = RecordingName(fileName_).piece(number);
         if (!file_.open(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite).ok()) {
             return 0;
         }

@@ -1,10 +1,14 @@
 #include "core/piece_writer.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "config/debug_log.h"
-#include "config/file_naming.h"
+#include "config/move_aside.h"
+#include "config/recording_name.h"
 #include "core/piece_description.h"
+#include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 
@@ -28,12 +32,13 @@ void PieceWriter::open(const WriterSetup& setup, RecordDescription& description,
 }
 
 OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
-    made.name = pieceName(setup_->fileName, number);
+    made.name = RecordingName(setup_->fileName).piece(number);
     made.file = setup_->makeFile();
     OsError error = made.file->create(made.name);
     if (error.alreadyExists()) {
         // Somebody made a file of that name while the recording ran: his is kept, and ours is made.
-        static_cast<void>(moveEarlierRecordingAside(made.name));
+        const RecordingName theirs(made.name);
+        static_cast<void>(moveAside(theirs, freeOldNumber(theirs)));
         error = made.file->create(made.name);
     }
     if (!error.ok()) {
@@ -43,16 +48,26 @@ OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
 }
 
 bool PieceWriter::begin(uint32_t number) {
-    state_.piece.emplace().number = number;
-    journalIsOld_ = true;
-    fileBytes_ = 0;
-    flushedBytes_ = 0;
+    state_.piece.emplace();
+    events_ = 0;
     description_->reset();
     setup_->facts.describe(*description_);
-    if (prepared_.file != nullptr) {
+    return beginFile(number);
+}
+
+bool PieceWriter::beginFile(uint32_t number) {
+    state_.piece->number = number;
+    journalIsOld_ = true;
+    gone_ = false;
+    fileBytes_ = 0;
+    flushedBytes_ = 0;
+    if (prepared_.file != nullptr && prepared_.file->isNamed(prepared_.name)) {
         current_ = std::exchange(prepared_, {});
-    } else if (const OsError error = make(number, current_); !error.ok()) {
-        return fail("!!!!! \"%s\" could not be made: %s", error.text());
+    } else {
+        dropPrepared();
+        if (const OsError error = make(number, current_); !error.ok()) {
+            return fail("!!!!! \"%s\" could not be made: %s", error.text());
+        }
     }
     if (const OsError error = reserve_.hold(parentFolder(current_.name), kReserveBytes); !error.ok()) {
         DEBUG_LOG("No space could be reserved for the description: %s", error.text().c_str());
@@ -103,30 +118,116 @@ bool PieceWriter::end() {
     if (current_.file == nullptr) {
         return true;
     }
-    bool whole = flush();
-    if (const OsError error = current_.file->close(); !error.ok()) {
-        whole = fail("!!!!! Close error in \"%s\": %s", error.text());
-    }
-    reserve_.release();
-    if (fileBytes_ < setup_->frameBytes()) {
-        removeFile(current_.name);
-    } else {
-        savedBytes_ += fileBytes_;
-        whole = describe() && whole;
-    }
-    if (const OsError error = flushFolder(parentFolder(current_.name)); !error.ok()) {
-        DEBUG_LOG("The folder of \"%s\" could not be brought to the disk: %s", current_.name.c_str(),
-                  error.text().c_str());
-    }
+    const bool whole = closeFile();
     current_ = {};
     description_->reset();
     return whole;
 }
 
-bool PieceWriter::describe() {
-    const std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
-    undescribed_ = undescribed_ || !problem.empty();
-    return problem.empty() || fail("!!!!! \"%s\": %s", problem);
+bool PieceWriter::closeFile() {
+    lookForFile();
+    // Of a file that is gone the system may tell anything.
+    bool whole = gone_ || flush();
+    if (const OsError error = current_.file->close(); !error.ok() && !gone_) {
+        whole = fail("!!!!! Close error in \"%s\": %s", error.text());
+    }
+    reserve_.release();
+    writtenBytes_ += fileBytes_;
+    if (gone_) {
+        return whole;
+    }
+    if (fileBytes_ < setup_->frameBytes()) {
+        removeFile(current_.name);
+    } else {
+        savedBytes_ += fileBytes_;
+        ++savedFiles_;
+        describe();
+    }
+    if (const OsError error = flushFolder(parentFolder(current_.name)); !error.ok()) {
+        DEBUG_LOG("The folder of \"%s\" could not be brought to the disk: %s", current_.name.c_str(),
+                  error.text().c_str());
+    }
+    return whole;
+}
+
+void PieceWriter::lookForFile() {
+    if (!gone_ && !current_.file->isNamed(current_.name)) {
+        gone_ = true;
+        notice(formatText("\"%s\" was removed or renamed while it was recorded", current_.name.c_str()));
+    }
+}
+
+void PieceWriter::notice(const std::string& what) {
+    DEBUG_LOG("!!!!! %s", what.c_str());
+    if (notice_.empty()) {
+        notice_ = what;
+    }
+}
+
+bool PieceWriter::lookAfterFiles() {
+    if (current_.file == nullptr) {
+        return true;
+    }
+    lookForFile();
+    lookForJournal();
+    return gone_ || flush();
+}
+
+// One that was removed no longer keeps others from this name, nor does it tell of these files.
+void PieceWriter::lookForJournal() {
+    if (!journal_->held() || journal_->isNamed()) {
+        return;
+    }
+    notice(formatText("The journal \"%s\" was removed or renamed", journal_->name().c_str()));
+    if (const OsError error = journal_->create(std::string(journal_->name()), state_); !error.ok()) {
+        DEBUG_LOG("!!!!! No journal \"%s\": %s", journal_->name().c_str(), error.text().c_str());
+    }
+}
+
+uint64_t PieceWriter::room() const {
+    if (!gone_) {
+        return std::numeric_limits<uint64_t>::max();
+    }
+    const uint64_t unit = state_.piece->recordBytes != 0 ? state_.piece->recordBytes : setup_->frameBytes();
+    return (unit - fileBytes_ % unit) % unit;
+}
+
+bool PieceWriter::goOn(const LocalTime& createTime) {
+    const bool whole = closeFile();
+    PieceState& piece = *state_.piece;
+    // Records to come have brought their events already.
+    const uint64_t records = piece.recordBytes == 0 ? 0 : std::min(fileBytes_ / piece.recordBytes, events_);
+    description_->dropSynchroEvents(records);
+    events_ -= records;
+    piece.firstEvent.point += records * piece.firstEvent.prehistory;
+    piece.recordBytes = events_ == 0 ? 0 : piece.recordBytes;
+    piece.createTime = createTime;
+    current_ = {};
+    if (!whole || !beginFile(piece.number + 1)) {
+        return false;
+    }
+    DEBUG_LOG("Recording goes on in \"%s\"", current_.name.c_str());
+    return true;
+}
+
+// What can't be written now (no file can be opened, no space) may be in a moment.
+void PieceWriter::describe() {
+    std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
+    if (!problem.empty()) {
+        DEBUG_LOG("!!!!! \"%s\": %s", current_.name.c_str(), problem.c_str());
+        undescribed_.push_back({current_.name, fileBytes_, state_, *description_, std::move(problem)});
+    }
+}
+
+void PieceWriter::describeLate() {
+    std::erase_if(undescribed_, [](Undescribed& file) {
+        file.problem = describeDataFile(file.name, file.bytes, file.state, file.description);
+        if (file.problem.empty()) {
+            DEBUG_LOG("\"%s\" is described now", file.name.c_str());
+            static_cast<void>(flushFolder(parentFolder(file.name)));
+        }
+        return file.problem.empty();
+    });
 }
 
 // Recording goes on without a journal, for what can't be measured again matters more.
@@ -157,19 +258,32 @@ void PieceWriter::prepareNext(uint64_t left) {
 
 void PieceWriter::dropPrepared() {
     if (prepared_.file != nullptr) {
+        const bool ours = prepared_.file->isNamed(prepared_.name);
         static_cast<void>(prepared_.file->close());
-        removeFile(prepared_.name);
+        if (ours) {
+            removeFile(prepared_.name);
+        }
         prepared_ = {};
     }
 }
 
-void PieceWriter::finish() {
+bool PieceWriter::finish() {
     dropPrepared();
-    if (undescribed_) {
-        journal_->release();
-    } else {
+    describeLate();
+    if (undescribed_.empty()) {
         journal_->remove();
+        return true;
     }
+    // What the journal tells of can be described later.
+    Undescribed& first = undescribed_.front();
+    if (journal_->held()) {
+        static_cast<void>(journal_->save(first.state));
+        journal_->release();
+    }
+    if (problem_.empty()) {
+        problem_ = formatText("\"%s\": %s", first.name.c_str(), first.problem.c_str());
+    }
+    return false;
 }
 
 void PieceWriter::setCreateTime(const LocalTime& time) {
@@ -183,6 +297,7 @@ void PieceWriter::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
         state_.piece->firstEvent = event;
         journalIsOld_ = true;
     }
+    ++events_;
     description_->addSynchroEvent(event);
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "core/journal_text.h"
 #include "core/recording_journal.h"
@@ -16,7 +17,8 @@
 namespace tarno2 {
 
 /// The files of a recording, one after the other: each is made, filled, and closed with its description beside it. The
-/// first failure is remembered; what was written before it stays, cut to whole frames, and is described.
+/// first failure is remembered; what was written before it stays, cut to whole frames, and is described. A description
+/// that can't be written is no failure until the end: it is tried again.
 /// An object belongs to one thread at a time.
 class PieceWriter {
 public:
@@ -33,37 +35,64 @@ public:
     /// Makes the file of piece `number`, moving files of other people that took its name out of the way.
     [[nodiscard]] bool begin(uint32_t number);
     [[nodiscard]] bool write(std::span<const std::byte> data);
-    /// Has the system put on the disk what was written since the last time.
-    [[nodiscard]] bool flush();
+    /// Has the system put on the disk what was written since the last time, and sees whether somebody has removed or
+    /// renamed the file or the journal meanwhile. A journal is made anew; without the file recording has to `goOn`.
+    [[nodiscard]] bool lookAfterFiles();
+    /// How many more bytes the file takes: all of them; once it is gone, what completes its last frame or record.
+    [[nodiscard]] uint64_t room() const;
+    /// Lets go of a file that is gone, which has no `room` left, and goes on in the next one. `createTime`: of the
+    /// first sample there.
+    [[nodiscard]] bool goOn(const LocalTime& createTime);
+    /// Tries once more to write the descriptions that could not be written.
+    void describeLate();
     /// Closes and describes the file, all of it being on the disk then; removes one without a whole frame.
     [[nodiscard]] bool end();
 
     /// Makes the file of the next piece ahead of time once at most `left` bytes fit in this one. Failures count when
     /// the piece is begun.
     void prepareNext(uint64_t left);
-    /// After the last piece: removes a file that was made ahead of time and not used, and the journal, unless a file
-    /// could not be described: that can be done later then.
-    void finish();
+    /// After the last piece: removes a file that was made ahead of time and not used, and the journal. False when a
+    /// file could not be described: the journal stays then, so that it can be done later.
+    [[nodiscard]] bool finish();
 
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
     /// When the first sample of the piece at hand came.
     void setCreateTime(const LocalTime& time);
 
     [[nodiscard]] uint32_t number() const { return state_.piece ? state_.piece->number : 0; }
-    /// Bytes in the files that were ended.
+    /// Bytes in the files that were ended and are there, and their number.
     [[nodiscard]] uint64_t savedBytes() const { return savedBytes_; }
+    [[nodiscard]] uint32_t savedFiles() const { return savedFiles_; }
+    /// Bytes of the stream in all files that were ended, gone ones included.
+    [[nodiscard]] uint64_t writtenBytes() const { return writtenBytes_; }
     /// The first failure, in the system's words.
     [[nodiscard]] const std::string& problem() const { return problem_; }
+    /// The first thing that others did to the files; empty when there was none.
+    [[nodiscard]] const std::string& notice() const { return notice_; }
 
 private:
     struct MadeFile {
         std::unique_ptr<DataFile> file;
         std::string name;
     };
+    /// A file without a description, and what that is to tell.
+    struct Undescribed {
+        std::string name;
+        uint64_t bytes = 0;
+        JournalState state;
+        RecordDescription description;
+        std::string problem;
+    };
     [[nodiscard]] OsError make(uint32_t number, MadeFile& made) const;
+    [[nodiscard]] bool beginFile(uint32_t number);
+    [[nodiscard]] bool closeFile();
+    [[nodiscard]] bool flush();
+    void lookForFile();
+    void lookForJournal();
+    void notice(const std::string& what);
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();
-    [[nodiscard]] bool describe();
+    void describe();
     void updateJournal();
     void dropPrepared();
 
@@ -74,12 +103,17 @@ private:
     DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
     uint64_t fileBytes_ = 0;
     uint64_t flushedBytes_ = 0;
+    bool gone_ = false;    ///< the file at hand was removed or renamed
+    uint64_t events_ = 0;  ///< that the description has
     uint64_t savedBytes_ = 0;
+    uint64_t writtenBytes_ = 0;
+    uint32_t savedFiles_ = 0;
     JournalState state_;
     RecordingJournal* journal_ = nullptr;
     bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
-    bool undescribed_ = false;   ///< a file has no description
+    std::vector<Undescribed> undescribed_;
     std::string problem_;
+    std::string notice_;
 };
 
 }  // namespace tarno2

@@ -48,10 +48,9 @@ std::optional<Number> parseNumber(std::string_view text) {
 }  // namespace
 
 void RecordingShell::recordingEnded(const RecordingResult& result) {
-    if (result.bytes > 0) {
-        showDetail(
-            formatText("Recorded %llu bytes in %u files", static_cast<unsigned long long>(result.bytes), result.files));
-    }
+    showDetail(result.bytes > 0 ? formatText("Recorded %llu bytes in %u files",
+                                             static_cast<unsigned long long>(result.bytes), result.files)
+                                : "No data were recorded, no file was kept");
 }
 
 RecordingControl::RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming)
@@ -99,12 +98,14 @@ bool RecordingControl::createSession() {
 bool RecordingControl::checkFile() {
     DEBUG_LOG("Connect");
     DEBUG_LOG("Check file");
-    fileName_ = withDataExtension(shell_.fileName());
+    // The name is checked as it was typed: with ".dat" added that of a folder would pass.
+    fileName_ = shell_.fileName();
     const NameProblem problem = checkDataFileName(fileName_);
     if (const auto message = nameText(problem)) {
         DEBUG_LOG("File error \"%s\" code = %d", shownName(fileName_).c_str(), nameCheckCode(problem));
         return refuse(*message, problem == NameProblem::Impossible ? shownName(fileName_) : std::string());
     }
+    fileName_ = RecordingName::typed(fileName_).data();
     const int32_t code = DiskInfo(fileName_, disk_);
     if (code >= 0) {
         shell_.setFileName(fileName_);
@@ -305,9 +306,9 @@ bool RecordingControl::createFiles() {
     setup.keepDiskMargin = true;
     int32_t code = session_->writer().open(setup, description_);
     // Two programs may have come to the same free name: a generated one stands for any other.
-    for (int i = 0; i < kNameAttempts && code == kNameInUse && fileNameOf(fileName_).starts_with("file_"); ++i) {
+    for (int i = 0; i < kNameAttempts && code == kNameInUse && RecordingName(fileName_).isGenerated(); ++i) {
         GenerateFileName();
-        fileName_ = setup.fileName = withDataExtension(shell_.fileName());
+        fileName_ = setup.fileName = RecordingName::typed(shell_.fileName()).data();
         code = session_->writer().open(setup, description_);
     }
     for (const std::string& name : session_->writer().movedAside()) {

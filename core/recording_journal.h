@@ -59,6 +59,8 @@ public:
     void release();
 
     [[nodiscard]] bool held() const { return file_.isOpen(); }
+    /// Whether the journal that is held still has its name.
+    [[nodiscard]] bool isNamed() const { return file_.isNamed(name_); }
     [[nodiscard]] const std::string& name() const { return name_; }
 
 private:

@@ -1,10 +1,11 @@
 #include "core/recording_place.h"
 
-#include <string_view>
 #include <utility>
 
 #include "config/debug_log.h"
 #include "config/file_naming.h"
+#include "config/move_aside.h"
+#include "config/recording_name.h"
 #include "core/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
@@ -15,10 +16,17 @@ namespace tarno2 {
 
 namespace {
 
-/// Whether `name` is "<base>_<digits>", what a piece of `base` is called.
-bool isPieceOf(std::string_view name, std::string_view base) {
-    return name.size() > base.size() + 1 && name.starts_with(base) && name[base.size()] == '_' &&
-           name.find_first_not_of("0123456789", base.size() + 1) == std::string_view::npos;
+/// Whether the recording with this journal may have files with the names of ours, or we of its, on this disk.
+bool isNeighbour(const RecordingName& own, const std::string& journalName) {
+    const RecordingName other = RecordingName::ofJournal(journalName);
+    if (!own.mayShareFilesWith(other) || isSameFile(journalName, own.journal()) ||
+        isSameFile(journalName, own.earlierJournal())) {
+        return false;
+    }
+    // Where letters' case counts, one in other letters has other files.
+    const auto piece = own.pieceOf(journalName);
+    const RecordingName inOurLetters = piece ? RecordingName(own.piece(*piece)) : own.whole().value_or(own);
+    return isSameFile(inOurLetters.base() + journalName.substr(other.base().size()), journalName);
 }
 
 /// Looks for a journal and holds it. One that this program itself is just recovering is waited for.
@@ -31,44 +39,21 @@ JournalFound take(const std::string& name, RecordingJournal& journal) {
     return found;
 }
 
-/// The journal of another recording that runs and has data files with the names of our pieces, or we of its. Empty when
-/// there is none.
-std::string runningNeighbour(const std::string& fileName) {
-    const std::string base = recordingBase(fileName);
-    for (const std::string& name : journalsIn(parentFolder(fileName))) {
-        const std::string other = recordingBase(name);
-        RecordingJournal journal;
-        if ((isPieceOf(other, base) || isPieceOf(base, other)) && take(name, journal) == JournalFound::InUse) {
-            return name;
-        }
-    }
-    return {};
-}
-
 void logJournal(const std::string& name, const OsError& error) {
     DEBUG_LOG("!!!!! No journal \"%s\": %s", name.c_str(), error.text().c_str());
 }
 
-/// Makes a place ready, step by step.
+/// Makes a place ready, step by step. Each step is false when nothing can be recorded there.
 class Place {
 public:
-    Place(const WriterSetup& setup, RecordingJournal& journal) : setup_(setup), journal_(journal) {}
+    Place(const WriterSetup& setup, RecordingJournal& journal)
+        : setup_(setup), name_(setup.fileName), journal_(journal) {}
 
     PlaceFindings prepare() {
-        const std::string name = journalNameFor(setup_.fileName);
-        if (!finish(earlierJournalNameFor(setup_.fileName), earlier_) || !finish(name, journal_) ||
-            !keepOthersOut(name)) {
+        if (!finish(name_.earlierJournal(), earlier_) || !finish(name_.journal(), journal_) || !finishNeighbours() ||
+            !keepOthersOut() || !makeRoom()) {
             giveBack();
-            return findings_;
         }
-        MovedAside moved = moveEarlierRecordingAside(setup_.fileName);
-        findings_.movedAside = std::move(moved.names);
-        if (!moved.error.ok()) {
-            findings_.problem = text(TextId::EarlierRecordingNotMoved) + ": " + moved.error.text();
-            giveBack();
-            return findings_;
-        }
-        keepUnfinished(moved.newName);
         return findings_;
     }
 
@@ -109,32 +94,99 @@ private:
     }
 
     /// From here on the name, and those of its pieces, are ours.
-    bool keepOthersOut(const std::string& name) {
-        if (!journal_.held()) {
-            const OsError error = journal_.create(name, setup_.journalState());
-            if (error.inUse() || error.alreadyExists()) {
-                return refuse(TextId::FileInUse, setup_.fileName, "!!!!! \"%s\" is in use by another program");
-            }
-            if (!error.ok()) {
-                logJournal(name, error);
-            }
-            isNew_ = error.ok();
+    bool keepOthersOut() {
+        isNew_ = !journal_.held();
+        const OsError error = isNew_ ? journal_.create(name_.journal(), setup_.journalState()) : OsError();
+        if (error.inUse() || error.alreadyExists()) {
+            return refuse(TextId::FileInUse, setup_.fileName, "!!!!! \"%s\" is in use by another program");
         }
-        const std::string other = runningNeighbour(setup_.fileName);
-        return other.empty() || refuse(TextId::FileInUse, other, "!!!!! \"%s\" is in use by another program");
+        if (!error.ok()) {
+            logJournal(name_.journal(), error);
+        }
+        isNew_ = isNew_ && error.ok();
+        // One that has begun meanwhile did not see our journal, or we see its.
+        return forNeighbours([](RecordingJournal& /*found*/) { return true; });
+    }
+
+    /// Recordings that were cut off and may have files of the same names are finished before these are made or moved.
+    /// Before our own journal is there: a file that has one is no neighbour's any more.
+    bool finishNeighbours() {
+        return forNeighbours([this](RecordingJournal& found) { return finishNeighbour(found); });
+    }
+
+    /// Goes through the neighbours that were cut off; one that is being recorded is a refusal.
+    template <typename Handle>
+    bool forNeighbours(Handle handle) {
+        for (const std::string& name : journalsIn(name_.folder())) {
+            if (!isNeighbour(name_, name)) {
+                continue;
+            }
+            RecordingJournal other;
+            const JournalFound found = take(name, other);
+            if (found == JournalFound::InUse) {
+                return refuse(TextId::FileInUse, name, "!!!!! \"%s\" is in use by another program");
+            }
+            if (found == JournalFound::Ours && !handle(other)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool finishNeighbour(RecordingJournal& other) {
+        if (!other.isOfThisUser()) {
+            return refuse(TextId::JournalOfOtherUser, other.name(), "!!!!! \"%s\" is another user's, and in the way");
+        }
+        const auto report = recoverRecording(other);
+        if (!report || report->outcome == RecoveryReport::Outcome::Recovered) {
+            other.remove();
+        }
+        return true;
+    }
+
+    /// Moves an earlier recording out of the way. The journal tells of it, so that a move that is cut off is finished
+    /// by who finds the journal.
+    bool makeRoom() {
+        const uint32_t n = freeOldNumber(name_);
+        const bool marked = isNew_ && hasFilesToMove(name_);
+        if (marked) {
+            JournalState state = setup_.journalState();
+            state.aside = n;
+            beginJournal(state);
+        }
+        MovedAside moved = moveAside(name_, n);
+        findings_.movedAside = std::move(moved.names);
+        if (moved.error.inUse()) {
+            return refuse(TextId::FileInUse, moved.file, "!!!!! \"%s\" is in use by another program");
+        }
+        if (!moved.error.ok()) {
+            findings_.problem =
+                text(TextId::EarlierRecordingNotMoved) + ": " +
+                systemTextToCp1251(formatText("\"%s\": %s", moved.file.c_str(), moved.error.text().c_str()));
+            return false;
+        }
+        keepUnfinished(name_.old(n).journal());
+        if (marked) {
+            beginJournal(setup_.journalState());
+        }
+        return true;
+    }
+
+    void beginJournal(const JournalState& state) {
+        if (const OsError error = journal_.begin(state); !error.ok()) {
+            logJournal(journal_.name(), error);
+            journal_.remove();
+        }
     }
 
     /// Keeps a journal whose recording could not be finished for who wants to look into it, beside the files that it
     /// belongs to.
-    void keepUnfinished(const std::string& dataName) {
+    void keepUnfinished(const std::string& newName) {
         if (!isNew_ && journal_.held()) {
-            copyTo(journalNameFor(dataName), journal_);
-            if (const OsError error = journal_.begin(setup_.journalState()); !error.ok()) {
-                logJournal(journal_.name(), error);
-                journal_.remove();
-            }
+            copyTo(newName, journal_);
+            beginJournal(setup_.journalState());
         }
-        if (earlier_.held() && copyTo(journalNameFor(dataName), earlier_)) {
+        if (earlier_.held() && copyTo(newName, earlier_)) {
             earlier_.remove();
         }
     }
@@ -148,15 +200,17 @@ private:
         return error.ok();
     }
 
-    /// Nothing is recorded here: a journal that was not there before goes.
+    /// Nothing is recorded here: a journal that was not there before goes, unless it tells of files that could not be
+    /// moved back.
     void giveBack() {
-        if (isNew_) {
+        if (isNew_ && findings_.movedAside.empty()) {
             journal_.remove();
         }
         journal_.release();
     }
 
     const WriterSetup& setup_;
+    RecordingName name_;
     RecordingJournal& journal_;
     RecordingJournal earlier_;  ///< one that an earlier version has left
     bool isNew_ = false;

@@ -149,13 +149,13 @@ std::vector<std::string> journalsIn(const std::string& folder, OsError& error) {
     return journals;
 }
 
-/// The journal of the recording with this base; empty when there is none.
-std::string journalOfBase(const std::string& base) {
-    std::string present = std::string(base).append(kJournalExtension);
+/// The journal that a recording of that name has left; empty when there is none.
+std::string journalOf(const RecordingName& name) {
+    std::string present = name.journal();
     if (fileExists(present)) {
         return present;
     }
-    std::string earlier = std::string(base).append(kEarlierJournalExtension);
+    std::string earlier = name.earlierJournal();
     const JournalFound found = RecordingJournal::look(earlier);
     return found == JournalFound::Ours || found == JournalFound::InUse ? earlier : std::string();
 }
@@ -238,14 +238,12 @@ std::string journalOfFile(const std::string& fileName) {
     if (isJournalName(fileName)) {
         return fileExists(fileName) ? fileName : std::string();
     }
-    const std::string base = recordingBase(fileName);
-    if (std::string journal = journalOfBase(base); !journal.empty()) {
+    const RecordingName name(fileName);
+    if (std::string journal = journalOf(name); !journal.empty()) {
         return journal;
     }
-    // A piece: "<base>_<number>" belongs to "<base>".
-    const size_t digits = base.find_last_not_of("0123456789") + 1;
-    const bool isPiece = digits >= 2 && digits != base.size() && base[digits - 1] == '_';
-    return isPiece ? journalOfBase(base.substr(0, digits - 1)) : std::string();
+    const auto whole = name.whole();
+    return whole ? journalOf(*whole) : std::string();
 }
 
 }  // namespace tarno2

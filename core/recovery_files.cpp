@@ -1,13 +1,11 @@
 #include "core/recovery_files.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
-#include <optional>
-#include <string_view>
 
 #include "config/debug_log.h"
 #include "config/file_naming.h"
+#include "config/move_aside.h"
 #include "core/piece_description.h"
 #include "platform/paths.h"
 
@@ -75,21 +73,6 @@ uint64_t plainSize(const std::string& name) {
     return error.ok() && file.size(bytes).ok() ? bytes : 0;
 }
 
-/// The number of a piece by its name; nothing for files of another name.
-std::optional<uint32_t> pieceOf(const std::string& file, const std::string& dataName) {
-    const std::string base = fileNameOf(recordingBase(dataName)) + "_";
-    uint32_t number = 0;
-    if (file == fileNameOf(dataName)) {
-        return number;
-    }
-    if (!file.starts_with(base)) {
-        return std::nullopt;
-    }
-    std::from_chars(file.data() + base.size(), file.data() + file.size(), number);
-    const bool isPiece = number != 0 && file == fileNameOf(pieceName(dataName, number));
-    return isPiece ? std::optional(number) : std::nullopt;
-}
-
 class Finisher {
 public:
     explicit Finisher(RecordingJournal& journal)
@@ -100,6 +83,10 @@ public:
         // A recorder makes its first file, and the next one, before it has data.
         uint64_t empty = 0;
         uint64_t lastEmpty = kMadeAhead - 1;
+        if (!state_.piece && state_.aside) {
+            // What made room for a recording that never began is put together.
+            static_cast<void>(moveAside(RecordingName(dataName_), *state_.aside));
+        }
         if (state_.piece) {
             const bool wasDropped = state_.piece->dropped;
             result.problem = wasDropped ? std::string() : finishPiece();
@@ -190,9 +177,11 @@ private:
             return 0;
         }
         uint64_t frames = 0;
-        const std::string folder = parentFolder(dataName_);
+        const RecordingName name(dataName_);
+        const std::string folder = name.folder();
         for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
-            if (const auto number = pieceOf(file, dataName_); number && *number <= state_.piece->number) {
+            const auto number = name.pieceOf(file);
+            if (number && *number <= state_.piece->number && file == fileNameOf(name.piece(*number))) {
                 frames += plainSize(joinPath(folder, file)) / state_.frameBytes();
             }
         }
@@ -207,7 +196,7 @@ private:
 }  // namespace
 
 std::string dataNameOf(const RecordingJournal& journal) {
-    return recordingBase(journal.name()) + journal.state().extension;
+    return RecordingName::ofJournal(journal.name(), journal.state().extension).data();
 }
 
 FinishedFiles finishFiles(RecordingJournal& journal) {

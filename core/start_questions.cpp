@@ -3,7 +3,8 @@
 #include <algorithm>
 
 #include "config/disk_info.h"
-#include "config/file_naming.h"
+#include "config/file_name_check.h"
+#include "config/recording_name.h"
 #include "platform/file.h"
 
 namespace tarno2 {
@@ -14,7 +15,7 @@ StartQuestions startQuestions(const std::string& fileName, double neededBytes) {
     if (checkDataFileName(fileName) != NameProblem::None || DiskInfo(fileName, disk) < 0) {
         return questions;
     }
-    const std::string name = withDataExtension(fileName);
+    const std::string name = RecordingName::typed(fileName).data();
     if (fileExists(name)) {
         questions.existingFile = name;
     }

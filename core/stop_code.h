@@ -44,8 +44,8 @@ struct RecordingResult {
     StopCode code = StopCode::Running;
     ErrorDetail detail = ErrorDetail::Unknown;
     GetDataReport getData;          ///< when `code` is TransferError
-    uint64_t bytes = 0;             ///< accepted by the writer
-    uint32_t files = 0;             ///< pieces begun
+    uint64_t bytes = 0;             ///< in the files that are left; while it runs: accepted by the writer
+    uint32_t files = 0;             ///< that are left
     uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
     uint64_t events = 0;            ///< of the synchronisation
     bool sizeReached = false;       ///< it ended by its size

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "config/file_naming.h"
+#include "config/recording_name.h"
 
 namespace tarno2 {
 
@@ -14,7 +14,7 @@ constexpr double kBufferSeconds = 10.0;
 
 JournalState WriterSetup::journalState() const {
     JournalState state;
-    state.extension = fileName.substr(recordingBase(fileName).size());
+    state.extension = RecordingName(fileName).extension();
     state.sampleWidth = sampleWidth;
     state.channelCount = channelCount;
     state.facts = facts;

@@ -149,6 +149,11 @@ void RecordDescription::keepSynchroEvents(uint64_t count) {
     }
 }
 
+void RecordDescription::dropSynchroEvents(uint64_t count) {
+    events_.erase(events_.begin(),
+                  events_.begin() + static_cast<std::ptrdiff_t>(std::min<uint64_t>(count, events_.size())));
+}
+
 std::string RecordDescription::fileNameFor(const std::string& dataFileName) {
     const size_t dot = dataFileName.rfind('.');
     const bool hasBase = dot != std::string::npos && dot > 0;

@@ -67,6 +67,8 @@ public:
     void setSynchroEvents(const SynchroEvent& first, uint64_t count);
     /// Forgets all synchronisation events but the first `count`.
     void keepSynchroEvents(uint64_t count);
+    /// Forgets the first `count` of the events that were added.
+    void dropSynchroEvents(uint64_t count);
 
     /// Writes the description of that data file beside it, replacing an older one, or a part of one, but no other file
     /// of its name; it is on the disk then. False when it can't be made (`status` tells why), and also, with status

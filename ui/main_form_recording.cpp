@@ -316,8 +316,10 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
     }
     strip_->setLosses(result.losses.size());
     messages_->add(MessageList::Kind::Information,
-                   uiText(TextId::RecordingEnded,
-                          {fromCodePage(formatCount(frameCount(result.bytes))), QString::number(result.files)}));
+                   result.bytes == 0
+                       ? uiText(TextId::NothingRecorded)
+                       : uiText(TextId::RecordingEnded,
+                                {fromCodePage(formatCount(frameCount(result.bytes))), QString::number(result.files)}));
 }
 
 void T_MainForm::startTimer(uint32_t milliseconds) {

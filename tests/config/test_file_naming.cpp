@@ -1,8 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "config/debug_log.h"
-#include "config/disk_info.h"
+#include "config/file_name_check.h"
 #include "config/file_naming.h"
+#include "config/move_aside.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "platform/file.h"
@@ -34,6 +35,7 @@ TEST(FileNaming, AtStartAChosenNameComesBackUntilItIsUsed) {
     EXPECT_GE(numberOf(naming.NameAtStart(folder.file("engine.dat"))), 0);
     // A generated name bears its day: a new day gets a new name.
     EXPECT_GE(numberOf(naming.NameAtStart(folder.file("file_2001_1_1_n0.dat"))), 0);
+    EXPECT_EQ(naming.NameAtStart(folder.file("file_motor.dat")), folder.file("file_motor.dat"));
 }
 
 TEST(FileNaming, NewNamesMeetNoLeftovers) {
@@ -78,50 +80,42 @@ TEST(FileNaming, FolderComesFromTheFirstNameThatHasOne) {
     }
 }
 
-TEST(FileNaming, ExtensionsAndPieces) {
-    struct {
-        const char* name;
-        const char* withExtension;
-        const char* secondPiece;
-    } const cases[] = {
-        {"run", "run.dat", "run_2.dat"},
-        {"run.bin", "run.bin", "run_2.bin"},
-        {"run.", "run.dat", "run_2.dat"},
-        {"a.b/run", "a.b/run.dat", "a.b/run_2.dat"},
-        {"a.b/.run", "a.b/.run.dat", "a.b/.run_2.dat"},
-        {"a/run.1.dat", "a/run.1.dat", "a/run.1_2.dat"},
-        {"probe 1.5 mm", "probe 1.5 mm.dat", "probe 1.5 mm_2.dat"},
-        {"run.d-t", "run.d-t.dat", "run.d-t_2.dat"},
-        {"run.Data456789012345", "run.Data456789012345", "run_2.Data456789012345"},
-        {"run.Data4567890123456", "run.Data4567890123456.dat", "run.Data4567890123456_2.dat"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(withDataExtension(c.name), c.withExtension);
-        EXPECT_EQ(pieceName(c.withExtension, 0), c.withExtension);
-        EXPECT_EQ(pieceName(c.withExtension, 2), c.secondPiece);
-    }
-}
-
 TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
     const TemporaryFolder folder;
     ASSERT_TRUE(createDirectory(folder.file("sub")).ok());
     ASSERT_TRUE(createDirectory(folder.file("sub.dat")).ok());
-    EXPECT_EQ(checkDataFileName(""), NameProblem::Empty);
-    EXPECT_EQ(checkDataFileName(std::string("run\0.dat", 8)), NameProblem::Impossible);
-    for (const char* name : {"run\nRecorded.dat", "run\t.dat", "run\x7F", "sub\r/run.dat"}) {
-        EXPECT_EQ(checkDataFileName(name), NameProblem::Impossible) << name;
+    const struct {
+        std::string name;
+        NameProblem problem;
+    } cases[] = {
+        {"", NameProblem::Empty},
+        {std::string("run\0.dat", 8), NameProblem::Impossible},
+        {"run\nRecorded.dat", NameProblem::Impossible},
+        {"run\t.dat", NameProblem::Impossible},
+        {"run\x7F", NameProblem::Impossible},
+        {"sub\r/run.dat", NameProblem::Impossible},
+        {"run.txt", NameProblem::EqualsDescription},
+        {"run.TXT", NameProblem::EqualsDescription},
+        {"run.Log", NameProblem::EqualsDescription},
+        {"run.journal", NameProblem::EqualsDescription},
+        {"a.Tarno2-Journal", NameProblem::EqualsDescription},
+        {folder.path(), NameProblem::IsFolder},
+        {folder.file("new") + kPathSeparator, NameProblem::IsFolder},
+        {folder.file("sub.dat"), NameProblem::IsFolder},
+        {folder.file("sub"), NameProblem::IsFolder},
+        {folder.file("other.x"), NameProblem::IsFolder},
+        {".", NameProblem::IsFolder},
+        {"..", NameProblem::IsFolder},
+        {folder.file("not yet/."), NameProblem::IsFolder},
+        {folder.file("not yet/.."), NameProblem::IsFolder},
+        {folder.file("run"), NameProblem::None},
+        {folder.file("run.txt.dat"), NameProblem::None},
+        {folder.file("not yet/run.dat"), NameProblem::None},
+    };
+    ASSERT_TRUE(createDirectory(folder.file("other.x")).ok());
+    for (const auto& c : cases) {
+        EXPECT_EQ(checkDataFileName(c.name), c.problem) << c.name;
     }
-    for (const char* name :
-         {"run.txt", "run.TXT", "run.log", "run.journal", "run.tarno2-journal", "a.Tarno2-Journal"}) {
-        EXPECT_EQ(checkDataFileName(name), NameProblem::EqualsDescription) << name;
-    }
-    EXPECT_EQ(checkDataFileName(folder.path()), NameProblem::IsFolder);
-    EXPECT_EQ(checkDataFileName(folder.file("new") + kPathSeparator), NameProblem::IsFolder);
-    EXPECT_EQ(checkDataFileName(folder.file("sub.dat")), NameProblem::IsFolder);
-    EXPECT_EQ(checkDataFileName(folder.file("sub")), NameProblem::IsFolder);
-    EXPECT_EQ(checkDataFileName(".."), NameProblem::IsFolder);
-    EXPECT_EQ(checkDataFileName(folder.file("run")), NameProblem::None);
-    EXPECT_EQ(checkDataFileName(folder.file("not yet/run.dat")), NameProblem::None);
 }
 
 TEST(FileNaming, FoldersAreMadeOneByOne) {
@@ -143,7 +137,9 @@ TEST(MoveAside, AllFilesOfTheRecordingAndNoOthers) {
                              "run_0.dat", "runner_1.dat", "run_3.csv", "run_old1_4.dat", "run_old2.txt"}) {
         folder.write(name, name);
     }
-    const MovedAside moved = moveEarlierRecordingAside(folder.file("run"));
+    const RecordingName run(folder.file("run.dat"));
+    ASSERT_EQ(freeOldNumber(run), 3U);
+    const MovedAside moved = moveAside(run, 3);
     EXPECT_TRUE(moved.error.ok());
     EXPECT_THAT(moved.names,
                 ElementsAre(folder.file("run_old3.dat"), folder.file("run_old3.txt"), folder.file("run_old3_1.dat"),
@@ -156,18 +152,42 @@ TEST(MoveAside, AllFilesOfTheRecordingAndNoOthers) {
     EXPECT_EQ(readFile(folder.file("run_old3_12.txt")), "run_12.txt");
     EXPECT_EQ(readFile(folder.file("run_old2.txt")), "run_old2.txt");
 
-    EXPECT_THAT(moveEarlierRecordingAside(folder.file("run.dat")).names, IsEmpty());
-    EXPECT_THAT(moveEarlierRecordingAside(folder.file("no folder/run.dat")).names, IsEmpty());
+    EXPECT_EQ(freeOldNumber(run), 4U);
+    EXPECT_THAT(moveAside(run, 4).names, IsEmpty());
+    EXPECT_THAT(moveAside(RecordingName(folder.file("no folder/run.dat")), 1).names, IsEmpty());
+}
 
-    folder.write("run.dat", "again");
-    EXPECT_THAT(moveEarlierRecordingAside(folder.file("run.dat")).names, ElementsAre(folder.file("run_old4.dat")));
+// What stands in the way has come since the number was chosen; `n` files were moved by then.
+TEST(MoveAside, IsAllOrNothingAndGoesOnWhereItWasCutOff) {
+    for (const char* inTheWay : {"run_old1.dat", "run_old1_2.txt", "run_old1.log"}) {
+        const TemporaryFolder folder;
+        for (const char* name : {"run.dat", "run.txt", "run_2.dat", "run_2.txt", "run.log", inTheWay}) {
+            folder.write(name, name);
+        }
+        const RecordingName run(folder.file("run.dat"));
+        const MovedAside moved = moveAside(run, 1);
+        const std::string from = fileNameOf(inTheWay).erase(3, 5);
+        EXPECT_TRUE(moved.error.alreadyExists());
+        EXPECT_EQ(moved.file, folder.file(from));
+        EXPECT_THAT(moved.names, IsEmpty());
+        for (const char* name : {"run.dat", "run.txt", "run_2.dat", "run_2.txt", "run.log", inTheWay}) {
+            EXPECT_EQ(readFile(folder.file(name)), name);
+        }
+        EXPECT_EQ(listDirectory(folder.path()).size(), 6U);
+
+        removeFile(folder.file(inTheWay));
+        ASSERT_TRUE(renameFile(folder.file("run.dat"), folder.file("run_old1.dat")).ok()) << "as far as it came";
+        EXPECT_EQ(moveAside(run, 1).names.size(), 4U);
+        EXPECT_THAT(listDirectory(folder.path()),
+                    ElementsAre("run_old1.dat", "run_old1.log", "run_old1.txt", "run_old1_2.dat", "run_old1_2.txt"));
+    }
 }
 
 TEST(MoveAside, OtherCaseCountsWhereTheDiskDoesNotTell) {
     const TemporaryFolder folder;
     folder.write("RUN_5.DAT", "five");
     const bool oneName = fileExists(folder.file("run_5.dat"));
-    const MovedAside moved = moveEarlierRecordingAside(folder.file("run.dat"));
+    const MovedAside moved = moveAside(RecordingName(folder.file("run.dat")), 1);
     EXPECT_EQ(moved.names.size(), oneName ? 1U : 0U);
     EXPECT_EQ(readFile(folder.file(oneName ? "run_old1_5.dat" : "RUN_5.DAT")), "five");
 }

@@ -176,6 +176,8 @@ TEST(DiskFault, WhatCameBeforeAnErrorStays) {
         EXPECT_FALSE(rig.writer.Close());
         EXPECT_FALSE(rig.writer.writeError().empty());
         EXPECT_TRUE(rig.recorded() == streamBytes(0, c.stays / 2, 2));
+        EXPECT_EQ(rig.writer.savedBytes(), c.stays);
+        EXPECT_EQ(2 * rig.writer.savedFiles(), listDirectory(rig.folder.path()).size());
     }
 }
 
@@ -320,7 +322,10 @@ TEST(DiskFault, AnErrorEndsTheRecordingWithWhatCameBeforeIt) {
         EXPECT_EQ(result.code, StopCode::WriteError);
         EXPECT_FALSE(result.problem.empty());
         EXPECT_TRUE(rig.described() == streamBytes(0, c.stays / 2, 2));
-        const Loss expected{LossCause::Disk, c.stays / 2, (result.bytes - c.stays) / 2};
+        EXPECT_EQ(result.bytes, c.stays);
+        EXPECT_EQ(result.files, 1U);
+        const uint64_t accepted = rig.session->board->writer().totalBytes();
+        const Loss expected{LossCause::Disk, c.stays / 2, (accepted - c.stays) / 2};
         EXPECT_EQ(result.losses, std::vector<Loss>{expected});
         EXPECT_NE(readFile(rig.session->folder.file("run.log")).find("cause = disk"), std::string::npos);
     }

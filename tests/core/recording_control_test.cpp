@@ -104,6 +104,10 @@ const Refusal kRefusals[] = {
      [](ControlRig& r) { r.shell.name.clear(); }},
     {{"the description's name", "File name is the name of its own description", false, {"Check file", "File error"}},
      [](ControlRig& r) { r.shell.name = r.folder.file("run.txt"); }},
+    {{"a folder's name, without an extension", "File name is the name of a folder", false, {"Check file", "code = -7"}},
+     [](ControlRig& r) { r.shell.name = r.folder.path(); }},
+    {{"the folder above", "File name is the name of a folder", false, {"Check file", "File error \"..\" code = -7"}},
+     [](ControlRig& r) { r.shell.name = ".."; }},
     {{"packets of one channel",
       "Enabled packet mode, but channels count = 1.",
       false,
@@ -543,6 +547,8 @@ TEST(RecordingControl, CutNumber) {
             ASSERT_TRUE(rig.control.StartButtonClick());
             EXPECT_EQ(rig.pump().result.code, StopCode::StopMeasuring);
             EXPECT_EQ(rig.files().size(), 2 * c.pieces);
+            const std::string line = "Recorded 1572864 bytes in " + std::to_string(c.pieces) + " files";
+            EXPECT_EQ(std::count(rig.shell.details.begin(), rig.shell.details.end(), line), 1) << line;
         }
         EXPECT_EQ(firstMissing(log.finish(), c.lines), "");
     }

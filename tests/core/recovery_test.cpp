@@ -382,5 +382,56 @@ TEST(TwoWriters, TheNextOneOfTheNameKeepsWhatWasCutOff) {
     }
 }
 
+TEST(TwoWriters, ADeadNeighbourIsRecoveredFirst) {
+    const struct {
+        const char* dead;
+        uint32_t piece;  // that it was writing
+        const char* name;
+        const char* recovered;
+    } cases[] = {
+        {"run.dat", 2, "run_2.dat", "run_2_old1"},
+        {"run_2.dat", 0, "run.dat", "run_old1_2"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.dead) + " and " + c.name);
+        const TemporaryFolder folder;
+        leaveJournal(setupFor(folder.file(c.dead)), c.piece, {}, false);
+        folder.write("run_2.dat", "123456789");
+        record(setupFor(folder.file(c.name)), 60, false);
+        EXPECT_EQ(readFile(folder.file(std::string(c.recovered) + ".dat")), "123456");
+        EXPECT_THAT(readFile(folder.file(std::string(c.recovered) + ".txt")), HasSubstr("DataCountPerChannel = 1\r\n"));
+        EXPECT_EQ(readFile(folder.file(c.name)).size(), 60U);
+        EXPECT_THAT(listDirectory(folder.path()), testing::SizeIs(4)) << "no journal";
+    }
+}
+
+// The journal of the recording that made room tells of the move.
+TEST(TwoWriters, AMoveThatWasCutOffIsFinished) {
+    for (const bool recorded : {true, false}) {
+        const TemporaryFolder folder;
+        const WriterSetup setup = setupFor(folder.file("run.dat"));
+        for (const char* name : {"run_old1.dat", "run_old1_old1.dat", "run.txt", "run_2.dat"}) {
+            folder.write(name, name);
+        }
+        {
+            RecordingJournal journal;
+            JournalState state = setup.journalState();
+            state.aside = 1;
+            ASSERT_TRUE(journal.create(RecordingName(setup.fileName).journal(), state).ok());
+        }
+        if (recorded) {
+            record(setup, 60, false);
+            EXPECT_EQ(readFile(folder.file("run.dat")).size(), 60U);
+            removeFile(folder.file("run.dat"));
+            removeFile(folder.file("run.txt"));
+        } else {
+            EXPECT_THAT(recoverFolder(folder.path()), IsEmpty());
+        }
+        EXPECT_THAT(listDirectory(folder.path()),
+                    ElementsAre("run_old1.dat", "run_old1.txt", "run_old1_2.dat", "run_old1_old1.dat"));
+        EXPECT_EQ(readFile(folder.file("run_old1.txt")), "run.txt");
+    }
+}
+
 }  // namespace
 }  // namespace tarno2::test

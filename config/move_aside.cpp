@@ -1,0 +1,96 @@
+#include "config/move_aside.h"
+
+#include <algorithm>
+#include <set>
+
+#include "config/debug_log.h"
+#include "platform/file.h"
+
+namespace tarno2 {
+
+namespace {
+
+struct Renaming {
+    std::string from;
+    std::string to;
+};
+
+std::vector<std::string> neighbours(const RecordingName& name) {
+    return listDirectory(name.folder().empty() ? "." : name.folder());
+}
+
+/// The files of a recording that exist, with what they are to be called.
+std::vector<Renaming> filesOf(const RecordingName& name, const RecordingName& newName,
+                              const std::vector<std::string>& folderContents) {
+    std::set<uint32_t> pieces{0};
+    for (const std::string& file : folderContents) {
+        if (const auto k = name.pieceOf(file)) {
+            pieces.insert(*k);
+        }
+    }
+    std::vector<Renaming> files;
+    for (const uint32_t k : pieces) {
+        files.push_back({name.piece(k), newName.piece(k)});
+        files.push_back({name.description(k), newName.description(k)});
+    }
+    files.push_back({name.losses(), newName.losses()});
+    std::erase_if(files, [](const Renaming& file) { return !fileExists(file.from); });
+    return files;
+}
+
+/// Renames a file that nobody is writing.
+OsError rename(const Renaming& file) {
+    File held;
+    const OsError error = held.openPlain(file.from, FileMode::OpenExisting, FileAccess::Read, FileShare::Read);
+    held.close();
+    return error.inUse() ? error : renameFile(file.from, file.to);
+}
+
+/// Gives the first `count` files their old names back; a name that can't be had is left, with a line.
+void undo(const std::vector<Renaming>& files, size_t count, MovedAside& moved) {
+    for (size_t i = count; i-- > 0;) {
+        if (const OsError error = renameFile(files[i].to, files[i].from); error.ok()) {
+            DEBUG_LOG("\"%s\" renamed back to \"%s\"", files[i].to.c_str(), files[i].from.c_str());
+        } else {
+            DEBUG_LOG("!!!!! \"%s\" not renamed back: %s", files[i].to.c_str(), error.text().c_str());
+            moved.names.push_back(files[i].to);
+        }
+    }
+}
+
+}  // namespace
+
+uint32_t freeOldNumber(const RecordingName& name) {
+    const std::vector<std::string> contents = neighbours(name);
+    uint32_t n = 1;
+    while (fileExists(name.old(n).journal()) || fileExists(name.old(n).earlierJournal()) ||
+           !filesOf(name.old(n), name, contents).empty()) {
+        ++n;
+    }
+    return n;
+}
+
+bool hasFilesToMove(const RecordingName& name) {
+    return !filesOf(name, name, neighbours(name)).empty();
+}
+
+MovedAside moveAside(const RecordingName& name, uint32_t n) {
+    MovedAside moved;
+    const std::vector<Renaming> files = filesOf(name, name.old(n), neighbours(name));
+    for (size_t i = 0; i < files.size(); ++i) {
+        const Renaming& file = files[i];
+        moved.error = rename(file);
+        if (!moved.error.ok()) {
+            DEBUG_LOG("!!!!! Earlier file \"%s\" not renamed: %s", file.from.c_str(), moved.error.text().c_str());
+            moved.file = file.from;
+            moved.names.clear();
+            undo(files, i, moved);
+            return moved;
+        }
+        DEBUG_LOG("Earlier file \"%s\" renamed to \"%s\"", file.from.c_str(), file.to.c_str());
+        moved.names.push_back(file.to);
+    }
+    return moved;
+}
+
+}  // namespace tarno2
