@@ -127,6 +127,7 @@ bool AcquisitionThread::startBoard() {
     }
     uint64_t written = 0;
     counts_ = driver_.device().get(kADCGetSamplesWritten, written);
+    startAwaited_ = board_.settings.externalStart;
     ring_.emplace(info.m_nRingSize, board_.settings.channelCount(), timing_.threshold);
     return true;
 }
@@ -214,11 +215,16 @@ void AcquisitionThread::notify() {
 
 void AcquisitionThread::notifyProgress() {
     const uint64_t now = tickCount();
-    if (report_.code != StopCode::Running || (!fallsBehind() && now - lastProgress_ < kProgressPeriodMs)) {
+    if (report_.code != StopCode::Running) {
         return;
     }
-    lastProgress_ = now;
-    notify();
+    report_.startCame = startAwaited_ && ring_->readPosition() > 0;
+    startAwaited_ = startAwaited_ && !report_.startCame;
+    if (fallsBehind() || report_.startCame || now - lastProgress_ >= kProgressPeriodMs) {
+        lastProgress_ = now;
+        notify();
+    }
+    report_.startCame = false;
     report_.waitingBytes = 0;
 }
 

@@ -81,6 +81,7 @@ private:
     bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
     bool counts_ = false;          ///< the driver has told how many samples it has put into the ring
     bool countAnswered_ = false;   ///< and did so when it was asked last
+    bool startAwaited_ = false;    ///< the external start has not come
     bool eventCame_ = false;       ///< with this pass
     bool additionalMode_ = false;  ///< the pre-history portion is being read
     int32_t dataMode_ = 0;

@@ -50,12 +50,13 @@ struct RecordingResult {
     uint64_t events = 0;            ///< of the synchronisation
     bool sizeReached = false;       ///< it ended by its size
     bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring
+    bool startCame = false;         ///< of a running one when the first data of an external start were read
     uint64_t waitingBytes = 0;  ///< of a running one when more than half of its memory has come to wait for the disk
     std::vector<Loss> losses;   ///< samples that the host knows to be lost
     std::string problem;        ///< what exactly went wrong, in English; empty when nothing is known
 
     /// More than progress, which may be looked up at any time.
-    [[nodiscard]] bool isNews() const { return code != StopCode::Running || waitingBytes > 0; }
+    [[nodiscard]] bool isNews() const { return code != StopCode::Running || waitingBytes > 0 || startCame; }
 };
 
 /// Log line and status text of a code ("Stop - By user"); empty when it has none.

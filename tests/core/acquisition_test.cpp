@@ -345,7 +345,11 @@ TEST(Acquisition, ExternalStartWaitsUntilItIsStopped) {
     while (device.countCalls(presence) < asked + 2) {
         std::this_thread::yield();  // the second question comes after a slice of waiting
     }
+    EXPECT_FALSE(rig.notes.startCame());
     device.produce(kHalf / 2);
+    while (!rig.notes.startCame()) {
+        std::this_thread::yield();  // looked at, without any event
+    }
     EXPECT_EQ(rig.stop().code, StopCode::User);
     EXPECT_TRUE(rig.data() == streamBytes(0, kHalf / 2, 2)) << "what the ring held at the stop";
     EXPECT_EQ(device.calls().back(), "Stop") << "read first, then stopped";

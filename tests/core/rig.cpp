@@ -30,6 +30,7 @@ void NotificationLog::post(const Notification& notification) {
     const std::lock_guard lock(mutex_);
     if (notification.result.code == StopCode::Running) {
         ++progress_;
+        startCame_ = startCame_ || notification.result.startCame;
         slowDisk_ += notification.result.waitingBytes > 0 ? 1 : 0;
         return;
     }
@@ -43,6 +44,11 @@ std::optional<Notification> NotificationLog::nextEnd() {
         return std::nullopt;
     }
     return ends_[taken_++];
+}
+
+bool NotificationLog::startCame() {
+    const std::lock_guard lock(mutex_);
+    return startCame_;
 }
 
 size_t NotificationLog::progressCount() {

@@ -42,6 +42,7 @@ public:
     /// The next one that says how a recording ended; nothing after 30 s.
     [[nodiscard]] std::optional<Notification> nextEnd();
     [[nodiscard]] size_t progressCount();
+    [[nodiscard]] bool startCame();
     /// How often a running recording told that its disk falls behind.
     [[nodiscard]] size_t slowDiskCount();
 
@@ -51,6 +52,7 @@ private:
     std::vector<Notification> ends_;
     size_t taken_ = 0;
     size_t progress_ = 0;
+    bool startCame_ = false;
     size_t slowDisk_ = 0;
 };
 
