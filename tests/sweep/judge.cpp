@@ -99,7 +99,6 @@ private:
     void checkPieces(const std::string& base, const Pieces& pieces) {
         uint64_t sample = 0;
         uint32_t number = 0;
-        uint64_t bytes = 0;
         for (const auto& [found, file] : pieces) {
             const std::string& data = files_.at(file);
             if (found != number++) {
@@ -114,11 +113,10 @@ private:
                 }
             }
             checkDescription(base, file, data.size());
-            bytes += data.size();
-        }
-        if (base == "run") {
-            verdict_.recorded = bytes;
-            verdict_.recordedFiles = static_cast<uint32_t>(pieces.size());
+            if (base == "run" && !data.empty()) {
+                verdict_.recorded += data.size();
+                ++verdict_.recordedFiles;
+            }
         }
     }
     void checkDescription(const std::string& base, const std::string& file, uint64_t bytes) {
