@@ -65,9 +65,8 @@ public:
 
     /// Whether the program gave the name: it means nothing to anybody, and any other is as good.
     [[nodiscard]] bool isGenerated() const;
-    /// Which piece a file of the same folder belongs to, by its name and whatever its extension: 0 for "<base>.x", k
-    /// for
-    /// "<base>_<k>.x". Nothing when it does not belong to this recording.
+    /// Which piece a file of the same folder belongs to, by its name and whatever its extension: 0 for "<base>.x",
+    /// k for "<base>_<k>.x". Nothing when it does not belong to this recording.
     [[nodiscard]] std::optional<uint32_t> pieceOf(std::string_view fileName) const;
     /// Whether both may have files of one name, in the same folder: they are called the same, or one like a piece of
     /// the other.
