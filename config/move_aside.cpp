@@ -15,8 +15,8 @@ struct Renaming {
     std::string to;
 };
 
-std::vector<std::string> neighbours(const RecordingName& name) {
-    return listDirectory(name.folder().empty() ? "." : name.folder());
+std::vector<std::string> neighbours(const RecordingName& name, OsError* error = nullptr) {
+    return listDirectory(name.folder().empty() ? "." : name.folder(), error);
 }
 
 /// The files of a recording that exist, with what they are to be called.
@@ -76,7 +76,14 @@ bool hasFilesToMove(const RecordingName& name) {
 
 MovedAside moveAside(const RecordingName& name, uint32_t n) {
     MovedAside moved;
-    const std::vector<Renaming> files = filesOf(name, name.old(n), neighbours(name));
+    OsError listed;
+    const std::vector<Renaming> files = filesOf(name, name.old(n), neighbours(name, &listed));
+    if (!listed.ok() && !files.empty()) {
+        // Pieces that were not seen would stay behind.
+        moved.error = listed;
+        moved.file = files.front().from;
+        return moved;
+    }
     for (size_t i = 0; i < files.size(); ++i) {
         const Renaming& file = files[i];
         moved.error = rename(file);

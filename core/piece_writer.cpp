@@ -137,7 +137,7 @@ bool PieceWriter::closeFile() {
         return whole;
     }
     if (fileBytes_ < setup_->frameBytes()) {
-        removeFile(current_.name);
+        removeEmpty(current_.name);
     } else {
         savedBytes_ += fileBytes_;
         ++savedFiles_;
@@ -154,6 +154,12 @@ void PieceWriter::lookForFile() {
     if (!gone_ && !current_.file->isNamed(current_.name)) {
         gone_ = true;
         notice(formatText("\"%s\" was removed or renamed while it was recorded", current_.name.c_str()));
+    }
+}
+
+void PieceWriter::removeEmpty(const std::string& name) {
+    if (const OsError error = removeFile(name); !error.ok() && !error.notFound()) {
+        notice(formatText("The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str()));
     }
 }
 
@@ -261,7 +267,7 @@ void PieceWriter::dropPrepared() {
         const bool ours = prepared_.file->isNamed(prepared_.name);
         static_cast<void>(prepared_.file->close());
         if (ours) {
-            removeFile(prepared_.name);
+            removeEmpty(prepared_.name);
         }
         prepared_ = {};
     }
@@ -271,7 +277,10 @@ bool PieceWriter::finish() {
     dropPrepared();
     describeLate();
     if (undescribed_.empty()) {
-        journal_->remove();
+        if (const OsError error = journal_->remove(); !error.ok()) {
+            notice(formatText("The journal \"%s\" could not be removed: %s", journal_->name().c_str(),
+                              error.text().c_str()));
+        }
         return true;
     }
     // What the journal tells of can be described later.

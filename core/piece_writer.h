@@ -89,6 +89,7 @@ private:
     [[nodiscard]] bool flush();
     void lookForFile();
     void lookForJournal();
+    void removeEmpty(const std::string& name);
     void notice(const std::string& what);
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();

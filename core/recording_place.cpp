@@ -89,7 +89,9 @@ private:
                 return true;
             }
         }
-        journal.remove();
+        if (const OsError error = journal.remove(); !error.ok()) {
+            DEBUG_LOG("!!!!! The journal \"%s\" could not be removed: %s", name.c_str(), error.text().c_str());
+        }
         return true;
     }
 
