@@ -209,8 +209,9 @@ int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, O
     const Condition<Width> trigger = triggerCondition<Width>(block.channels, packed);
     if (holding_) {
         std::memcpy(held_.data() + frameBytes, block.words, frameBytes);
-        holding_ = false;
-        consume<Width>({reinterpret_cast<const Word*>(held_.data()), block.channels, 1}, trigger, 2 * block.channels);
+        // A record without history leaves the frame that triggered it to the next record.
+        holding_ = consume<Width>({reinterpret_cast<const Word*>(held_.data()), block.channels, 1}, trigger,
+                                  2 * block.channels) == 0;
     }
     const size_t frames = event_.complete() ? 0 : consume<Width>(block, trigger, block.size());
     if (event_.complete()) {
