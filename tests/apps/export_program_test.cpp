@@ -106,7 +106,8 @@ TEST_F(ExportProgram, TellsWhyADescriptionCanNotBeRead) {
     rig.folder().write("run.dat", std::string(4, '\0'));
     std::filesystem::create_directory(rig.file("run.txt"));
     EXPECT_THAT(convert({}, 2),
-                testing::MatchesRegex(".*run.txt: cannot be read: [^;]+; DataFormat can be given with .*\n"));
+                AllOf(HasSubstr("run.txt: cannot be read: "), HasSubstr("; DataFormat can be given with "),
+                      Not(HasSubstr("cannot be read: ;"))));
 }
 
 TEST_F(ExportProgram, MakesOneEmptyFileOfARecordingWithoutFrames) {

@@ -320,9 +320,9 @@ TEST(ConsoleLog, ALogThatAnotherRunHoldsGetsANeighbour) {
     second.log("of the second");
     second.close();
     EXPECT_EQ(readFile(folder.file("AutoLog_2.txt")), "of the second\r\n");
-    EXPECT_EQ(readFile(folder.file("AutoLog.txt")), "");
     EXPECT_EQ(fileNameOf(third.path()), "AutoLog_3.txt");
     first.close();
+    EXPECT_EQ(readFile(folder.file("AutoLog.txt")), "");
     ASSERT_TRUE(second.open(folder.path()).ok());
     EXPECT_EQ(fileNameOf(second.path()), "AutoLog.txt");
 }

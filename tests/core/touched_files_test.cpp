@@ -77,6 +77,9 @@ bool waitFor(const std::function<bool()>& happened) {
 }
 
 TEST(TouchedFiles, RecordingGoesOnInTheNextFile) {
+    if (kPathSeparator == '\\') {
+        GTEST_SKIP() << "an open file keeps its name on Windows, or has none until it is closed";
+    }
     const struct {
         const char* what;
         bool renamed;
@@ -128,6 +131,9 @@ TEST(TouchedFiles, RecordingGoesOnInTheNextFile) {
 }
 
 TEST(TouchedFiles, OneThatIsGoneAtTheEndIsNotCounted) {
+    if (kPathSeparator == '\\') {
+        GTEST_SKIP() << "an open file keeps its name on Windows, or has none until it is closed";
+    }
     TouchedRig rig;
     rig.setup.flushPeriodMs = 600000;
     ASSERT_EQ(rig.open(), 0);
