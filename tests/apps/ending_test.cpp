@@ -236,12 +236,12 @@ TEST(SizeLimitOfTheSystem, EndsARecordingAsAFullDiskDoes) {
 }
 
 TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
+    if (kPathSeparator == '\\' || !fileExists("/usr/bin/Xvfb")) {
+        GTEST_SKIP() << "there is no X server without a screen here";
+    }
     const RecordingRig rig;
     ChildProcess server("/usr/bin/Xvfb", {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp"},
                         rig.file("display.txt"));
-    if (!fileExists("/usr/bin/Xvfb")) {
-        GTEST_SKIP() << "there is no X server without a screen here";
-    }
     const auto number = [&rig] { return readFile(rig.file("display.txt")); };
     ASSERT_TRUE(waitUntil([&] { return number().ends_with('\n'); }));
     const ScopedEnvironment display("DISPLAY", ':' + number().substr(0, number().find('\n')));
