@@ -20,7 +20,12 @@ private:
 };
 
 /// printf into a string, in the "C" locale. Empty when the format is wrong.
-[[nodiscard]] std::string formatText(const char* format, ...) __attribute__((format(gnu_printf, 1, 2)));
+[[nodiscard]] std::string formatText(const char* format, ...)
+#ifdef __clang__  // which knows no other dialect
+    __attribute__((format(printf, 1, 2)));
+#else
+    __attribute__((format(gnu_printf, 1, 2)));
+#endif
 [[nodiscard]] std::string formatTextV(const char* format, va_list arguments);
 
 }  // namespace tarno2
