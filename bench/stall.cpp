@@ -43,7 +43,7 @@ public:
     OsError truncate(uint64_t size) override { return file_->truncate(size); }
     OsError flush() override { return file_->flush(); }
     OsError close() override { return file_->close(); }
-    [[nodiscard]] bool isNamed(const std::string& name) const override { return file_->isNamed(name); }
+    [[nodiscard]] Named named(const std::string& name) const override { return file_->named(name); }
 
 private:
     Stalls stalls_;

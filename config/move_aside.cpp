@@ -19,9 +19,10 @@ std::vector<std::string> neighbours(const RecordingName& name, OsError* error = 
     return listDirectory(name.folder().empty() ? "." : name.folder(), error);
 }
 
-/// The files of a recording that exist, with what they are to be called.
+/// The files of a recording that exist, with what they are to be called. One of which the system does not tell is not
+/// among them, and leaves an error.
 std::vector<Renaming> filesOf(const RecordingName& name, const RecordingName& newName,
-                              const std::vector<std::string>& folderContents) {
+                              const std::vector<std::string>& folderContents, OsError& error) {
     std::set<uint32_t> pieces{0};
     for (const std::string& file : folderContents) {
         if (const auto k = name.pieceOf(file)) {
@@ -34,7 +35,12 @@ std::vector<Renaming> filesOf(const RecordingName& name, const RecordingName& ne
         files.push_back({name.description(k), newName.description(k)});
     }
     files.push_back({name.losses(), newName.losses()});
-    std::erase_if(files, [](const Renaming& file) { return !fileExists(file.from); });
+    std::erase_if(files, [&error](const Renaming& file) {
+        bool found = false;
+        const OsError looked = findFile(file.from, found);
+        error = error.ok() ? looked : error;
+        return !found;
+    });
     return files;
 }
 
@@ -62,26 +68,30 @@ void undo(const std::vector<Renaming>& files, size_t count, MovedAside& moved) {
 
 uint32_t freeOldNumber(const RecordingName& name) {
     const std::vector<std::string> contents = neighbours(name);
+    OsError ignored;  // nothing is replaced, whatever the number
     uint32_t n = 1;
     while (fileExists(name.old(n).journal()) || fileExists(name.old(n).earlierJournal()) ||
-           !filesOf(name.old(n), name, contents).empty()) {
+           !filesOf(name.old(n), name, contents, ignored).empty()) {
         ++n;
     }
     return n;
 }
 
 bool hasFilesToMove(const RecordingName& name) {
-    return !filesOf(name, name, neighbours(name)).empty();
+    OsError error;
+    return !filesOf(name, name, neighbours(name), error).empty() || !error.ok();
 }
 
 MovedAside moveAside(const RecordingName& name, uint32_t n) {
     MovedAside moved;
     OsError listed;
-    const std::vector<Renaming> files = filesOf(name, name.old(n), neighbours(name, &listed));
-    if (!listed.ok() && !files.empty()) {
-        // Pieces that were not seen would stay behind.
-        moved.error = listed;
-        moved.file = files.front().from;
+    const std::vector<std::string> contents = neighbours(name, &listed);
+    OsError seen;
+    const std::vector<Renaming> files = filesOf(name, name.old(n), contents, seen);
+    if (!seen.ok() || (!listed.ok() && !files.empty())) {
+        // What was not seen would stay behind.
+        moved.error = seen.ok() ? listed : seen;
+        moved.file = files.empty() ? name.data() : files.front().from;
         return moved;
     }
     for (size_t i = 0; i < files.size(); ++i) {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/os_error.h"
+#include "platform/file.h"
 
 namespace tarno2 {
 
@@ -29,7 +29,7 @@ public:
     virtual OsError flush() = 0;
     virtual OsError close() = 0;
     /// Whether the name still leads to the file, which somebody may have removed or renamed. While it is open.
-    [[nodiscard]] virtual bool isNamed(const std::string& name) const = 0;
+    [[nodiscard]] virtual Named named(const std::string& name) const = 0;
 };
 
 using DataFileMaker = std::function<std::unique_ptr<DataFile>()>;

@@ -11,22 +11,26 @@ namespace tarno2 {
 
 namespace {
 
+using HeldName = std::multiset<std::string>::const_iterator;
+
 constexpr int kAttempts = 10;
 
 /// What an open file is, by its contents.
 JournalFound judge(File& file, const std::string& name, JournalState& state) {
     uint64_t size = 0;
     if (!file.size(size).ok()) {
-        return JournalFound::Foreign;
+        return JournalFound::Unreadable;
     }
     if (size == 0 && name.ends_with(kJournalExtension)) {
         return JournalFound::NotBegun;
     }
     std::string contents(2 * kJournalHalf, '\0');
     size_t done = 0;
-    if (size != contents.size() || !file.seek(0).ok() || !file.read(contents.data(), contents.size(), done).ok() ||
-        done != contents.size()) {
+    if (size != contents.size()) {
         return JournalFound::Foreign;
+    }
+    if (!file.seek(0).ok() || !file.read(contents.data(), contents.size(), done).ok() || done != contents.size()) {
+        return JournalFound::Unreadable;
     }
     auto read = readJournal(contents);
     if (!read) {
@@ -36,29 +40,36 @@ JournalFound judge(File& file, const std::string& name, JournalState& state) {
     return JournalFound::Ours;
 }
 
-JournalFound judge(const OsError& error) {
+JournalFound judge(const OsError& error, const std::string& name) {
     if (error.inUse()) {
         return JournalFound::InUse;
     }
-    return error.notFound() ? JournalFound::Nothing : JournalFound::Foreign;
+    if (error.notFound()) {
+        return JournalFound::Nothing;
+    }
+    bool found = false;
+    if (const OsError looked = findFile(name, found); looked.ok() && !found) {
+        return JournalFound::Nothing;
+    }
+    return !found || isPlainFile(name) ? JournalFound::Unreadable : JournalFound::Foreign;
 }
 
 JournalFound lookAt(const std::string& name, JournalState& state) {
     File file;
     const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
-    return error.ok() ? judge(file, name, state) : judge(error);
+    return error.ok() ? judge(file, name, state) : judge(error, name);
 }
 
 /// The journals that this program holds, by their names without folder: two spellings of a folder are one.
 class HeldJournals {
 public:
-    void add(const std::string& name) {
+    HeldName add(const std::string& name) {
         const std::scoped_lock lock(mutex_);
-        names_.insert(fileNameOf(name));
+        return names_.insert(fileNameOf(name));
     }
-    void remove(const std::string& name) {
+    void remove(HeldName name) noexcept {
         const std::scoped_lock lock(mutex_);
-        names_.erase(names_.find(fileNameOf(name)));
+        names_.erase(name);
     }
     bool contains(const std::string& name) {
         const std::scoped_lock lock(mutex_);
@@ -82,9 +93,11 @@ bool RecordingJournal::isHeldHere(const std::string& name) {
 }
 
 void RecordingJournal::setHeld(bool held) {
-    if (held != listed_) {
-        listed_ = held;
-        held ? heldJournals().add(name_) : heldJournals().remove(name_);
+    if (held && !heldName_) {
+        heldName_ = heldJournals().add(name_);
+    } else if (!held && heldName_) {
+        heldJournals().remove(*heldName_);
+        heldName_.reset();
     }
 }
 
@@ -110,11 +123,11 @@ JournalFound RecordingJournal::takeExisting(const std::string& name) {
         const OsError error =
             file_.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::None);
         if (!error.ok() && !error.notFound()) {
-            return judge(error);
+            return judge(error, name);
         }
-        if (error.ok() && file_.isNamed(name)) {
+        if (error.ok() && file_.named(name) == Named::Yes) {
             const JournalFound held = judge(file_, name, state_);
-            if (held == JournalFound::Foreign) {
+            if (held == JournalFound::Foreign || held == JournalFound::Unreadable) {
                 release();
                 return held;
             }
@@ -142,7 +155,7 @@ OsError RecordingJournal::create(const std::string& name, const JournalState& st
     name_ = name;
     const OsError error = file_.createWhole(name, contents);
     // Where it could not appear locked, another program may have taken it for one that was left behind.
-    if (error.ok() && !file_.isNamed(name)) {
+    if (error.ok() && file_.named(name) == Named::No) {
         release();
         return create(name, state);
     }

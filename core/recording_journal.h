@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "core/journal_text.h"
@@ -13,10 +14,11 @@ namespace tarno2 {
 /// What stands under the name of a journal.
 enum class JournalFound {
     Nothing,
-    Ours,      ///< a journal that nobody holds
-    NotBegun,  ///< an empty file with the ending of a journal: a recording that had not begun to make it
-    InUse,     ///< held by who records, or who recovers
-    Foreign    ///< anything else, also a journal of a later version and a file that can't be read: left alone
+    Ours,       ///< a journal that nobody holds
+    NotBegun,   ///< an empty file with the ending of a journal: a recording that had not begun to make it
+    InUse,      ///< held by who records, or who recovers
+    Foreign,    ///< anything else, also a journal of a later version: left alone
+    Unreadable  ///< it could be anything, for it can't be read: left alone
 };
 
 /// The journal of a recording: a file `<base>.tarno2-journal` beside the data files, which is there from before the
@@ -60,7 +62,7 @@ public:
 
     [[nodiscard]] bool held() const { return file_.isOpen(); }
     /// Whether the journal that is held still has its name.
-    [[nodiscard]] bool isNamed() const { return file_.isNamed(name_); }
+    [[nodiscard]] Named named() const { return file_.named(name_); }
     [[nodiscard]] const std::string& name() const { return name_; }
 
 private:
@@ -70,7 +72,8 @@ private:
     std::string name_;
     JournalState state_;
     uint64_t sequence_ = 0;  ///< of the newest state
-    bool listed_ = false;    ///< as held by this program
+    /// Its place among the journals that this program holds.
+    std::optional<std::multiset<std::string>::const_iterator> heldName_;
 };
 
 }  // namespace tarno2

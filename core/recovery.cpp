@@ -26,14 +26,16 @@ using Outcome = RecoveryReport::Outcome;
 /// spellings of a folder are one.
 class RunningRecoveries {
 public:
-    void begin(const std::string& journalName) {
+    using Running = std::multiset<std::string>::const_iterator;
+
+    Running begin(const std::string& journalName) {
         const std::scoped_lock lock(mutex_);
-        names_.insert(fileNameOf(journalName));
+        return names_.insert(fileNameOf(journalName));
     }
-    void end(const std::string& journalName) {
+    void end(Running recovery) noexcept {
         {
             const std::scoped_lock lock(mutex_);
-            names_.erase(names_.find(fileNameOf(journalName)));
+            names_.erase(recovery);
         }
         ended_.notify_all();
     }
@@ -58,15 +60,13 @@ RunningRecoveries& runningRecoveries() {
 
 class RunningRecovery {
 public:
-    explicit RunningRecovery(std::string journalName) : name_(std::move(journalName)) {
-        runningRecoveries().begin(name_);
-    }
-    ~RunningRecovery() { runningRecoveries().end(name_); }
+    explicit RunningRecovery(const std::string& journalName) : running_(runningRecoveries().begin(journalName)) {}
+    ~RunningRecovery() { runningRecoveries().end(running_); }
     RunningRecovery(const RunningRecovery&) = delete;
     RunningRecovery& operator=(const RunningRecovery&) = delete;
 
 private:
-    std::string name_;
+    RunningRecoveries::Running running_;
 };
 
 RecoveryReport failed(std::string name, const std::string& problem) {
@@ -101,6 +101,7 @@ std::optional<RecoveryReport> recover(const std::string& journalName, bool named
             }
             return untouched(Outcome::InProgress, recordingBase(journalName), "\"%s\" is held by another program");
         case JournalFound::Foreign:
+        case JournalFound::Unreadable:
             if (!named && journalName.ends_with(kEarlierJournalExtension)) {
                 return std::nullopt;  // many programs call files so
             }

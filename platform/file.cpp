@@ -22,6 +22,17 @@ File& File::operator=(File&& other) noexcept {
     return *this;
 }
 
+// Of a file that can't be used, nothing is left that this program has made.
+OsError File::keepOrClose(const OsError& error, const std::string& path, FileMode mode) {
+    if (!error.ok()) {
+        if (mode == FileMode::CreateNew) {
+            static_cast<void>(removeNamed(path));
+        }
+        static_cast<void>(close());
+    }
+    return error;
+}
+
 OsError File::createWhole(const std::string& path, std::string_view contents) {
     const auto fill = [&] {
         size_t done = 0;
@@ -52,6 +63,12 @@ OsError File::createWhole(const std::string& path, std::string_view contents) {
         static_cast<void>(close());
     }
     return error;
+}
+
+bool fileExists(const std::string& path) {
+    bool found = false;
+    static_cast<void>(findFile(path, found));
+    return found;
 }
 
 OsError createFolders(const std::string& path) {

@@ -30,6 +30,9 @@ enum class FileAccess {
 /// only reads a file that is being written has to ask for `ReadWrite`.
 enum class FileShare { None, Read, ReadWrite };
 
+/// Whether a path leads to an open file: it may have been removed or replaced, or the system may not tell.
+enum class Named { Yes, No, Unknown };
+
 /// One open file; closed on destruction. Reads and writes are unbuffered and move the file's own position.
 /// An object belongs to one thread at a time.
 class File {
@@ -60,8 +63,8 @@ public:
     /// The lock of a file that was opened without `FileShare::ReadWrite` is really held: an error where the file system
     /// knows no locks, so that somebody else may have the file open unseen.
     OsError confirmLock();
-    /// Whether the path still leads to this file; where an open file can be removed or replaced, it may not.
-    [[nodiscard]] bool isNamed(const std::string& path) const;
+    /// Whether the path still leads to this file.
+    [[nodiscard]] Named named(const std::string& path) const;
     /// Whether the file has other names too (hard links).
     [[nodiscard]] bool hasOtherNames() const;
     /// Whether the user that this program runs as owns the file; true where the file system knows no owners.
@@ -83,11 +86,14 @@ private:
     friend class DiskReserve;
     OsError openNameless(const std::string& folder);
     OsError giveName(const std::string& path);
+    OsError keepOrClose(const OsError& error, const std::string& path, FileMode mode);
     static constexpr intptr_t kClosed = -1;
     intptr_t handle_ = kClosed;
 };
 
 [[nodiscard]] bool fileExists(const std::string& path);  ///< a file, folder or anything else of that name
+/// The same where it matters that the system may not tell: then an error, and `found` is false.
+OsError findFile(const std::string& path, bool& found);
 [[nodiscard]] bool isDirectory(const std::string& path);
 [[nodiscard]] bool isPlainFile(const std::string& path);  ///< a regular file, reached by no link
 /// Whether both names lead to one existing file, be it by a link or another spelling.

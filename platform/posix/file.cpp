@@ -146,13 +146,8 @@ OsError File::open(const std::string& path, FileMode mode, FileAccess access, Fi
     if (fd < 0) {
         return OsError::last();
     }
-    const OsError error = prepare(fd, mode, share);
-    if (error.ok()) {
-        handle_ = fd;
-    } else {
-        ::close(fd);
-    }
-    return error;
+    handle_ = fd;
+    return keepOrClose(prepare(fd, mode, share), path, mode);
 }
 
 OsError File::openPlain(const std::string& path, FileMode mode, FileAccess access, FileShare share) {
@@ -175,12 +170,8 @@ OsError File::openPlain(const std::string& path, FileMode mode, FileAccess acces
     if (error.ok()) {
         error = prepare(fd, mode, share);
     }
-    if (error.ok()) {
-        handle_ = fd;
-    } else {
-        ::close(fd);
-    }
-    return error;
+    handle_ = fd;
+    return keepOrClose(error, path, mode);
 }
 
 OsError File::openNameless(const std::string& folder) {
@@ -235,10 +226,16 @@ OsError File::confirmLock() {
     return result(locked);
 }
 
-bool File::isNamed(const std::string& path) const {
+Named File::named(const std::string& path) const {
     struct stat own {};
-    struct stat named {};
-    return fstat(descriptor(handle_), &own) == 0 && stat(path.c_str(), &named) == 0 && isSame(own, named);
+    struct stat found {};
+    if (stat(path.c_str(), &found) != 0) {
+        return OsError::last().notFound() ? Named::No : Named::Unknown;
+    }
+    if (fstat(descriptor(handle_), &own) != 0) {
+        return Named::Unknown;
+    }
+    return isSame(own, found) ? Named::Yes : Named::No;
 }
 
 bool File::hasOtherNames() const {
@@ -316,9 +313,11 @@ OsError File::flush() {
     return error.code() == EINVAL ? OsError() : error;  // a device keeps nothing back
 }
 
-bool fileExists(const std::string& path) {
+OsError findFile(const std::string& path, bool& found) {
     struct stat facts {};
-    return lstat(path.c_str(), &facts) == 0;
+    const OsError error = result(lstat(path.c_str(), &facts));
+    found = error.ok();
+    return error.notFound() ? OsError() : error;
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {

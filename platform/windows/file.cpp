@@ -147,12 +147,8 @@ OsError File::openPlain(const std::string& path, FileMode mode, FileAccess acces
     if (error.ok() && empties) {
         error = result(SetEndOfFile(file));
     }
-    if (error.ok()) {
-        handle_ = reinterpret_cast<intptr_t>(file);
-    } else {
-        CloseHandle(file);
-    }
-    return error;
+    handle_ = reinterpret_cast<intptr_t>(file);
+    return keepOrClose(error, path, mode);
 }
 
 // No file is without a name here.
@@ -165,7 +161,7 @@ OsError File::giveName(const std::string& /*path*/) {
 }
 
 OsError File::removeNamed(const std::string& path) {
-    if (!isNamed(path)) {
+    if (named(path) != Named::Yes) {
         return OsError(ERROR_FILE_NOT_FOUND);
     }
     FILE_DISPOSITION_INFO disposition{};
@@ -183,11 +179,22 @@ OsError File::confirmLock() {
     return {};
 }
 
-bool File::isNamed(const std::string& path) const {
+Named File::named(const std::string& path) const {
     BY_HANDLE_FILE_INFORMATION own{};
-    BY_HANDLE_FILE_INFORMATION named{};
-    return isOpen() && GetFileInformationByHandle(nativeHandle(handle_), &own) != 0 && identify(path, named) &&
-           isSame(own, named);
+    BY_HANDLE_FILE_INFORMATION found{};
+    if (!identify(path, found)) {
+        // One that was removed while others have it open can't be opened any more.
+        const OsError error = OsError::last();
+        FILE_STANDARD_INFO state{};
+        const bool removed =
+            GetFileInformationByHandleEx(nativeHandle(handle_), FileStandardInfo, &state, sizeof state) != 0 &&
+            state.DeletePending != 0;
+        return removed || error.notFound() ? Named::No : Named::Unknown;
+    }
+    if (GetFileInformationByHandle(nativeHandle(handle_), &own) == 0) {
+        return Named::Unknown;
+    }
+    return isSame(own, found) ? Named::Yes : Named::No;
 }
 
 bool File::hasOtherNames() const {
@@ -269,8 +276,10 @@ OsError File::flush() {
     return result(FlushFileBuffers(nativeHandle(handle_)));
 }
 
-bool fileExists(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+OsError findFile(const std::string& path, bool& found) {
+    found = GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    const OsError error = found ? OsError() : OsError::last();
+    return error.notFound() ? OsError() : error;
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {

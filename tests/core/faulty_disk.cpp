@@ -37,7 +37,7 @@ public:
         const OsError result = file_->close();
         return disk_.failingClose ? FaultyDisk::error() : result;
     }
-    [[nodiscard]] bool isNamed(const std::string& name) const override { return file_->isNamed(name); }
+    [[nodiscard]] Named named(const std::string& name) const override { return file_->named(name); }
 
 private:
     FaultyDisk& disk_;

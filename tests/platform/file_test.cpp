@@ -97,10 +97,10 @@ TEST(File, RemovesANameOnlyWhileItLeadsToTheFile) {
     File file;
     ASSERT_TRUE(file.openPlain(path, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read).ok());
     EXPECT_TRUE(renameFile(path, folder.file("elsewhere")).ok());
-    EXPECT_FALSE(file.isNamed(path));
+    EXPECT_EQ(file.named(path), Named::No);
     EXPECT_TRUE(file.removeNamed(path).notFound());
     folder.write("data", "somebody's");
-    EXPECT_FALSE(file.isNamed(path));
+    EXPECT_EQ(file.named(path), Named::No);
     EXPECT_TRUE(file.removeNamed(path).notFound());
     EXPECT_EQ(test::readFile(path), "somebody's");
     EXPECT_TRUE(file.close().ok());
@@ -116,7 +116,7 @@ TEST(File, AWholeFileIsThereOrNone) {
     const std::string path = folder.file("journal");
     File file;
     ASSERT_TRUE(file.createWhole(path, "contents").ok());
-    EXPECT_TRUE(file.isNamed(path));
+    EXPECT_EQ(file.named(path), Named::Yes);
     File other;
     EXPECT_TRUE(other.openPlain(path, FileMode::OpenExisting, FileAccess::ReadWrite, FileShare::None).inUse());
     EXPECT_TRUE(other.createWhole(path, "others").alreadyExists());
