@@ -13,6 +13,7 @@ namespace tarno2 {
 namespace {
 
 constexpr std::string_view kTitle = "Tarno2 journal 1\n";
+constexpr size_t kChecksumLine = 18;
 constexpr uint32_t kMostChannels = 0xFFFF;
 constexpr uint64_t kLastSequence = uint64_t{1} << 62U;  // further than any recorder comes, with room for more
 
@@ -51,8 +52,8 @@ std::string factsText(const RecordingFacts& facts) {
     return text;
 }
 
-std::string pieceText(const PieceState& piece) {
-    std::string text = formatText("piece %u\n", piece.number);
+std::string pieceText(const char* key, const PieceState& piece) {
+    std::string text = formatText("%s %u\n", key, piece.number);
     if (piece.createTime) {
         const LocalTime& time = *piece.createTime;
         text += formatText("created %d %d %d %d %d %d %d %d\n", time.year, time.month, time.dayOfWeek, time.day,
@@ -154,11 +155,20 @@ bool readFact(std::string_view key, Numbers& numbers, RecordingFacts& facts) {
     return numbers.good();
 }
 
+/// The piece that the last line about one has named.
+PieceState* pieceAtHand(JournalState& state) {
+    if (state.piece) {
+        return &*state.piece;
+    }
+    return state.undescribed.empty() ? nullptr : &state.undescribed.back();
+}
+
 bool readLine(std::string_view line, JournalState& state) {
     const size_t blank = std::min(line.find(' '), line.size());
     const std::string_view key = line.substr(0, blank);
     const std::string_view value = line.substr(std::min(blank + 1, line.size()));
     Numbers numbers(value);
+    PieceState* piece = pieceAtHand(state);
     if (key == "extension") {
         state.extension = value;
         return true;
@@ -177,12 +187,14 @@ bool readLine(std::string_view line, JournalState& state) {
         state.aside = numbers.next<uint32_t>();
     } else if (key == "piece") {
         state.piece.emplace().number = numbers.next<uint32_t>();
+    } else if (key == "earlier") {
+        state.undescribed.emplace_back().number = numbers.next<uint32_t>();
     } else if (key == "dropped") {
         return state.piece && value.empty() && (state.piece->dropped = true);
     } else if (key == "created") {
-        return state.piece && readTime(numbers, state.piece->createTime.emplace());
+        return piece != nullptr && readTime(numbers, piece->createTime.emplace());
     } else if (key == "record") {
-        return state.piece && readRecord(numbers, *state.piece);
+        return piece != nullptr && readRecord(numbers, *piece);
     } else {
         return readFact(key, numbers, state.facts);
     }
@@ -194,7 +206,9 @@ bool usable(const JournalState& state) {
         state.channelCount > kMostChannels || !isDataExtension(state.extension) || state.sequence > kLastSequence) {
         return false;
     }
-    return !state.piece || state.piece->recordBytes % state.frameBytes() == 0;
+    const auto isWhole = [&state](const PieceState& piece) { return piece.recordBytes % state.frameBytes() == 0; };
+    return std::all_of(state.undescribed.begin(), state.undescribed.end(), isWhole) &&
+           (state.piece ? isWhole(*state.piece) : state.undescribed.empty());
 }
 
 std::optional<JournalState> readHalf(std::string_view half) {
@@ -229,10 +243,16 @@ std::optional<std::string> journalText(const JournalState& state) {
     if (state.aside) {
         text += formatText("aside %u\n", *state.aside);
     }
-    if (state.piece) {
-        text += pieceText(*state.piece);
+    const std::string last = state.piece ? pieceText("piece", *state.piece) : std::string();
+    std::string earlier;
+    for (auto piece = state.undescribed.rbegin(); piece != state.undescribed.rend(); ++piece) {
+        std::string more = pieceText("earlier", *piece);
+        if (text.size() + more.size() + earlier.size() + last.size() + kChecksumLine > kJournalHalf) {
+            break;
+        }
+        earlier.insert(0, more);
     }
-    return sealedJournalHalf(std::move(text));
+    return sealedJournalHalf(text + earlier + last);
 }
 
 std::optional<std::string> sealedJournalHalf(std::string lines) {

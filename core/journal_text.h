@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/recording_facts.h"
 #include "platform/clock.h"
@@ -30,7 +31,8 @@ struct JournalState {
     /// Before there is a piece: files of an earlier recording of that name are being moved to the `old` one of this
     /// number.
     std::optional<uint32_t> aside;
-    std::optional<PieceState> piece;  ///< the data file at hand; nothing before the first one has data
+    std::vector<PieceState> undescribed;  ///< earlier data files whose descriptions could not be written yet
+    std::optional<PieceState> piece;      ///< the current data file; nothing before the first one has data
 
     [[nodiscard]] uint64_t frameBytes() const { return uint64_t{sampleWidth} * channelCount; }
 };
@@ -39,7 +41,8 @@ struct JournalState {
 /// this size, each padded with line ends.
 inline constexpr size_t kJournalHalf = size_t{32} * 1024;
 
-/// One padded state; nothing when it is too long. docs/formats.md tells the form.
+/// One padded state; nothing when it is too long. Of files without a description the last ones are in it, as many as
+/// fit. docs/formats.md tells the form.
 [[nodiscard]] std::optional<std::string> journalText(const JournalState& state);
 
 /// A half with these lines: their checksum and the padding are added. Nothing when they are too many.

@@ -51,12 +51,17 @@ bool writeLossLedger(const std::string& dataName, std::span<const Loss> losses) 
         DEBUG_LOG("!!!!! Data lost: %s", line.c_str());
         contents += line + "\r\n";
     }
+    const std::string name = RecordingName(dataName).losses();
     File file;
     size_t done = 0;
-    return file.openPlain(RecordingName(dataName).losses(), FileMode::CreateNew, FileAccess::Write,
-                          FileShare::ReadWrite)
-               .ok() &&
-           file.write(contents.data(), contents.size(), done).ok() && file.flush().ok() && file.close().ok();
+    if (!file.openPlain(name, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::ReadWrite).ok()) {
+        return false;
+    }
+    const bool written = file.write(contents.data(), contents.size(), done).ok() && file.flush().ok();
+    if (done == 0) {
+        static_cast<void>(file.removeNamed(name));  // an empty list would say that nothing was lost
+    }
+    return file.close().ok() && written;
 }
 
 }  // namespace tarno2

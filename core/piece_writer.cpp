@@ -61,7 +61,7 @@ bool PieceWriter::beginFile(uint32_t number) {
     gone_ = false;
     fileBytes_ = 0;
     flushedBytes_ = 0;
-    if (prepared_.file != nullptr && prepared_.file->isNamed(prepared_.name)) {
+    if (prepared_.file != nullptr && prepared_.file->named(prepared_.name) != Named::No) {
         current_ = std::exchange(prepared_, {});
     } else {
         dropPrepared();
@@ -151,15 +151,34 @@ bool PieceWriter::closeFile() {
 }
 
 void PieceWriter::lookForFile() {
-    if (!gone_ && !current_.file->isNamed(current_.name)) {
+    if (!gone_ && current_.file->named(current_.name) == Named::No) {
         gone_ = true;
         notice(formatText("\"%s\" was removed or renamed while it was recorded", current_.name.c_str()));
     }
 }
 
+// What can't be removed now may be in a moment.
 void PieceWriter::removeEmpty(const std::string& name) {
     if (const OsError error = removeFile(name); !error.ok() && !error.notFound()) {
-        notice(formatText("The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str()));
+        DEBUG_LOG("!!!!! The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str());
+        emptyFiles_.push_back(name);
+    }
+}
+
+void PieceWriter::removeEmptyLate() {
+    for (const std::string& name : std::exchange(emptyFiles_, {})) {
+        File file;
+        uint64_t bytes = 0;
+        OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);
+        if (error.ok()) {
+            error = file.size(bytes);
+        }
+        if (error.ok() && bytes == 0) {
+            error = file.removeNamed(name);
+        }
+        if (!error.ok() && !error.notFound()) {
+            notice(formatText("The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str()));
+        }
     }
 }
 
@@ -181,7 +200,7 @@ bool PieceWriter::lookAfterFiles() {
 
 // One that was removed no longer keeps others from this name, nor does it tell of these files.
 void PieceWriter::lookForJournal() {
-    if (!journal_->held() || journal_->isNamed()) {
+    if (!journal_->held() || journal_->named() != Named::No) {
         return;
     }
     notice(formatText("The journal \"%s\" was removed or renamed", journal_->name().c_str()));
@@ -221,16 +240,23 @@ void PieceWriter::describe() {
     std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
     if (!problem.empty()) {
         DEBUG_LOG("!!!!! \"%s\": %s", current_.name.c_str(), problem.c_str());
-        undescribed_.push_back({current_.name, fileBytes_, state_, *description_, std::move(problem)});
+        JournalState own = state_;
+        own.undescribed.clear();
+        undescribed_.push_back({current_.name, fileBytes_, std::move(own), *description_, std::move(problem)});
+        state_.undescribed.push_back(*state_.piece);
+        journalIsOld_ = true;
     }
 }
 
 void PieceWriter::describeLate() {
-    std::erase_if(undescribed_, [](Undescribed& file) {
+    std::erase_if(undescribed_, [this](Undescribed& file) {
         file.problem = describeDataFile(file.name, file.bytes, file.state, file.description);
         if (file.problem.empty()) {
             DEBUG_LOG("\"%s\" is described now", file.name.c_str());
             static_cast<void>(flushFolder(parentFolder(file.name)));
+            std::erase_if(state_.undescribed,
+                          [&file](const PieceState& piece) { return piece.number == file.state.piece->number; });
+            journalIsOld_ = true;
         }
         return file.problem.empty();
     });
@@ -264,10 +290,12 @@ void PieceWriter::prepareNext(uint64_t left) {
 
 void PieceWriter::dropPrepared() {
     if (prepared_.file != nullptr) {
-        const bool ours = prepared_.file->isNamed(prepared_.name);
+        const Named named = prepared_.file->named(prepared_.name);
         static_cast<void>(prepared_.file->close());
-        if (ours) {
+        if (named == Named::Yes) {
             removeEmpty(prepared_.name);
+        } else if (named == Named::Unknown) {
+            emptyFiles_.push_back(prepared_.name);
         }
         prepared_ = {};
     }
@@ -275,6 +303,7 @@ void PieceWriter::dropPrepared() {
 
 bool PieceWriter::finish() {
     dropPrepared();
+    removeEmptyLate();
     describeLate();
     if (undescribed_.empty()) {
         if (const OsError error = journal_->remove(); !error.ok()) {
@@ -284,9 +313,11 @@ bool PieceWriter::finish() {
         return true;
     }
     // What the journal tells of can be described later.
-    Undescribed& first = undescribed_.front();
+    const Undescribed& first = undescribed_.front();
     if (journal_->held()) {
-        static_cast<void>(journal_->save(first.state));
+        state_.piece = state_.undescribed.back();
+        state_.undescribed.pop_back();
+        static_cast<void>(journal_->save(state_));
         journal_->release();
     }
     if (problem_.empty()) {

@@ -90,6 +90,7 @@ private:
     void lookForFile();
     void lookForJournal();
     void removeEmpty(const std::string& name);
+    void removeEmptyLate();
     void notice(const std::string& what);
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();
@@ -113,6 +114,7 @@ private:
     RecordingJournal* journal_ = nullptr;
     bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
     std::vector<Undescribed> undescribed_;
+    std::vector<std::string> emptyFiles_;  ///< that could not be removed
     std::string problem_;
     std::string notice_;
 };

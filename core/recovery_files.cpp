@@ -20,18 +20,28 @@ std::string quoted(const std::string& name) {
     return "\"" + name + "\"";
 }
 
-/// Whether a data file belongs to another recording: one whose journal is named after it.
-bool hasOtherJournal(const std::string& dataFile, const std::string& ownJournal) {
+/// Whose a data file is: of another recording when a journal is named after it.
+enum class Owner { This, Other, Unknown };
+
+Owner ownerOf(const std::string& dataFile, const std::string& ownJournal) {
     const std::string present = journalNameFor(dataFile);
     const std::string earlier = earlierJournalNameFor(dataFile);
     // What has the present ending may be a journal that was damaged; the earlier one is common.
     const JournalFound found = present == ownJournal ? JournalFound::Nothing : RecordingJournal::look(present);
+    if (found == JournalFound::Unreadable) {
+        return Owner::Unknown;
+    }
     if (found != JournalFound::Nothing && found != JournalFound::NotBegun) {
-        return true;
+        return Owner::Other;
     }
     // Of two journals of the same base the present one counts.
     const JournalFound old = earlier == ownJournal ? JournalFound::Nothing : RecordingJournal::look(earlier);
-    return old == JournalFound::InUse || (old == JournalFound::Ours && present != ownJournal);
+    const bool others = old == JournalFound::InUse || (old == JournalFound::Ours && present != ownJournal);
+    return others ? Owner::Other : Owner::This;
+}
+
+std::string unreadableJournal(const std::string& dataFile) {
+    return quoted(journalNameFor(dataFile)) + " can not be read";
 }
 
 /// The data file is opened so that it can be changed. What is in the way, empty when nothing is.
@@ -42,8 +52,9 @@ std::string openDataFile(const std::string& name, const std::string& ownJournal,
     if (!isPlainFile(name)) {
         return quoted(name) + " is a link, or no file";
     }
-    if (hasOtherJournal(name, ownJournal)) {
-        return quoted(name) + " belongs to another recording, which is not finished";
+    if (const Owner owner = ownerOf(name, ownJournal); owner != Owner::This) {
+        return owner == Owner::Unknown ? unreadableJournal(name)
+                                       : quoted(name) + " belongs to another recording, which is not finished";
     }
     const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);
     if (error.inUse()) {
@@ -87,7 +98,8 @@ public:
             // What made room for a recording that never began is put together.
             static_cast<void>(moveAside(RecordingName(dataName_), *state_.aside));
         }
-        if (state_.piece) {
+        result.problem = describeEarlier();
+        if (state_.piece && result.problem.empty()) {
             const bool wasDropped = state_.piece->dropped;
             result.problem = wasDropped ? std::string() : finishPiece();
             empty = uint64_t{state_.piece->number} + (wasDropped ? 0 : 1);
@@ -118,7 +130,7 @@ private:
             return problem;
         }
         if (!next.empty() && plainSize(next) != 0 && !fileExists(RecordDescription::fileNameFor(next)) &&
-            !hasOtherJournal(next, journal_.name())) {
+            ownerOf(next, journal_.name()) != Owner::Other) {
             return "the journal does not tell of " + quoted(next);
         }
         uint64_t bytes = 0;
@@ -129,7 +141,30 @@ private:
             error = journal_.save(state_);
             return error.ok() ? removeOpen(file, name) : quoted(journal_.name()) + ": " + error.text();
         }
-        return error.ok() ? describe(name, bytes) : quoted(name) + ": " + error.text();
+        return error.ok() ? describe(name, bytes, state_) : quoted(name) + ": " + error.text();
+    }
+
+    /// What was whole, and could not be described when it was. What somebody took away needs no description.
+    std::string describeEarlier() {
+        for (const PieceState& piece : state_.undescribed) {
+            const std::string name = pieceName(dataName_, piece.number);
+            if (!fileExists(name)) {
+                continue;
+            }
+            File file;
+            std::string problem = openDataFile(name, journal_.name(), file);
+            uint64_t bytes = 0;
+            if (problem.empty()) {
+                const OsError error = file.size(bytes);
+                JournalState own = state_;
+                own.piece = piece;
+                problem = error.ok() ? describe(name, bytes, own) : quoted(name) + ": " + error.text();
+            }
+            if (!problem.empty()) {
+                return problem;
+            }
+        }
+        return {};
     }
 
     static std::string removeOpen(File& file, const std::string& name) {
@@ -137,27 +172,33 @@ private:
         return error.ok() ? std::string() : quoted(name) + ": " + error.text();
     }
 
-    std::string describe(const std::string& name, uint64_t bytes) {
+    static std::string describe(const std::string& name, uint64_t bytes, const JournalState& state) {
         RecordDescription description;
-        state_.facts.describe(description);
-        if (const uint64_t record = state_.piece->recordBytes; record != 0) {
+        state.facts.describe(description);
+        if (const uint64_t record = state.piece->recordBytes; record != 0) {
             const uint64_t events = bytes / record + (bytes % record != 0 ? 1 : 0);
             if (events > kMostEvents) {
                 DEBUG_LOG("The description of \"%s\" has the first %llu events of %llu", name.c_str(),
                           static_cast<unsigned long long>(kMostEvents), static_cast<unsigned long long>(events));
             }
-            description.setSynchroEvents(state_.piece->firstEvent, std::min(events, kMostEvents));
+            description.setSynchroEvents(state.piece->firstEvent, std::min(events, kMostEvents));
         }
-        return describeDataFile(name, bytes, state_, description);
+        return describeDataFile(name, bytes, state, description);
     }
 
     /// Removes a file that was made before there were data for it. Why that was not possible; empty also when there is
     /// none, or another recording's.
     std::string removeMadeAhead(uint64_t number) {
         const std::string name = nameOf(number);
-        if (name.empty() || fileExists(RecordDescription::fileNameFor(name)) ||
-            hasOtherJournal(name, journal_.name())) {
+        bool found = false;
+        if (const OsError error = name.empty() ? OsError() : findFile(name, found); !error.ok()) {
+            return quoted(name) + ": " + error.text();
+        }
+        if (!found || fileExists(RecordDescription::fileNameFor(name))) {
             return {};
+        }
+        if (const Owner owner = ownerOf(name, journal_.name()); owner != Owner::This) {
+            return owner == Owner::Unknown ? unreadableJournal(name) : std::string();
         }
         File file;
         OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);

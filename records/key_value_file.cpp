@@ -71,7 +71,7 @@ bool KeyValueFile::createForWriting(const std::string& fileName, std::string_vie
     }
     if (!firstLine.starts_with(std::string_view(begin).substr(0, done)) || output_.hasOtherNames()) {
         output_.close();
-        return keep(output_.openPlain(name_, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite));
+        return keep(output_.openPlain(name_, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::ReadWrite));
     }
     return keep(output_.truncate(0));
 }
@@ -85,10 +85,11 @@ bool KeyValueFile::keep(const OsError& error) {
 
 bool KeyValueFile::close() {
     if (output_.isOpen()) {
-        complete_ = complete_ && keep(output_.flush());
         if (!complete_) {
             static_cast<void>(output_.removeNamed(name_));
         }
+        // What is whole stays, although the disk may not have all of it.
+        complete_ = complete_ && keep(output_.flush());
         complete_ = keep(output_.close()) && complete_;
     }
     return std::exchange(complete_, true);

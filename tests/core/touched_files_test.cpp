@@ -1,5 +1,6 @@
 // Files that others remove, rename or stand in the way of while they are recorded.
 
+#include <algorithm>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -184,25 +185,32 @@ TEST(TouchedFiles, ADescriptionIsTriedAgain) {
         TouchedRig rig;
         rig.setup.pieceBytes = 10 * kFrame;
         ASSERT_EQ(rig.open(), 0);
-        const std::string inTheWay = rig.folder.file("run.txt");
-        ASSERT_TRUE(createDirectory(inTheWay).ok());
-        rig.feed(15 * kFrame);
+        const std::vector<std::string> inTheWay = {rig.folder.file("run.txt"), rig.folder.file("run_1.txt")};
+        for (const std::string& folder : inTheWay) {
+            ASSERT_TRUE(createDirectory(folder).ok());
+        }
+        const auto makeRoom = [&inTheWay] {
+            return std::all_of(inTheWay.begin(), inTheWay.end(),
+                               [](const std::string& folder) { return removeDirectory(folder).ok(); });
+        };
+        rig.feed(25 * kFrame);
         ASSERT_TRUE(waitFor([&] { return rig.writer.waitingBytes() == 0; }));
         if (late) {
-            ASSERT_TRUE(removeDirectory(inTheWay).ok());
-            EXPECT_TRUE(waitFor([&] { return fileExists(inTheWay); }));
+            ASSERT_TRUE(makeRoom());
+            EXPECT_TRUE(waitFor([&] { return fileExists(inTheWay.back()); }));
         }
         EXPECT_EQ(rig.writer.Close(), late) << rig.writer.writeError();
-        EXPECT_EQ(rig.writer.savedBytes(), 15 * kFrame);
-        EXPECT_EQ(rig.writer.savedFiles(), 2U);
-        EXPECT_EQ(rig.describedFrames("run_1.dat"), 5U);
+        EXPECT_EQ(rig.writer.savedBytes(), 25 * kFrame);
+        EXPECT_EQ(rig.writer.savedFiles(), 3U);
+        EXPECT_EQ(rig.describedFrames("run_2.dat"), 5U);
         if (!late) {
             EXPECT_THAT(rig.writer.writeError(), HasSubstr("run.txt\" could not be written: "));
-            ASSERT_TRUE(removeDirectory(inTheWay).ok());
-            EXPECT_EQ(recoverFolder(rig.folder.path()).size(), 1U) << "the journal tells of it";
+            ASSERT_TRUE(makeRoom());
+            EXPECT_EQ(recoverFolder(rig.folder.path()).size(), 1U) << "the journal tells of them";
         }
         EXPECT_EQ(rig.describedFrames("run.dat"), 10U);
-        EXPECT_THAT(rig.files(), ElementsAre("run.dat", "run.txt", "run_1.dat", "run_1.txt"));
+        EXPECT_EQ(rig.describedFrames("run_1.dat"), 10U);
+        EXPECT_THAT(rig.files(), ElementsAre("run.dat", "run.txt", "run_1.dat", "run_1.txt", "run_2.dat", "run_2.txt"));
     }
 }
 
