@@ -13,6 +13,8 @@ namespace tarno2 {
 namespace {
 
 constexpr uint64_t kProgressPeriodMs = 40;
+constexpr int kEndAttempts = 50;
+constexpr uint32_t kEndAttemptMs = 100;
 
 }  // namespace
 
@@ -164,6 +166,14 @@ void AcquisitionThread::closeFiles() {
     } catch (...) {
         DEBUG_LOG("!!!!! Files could not be closed");
     }
+    try {
+        completeReport(saved);
+    } catch (const std::bad_alloc&) {
+        DEBUG_LOG("!!!!! No memory to tell everything of the end");
+    }
+}
+
+void AcquisitionThread::completeReport(bool saved) {
     report_.bytes = board_.writer_.savedBytes();
     report_.files = board_.writer_.savedFiles();
     report_.events = board_.eventCount();
@@ -196,21 +206,27 @@ void AcquisitionThread::finish() {
     closeFiles();
     DEBUG_LOG("Worst load of the ring = %u of 1000", board_.worstLoad());
     DEBUG_LOG("Thread Exit rezAdd = %d, Code = %d", result_, static_cast<int>(report_.code));
-    notify();
+    // Who never hears of the end would wait for it for ever; memory may be there again in a moment.
+    for (int i = 0; i < kEndAttempts && !notify(); ++i) {
+        sleepMilliseconds(kEndAttemptMs);
+    }
 }
 
-void AcquisitionThread::notify() {
-    if (board_.target_ != nullptr) {
+bool AcquisitionThread::notify() {
+    if (board_.target_ == nullptr) {
+        return true;
+    }
+    try {
         Notification notification{board_.number_, report_};
         if (report_.code == StopCode::Running) {
             notification.result.bytes = board_.writer_.totalBytes();
         }
-        try {
-            board_.target_->post(notification);
-        } catch (...) {
-            DEBUG_LOG("!!!!! Notification could not be posted");
-        }
+        board_.target_->post(notification);
+    } catch (...) {
+        DEBUG_LOG("!!!!! Notification could not be posted");
+        return false;
     }
+    return true;
 }
 
 void AcquisitionThread::notifyProgress() {
@@ -222,7 +238,7 @@ void AcquisitionThread::notifyProgress() {
     startAwaited_ = startAwaited_ && !report_.startCame;
     if (fallsBehind() || report_.startCame || now - lastProgress_ >= kProgressPeriodMs) {
         lastProgress_ = now;
-        notify();
+        static_cast<void>(notify());
     }
     report_.startCame = false;
     report_.waitingBytes = 0;

@@ -65,7 +65,8 @@ private:
     void fail(ErrorDetail detail);
     void fail(ErrorDetail detail, const std::string& problem);
     void closeFiles();
-    void notify();
+    void completeReport(bool saved);
+    bool notify();
     void notifyProgress();
     [[nodiscard]] bool fallsBehind();
 

@@ -24,6 +24,7 @@ size_t CachePool::reserve(size_t caches) {
         plan(caches);
     } catch (const std::bad_alloc&) {
         planned_ = 0;
+        caches_.erase(caches_.begin() + static_cast<ptrdiff_t>(std::min(taken_, caches_.size())), caches_.end());
     }
     const size_t atOnce = std::min(taken_ + kReadyAtOnce, planned_.load());
     nextToMake_ = atOnce;

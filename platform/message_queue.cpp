@@ -31,7 +31,7 @@ void MessageQueue::stopTimer() {
 
 void MessageQueue::quit() {
     const std::scoped_lock lock(mutex_);
-    work_.emplace_back();
+    workBeforeQuit_ = workBeforeQuit_.value_or(work_.size());
     wake_.notify_one();
 }
 
@@ -44,6 +44,10 @@ void MessageQueue::run() {
 std::function<void()> MessageQueue::takeNext() {
     std::unique_lock lock(mutex_);
     for (;;) {
+        if (workBeforeQuit_ == 0U) {
+            workBeforeQuit_.reset();
+            return {};
+        }
         const uint64_t now = tickCount();
         const bool due = timer_ && timer_->nextTick <= now;
         if (due && (work_.empty() || !tickedLast_)) {
@@ -55,6 +59,9 @@ std::function<void()> MessageQueue::takeNext() {
             tickedLast_ = false;
             auto work = std::move(work_.front());
             work_.pop_front();
+            if (workBeforeQuit_) {
+                --*workBeforeQuit_;
+            }
             return work;
         }
         if (timer_) {

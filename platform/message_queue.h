@@ -18,8 +18,8 @@ public:
     /// the clock: those that are late, because work took long, are made up for. That thread.
     void startTimer(uint32_t milliseconds, std::function<void()> tick);
     void stopTimer();
-    /// Ends `run` once the work that was posted before is done; what is posted later waits for the next `run`. Any
-    /// thread.
+    /// Ends `run` once the work that was posted before is done; what is posted later waits for the next `run`. Needs no
+    /// memory. Any thread.
     void quit();
     /// Runs posted work and timer ticks until `quit`.
     void run();
@@ -35,7 +35,8 @@ private:
 
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::deque<std::function<void()>> work_;  ///< an empty function stands for `quit`
+    std::deque<std::function<void()>> work_;
+    std::optional<size_t> workBeforeQuit_;
     std::optional<Timer> timer_;
     bool tickedLast_ = false;  ///< so that overdue ticks and posted work take turns
 };

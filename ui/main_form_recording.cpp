@@ -243,6 +243,10 @@ void T_MainForm::handle(const Notification& notification) {
         if (notification.result.code == StopCode::Unplug)
             SetErrorCode(BoardStatus::Unplugged);
     });
+    // An end that could not be told in full is an end all the same.
+    if (consoleMode() && notification.result.code != StopCode::Running && control_.running() &&
+        control_.session()->number() == notification.session)
+        requestEnd();
     guarded("Notification", [this] { updateState(); });
 }
 

@@ -82,11 +82,14 @@ void ConsoleSession::SetErrorCode(BoardStatus status) {
 }
 
 // Whatever goes wrong in one step, the recording that runs goes on.
-void ConsoleSession::enqueue(std::function<void()> work) {
-    queue_.post([step = std::move(work)] {
+void ConsoleSession::enqueue(std::function<void()> work, bool last) {
+    queue_.post([this, last, step = std::move(work)] {
         try {
             step();
         } catch (const std::exception& error) {
+            if (last) {
+                queue_.quit();
+            }
             DEBUG_LOG("!!!! Exception: %s", error.what());
             consoleLog().log("!!!! Exception: %s", error.what());
         }
@@ -95,20 +98,22 @@ void ConsoleSession::enqueue(std::function<void()> work) {
 
 void ConsoleSession::requestStop(bool systemEnds) {
     recovery_.stop();
-    enqueue([this, systemEnds] {
-        if (control_.running() && systemEnds) {
-            control_.endForShutdown();
-        } else if (control_.running()) {
-            control_.StopButtonClick();
-        } else {
-            queue_.quit();
-        }
-    });
+    enqueue(
+        [this, systemEnds] {
+            if (control_.running() && systemEnds) {
+                control_.endForShutdown();
+            } else if (control_.running()) {
+                control_.StopButtonClick();
+            } else {
+                queue_.quit();
+            }
+        },
+        true);
 }
 
 void ConsoleSession::post(const Notification& notification) {
     if (notification.result.isNews()) {
-        enqueue([this, notification] { handle(notification); });
+        enqueue([this, notification] { handle(notification); }, notification.result.code != StopCode::Running);
     }
 }
 

@@ -46,8 +46,8 @@ public:
     void quit() override { queue_.quit(); }
 
 private:
-    /// Queues work whose exceptions end up in the logs.
-    void enqueue(std::function<void()> work);
+    /// Queues work whose exceptions end up in the logs; `last`: it ends the recording, and the program with it.
+    void enqueue(std::function<void()> work, bool last);
     void handle(const Notification& notification);
     [[nodiscard]] bool applySettings();
     void SetErrorCode(BoardStatus status);
