@@ -253,7 +253,8 @@ TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
     server.kill();
     EXPECT_EQ(process->waitForEnd(kGuard), 0) << readFile(rig.file("output.txt"));
     EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nAttention: The display is gone."),
-                                     HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")));
+                                     HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")))
+        << readFile(rig.file("output.txt"));
     EXPECT_GE(checkRecording(rig.pieces(), kEndless), 11'000'000U);
 }
 
