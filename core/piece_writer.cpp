@@ -51,7 +51,9 @@ bool PieceWriter::begin(uint32_t number) {
     state_.piece.emplace();
     events_ = 0;
     description_->reset();
-    setup_->facts.describe(*description_);
+    if (!setup_->facts.describe(*description_)) {
+        return fail("!!!!! What describes \"%s\" could not be kept: %s", "no memory");
+    }
     return beginFile(number);
 }
 
@@ -338,7 +340,9 @@ void PieceWriter::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
         journalIsOld_ = true;
     }
     ++events_;
-    description_->addSynchroEvent(event);
+    if (!description_->addSynchroEvent(event)) {
+        notice(formatText("The description of \"%s\" lacks an event: no memory", current_.name.c_str()));
+    }
 }
 
 }  // namespace tarno2

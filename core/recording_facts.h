@@ -25,8 +25,9 @@ struct RecordingFacts {
     };
     std::vector<Range> ranges;  ///< one a channel, in recording order
 
-    /// Fills a description that was reset. `packetFrequency` is always set, since a reset leaves it alone.
-    void describe(RecordDescription& description) const;
+    /// Fills a description that was reset. `packetFrequency` is always set, since a reset leaves it alone. False: no
+    /// memory.
+    [[nodiscard]] bool describe(RecordDescription& description) const;
 };
 
 }  // namespace tarno2

@@ -174,7 +174,9 @@ private:
 
     static std::string describe(const std::string& name, uint64_t bytes, const JournalState& state) {
         RecordDescription description;
-        state.facts.describe(description);
+        if (!state.facts.describe(description)) {
+            return "no memory";
+        }
         if (const uint64_t record = state.piece->recordBytes; record != 0) {
             const uint64_t events = bytes / record + (bytes % record != 0 ? 1 : 0);
             if (events > kMostEvents) {

@@ -15,7 +15,9 @@
 #include "apps/console/console_program.h"
 #include "apps/console/stop_relay.h"
 #include "config/auto_settings.h"
+#include "config/console_log.h"
 #include "config/debug_log.h"
+#include "language/language_table.h"
 #include "platform/child_probe.h"
 #include "platform/paths.h"
 #include "platform/termination.h"
@@ -133,6 +135,7 @@ int runWindowProgram(std::string program, const CommandLine& line) {
     const OnDisplayLoss withoutWindow([&watcher, &line] {
         if (line.mode == CommandLine::Mode::Console) {
             watcher.reset();
+            consoleLog().log(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str());
             std::_Exit(runWithoutWindow(line));
         }
     });

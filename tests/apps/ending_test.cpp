@@ -240,7 +240,8 @@ TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
         GTEST_SKIP() << "there is no X server without a screen here";
     }
     const RecordingRig rig;
-    ChildProcess server("/usr/bin/Xvfb", {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp"},
+    ChildProcess server("/usr/bin/Xvfb",
+                        {"-displayfd", "1", "-screen", "0", "640x480x24", "-nolisten", "tcp", "-noreset"},
                         rig.file("display.txt"));
     const auto number = [&rig] { return readFile(rig.file("display.txt")); };
     ASSERT_TRUE(waitUntil([&] { return number().ends_with('\n'); }));
@@ -252,8 +253,8 @@ TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
     ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
     server.kill();
     EXPECT_EQ(process->waitForEnd(kGuard), 0) << readFile(rig.file("output.txt"));
-    EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("\r\nAttention: The display is gone."),
-                                     HasSubstr("\r\nStop - By user\r\n"), HasSubstr("\r\nProgram exit at ")))
+    EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr("Attention: The display is gone."), HasSubstr("\r\nStop - By user\r\n"),
+                                     HasSubstr("\r\nProgram exit at ")))
         << readFile(rig.file("output.txt"));
     EXPECT_GE(checkRecording(rig.pieces(), kEndless), 11'000'000U);
 }
