@@ -1,8 +1,11 @@
 #include "display/recorded.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "config/file_naming.h"
+#include "platform/file.h"
+#include "platform/paths.h"
 #include "records/record_description.h"
 
 namespace tarno2 {
@@ -35,6 +38,29 @@ OpenProblem readDescription(const std::string& dataFile, RecordedFormat& format)
     return {OpenProblem::DescriptionDamaged, missingKey};
 }
 
+/// Of another ending it is the one file of that name that has as many data as the description tells.
+std::optional<std::string> otherDataFileOf(const std::string& description, const std::string& base) {
+    RecordedFormat format;
+    std::string missingKey;
+    if (!readRecordedFormat(description, format, missingKey)) {
+        return std::nullopt;
+    }
+    const uint64_t bytes = format.frames * format.channelCount * static_cast<uint64_t>(format.layout.bytesPerSample);
+    const std::string folder = parentFolder(description);
+    std::vector<std::string> fitting;
+    for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
+        const std::string candidate = folder.empty() ? file : joinPath(folder, file);
+        File opened;
+        uint64_t size = 0;
+        if (candidate.starts_with(base) && isDataExtension(candidate.substr(base.size())) &&
+            opened.openPlain(candidate, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite).ok() &&
+            opened.size(size).ok() && size == bytes) {
+            fitting.push_back(candidate);
+        }
+    }
+    return fitting.size() == 1 ? std::optional(fitting.front()) : std::nullopt;
+}
+
 }  // namespace
 
 // No data file has the extension of descriptions.
@@ -42,8 +68,9 @@ std::string dataFileOf(const std::string& name) {
     if (RecordDescription::fileNameFor(name) != name) {
         return name;
     }
-    const std::string data = name.substr(0, name.rfind('.')) + ".dat";
-    return fileExists(data) ? data : name;
+    const std::string base = name.substr(0, name.rfind('.'));
+    const std::string data = base + ".dat";
+    return fileExists(data) ? data : otherDataFileOf(name, base).value_or(name);
 }
 
 std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile, OpenProblem& problem) {

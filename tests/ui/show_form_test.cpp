@@ -321,6 +321,11 @@ TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
     const std::string text = name.substr(0, name.size() - 3) + "txt";
     EXPECT_EQ(dataFileOf(text), name);
     EXPECT_EQ(dataFileOf(folder_.file("other.txt")), folder_.file("other.txt"));
+    const std::string otherEnding = name.substr(0, name.size() - 3) + "bin";
+    ASSERT_TRUE(renameFile(name, otherEnding).ok());
+    folder_.write("signal.png", "a picture of it");
+    EXPECT_EQ(dataFileOf(text), otherEnding);
+    ASSERT_TRUE(renameFile(otherEnding, name).ok());
     ASSERT_TRUE(form.openRecording(dataFileOf(text)));
     EXPECT_EQ(form.openedFile(), name);
     EXPECT_EQ(form.windowTitle(), "Signal: signal.dat, 2026-02-03 04:05:06");
