@@ -245,8 +245,8 @@ std::optional<std::string> journalText(const JournalState& state) {
     }
     const std::string last = state.piece ? pieceText("piece", *state.piece) : std::string();
     std::string earlier;
-    for (auto piece = state.undescribed.rbegin(); piece != state.undescribed.rend(); ++piece) {
-        std::string more = pieceText("earlier", *piece);
+    for (size_t i = state.undescribed.size(); i-- > 0;) {
+        const std::string more = pieceText("earlier", state.undescribed[i]);
         if (text.size() + more.size() + earlier.size() + last.size() + kChecksumLine > kJournalHalf) {
             break;
         }
