@@ -156,7 +156,7 @@ bool readFact(std::string_view key, Numbers& numbers, RecordingFacts& facts) {
 }
 
 /// The piece that the last line about one has named.
-PieceState* pieceAtHand(JournalState& state) {
+PieceState* lastNamedPiece(JournalState& state) {
     if (state.piece) {
         return &*state.piece;
     }
@@ -168,7 +168,7 @@ bool readLine(std::string_view line, JournalState& state) {
     const std::string_view key = line.substr(0, blank);
     const std::string_view value = line.substr(std::min(blank + 1, line.size()));
     Numbers numbers(value);
-    PieceState* piece = pieceAtHand(state);
+    PieceState* piece = lastNamedPiece(state);
     if (key == "extension") {
         state.extension = value;
         return true;

@@ -242,26 +242,32 @@ void PieceWriter::describe() {
     std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
     if (!problem.empty()) {
         DEBUG_LOG("!!!!! \"%s\": %s", current_.name.c_str(), problem.c_str());
-        JournalState own = state_;
-        own.undescribed.clear();
-        undescribed_.push_back({current_.name, fileBytes_, std::move(own), *description_, std::move(problem)});
-        state_.undescribed.push_back(*state_.piece);
-        journalIsOld_ = true;
+        undescribed_.push_back({current_.name, fileBytes_, state_, *description_, std::move(problem)});
+        undescribed_.back().state.undescribed.clear();
+        listUndescribed();
     }
 }
 
 void PieceWriter::describeLate() {
-    std::erase_if(undescribed_, [this](Undescribed& file) {
+    const size_t described = std::erase_if(undescribed_, [](Undescribed& file) {
         file.problem = describeDataFile(file.name, file.bytes, file.state, file.description);
         if (file.problem.empty()) {
             DEBUG_LOG("\"%s\" is described now", file.name.c_str());
             static_cast<void>(flushFolder(parentFolder(file.name)));
-            std::erase_if(state_.undescribed,
-                          [&file](const PieceState& piece) { return piece.number == file.state.piece->number; });
-            journalIsOld_ = true;
         }
         return file.problem.empty();
     });
+    if (described > 0) {
+        listUndescribed();
+    }
+}
+
+void PieceWriter::listUndescribed() {
+    state_.undescribed.clear();
+    for (const Undescribed& file : undescribed_) {
+        state_.undescribed.push_back(*file.state.piece);
+    }
+    journalIsOld_ = true;
 }
 
 // Recording goes on without a journal, for what can't be measured again matters more.

@@ -95,6 +95,7 @@ private:
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();
     void describe();
+    void listUndescribed();
     void updateJournal();
     void dropPrepared();
 

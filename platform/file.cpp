@@ -55,14 +55,7 @@ OsError File::createWhole(const std::string& path, std::string_view contents) {
         return error;
     }
     error = openPlain(path, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::None);
-    if (error.ok()) {
-        error = fill();
-    }
-    if (!error.ok() && isOpen()) {
-        static_cast<void>(removeNamed(path));
-        static_cast<void>(close());
-    }
-    return error;
+    return error.ok() ? keepOrClose(fill(), path, FileMode::CreateNew) : error;
 }
 
 bool fileExists(const std::string& path) {
