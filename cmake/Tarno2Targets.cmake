@@ -1,9 +1,9 @@
-# One static library a folder: tarno2_folder(NAME platform SOURCES ... LINKS ...). Includes are written from the root,
+# One static library a folder: tarno2_folder(NAME platform SOURCES ... LINKS ...). Includes are written from src/,
 # so that every include line names the folder it reaches into.
 function(tarno2_folder)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
     add_library(tarno2_${ARG_NAME} STATIC ${ARG_SOURCES})
-    target_include_directories(tarno2_${ARG_NAME} PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_BINARY_DIR}/generated)
+    target_include_directories(tarno2_${ARG_NAME} PUBLIC ${PROJECT_SOURCE_DIR}/src ${PROJECT_BINARY_DIR}/generated)
     target_link_libraries(tarno2_${ARG_NAME} PUBLIC ${ARG_LINKS})
     tarno2_warnings(tarno2_${ARG_NAME})
 endfunction()
@@ -18,7 +18,7 @@ function(tarno2_driver)
     tarno2_windows_resources(${ARG_NAME} "Driver of Tarno2: ${ARG_DISPLAY}")
     set(DRIVER_DISPLAY ${ARG_DISPLAY})
     set(DRIVER_FILE ${ARG_NAME}${CMAKE_SHARED_MODULE_SUFFIX})
-    configure_file(${PROJECT_SOURCE_DIR}/drivers/driver.reg.in ${TARNO2_BIN}/registry.d/${ARG_NAME}.reg @ONLY)
+    configure_file(${PROJECT_SOURCE_DIR}/src/drivers/driver.reg.in ${TARNO2_BIN}/registry.d/${ARG_NAME}.reg @ONLY)
 endfunction()
 
 # One test program a folder, one ctest entry a program.

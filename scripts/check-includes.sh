@@ -52,9 +52,10 @@ find_violations() {
         function report(reason) { print FILENAME ":" FNR ": " reason }
 
         FNR == 1 {
-            folder = FILENAME
-            sub("/.*", "", folder)
             inside = FILENAME
+            sub(/^src\//, "", inside)
+            folder = inside
+            sub("/.*", "", folder)
             in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform|tests\/sweep)\//
         }
 
@@ -79,13 +80,13 @@ find_violations() {
             sub("/.*", "", top)
 
             if (name ~ /(^|\/)\.\.?(\/|$)/) {
-                report("\"" name "\" is not written from the root of the project")
+                report("\"" name "\" is not written from src/ or the root of the project")
             } else if (top == "tarno2" && name ~ /\//) {
                 if (!has(sdk_users, folder)) report(folder "/ may not include the driver interface <" name ">")
             } else if (name ~ /\// && has(ours, top)) {
                 if ((folder in reach) && !has(reach[folder], top)) report(folder "/ may not include \"" name "\"")
             } else if (!angle) {
-                if (inside !~ /^sdk\/example\//) report("\"" name "\" is not written from the root of the project")
+                if (inside !~ /^sdk\/example\//) report("\"" name "\" is not written from src/ or the root of the project")
             } else if (name ~ /^Q[A-Za-z0-9]*(\/|$)|^q[a-z0-9]+\.h$|^qcustomplot/) {
                 if (!has(qt_users, folder)) report(folder "/ may not include the window toolkit <" name ">")
             } else if (has(standard, name)) {
@@ -102,75 +103,75 @@ find_violations() {
 # One planted line a line of this table: whether it is a violation, the file, the text.
 planted() {
     cat <<'TABLE'
-bad platform/a.h #include "records/key_value_file.h"
-bad platform/b.h #include "language/language_table.h"
-bad language/a.cpp #include "config/debug_log.h"
-bad records/a.cpp #include "sync/block_evaluator.h"
-bad records/b.cpp #include <tarno2/IADCDevice.h>
-bad sync/a.cpp #include "config/debug_log.h"
-bad sync/b.cpp   #  include   "core/driver.h"
-bad config/a.cpp #include "core/driver.h"
-bad config/b.cpp #include <tarno2/IADCDevice.h>
-bad platform/c.cpp #include <tarno2/IADCDevice.h>
-bad language/b.cpp #include <tarno2/ISCOPERA.h>
-bad core/a.cpp #include "ui/main_form.h"
-bad core/b.cpp #include "apps/console.h"
-bad core/c.cpp #include <ui/main_form.h>
-bad core/d.cpp #include "drivers/simulator/board.h"
-bad core/e.cpp #include "../ui/main_form.h"
-bad core/f.cpp #include "driver.h"
-bad core/g.cpp #include "tests/support/temporary_folder.h"
-bad ui/a.cpp #include "apps/console.h"
-bad ui/b.cpp #include "scopera/plot.h"
-bad apps/a.cpp #include "drivers/simulator/board.h"
-bad drivers/simulator/a.cpp #include "core/driver.h"
-bad drivers/simulator/b.cpp #include "config/debug_log.h"
-bad scopera/a.cpp #include "core/driver.h"
+bad src/platform/a.h #include "records/key_value_file.h"
+bad src/platform/b.h #include "language/language_table.h"
+bad src/language/a.cpp #include "config/debug_log.h"
+bad src/records/a.cpp #include "sync/block_evaluator.h"
+bad src/records/b.cpp #include <tarno2/IADCDevice.h>
+bad src/sync/a.cpp #include "config/debug_log.h"
+bad src/sync/b.cpp   #  include   "core/driver.h"
+bad src/config/a.cpp #include "core/driver.h"
+bad src/config/b.cpp #include <tarno2/IADCDevice.h>
+bad src/platform/c.cpp #include <tarno2/IADCDevice.h>
+bad src/language/b.cpp #include <tarno2/ISCOPERA.h>
+bad src/core/a.cpp #include "ui/main_form.h"
+bad src/core/b.cpp #include "apps/console.h"
+bad src/core/c.cpp #include <ui/main_form.h>
+bad src/core/d.cpp #include "drivers/simulator/board.h"
+bad src/core/e.cpp #include "../ui/main_form.h"
+bad src/core/f.cpp #include "driver.h"
+bad src/core/g.cpp #include "tests/support/temporary_folder.h"
+bad src/ui/a.cpp #include "apps/console.h"
+bad src/ui/b.cpp #include "scopera/plot.h"
+bad src/apps/a.cpp #include "drivers/simulator/board.h"
+bad src/drivers/simulator/a.cpp #include "core/driver.h"
+bad src/drivers/simulator/b.cpp #include "config/debug_log.h"
+bad src/scopera/a.cpp #include "core/driver.h"
 bad sdk/tarno2/a.h #include "platform/event.h"
 bad sdk/tarno2/b.h #include <windows.h>
 bad sdk/example/a.cpp #include "platform/event.h"
-bad core/h.cpp #include <windows.h>
-bad core/i.cpp #include <unistd.h>
-bad config/c.cpp #include <sys/statvfs.h>
-bad records/c.cpp #include <fcntl.h>
-bad drivers/replay/a.cpp #include <pthread.h>
-bad drivers/replay/b.cpp #include <sys/eventfd.h>
-bad apps/b.cpp #include <signal.h>
-bad apps/c.cpp #include <csignal>
-bad core/j.cpp #include <dlfcn.h>
-bad core/k.cpp #include <poll.h>
-bad sync/c.h #if defined(_WIN32)
-bad core/l.h #ifdef __linux__
-bad apps/d.cpp #elif defined(__MINGW32__)
-bad drivers/simulator/c.cpp #  ifndef _WIN32
+bad src/core/h.cpp #include <windows.h>
+bad src/core/i.cpp #include <unistd.h>
+bad src/config/c.cpp #include <sys/statvfs.h>
+bad src/records/c.cpp #include <fcntl.h>
+bad src/drivers/replay/a.cpp #include <pthread.h>
+bad src/drivers/replay/b.cpp #include <sys/eventfd.h>
+bad src/apps/b.cpp #include <signal.h>
+bad src/apps/c.cpp #include <csignal>
+bad src/core/j.cpp #include <dlfcn.h>
+bad src/core/k.cpp #include <poll.h>
+bad src/sync/c.h #if defined(_WIN32)
+bad src/core/l.h #ifdef __linux__
+bad src/apps/d.cpp #elif defined(__MINGW32__)
+bad src/drivers/simulator/c.cpp #  ifndef _WIN32
 bad bench/a.cpp #if !defined _WIN32 && defined(X)
-bad core/m.cpp #include <QString>
-bad config/d.cpp #include <QtCore/QFile>
-bad records/d.cpp #include <qcustomplot.h>
-bad drivers/simulator/d.cpp #include <qobject.h>
-bad config/version.h.in #include "core/driver.h"
-bad display/a.cpp #include "ui/show_form.h"
-bad display/b.cpp #include <QWidget>
-bad core/n.cpp #include <gtest/gtest.h>
-bad core/o.cpp #include HEADER
-good platform/posix/a.cpp #include <unistd.h>
-good platform/windows/a.cpp #include <windows.h>
-good platform/d.cpp #if defined(_WIN32)
-good language/c.cpp #include "platform/codepage1251.h"
-good records/e.cpp #include "platform/file.h"
-good config/e.cpp #include "sync/block_evaluator.h"
-good core/p.cpp #include <tarno2/IADCDevice.h>
-good core/q.cpp #include "config/version.h"
-good core/r.cpp // #include "ui/main_form.h"
-good core/s.cpp #if defined(__GNUC__) // not _WIN32
-good core/t.cpp #include <atomic>
-good ui/c.cpp #include <QMainWindow>
-good ui/d.cpp #include "core/driver.h"
-good apps/e.cpp #include "ui/main_form.h"
-good apps/f.cpp #include <CLI/CLI.hpp>
-good scopera/b.cpp #include <qcustomplot.h>
-good drivers/simulator/e.cpp #include "records/key_value_file.h"
-good drivers/simulator/f.cpp #include "drivers/common/pace.h"
+bad src/core/m.cpp #include <QString>
+bad src/config/d.cpp #include <QtCore/QFile>
+bad src/records/d.cpp #include <qcustomplot.h>
+bad src/drivers/simulator/d.cpp #include <qobject.h>
+bad src/config/version.h.in #include "core/driver.h"
+bad src/display/a.cpp #include "ui/show_form.h"
+bad src/display/b.cpp #include <QWidget>
+bad src/core/n.cpp #include <gtest/gtest.h>
+bad src/core/o.cpp #include HEADER
+good src/platform/posix/a.cpp #include <unistd.h>
+good src/platform/windows/a.cpp #include <windows.h>
+good src/platform/d.cpp #if defined(_WIN32)
+good src/language/c.cpp #include "platform/codepage1251.h"
+good src/records/e.cpp #include "platform/file.h"
+good src/config/e.cpp #include "sync/block_evaluator.h"
+good src/core/p.cpp #include <tarno2/IADCDevice.h>
+good src/core/q.cpp #include "config/version.h"
+good src/core/r.cpp // #include "ui/main_form.h"
+good src/core/s.cpp #if defined(__GNUC__) // not _WIN32
+good src/core/t.cpp #include <atomic>
+good src/ui/c.cpp #include <QMainWindow>
+good src/ui/d.cpp #include "core/driver.h"
+good src/apps/e.cpp #include "ui/main_form.h"
+good src/apps/f.cpp #include <CLI/CLI.hpp>
+good src/scopera/b.cpp #include <qcustomplot.h>
+good src/drivers/simulator/e.cpp #include "records/key_value_file.h"
+good src/drivers/simulator/f.cpp #include "drivers/common/pace.h"
 good sdk/tarno2/c.h #if defined(_WIN32)
 good sdk/tarno2/d.h #include <stdint.h>
 good sdk/example/b.cpp #include <tarno2/IADCDevice.h>
