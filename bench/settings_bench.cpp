@@ -3,8 +3,8 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/scratch_folder.h"
-#include "config/language_choice.h"
-#include "config/settings_file.h"
+#include "config/settings/language_choice.h"
+#include "config/settings/settings_file.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 

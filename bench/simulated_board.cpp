@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "bench/stopwatch.h"
-#include "core/board.h"
-#include "core/static_parameters.h"
+#include "core/recording/board.h"
+#include "core/recording/static_parameters.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "records/key_value_file.h"

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "core/driver.h"
-#include "core/live_tap.h"
-#include "core/parameter_blocks.h"
-#include "core/stop_code.h"
-#include "core/writer_setup.h"
+#include "core/devices/driver.h"
+#include "core/devices/parameter_blocks.h"
+#include "core/recording/live_tap.h"
+#include "core/recording/stop_code.h"
+#include "core/storage/writer_setup.h"
 
 namespace tarno2::bench {
 

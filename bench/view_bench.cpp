@@ -13,7 +13,7 @@
 #include "bench/scratch_folder.h"
 #include "bench/simulated_board.h"
 #include "bench/stopwatch.h"
-#include "core/scoper_library.h"
+#include "core/devices/scoper_library.h"
 #include "platform/paths.h"
 #include "ui/show_form.h"
 

@@ -24,7 +24,7 @@
 #include "apps/window/window_program.h"
 #include "bench/scratch_folder.h"
 #include "bench/stopwatch.h"
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 #include "platform/paths.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"

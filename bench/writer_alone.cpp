@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "bench/stopwatch.h"
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 
 namespace tarno2::bench {
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "config/config_work.h"
-#include "config/settings_file.h"
+#include "config/settings/config_work.h"
+#include "config/settings/settings_file.h"
 
 namespace {
 

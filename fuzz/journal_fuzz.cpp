@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "core/journal_text.h"
+#include "records/journal_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // The input is what stands before a half's checksum, which nobody would hit by chance.

@@ -2,10 +2,9 @@
 // its checksum is right, o: it has the old ending, l: its data file is a link, d: it is a folder), the journal, the
 // data file, the next piece, the description.
 
-#include "config/file_naming.h"
-#include "core/journal_text.h"
-#include "core/recovery.h"
+#include "core/storage/recovery.h"
 #include "fuzz/scratch_folder.h"
+#include "records/journal_text.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "apps/console/console_program.h"
-#include "config/command_line.h"
-#include "config/language_choice.h"
+#include "config/settings/command_line.h"
+#include "config/settings/language_choice.h"
 #include "platform/program_arguments.h"
 #include "platform/run_program.h"
 

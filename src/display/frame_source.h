@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <mutex>
 
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 
 namespace tarno2 {
 

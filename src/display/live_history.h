@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "core/live_tap.h"
+#include "core/recording/live_tap.h"
 #include "display/screen.h"
 #include "display/signal_format.h"
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <optional>
 
-#include "config/file_naming.h"
+#include "config/files/file_naming.h"
+#include "config/files/recording_name.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 #include "records/record_description.h"
 
 namespace tarno2 {
@@ -84,7 +86,7 @@ std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile
         return nullptr;
     }
     for (uint32_t number = 1;; ++number) {
-        const std::string name = pieceName(dataFile, number);
+        const std::string name = RecordingName(dataFile).piece(number);
         RecordedFormat format;
         if (!fileExists(name) || readDescription(name, format).kind != OpenProblem::None ||
             !samePieces(recording->recorded_, format) || recording->addPiece(name).kind != OpenProblem::None) {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "core/board_facts.h"
-#include "core/recording_facts.h"
+#include "core/devices/board_facts.h"
 #include "records/recorded_format.h"
+#include "records/recording_facts.h"
 
 namespace tarno2 {
 

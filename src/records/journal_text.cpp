@@ -1,12 +1,12 @@
-#include "core/journal_text.h"
+#include "records/journal_text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <utility>
 
-#include "config/file_naming.h"
 #include "platform/c_locale.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 

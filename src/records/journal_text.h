@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "core/recording_facts.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
+#include "records/recording_facts.h"
 
 namespace tarno2 {
 

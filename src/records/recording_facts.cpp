@@ -1,4 +1,4 @@
-#include "core/recording_facts.h"
+#include "records/recording_facts.h"
 
 namespace tarno2 {
 

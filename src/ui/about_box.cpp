@@ -5,7 +5,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "config/program_version.h"
+#include "config/logs/program_version.h"
 #include "ui/program_icon.h"
 #include "ui/text.h"
 

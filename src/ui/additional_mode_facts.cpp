@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "core/recording_need.h"
+#include "core/recording/recording_need.h"
 
 namespace tarno2 {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/board_selection.h"
-#include "core/recording_shell.h"
+#include "core/devices/board_selection.h"
+#include "core/recording/recording_shell.h"
 #include "ui/additional_mode_window.h"
 
 namespace tarno2 {

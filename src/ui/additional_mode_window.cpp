@@ -17,8 +17,8 @@
 #include <algorithm>
 #include <iterator>
 
-#include "config/debug_log.h"
-#include "config/disk_info.h"
+#include "config/files/disk_info.h"
+#include "config/logs/debug_log.h"
 #include "display/synchro_sketch.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/synchro_picture.h"

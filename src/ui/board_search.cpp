@@ -3,7 +3,7 @@
 #include <QMetaObject>
 #include <utility>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/event.h"
 
 namespace tarno2 {

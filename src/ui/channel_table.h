@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "display/channel_reading.h"
 
 namespace tarno2 {

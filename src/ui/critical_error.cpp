@@ -2,9 +2,9 @@
 
 #include <QMessageBox>
 
-#include "config/console_log.h"
-#include "config/debug_log.h"
-#include "core/board_selection.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/board_selection.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "ui/text.h"

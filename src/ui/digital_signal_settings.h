@@ -4,7 +4,7 @@
 #include <functional>
 #include <span>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 
 class QGroupBox;
 class QLabel;

@@ -10,8 +10,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "config/console_log.h"
-#include "config/debug_log.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"

@@ -8,8 +8,9 @@
 #include <QMenu>
 #include <QMenuBar>
 
-#include "config/debug_log.h"
-#include "config/language_choice.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/language_choice.h"
 #include "display/recorded.h"
 #include "language/language_table.h"
 #include "platform/file.h"
@@ -217,8 +218,8 @@ void T_MainForm::SaveAsTextButtonClick() {
 }
 
 bool T_MainForm::isOfLastRun(const std::string& dataFile) const {
-    for (uint32_t piece = 0; !runFile_.empty() && fileExists(pieceName(runFile_, piece)); ++piece) {
-        if (isSameFile(dataFile, pieceName(runFile_, piece)))
+    for (uint32_t piece = 0; !runFile_.empty() && fileExists(RecordingName(runFile_).piece(piece)); ++piece) {
+        if (isSameFile(dataFile, RecordingName(runFile_).piece(piece)))
             return true;
     }
     return false;

@@ -3,9 +3,10 @@
 #include <QPushButton>
 #include <cmath>
 
-#include "config/figure_text.h"
-#include "core/loss.h"
-#include "core/recording_settings.h"
+#include "config/files/figure_text.h"
+#include "config/files/recording_name.h"
+#include "core/recording/recording_settings.h"
+#include "core/storage/loss.h"
 #include "platform/clock.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
@@ -60,7 +61,7 @@ void T_MainForm::beginRun() {
     runBegun_ = !session.settings.externalStart;
     progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
     strip_->setLosses(0);
-    strip_->setLossList(fromFileName(lossLedgerNameFor(runFile_)));
+    strip_->setLossList(fromFileName(RecordingName(runFile_).losses()));
     messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(runFile_)}));
     SetErrorCode(BoardStatus::Ready);
     showRunningSignal();

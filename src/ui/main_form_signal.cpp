@@ -5,7 +5,7 @@
 #include <QDockWidget>
 #include <QFileDialog>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "display/recorded.h"
 #include "display/signal_format.h"
 #include "ui/main_form.h"

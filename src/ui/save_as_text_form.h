@@ -7,8 +7,8 @@
 #include <atomic>
 #include <string>
 
-#include "config/program_settings.h"
-#include "config/text_export.h"
+#include "config/settings/program_settings.h"
+#include "config/settings/text_export.h"
 #include "platform/thread.h"
 #include "records/conversion_inputs.h"
 #include "records/text_conversion.h"

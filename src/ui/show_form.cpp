@@ -10,8 +10,8 @@
 #include <exception>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "config/figure_text.h"
+#include "config/files/figure_text.h"
+#include "config/logs/debug_log.h"
 #include "display/axis_x.h"
 #include "display/axis_y.h"
 #include "display/follow.h"

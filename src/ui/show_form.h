@@ -13,8 +13,8 @@
 
 #include <tarno2/ISCOPERA.h>
 
-#include "config/program_settings.h"
-#include "core/live_tap.h"
+#include "config/settings/program_settings.h"
+#include "core/recording/live_tap.h"
 #include "display/axis_x.h"
 #include "display/channel_reading.h"
 #include "display/repaint.h"

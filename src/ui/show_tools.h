@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <optional>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "language/text_ids.h"
 
 class QAction;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/live_tap.h"
+#include "core/recording/live_tap.h"
 #include "display/file_screens.h"
 #include "display/live_history.h"
 #include "display/overview.h"

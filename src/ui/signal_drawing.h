@@ -8,7 +8,7 @@
 
 #include <tarno2/ISCOPERA.h>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "display/axis_x.h"
 #include "display/axis_y.h"
 #include "display/convert_for_display.h"

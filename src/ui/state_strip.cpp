@@ -10,8 +10,8 @@
 #include <algorithm>
 #include <array>
 
-#include "config/disk_info.h"
-#include "config/figure_text.h"
+#include "config/files/disk_info.h"
+#include "config/files/figure_text.h"
 #include "ui/figure_cell.h"
 #include "ui/text.h"
 #include "ui/view_icons.h"

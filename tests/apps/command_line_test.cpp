@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
-#include "config/program_version.h"
+#include "config/logs/program_version.h"
 #include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
 

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <thread>
 
-#include "config/file_naming.h"
+#include "config/files/recording_name.h"
 #include "drivers/simulator/counter_signal.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -91,8 +91,8 @@ std::string RecordingRig::run(const std::string& program, const std::vector<std:
 
 std::vector<std::string> RecordingRig::pieces(const std::string& name) const {
     std::vector<std::string> files;
-    while (exists(pieceName(name, static_cast<uint32_t>(files.size())))) {
-        files.push_back(file(pieceName(name, static_cast<uint32_t>(files.size()))));
+    while (exists(RecordingName(name).piece(static_cast<uint32_t>(files.size())))) {
+        files.push_back(file(RecordingName(name).piece(static_cast<uint32_t>(files.size()))));
     }
     return files;
 }

@@ -4,8 +4,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "config/auto_synchro.h"
-#include "config/file_naming.h"
+#include "config/settings/auto_synchro.h"
 #include "records/key_value_text.h"
 #include "sync/synchro_check.h"
 #include "tests/apps/recording_rig.h"

@@ -1,8 +1,9 @@
-#include "config/recording_name.h"
+#include "config/files/recording_name.h"
 
 #include <gtest/gtest.h>
 
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2::test {
 namespace {
@@ -51,7 +52,7 @@ TEST(RecordingName, KnowsItsFiles) {
     EXPECT_EQ(RecordingName::typed("a.b\\run").data(), "a.b\\run.dat");
     EXPECT_EQ(RecordingName::typed("a.b\\c d").folder(), kBackslashes ? "a.b" : "");
     for (const char* other : {"", ".", "dat", ".txt", ".LOG", ".journal", ".Tarno2-Journal", ".a/b", ".a b", ".a-b"}) {
-        EXPECT_FALSE(RecordingName::isDataExtension(other)) << other;
+        EXPECT_FALSE(isDataExtension(other)) << other;
     }
 }
 

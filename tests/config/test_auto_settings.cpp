@@ -5,9 +5,9 @@
 #include <map>
 #include <optional>
 
-#include "config/auto_settings.h"
-#include "config/console_log.h"
-#include "config/debug_log.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/auto_settings.h"
 #include "platform/paths.h"
 #include "records/key_value_file.h"
 #include "tests/config/masked.h"

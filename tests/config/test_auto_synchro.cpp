@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "config/auto_synchro.h"
-#include "config/console_log.h"
+#include "config/logs/console_log.h"
+#include "config/settings/auto_synchro.h"
 #include "records/key_value_text.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "config/command_line.h"
+#include "config/settings/command_line.h"
 
 namespace tarno2::test {
 namespace {

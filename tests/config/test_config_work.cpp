@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "config/config_work.h"
+#include "config/settings/config_work.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {

@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "config/debug_log.h"
-#include "config/program_version.h"
+#include "config/logs/debug_log.h"
+#include "config/logs/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "tests/config/masked.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "config/disk_info.h"
+#include "config/files/disk_info.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/volume.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "config/debug_log.h"
-#include "config/disk_speed.h"
-#include "config/file_name_check.h"
+#include "config/files/disk_speed.h"
+#include "config/files/file_name_check.h"
+#include "config/logs/debug_log.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/support/temporary_folder.h"

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <optional>
 
-#include "config/field_text.h"
+#include "config/settings/field_text.h"
 
 namespace tarno2::test {
 namespace {

@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 
-#include "config/debug_log.h"
-#include "config/file_name_check.h"
-#include "config/file_naming.h"
-#include "config/move_aside.h"
+#include "config/files/file_name_check.h"
+#include "config/files/file_naming.h"
+#include "config/files/move_aside.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "platform/file.h"

@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "config/config_work.h"
-#include "config/debug_log.h"
-#include "config/language_choice.h"
-#include "config/settings_file.h"
-#include "config/settings_table.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/config_work.h"
+#include "config/settings/language_choice.h"
+#include "config/settings/settings_file.h"
+#include "config/settings/settings_table.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "config/text_export.h"
+#include "config/settings/text_export.h"
 #include "language/language_table.h"
 
 namespace tarno2 {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "config/figure_text.h"
-#include "config/window_place.h"
+#include "config/files/figure_text.h"
+#include "config/settings/window_place.h"
 #include "language/language_table.h"
 
 namespace tarno2::test {

@@ -4,7 +4,7 @@
 #include <thread>
 #include <utility>
 
-#include "config/file_naming.h"
+#include "config/files/recording_name.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/core/rig.h"
@@ -511,7 +511,7 @@ TEST(Acquisition, RecordsAreNotDividedBetweenPieces) {
         all += data;
     }
     EXPECT_TRUE(all == streamBytes(0, 240, 2));
-    EXPECT_FALSE(fileExists(pieceName(rig.dataName, 6)));
+    EXPECT_FALSE(fileExists(RecordingName(rig.dataName).piece(6)));
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "core/journal_text.h"
+#include "records/journal_text.h"
 
 namespace tarno2::test {
 

@@ -1,4 +1,4 @@
-#include "core/board.h"
+#include "core/recording/board.h"
 
 #include <algorithm>
 #include <cmath>

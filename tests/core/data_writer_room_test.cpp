@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {

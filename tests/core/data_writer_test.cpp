@@ -1,10 +1,10 @@
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "config/file_naming.h"
+#include "config/files/recording_name.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "records/recorded_format.h"
@@ -281,7 +281,7 @@ TEST(DataWriter, KeepsAMarginOfTheDiskFree) {
         EXPECT_TRUE(writer.Close());
         std::string data;
         for (uint32_t k = 0; k < writer.fileCount(); ++k) {
-            const std::string name = pieceName(setup.fileName, k);
+            const std::string name = RecordingName(setup.fileName).piece(k);
             const std::string piece = readFile(name);
             EXPECT_EQ(describedFrames(name), piece.size() / 2);
             data += piece;

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "records/recorded_format.h"

@@ -1,12 +1,12 @@
-#include "core/driver.h"
+#include "core/devices/driver.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 
-#include "core/board_selection.h"
-#include "core/driver_catalogue.h"
-#include "core/scoper_library.h"
+#include "core/devices/board_selection.h"
+#include "core/devices/driver_catalogue.h"
+#include "core/devices/scoper_library.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/registry.h"

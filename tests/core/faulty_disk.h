@@ -7,7 +7,7 @@
 #include <mutex>
 #include <string>
 
-#include "core/data_file.h"
+#include "core/storage/data_file.h"
 
 namespace tarno2::test {
 

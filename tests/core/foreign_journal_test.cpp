@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 #include <map>
 
-#include "config/file_naming.h"
-#include "core/data_writer.h"
-#include "core/recovery.h"
+#include "core/storage/data_writer.h"
+#include "core/storage/recovery.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 #include "tests/core/rig.h"
 
 namespace tarno2::test {

@@ -1,4 +1,4 @@
-#include "core/live_tap.h"
+#include "core/recording/live_tap.h"
 
 #include <cstring>
 #include <gmock/gmock.h>

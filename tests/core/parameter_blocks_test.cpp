@@ -1,4 +1,4 @@
-#include "core/parameter_blocks.h"
+#include "core/devices/parameter_blocks.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

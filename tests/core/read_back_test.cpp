@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,4 +1,4 @@
-#include "core/recording_control.h"
+#include "core/recording/recording_control.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "core/recording_outcome.h"
+#include "core/recording/recording_outcome.h"
 
 #include <gtest/gtest.h>
 

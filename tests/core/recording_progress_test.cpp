@@ -1,11 +1,11 @@
-#include "core/recording_progress.h"
+#include "core/recording/recording_progress.h"
 
 #include <algorithm>
 #include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "core/start_questions.h"
+#include "core/recording/start_questions.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {

@@ -1,10 +1,10 @@
-#include "core/recording_settings.h"
+#include "core/recording/recording_settings.h"
 
 #include <gmock/gmock.h>
 
-#include "core/board_options.h"
-#include "core/board_selection.h"
-#include "core/recording_need.h"
+#include "core/devices/board_options.h"
+#include "core/devices/board_selection.h"
+#include "core/recording/recording_need.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"
 

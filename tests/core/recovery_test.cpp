@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "config/file_naming.h"
-#include "core/data_writer.h"
-#include "core/recovery_thread.h"
+#include "config/files/recording_name.h"
+#include "core/storage/data_writer.h"
+#include "core/storage/recovery_thread.h"
 #include "language/language_table.h"
 #include "platform/event.h"
 #include "platform/paths.h"
@@ -58,7 +58,7 @@ void record(const WriterSetup& setup, uint64_t bytes, bool records) {
 void leaveJournal(const WriterSetup& setup, uint32_t piece, const LocalTime& time, bool records, uint64_t events = 0) {
     RecordingJournal journal;
     JournalState state = setup.journalState();
-    ASSERT_TRUE(journal.create(journalNameFor(setup.fileName), state).ok());
+    ASSERT_TRUE(journal.create(RecordingName(setup.fileName).journal(), state).ok());
     state.piece.emplace().number = piece;
     state.piece->createTime = time;
     if (records) {
@@ -176,7 +176,7 @@ TEST(Recovery, KeepsNoFileWithoutAFrame) {
             leaveJournal(setup, static_cast<uint32_t>(c.piece), {}, false);
         } else {
             RecordingJournal journal;
-            ASSERT_TRUE(journal.create(journalNameFor(setup.fileName), setup.journalState()).ok());
+            ASSERT_TRUE(journal.create(RecordingName(setup.fileName).journal(), setup.journalState()).ok());
         }
         const auto reports = recoverFolder(folder.path());
         ASSERT_EQ(reports.size(), c.piece >= 0 ? 1U : 0U);
@@ -191,7 +191,7 @@ TEST(Recovery, ComesToTheSameEndAfterItHasRemovedAFile) {
     const WriterSetup setup = setupFor(folder.write("run.dat", "123456"));
     folder.write("run_3.dat", "12345");
     leaveJournal(setup, 3, {}, false);
-    const std::string name = journalNameFor(setup.fileName);
+    const std::string name = RecordingName(setup.fileName).journal();
     {
         RecordingJournal journal;
         ASSERT_EQ(journal.takeExisting(name), JournalFound::Ours);

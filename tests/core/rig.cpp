@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <numeric>
 
-#include "config/file_naming.h"
+#include "config/files/recording_name.h"
 #include "platform/file.h"
 
 namespace tarno2::test {
@@ -113,7 +113,7 @@ RecordingResult SessionRig::stop() {
 }
 
 std::string SessionRig::data(uint32_t piece) const {
-    const std::string name = pieceName(dataName, piece);
+    const std::string name = RecordingName(dataName).piece(piece);
     return fileExists(name) ? readFile(name) : std::string();
 }
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "config/debug_log.h"
-#include "core/board.h"
-#include "core/driver.h"
-#include "core/writer_setup.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/driver.h"
+#include "core/recording/board.h"
+#include "core/storage/writer_setup.h"
 #include "records/record_description.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"

@@ -5,8 +5,8 @@
 #include <map>
 #include <vector>
 
-#include "config/file_naming.h"
-#include "core/data_writer.h"
+#include "config/files/recording_name.h"
+#include "core/storage/data_writer.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/core/fake_device.h"
@@ -153,7 +153,7 @@ TEST(SameBytes, HoweverTheDataWaited) {
             EXPECT_TRUE(files == first);
             ASSERT_EQ(files.size(), 2 * expected.size());
             for (uint32_t k = 0; k < expected.size(); ++k) {
-                EXPECT_TRUE(files.at(fileNameOf(pieceName("run.dat", k))) == expected[k]) << k;
+                EXPECT_TRUE(files.at(fileNameOf(RecordingName("run.dat").piece(k))) == expected[k]) << k;
             }
         }
     }

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "config/recording_name.h"
-#include "core/data_writer.h"
-#include "core/recovery.h"
+#include "config/files/recording_name.h"
+#include "core/storage/data_writer.h"
+#include "core/storage/recovery.h"
 #include "language/language_table.h"
 #include "platform/clock.h"
 #include "platform/file.h"

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-#include "config/file_naming.h"
-#include "core/data_writer.h"
+#include "config/files/recording_name.h"
+#include "core/storage/data_writer.h"
 #include "platform/paths.h"
 #include "records/key_value_file.h"
 #include "tests/support/temporary_folder.h"
@@ -73,7 +73,7 @@ TEST(WriterEvents, StandInTheDescriptionOfTheFileThatHoldsTheRecord) {
         EXPECT_TRUE(writer.Close());
         std::vector<std::vector<int32_t>> points;
         for (uint32_t piece = 0; piece < c.points.size(); ++piece) {
-            points.push_back(listedPoints(pieceName(setup.fileName, piece)));
+            points.push_back(listedPoints(RecordingName(setup.fileName).piece(piece)));
         }
         EXPECT_EQ(points, c.points);
     }

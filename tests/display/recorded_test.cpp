@@ -5,7 +5,7 @@
 #include <mutex>
 #include <thread>
 
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 #include "display/file_screens.h"
 #include "display/overview.h"
 #include "tests/display/signal_source.h"

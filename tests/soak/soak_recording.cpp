@@ -8,10 +8,10 @@
 #include <set>
 #include <vector>
 
-#include "config/file_naming.h"
-#include "core/board.h"
-#include "core/recovery.h"
-#include "core/static_parameters.h"
+#include "config/files/recording_name.h"
+#include "core/recording/board.h"
+#include "core/recording/static_parameters.h"
+#include "core/storage/recovery.h"
 #include "drivers/simulator/counter_signal.h"
 #include "platform/clock.h"
 #include "platform/file.h"
@@ -246,8 +246,8 @@ SoakResult recordAndCheck(const Plan& plan) {
     const std::vector<std::string> names = listDirectory(dataFolder);
     std::set<std::string> left(names.begin(), names.end());
     std::erase_if(left, [&bait](const std::string& name) { return bait.has(name); });
-    for (uint32_t number = 0; left.erase(fileNameOf(pieceName(dataName, number))) != 0; ++number) {
-        const std::string name = pieceName(dataName, number);
+    for (uint32_t number = 0; left.erase(fileNameOf(RecordingName(dataName).piece(number))) != 0; ++number) {
+        const std::string name = RecordingName(dataName).piece(number);
         left.erase(fileNameOf(RecordDescription::fileNameFor(name)));
         result.fault = checker.check(name);
         if (!result.fault.empty()) {
@@ -256,7 +256,7 @@ SoakResult recordAndCheck(const Plan& plan) {
         ++result.files;
     }
     result.bytes = checker.samples() * plan.sampleWidth;
-    const bool listed = left.erase(fileNameOf(lossLedgerNameFor(dataName))) != 0;
+    const bool listed = left.erase(fileNameOf(RecordingName(dataName).losses())) != 0;
     if (!left.empty()) {
         result.fault = *left.begin() + " is left over";
         return result;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/stop_code.h"
+#include "core/recording/stop_code.h"
 #include "tests/soak/plan.h"
 
 namespace tarno2::test {

@@ -15,7 +15,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "language/language_table.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/additional_mode_window.h"

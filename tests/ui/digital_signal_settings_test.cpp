@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <set>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "ui/color.h"
 
 namespace tarno2 {

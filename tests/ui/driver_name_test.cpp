@@ -5,7 +5,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "tests/support/temporary_folder.h"

@@ -12,8 +12,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "config/debug_log.h"
-#include "config/settings_file.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/settings_file.h"
 #include "language/language_table.h"
 #include "platform/file.h"
 #include "ui/text.h"

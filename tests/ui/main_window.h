@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "language/text_ids.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/main_form.h"

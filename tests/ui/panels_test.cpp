@@ -11,7 +11,7 @@
 #include <QToolButton>
 #include <gtest/gtest.h>
 
-#include "core/recording_settings.h"
+#include "core/recording/recording_settings.h"
 #include "language/language_table.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"

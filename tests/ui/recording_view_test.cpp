@@ -6,7 +6,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 #include "drivers/simulator/counter_signal.h"
 #include "language/language_table.h"
 #include "platform/file.h"

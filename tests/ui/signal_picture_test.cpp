@@ -12,8 +12,8 @@
 #include <QWheelEvent>
 #include <gtest/gtest.h>
 
-#include "config/debug_log.h"
-#include "core/scoper_library.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/scoper_library.h"
 #include "language/language_table.h"
 #include "platform/clock.h"
 #include "records/record_description.h"

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 #include "language/language_table.h"
 #include "records/key_value_file.h"
 #include "records/record_description.h"

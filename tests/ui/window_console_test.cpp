@@ -4,9 +4,9 @@
 #include <QLabel>
 #include <QSignalSpy>
 
-#include "config/auto_settings.h"
-#include "config/console_log.h"
-#include "config/debug_log.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/auto_settings.h"
 #include "platform/file.h"
 #include "tests/ui/main_window.h"
 

@@ -23,7 +23,7 @@
 #include <QWheelEvent>
 #include <gmock/gmock.h>
 
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 #include "config/version.h"
 #include "platform/file.h"
 #include "platform/paths.h"

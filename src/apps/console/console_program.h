@@ -1,7 +1,7 @@
 #pragma once
 
-#include "config/command_line.h"
-#include "core/recording_outcome.h"
+#include "config/settings/command_line.h"
+#include "core/recording/recording_outcome.h"
 
 namespace tarno2 {
 

@@ -3,11 +3,11 @@
 #include <exception>
 #include <utility>
 
-#include "config/console_log.h"
-#include "config/debug_log.h"
-#include "config/program_version.h"
-#include "config/settings_file.h"
-#include "core/auto_recording.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
+#include "config/logs/program_version.h"
+#include "config/settings/settings_file.h"
+#include "core/recording/auto_recording.h"
 #include "language/language_table.h"
 
 namespace tarno2 {

@@ -4,12 +4,12 @@
 #include <functional>
 #include <string>
 
-#include "config/auto_settings.h"
-#include "config/file_naming.h"
-#include "core/board_selection.h"
-#include "core/recording_control.h"
-#include "core/recording_shell.h"
-#include "core/recovery_thread.h"
+#include "config/files/file_naming.h"
+#include "config/settings/auto_settings.h"
+#include "core/devices/board_selection.h"
+#include "core/recording/recording_control.h"
+#include "core/recording/recording_shell.h"
+#include "core/storage/recovery_thread.h"
 #include "platform/message_queue.h"
 
 namespace tarno2 {

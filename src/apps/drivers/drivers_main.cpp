@@ -2,10 +2,10 @@
 #include <iostream>
 #include <string>
 
-#include "config/program_version.h"
-#include "core/board_selection.h"
-#include "core/driver.h"
-#include "core/driver_catalogue.h"
+#include "config/logs/program_version.h"
+#include "core/devices/board_selection.h"
+#include "core/devices/driver.h"
+#include "core/devices/driver_catalogue.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/registry.h"

@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "config/program_version.h"
+#include "config/logs/program_version.h"
 #include "records/export_names.h"
 #include "records/number_text.h"
 

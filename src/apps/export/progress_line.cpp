@@ -3,7 +3,7 @@
 #include <iostream>
 #include <string>
 
-#include "config/text_export.h"
+#include "config/settings/text_export.h"
 #include "platform/clock.h"
 
 namespace tarno2 {

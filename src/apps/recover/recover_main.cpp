@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "config/program_version.h"
-#include "core/recovery.h"
+#include "config/logs/program_version.h"
+#include "core/storage/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"

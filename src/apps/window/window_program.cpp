@@ -14,9 +14,9 @@
 
 #include "apps/console/console_program.h"
 #include "apps/console/stop_relay.h"
-#include "config/auto_settings.h"
-#include "config/console_log.h"
-#include "config/debug_log.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/auto_settings.h"
 #include "language/language_table.h"
 #include "platform/child_probe.h"
 #include "platform/paths.h"

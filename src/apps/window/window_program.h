@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "config/command_line.h"
+#include "config/settings/command_line.h"
 
 namespace tarno2 {
 

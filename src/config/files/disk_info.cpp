@@ -1,11 +1,11 @@
-#include "config/disk_info.h"
+#include "config/files/disk_info.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
-#include "config/ascii_case.h"
 #include "language/language_table.h"
+#include "platform/ascii_case.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"

@@ -1,4 +1,4 @@
-#include "config/disk_speed.h"
+#include "config/files/disk_speed.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,6 +1,6 @@
-#include "config/figure_text.h"
+#include "config/files/figure_text.h"
 
-#include "config/disk_info.h"
+#include "config/files/disk_info.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 

@@ -1,10 +1,11 @@
-#include "config/file_name_check.h"
+#include "config/files/file_name_check.h"
 
-#include "config/debug_log.h"
-#include "config/file_naming.h"
-#include "config/recording_name.h"
+#include "config/files/file_naming.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 
@@ -52,7 +53,7 @@ NameProblem checkDataFileName(const std::string& name) {
     if (last.empty() || last == "." || last == ".." || isDirectory(name) || isDirectory(recording.data())) {
         return NameProblem::IsFolder;
     }
-    return RecordingName::isDataExtension(recording.extension()) ? NameProblem::None : NameProblem::EqualsDescription;
+    return isDataExtension(recording.extension()) ? NameProblem::None : NameProblem::EqualsDescription;
 }
 
 std::optional<TextId> nameText(NameProblem problem) {

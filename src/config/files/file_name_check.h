@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "config/disk_info.h"
-#include "config/disk_speed.h"
+#include "config/files/disk_info.h"
+#include "config/files/disk_speed.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {

@@ -1,10 +1,10 @@
-#include "config/file_naming.h"
+#include "config/files/file_naming.h"
 
 #include <algorithm>
 
-#include "config/debug_log.h"
-#include "config/file_name_check.h"
-#include "config/recording_name.h"
+#include "config/files/file_name_check.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "config/move_aside.h"
-#include "config/recording_name.h"
+#include "config/files/move_aside.h"
+#include "config/files/recording_name.h"
 #include "platform/os_error.h"
 
 namespace tarno2 {
@@ -30,29 +30,6 @@ private:
 /// The user's documents folder: the registry's "Personal", else $XDG_DOCUMENTS_DIR, else ~/Documents. Empty when
 /// there is none.
 [[nodiscard]] std::string documentsFolder();
-
-// Short forms of what `RecordingName` knows.
-[[nodiscard]] inline std::string withDataExtension(const std::string& name) {
-    return RecordingName::typed(name).data();
-}
-[[nodiscard]] inline std::string pieceName(const std::string& name, uint32_t k) {
-    return RecordingName(name).piece(k);
-}
-[[nodiscard]] inline std::string recordingBase(const std::string& dataName) {
-    return RecordingName(dataName).base();
-}
-[[nodiscard]] inline bool isDataExtension(std::string_view extension) {
-    return RecordingName::isDataExtension(extension);
-}
-[[nodiscard]] inline std::string earlierJournalNameFor(const std::string& dataName) {
-    return RecordingName(dataName).earlierJournal();
-}
-[[nodiscard]] inline std::string journalNameFor(const std::string& dataName) {
-    return RecordingName(dataName).journal();
-}
-[[nodiscard]] inline std::string lossLedgerNameFor(const std::string& dataName) {
-    return RecordingName(dataName).losses();
-}
 
 /// The name as a line of a log may hold it: with "?" in the place of control characters.
 [[nodiscard]] std::string shownName(std::string name);

@@ -1,9 +1,9 @@
-#include "config/move_aside.h"
+#include "config/files/move_aside.h"
 
 #include <algorithm>
 #include <set>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/file.h"
 
 namespace tarno2 {

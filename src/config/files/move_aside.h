@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "config/recording_name.h"
+#include "config/files/recording_name.h"
 #include "platform/os_error.h"
 
 namespace tarno2 {

@@ -1,23 +1,17 @@
-#include "config/recording_name.h"
+#include "config/files/recording_name.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <utility>
 
-#include "config/ascii_case.h"
+#include "platform/ascii_case.h"
 #include "platform/c_locale.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 
 namespace {
-
-constexpr std::string_view kDataExtension = ".dat";
-constexpr std::string_view kDescriptionExtension = ".txt";
-constexpr std::string_view kLossExtension = ".log";
-constexpr std::array kOtherExtensions = {kDescriptionExtension, kLossExtension, kJournalExtension,
-                                         kEarlierJournalExtension};
 
 /// How much of a name stands before the "." of its extension.
 size_t baseLengthOf(std::string_view name) {
@@ -30,24 +24,6 @@ size_t baseLengthOf(std::string_view name) {
 
 std::string_view lastPart(std::string_view name) {
     return name.substr(findLastSeparator(name) + 1);
-}
-
-/// Whether it is formed like the extension of a data file.
-bool isExtension(std::string_view text) {
-    constexpr size_t kLongest = 16;
-    // Letters of other alphabets have more than seven bits.
-    const auto plain = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-               static_cast<unsigned char>(c) >= 0x80;
-    };
-    return text.size() > 1 && text.size() <= kLongest + 1 && text.front() == '.' &&
-           std::all_of(text.begin() + 1, text.end(), plain);
-}
-
-/// Whether a file beside the data has this extension.
-bool isOfOtherFiles(std::string_view extension) {
-    return std::any_of(kOtherExtensions.begin(), kOtherExtensions.end(),
-                       [extension](std::string_view other) { return sameIgnoringCase(extension, other); });
 }
 
 /// A number as the program writes it, without zeros before it.
@@ -85,7 +61,7 @@ RecordingName::RecordingName(std::string dataName) : data_(std::move(dataName)),
 
 RecordingName RecordingName::typed(std::string name) {
     const std::string_view extension = std::string_view(name).substr(baseLengthOf(name));
-    if (!lastPart(name).empty() && !isExtension(extension) && !isOfOtherFiles(extension)) {
+    if (!lastPart(name).empty() && !isExtension(extension) && !isExtensionOfOtherFiles(extension)) {
         if (name.back() == '.') {
             name.pop_back();
         }
@@ -103,10 +79,6 @@ RecordingName RecordingName::ofJournal(std::string_view journalName, std::string
     name.baseLength_ = baseLengthOf(journalName);
     name.data_ = std::string(journalName.substr(0, name.baseLength_)).append(extension);
     return name;
-}
-
-bool RecordingName::isDataExtension(std::string_view extension) {
-    return isExtension(extension) && !isOfOtherFiles(extension);
 }
 
 std::string RecordingName::folder() const {

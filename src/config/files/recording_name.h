@@ -9,10 +9,6 @@
 
 namespace tarno2 {
 
-/// What journals end in; earlier versions used the other one.
-inline constexpr std::string_view kJournalExtension = ".tarno2-journal";
-inline constexpr std::string_view kEarlierJournalExtension = ".journal";
-
 /// The name of a recording, and with it those of all files that belong to it:
 ///
 ///     <base><extension>  <base>_<k><extension>   samples: the first file, then pieces 1, 2, ...
@@ -36,9 +32,6 @@ public:
     [[nodiscard]] static RecordingName generated(const std::string& folder, const LocalTime& day, uint32_t number);
     /// Of the recording with this journal; `extension`: of its data files, with its ".".
     [[nodiscard]] static RecordingName ofJournal(std::string_view journalName, std::string_view extension = {});
-    /// Whether data files may have this extension: a "." and 1 to 16 letters or digits, and none that a file beside the
-    /// data has.
-    [[nodiscard]] static bool isDataExtension(std::string_view extension);
 
     /// Of the first data file.
     [[nodiscard]] const std::string& data() const { return data_; }

@@ -1,4 +1,4 @@
-#include "config/console_log.h"
+#include "config/logs/console_log.h"
 
 #include <algorithm>
 #include <chrono>
@@ -6,7 +6,7 @@
 #include <new>
 #include <thread>
 
-#include "config/log_file.h"
+#include "config/logs/log_file.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
 #include "platform/paths.h"

@@ -1,11 +1,11 @@
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 
 #include <algorithm>
 #include <new>
 #include <string_view>
 
-#include "config/log_file.h"
-#include "config/program_version.h"
+#include "config/logs/log_file.h"
+#include "config/logs/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 #include "platform/codepage1251.h"

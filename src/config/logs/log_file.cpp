@@ -1,4 +1,4 @@
-#include "config/log_file.h"
+#include "config/logs/log_file.h"
 
 namespace tarno2 {
 

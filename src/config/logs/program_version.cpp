@@ -1,6 +1,6 @@
-#include "config/program_version.h"
+#include "config/logs/program_version.h"
 
-#include "config/version.h"
+#include "config/logs/version.h"
 #include "platform/program_version.h"
 
 namespace tarno2 {

@@ -1,4 +1,4 @@
-#include "config/auto_settings.h"
+#include "config/settings/auto_settings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +9,8 @@
 #include <new>
 #include <string_view>
 
-#include "config/console_log.h"
-#include "config/debug_log.h"
+#include "config/logs/console_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config/auto_synchro.h"
+#include "config/settings/auto_synchro.h"
 
 namespace tarno2 {
 

@@ -1,4 +1,4 @@
-#include "config/auto_synchro.h"
+#include "config/settings/auto_synchro.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "config/console_log.h"
+#include "config/logs/console_log.h"
 #include "records/key_value_text.h"
 
 namespace tarno2 {

@@ -1,4 +1,4 @@
-#include "config/command_line.h"
+#include "config/settings/command_line.h"
 
 namespace tarno2 {
 

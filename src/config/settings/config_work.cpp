@@ -1,4 +1,4 @@
-#include "config/config_work.h"
+#include "config/settings/config_work.h"
 
 #include <algorithm>
 #include <new>

@@ -1,4 +1,4 @@
-#include "config/field_text.h"
+#include "config/settings/field_text.h"
 
 #include <algorithm>
 #include <array>

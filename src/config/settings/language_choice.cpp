@@ -1,6 +1,6 @@
-#include "config/language_choice.h"
+#include "config/settings/language_choice.h"
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "language/language_table.h"
 #include "platform/locale.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 
 namespace tarno2 {
 

@@ -1,4 +1,4 @@
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 
 namespace tarno2 {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config/auto_settings.h"
+#include "config/settings/auto_settings.h"
 #include "sync/synchro_settings.h"
 
 namespace tarno2 {

@@ -1,11 +1,11 @@
-#include "config/settings_file.h"
+#include "config/settings/settings_file.h"
 
 #include <cmath>
 #include <variant>
 #include <vector>
 
-#include "config/debug_log.h"
-#include "config/settings_table.h"
+#include "config/logs/debug_log.h"
+#include "config/settings/settings_table.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"

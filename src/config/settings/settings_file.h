@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "config/config_work.h"
-#include "config/program_settings.h"
+#include "config/settings/config_work.h"
+#include "config/settings/program_settings.h"
 #include "platform/os_error.h"
 
 namespace tarno2 {

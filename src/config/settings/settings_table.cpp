@@ -1,4 +1,4 @@
-#include "config/settings_table.h"
+#include "config/settings/settings_table.h"
 
 #include <algorithm>
 #include <array>

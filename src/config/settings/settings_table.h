@@ -7,7 +7,7 @@
 #include <variant>
 #include <vector>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {

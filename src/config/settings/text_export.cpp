@@ -1,8 +1,8 @@
-#include "config/text_export.h"
+#include "config/settings/text_export.h"
 
 #include <algorithm>
 
-#include "config/disk_info.h"
+#include "config/files/disk_info.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 #include "records/export_format.h"
 #include "records/text_conversion.h"
 

@@ -1,4 +1,4 @@
-#include "config/window_place.h"
+#include "config/settings/window_place.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "config/program_settings.h"
+#include "config/settings/program_settings.h"
 
 namespace tarno2 {
 

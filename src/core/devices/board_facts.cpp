@@ -1,4 +1,4 @@
-#include "core/board_facts.h"
+#include "core/devices/board_facts.h"
 
 namespace tarno2 {
 

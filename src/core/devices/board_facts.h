@@ -5,7 +5,7 @@
 
 #include <tarno2/IADCDevice.h>
 
-#include "core/device.h"
+#include "core/devices/device.h"
 
 namespace tarno2 {
 

@@ -1,8 +1,8 @@
-#include "core/board_options.h"
+#include "core/devices/board_options.h"
 
 #include <algorithm>
 
-#include "config/auto_settings.h"
+#include "config/settings/auto_settings.h"
 
 namespace tarno2 {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/board_facts.h"
+#include "core/devices/board_facts.h"
 
 namespace tarno2 {
 

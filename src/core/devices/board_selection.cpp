@@ -1,11 +1,11 @@
-#include "core/board_selection.h"
+#include "core/devices/board_selection.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "core/driver_catalogue.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/driver_catalogue.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {

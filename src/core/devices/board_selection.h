@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "config/program_settings.h"
-#include "core/driver.h"
+#include "config/settings/program_settings.h"
+#include "core/devices/driver.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {

@@ -1,11 +1,11 @@
-#include "core/device.h"
+#include "core/devices/device.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 
 namespace tarno2 {
 

@@ -1,10 +1,10 @@
-#include "core/driver.h"
+#include "core/devices/driver.h"
 
 #include <utility>
 
-#include "config/debug_log.h"
-#include "core/driver_catalogue.h"
-#include "core/library_object.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/driver_catalogue.h"
+#include "core/devices/library_object.h"
 
 namespace tarno2 {
 

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string>
 
-#include "core/board_facts.h"
-#include "core/device.h"
-#include "core/holder_count.h"
-#include "core/parameter_blocks.h"
+#include "core/devices/board_facts.h"
+#include "core/devices/device.h"
+#include "core/devices/holder_count.h"
+#include "core/devices/parameter_blocks.h"
 #include "platform/library.h"
 
 namespace tarno2 {

@@ -1,6 +1,6 @@
-#include "core/driver_catalogue.h"
+#include "core/devices/driver_catalogue.h"
 
-#include "core/library_object.h"
+#include "core/devices/library_object.h"
 #include "platform/registry.h"
 
 namespace tarno2 {

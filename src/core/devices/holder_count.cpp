@@ -1,4 +1,4 @@
-#include "core/holder_count.h"
+#include "core/devices/holder_count.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "core/library_object.h"
+#include "core/devices/library_object.h"
 
 #include <tarno2/IADCDevice.h>
 

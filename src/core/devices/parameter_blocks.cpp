@@ -1,8 +1,8 @@
-#include "core/parameter_blocks.h"
+#include "core/devices/parameter_blocks.h"
 
 #include <algorithm>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {

@@ -7,7 +7,7 @@
 
 #include <tarno2/IADCDevice.h>
 
-#include "core/board_facts.h"
+#include "core/devices/board_facts.h"
 
 namespace tarno2 {
 

@@ -1,8 +1,8 @@
-#include "core/scoper_library.h"
+#include "core/devices/scoper_library.h"
 
-#include "config/debug_log.h"
-#include "core/driver_catalogue.h"
-#include "core/library_object.h"
+#include "config/logs/debug_log.h"
+#include "core/devices/driver_catalogue.h"
+#include "core/devices/library_object.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 

@@ -1,10 +1,10 @@
-#include "core/acquisition_thread.h"
+#include "core/recording/acquisition_thread.h"
 
 #include <algorithm>
 #include <cmath>
 #include <new>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 

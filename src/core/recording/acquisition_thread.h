@@ -6,12 +6,12 @@
 #include <optional>
 #include <span>
 
-#include "core/board.h"
-#include "core/data_wait.h"
-#include "core/decimator.h"
-#include "core/recording_progress.h"
-#include "core/ring_reader.h"
-#include "core/stop_code.h"
+#include "core/recording/board.h"
+#include "core/recording/data_wait.h"
+#include "core/recording/decimator.h"
+#include "core/recording/recording_progress.h"
+#include "core/recording/ring_reader.h"
+#include "core/recording/stop_code.h"
 
 namespace tarno2 {
 

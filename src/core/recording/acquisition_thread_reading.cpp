@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "core/acquisition_thread.h"
+#include "config/logs/debug_log.h"
+#include "core/recording/acquisition_thread.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 

@@ -1,4 +1,4 @@
-#include "core/auto_recording.h"
+#include "core/recording/auto_recording.h"
 
 #include "platform/c_locale.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "config/auto_settings.h"
-#include "config/program_settings.h"
-#include "core/recording_shell.h"
+#include "config/settings/auto_settings.h"
+#include "config/settings/program_settings.h"
+#include "core/recording/recording_shell.h"
 
 namespace tarno2 {
 

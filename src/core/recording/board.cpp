@@ -1,11 +1,11 @@
-#include "core/board.h"
+#include "core/recording/board.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "core/acquisition_thread.h"
+#include "config/logs/debug_log.h"
+#include "core/recording/acquisition_thread.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 

@@ -6,12 +6,12 @@
 #include <memory>
 #include <string>
 
-#include "core/data_writer.h"
-#include "core/driver.h"
-#include "core/holder_count.h"
-#include "core/live_tap.h"
-#include "core/notification.h"
-#include "core/parameter_blocks.h"
+#include "core/devices/driver.h"
+#include "core/devices/holder_count.h"
+#include "core/devices/parameter_blocks.h"
+#include "core/recording/live_tap.h"
+#include "core/recording/notification.h"
+#include "core/storage/data_writer.h"
 #include "platform/event.h"
 #include "platform/sleep_prevention.h"
 #include "platform/thread.h"

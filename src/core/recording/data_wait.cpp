@@ -1,4 +1,4 @@
-#include "core/data_wait.h"
+#include "core/recording/data_wait.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "core/driver.h"
+#include "core/devices/driver.h"
 #include "platform/event.h"
 #include "platform/os_error.h"
 

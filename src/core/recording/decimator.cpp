@@ -1,4 +1,4 @@
-#include "core/decimator.h"
+#include "core/recording/decimator.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/stop_code.h"
+#include "core/recording/stop_code.h"
 
 namespace tarno2 {
 

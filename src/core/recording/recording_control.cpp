@@ -1,4 +1,4 @@
-#include "core/recording_control.h"
+#include "core/recording/recording_control.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,11 +6,12 @@
 #include <new>
 #include <optional>
 
-#include "config/debug_log.h"
-#include "config/file_name_check.h"
-#include "core/recording_settings.h"
-#include "core/static_parameters.h"
-#include "core/synchro_preparation.h"
+#include "config/files/file_name_check.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "core/recording/recording_settings.h"
+#include "core/recording/static_parameters.h"
+#include "core/recording/synchro_preparation.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"

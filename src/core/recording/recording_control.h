@@ -5,12 +5,12 @@
 #include <set>
 #include <string>
 
-#include "config/disk_info.h"
-#include "config/file_naming.h"
-#include "core/board.h"
-#include "core/driver.h"
-#include "core/recording_outcome.h"
-#include "core/recording_shell.h"
+#include "config/files/disk_info.h"
+#include "config/files/file_naming.h"
+#include "core/devices/driver.h"
+#include "core/recording/board.h"
+#include "core/recording/recording_outcome.h"
+#include "core/recording/recording_shell.h"
 #include "language/text_ids.h"
 #include "records/record_description.h"
 

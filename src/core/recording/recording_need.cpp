@@ -1,9 +1,9 @@
-#include "core/recording_need.h"
+#include "core/recording/recording_need.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "config/field_text.h"
+#include "config/settings/field_text.h"
 
 namespace tarno2 {
 

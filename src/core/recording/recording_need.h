@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "config/disk_info.h"
-#include "core/board_facts.h"
-#include "core/recording_shell.h"
+#include "config/files/disk_info.h"
+#include "core/devices/board_facts.h"
+#include "core/recording/recording_shell.h"
 
 namespace tarno2 {
 

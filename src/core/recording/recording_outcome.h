@@ -1,7 +1,7 @@
 #pragma once
 
-#include "config/auto_settings.h"
-#include "core/stop_code.h"
+#include "config/settings/auto_settings.h"
+#include "core/recording/stop_code.h"
 
 namespace tarno2 {
 

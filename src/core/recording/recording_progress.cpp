@@ -1,4 +1,4 @@
-#include "core/recording_progress.h"
+#include "core/recording/recording_progress.h"
 
 #include <algorithm>
 #include <cmath>

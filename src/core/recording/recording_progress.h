@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "core/recording_shell.h"
+#include "core/recording/recording_shell.h"
 
 namespace tarno2 {
 

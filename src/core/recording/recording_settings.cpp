@@ -1,10 +1,10 @@
-#include "core/recording_settings.h"
+#include "core/recording/recording_settings.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "config/field_text.h"
-#include "core/board_options.h"
+#include "config/settings/field_text.h"
+#include "core/devices/board_options.h"
 #include "platform/c_locale.h"
 
 namespace tarno2 {

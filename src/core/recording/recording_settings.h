@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-#include "config/program_settings.h"
-#include "core/board_facts.h"
-#include "core/recording_shell.h"
+#include "config/settings/program_settings.h"
+#include "core/devices/board_facts.h"
+#include "core/recording/recording_shell.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {

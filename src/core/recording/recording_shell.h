@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "config/auto_settings.h"
-#include "core/notification.h"
+#include "config/settings/auto_settings.h"
+#include "core/recording/notification.h"
 #include "sync/synchro_settings.h"
 
 namespace tarno2 {

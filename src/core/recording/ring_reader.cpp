@@ -1,4 +1,4 @@
-#include "core/ring_reader.h"
+#include "core/recording/ring_reader.h"
 
 #include <algorithm>
 

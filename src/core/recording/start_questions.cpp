@@ -1,10 +1,10 @@
-#include "core/start_questions.h"
+#include "core/recording/start_questions.h"
 
 #include <algorithm>
 
-#include "config/disk_info.h"
-#include "config/file_name_check.h"
-#include "config/recording_name.h"
+#include "config/files/disk_info.h"
+#include "config/files/file_name_check.h"
+#include "config/files/recording_name.h"
 #include "platform/file.h"
 
 namespace tarno2 {

@@ -1,4 +1,4 @@
-#include "core/static_parameters.h"
+#include "core/recording/static_parameters.h"
 
 #include <cmath>
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "core/board.h"
-#include "core/driver.h"
-#include "core/recording_facts.h"
+#include "core/devices/driver.h"
+#include "core/recording/board.h"
+#include "records/recording_facts.h"
 
 namespace tarno2 {
 

@@ -1,4 +1,4 @@
-#include "core/stop_code.h"
+#include "core/recording/stop_code.h"
 
 #include "language/language_table.h"
 #include "platform/c_locale.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/loss.h"
+#include "core/storage/loss.h"
 
 namespace tarno2 {
 

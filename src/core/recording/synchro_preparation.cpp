@@ -1,4 +1,4 @@
-#include "core/synchro_preparation.h"
+#include "core/recording/synchro_preparation.h"
 
 #include "sync/synchro_evaluator.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/board.h"
-#include "core/recording_facts.h"
-#include "core/recording_shell.h"
+#include "core/recording/board.h"
+#include "core/recording/recording_shell.h"
+#include "records/recording_facts.h"
 #include "sync/synchro_check.h"
 
 namespace tarno2 {

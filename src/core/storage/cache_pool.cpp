@@ -1,4 +1,4 @@
-#include "core/cache_pool.h"
+#include "core/storage/cache_pool.h"
 
 #include <algorithm>
 #include <cstring>

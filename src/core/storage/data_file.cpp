@@ -1,4 +1,4 @@
-#include "core/data_file.h"
+#include "core/storage/data_file.h"
 
 #include "platform/file.h"
 

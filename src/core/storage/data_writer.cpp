@@ -1,10 +1,10 @@
-#include "core/data_writer.h"
+#include "core/storage/data_writer.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "core/recording_place.h"
+#include "config/logs/debug_log.h"
+#include "core/storage/recording_place.h"
 
 namespace tarno2 {
 

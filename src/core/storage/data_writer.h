@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "core/cache_pool.h"
-#include "core/disk_thread.h"
-#include "core/recording_journal.h"
-#include "core/writer_setup.h"
+#include "core/storage/cache_pool.h"
+#include "core/storage/disk_thread.h"
+#include "core/storage/recording_journal.h"
+#include "core/storage/writer_setup.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
 

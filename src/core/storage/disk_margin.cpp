@@ -1,8 +1,8 @@
-#include "core/disk_margin.h"
+#include "core/storage/disk_margin.h"
 
 #include <algorithm>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/clock.h"
 #include "platform/volume.h"
 

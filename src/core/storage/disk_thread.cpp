@@ -1,8 +1,8 @@
-#include "core/disk_thread.h"
+#include "core/storage/disk_thread.h"
 
 #include <algorithm>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/paths.h"
 
 namespace tarno2 {

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <string>
 
-#include "core/cache_pool.h"
-#include "core/disk_margin.h"
-#include "core/hand_over.h"
-#include "core/piece_reader.h"
-#include "core/piece_writer.h"
-#include "core/writer_setup.h"
+#include "core/storage/cache_pool.h"
+#include "core/storage/disk_margin.h"
+#include "core/storage/hand_over.h"
+#include "core/storage/piece_reader.h"
+#include "core/storage/piece_writer.h"
+#include "core/storage/writer_setup.h"
 #include "platform/clock.h"
 #include "platform/event.h"
 #include "platform/thread.h"

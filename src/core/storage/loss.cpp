@@ -1,8 +1,8 @@
-#include "core/loss.h"
+#include "core/storage/loss.h"
 
-#include "config/debug_log.h"
-#include "config/figure_text.h"
-#include "config/recording_name.h"
+#include "config/files/figure_text.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"

@@ -1,4 +1,4 @@
-#include "core/piece_description.h"
+#include "core/storage/piece_description.h"
 
 #include <bit>
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/journal_text.h"
+#include "records/journal_text.h"
 #include "records/record_description.h"
 
 namespace tarno2 {

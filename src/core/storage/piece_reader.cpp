@@ -1,8 +1,8 @@
-#include "core/piece_reader.h"
+#include "core/storage/piece_reader.h"
 
 #include <algorithm>
 
-#include "config/recording_name.h"
+#include "config/files/recording_name.h"
 
 namespace tarno2 {
 

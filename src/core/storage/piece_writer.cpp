@@ -1,13 +1,13 @@
-#include "core/piece_writer.h"
+#include "core/storage/piece_writer.h"
 
 #include <algorithm>
 #include <limits>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "config/move_aside.h"
-#include "config/recording_name.h"
-#include "core/piece_description.h"
+#include "config/files/move_aside.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "core/storage/piece_description.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"

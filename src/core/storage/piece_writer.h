@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "core/journal_text.h"
-#include "core/recording_journal.h"
-#include "core/writer_setup.h"
+#include "core/storage/recording_journal.h"
+#include "core/storage/writer_setup.h"
 #include "platform/clock.h"
 #include "platform/disk_reserve.h"
+#include "records/journal_text.h"
 #include "records/record_description.h"
 
 namespace tarno2 {

@@ -1,11 +1,12 @@
-#include "core/recording_journal.h"
+#include "core/storage/recording_journal.h"
 
 #include <mutex>
 #include <set>
 #include <utility>
 
-#include "config/file_naming.h"
+#include "config/files/file_naming.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 

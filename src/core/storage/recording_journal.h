@@ -6,8 +6,8 @@
 #include <set>
 #include <string>
 
-#include "core/journal_text.h"
 #include "platform/file.h"
+#include "records/journal_text.h"
 
 namespace tarno2 {
 

@@ -1,16 +1,17 @@
-#include "core/recording_place.h"
+#include "core/storage/recording_place.h"
 
 #include <utility>
 
-#include "config/debug_log.h"
-#include "config/file_naming.h"
-#include "config/move_aside.h"
-#include "config/recording_name.h"
-#include "core/recovery.h"
+#include "config/files/file_naming.h"
+#include "config/files/move_aside.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "core/storage/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 

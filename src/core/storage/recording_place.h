@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "core/recording_journal.h"
-#include "core/writer_setup.h"
+#include "core/storage/recording_journal.h"
+#include "core/storage/writer_setup.h"
 
 namespace tarno2 {
 

@@ -1,4 +1,4 @@
-#include "core/recovery.h"
+#include "core/storage/recovery.h"
 
 #include <condition_variable>
 #include <mutex>
@@ -7,14 +7,16 @@
 #include <string_view>
 #include <utility>
 
-#include "config/debug_log.h"
-#include "config/figure_text.h"
-#include "config/file_naming.h"
-#include "core/recovery_files.h"
+#include "config/files/figure_text.h"
+#include "config/files/file_naming.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "core/storage/recovery_files.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
 #include "platform/paths.h"
+#include "records/file_extensions.h"
 
 namespace tarno2 {
 
@@ -99,7 +101,8 @@ std::optional<RecoveryReport> recover(const std::string& journalName, bool named
             if (!named && RecordingJournal::isHeldHere(journalName)) {
                 return std::nullopt;  // it is what this program records now
             }
-            return untouched(Outcome::InProgress, recordingBase(journalName), "\"%s\" is held by another program");
+            return untouched(Outcome::InProgress, RecordingName(journalName).base(),
+                             "\"%s\" is held by another program");
         case JournalFound::Foreign:
         case JournalFound::Unreadable:
             if (!named && journalName.ends_with(kEarlierJournalExtension)) {

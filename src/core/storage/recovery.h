@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/recording_journal.h"
+#include "core/storage/recording_journal.h"
 
 namespace tarno2 {
 

@@ -1,12 +1,13 @@
-#include "core/recovery_files.h"
+#include "core/storage/recovery_files.h"
 
 #include <algorithm>
 #include <limits>
 
-#include "config/debug_log.h"
-#include "config/file_naming.h"
-#include "config/move_aside.h"
-#include "core/piece_description.h"
+#include "config/files/file_naming.h"
+#include "config/files/move_aside.h"
+#include "config/files/recording_name.h"
+#include "config/logs/debug_log.h"
+#include "core/storage/piece_description.h"
 #include "platform/paths.h"
 
 namespace tarno2 {
@@ -24,8 +25,8 @@ std::string quoted(const std::string& name) {
 enum class Owner { This, Other, Unknown };
 
 Owner ownerOf(const std::string& dataFile, const std::string& ownJournal) {
-    const std::string present = journalNameFor(dataFile);
-    const std::string earlier = earlierJournalNameFor(dataFile);
+    const std::string present = RecordingName(dataFile).journal();
+    const std::string earlier = RecordingName(dataFile).earlierJournal();
     // What has the present ending may be a journal that was damaged; the earlier one is common.
     const JournalFound found = present == ownJournal ? JournalFound::Nothing : RecordingJournal::look(present);
     if (found == JournalFound::Unreadable) {
@@ -41,7 +42,7 @@ Owner ownerOf(const std::string& dataFile, const std::string& ownJournal) {
 }
 
 std::string unreadableJournal(const std::string& dataFile) {
-    return quoted(journalNameFor(dataFile)) + " can not be read";
+    return quoted(RecordingName(dataFile).journal()) + " can not be read";
 }
 
 /// The data file is opened so that it can be changed. What is in the way, empty when nothing is.
@@ -119,11 +120,11 @@ public:
 private:
     std::string nameOf(uint64_t number) const {
         constexpr uint64_t kLast = std::numeric_limits<uint32_t>::max();
-        return number > kLast ? std::string() : pieceName(dataName_, static_cast<uint32_t>(number));
+        return number > kLast ? std::string() : RecordingName(dataName_).piece(static_cast<uint32_t>(number));
     }
 
     std::string finishPiece() {
-        const std::string name = pieceName(dataName_, state_.piece->number);
+        const std::string name = RecordingName(dataName_).piece(state_.piece->number);
         const std::string next = nameOf(uint64_t{state_.piece->number} + 1);
         File file;
         if (std::string problem = openDataFile(name, journal_.name(), file); !problem.empty()) {
@@ -147,7 +148,7 @@ private:
     /// What was whole, and could not be described when it was. What somebody took away needs no description.
     std::string describeEarlier() {
         for (const PieceState& piece : state_.undescribed) {
-            const std::string name = pieceName(dataName_, piece.number);
+            const std::string name = RecordingName(dataName_).piece(piece.number);
             if (!fileExists(name)) {
                 continue;
             }

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/recording_journal.h"
+#include "core/storage/recording_journal.h"
 
 namespace tarno2 {
 

@@ -1,9 +1,9 @@
-#include "core/recovery_thread.h"
+#include "core/storage/recovery_thread.h"
 
 #include <exception>
 #include <utility>
 
-#include "config/debug_log.h"
+#include "config/logs/debug_log.h"
 #include "platform/paths.h"
 
 namespace tarno2 {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/recovery.h"
+#include "core/storage/recovery.h"
 #include "platform/thread.h"
 
 namespace tarno2 {

@@ -1,8 +1,8 @@
-#include "core/writer_setup.h"
+#include "core/storage/writer_setup.h"
 
 #include <algorithm>
 
-#include "config/recording_name.h"
+#include "config/files/recording_name.h"
 
 namespace tarno2 {
 

@@ -4,10 +4,10 @@
 #include <functional>
 #include <string>
 
-#include "core/data_file.h"
-#include "core/journal_text.h"
-#include "core/recording_facts.h"
+#include "core/storage/data_file.h"
 #include "platform/memory.h"
+#include "records/journal_text.h"
+#include "records/recording_facts.h"
 
 namespace tarno2 {
 

@@ -6,7 +6,7 @@
 #include <QSignalBlocker>
 #include <algorithm>
 
-#include "core/board_options.h"
+#include "core/devices/board_options.h"
 #include "platform/c_locale.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"

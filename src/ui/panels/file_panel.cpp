@@ -13,8 +13,8 @@
 #include <cmath>
 #include <limits>
 
-#include "config/figure_text.h"
-#include "core/board_options.h"
+#include "config/files/figure_text.h"
+#include "core/devices/board_options.h"
 #include "ui/number_box.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "config/file_name_check.h"
-#include "core/recording_need.h"
+#include "config/files/file_name_check.h"
+#include "core/recording/recording_need.h"
 #include "ui/panels/settings_panel.h"
 
 class QComboBox;

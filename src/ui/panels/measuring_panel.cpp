@@ -8,9 +8,9 @@
 #include <QSpinBox>
 #include <algorithm>
 
-#include "config/field_text.h"
-#include "core/board_options.h"
-#include "core/recording_need.h"
+#include "config/settings/field_text.h"
+#include "core/devices/board_options.h"
+#include "core/recording/recording_need.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"

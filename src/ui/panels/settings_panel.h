@@ -4,8 +4,8 @@
 #include <QWidget>
 #include <map>
 
-#include "config/program_settings.h"
-#include "core/board_selection.h"
+#include "config/settings/program_settings.h"
+#include "core/devices/board_selection.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {

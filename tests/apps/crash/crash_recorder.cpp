@@ -6,11 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "config/auto_settings.h"
-#include "config/file_naming.h"
-#include "core/auto_recording.h"
-#include "core/board_selection.h"
-#include "core/recording_control.h"
+#include "config/files/file_naming.h"
+#include "config/settings/auto_settings.h"
+#include "core/devices/board_selection.h"
+#include "core/recording/auto_recording.h"
+#include "core/recording/recording_control.h"
 #include "language/language_table.h"
 #include "platform/clock.h"
 #include "platform/file.h"

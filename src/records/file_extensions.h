@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string_view>
+
+namespace tarno2 {
+
+// The endings of a recording's files, with their ".". docs/formats.md tells what the files hold.
+inline constexpr std::string_view kDataExtension = ".dat";  ///< unless another was chosen
+inline constexpr std::string_view kDescriptionExtension = ".txt";
+inline constexpr std::string_view kLossExtension = ".log";
+inline constexpr std::string_view kJournalExtension = ".tarno2-journal";
+inline constexpr std::string_view kEarlierJournalExtension = ".journal";  ///< of earlier versions; only read
+
+/// Whether it is formed like the extension of a data file: a "." and 1 to 16 letters or digits.
+[[nodiscard]] bool isExtension(std::string_view text);
+/// Whether it is that of a file beside the data; letters' case does not count.
+[[nodiscard]] bool isExtensionOfOtherFiles(std::string_view extension);
+/// Whether data files may have it.
+[[nodiscard]] bool isDataExtension(std::string_view extension);
+
+}  // namespace tarno2
