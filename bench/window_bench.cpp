@@ -112,8 +112,9 @@ bool measureStalls() {
                                all.click();
                                form.findChild<QAbstractButton*>(QStringLiteral("InvertSelectionButton"))->click();
                            }));
-    if (table.activeCount() == 0)
+    if (table.activeCount() == 0) {
         all.click();
+    }
     int presses = 0;
     const auto scroll = [&table, &presses] {
         press(table, ++presses % 8 < 4 ? Qt::Key_PageDown : Qt::Key_PageUp, Qt::ControlModifier);
@@ -138,8 +139,9 @@ bool measureStalls() {
 void reportUsable(QWidget& window) {
     auto* dispatcher = QAbstractEventDispatcher::instance();
     QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &window, [&window] {
-        if (!window.isVisible() || !window.testAttribute(Qt::WA_WState_ExplicitShowHide))
+        if (!window.isVisible() || !window.testAttribute(Qt::WA_WState_ExplicitShowHide)) {
             return;
+        }
         std::printf("usable\n");
         std::fflush(stdout);
         QCoreApplication::exit(0);
@@ -168,11 +170,13 @@ double startTime(const QString& program, const QString& which) {
         QProcess process;
         const Stopwatch watch;
         process.start(program, {which});
-        if (!process.waitForReadyRead(30000))
+        if (!process.waitForReadyRead(30000)) {
             return -1.0;
+        }
         // The first start fills the system's caches.
-        if (i > 0)
+        if (i > 0) {
             times.push_back(watch.seconds());
+        }
         process.waitForFinished();
     }
     std::nth_element(times.begin(), times.begin() + kStarts / 2, times.end());
@@ -181,8 +185,9 @@ double startTime(const QString& program, const QString& which) {
 
 bool measureStarts(const QString& program) {
     const ScratchFolder folder;
-    if (!WriteConfig(folder.path(), settingsIn(folder)))
+    if (!WriteConfig(folder.path(), settingsIn(folder))) {
         return false;
+    }
     qputenv("TARNO2_HOME", QByteArray::fromStdString(folder.path()));
     const double empty = startTime(program, QStringLiteral("--empty"));
     const double whole = startTime(program, QStringLiteral("--main"));
@@ -199,14 +204,17 @@ int main(int argc, char** argv) {
     using namespace tarno2::bench;
     const std::string which = argc > 1 ? argv[1] : "";
     // As the program does it, before anything else of the toolkit.
-    if (which == "--main" && !tarno2::displayCanBeOpened())
+    if (which == "--main" && !tarno2::displayCanBeOpened()) {
         return 1;
+    }
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    if (which == "--empty")
+    if (which == "--empty") {
         return showEmpty(application);
-    if (which == "--main")
+    }
+    if (which == "--main") {
         return showMain(application);
+    }
     bool good = measureStarts(QCoreApplication::applicationFilePath());
     good &= measureStalls();
     std::printf("targets: stalls below %.0f ms, a usable window within %.1f s: %s\n", kStallTarget * 1e3, kStartTarget,

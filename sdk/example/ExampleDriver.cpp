@@ -100,20 +100,24 @@ public:
     }
 
     int32_t TARNO2_CALL Setup(int32_t apply, void* block, int32_t) override {
-        if (!selected_ || block == nullptr || thread_.joinable())
+        if (!selected_ || block == nullptr || thread_.joinable()) {
             return fail("No board is chosen, or it is running.");
+        }
         int32_t type;
         std::memcpy(&type, block, sizeof type);
-        if (type == kADCTypeDMA)
+        if (type == kADCTypeDMA) {
             return setupBase(apply != 0, *static_cast<ADCParametersDMA*>(block));
-        if (type == kADCTypeDMAEX)
+        }
+        if (type == kADCTypeDMAEX) {
             return setupExtended(apply != 0, *static_cast<ADCParametersDMAEX*>(block));
+        }
         return fail("Unknown parameter block.");
     }
 
     int32_t TARNO2_CALL Start() override {
-        if (ringSize_ == 0 || thread_.joinable() || !dataEvent_.valid())
+        if (ringSize_ == 0 || thread_.joinable() || !dataEvent_.valid()) {
             return fail("The board was not set up, or it is running.");
+        }
         stop_ = false;
         written_ = 0;
         try {
@@ -126,8 +130,9 @@ public:
 
     void TARNO2_CALL Stop() override {
         stop_ = true;
-        if (thread_.joinable())
+        if (thread_.joinable()) {
             thread_.join();
+        }
     }
 
     int32_t TARNO2_CALL GetData(int32_t mode, void* destination, uint32_t count, uint32_t offset) override {
@@ -141,8 +146,9 @@ public:
     }
 
     int32_t TARNO2_CALL LastError(char* text, uint32_t size) override {
-        if (text == nullptr || size == 0)
+        if (text == nullptr || size == 0) {
             return 0;
+        }
         std::snprintf(text, size, "%s", error_);
         return error_[0] != 0 ? 1 : 0;
     }
@@ -164,21 +170,24 @@ private:
 
     int32_t setupBase(bool apply, ADCParametersDMA& block) {
         if (block.m_nSizeOf != static_cast<int32_t>(sizeof block) || block.m_nChannelNumber < 1 ||
-            block.m_nChannelNumber > kChannels || !(block.m_fFreqStart > 0))
+            block.m_nChannelNumber > kChannels || !(block.m_fFreqStart > 0)) {
             return fail("The base block asks for what the board can't do.");
+        }
         block.m_fFreqStart = std::min(std::max(+block.m_fFreqStart, kSlowest), kFastest);
         // Whole frames in each half: up to the next multiple of 2 x channels, or down from the largest ring.
         const int32_t step = 2 * block.m_nChannelNumber;
         const int32_t wish = std::min(std::max(+block.m_nDMABlockSize, 1), kLargestRing);
         const int32_t ring = (wish + step - 1) / step * step;
         block.m_nDMABlockSize = ring <= kLargestRing ? ring : kLargestRing / step * step;
-        if (!apply)
+        if (!apply) {
             return 1;
+        }
         try {
             ring_.assign(static_cast<size_t>(block.m_nDMABlockSize), 0);
             channels_.clear();
-            for (int32_t i = 0; i < block.m_nChannelNumber; ++i)
+            for (int32_t i = 0; i < block.m_nChannelNumber; ++i) {
                 channels_.push_back((block.m_nFirstChannel + i) & (kChannels - 1));
+            }
         } catch (const std::exception& e) {
             return fail(e.what());
         }
@@ -189,23 +198,30 @@ private:
 
     int32_t setupExtended(bool apply, const ADCParametersDMAEX& block) {
         if (block.m_nSizeOf != static_cast<int32_t>(sizeof block) || block.m_nSize < 1 || block.m_nSize > kChannels ||
-            block.m_pnChannels == nullptr || block.m_nControl != 0)
+            block.m_pnChannels == nullptr || block.m_nControl != 0) {
             return fail("The extended block asks for what the board can't do.");
-        for (int32_t i = 0; i < block.m_nSize; ++i)
-            if (block.m_pnChannels[i] < 0 || block.m_pnChannels[i] >= kChannels)
+        }
+        for (int32_t i = 0; i < block.m_nSize; ++i) {
+            if (block.m_pnChannels[i] < 0 || block.m_pnChannels[i] >= kChannels) {
                 return fail("The board has no such channel.");
-        if (apply && static_cast<size_t>(block.m_nSize) != channels_.size())
+            }
+        }
+        if (apply && static_cast<size_t>(block.m_nSize) != channels_.size()) {
             return fail("The two blocks differ in the count of channels.");
-        if (apply)
+        }
+        if (apply) {
             std::copy(block.m_pnChannels, block.m_pnChannels + block.m_nSize, channels_.begin());
+        }
         return 1;
     }
 
     // The board itself: sample words of so many frames, counted from the start of the measurement.
     void fillFrames(uint64_t first, int16_t* out, uint64_t frames) const {
-        for (uint64_t frame = first; frame < first + frames; ++frame)
-            for (size_t i = 0; i < channels_.size(); ++i)
+        for (uint64_t frame = first; frame < first + frames; ++frame) {
+            for (size_t i = 0; i < channels_.size(); ++i) {
                 *out++ = static_cast<int16_t>(frame % 1000 + static_cast<uint64_t>(channels_[i]) * 1000);
+            }
+        }
     }
 
     void run() {
@@ -223,8 +239,9 @@ private:
                 fillFrames(position / channels, ring_.data() + position % ringSize_, part / channels);
                 position += part;
                 written_ = position;
-                if (position % half == 0)
+                if (position % half == 0) {
                     dataEvent_.set();
+                }
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
@@ -244,8 +261,9 @@ private:
 };
 
 int32_t ExampleDevice::Get(uint32_t code, void* result) {
-    if (result == nullptr)
+    if (result == nullptr) {
         return 0;
+    }
     switch (code) {
         case kADCGetAbiVersion:
             return put(result, kADCAbiVersion);
@@ -293,8 +311,9 @@ int32_t ExampleDevice::Get(uint32_t code, void* result) {
         case kADCGetSamplesWritten:
             return put(result, static_cast<uint64_t>(written_));
         case kADCGetRing: {
-            if (ringSize_ == 0)
+            if (ringSize_ == 0) {
                 return 0;
+            }
             ADCRingInfo info = {};
             info.m_nRingSize = ringSize_;
             info.m_hDataEvent = dataEvent_.number();
@@ -310,8 +329,9 @@ int32_t ExampleDevice::Get(uint32_t code, void* result) {
 TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
 
 TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t) {
-    if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) != 0)
+    if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) != 0) {
         return nullptr;
+    }
     try {
         return static_cast<IADCDevice*>(new ExampleDevice);
     } catch (...) {

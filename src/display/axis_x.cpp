@@ -9,10 +9,12 @@ namespace {
 
 /// Axis units a frame; a frame a sample.
 double unitsPerFrame(AxisXUnit unit, double framesPerSecond) {
-    if (unit == AxisXUnit::Samples)
+    if (unit == AxisXUnit::Samples) {
         return 1.0;
-    if (!(framesPerSecond > 0.0))
+    }
+    if (!(framesPerSecond > 0.0)) {
         return 0.0;
+    }
     switch (unit) {
         case AxisXUnit::Microseconds:
             return 1e6 / framesPerSecond;

@@ -23,8 +23,9 @@ SynchroSketch::Level levelOf(SketchCondition condition, double volts, int32_t nu
                           : board.channels.empty()      ? nullptr
                                                         : &board.channels.front();
     double range = std::max(2.0 * std::abs(volts), 1.0);
-    if (channel != nullptr && channel->inputRange > 0.0F)
+    if (channel != nullptr && channel->inputRange > 0.0F) {
         range = static_cast<double>(channel->inputRange) / std::max(channel->gain, 1);
+    }
     const double height = volts / range;
     return {condition, static_cast<float>(std::clamp(height, double{-kHighestLevel}, double{kHighestLevel})),
             std::abs(height) <= 1.0};
@@ -44,8 +45,9 @@ SynchroSketch::Lane wave() {
 SynchroSketch::Lane pulses(int32_t line) {
     SynchroSketch::Lane lane{true, line, {}};
     const int32_t half = kPoints / (5 + line % 4);
-    for (int32_t i = 0; i < kPoints; ++i)
+    for (int32_t i = 0; i < kPoints; ++i) {
         lane.signal.push_back((i + half / 2) / half % 2 == 0 ? 0.0F : 1.0F);
+    }
     return lane;
 }
 
@@ -67,8 +69,9 @@ SynchroSketch::Lane bump(float height, bool falling, int32_t at) {
 SynchroSketch::Lane step(int32_t line, bool falling, int32_t at) {
     SynchroSketch::Lane lane{true, line, {}};
     constexpr int32_t kLength = kPoints / 5;
-    for (int32_t i = 0; i < kPoints; ++i)
+    for (int32_t i = 0; i < kPoints; ++i) {
         lane.signal.push_back((i >= at && i < at + kLength) != falling ? 1.0F : 0.0F);
+    }
     return lane;
 }
 
@@ -77,17 +80,19 @@ using Met = std::vector<bool>;
 
 Met metByLevel(const SynchroSketch& sketch, const SynchroSketch::Level& level, bool below) {
     Met met;
-    for (const float value : sketch.lanes.front().signal)
+    for (const float value : sketch.lanes.front().signal) {
         met.push_back(below             ? level.reachable ? value < level.height : level.height > 0.0F
                       : level.reachable ? value > level.height
                                         : level.height < 0.0F);
+    }
     return met;
 }
 
 Met metByLine(const SynchroSketch::Lane& lane, bool zero) {
     Met met;
-    for (const float value : lane.signal)
+    for (const float value : lane.signal) {
         met.push_back((value > 0.5F) != zero);
+    }
     return met;
 }
 
@@ -99,20 +104,23 @@ int32_t firstMet(const Met& met, int32_t from) {
 /// From where the start condition is met to where the stop condition is, what meets the write condition.
 void keepAnalysed(SynchroSketch& sketch, const Met& start, const Met& write, const Met& stop) {
     sketch.start = start.empty() ? -1 : firstMet(start, 0);
-    if (!start.empty() && sketch.start < 0)
+    if (!start.empty() && sketch.start < 0) {
         return;
+    }
     const int32_t begin = std::max(sketch.start, 0);
     sketch.stop = stop.empty() ? -1 : firstMet(stop, begin);
     const int32_t end = sketch.stop < 0 ? kPoints : sketch.stop;
-    for (int32_t i = begin; i < end; ++i)
+    for (int32_t i = begin; i < end; ++i) {
         sketch.kept[static_cast<size_t>(i)] = write.empty() || write[static_cast<size_t>(i)];
+    }
 }
 
 void sketchAnalogAnalysis(const SynchroSettings& s, const SynchroBoardFacts& board, SynchroSketch& sketch) {
     sketch.lanes.push_back(wave());
     const auto ask = [&](SketchCondition condition, int32_t mode, double value, int32_t unit, int32_t channel) {
-        if (mode == kNotUsed)
+        if (mode == kNotUsed) {
             return Met{};
+        }
         sketch.levels.push_back(levelOf(condition, levelVolts(value, unit), channel, board));
         return metByLevel(sketch, sketch.levels.back(), mode == 1);
     };
@@ -127,12 +135,14 @@ void sketchAnalogAnalysis(const SynchroSettings& s, const SynchroBoardFacts& boa
 
 void sketchPortAnalysis(const SynchroSettings& s, SynchroSketch& sketch) {
     const auto ask = [&](int32_t mode, int32_t bit) {
-        if (mode == kNotUsed)
+        if (mode == kNotUsed) {
             return Met{};
+        }
         SynchroSketch::Lane lane = pulses(bit);
         Met met = metByLine(lane, mode == 1);
-        if (std::none_of(sketch.lanes.begin(), sketch.lanes.end(), [bit](const auto& l) { return l.line == bit; }))
+        if (std::none_of(sketch.lanes.begin(), sketch.lanes.end(), [bit](const auto& l) { return l.line == bit; })) {
             sketch.lanes.push_back(std::move(lane));
+        }
         return met;
     };
     const Met start = ask(s.AnalyzePortStartMode, s.AnalyzePortStartBit);
@@ -143,8 +153,9 @@ void sketchPortAnalysis(const SynchroSettings& s, SynchroSketch& sketch) {
 
 /// A record of the width that is always drawn, divided as the sizes are; its trigger is where the edge is.
 void keepRecord(SynchroSketch& sketch, const SynchroSizes& sizes, int32_t trigger) {
-    if (sizes.prehistory < 0 || sizes.history < 0 || int64_t{sizes.prehistory} + sizes.history < 1)
+    if (sizes.prehistory < 0 || sizes.history < 0 || int64_t{sizes.prehistory} + sizes.history < 1) {
         return;
+    }
     sketch.recordBegin = kRecordBegin;
     sketch.recordEnd = kRecordBegin + kRecordPoints;
     sketch.trigger = trigger;
@@ -168,8 +179,9 @@ void sketchRecord(const SynchroSettings& s, const SynchroSizes& sizes, const Syn
     } else {
         sketch.lanes.push_back(wave());
     }
-    if (asked && (s.synchroOnPort || sketch.levels.back().reachable))
+    if (asked && (s.synchroOnPort || sketch.levels.back().reachable)) {
         keepRecord(sketch, sizes, trigger);
+    }
 }
 
 }  // namespace
@@ -178,14 +190,16 @@ SynchroSketch sketchSynchronisation(const SynchroSettings& settings, const Synch
                                     const SynchroBoardFacts& board) {
     SynchroSketch sketch;
     sketch.kept.assign(kPoints, settings.SynchroAnalyzeMode == 0);
-    if (settings.SynchroAnalyzeMode == 2)
+    if (settings.SynchroAnalyzeMode == 2) {
         sketchRecord(settings, sizes, board, sketch);
-    else if (settings.SynchroAnalyzeMode == 1 && settings.analysisOnPort)
+    } else if (settings.SynchroAnalyzeMode == 1 && settings.analysisOnPort) {
         sketchPortAnalysis(settings, sketch);
-    else if (settings.SynchroAnalyzeMode == 1 && settings.analysisOnAnalog)
+    } else if (settings.SynchroAnalyzeMode == 1 && settings.analysisOnAnalog) {
         sketchAnalogAnalysis(settings, board, sketch);
-    if (sketch.lanes.empty())
+    }
+    if (sketch.lanes.empty()) {
         sketch.lanes.push_back(wave());
+    }
     return sketch;
 }
 

@@ -62,10 +62,12 @@ public:
         : form_(form), settings_(settings), sizes_(sizes) {}
 
     SynchroReading read() {
-        if (form_.mode == 1 ? !readAnalysis() : form_.mode == 2 && !readSynchronisation())
+        if (form_.mode == 1 ? !readAnalysis() : form_.mode == 2 && !readSynchronisation()) {
             return reading_;
-        if (form_.mode == 0)
+        }
+        if (form_.mode == 0) {
             switchSynchronisationOff(settings_);
+        }
         settings_.StopAfterTrigged = form_.stopAfterTrigged;
         return reading_;
     }
@@ -94,12 +96,14 @@ private:
 
 bool FormReader::readLevel(const AnalogConditionForm& condition, const AnalogMembers& to) {
     const auto channel = typedInteger(condition.channel);
-    if (!channel)
+    if (!channel) {
         return mistake(to.channelField);
+    }
     settings_.*to.channel = *channel;
     const auto value = typedReal(condition.value);
-    if (!value)
+    if (!value) {
         return mistake(to.valueField);
+    }
     settings_.*to.value = *value;
     settings_.*to.unit = kLastUnit - condition.unitTag;
     return true;
@@ -107,8 +111,9 @@ bool FormReader::readLevel(const AnalogConditionForm& condition, const AnalogMem
 
 bool FormReader::readBit(const PortConditionForm& condition, const PortMembers& to) {
     const auto bit = typedInteger(condition.bit);
-    if (!bit || *bit < 0 || *bit > kLastPortBit)
+    if (!bit || *bit < 0 || *bit > kLastPortBit) {
         return mistake(to.bitField);
+    }
     settings_.*to.bit = *bit;
     return true;
 }
@@ -120,8 +125,9 @@ bool FormReader::readAnalysis() {
         const int32_t mode = form_.analysisOnPort ? form_.port[i].mode : form_.analog[i].mode;
         settings_.*(form_.analysisOnPort ? kPort[i].mode : kAnalog[i].mode) = mode;
         settings_.*(form_.analysisOnPort ? kPort[i].enabled : kAnalog[i].enabled) = mode != kConditionNotUsed;
-        if (form_.analysisOnPort ? !readBit(form_.port[i], kPort[i]) : !readLevel(form_.analog[i], kAnalog[i]))
+        if (form_.analysisOnPort ? !readBit(form_.port[i], kPort[i]) : !readLevel(form_.analog[i], kAnalog[i])) {
             return false;
+        }
         asked = asked || mode != kConditionNotUsed;
     }
     reading_.nothingAsked = !asked;
@@ -133,19 +139,22 @@ bool FormReader::readAnalysis() {
 
 bool FormReader::readSizes() {
     const auto buffer = typedInteger(form_.buffer);
-    if (!buffer)
+    if (!buffer) {
         return mistake(F::BufferSize);
+    }
     const auto prehistory = typedInteger(form_.prehistory);
     const int64_t history = int64_t{*buffer} - prehistory.value_or(0);
-    if (!prehistory || history > std::numeric_limits<int32_t>::max() || history < std::numeric_limits<int32_t>::min())
+    if (!prehistory || history > std::numeric_limits<int32_t>::max() || history < std::numeric_limits<int32_t>::min()) {
         return mistake(F::PrehistorySize);
+    }
     sizes_ = {*prehistory, static_cast<int32_t>(history)};
     return true;
 }
 
 bool FormReader::readSynchronisation() {
-    if (!readSizes())
+    if (!readSizes()) {
         return false;
+    }
     settings_.synchroOnAnalog = false;
     settings_.synchroOnPort = false;
     const bool onPort = form_.synchroOnPort;
@@ -155,8 +164,9 @@ bool FormReader::readSynchronisation() {
         reading_.nothingAsked = true;
         clearAnalysis();
     } else {
-        if (onPort ? !readBit(form_.synchroPort, kSynchroPort) : !readLevel(form_.synchroAnalog, kSynchroAnalog))
+        if (onPort ? !readBit(form_.synchroPort, kSynchroPort) : !readLevel(form_.synchroAnalog, kSynchroAnalog)) {
             return false;
+        }
         settings_.*(onPort ? kSynchroPort.enabled : kSynchroAnalog.enabled) = true;
     }
     settings_.SynchroAnalyzeMode = 2;
@@ -181,11 +191,13 @@ PortConditionForm formOf(const SynchroSettings& settings, const PortMembers& fro
 std::string_view trimmed(std::string_view text) {
     constexpr std::string_view kBlanks = " \t";
     const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
+    if (first == std::string_view::npos) {
         return {};
+    }
     text = text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-')
+    if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
         text.remove_prefix(1);
+    }
     return text;
 }
 
@@ -194,8 +206,9 @@ std::optional<Number> wholeNumber(std::string_view text) {
     Number number{};
     const char* end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, number);
-    if (result.ec != std::errc{} || result.ptr != end)
+    if (result.ec != std::errc{} || result.ptr != end) {
         return std::nullopt;
+    }
     return number;
 }
 
@@ -219,10 +232,12 @@ void fillSynchroForm(const SynchroSettings& settings, const SynchroSizes& sizes,
     }
     form.synchroAnalog = formOf(settings, kSynchroAnalog);
     form.synchroPort = formOf(settings, kSynchroPort);
-    if (settings.analysisOnAnalog != settings.analysisOnPort)
+    if (settings.analysisOnAnalog != settings.analysisOnPort) {
         form.analysisOnPort = settings.analysisOnPort;
-    if (settings.synchroOnAnalog != settings.synchroOnPort)
+    }
+    if (settings.synchroOnAnalog != settings.synchroOnPort) {
         form.synchroOnPort = settings.synchroOnPort;
+    }
     form.buffer = std::to_string(int64_t{sizes.prehistory} + sizes.history);
     form.prehistory = std::to_string(sizes.prehistory);
     form.stopAfterTrigged = settings.StopAfterTrigged;
@@ -261,12 +276,15 @@ TypedSize bufferTyped(std::string_view text, BarRange bar) {
 
 TypedSize prehistoryTyped(std::string_view text, int32_t buffer, int32_t percentage) {
     const auto typed = typedInteger(text);
-    if (!typed)
+    if (!typed) {
         return {percentage, prehistoryFrames(buffer, percentage)};
-    if (*typed < 0)
+    }
+    if (*typed < 0) {
         return {0, 0};
-    if (*typed > buffer)
+    }
+    if (*typed > buffer) {
         return {100, buffer};
+    }
     return {buffer > 0 ? static_cast<int32_t>(int64_t{*typed} * 100 / buffer) : 0, std::nullopt};
 }
 

@@ -30,8 +30,9 @@ AboutBox::AboutBox(const Facts& facts, QWidget* parent) : QDialog(parent) {
     QStringList lines = {uiText(TextId::AboutPurpose),
                          uiText(TextId::AboutVersion, {QString::fromStdString(versionText())}),
                          uiText(TextId::AboutLicense), uiText(TextId::AboutQt, {QLatin1String(qVersion())})};
-    if (!facts.driver.empty())
+    if (!facts.driver.empty()) {
         lines.append(uiText(TextId::AboutDriver, {fromFileName(facts.driver), QString::number(facts.driverInterface)}));
+    }
     lines.append(uiText(TextId::ProgramFolder, {fromFileName(facts.programDirectory)}));
     auto* text = new QLabel(lines.join(QLatin1Char('\n')), this);
     text->setObjectName(QStringLiteral("AboutText"));

@@ -19,9 +19,10 @@ AdditionalModeFacts additionalModeFacts(const RecordingSettings& settings, Board
     facts.board.sampleWidth = board.sampleWidth();
     facts.board.useDigitalPort = settings.useDigitalPort;
     facts.digitalLines = board.format.m_nDigitalLines;
-    if (!settings.channels.empty())
+    if (!settings.channels.empty()) {
         facts.framesPerSecond = sampleRate(settings, board) / static_cast<double>(settings.channels.size()) /
                                 std::max(settings.decimation, 1);
+    }
     return facts;
 }
 

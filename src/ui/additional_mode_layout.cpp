@@ -116,8 +116,9 @@ T_AdditionalModeWindow::T_AdditionalModeWindow(SynchroSettings& settings, Synchr
 
 QMenu* T_AdditionalModeWindow::makePopup(const char* name) {
     auto* popup = named<QMenu>(name, this);
-    for (int tag = 0; tag < 3; ++tag)
+    for (int tag = 0; tag < 3; ++tag) {
         popup->addAction(QString())->setData(tag);
+    }
     return popup;
 }
 
@@ -138,8 +139,9 @@ void T_AdditionalModeWindow::makeAnalysisPage() {
     levels->setContentsMargins(0, 0, 0, 0);
     bits->setContentsMargins(0, 0, 0, 0);
     int column = 0;
-    for (const AnalogConditionControls* condition : {&start_, &write_, &stop_})
+    for (const AnalogConditionControls* condition : {&start_, &write_, &stop_}) {
         levels->addWidget(condition->box, 1);
+    }
     for (const PortConditionControls* condition : {&portStart_, &portWrite_, &portStop_}) {
         bits->addWidget(condition->box, 0, column);
         bits->setColumnStretch(column++, 1);
@@ -237,9 +239,11 @@ void T_AdditionalModeWindow::setPopupTexts() {
         {synchroAnalogPopup_, {TextId::SynchroLeadingEdge, TextId::SynchroFallingEdge, TextId::SynchroNotUse}},
         {synchroPortPopup_, {TextId::SynchroLeadingEdge, TextId::SynchroFallingEdge, TextId::SynchroNotUse}},
     };
-    for (const auto& popup : popups)
-        for (QAction* item : popup.popup->actions())
+    for (const auto& popup : popups) {
+        for (QAction* item : popup.popup->actions()) {
             item->setText(uiText(popup.texts[static_cast<size_t>(item->data().toInt())]));
+        }
+    }
 }
 
 void T_AdditionalModeWindow::setModeTexts() {
@@ -255,8 +259,9 @@ void T_AdditionalModeWindow::setModeTexts() {
     portRadio_->setText(uiText(TextId::SynchroDigitalPorts));
     synchroAnalogRadio_->setText(uiText(TextId::SynchroAnalogChannel));
     synchroPortRadio_->setText(uiText(TextId::SynchroPortBit));
-    for (QRadioButton* port : {portRadio_, synchroPortRadio_})
+    for (QRadioButton* port : {portRadio_, synchroPortRadio_}) {
         port->setToolTip(facts_.board.useDigitalPort ? QString() : uiText(TextId::SynchroPortNotUsed));
+    }
     accept_->setText(uiText(TextId::SynchroAccept));
     setHint(accept_, TextId::SynchroAcceptHint);
     cancel_->setText(uiText(TextId::ExportCancel));

@@ -62,23 +62,27 @@ void T_AdditionalModeWindow::connectControls() {
         {synchro_.unit, &Window::SynchroValueUnitClick},
         {portSynchro_.mode, &Window::PortSynchroModeButtonClick},
     };
-    for (const auto& click : clicks)
+    for (const auto& click : clicks) {
         connect(click.button, &QAbstractButton::clicked, this, click.handler);
+    }
     for (const AnalogConditionControls* condition : analogConditions()) {
         connect(condition->channel, &QComboBox::currentTextChanged, this, &Window::refresh);
         connect(condition->value, &QLineEdit::textChanged, this, &Window::refresh);
     }
-    for (const PortConditionControls* condition : portConditions())
+    for (const PortConditionControls* condition : portConditions()) {
         connect(condition->bit, &QComboBox::currentTextChanged, this, &Window::refresh);
-    for (const QLineEdit* edit : {bufferEdit_, prehistoryEdit_})
+    }
+    for (const QLineEdit* edit : {bufferEdit_, prehistoryEdit_}) {
         connect(edit, &QLineEdit::textChanged, this, &Window::refresh);
+    }
     connect(bufferBar_, &QSlider::valueChanged, this, &Window::BufferBarChange);
     connect(prehistoryBar_, &QSlider::valueChanged, this, &Window::PrehistoryBarChange);
 }
 
 void T_AdditionalModeWindow::connectPopups() {
-    for (const QMenu* popup : {unitPopup_, analogPopup_, portPopup_, synchroAnalogPopup_, synchroPortPopup_})
+    for (const QMenu* popup : {unitPopup_, analogPopup_, portPopup_, synchroAnalogPopup_, synchroPortPopup_}) {
         connect(popup, &QMenu::triggered, this, &T_AdditionalModeWindow::PopupItemClick);
+    }
 }
 
 std::array<const AnalogConditionControls*, 4> T_AdditionalModeWindow::analogConditions() const {
@@ -96,15 +100,18 @@ void T_AdditionalModeWindow::setFacts(AdditionalModeFacts facts) {
 }
 
 void T_AdditionalModeWindow::fillBoxes() {
-    for (const AnalogConditionControls* condition : analogConditions())
+    for (const AnalogConditionControls* condition : analogConditions()) {
         condition->fillChannels(facts_.board);
-    for (const PortConditionControls* condition : portConditions())
+    }
+    for (const PortConditionControls* condition : portConditions()) {
         condition->fillBits(facts_.digitalLines);
+    }
 }
 
 void T_AdditionalModeWindow::showEvent(QShowEvent* event) {
-    if (!event->spontaneous())
+    if (!event->spontaneous()) {
         FormShow();
+    }
     QDialog::showEvent(event);
 }
 
@@ -178,12 +185,13 @@ void T_AdditionalModeWindow::setSizeBars(const SynchroForm& form) {
 }
 
 void T_AdditionalModeWindow::showPage() {
-    if (analyze_->isChecked())
+    if (analyze_->isChecked()) {
         AnalyzeButtonClick();
-    else if (synchronize_->isChecked())
+    } else if (synchronize_->isChecked()) {
         SynchroButtonClick();
-    else
+    } else {
         OffButtonClick();
+    }
 }
 
 void T_AdditionalModeWindow::OffButtonClick() {
@@ -237,9 +245,11 @@ void T_AdditionalModeWindow::SynchroPortRadioClick() {
 
 void T_AdditionalModeWindow::openPopup(TaggedButton* button) {
     popupButton_ = button;
-    for (QAction* item : button->popup()->actions())
-        if (item->data().toInt() == button->tag())
+    for (QAction* item : button->popup()->actions()) {
+        if (item->data().toInt() == button->tag()) {
             button->popup()->setActiveAction(item);
+        }
+    }
     button->popup()->popup(button->mapToGlobal(QPoint(0, button->height())));
 }
 
@@ -249,16 +259,18 @@ void T_AdditionalModeWindow::PopupItemClick(const QAction* item) {
 }
 
 void T_AdditionalModeWindow::BufferBarChange() {
-    if (bufferBusy_)
+    if (bufferBusy_) {
         return;
+    }
     const QScopedValueRollback busy(bufferBusy_, true);
     bufferEdit_->setText(QString::number(bufferBar_->value()));
     showPrehistory();
 }
 
 void T_AdditionalModeWindow::PrehistoryBarChange() {
-    if (prehistoryBusy_)
+    if (prehistoryBusy_) {
         return;
+    }
     const QScopedValueRollback busy(prehistoryBusy_, true);
     showPrehistory();
 }
@@ -269,53 +281,61 @@ void T_AdditionalModeWindow::showPrehistory() {
 }
 
 void T_AdditionalModeWindow::SynchroBufferSizeEditKeyDown(int key) {
-    if (!isEnter(key) || bufferBusy_)
+    if (!isEnter(key) || bufferBusy_) {
         return;
+    }
     const QScopedValueRollback busy(bufferBusy_, true);
     const TypedSize typed =
         bufferTyped(bufferEdit_->text().toStdString(), {bufferBar_->minimum(), bufferBar_->maximum()});
     bufferBar_->setValue(typed.bar);
-    if (typed.edit)
+    if (typed.edit) {
         bufferEdit_->setText(QString::number(*typed.edit));
+    }
     showPrehistory();
 }
 
 void T_AdditionalModeWindow::SynchroPrehistoryLevelEditKeyDown(int key) {
-    if (!isEnter(key) || prehistoryBusy_)
+    if (!isEnter(key) || prehistoryBusy_) {
         return;
+    }
     const QScopedValueRollback busy(prehistoryBusy_, true);
     const TypedSize typed =
         prehistoryTyped(prehistoryEdit_->text().toStdString(), bufferBar_->value(), prehistoryBar_->value());
     prehistoryBar_->setValue(typed.bar);
-    if (typed.edit)
+    if (typed.edit) {
         prehistoryEdit_->setText(QString::number(*typed.edit));
+    }
     refresh();
 }
 
 bool T_AdditionalModeWindow::eventFilter(QObject* watched, QEvent* event) {
     const auto* press = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent*>(event) : nullptr;
-    if (press == nullptr || !isEnter(press->key()))
+    if (press == nullptr || !isEnter(press->key())) {
         return QDialog::eventFilter(watched, event);
+    }
     watched == bufferEdit_ ? SynchroBufferSizeEditKeyDown(press->key())
                            : SynchroPrehistoryLevelEditKeyDown(press->key());
     return true;  // must not press the default button as well
 }
 
 void T_AdditionalModeWindow::AcceptButtonClick() {
-    if (FormCloseQuery())
+    if (FormCloseQuery()) {
         accept();
+    }
 }
 
 void T_AdditionalModeWindow::closeEvent(QCloseEvent* event) {
-    if (!isVisible() || FormCloseQuery())
+    if (!isVisible() || FormCloseQuery()) {
         accept();
-    else
+    } else {
         event->ignore();
+    }
 }
 
 void T_AdditionalModeWindow::reject() {
-    if (!isVisible())
+    if (!isVisible()) {
         return;
+    }
     settings_ = shownSettings_;
     sizes_ = shownSizes_;
     setForm(shownForm_);
@@ -340,10 +360,12 @@ bool T_AdditionalModeWindow::FormCloseQuery() {
         }
         switchSynchronisationOff(settings_);
     }
-    if (settings_.SynchroAnalyzeMode == 0)
+    if (settings_.SynchroAnalyzeMode == 0) {
         off_->setChecked(true);
-    if (reading.nothingAsked || settings_.SynchroAnalyzeMode == 0)
+    }
+    if (reading.nothingAsked || settings_.SynchroAnalyzeMode == 0) {
         OffButtonClick();
+    }
     DEBUG_LOG("T_AdditionalModeWindow::FormCloseQuery exit status=NORMAL");
     return true;
 }
@@ -358,10 +380,12 @@ QWidget* T_AdditionalModeWindow::control(SynchroField field) const {
 void T_AdditionalModeWindow::complain(QWidget* offending) {
     offending->setFocus();
     auto* edit = qobject_cast<QLineEdit*>(offending);
-    if (const auto* box = qobject_cast<QComboBox*>(offending))
+    if (const auto* box = qobject_cast<QComboBox*>(offending)) {
         edit = box->lineEdit();
-    if (edit != nullptr)
+    }
+    if (edit != nullptr) {
         edit->selectAll();
+    }
     auto* message = new QMessageBox(this);
     message->setAttribute(Qt::WA_DeleteOnClose);
     message->setText(uiText(TextId::SynchroValueMistake));
@@ -374,10 +398,12 @@ void T_AdditionalModeWindow::refresh() {
     SynchroSizes sizes = sizes_;
     const bool mistaken = readSynchroForm(form(), settings, sizes).mistake != SynchroField::None;
     picture_->setSketch(mistaken ? SynchroSketch{} : sketchSynchronisation(settings, sizes, facts_.board));
-    for (const AnalogConditionControls* condition : analogConditions())
+    for (const AnalogConditionControls* condition : analogConditions()) {
         condition->showFacts(facts_.board);
-    for (QLabel* note : {analysisPortNote_, synchroPortNote_})
+    }
+    for (QLabel* note : {analysisPortNote_, synchroPortNote_}) {
         showText(note, facts_.board.useDigitalPort ? QString() : uiText(TextId::SynchroPortNotUsed), true);
+    }
     percentage_->setText(QStringLiteral("%1 %").arg(prehistoryBar_->value()));
     showRecordLength();
 }

@@ -77,9 +77,11 @@ TaggedButton::TaggedButton(const char* name, QMenu* popup, QWidget* parent) : QP
 
 void TaggedButton::setTag(int32_t tag) {
     tag_ = tag;
-    for (const QAction* item : popup_->actions())
-        if (item->data().toInt() == tag)
+    for (const QAction* item : popup_->actions()) {
+        if (item->data().toInt() == tag) {
             setText(item->text());
+        }
+    }
 }
 
 void TaggedButton::initStyleOption(QStyleOptionButton* option) const {
@@ -129,8 +131,9 @@ void AnalogConditionControls::setTexts(const QString& title) {
 
 void AnalogConditionControls::fillChannels(const SynchroBoardFacts& board) const {
     QStringList numbers;
-    for (const auto& active : board.channels)
+    for (const auto& active : board.channels) {
         numbers += QString::number(active.number);
+    }
     refill(channel, numbers);
 }
 
@@ -165,11 +168,13 @@ void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) const {
     const double volts = levelVolts(*level, 2 - form.unitTag);
     const auto number = active != nullptr ? levelCode(volts, *active, board) : std::nullopt;
     QString text;
-    if (number)
+    if (number) {
         text = uiText(TextId::SynchroThresholdCode, {QString::number(*number)});
+    }
     const bool outside = used && number && std::abs(volts) > inputRange(*active);
-    if (outside)
+    if (outside) {
         text += QLatin1Char('\n') + uiText(TextId::SynchroThresholdOutside);
+    }
     showText(code, text, outside);
 }
 
@@ -197,8 +202,10 @@ void PortConditionControls::setTexts(const QString& title) {
 
 void PortConditionControls::fillBits(uint32_t lines) const {
     QStringList numbers;
-    for (int32_t number = 0; number <= kLastPortBit && (lines == 0 || static_cast<uint32_t>(number) < lines); ++number)
+    for (int32_t number = 0; number <= kLastPortBit && (lines == 0 || static_cast<uint32_t>(number) < lines);
+         ++number) {
         numbers += QString::number(number);
+    }
     refill(bit, numbers);
 }
 

@@ -16,10 +16,11 @@ void exitWithCriticalError(int32_t code) {
     const TextId word = boardStatusWord(static_cast<BoardStatus>(code));
     const std::string message =
         word == TextId::StatusReady ? formatText(text(TextId::UnrecognizedError).c_str(), code) : text(word);
-    if (consoleLog().isOpen())
+    if (consoleLog().isOpen()) {
         consoleLog().log("%s", message.c_str());
-    else
+    } else {
         QMessageBox::critical(nullptr, uiText(TextId::ProgramName), fromCodePage(message));
+    }
 }
 
 }  // namespace tarno2

@@ -41,13 +41,15 @@ void FigureCell::setCaption(const QString& caption) {
 void FigureCell::setValue(const QString& value) {
     text_ = value;
     const QString shown = warning_ ? kWarningSign + value : value;
-    if (value_->text() != shown)
+    if (value_->text() != shown) {
         value_->setText(shown);
+    }
 }
 
 void FigureCell::setWarning(bool warning) {
-    if (warning == warning_)
+    if (warning == warning_) {
         return;
+    }
     warning_ = warning;
     QFont font = value_->font();
     font.setBold(warning);
@@ -62,8 +64,9 @@ void FigureCell::setWidest(const QString& widest) {
 
 void FigureCell::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         fit();
+    }
 }
 
 void FigureCell::fit() {

@@ -17,8 +17,9 @@ QString manualFile() {
     for (const QString& folder :
          {program + QStringLiteral("/doc"), program + QStringLiteral("/../share/doc/tarno2"), program}) {
         const QFileInfo file(folder + QLatin1Char('/') + name);
-        if (file.isFile())
+        if (file.isFile()) {
             return file.canonicalFilePath();
+        }
     }
     return {};
 }

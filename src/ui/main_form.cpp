@@ -78,8 +78,9 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
 }
 
 T_MainForm::~T_MainForm() {
-    if (control_.running())
+    if (control_.running()) {
         control_.StopButtonClick();
+    }
     // The view reads from recordings and draws with a library that go before the window's other parts.
     control_.setLiveTap(nullptr);
     signalDock_->disconnect(this);
@@ -94,9 +95,10 @@ void T_MainForm::buildPanels() {
     filePanel_ = new FilePanel;
     channelsPanel_ = new ChannelsPanel;
     programPanel_ = new ProgramPanel;
-    for (SettingsPanel* panel :
-         std::initializer_list<SettingsPanel*>{boardPanel_, measuringPanel_, filePanel_, channelsPanel_, programPanel_})
+    for (SettingsPanel* panel : std::initializer_list<SettingsPanel*>{boardPanel_, measuringPanel_, filePanel_,
+                                                                      channelsPanel_, programPanel_}) {
         panels_->add(panel);
+    }
 }
 
 // The strip above everything; below it the panels beside the channel table and the signal; at the bottom the messages.
@@ -183,8 +185,9 @@ void T_MainForm::connectPanels() {
     connect(programPanel_, &ProgramPanel::stayOnTopChanged, this, [this](bool on) {
         const bool shown = isVisible();
         setWindowFlag(Qt::WindowStaysOnTopHint, on);
-        if (shown)
+        if (shown) {
             show();
+        }
     });
 }
 

@@ -41,8 +41,9 @@ QAction* T_MainForm::addAction(TextId text, void (T_MainForm::*handler)(), const
     auto* action = new QAction(this);
     action->setShortcut(key);
     QMainWindow::addAction(action);
-    if (handler != nullptr)
+    if (handler != nullptr) {
         connect(action, &QAction::triggered, this, handler);
+    }
     actions_.emplace_back(action, text);
     return action;
 }
@@ -125,14 +126,18 @@ void T_MainForm::buildMenus() {
 void T_MainForm::SetCaptions() {
     translateToolkit();
     setWindowTitle(uiText(TextId::ProgramName));
-    for (const auto& [action, id] : actions_)
+    for (const auto& [action, id] : actions_) {
         action->setText(uiText(id));
-    for (const auto& [menu, id] : menus_)
+    }
+    for (const auto& [menu, id] : menus_) {
         menu->setTitle(uiText(id));
-    if (showForm_ != nullptr)
+    }
+    if (showForm_ != nullptr) {
         showForm_->retranslate();
-    if (textForm_ != nullptr)
+    }
+    if (textForm_ != nullptr) {
         textForm_->loadCaptions();
+    }
     strip_->retranslate();
     panels_->retranslate();
     messages_->retranslate();
@@ -206,11 +211,13 @@ void T_MainForm::SaveAsTextButtonClick() {
         const QString chosen = QFileDialog::getOpenFileName(
             this, plainText(TextId::ExportWindow), fromFileName(shownFile()),
             uiText(TextId::DataFileFilter) + QStringLiteral(";;") + uiText(TextId::AllFilesFilter));
-        if (chosen.isEmpty())
+        if (chosen.isEmpty()) {
             return;
+        }
         TextExportSource source{dataFileOf(toFileName(QDir::toNativeSeparators(chosen))), {}};
-        if (isOfLastRun(source.dataFile))
+        if (isOfLastRun(source.dataFile)) {
             source.known = runInputs_;
+        }
         textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
         textForm_->setAttribute(Qt::WA_DeleteOnClose);
         textForm_->show();
@@ -219,8 +226,9 @@ void T_MainForm::SaveAsTextButtonClick() {
 
 bool T_MainForm::isOfLastRun(const std::string& dataFile) const {
     for (uint32_t piece = 0; !runFile_.empty() && fileExists(RecordingName(runFile_).piece(piece)); ++piece) {
-        if (isSameFile(dataFile, RecordingName(runFile_).piece(piece)))
+        if (isSameFile(dataFile, RecordingName(runFile_).piece(piece))) {
             return true;
+        }
     }
     return false;
 }
@@ -228,11 +236,13 @@ bool T_MainForm::isOfLastRun(const std::string& dataFile) const {
 void T_MainForm::HelpClick() {
     guarded("HelpClick", [this] {
         DEBUG_LOG("HelpClick");
-        if (openManual())
+        if (openManual()) {
             return;
+        }
         messages_->add(MessageList::Kind::Attention, uiText(TextId::HelpNotFound));
-        if (!control_.running())
+        if (!control_.running()) {
             tell(uiText(TextId::HelpNotFound));
+        }
     });
 }
 

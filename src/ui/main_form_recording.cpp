@@ -52,16 +52,18 @@ void T_MainForm::present() {
 void T_MainForm::begin() {
     begun_ = true;
     guarded("RecoverUnfinished", [this] { recover(foldersOf({fileName(), savedFileName()}), {}); });
-    if (consoleMode() || settings_.autoStartOnRun)
+    if (consoleMode() || settings_.autoStartOnRun) {
         QMetaObject::invokeMethod(this, &T_MainForm::StartButtonClick, Qt::QueuedConnection);
+    }
 }
 
 void T_MainForm::RecoverRecordingsClick() {
     guarded("RecoverRecordingsClick", [this] {
         const QString folder = QFileDialog::getExistingDirectory(this, plainText(TextId::MenuRecover),
                                                                  fromFileName(parentFolder(fileName())));
-        if (folder.isEmpty())
+        if (folder.isEmpty()) {
             return;
+        }
         recover({toFileName(QDir::toNativeSeparators(folder))}, uiText(TextId::NothingToRecover, {folder}));
     });
 }
@@ -98,8 +100,9 @@ void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports, const
                 break;
         }
     }
-    if (reports.empty() && !nothingFound.isEmpty())
+    if (reports.empty() && !nothingFound.isEmpty()) {
         messages_->add(Kind::Information, nothingFound);
+    }
 }
 
 // A board that could not be used may have been switched on or plugged in since.
@@ -119,38 +122,45 @@ void T_MainForm::StartButtonClick() {
         lookForBoard(
             [this, driver = settings_.driver, base = static_cast<uint32_t>(settings_.base), drq = settings_.drqNumber] {
                 const ApplyOutcome outcome = selection_.apply(driver, base);
-                if (outcome == ApplyOutcome::Done)
+                if (outcome == ApplyOutcome::Done) {
                     static_cast<void>(selection_.setDrqNumber(drq));
+                }
                 return outcome;
             },
             [this](ApplyOutcome outcome) {
                 SetErrorCode(statusOf(outcome));
-                if (outcome == ApplyOutcome::Done)
+                if (outcome == ApplyOutcome::Done) {
                     return;
+                }
                 startWhenFound_ = false;
                 showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::InitError).c_str()));
-                if (!selection_.problem().empty())
+                if (!selection_.problem().empty()) {
                     showDetail(selection_.problem());
+                }
             });
     });
 }
 
 void T_MainForm::startRecording() {
     guarded("StartButtonClick", [this] {
-        if (!control_.running() && !answersAllowStart())
+        if (!control_.running() && !answersAllowStart()) {
             return;
+        }
         setState(RunState::Starting);
         strip_->setAttention({});
-        if (!displayGone_)
+        if (!displayGone_) {
             strip_->repaint();
+        }
         endState_ = RunState::Ready;
-        if (control_.StartButtonClick())
+        if (control_.StartButtonClick()) {
             consoleLog().log("Save to file \"%s\"", fileName().c_str());
+        }
     });
     guarded("StartButtonClick", [this] {
         updateState();
-        if (control_.running())
+        if (control_.running()) {
             strip_->stopButton().setFocus();
+        }
     });
 }
 
@@ -158,8 +168,9 @@ void T_MainForm::StopButtonClick() {
     guarded("StopButtonClick", [this] {
         if (control_.running()) {
             setState(RunState::Stopping);
-            if (!displayGone_)
+            if (!displayGone_) {
                 strip_->repaint();
+            }
         }
         control_.StopButtonClick();
     });
@@ -174,15 +185,18 @@ void T_MainForm::btnAutoStartClick(bool down) {
 }
 
 bool T_MainForm::answersAllowStart() {
-    if (consoleMode())
+    if (consoleMode()) {
         return true;
-    if (speedTester_.wouldWrite(fileName().c_str()))
+    }
+    if (speedTester_.wouldWrite(fileName().c_str())) {
         FileNameEditChange();
+    }
     const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
     const StartQuestions questions = startQuestions(fileName(), need.totalBytes);
     if (!questions.existingFile.empty() &&
-        !ask(uiText(TextId::FileExistsQuestion, {fromFileName(questions.existingFile)}), TextId::KeepAndStart))
+        !ask(uiText(TextId::FileExistsQuestion, {fromFileName(questions.existingFile)}), TextId::KeepAndStart)) {
         return false;
+    }
     return !questions.diskTooSmall ||
            ask(uiText(TextId::DiskTooSmallQuestion, {fromCodePage(formatFreeSpace(questions.neededBytes)),
                                                      fromCodePage(formatFreeSpace(questions.freeBytes))}),
@@ -208,50 +222,59 @@ void T_MainForm::tell(const QString& message) {
 
 bool T_MainForm::FormCloseQuery() {
     DEBUG_LOG("FormCloseQuery");
-    if (closed_)
+    if (closed_) {
         return true;
+    }
     if (control_.running()) {
-        if (!consoleMode() && !ending_ && !ask(uiText(TextId::CloseQuestion), TextId::StopAndClose))
+        if (!consoleMode() && !ending_ && !ask(uiText(TextId::CloseQuestion), TextId::StopAndClose)) {
             return false;
+        }
         StopButtonClick();
         // What its thread still has to say belongs into the logs.
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     }
-    if (textForm_ != nullptr)
+    if (textForm_ != nullptr) {
         textForm_->close();
+    }
     saveSettings();
     return true;
 }
 
 void T_MainForm::post(const Notification& notification) {
     // Progress is looked up ten times a second: this thread must not allocate for it.
-    if (notification.result.code == StopCode::Running)
+    if (notification.result.code == StopCode::Running) {
         newestBlock_.put({notification.session, notification.result.bytes, tickCount()});
-    if (notification.result.isNews())
+    }
+    if (notification.result.isNews()) {
         QMetaObject::invokeMethod(
             this, [this, notification] { handle(notification); }, Qt::QueuedConnection);
+    }
 }
 
 void T_MainForm::handle(const Notification& notification) {
     guarded("Notification", [this, &notification] {
         // Late news of a recording must not touch what the strip shows of the next one.
         const bool own = !control_.running() || control_.session()->number() == notification.session;
-        if (own && notification.result.code != StopCode::Running)
+        if (own && notification.result.code != StopCode::Running) {
             showLastFigures(notification.result);
+        }
         control_.OnNotification(notification);
-        if (notification.result.code == StopCode::Unplug)
+        if (notification.result.code == StopCode::Unplug) {
             SetErrorCode(BoardStatus::Unplugged);
+        }
     });
     // An end that could not be told in full is an end all the same.
     if (consoleMode() && notification.result.code != StopCode::Running && control_.running() &&
-        control_.session()->number() == notification.session)
+        control_.session()->number() == notification.session) {
         requestEnd();
+    }
     guarded("Notification", [this] { updateState(); });
 }
 
 RecordingSettings T_MainForm::settings() {
-    if (console_)
+    if (console_) {
         return recordingSettings(*console_);
+    }
     storeControls();
     return recordingSettings(settings_, selection_.driver().facts(), measuringPanel_->frequencyText());
 }
@@ -275,8 +298,9 @@ void T_MainForm::showStatus(const std::string& status) {
 
 void T_MainForm::showAttention(const std::string& message) {
     consoleLog().log("%s", message.c_str());
-    if (displayGone_)
+    if (displayGone_) {
         return;
+    }
     strip_->setAttention(fromCodePage(message));
     messages_->add(MessageList::Kind::Attention, fromCodePage(message));
 }
@@ -289,8 +313,9 @@ void T_MainForm::showDetail(const std::string& detail) {
 void T_MainForm::showMessage(const std::string& message) {
     consoleLog().log("%s", message.c_str());
     messages_->add(MessageList::Kind::Attention, fromCodePage(message));
-    if (consoleMode())
+    if (consoleMode()) {
         return;
+    }
     auto* box = new QMessageBox(QMessageBox::Warning, QString(), fromCodePage(message), QMessageBox::NoButton, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
@@ -302,8 +327,9 @@ void T_MainForm::synchronisationSwitchedOff() {
 }
 
 void T_MainForm::recordingEnded(const RecordingResult& result) {
-    if (consoleMode())
+    if (consoleMode()) {
         RecordingShell::recordingEnded(result);
+    }
     endState_ = RunState::Error;
     switch (result.code) {
         case StopCode::User:
@@ -311,8 +337,9 @@ void T_MainForm::recordingEnded(const RecordingResult& result) {
             break;
         case StopCode::StopMeasuring:
             endState_ = RunState::Stopped;
-            if (!result.diskNearlyFull)
+            if (!result.diskNearlyFull) {
                 messages_->add(MessageList::Kind::Information, uiText(TextId::EndedByCondition));
+            }
             break;
         default:
             break;

@@ -25,19 +25,22 @@ constexpr uint32_t kHighLoad = 800;  // thousandths of the ring; what is left is
 
 // Without a display the toolkit ends the program when a title or a picture is to reach it.
 void T_MainForm::updateState() {
-    if (displayGone_)
+    if (displayGone_) {
         return;
+    }
     const T_BOARD* session = control_.session();
-    if (session != nullptr && session->number() != runNumber_)
+    if (session != nullptr && session->number() != runNumber_) {
         beginRun();
-    else if (session == nullptr && runNumber_ != 0)
+    } else if (session == nullptr && runNumber_ != 0) {
         endRun();
+    }
     start_->setEnabled(session == nullptr && !search_.busy());
     strip_->startButton().setEnabled(start_->isEnabled());
     stop_->setEnabled(session != nullptr);
     strip_->stopButton().setEnabled(session != nullptr);
-    if (session == nullptr)
+    if (session == nullptr) {
         setState(idleState());
+    }
     showConditions();
     refreshRun();
 }
@@ -54,8 +57,9 @@ void T_MainForm::beginRun() {
         runInputs_.codeMinimum = int32_t{board.codeRange.m_nMinimum};
         runInputs_.codeMaximum = int32_t{board.codeRange.m_nMaximum};
     }
-    if (session.settings.packetMode)
+    if (session.settings.packetMode) {
         runInputs_.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
+    }
     figures_ = {};
     frameBytes_ = uint64_t{selection_.driver().facts().sampleWidth()} * session.settings.channelCount();
     runBegun_ = !session.settings.externalStart;
@@ -72,10 +76,12 @@ void T_MainForm::beginRun() {
 }
 
 RunState T_MainForm::runningState() const {
-    if (!runBegun_)
+    if (!runBegun_) {
         return RunState::WaitingForStart;
-    if (runSettings_.synchro.SynchroAnalyzeMode != 0 && figures_.bytes == 0)
+    }
+    if (runSettings_.synchro.SynchroAnalyzeMode != 0 && figures_.bytes == 0) {
         return RunState::WaitingForTrigger;
+    }
     return figures_.loadWarns ? RunState::Warning : RunState::Recording;
 }
 
@@ -89,8 +95,9 @@ void T_MainForm::showConditions() {
 void T_MainForm::endRun() {
     runNumber_ = 0;
     // How it ended comes with the last notification.
-    if (endState_ == RunState::Ready)
+    if (endState_ == RunState::Ready) {
         endState_ = RunState::Stopped;
+    }
     sleepInhibitor_.release();
     showForm_->recordingStopped();
     refreshTimer_.stop();
@@ -101,14 +108,16 @@ void T_MainForm::endRun() {
 
 void T_MainForm::refreshRun() {
     T_BOARD* session = control_.session();
-    if (session == nullptr || session->number() != runNumber_)
+    if (session == nullptr || session->number() != runNumber_) {
         return;
+    }
     if (!runBegun_ && session->dataBegun()) {
         runBegun_ = true;
         progress_.begin(runSettings_.stopRule, runSettings_.stopSeconds, runSettings_.stopBytes, tickCount());
     }
-    if (const auto block = newestBlock_.get(); block && block->session == runNumber_)
+    if (const auto block = newestBlock_.get(); block && block->session == runNumber_) {
         progress_.block(block->bytes, block->time);
+    }
     const uint64_t bytes = session->writer().totalBytes();
     const RecordingFigures progress = progress_.update(bytes, tickCount());
     figures_.elapsedSeconds = runBegun_ ? progress.elapsedSeconds : 0;
@@ -133,14 +142,16 @@ void T_MainForm::refreshRun() {
 
 // What came in after the strip was refreshed last counts too.
 void T_MainForm::showLastFigures(const RecordingResult& result) {
-    if (result.bytes == 0)
+    if (result.bytes == 0) {
         return;
+    }
     figures_.bytes = result.bytes;
     figures_.frames = frameCount(result.bytes);
     figures_.files = result.files;
     figures_.events = result.events;
-    if (result.sizeReached)
+    if (result.sizeReached) {
         showProgress(100);
+    }
     strip_->setFigures(figures_);
 }
 
@@ -156,8 +167,9 @@ void T_MainForm::showProgress(int percent) {
     // It ended by its own rule. The figures were looked up before its last moment.
     if (percent == 100) {
         figures_.remainingSeconds = 0;
-        if (runSettings_.stopRule == StopRule::Time)
+        if (runSettings_.stopRule == StopRule::Time) {
             figures_.elapsedSeconds = static_cast<uint64_t>(std::ceil(runSettings_.stopSeconds));
+        }
     }
     strip_->setFigures(figures_);
 }

@@ -50,10 +50,12 @@ QRect rectangleOf(const WindowPlace& place) {
 
 std::vector<WindowPlace> screenPlaces() {
     std::vector<WindowPlace> places;
-    if (const QScreen* main = QGuiApplication::primaryScreen())
+    if (const QScreen* main = QGuiApplication::primaryScreen()) {
         places.push_back(placeOf(main->availableGeometry()));
-    for (const QScreen* screen : QGuiApplication::screens())
+    }
+    for (const QScreen* screen : QGuiApplication::screens()) {
         places.push_back(placeOf(screen->availableGeometry()));
+    }
     return places;
 }
 
@@ -61,8 +63,9 @@ std::vector<WindowPlace> screenPlaces() {
 WindowPlace firstPlace() {
     constexpr int32_t kFrame = 40;
     const std::vector<WindowPlace> screens = screenPlaces();
-    if (screens.empty())
+    if (screens.empty()) {
         return {};
+    }
     const WindowPlace& screen = screens.front();
     const int32_t width = std::min(1200, screen.width - kFrame / 2);
     const int32_t height = std::min(820, screen.height - kFrame);
@@ -78,26 +81,29 @@ void T_MainForm::loadSettings() {
     settings_.frequency = 0.0;             // the board's own, until one is chosen
     const OsError error = LoadConfig(programDirectory_, settings_);
     settingsUnread_ = !error.ok() && !error.notFound();
-    if (settingsUnread_)
+    if (settingsUnread_) {
         showAttention(
             formatText(text(TextId::Attention).c_str(),
                        formatText(text(TextId::SettingsNotRead).c_str(), systemTextToCp1251(error.text()).c_str(),
                                   fileNameOf(keptSettingsName(programDirectory_)).c_str())
                            .c_str()));
+    }
     const bool known = error.ok();
-    if (known)
+    if (known) {
         selectLanguage(settings_.language);
-    else
+    } else {
         settings_.mainFormPos = firstPlace();
+    }
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
     panels_->load(settings_);
-    if (known)
+    if (known) {
         lookForBoard([this, saved = settings_] { return selection_.applySaved(saved); },
                      [this](ApplyOutcome outcome) { applyBoard(outcome); });
-    else
+    } else {
         // Nobody has chosen anything yet: a board that is there can be used at once.
         lookForBoard([this] { return chooseFirstUsableDriver(); },
                      [this](ApplyOutcome outcome) { SetErrorCode(statusOf(outcome)); });
+    }
     setFileName(naming_.NameAtStart(settings_.fileName));
     refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
@@ -113,29 +119,35 @@ void T_MainForm::loadConsoleSettings() {
     settings_.language = languageFromLocale();
     showAutoSettings(*console_, settings_);
     applyBoard(selection_.apply(console_->driverName, console_->baseNumber));
-    if (ending_)
+    if (ending_) {
         return;
-    if (!selection_.hasFrequency(console_->frequency))
+    }
+    if (!selection_.hasFrequency(console_->frequency)) {
         consoleLog().log("Frequency not founded");
+    }
     panels_->load(settings_);
     panels_->boardChanged(selection_);
     setFileName(console_->fileName);
-    if (console_->fileName.empty())
+    if (console_->fileName.empty()) {
         control_.GenerateFileName();
+    }
     DEBUG_LOG("LoadConfig consolemode - Status OK");
 }
 
 ApplyOutcome T_MainForm::chooseFirstUsableDriver() {
-    for (const std::string& name : BoardSelection::installedDrivers())
-        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed())
+    for (const std::string& name : BoardSelection::installedDrivers()) {
+        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed()) {
             return ApplyOutcome::Done;
+        }
+    }
     return ApplyOutcome::DriverError;
 }
 
 // Until it is found nobody else may use the driver: what asks it is switched off.
 void T_MainForm::lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found) {
-    if (search_.busy())
+    if (search_.busy()) {
         return;
+    }
     auto outcome = std::make_shared<ApplyOutcome>(ApplyOutcome::DriverError);
     search_.run([outcome, search = std::move(search)] { *outcome = search(); },
                 [this, outcome, found = std::move(found)] {
@@ -144,8 +156,9 @@ void T_MainForm::lookForBoard(std::function<ApplyOutcome()> search, std::functio
                         found(*outcome);
                         boardChanged();
                     });
-                    if (std::exchange(startWhenFound_, false))
+                    if (std::exchange(startWhenFound_, false)) {
                         startRecording();
+                    }
                 });
 }
 
@@ -156,13 +169,15 @@ void T_MainForm::showLooking(bool looking) {
     additional_->setEnabled(!looking);
     start_->setEnabled(!looking && !control_.running());
     strip_->startButton().setEnabled(start_->isEnabled());
-    if (looking)
+    if (looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
+    }
 }
 
 void T_MainForm::showDriverSettings() {
-    if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty())
+    if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty()) {
         showDetail(problem);
+    }
 }
 
 void T_MainForm::applyBoard(ApplyOutcome outcome) {
@@ -200,8 +215,9 @@ void T_MainForm::applyBoard(ApplyOutcome outcome) {
 void T_MainForm::SetErrorCode(BoardStatus status) {
     boardStatus_ = status;
     showBoardStatus();
-    if (status == BoardStatus::Ready)
+    if (status == BoardStatus::Ready) {
         return;
+    }
     consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status),
                      text(boardStatusWord(status)).c_str());
     if (consoleMode()) {
@@ -211,14 +227,17 @@ void T_MainForm::SetErrorCode(BoardStatus status) {
 }
 
 void T_MainForm::showBoardStatus() {
-    if (search_.busy())
+    if (search_.busy()) {
         return;
+    }
     QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(boardStatus_));
-    if (const std::string& driver = selection_.driverName(); !driver.empty())
+    if (const std::string& driver = selection_.driverName(); !driver.empty()) {
         shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
+    }
     statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);
-    if (!control_.running())
+    if (!control_.running()) {
         setState(idleState());
+    }
 }
 
 void T_MainForm::DriverBoxChange(const QString& name) {
@@ -233,9 +252,10 @@ void T_MainForm::DriverBoxChange(const QString& name) {
             },
             [this, name](ApplyOutcome outcome) {
                 SetErrorCode(statusOf(outcome));
-                if (!selection_.problem().empty())
+                if (!selection_.problem().empty()) {
                     messages_->add(MessageList::Kind::Attention,
                                    uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
+                }
                 showDriverSettings();
             });
     });
@@ -248,8 +268,9 @@ void T_MainForm::BaseBoxChange(uint32_t number) {
             [this, number] { return selection_.BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError; },
             [this](ApplyOutcome outcome) {
                 SetErrorCode(statusOf(outcome));
-                if (outcome != ApplyOutcome::Done)
+                if (outcome != ApplyOutcome::Done) {
                     messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
+                }
             });
     });
 }
@@ -267,8 +288,9 @@ void T_MainForm::boardChanged() {
     } catch (...) {
         DEBUG_LOG("!!!    Catching....   RecalcChannelCount");
     }
-    if (showForm_ != nullptr)
+    if (showForm_ != nullptr) {
         showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+    }
     showNeed();
 }
 
@@ -283,8 +305,9 @@ void T_MainForm::FileNameEditChange() {
             QGuiApplication::setOverrideCursor(Qt::BusyCursor);
             filePanel_->showMeasuring();
         });
-        if (QGuiApplication::overrideCursor() != nullptr)
+        if (QGuiApplication::overrideCursor() != nullptr) {
             QGuiApplication::restoreOverrideCursor();
+        }
         filePanel_->showFindings(findings_);
         showDisk();
         showNeed();
@@ -300,17 +323,19 @@ void T_MainForm::HDDTestSpeedClick(bool on) {
 }
 
 void T_MainForm::showNeed() {
-    if (search_.busy())
+    if (search_.busy()) {
         return;
+    }
     const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
     filePanel_->showNeed(need);
     QString shown;
     if (need.known()) {
         shown = fromCodePage(formatRate(need.bytesPerSecond));
         const double seconds = diskLastsSeconds(need, findings_.disk.freeBytes);
-        if (findings_.diskKnown() && seconds >= 0.0)
+        if (findings_.diskKnown() && seconds >= 0.0) {
             shown += QStringLiteral(", ") +
                      uiText(TextId::DiskLasts, {fromCodePage(formatDuration(static_cast<uint64_t>(seconds)))});
+        }
     }
     const bool slow = findings_.speedKnown() && diskTooSlow(need, findings_.speed);
     statusLine_->setNeed(shown, slow || (findings_.diskKnown() && diskTooSmall(need, findings_.disk.freeBytes)));
@@ -331,14 +356,16 @@ void T_MainForm::showDisk() {
     }
     QString shown = uiText(TextId::FreeSpace, {fromCodePage(findings_.disk.fileSystem),
                                                fromCodePage(formatFreeSpace(findings_.disk.freeBytes))});
-    if (findings_.speedKnown())
+    if (findings_.speedKnown()) {
         shown += QStringLiteral(", ") + uiText(TextId::DiskSpeed, {QString::number(findings_.speed, 'f', 0)});
+    }
     statusLine_->setDisk(shown);
 }
 
 void T_MainForm::storeControls() {
-    if (search_.busy())
+    if (search_.busy()) {
         return;
+    }
     panels_->store(settings_);
     const uint32_t channels = selection_.driver().facts().channelCount;
     settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
@@ -346,8 +373,9 @@ void T_MainForm::storeControls() {
 
 // A recording that kept nothing left no file.
 void T_MainForm::rememberRecording() {
-    if (fileExists(runFile_))
+    if (fileExists(runFile_)) {
         settings_.fileName = runFile_;
+    }
 }
 
 void T_MainForm::storePlaces() {
@@ -360,12 +388,15 @@ void T_MainForm::storePlaces() {
     settings_.hidePanels = !showPanels_->isChecked();
     settings_.hideMessages = !showMessages_->isChecked();
     // What is hidden comes back as wide as it was.
-    if (panels_->isVisible())
+    if (panels_->isVisible()) {
         settings_.panelsWidth = panels_->width();
-    if (messages_->isVisible())
+    }
+    if (messages_->isVisible()) {
         settings_.messagesHeight = messages_->height();
-    if (signalDock_->isVisible() && !signalDock_->isFloating())
+    }
+    if (signalDock_->isVisible() && !signalDock_->isFloating()) {
         settings_.signalHeight = signalDock_->height();
+    }
     showForm_->storeParts();
     settings_.extendedChannelMode = extendedChannels_->isChecked();
 }
@@ -379,10 +410,12 @@ void T_MainForm::placeWindows() {
 }
 
 void T_MainForm::placeParts() {
-    if (settings_.panelsWidth > 0)
+    if (settings_.panelsWidth > 0) {
         columns_->setSizes({settings_.panelsWidth, std::max(width() - settings_.panelsWidth, 1)});
-    if (settings_.messagesHeight > 0)
+    }
+    if (settings_.messagesHeight > 0) {
         rows_->setSizes({std::max(height() - settings_.messagesHeight, 1), settings_.messagesHeight});
+    }
     right_->resizeDocks({signalDock_}, {settings_.signalHeight > 0 ? settings_.signalHeight : height() / 2},
                         Qt::Vertical);
 }
@@ -403,10 +436,11 @@ void T_MainForm::saveSettings() {
     storeControls();
     storePlaces();
     rememberRecording();
-    if (WriteConfig(programDirectory_, settings_, settingsUnread_))
+    if (WriteConfig(programDirectory_, settings_, settingsUnread_)) {
         settingsUnread_ = false;
-    else if (!ending_)
+    } else if (!ending_) {
         tell(uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
+    }
 }
 
 }  // namespace tarno2

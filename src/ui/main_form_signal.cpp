@@ -31,8 +31,9 @@ void T_MainForm::buildSignalView() {
     connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
     signalDock_->setWindowTitle(showForm_->windowTitle());
     control_.setLiveTap(&showForm_->tap());
-    if (!search_.busy())
+    if (!search_.busy()) {
         showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+    }
     showSignal_->setChecked(settings_.showFormVisible);
     signalDock_->setVisible(settings_.showFormVisible);
 }
@@ -56,16 +57,18 @@ void T_MainForm::OpenRecordingClick() {
         QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(shownFile()));
         dialog.setFileMode(QFileDialog::ExistingFile);
         dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
-        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
             return;
+        }
         signalDock_->show();
         showForm_->openRecording(dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()))));
     });
 }
 
 std::string T_MainForm::shownFile() const {
-    if (!showForm_->openedFile().empty())
+    if (!showForm_->openedFile().empty()) {
         return showForm_->openedFile();
+    }
     return runFile_.empty() ? settings_.fileName : runFile_;
 }
 

@@ -73,8 +73,9 @@ MainStatusBar::MainStatusBar(QWidget* parent) : QStatusBar(parent) {
     addWidget(need_);
     addPermanentWidget(languageLabel_);
     addPermanentWidget(languageButton_);
-    for (const QToolButton* button : {languageLabel_, languageButton_})
+    for (const QToolButton* button : {languageLabel_, languageButton_}) {
         connect(button, &QToolButton::clicked, this, &MainStatusBar::languageAsked);
+    }
     retranslate();
 }
 

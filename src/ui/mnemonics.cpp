@@ -9,11 +9,14 @@ namespace {
 
 /// Where a letter can be marked; -1: each one is taken.
 qsizetype freeLetter(const QString& text, const QSet<QChar>& used) {
-    for (const bool wordStart : {true, false})
-        for (qsizetype i = 0; i < text.size(); ++i)
+    for (const bool wordStart : {true, false}) {
+        for (qsizetype i = 0; i < text.size(); ++i) {
             if (text[i].isLetter() && !used.contains(text[i].toUpper()) &&
-                (!wordStart || i == 0 || text[i - 1].isSpace()))
+                (!wordStart || i == 0 || text[i - 1].isSpace())) {
                 return i;
+            }
+        }
+    }
     return -1;
 }
 
@@ -33,10 +36,11 @@ QString marked(QString text, QSet<QChar>& used) {
 
 QSet<QChar> giveMnemonics(const QList<QWidget*>& widgets, QSet<QChar> used) {
     for (QWidget* widget : widgets) {
-        if (auto* button = qobject_cast<QAbstractButton*>(widget))
+        if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
             button->setText(marked(button->text(), used));
-        else if (auto* box = qobject_cast<QGroupBox*>(widget))
+        } else if (auto* box = qobject_cast<QGroupBox*>(widget)) {
             box->setTitle(marked(box->title(), used));
+        }
     }
     return used;
 }

@@ -34,8 +34,9 @@ QPixmap drawIcon(int side) {
 
 QIcon programIcon() {
     QIcon icon;
-    for (const int side : {16, 24, 32, 48, 64, 128, 256})
+    for (const int side : {16, 24, 32, 48, 64, 128, 256}) {
         icon.addPixmap(drawIcon(side));
+    }
     return icon;
 }
 

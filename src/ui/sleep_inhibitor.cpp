@@ -56,33 +56,38 @@ void giveBack(size_t index, uint32_t cookie) {
 void SleepInhibitor::hold(const QString& reason) {
     release();
     // Without its address the library would start a bus of its own.
-    if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") || !QDBusConnection::sessionBus().isConnected())
+    if (!qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") || !QDBusConnection::sessionBus().isConnected()) {
         return;
+    }
     for (size_t i = 0; i < kServices.size(); ++i) {
         QDBusMessage message = call(i, "Inhibit");
         message << QStringLiteral("Tarno2");
-        if (kServices.at(i).isSessionManager)
+        if (kServices.at(i).isSessionManager) {
             message << kNoWindow << reason << kSuspending;
-        else
+        } else {
             message << reason;
+        }
         auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(message), this);
         connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, i, asked = holds_](auto* answered) {
             answered->deleteLater();
             const QDBusPendingReply<uint32_t> reply = *answered;
-            if (reply.isError())
+            if (reply.isError()) {
                 return;
-            if (asked == holds_)
+            }
+            if (asked == holds_) {
                 held_.push_back({i, reply.value()});
-            else
+            } else {
                 giveBack(i, reply.value());
+            }
         });
     }
 }
 
 void SleepInhibitor::release() {
     ++holds_;
-    for (const Held& held : held_)
+    for (const Held& held : held_) {
         giveBack(held.service, held.cookie);
+    }
     held_.clear();
 }
 

@@ -161,8 +161,9 @@ void StateStrip::buildLowerRow(QVBoxLayout* column) {
 }
 
 void StateStrip::setState(RunState state) {
-    if (state_ == state)
+    if (state_ == state) {
         return;
+    }
     state_ = state;
     showState();
 }
@@ -188,8 +189,9 @@ void StateStrip::showFigures() {
     remaining_->setValue(figures_.remainingSeconds ? fromCodePage(formatDuration(*figures_.remainingSeconds))
                                                    : kUnknown);
     progress_->setVisible(figures_.percent.has_value());
-    if (figures_.percent)
+    if (figures_.percent) {
         progress_->setValue(*figures_.percent);
+    }
     written_->setValue(fromCodePage(formatFreeSpace(figures_.bytes)));
     rate_->setValue(figures_.bytesPerSecond ? fromCodePage(formatRate(*figures_.bytesPerSecond)) : kUnknown);
     frames_->setValue(fromCodePage(formatCount(figures_.frames)));
@@ -243,8 +245,9 @@ void StateStrip::retranslate() {
     setConditions(conditionsWord_);
     const QFontMetrics metrics(scaled(font(), kStateFont, true));
     int widest = 0;
-    for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped})
+    for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped}) {
         widest = std::max(widest, metrics.horizontalAdvance(QStringLiteral("\u25CF ") + plainText(stateText(state))));
+    }
     word_->setMinimumWidth(widest + metrics.height());
     word_->setMaximumWidth(widest + metrics.height());
     showState();
@@ -253,12 +256,14 @@ void StateStrip::retranslate() {
 
 void StateStrip::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (attention_ == nullptr)
+    if (attention_ == nullptr) {
         return;
-    if (event->type() == QEvent::FontChange)
+    }
+    if (event->type() == QEvent::FontChange) {
         retranslate();
-    else if (event->type() == QEvent::PaletteChange)
+    } else if (event->type() == QEvent::PaletteChange) {
         drawIcons();
+    }
 }
 
 }  // namespace tarno2

@@ -80,15 +80,17 @@ void SynchroPicture::paintEvent(QPaintEvent* /*event*/) {
     }
     paintRecord(painter);
     paintLevels(painter);
-    for (size_t i = 0; i < sketch_.lanes.size(); ++i)
+    for (size_t i = 0; i < sketch_.lanes.size(); ++i) {
         paintSignal(painter, sketch_.lanes[i], laneArea(i));
+    }
     paintMarks(painter);
 }
 
 /// The prehistory and the history, shaded differently, with their names below.
 void SynchroPicture::paintRecord(QPainter& painter) const {
-    if (sketch_.recordBegin < 0)
+    if (sketch_.recordBegin < 0) {
         return;
+    }
     const QRectF lane = laneArea(0);
     const double top = kMargin + fontMetrics().height();
     const double bottom = height() - kMargin - fontMetrics().height();
@@ -104,8 +106,9 @@ void SynchroPicture::paintRecord(QPainter& painter) const {
     for (const auto& part : parts) {
         const QRectF area(QPointF(placeOf(part.begin, lane), top), QPointF(placeOf(part.end, lane), bottom));
         painter.fillRect(area, faded(shade, part.alpha));
-        if (part.begin == part.end)
+        if (part.begin == part.end) {
             continue;
+        }
         const QRectF below =
             part.side == Qt::AlignRight
                 ? QRectF(QPointF(kMargin, bottom), QPointF(area.right() - 4, height() - kMargin))
@@ -143,8 +146,9 @@ void SynchroPicture::paintSignal(QPainter& painter, const SynchroSketch::Lane& l
         for (; end < count; ++end) {
             const auto index = static_cast<size_t>(end);
             path.lineTo(placeOf(end, area), heightOf(lane.signal[index], lane, area));
-            if (sketch_.kept[index] != kept)
+            if (sketch_.kept[index] != kept) {
                 break;
+            }
         }
         painter.setPen(kept ? strong : faint);
         painter.drawPath(path);
@@ -168,8 +172,9 @@ void SynchroPicture::paintMarks(QPainter& painter) const {
         const QString text = uiText(TextId::SynchroStartCondition);
         free = paintMark(painter, sketch_.start, text, fontMetrics().horizontalAdvance(text) + 3.0, kMargin) + 8.0;
     }
-    if (sketch_.stop >= 0)
+    if (sketch_.stop >= 0) {
         paintMark(painter, sketch_.stop, uiText(TextId::SynchroStopCondition), -3.0, free);
+    }
 }
 
 /// An upright line through all lanes with a name above that begins so far before it, but not left of `free`. Returns

@@ -37,11 +37,13 @@ QString fromCodePage(const std::string& text) {
 }
 
 std::string toCodePage(const QString& text) {
-    if (const auto whole = utf16ToCp1251(text.toStdU16String()))
+    if (const auto whole = utf16ToCp1251(text.toStdU16String())) {
         return *whole;
+    }
     std::string result;
-    for (const QChar& character : text)
+    for (const QChar& character : text) {
         result += utf16ToCp1251(std::u16string(1, character.unicode())).value_or("?");
+    }
     return result;
 }
 

@@ -13,13 +13,15 @@ LoadedDriver::LoadedDriver(const std::string& library, const std::string& folder
     const auto factory = reinterpret_cast<ADCStaticFactory>(library_.symbol(TARNO2_FACTORY_NAME));
     device_ = factory == nullptr ? nullptr : static_cast<IADCDevice*>(factory(TARNO2_DEVICE_INTERFACE, 0));
     EXPECT_NE(device_, nullptr) << library;
-    if (device_ != nullptr)
+    if (device_ != nullptr) {
         settingsTaken_ = device_->SetProgramDirectory(folder.c_str());
+    }
 }
 
 LoadedDriver::~LoadedDriver() {
-    if (device_ != nullptr)
+    if (device_ != nullptr) {
         device_->Release();
+    }
 }
 
 std::string LoadedDriver::lastError() const {
@@ -43,8 +45,9 @@ std::vector<std::string> LoadedDriver::boards() const {
 Wish Wish::firstChannels(int32_t count, float frequency, int32_t ring) {
     Wish wish;
     wish.channels.clear();
-    for (int32_t i = 0; i < count; ++i)
+    for (int32_t i = 0; i < count; ++i) {
         wish.channels.push_back(i);
+    }
     wish.gains.assign(static_cast<size_t>(count), 1);
     wish.frequency = frequency;
     wish.ring = ring;
@@ -84,17 +87,20 @@ RingReader::RingReader(const LoadedDriver& driver, Wish wish)
     uint32_t takesExtended = 0;
     driver->Get(kADCGetExtendedBlock, &takesExtended);
     for (const int32_t apply : {0, 1}) {
-        if (driver->Setup(apply, &base_, 0) != 1)
+        if (driver->Setup(apply, &base_, 0) != 1) {
             return;
+        }
         ADCParametersDMAEX extended = wish.extended();
-        if (takesExtended == 1 && driver->Setup(apply, &extended, 0) != 1)
+        if (takesExtended == 1 && driver->Setup(apply, &extended, 0) != 1) {
             return;
+        }
         wish.control &= ~kADCControlExternalStart;
     }
     ADCRingInfo info{};
     info.m_nReserved = 99;
-    if (driver->Get(kADCGetRing, &info) != 1)
+    if (driver->Get(kADCGetRing, &info) != 1) {
         return;
+    }
     EXPECT_EQ(info.m_nReserved, 0);
     ring_ = info.m_nRingSize;
     event_ = Event::wrap(info.m_hDataEvent);
@@ -116,29 +122,34 @@ int32_t RingReader::fetch(uint32_t samples) {
     const int32_t mode = format_.m_nBytes == 2 ? kADCDataShort : kADCDataLong;
     const int32_t result =
         driver_->GetData(mode, bytes_.data() + before, samples, static_cast<uint32_t>(position_ % ring_));
-    if (result == kADCDataFailed)
+    if (result == kADCDataFailed) {
         bytes_.resize(before);
-    else
+    } else {
         position_ += samples;
+    }
     return result;
 }
 
 bool RingReader::record(uint64_t samples) {
     const uint32_t half = ring_ / 2;
     while (position_ < samples) {
-        if (written() - position_ < half && waitForHalf() == 0)
+        if (written() - position_ < half && waitForHalf() == 0) {
             return false;
-        while (written() - position_ >= half && position_ < samples)
-            if (fetch(half) == kADCDataFailed)
+        }
+        while (written() - position_ >= half && position_ < samples) {
+            if (fetch(half) == kADCDataFailed) {
                 return false;
+            }
+        }
     }
     return true;
 }
 
 std::vector<uint32_t> RingReader::words() const {
     std::vector<uint32_t> words(bytes_.size() / format_.m_nBytes);
-    for (size_t i = 0; i < words.size(); ++i)
+    for (size_t i = 0; i < words.size(); ++i) {
         std::memcpy(&words[i], bytes_.data() + i * format_.m_nBytes, format_.m_nBytes);
+    }
     return words;
 }
 

@@ -13,8 +13,9 @@ namespace {
 
 std::string number(uint64_t value, int bytes) {
     std::string text;
-    for (int i = 0; i < bytes; ++i)
+    for (int i = 0; i < bytes; ++i) {
         text += static_cast<char>(value >> (8 * i));
+    }
     return text;
 }
 
@@ -35,8 +36,9 @@ std::string riff(const std::string& chunks) {
 /// Samples that differ from each other, as bytes.
 std::string samples(size_t count) {
     std::string bytes;
-    for (size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < count; ++i) {
         bytes += number(i * 7919 + 1, 2);
+    }
     return bytes;
 }
 
@@ -83,8 +85,9 @@ TEST(Replay, WavArrivesWholeAndEndsInZeros) {
     const std::string file = folder.write("three.wav", riff(chunk("fmt ", pcm(3, 8000)) + chunk("data", data)));
     for (const int32_t ring : {1, 60, 600, 1002, 4200, 100000}) {
         for (const char* pace : {"RealTime=0", "RealTime=1"}) {
-            if (std::string(pace) == "RealTime=1" && ring < 4200)
+            if (std::string(pace) == "RealTime=1" && ring < 4200) {
                 continue;  // by the clock only where a late reader loses nothing
+            }
             SCOPED_TRACE(testing::Message() << pace << ", ring " << ring);
             const std::string played = play(file, pace, Wish::firstChannels(3, 24000.0F, ring), 2100);
             ASSERT_GE(played.size(), data.size());
@@ -120,9 +123,11 @@ TEST(Replay, LoopsAndPicksChannels) {
     Wish wish = Wish::firstChannels(3, 24000.0F, 42);
     wish.channels = {3, 0, 0};
     std::string expected;
-    for (size_t frame = 0; frame < 420; ++frame)
-        for (const int32_t channel : wish.channels)
+    for (size_t frame = 0; frame < 420; ++frame) {
+        for (const int32_t channel : wish.channels) {
             expected += data.substr((frame % 50 * 4 + static_cast<size_t>(channel)) * 2, 2);
+        }
+    }
     EXPECT_EQ(play(file, "RealTime=0;Loop=1", wish, 420 * 3), expected);
     EXPECT_EQ(play(file, "RealTime=0;Loop=1", Wish::firstChannels(4, 32000.0F, 80), 1000).substr(0, 800), data + data);
 }
@@ -224,8 +229,9 @@ TEST(Replay, DataFileWithItsDescription) {
         ASSERT_GT(played.size(), data.size());
         EXPECT_EQ(played.substr(0, data.size()), data);
         const std::string zero = number(isSigned ? 0 : 1 << 23, 4);
-        for (size_t i = data.size(); i < played.size(); i += 4)
+        for (size_t i = data.size(); i < played.size(); i += 4) {
             ASSERT_EQ(played.substr(i, 4), zero);
+        }
     }
 }
 
@@ -258,8 +264,9 @@ TEST(Replay, FileFromSettingsAndProblemsByName) {
 
 TEST(Replay, RealSpeechByteForByte) {
     const std::string file = "/usr/share/sounds/alsa/Front_Center.wav";
-    if (!fileExists(file))
+    if (!fileExists(file)) {
         GTEST_SKIP() << "alsa-utils is not installed: " << file;
+    }
     const std::string wav = readFile(file);
     const std::string data = wav.substr(wav.find("data") + 8);
     const uint64_t count = data.size() / 2;

@@ -8,8 +8,9 @@ namespace tarno2::test {
 namespace {
 
 TEST(SdkExample, RecordsAfterABuildOfItsOwn) {
-    if (!fileExists(EXAMPLE_LIBRARY))
+    if (!fileExists(EXAMPLE_LIBRARY)) {
         GTEST_SKIP() << "ctest builds it before this test: " << EXAMPLE_LIBRARY;
+    }
     const TemporaryFolder folder;
     const LoadedDriver driver(EXAMPLE_LIBRARY, folder.path());
     ASSERT_NE(driver.device(), nullptr);
@@ -30,12 +31,15 @@ TEST(SdkExample, RecordsAfterABuildOfItsOwn) {
     ASSERT_EQ(reader.fetch(reader.ring() / 2), 1);
     const uint64_t written = reader.written();
     driver->Stop();
-    if (written > reader.ring())
+    if (written > reader.ring()) {
         GTEST_SKIP() << "the machine was too busy to read in time";
+    }
     const std::vector<uint32_t> words = reader.words();
-    for (size_t frame = 0; frame < words.size() / 3; ++frame)
-        for (size_t i = 0; i < 3; ++i)
+    for (size_t frame = 0; frame < words.size() / 3; ++frame) {
+        for (size_t i = 0; i < 3; ++i) {
             ASSERT_EQ(words[frame * 3 + i], frame % 1000 + static_cast<uint32_t>(wish.channels[i]) * 1000) << frame;
+        }
+    }
 }
 
 }  // namespace

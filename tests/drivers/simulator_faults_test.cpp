@@ -91,8 +91,9 @@ TEST(SimulatorFaults, OverflowRunsAheadByMoreThanTheRing) {
     }
     EXPECT_EQ(reader.written(), 192U);
     EXPECT_GT(reader.written() - reader.position(), reader.ring());
-    for (size_t i = 0; i < 96; ++i)
+    for (size_t i = 0; i < 96; ++i) {
         ASSERT_EQ(reader.words()[i], drivers::counterWord(i, 12));
+    }
 }
 
 TEST(SimulatorFaults, GetDataFailsAtItsSample) {

@@ -38,13 +38,15 @@ TEST(SimulatorSignal, CounterShowsEveryShift) {
     using drivers::counterWord;
     // A block that is lost anywhere, whatever its length, leaves a wrong word within one turn of the low bits.
     for (const uint64_t lost :
-         {1ULL, 160ULL, 4096ULL, 65535ULL, 65536ULL, 131072ULL, 65536ULL * 160, 40503ULL, 25033ULL})
+         {1ULL, 160ULL, 4096ULL, 65535ULL, 65536ULL, 131072ULL, 65536ULL * 160, 40503ULL, 25033ULL}) {
         for (const uint32_t bits : {12U, 16U, 32U}) {
             bool seen = false;
-            for (uint64_t i = 1000; !seen && i < 1000 + (uint64_t{1} << std::min(bits, 16U)); ++i)
+            for (uint64_t i = 1000; !seen && i < 1000 + (uint64_t{1} << std::min(bits, 16U)); ++i) {
                 seen = counterWord(i, bits) != counterWord(i + lost, bits);
+            }
             EXPECT_TRUE(seen) << lost << " samples, " << bits << " bits";
         }
+    }
     EXPECT_EQ(counterWord(65535, 16), 65535U);
     EXPECT_EQ(counterWord(65536, 16), 40503U);
     EXPECT_EQ(counterWord(0x123456789, 32), 0x23456789U);
@@ -56,18 +58,22 @@ TEST(SimulatorSignal, WaveformsHaveTheirPeriodAmplitudeAndGain) {
     wish.gains = {1, 1, 1, 1};
     const std::vector<uint32_t> words = record("SignalFrequency=10;Amplitude=50", 2, wish, 1000);
     std::vector<int32_t> channel[4];
-    for (size_t i = 0; i < 4000; ++i)
+    for (size_t i = 0; i < 4000; ++i) {
         channel[i % 4].push_back(code16(words[i]));
-    for (size_t c = 0; c < 3; ++c)
-        for (size_t i = 100; i < 1000; ++i)
+    }
+    for (size_t c = 0; c < 3; ++c) {
+        for (size_t i = 100; i < 1000; ++i) {
             ASSERT_EQ(channel[c][i], channel[c][i - 100]) << "channel " << c << ", frame " << i;
+        }
+    }
     const auto range = [&](size_t c) { return std::minmax_element(channel[c].begin(), channel[c].end()); };
     EXPECT_EQ(channel[0][0], 0);
     EXPECT_EQ(channel[0][25], 16383) << "top of the sine";
     EXPECT_EQ(channel[0][75], -16383);
     EXPECT_EQ(std::set<int32_t>(channel[1].begin(), channel[1].end()), (std::set<int32_t>{-16383, 16383}));
-    for (size_t i = 1; i < 90; ++i)
+    for (size_t i = 1; i < 90; ++i) {
         EXPECT_GT(channel[2][i], channel[2][i - 1]);
+    }
     EXPECT_NE(channel[3][0], channel[3][100]);
     EXPECT_LE(*range(3).second, 16383);
     EXPECT_GT(*range(3).second, 15000);
@@ -85,9 +91,11 @@ TEST(SimulatorSignal, EveryChannelAndOrderShows) {
     wish.channels = {8, 0, 4};
     const std::vector<uint32_t> words = record("Signal=Sine", 2, wish, 100);
     const std::vector<uint32_t> straight = record("Signal=Sine", 2, Wish::firstChannels(9, 9000.0F, 900), 100);
-    for (size_t frame = 0; frame < 100; ++frame)
-        for (size_t i = 0; i < 3; ++i)
+    for (size_t frame = 0; frame < 100; ++frame) {
+        for (size_t i = 0; i < 3; ++i) {
             ASSERT_EQ(words[frame * 3 + i], straight[frame * 9 + static_cast<size_t>(wish.channels[i])]) << frame;
+        }
+    }
     EXPECT_NE(words[0], words[1]);
 }
 

@@ -11,9 +11,11 @@ using drivers::counterWord;
 
 /// Index of the first sample that is not the counter's, or -1.
 int64_t firstWrongSample(const std::vector<uint32_t>& words, uint32_t bits) {
-    for (size_t i = 0; i < words.size(); ++i)
-        if (words[i] != counterWord(i, bits))
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (words[i] != counterWord(i, bits)) {
             return static_cast<int64_t>(i);
+        }
+    }
     return -1;
 }
 

@@ -90,8 +90,9 @@ TEST(SynchroForm, Records) {
 TEST(SynchroForm, NothingAsked) {
     for (const bool onPort : {false, true}) {
         Form form = filled(1, onPort);
-        for (size_t i = 0; i < 3; ++i)
+        for (size_t i = 0; i < 3; ++i) {
             form.analog[i].mode = form.port[i].mode = kConditionNotUsed;
+        }
         form.synchroAnalog.mode = form.synchroPort.mode = kConditionNotUsed;
         for (const int32_t mode : {1, 2}) {
             SynchroSettings s = earlier();
@@ -238,8 +239,9 @@ TEST(SynchroForm, PrehistoryTyped) {
 
 TEST(SynchroForm, PrehistoryIsCutToWholeFrames) {
     for (const int32_t buffer : {20, 99, 1001, 32768, 5242879}) {
-        for (int32_t percentage = 0; percentage <= 100; ++percentage)
+        for (int32_t percentage = 0; percentage <= 100; ++percentage) {
             ASSERT_EQ(prehistoryFrames(buffer, percentage), static_cast<int32_t>(buffer * percentage * 0.01));
+        }
     }
 }
 

@@ -64,13 +64,15 @@ protected:
     void type(const char* name, const char* text, bool enter = false) {
         auto* control = find<QWidget>(name);
         ASSERT_TRUE(control->isVisible() && control->isEnabled()) << name;
-        if (const auto* box = qobject_cast<QComboBox*>(control))
+        if (const auto* box = qobject_cast<QComboBox*>(control)) {
             control = box->lineEdit();
+        }
         control->setFocus();
         QTest::keyClick(control, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClicks(control, text[0] == '\0' ? " " : text);
-        if (enter)
+        if (enter) {
             QTest::keyClick(control, Qt::Key_Return);
+        }
     }
     /// Opens the button's popup with the mouse and chooses the item of that number.
     void choose(const char* name, int tag) {
@@ -389,9 +391,11 @@ TEST_F(AdditionalMode, SwitchedOffFromOutside) {
 
 TEST_F(AdditionalMode, HintsFollowWhatIsTyped) {
     const auto shows = [this](const QString& text) {
-        for (const auto* label : window_->findChildren<QLabel*>())
-            if (label->isVisible() && label->text().contains(text))
+        for (const auto* label : window_->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text().contains(text)) {
                 return true;
+            }
+        }
         return false;
     };
     open();
@@ -427,16 +431,20 @@ TEST_F(AdditionalMode, EveryTextFollowsTheLanguageAndEveryLetterIsItsOwn) {
             click(mode);
             std::multiset<QChar> letters;
             const auto note = [&letters](const QWidget* widget, const QString& text) {
-                if (!widget->isVisible())
+                if (!widget->isVisible()) {
                     return;
+                }
                 EXPECT_FALSE(text.isEmpty()) << widget->objectName().toStdString();
-                if (const qsizetype mark = text.indexOf('&'); mark >= 0)
+                if (const qsizetype mark = text.indexOf('&'); mark >= 0) {
                     letters.insert(text[mark + 1].toUpper());
+                }
             };
-            for (const auto* button : window_->findChildren<QAbstractButton*>())
+            for (const auto* button : window_->findChildren<QAbstractButton*>()) {
                 note(button, button->text());
-            for (const auto* box : window_->findChildren<QGroupBox*>())
+            }
+            for (const auto* box : window_->findChildren<QGroupBox*>()) {
                 note(box, box->title());
+            }
             EXPECT_GE(letters.size(), 5U) << mode;
             EXPECT_EQ(std::set<QChar>(letters.begin(), letters.end()).size(), letters.size()) << mode;
         }

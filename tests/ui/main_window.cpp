@@ -58,8 +58,9 @@ void MainWindow::openAgain() {
 }
 
 bool MainWindow::close() {
-    if (!form_->close())
+    if (!form_->close()) {
         return false;
+    }
     form_.reset();
     debugLog().close();
     return true;
@@ -101,14 +102,17 @@ void MainWindow::answer(TextId button) {
     auto* watch = new QTimer(form_.get());
     QObject::connect(watch, &QTimer::timeout, watch, [this, watch, text = uiText(button)] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box == nullptr)
+        if (box == nullptr) {
             return;
+        }
         watch->deleteLater();
         watch->stop();
         asked_ << box->text();
-        for (QAbstractButton* offered : box->buttons())
-            if (offered->text() == text)
+        for (QAbstractButton* offered : box->buttons()) {
+            if (offered->text() == text) {
                 return QTest::mouseClick(offered, Qt::LeftButton);
+            }
+        }
         ADD_FAILURE() << "no such button: " << text.toStdString();
         box->reject();
     });
@@ -153,9 +157,11 @@ std::string MainWindow::nameField() {
 
 std::vector<std::string> MainWindow::recordings() const {
     std::vector<std::string> names;
-    for (const std::string& name : listDirectory(folder_.file("data")))
-        if (name.ends_with(".dat"))
+    for (const std::string& name : listDirectory(folder_.file("data"))) {
+        if (name.ends_with(".dat")) {
             names.push_back(name);
+        }
+    }
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -167,8 +173,9 @@ std::vector<std::string> MainWindow::log() {
     std::vector<std::string> messages;
     std::istringstream lines(readFile(folder_.file("Tarno2.dbg")));
     for (std::string line; std::getline(lines, line);) {
-        if (line.ends_with('\r'))
+        if (line.ends_with('\r')) {
             line.pop_back();
+        }
         const size_t begin = line.find(" --- ");
         messages.push_back(begin == std::string::npos ? line : line.substr(begin + 5));
     }

@@ -44,8 +44,9 @@ protected:
         settings.stopMode = StopRule::Size;
         settings.stopValue = 80000;
         settings.stopPower = 0;
-        for (int32_t channel = 0; channel < kChannels; ++channel)
+        for (int32_t channel = 0; channel < kChannels; ++channel) {
             settings.channels[static_cast<size_t>(channel)].active = true;
+        }
         settings.fileName = folder_.file("run.dat");
         EXPECT_TRUE(WriteConfig(folder_.path(), settings));
         form_ = std::make_unique<T_MainForm>(folder_.path(), std::nullopt);
@@ -69,20 +70,23 @@ protected:
         click(window_, name);
         auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         ASSERT_NE(popup, nullptr) << name;
-        for (int i = 0; i < 3 && (popup->activeAction() == nullptr || popup->activeAction()->data() != tag); ++i)
+        for (int i = 0; i < 3 && (popup->activeAction() == nullptr || popup->activeAction()->data() != tag); ++i) {
             QTest::keyClick(popup, Qt::Key_Down);
+        }
         QTest::keyClick(popup, Qt::Key_Return);
     }
     void type(const char* name, const char* text, bool enter = false) {
         auto* control = window_->findChild<QWidget*>(QLatin1String(name));
-        if (const auto* box = qobject_cast<QComboBox*>(control))
+        if (const auto* box = qobject_cast<QComboBox*>(control)) {
             control = box->lineEdit();
+        }
         ASSERT_TRUE(control != nullptr && control->isVisible() && control->isEnabled()) << name;
         QTest::mouseClick(control, Qt::LeftButton);
         QTest::keyClick(control, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClicks(control, text);
-        if (enter)
+        if (enter) {
             QTest::keyClick(control, Qt::Key_Return);
+        }
     }
     /// Presses the start button; the samples that are in the file when the recording has ended by itself.
     std::vector<int16_t> record() {
@@ -148,8 +152,9 @@ TEST_F(TriggeredRecording, HoldsTheRecordsThatTheWindowPromised) {
         double value;
     } same[] = {{"SynchroListPrehistory", 60}, {"SynchroListHistory", 140}, {"SynchroListMode", 0},
                 {"SynchroListConditions", 1},  {"SynchroListChannel", 1},   {"SynchroListValue", -1500}};
-    for (const auto& entry : same)
+    for (const auto& entry : same) {
         EXPECT_EQ(listed(entry.key), std::vector<double>(records, entry.value)) << entry.key;
+    }
 }
 
 TEST_F(TriggeredRecording, EndsAfterTheFirstRecordsWhenAskedTo) {
@@ -192,8 +197,9 @@ TEST_F(TriggeredRecording, OfALineOfThePort) {
         double value;
     } same[] = {{"SynchroListPrehistory", 30}, {"SynchroListHistory", 70}, {"SynchroListMode", 1},
                 {"SynchroListConditions", 1},  {"SynchroListChannel", 1},  {"SynchroListValue", 0}};
-    for (const auto& entry : same)
+    for (const auto& entry : same) {
         EXPECT_EQ(listed(entry.key), std::vector<double>(records, entry.value)) << entry.key;
+    }
 }
 
 TEST_F(TriggeredRecording, APortThatIsNotUsedSwitchesItOff) {

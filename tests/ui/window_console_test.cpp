@@ -48,13 +48,15 @@ TEST_F(WindowConsole, RecordsMinimisedAndCloses) {
     EXPECT_EQ(form_->findChild<QComboBox*>("FrequencyBox")->currentText(), "100000") << "the window shows what it does";
     finish();
     EXPECT_EQ(readFile(folder_.file("data/run.dat")).size(), 204800U);
-    for (const char* line : {"Config read OK...", "Stop - By stop measuring"})
+    for (const char* line : {"Config read OK...", "Stop - By stop measuring"}) {
         EXPECT_TRUE(logHas(line)) << line << readFile(folder_.file("AutoLog.txt"));
+    }
     EXPECT_NE(readFile(folder_.file("AutoLog.txt")).find("Console mode ENABLED Tarno2 version "), std::string::npos);
     const std::string debug = readFile(folder_.file("AutoLog.dbg"));
     for (const char* line : {"LoadConfig consolemode", "LoadConfig consolemode - Status OK", "StartButtonClick",
-                             "WriteConfig consolemode"})
+                             "WriteConfig consolemode"}) {
         EXPECT_NE(debug.find(line), std::string::npos) << line;
+    }
     EXPECT_FALSE(fileExists(folder_.file("Tarno2.cfg"))) << "the operator's settings stay as they were";
 }
 

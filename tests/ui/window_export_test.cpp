@@ -26,17 +26,20 @@ protected:
             ASSERT_NE(dialog, nullptr);
             auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
             offered_ = name->text();
-            if (!file.isEmpty())
+            if (!file.isEmpty()) {
                 name->setText(file);
+            }
             QTest::keyClick(name, Qt::Key_Return);
         });
         find<QAction>("SaveAsTextButton")->trigger();
         return textForm();
     }
     QDialog* textForm() {
-        for (QDialog* dialog : form().findChildren<QDialog*>())
-            if (dynamic_cast<T_SaveAsTextForm*>(dialog) != nullptr)
+        for (QDialog* dialog : form().findChildren<QDialog*>()) {
+            if (dynamic_cast<T_SaveAsTextForm*>(dialog) != nullptr) {
                 return dialog;
+            }
+        }
         return nullptr;
     }
     template <typename Control>

@@ -18,9 +18,11 @@ bool ofThread(const std::string& line) {
 
 std::vector<std::string> linesOf(const std::vector<std::string>& all, bool thread) {
     std::vector<std::string> lines;
-    for (const std::string& line : all)
-        if (ofThread(line) == thread)
+    for (const std::string& line : all) {
+        if (ofThread(line) == thread) {
             lines.push_back(line);
+        }
+    }
     return lines;
 }
 

@@ -23,16 +23,19 @@ protected:
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(folder));
             QTest::keyClick(dialog, folder.empty() ? Qt::Key_Escape : Qt::Key_Return);
         });
-        for (QAction* action : form().findChildren<QAction*>())
-            if (action->text() == uiText(TextId::MenuRecover))
+        for (QAction* action : form().findChildren<QAction*>()) {
+            if (action->text() == uiText(TextId::MenuRecover)) {
                 return action->trigger();
+            }
+        }
         ADD_FAILURE() << "no such action";
     }
     /// What a computer leaves that fails right now, in another folder: files of the recording as they are on the disk.
     std::string cutOff() {
         static_cast<void>(createDirectory(folder_.file("crashed")));
-        for (const char* name : {"run.dat", "run.tarno2-journal"})
+        for (const char* name : {"run.dat", "run.tarno2-journal"}) {
             folder_.write(joinPath("crashed", name), readFile(folder_.file(joinPath("data", name))));
+        }
         return folder_.file("crashed");
     }
 };

@@ -50,8 +50,9 @@ protected:
         auto* watch = new QTimer(&form());
         QObject::connect(watch, &QTimer::timeout, watch, [watch, act] {
             auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr)
+            if (dialog == nullptr) {
                 return;
+            }
             watch->stop();
             watch->deleteLater();
             act(*dialog);
@@ -120,10 +121,13 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     QApplication::processEvents();
     const int signalBefore = find("SignalDock")->height();
     find<QMainWindow>("RightSide")->resizeDocks({find<QDockWidget>("SignalDock")}, {signalBefore + 30}, Qt::Vertical);
-    for (const TextId part : {TextId::ViewLegend, TextId::ViewCursors})
-        for (QAction* action : view->findChildren<QAction*>())
-            if (action->text() == uiText(part))
+    for (const TextId part : {TextId::ViewLegend, TextId::ViewCursors}) {
+        for (QAction* action : view->findChildren<QAction*>()) {
+            if (action->text() == uiText(part)) {
                 action->trigger();
+            }
+        }
+    }
     QApplication::processEvents();
     const QList<int> columns = panels()->sizes();
     const int messages = rows()->sizes().last();
@@ -342,9 +346,11 @@ TEST_F(WindowSettings, TheDiskIsMeasuredWhenTheNameIsDoneAndOnceAFolder) {
     const std::vector<std::string> lines = log();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "Disk speed check change : ON"), 1);
     std::vector<std::string> speeds;
-    for (const std::string& line : lines)
-        if (line.starts_with("HDD speed: "))
+    for (const std::string& line : lines) {
+        if (line.starts_with("HDD speed: ")) {
             speeds.push_back(line);
+        }
+    }
     ASSERT_EQ(speeds.size(), 2U);
     EXPECT_EQ(speeds[0], speeds[1]) << "remembered";
 }
@@ -358,10 +364,12 @@ TEST_F(WindowSettings, AboutTellsVersionsAndHelpIsLookedFor) {
     });
     form().AboutClick();
     for (const QString& part : {QString::fromLatin1(kVersionText), QString::fromLatin1(qVersion()),
-                                QStringLiteral("Simulator"), QString::fromStdString(folder_.path())})
+                                QStringLiteral("Simulator"), QString::fromStdString(folder_.path())}) {
         EXPECT_TRUE(text.contains(part)) << part.toStdString() << '\n' << text.toStdString();
-    if (!manualFile().isEmpty())
+    }
+    if (!manualFile().isEmpty()) {
         GTEST_SKIP() << "the manual lies beside the tests";
+    }
     answer(TextId::ButtonOk);
     press(Qt::Key_F1);
     EXPECT_EQ(asked_, QStringList("Help file not founded."));

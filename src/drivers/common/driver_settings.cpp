@@ -14,16 +14,19 @@ bool looksLikeNumber(std::string_view value) {
 /// `Key=Value` as a line of a key/value file.
 std::string asLine(std::string_view pair) {
     const size_t equals = pair.find('=');
-    if (equals == std::string_view::npos)
+    if (equals == std::string_view::npos) {
         return {};
+    }
     const std::string_view value = pair.substr(equals + 1);
     std::string line = std::string(pair.substr(0, equals)) + " = ";
-    if (looksLikeNumber(value) || value.starts_with('"'))
+    if (looksLikeNumber(value) || value.starts_with('"')) {
         return line.append(value) + "\r\n";
+    }
     line += '"';
     for (const char c : value) {
-        if (c == '"' || c == '\\')
+        if (c == '"' || c == '\\') {
             line += '\\';
+        }
         line += c;
     }
     return line + "\"\r\n";
@@ -44,11 +47,13 @@ void DriverSettings::readEnvironment(const char* variable) {
 
 bool DriverSettings::readFile(const std::string& path) {
     file_.readText({});
-    if (!fileExists(path))
+    if (!fileExists(path)) {
         return true;
+    }
     std::string contents;
-    if (!readWholeFile(path, KeyValueFile::kMaximumSize, FileShare::ReadWrite, contents).ok())
+    if (!readWholeFile(path, KeyValueFile::kMaximumSize, FileShare::ReadWrite, contents).ok()) {
         return false;
+    }
     file_.readText(contents);
     return true;
 }
@@ -59,8 +64,9 @@ int64_t DriverSettings::integer(std::string_view key, int64_t defaultValue) cons
 
 double DriverSettings::number(std::string_view key, double defaultValue) const {
     double value = defaultValue;
-    if (!environment_.readDouble(key, value, defaultValue))
+    if (!environment_.readDouble(key, value, defaultValue)) {
         static_cast<void>(file_.readDouble(key, value, defaultValue));
+    }
     return value;
 }
 
@@ -71,8 +77,9 @@ bool DriverSettings::flag(std::string_view key, bool defaultValue) const {
 std::string DriverSettings::text(std::string_view key, std::string_view defaultValue, bool& misread) const {
     std::string value(defaultValue);
     for (const KeyValueFile* source : {&environment_, &file_}) {
-        if (source->readString(key, value, defaultValue))
+        if (source->readString(key, value, defaultValue)) {
             return value;
+        }
         uint32_t count = 0;
         if (source->readInt32Array(key, {}, count)) {
             misread = true;

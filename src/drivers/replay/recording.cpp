@@ -110,8 +110,9 @@ bool openData(const std::string& path, Recording& recording, std::string& reason
         reason = path + (recording.frames == 0 ? " holds no samples." : " has channels or a range that no board has.");
         return false;
     }
-    for (const auto& [upper, lower] : format.ranges)
+    for (const auto& [upper, lower] : format.ranges) {
         board.channelRanges.push_back(static_cast<float>(std::max(std::fabs(upper), std::fabs(lower))));
+    }
     completeBoard(board, format.frequencyPerChannel, path);
     return true;
 }
@@ -126,10 +127,12 @@ public:
           channels_(std::move(channels)),
           loop_(loop),
           whole_(channels_.size() == recording.board.channels) {
-        for (size_t i = 0; whole_ && i < channels_.size(); ++i)
+        for (size_t i = 0; whole_ && i < channels_.size(); ++i) {
             whole_ = channels_[i] == static_cast<int32_t>(i);
-        if (!whole_)
+        }
+        if (!whole_) {
             block_.resize(kBlockFrames * frameBytes_);
+        }
     }
 
     bool open(const std::string& path) {
@@ -142,15 +145,17 @@ public:
         uint64_t done = 0;
         while (done < frames) {
             if (next_ == frames_) {
-                if (!loop_ || !file_.seek(offset_).ok())
+                if (!loop_ || !file_.seek(offset_).ok()) {
                     break;
+                }
                 next_ = 0;
             }
             const uint64_t got = fillOnce(destination + done * outFrame, std::min(frames - done, frames_ - next_));
             if (got == 0) {
                 frames_ = next_;  // the file became shorter meanwhile
-                if (next_ == 0)
+                if (next_ == 0) {
                     break;
+                }
             }
             next_ += got;
             done += got;
@@ -160,15 +165,17 @@ public:
 
 private:
     uint64_t fillOnce(std::byte* out, uint64_t frames) {
-        if (whole_)
+        if (whole_) {
             return readFrames(out, frames);
+        }
         const uint64_t got = readFrames(block_.data(), std::min(frames, kBlockFrames));
         const std::byte* frame = block_.data();
-        for (uint64_t i = 0; i < got; ++i, frame += frameBytes_)
+        for (uint64_t i = 0; i < got; ++i, frame += frameBytes_) {
             for (const int32_t channel : channels_) {
                 std::memcpy(out, frame + size_t{bytes_} * static_cast<size_t>(channel), bytes_);
                 out += bytes_;
             }
+        }
         return got;
     }
 
@@ -198,8 +205,9 @@ bool openRecording(const std::string& path, Recording& recording, std::string& r
 
 std::unique_ptr<SampleSource> playRecording(const Recording& recording, const Measurement& measurement, bool loop) {
     auto source = std::make_unique<RecordingSource>(recording, measurement.channels, loop);
-    if (!source->open(recording.path))
+    if (!source->open(recording.path)) {
         return nullptr;
+    }
     return source;
 }
 

@@ -50,8 +50,9 @@ bool ReplayDevice::takeSettings(const std::string& folder) {
     loop_ = settings_.flag("Loop", false);
     bool misread = false;
     std::string path = settings_.text("File", "", misread);
-    if (!path.empty() && !isAbsolutePath(path))
+    if (!path.empty() && !isAbsolutePath(path)) {
         path = joinPath(folder, path);
+    }
     path = environmentVariable("TARNO2_REPLAY_FILE").value_or(path);
     if (path.empty()) {
         problem_ = misread ? "The name of the file stands between double quotes in Replay.cfg."
@@ -59,28 +60,32 @@ bool ReplayDevice::takeSettings(const std::string& folder) {
         explain();
         return !misread;
     }
-    if (!openRecording(path, recording_, problem_))
+    if (!openRecording(path, recording_, problem_)) {
         return false;
+    }
     setBoards({recording_.board});
     return true;
 }
 
 int32_t ReplayDevice::SelectBoard(uint32_t number) noexcept {
     const int32_t selected = RingDevice::SelectBoard(number);
-    if (selected == 0 && !problem_.empty())
+    if (selected == 0 && !problem_.empty()) {
         explain();
+    }
     return selected;
 }
 
 std::unique_ptr<SampleSource> ReplayDevice::prepare(const BoardFacts&, const Measurement& measurement,
                                                     StreamPlan& plan) {
-    if (!realTime_)
+    if (!realTime_) {
         plan.framesPerSecond = 0.0;
+    }
     plan.completeLastHalf = true;
     plan.fillWord = recording_.zeroWord;
     std::unique_ptr<SampleSource> source = playRecording(recording_, measurement, loop_);
-    if (source == nullptr)
+    if (source == nullptr) {
         fail("%s can't be opened any more.", recording_.path.c_str());
+    }
     return source;
 }
 

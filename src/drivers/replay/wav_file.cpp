@@ -34,8 +34,9 @@ bool readExactly(File& file, uint64_t offset, uint8_t* data, size_t size) {
 
 bool readChunk(File& file, uint64_t offset, Chunk& chunk) {
     uint8_t header[8];
-    if (!readExactly(file, offset, header, sizeof header))
+    if (!readExactly(file, offset, header, sizeof header)) {
         return false;
+    }
     std::memcpy(chunk.id, header, 4);
     chunk.size = word32(header + 4);
     chunk.begin = offset + sizeof header;
@@ -50,20 +51,22 @@ bool readFormat(File& file, const Chunk& chunk, WavInfo& info, std::string& reas
         return false;
     }
     uint16_t tag = word16(format);
-    if (tag == kFormatExtensible && size == sizeof format)
+    if (tag == kFormatExtensible && size == sizeof format) {
         tag = word16(format + 24);
+    }
     info.channels = word16(format + 2);
     info.rate = word32(format + 4);
-    if (tag != kFormatPcm)
+    if (tag != kFormatPcm) {
         reason = "its samples are not plain PCM";
-    else if (word16(format + 14) != 16)
+    } else if (word16(format + 14) != 16) {
         reason = "its samples have " + std::to_string(word16(format + 14)) + " bits, not 16";
-    else if (info.channels < 1 || info.channels > kMostChannels)
+    } else if (info.channels < 1 || info.channels > kMostChannels) {
         reason = "it has " + std::to_string(info.channels) + " channels, 1 to 160 can be played";
-    else if (info.rate == 0)
+    } else if (info.rate == 0) {
         reason = "its rate is 0";
-    else if (word16(format + 12) != info.channels * 2)
+    } else if (word16(format + 12) != info.channels * 2) {
         reason = "its frames have a wrong size";
+    }
     return reason.empty();
 }
 
@@ -82,16 +85,18 @@ bool readWav(File& file, WavInfo& info, std::string& reason) {
     Chunk chunk;
     for (uint64_t offset = sizeof head; readChunk(file, offset, chunk);) {
         if (chunk.is("fmt ")) {
-            if (!readFormat(file, chunk, info, reason))
+            if (!readFormat(file, chunk, info, reason)) {
                 return false;
+            }
             haveFormat = true;
         } else if (chunk.is("data") && haveFormat) {
             const uint64_t rest = fileSize - chunk.begin;
             const bool sizeKnown = chunk.size != 0 && chunk.size != kUnknownSize;
             info.dataOffset = chunk.begin;
             info.frames = (sizeKnown ? std::min<uint64_t>(chunk.size, rest) : rest) / (info.channels * 2);
-            if (info.frames == 0)
+            if (info.frames == 0) {
                 reason = "it holds no samples";
+            }
             return reason.empty();
         }
         offset = chunk.begin + chunk.size + (chunk.size & 1U);  // chunks begin at even places

@@ -15,8 +15,9 @@ namespace tarno2::drivers {
 /// below a 14-bit code (the counter then runs over code and lines together), the low 12 on a board with 12-bit codes,
 /// all 32 (24-bit code and 8 lines) on a board with 32-bit words.
 [[nodiscard]] constexpr uint32_t counterWord(uint64_t index, uint32_t bits) {
-    if (bits >= 32)
+    if (bits >= 32) {
         return static_cast<uint32_t>(index);
+    }
     return static_cast<uint32_t>(index + 40503U * (index >> bits)) & ((1U << bits) - 1U);
 }
 

@@ -17,8 +17,9 @@ constexpr uint64_t kLongestTable = uint64_t{1} << 20;  // samples of a period th
 /// Bits of a word that carry code or lines, counted from bit 0.
 uint32_t usedBits(const ADCSampleFormat& format) {
     uint32_t bits = 0;
-    for (uint32_t used = format.m_nCodeMask | format.m_nDigitalMask; used != 0; used >>= 1)
+    for (uint32_t used = format.m_nCodeMask | format.m_nDigitalMask; used != 0; used >>= 1) {
         ++bits;
+    }
     return bits;
 }
 
@@ -26,8 +27,9 @@ uint32_t usedBits(const ADCSampleFormat& format) {
 class ShortCounterSource final : public SampleSource {
 public:
     ShortCounterSource(uint32_t bits, size_t channels) : bits_(bits), channels_(channels), table_(size_t{1} << bits) {
-        for (size_t i = 0; i < table_.size(); ++i)
+        for (size_t i = 0; i < table_.size(); ++i) {
             table_[i] = static_cast<uint16_t>(i);
+        }
     }
 
     uint64_t fill(uint64_t first, std::byte* destination, uint64_t frames) override {
@@ -59,8 +61,9 @@ public:
     uint64_t fill(uint64_t first, std::byte* destination, uint64_t frames) override {
         auto* out = reinterpret_cast<uint32_t*>(destination);
         const uint64_t begin = first * channels_;
-        for (uint64_t i = 0; i < frames * channels_; ++i)
+        for (uint64_t i = 0; i < frames * channels_; ++i) {
             out[i] = counterWord(begin + i, 32);
+        }
         return frames;
     }
 
@@ -116,8 +119,9 @@ public:
             copyPeriods(first, out, frames);
             render(first, out, frames, true);
         }
-        if (format_.m_nDigitalMask != 0)
+        if (format_.m_nDigitalMask != 0) {
             addLines(first, out, frames);
+        }
         return frames;
     }
 
@@ -147,8 +151,9 @@ private:
     void render(uint64_t first, Word* out, uint64_t frames, bool noiseOnly) const {
         const size_t channels = channels_.size();
         for (size_t c = 0; c < channels; ++c) {
-            if (noiseOnly && channels_[c].kind != Signal::Noise)
+            if (noiseOnly && channels_[c].kind != Signal::Noise) {
                 continue;
+            }
             uint64_t inPeriod = first % period_;
             for (uint64_t frame = 0; frame < frames; ++frame) {
                 out[frame * channels + c] = word(channels_[c], inPeriod, first + frame);
@@ -172,8 +177,9 @@ private:
             const uint64_t count = (first + done) / step;
             const uint64_t part = std::min(frames - done, (count + 1) * step - (first + done));
             const auto lines = static_cast<Word>(packSample(format_, 0, static_cast<uint32_t>(count)));
-            for (uint64_t i = 0; i < part * channels_.size(); ++i)
+            for (uint64_t i = 0; i < part * channels_.size(); ++i) {
                 out[i] = static_cast<Word>(out[i] | lines);
+            }
             out += part * channels_.size();
             done += part;
         }
@@ -209,12 +215,14 @@ std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const B
     const bool narrow = board.format.m_nBytes == 2;
     const size_t channels = measurement.channels.size();
     if (settings.signal != Signal::Counter) {
-        if (narrow)
+        if (narrow) {
             return std::make_unique<WaveformSource<uint16_t>>(settings, board, measurement);
+        }
         return std::make_unique<WaveformSource<uint32_t>>(settings, board, measurement);
     }
-    if (narrow)
+    if (narrow) {
         return std::make_unique<ShortCounterSource>(usedBits(board.format), channels);
+    }
     return std::make_unique<LongCounterSource>(channels);
 }
 

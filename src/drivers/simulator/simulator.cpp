@@ -72,8 +72,9 @@ private:
 int32_t SimulatorDevice::SetProgramDirectory(const char* folder) noexcept {
     return guarded([&] {
         const std::string file = joinPath(folder != nullptr ? folder : "", "Simulator.cfg");
-        if (!settings_.readFile(file))
+        if (!settings_.readFile(file)) {
             return fail("%s can't be read.", file.c_str());
+        }
         return takeSettings() ? 1 : 0;
     });
 }
@@ -90,8 +91,9 @@ bool SimulatorDevice::takeSettings() {
     const int64_t largest = settings_.integer("MaxBuffer", 0);
     const double clock = settings_.number("ExternalClockRate", 10000.0);
     for (BoardFacts& board : boards) {
-        if (largest > 0)
+        if (largest > 0) {
             board.maximumRing = static_cast<uint32_t>(std::min<int64_t>(largest, 1 << 28));
+        }
         board.externalClockRate = std::clamp(static_cast<float>(clock), 1.0F, board.maximumFrequency);
     }
     boards.resize(static_cast<size_t>(std::clamp<int64_t>(settings_.integer("Boards", 4), 0, 4)));
@@ -107,19 +109,21 @@ bool SimulatorDevice::takeSignal() {
         static_cast<uint32_t>(std::clamp<int64_t>(settings_.integer("DigitalPeriod", 64), 1, 1 << 30));
     bool misread = false;
     const std::string name = settings_.text("Signal", "Mixed", misread);
-    if (misread)
+    if (misread) {
         return fail("The name of the signal stands between double quotes.") != 0;
+    }
     const struct {
         const char* name;
         Signal signal;
     } signals[] = {{"Counter", Signal::Counter}, {"Sine", Signal::Sine},   {"Square", Signal::Square},
                    {"Ramp", Signal::Ramp},       {"Noise", Signal::Noise}, {"Level", Signal::Level},
                    {"Mixed", Signal::Mixed}};
-    for (const auto& known : signals)
+    for (const auto& known : signals) {
         if (name == known.name) {
             signal_.signal = known.signal;
             return true;
         }
+    }
     return fail("There is no signal \"%s\".", name.c_str()) != 0;
 }
 
@@ -152,23 +156,27 @@ uint64_t SimulatorDevice::sampleNumber(std::string_view key) const {
 }
 
 int32_t SimulatorDevice::SelectBoard(uint32_t number) noexcept {
-    if (faults_.refuseBoard)
+    if (faults_.refuseBoard) {
         return fail("The board is taken by another program (RefuseBoard).");
+    }
     return RingDevice::SelectBoard(number);
 }
 
 int32_t SimulatorDevice::Setup(int32_t apply, void* block, int32_t zero) noexcept {
-    if (apply == 0 && faults_.refuseCheck)
+    if (apply == 0 && faults_.refuseCheck) {
         return fail("The check was refused (RefuseCheck).");
-    if (apply != 0 && faults_.refuseInit)
+    }
+    if (apply != 0 && faults_.refuseInit) {
         return fail("The setup was refused (RefuseInit).");
+    }
     ringAnswers_ = 0;
     return RingDevice::Setup(apply, block, zero);
 }
 
 int32_t SimulatorDevice::Start() noexcept {
-    if (faults_.refuseStart)
+    if (faults_.refuseStart) {
         return fail("The start was refused (RefuseStart).");
+    }
     return RingDevice::Start();
 }
 
@@ -185,8 +193,9 @@ int32_t SimulatorDevice::GetData(int32_t mode, void* destination, uint32_t count
 }
 
 int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
-    if (result == nullptr)
+    if (result == nullptr) {
         return 0;
+    }
     switch (code) {
         case kADCGetAbiVersion:
             std::memcpy(result, &faults_.abiVersion, sizeof faults_.abiVersion);
@@ -208,8 +217,9 @@ int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
         case kADCGetHotPlugPresence: {
             const bool gone = faults_.unplugAfter != kNever && producer().silent();
             const int32_t answered = RingDevice::Get(code, result);
-            if (answered == 1 && gone)
+            if (answered == 1 && gone) {
                 std::memset(result, 0, sizeof(uint32_t));
+            }
             return answered;
         }
         default:
@@ -218,8 +228,9 @@ int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
 }
 
 int32_t SimulatorDevice::answerRing(void* result) {
-    if (!faults_.answerRing)
+    if (!faults_.answerRing) {
         return fail("There is no answer about the ring (AnswerRing).");
+    }
     const int32_t answered = RingDevice::Get(kADCGetRing, result);
     if (answered == 1 && faults_.ringDiffers && ringAnswers_++ > 0) {
         ADCRingInfo info{};
@@ -232,19 +243,23 @@ int32_t SimulatorDevice::answerRing(void* result) {
 
 uint32_t SimulatorDevice::ringFor(const BoardFacts& board, int32_t wished, uint32_t channels) const {
     const uint32_t whole = RingDevice::ringFor(board, wished, channels);
-    if (faults_.ringMisfit)
+    if (faults_.ringMisfit) {
         return whole + 1;
-    if (faults_.ringTakesWish && wished > 0)
+    }
+    if (faults_.ringTakesWish && wished > 0) {
         return std::min(static_cast<uint32_t>(wished), board.maximumRing);
+    }
     return whole;
 }
 
 std::unique_ptr<SampleSource> SimulatorDevice::prepare(const BoardFacts& board, const Measurement& measurement,
                                                        StreamPlan& plan) {
-    if (!realTime_)
+    if (!realTime_) {
         plan.framesPerSecond = 0.0;
-    if (measurement.externalStart)
+    }
+    if (measurement.externalStart) {
         plan.startDelay = externalStartAfter_;
+    }
     plan.announce = faults_.announce;
     plan.overflowAfter = faults_.overflowAfter;
     plan.silentAfter = std::min(faults_.silentAfter, faults_.unplugAfter);

@@ -256,8 +256,9 @@ void FilePanel::showDisk() {
     const bool known = findings_.diskKnown();
     QString problem = findings_.problem ? uiText(*findings_.problem) : QString();
     // The letters that the system can't have in a name are shown as such.
-    if (const QString possible = fromFileName(fileName()); findings_.problem && possible != nameEdit_->text())
+    if (const QString possible = fromFileName(fileName()); findings_.problem && possible != nameEdit_->text()) {
         problem += QStringLiteral(": ") + possible;
+    }
     showText(problemLabel_, problem, true);
     showText(freeLabel_, known ? uiText(TextId::FreeSpace, {QString::fromStdString(findings_.disk.fileSystem),
                                                             sizeText(static_cast<double>(findings_.disk.freeBytes))})
