@@ -1,6 +1,7 @@
 #include "config/files/recording_name.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <utility>
 
