@@ -2,7 +2,7 @@
 
 #include <QRegularExpression>
 
-#include "config/version.h"
+#include "config/logs/version.h"
 #include "tests/ui/main_window.h"
 
 namespace tarno2::test {

@@ -24,7 +24,7 @@
 #include <gmock/gmock.h>
 
 #include "config/settings/settings_file.h"
-#include "config/version.h"
+#include "config/logs/version.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/ui/main_window.h"
