@@ -32,9 +32,11 @@ if(WIN32)
     add_link_options(-static -static-libgcc -static-libstdc++)
 endif()
 
-# Warnings are errors for GCC, natively and for Windows; clang, which serves the fuzz programs, warns of other things.
+# Where warnings are errors they are GCC's, natively and for Windows; clang, which serves the fuzz programs, warns of
+# other things.
 function(tarno2_warnings target)
     # -Wrestrict of GCC 12 misfires on "literal" + std::string.
-    set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict$<SEMICOLON>-Werror>)
+    set(warnings -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+        $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${TARNO2_WERROR}>>:-Werror>)
     target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${warnings}>")
 endfunction()

@@ -8,6 +8,16 @@ function(tarno2_folder)
     tarno2_warnings(tarno2_${ARG_NAME})
 endfunction()
 
+# The registry text by which the programs of each folder find a library in bin; TEMPLATE names it by LIBRARY_PATH.
+function(tarno2_registry_text name template component)
+    foreach(folder ${TARNO2_BIN} ${TARNO2_TEST_BIN} ${TARNO2_BENCH_BIN})
+        file(RELATIVE_PATH LIBRARY_PATH ${folder}/registry.d ${TARNO2_BIN}/${name}${CMAKE_SHARED_MODULE_SUFFIX})
+        configure_file(${template} ${folder}/registry.d/${name}.reg @ONLY)
+    endforeach()
+    install(FILES ${TARNO2_BIN}/registry.d/${name}.reg DESTINATION ${TARNO2_PROGRAM_FOLDER}/registry.d
+            COMPONENT ${component})
+endfunction()
+
 # A board driver: a shared library beside the programs, and the registry text that lists it under its display name.
 function(tarno2_driver)
     cmake_parse_arguments(ARG "" "NAME;DISPLAY" "SOURCES;LINKS" ${ARGN})
@@ -17,18 +27,33 @@ function(tarno2_driver)
     tarno2_warnings(${ARG_NAME})
     tarno2_windows_resources(${ARG_NAME} "Driver of Tarno2: ${ARG_DISPLAY}")
     set(DRIVER_DISPLAY ${ARG_DISPLAY})
-    set(DRIVER_FILE ${ARG_NAME}${CMAKE_SHARED_MODULE_SUFFIX})
-    configure_file(${PROJECT_SOURCE_DIR}/src/drivers/driver.reg.in ${TARNO2_BIN}/registry.d/${ARG_NAME}.reg @ONLY)
+    tarno2_registry_text(${ARG_NAME} ${PROJECT_SOURCE_DIR}/src/drivers/driver.reg.in drivers)
+    install(TARGETS ${ARG_NAME} LIBRARY DESTINATION ${TARNO2_PROGRAM_FOLDER} COMPONENT drivers)
+endfunction()
+
+# A program for users: what it is, is what Windows shows of it.
+function(tarno2_program name description)
+    tarno2_warnings(${name})
+    tarno2_windows_resources(${name} ${description})
+    install(TARGETS ${name} RUNTIME DESTINATION ${TARNO2_PROGRAM_FOLDER} COMPONENT runtime)
+    tarno2_install_link(${name})
+endfunction()
+
+# A program that serves the development; FOLDER is where it lies.
+function(tarno2_development_program name folder)
+    tarno2_warnings(${name})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})
+    install(TARGETS ${name} RUNTIME DESTINATION ${TARNO2_PROGRAM_FOLDER} COMPONENT development EXCLUDE_FROM_ALL)
 endfunction()
 
 # One test program a folder, one ctest entry a program.
 function(tarno2_test)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${ARG_NAME} ${ARG_SOURCES})
-    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${TARNO2_TEST_BIN})
     target_link_libraries(test_${ARG_NAME} PRIVATE ${ARG_LINKS} tarno2_test_support GTest::gmock GTest::gtest_main)
     tarno2_warnings(test_${ARG_NAME})
-    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${TARNO2_TEST_BIN})
 endfunction()
 
 # Sets the environment of a test. Wine keeps the host's QT_ variables to itself and takes them with a prefix.
@@ -45,17 +70,12 @@ endfunction()
 function(tarno2_gui_test)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${ARG_NAME} ${ARG_SOURCES})
-    # Windows looks for libraries and for registry.d beside a program.
-    set(folder ${CMAKE_BINARY_DIR}/tests)
-    if(WIN32)
-        set(folder ${TARNO2_BIN})
-    endif()
-    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder} AUTOMOC ON)
+    set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${TARNO2_TEST_BIN} AUTOMOC ON)
     target_link_libraries(test_${ARG_NAME} PRIVATE ${ARG_LINKS} Qt6::Widgets Qt6::Test tarno2_test_support
                           GTest::gmock GTest::gtest)
     tarno2_warnings(test_${ARG_NAME})
     tarno2_stage_qt(test_${ARG_NAME})
-    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${TARNO2_TEST_BIN})
     tarno2_test_environment(${ARG_NAME} QT_QPA_PLATFORM=offscreen)
     if(CMAKE_CROSSCOMPILING)
         # A fresh Wine has no fonts: what fits in a window is measured with those of the host.

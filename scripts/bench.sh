@@ -23,7 +23,7 @@ use_ccache
 cmake --preset release
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
     tarno2-bench-display tarno2-bench-export tarno2-bench-plot tarno2-bench-view tarno2-bench-window simulator scopera
-bin=$PWD/build/release/bin
+bin=$PWD/build/release/bench
 
 # A relative folder counts from where the script was called.
 cd "$started_in"

@@ -20,19 +20,10 @@ name=Tarno2-$version
 has_windows "$build" || name=$name-without-windows
 
 rm -rf "$packages"
-mkdir -p "$folder/registry.d"
-cp "$bin"/Tarno2.exe "$bin"/tarno2-*.exe "$bin"/*.dll "$folder"
-rm -f "$folder"/Qt6Test.dll "$folder"/tarno2-bench*.exe "$folder"/tarno2-soak.exe
-if has_windows "$build"; then
-    mkdir "$folder/platforms" "$folder/styles"
-    cp "$bin"/platforms/qwindows.dll "$folder/platforms"
-    cp "$bin"/styles/*.dll "$folder/styles"
-    cp -r "$bin/translations" "$folder"
-fi
-cp "$bin"/registry.d/*.reg "$folder/registry.d"
-cp LICENSE "$folder/LICENSE.txt"
-cp CHANGELOG.md README.md "$folder"
-cp -r docs "$folder/docs"
+for component in runtime drivers; do
+    cmake --install "$build" --component "$component" --prefix "$folder"
+done
+mv "$folder/LICENSE" "$folder/LICENSE.txt"
 find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
 
 (cd "$packages" && zip -q -9 -r "$name-windows.zip" Tarno2)

@@ -12,4 +12,4 @@ install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
 use_ccache
 cmake --preset release -DTARNO2_TESTS=ON
 cmake --build --preset release --target tarno2-soak
-exec build/release/bin/tarno2-soak "${@:-60}"
+exec build/release/tests/tarno2-soak "${@:-60}"

@@ -18,4 +18,4 @@ cmake --build --preset release --target tarno2-sweep
 if [ -z "${TMPDIR:-}" ] && [ -w /dev/shm ]; then
     export TMPDIR=/dev/shm
 fi
-exec build/release/bin/tarno2-sweep "${@:-120}"
+exec build/release/tests/tarno2-sweep "${@:-120}"

@@ -105,8 +105,8 @@ uint64_t RecordingRig::size(const std::string& name) const {
     return sizeOfFile(file(name));
 }
 
-std::string builtFile(const std::string& name) {
-    return joinPath(TARNO2_BIN, name) + (kPathSeparator == '\\' ? ".exe" : "");
+std::string builtFile(const std::string& name, const std::string& folder) {
+    return joinPath(folder, name) + (kPathSeparator == '\\' ? ".exe" : "");
 }
 
 uint64_t checkCounter(const std::vector<std::string>& files, const Expected& expected) {

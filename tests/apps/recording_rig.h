@@ -62,8 +62,8 @@ private:
     TemporaryFolder folder_;
 };
 
-/// The name of a program or library of the build.
-[[nodiscard]] std::string builtFile(const std::string& name);
+/// The name of a program or library of the build; by default of one that users run.
+[[nodiscard]] std::string builtFile(const std::string& name, const std::string& folder = TARNO2_BIN);
 
 /// What a description has to tell, and how the counter signal runs through the files.
 struct Expected {

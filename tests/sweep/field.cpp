@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "tests/core/bait_files.h"
 #include "tests/support/process.h"
 
@@ -110,7 +111,7 @@ Outcome Field::run(const std::string& program, const std::string& fault) {
     const ScopedEnvironment wish(kFaultVariable, fault);
     const ScopedEnvironment report(kFaultReportVariable,
                                    folder_.write("report", std::string(sizeof(FaultReport), '\0')));
-    const ScopedEnvironment library("LD_PRELOAD", programs_ + "/tarno2-fault.so");
+    const ScopedEnvironment library("LD_PRELOAD", joinPath(executableFolder(), "tarno2-fault.so"));
     const std::vector<std::string> record{"/c", folder_.file("auto.txt")};
     ChildProcess process(programs_ + '/' + program, program == kRecord ? record : std::vector{folder_.file("data")},
                          output);

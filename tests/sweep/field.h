@@ -32,7 +32,7 @@ struct Outcome {
 /// earlier recording of the name that is going to be recorded, and recordings that were cut off.
 class Field {
 public:
-    /// Makes bait and recordings. Throws when that did not work.
+    /// Makes bait and recordings with the programs of the folder `programs`. Throws when that did not work.
     explicit Field(std::string programs);
 
     /// Puts everything back to the beginning; only the bait stays.
