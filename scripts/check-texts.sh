@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Fails when code, comments, tests or documents point to papers that a reader of this tree does not have. A comment has
-# to give its reason itself. Only DEVELOPERS.md may name them.
+# to give its reason itself.
 #
 #   scripts/check-texts.sh [FOLDER]       checks the files that git tracks in a checkout (this one)
 #   scripts/check-texts.sh --self-test    checks that planted references are found, and that nothing else is
@@ -67,7 +67,7 @@ if [ "${1:-}" = --self-test ]; then
     self_test
 else
     cd "${1:-$root}"
-    tracked=$(git ls-files | grep -vxE 'DEVELOPERS\.md|LICENSE' || true)
+    tracked=$(git ls-files | grep -vxE 'LICENSE' || true)
     references=$(while read -r file; do [ ! -f "$file" ] || echo "$file"; done <<<"$tracked" | find_references)
     names=$(grep -niE 'spec[i]fication|issue[-_ ]?[0-9]' <<<"$tracked" || true)
     if [ -n "$references$names" ]; then

@@ -52,23 +52,6 @@ apt-get update && apt-get install -y --no-install-recommends ${missing[*]}"
         install --no-install-recommends "${missing[@]}"
 }
 
-# A Qt for MinGW that may lie beside the checkout. QT_MINGW, when it is set, names another.
-QT_MINGW_ARCHIVE=../shared/windows/qt6-mingw64.tar.xz
-
-# Sets QT_MINGW, unpacking the archive into build/ when that is newer than what is there. False when there is no Qt.
-find_qt_mingw() {
-    if [ -z "${QT_MINGW:-}" ] && [ -f "$QT_MINGW_ARCHIVE" ]; then
-        QT_MINGW=$PWD/build/qt6-mingw64
-        if [ ! -f "$QT_MINGW/unpacked" ] || [ "$QT_MINGW_ARCHIVE" -nt "$QT_MINGW/unpacked" ]; then
-            rm -rf "$QT_MINGW"
-            mkdir -p "$QT_MINGW"
-            tar xf "$QT_MINGW_ARCHIVE" -C "$QT_MINGW" --strip-components=1
-            touch "$QT_MINGW/unpacked"
-        fi
-    fi
-    [ -n "${QT_MINGW:-}" ] && export QT_MINGW
-}
-
 # Whether a build for Windows has the windows in it.
 has_windows() { grep -q '^TARNO2_GUI:.*=ON$' "$1/CMakeCache.txt"; }
 

@@ -27,7 +27,7 @@ tsan)
     ;;
 windows)
     install_packages "${WINDOWS_PACKAGES[@]}"
-    if find_qt_mingw; then
+    if [ -n "${QT_MINGW:-}" ]; then
         options=(-DTARNO2_GUI=ON -DQT_MINGW="$QT_MINGW")
     else
         echo "note: there is no Qt for MinGW here: built without windows, whose tests are skipped; QT_MINGW names one"
