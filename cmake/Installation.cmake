@@ -13,7 +13,7 @@ if(WIN32)
     set(TARNO2_DOC_FOLDER .)
 else()
     set(TARNO2_PROGRAM_FOLDER ${CMAKE_INSTALL_LIBDIR}/tarno2)
-    set(TARNO2_DOC_FOLDER ${CMAKE_INSTALL_DOCDIR})
+    set(TARNO2_DOC_FOLDER ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarno2)
 endif()
 
 # A link in bin to an installed program.

@@ -39,7 +39,7 @@ function(tarno2_program name description)
     tarno2_install_link(${name})
 endfunction()
 
-# A program that serves the development; FOLDER is where it lies.
+# A program that measures or tries the recorder on any machine; FOLDER is where it is built.
 function(tarno2_development_program name folder)
     tarno2_warnings(${name})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${folder})

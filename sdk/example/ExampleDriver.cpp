@@ -260,6 +260,18 @@ private:
     char error_[128];
 };
 
+/// The one board that there is, in a list with room for as many as the host has made.
+int32_t listBoards(void* result) {
+    ADCBoardList list;
+    std::memcpy(&list, result, sizeof list);
+    list.m_nCount = 1;
+    if (list.m_nCapacity > 0 && list.m_pEntries != nullptr) {
+        list.m_pEntries[0].m_nNumber = 1;
+        std::snprintf(list.m_pEntries[0].m_sName, sizeof list.m_pEntries[0].m_sName, "001 Example (4 channels)");
+    }
+    return put(result, list);
+}
+
 int32_t ExampleDevice::Get(uint32_t code, void* result) {
     if (result == nullptr) {
         return 0;
@@ -267,17 +279,8 @@ int32_t ExampleDevice::Get(uint32_t code, void* result) {
     switch (code) {
         case kADCGetAbiVersion:
             return put(result, kADCAbiVersion);
-        case kADCGetBoardList: {
-            ADCBoardList list;
-            std::memcpy(&list, result, sizeof list);
-            list.m_nCount = 1;
-            if (list.m_nCapacity > 0 && list.m_pEntries != nullptr) {
-                list.m_pEntries[0].m_nNumber = 1;
-                std::snprintf(list.m_pEntries[0].m_sName, sizeof list.m_pEntries[0].m_sName,
-                              "001 Example (4 channels)");
-            }
-            return put(result, list);
-        }
+        case kADCGetBoardList:
+            return listBoards(result);
         case kADCGetSampleFormat: {
             ADCSampleFormat format = {};
             format.m_nBytes = 2;

@@ -132,7 +132,8 @@ uint64_t crash(const Way& way) {
     {
         const ScopedEnvironment home("TARNO2_HOME", rig.path());
         const ScopedEnvironment simulator("TARNO2_SIMULATOR", "Signal=Counter");
-        ChildProcess process(builtFile("crash_recorder", executableFolder()), {settings, notesFile}, rig.file("output.txt"));
+        ChildProcess process(builtFile("crash_recorder", executableFolder()), {settings, notesFile},
+                             rig.file("output.txt"));
         EXPECT_TRUE(waitUntil([&] { return rig.size("notes.bin") >= sizeof(Note); })) << rig.autoLog();
         std::this_thread::sleep_for(std::chrono::milliseconds(way.killAfterMs));
         process.kill();

@@ -1,3 +1,5 @@
+#include "config/settings/auto_settings.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -7,7 +9,6 @@
 
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
-#include "config/settings/auto_settings.h"
 #include "platform/paths.h"
 #include "records/key_value_file.h"
 #include "tests/config/masked.h"

@@ -1,8 +1,9 @@
+#include "config/settings/auto_synchro.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
 #include "config/logs/console_log.h"
-#include "config/settings/auto_synchro.h"
 #include "records/key_value_text.h"
 #include "tests/support/temporary_folder.h"
 

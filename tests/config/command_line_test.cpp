@@ -1,6 +1,6 @@
-#include <gtest/gtest.h>
-
 #include "config/settings/command_line.h"
+
+#include <gtest/gtest.h>
 
 namespace tarno2::test {
 namespace {

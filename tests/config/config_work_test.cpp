@@ -1,3 +1,5 @@
+#include "config/settings/config_work.h"
+
 #include <array>
 #include <clocale>
 #include <cmath>
@@ -6,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "config/settings/config_work.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {

@@ -1,3 +1,5 @@
+#include "config/logs/debug_log.h"
+
 #include <array>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -7,7 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include "config/logs/debug_log.h"
 #include "config/logs/program_version.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"

@@ -1,6 +1,7 @@
+#include "config/files/disk_info.h"
+
 #include <gtest/gtest.h>
 
-#include "config/files/disk_info.h"
 #include "language/language_table.h"
 #include "platform/paths.h"
 #include "platform/volume.h"

@@ -1,9 +1,10 @@
+#include "config/files/disk_speed.h"
+
 #include <cstdlib>
 #include <gmock/gmock.h>
 #include <string>
 #include <vector>
 
-#include "config/files/disk_speed.h"
 #include "config/files/file_name_check.h"
 #include "config/logs/debug_log.h"
 #include "platform/file.h"

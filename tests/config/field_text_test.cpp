@@ -1,7 +1,7 @@
+#include "config/settings/field_text.h"
+
 #include <gtest/gtest.h>
 #include <optional>
-
-#include "config/settings/field_text.h"
 
 namespace tarno2::test {
 namespace {

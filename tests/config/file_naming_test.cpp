@@ -1,7 +1,8 @@
+#include "config/files/file_naming.h"
+
 #include <gmock/gmock.h>
 
 #include "config/files/file_name_check.h"
-#include "config/files/file_naming.h"
 #include "config/files/move_aside.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"

@@ -1,3 +1,5 @@
+#include "config/settings/settings_file.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -11,7 +13,6 @@
 #include "config/logs/debug_log.h"
 #include "config/settings/config_work.h"
 #include "config/settings/language_choice.h"
-#include "config/settings/settings_file.h"
 #include "config/settings/settings_table.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"

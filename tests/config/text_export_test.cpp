@@ -1,6 +1,7 @@
+#include "config/settings/text_export.h"
+
 #include <gtest/gtest.h>
 
-#include "config/settings/text_export.h"
 #include "language/language_table.h"
 
 namespace tarno2 {

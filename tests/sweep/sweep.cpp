@@ -15,7 +15,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/sweep/judge.h"
 
@@ -276,19 +275,13 @@ int oneCase(char** argv, const std::string& programs) {
     return fault.empty() ? 0 : 1;
 }
 
-/// Where the programs are that it disturbs: beside it once it is installed, else where the build puts what users run.
-std::string programFolder() {
-    const std::string own = executableFolder();
-    return fileExists(joinPath(own, "tarno2-console")) ? own : joinPath(parentFolder(own), "bin");
-}
-
 }  // namespace
 
 }  // namespace tarno2::test
 
 int main(int argc, char** argv) {
     try {
-        const std::string programs = tarno2::test::programFolder();
+        const std::string programs = tarno2::joinPath(tarno2::parentFolder(tarno2::executableFolder()), "bin");
         if (argc == 6 && std::string(argv[1]) == "case") {
             return tarno2::test::oneCase(argv + 2, programs);
         }

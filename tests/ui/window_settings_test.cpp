@@ -23,8 +23,8 @@
 #include <QWheelEvent>
 #include <gmock/gmock.h>
 
-#include "config/settings/settings_file.h"
 #include "config/logs/version.h"
+#include "config/settings/settings_file.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/ui/main_window.h"
