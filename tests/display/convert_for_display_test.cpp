@@ -9,24 +9,21 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 
 /// Both converters behind one name.
-int32_t convert(DisplayConverter& converter, const std::vector<int16_t>& raw, size_t channels, int32_t mode,
-                const DigitalSettings& digital, std::vector<int16_t>& out, size_t& columns,
-                std::vector<int32_t>& colors) {
-    const int16_t* samples = nullptr;
+template <typename Word>
+int32_t convert(DisplayConverter& converter, const std::vector<Word>& raw, size_t channels, int32_t mode,
+                const DigitalSettings& digital, std::vector<Word>& out, size_t& columns, std::vector<int32_t>& colors) {
+    const Word* samples = nullptr;
     size_t count = 0;
-    const int32_t result = ConvertForDisplay16(converter, raw.data(), raw.size(), &samples, &count, channels, &columns,
-                                               mode, digital, std::vector<int32_t>{0xA, 0xB}, &colors);
-    out.assign(samples, samples + count);
-    return result;
-}
-
-int32_t convert(DisplayConverter& converter, const std::vector<int32_t>& raw, size_t channels, int32_t mode,
-                const DigitalSettings& digital, std::vector<int32_t>& out, size_t& columns,
-                std::vector<int32_t>& colors) {
-    const int32_t* samples = nullptr;
-    size_t count = 0;
-    const int32_t result = ConvertForDisplay32(converter, raw.data(), raw.size(), &samples, &count, channels, &columns,
-                                               mode, digital, std::vector<int32_t>{0xA, 0xB}, &colors);
+    const auto call = [&](auto function) {
+        return function(converter, raw.data(), raw.size(), &samples, &count, channels, &columns, mode, digital,
+                        std::vector<int32_t>{0xA, 0xB}, &colors);
+    };
+    int32_t result = 0;
+    if constexpr (sizeof(Word) == 2) {
+        result = call(ConvertForDisplay16);
+    } else {
+        result = call(ConvertForDisplay32);
+    }
     out.assign(samples, samples + count);
     return result;
 }
@@ -154,25 +151,24 @@ TEST(ConvertForDisplay, CountsLines) {
 
 TEST(ConvertForDisplay, TellsWhatIsMissing) {
     DisplayConverter converter;
-    const DigitalSettings digital;
     const std::vector<int16_t> raw{1, 2};
     const int16_t* samples = raw.data();
     size_t count = 7;
     size_t columns = 7;
     std::vector<int32_t> colors;
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 2, nullptr, &count, 1, &columns, 0, digital, {}, &colors), -1);
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 2, &samples, nullptr, 1, &columns, 0, digital, {}, &colors),
-              -1);
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 2, &samples, &count, 1, nullptr, 0, digital, {}, &colors), -1);
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 2, &samples, &count, 1, &columns, 0, digital, {}, nullptr),
-              -1);
-    EXPECT_EQ(ConvertForDisplay16(converter, nullptr, 2, &samples, &count, 1, &columns, 0, digital, {}, &colors), -2);
+    const auto call = [&](const int16_t* words, size_t size, const int16_t** out, size_t* outCount, size_t channels,
+                          size_t* outColumns, std::vector<int32_t>* outColors) {
+        return ConvertForDisplay16(converter, words, size, out, outCount, channels, outColumns, 0, {}, {}, outColors);
+    };
+    EXPECT_EQ(call(raw.data(), 2, nullptr, &count, 1, &columns, &colors), -1);
+    EXPECT_EQ(call(raw.data(), 2, &samples, nullptr, 1, &columns, &colors), -1);
+    EXPECT_EQ(call(raw.data(), 2, &samples, &count, 1, nullptr, &colors), -1);
+    EXPECT_EQ(call(raw.data(), 2, &samples, &count, 1, &columns, nullptr), -1);
+    EXPECT_EQ(call(nullptr, 2, &samples, &count, 1, &columns, &colors), -2);
     EXPECT_EQ(samples, nullptr);
     EXPECT_EQ(count + columns, 0U);
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 0, &samples, &count, 1, &columns, 0, digital, {}, &colors),
-              -2);
-    EXPECT_EQ(ConvertForDisplay16(converter, raw.data(), 2, &samples, &count, 0, &columns, 0, digital, {}, &colors),
-              -2);
+    EXPECT_EQ(call(raw.data(), 0, &samples, &count, 1, &columns, &colors), -2);
+    EXPECT_EQ(call(raw.data(), 2, &samples, &count, 0, &columns, &colors), -2);
 }
 
 TEST(ConvertForDisplay, PassesBlocksThroughWhileOff) {
@@ -186,19 +182,6 @@ TEST(ConvertForDisplay, PassesBlocksThroughWhileOff) {
     EXPECT_EQ(samples, raw.data());
     EXPECT_EQ(count, 3U);
     EXPECT_EQ(columns, 1U);
-}
-
-TEST(ConvertForDisplay, KeepsItsScratchArray) {
-    DisplayConverter converter{{2, 0, 4, 0, true}, true, {}, {}};
-    std::vector<int16_t> out;
-    size_t columns = 0;
-    std::vector<int32_t> colors;
-    EXPECT_EQ(convert(converter, std::vector<int16_t>(1000), 2, 0, {}, out, columns, colors), 1);
-    const int16_t* kept = converter.samples16.data();
-    EXPECT_EQ(convert(converter, std::vector<int16_t>(500), 2, 1, {}, out, columns, colors), 1);
-    EXPECT_EQ(converter.samples16.data(), out.size() <= 1000 ? kept : converter.samples16.data());
-    EXPECT_EQ(convert(converter, std::vector<int16_t>(100), 2, 0, {}, out, columns, colors), 1);
-    EXPECT_GE(converter.samples16.size(), 1000U);
 }
 
 }  // namespace

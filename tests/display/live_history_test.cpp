@@ -88,16 +88,6 @@ TEST(LiveHistory, ShowsExtremesAtEveryScale) {
     }
 }
 
-TEST(LiveHistory, ShowsASpikeOfOneSample) {
-    std::vector<int16_t> samples(1000000, 5);
-    samples[765432] = 30000;
-    LiveHistory history(format16(1), size_t{1} << 20);
-    feed(history, samples, 1, 50000);
-    Screen screen;
-    ASSERT_TRUE(history.build(0, samples.size(), 800, screen));
-    EXPECT_THAT(wordsOf(screen), testing::Contains(30000).Times(1));
-}
-
 TEST(LiveHistory, CoarsensWhatIsTooOldForItsMemory) {
     const size_t frames = 200000;
     const auto samples = noise(frames);

@@ -76,19 +76,6 @@ TEST(Paths, ProgramDirectoryFollowsTheEnvironment) {
     EXPECT_FALSE(environmentVariable("TARNO2_NO_SUCH_VARIABLE").has_value());
 }
 
-TEST(Library, SaysWhyItCannotLoad) {
-    const TemporaryFolder folder;
-    for (const std::string& path : {std::string(), folder.file("missing"), folder.path(),
-                                    folder.write("text.dll", "no library"), folder.write("empty.dll", "")}) {
-        Library library;
-        std::string error;
-        EXPECT_FALSE(library.load(path, error)) << path;
-        EXPECT_FALSE(error.empty()) << path;
-        EXPECT_FALSE(library.loaded());
-        EXPECT_EQ(library.symbol("StaticFactory"), nullptr);
-    }
-}
-
 TEST(Volume, TellsOfTheNearestFolder) {
     const TemporaryFolder folder;
     VolumeInfo there;

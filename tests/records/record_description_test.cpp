@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "platform/codepage1251.h"
+#include "platform/paths.h"
 #include "records/recorded_format.h"
 #include "tests/support/temporary_folder.h"
 
@@ -44,25 +45,6 @@ void fill(RecordDescription& d) {
     EXPECT_TRUE(d.addChannelRange(0.5, -0.5));
 }
 
-constexpr const char* kHead =
-    ";Для некоторых параметров -1 означает неопределенность\n"
-    "\n"
-    ";Версия класса для работы с этим фалом\n"
-    "ClassVersion = 1\n"
-    "\n"
-    ";Время начала сбора\n";
-
-constexpr const char* kFormatComment =
-    ";Формат данных: 8 цифр в следующей последовательности\n"
-    ";1: Количество байт на одно измерение\n"
-    ";2: Количество сдвигов вправо, необходимое чтобы младший бит аналогового сигнала стал на 0-ой бит данных\n"
-    ";3: Маска для аналогового сигнала(сдвиг не используется)\n"
-    ";4: Количество бит аналогового сигнала\n"
-    ";5: Количество сдвигов вправо, необходимое чтобы младший бит цифрового сигнала стал на 0-ой бит данных\n"
-    ";6: Маска для цифрового сигнала(сдвиг не используется)\n"
-    ";7: Количество бит цифрового сигнала\n"
-    ";8: 1 - Аналоговые данные знаковые 0 - беззнаковые\n";
-
 TEST(RecordDescription, WritesEveryKeyInOrder) {
     RecordDescription d;
     fill(d);
@@ -70,76 +52,7 @@ TEST(RecordDescription, WritesEveryKeyInOrder) {
         const auto n = static_cast<uint32_t>(i);
         EXPECT_TRUE(d.addSynchroEvent({1000 * i, n, n + 1, 0, 1, -1, 0.25}));
     }
-    EXPECT_EQ(writtenText(d),
-              std::string(kHead) +
-                  "CreateTime = \"Время 05:06:07 Дата 04.02.2026\"\n"
-                  "\n"
-                  ";Имя драйвера\n"
-                  "DriverName = \"Simulator\"\n"
-                  "\n" +
-                  kFormatComment +
-                  "DataFormat = 2 , 2 , 65532 , 14 , 0 , 3 , 2 , 1 \n"
-                  "\n"
-                  ";Частота дискретизации\n"
-                  "Frequency = 48000.000000\n"
-                  "\n"
-                  ";Пакетный режим\n"
-                  "PacketMode = 1\n"
-                  "\n"
-                  ";Частота пакетного режима\n"
-                  "PacketFreq = -56\n"
-                  "\n"
-                  ";Режим внешней частоты дискретизации\n"
-                  "ExternalFreqMode = 0\n"
-                  "\n"
-                  ";Каналы синхронны\n"
-                  "SynchronousChannels = 0\n"
-                  "\n"
-                  ";Количество данных(в отсчетах) на канал\n"
-                  "DataCountPerChannel = 5000000000\n"
-                  "\n"
-                  ";Количество каналов\n"
-                  "ChannelNumber = 2\n"
-                  "\n"
-                  ";Входные диаппазоны каналов\n"
-                  "ChannelsRange = 5.000000 , -5.000000 ,\\\n"
-                  "                0.500000 , -0.500000 \n"
-                  "\n"
-                  ";Был активирован режим синхронизации\n"
-                  "SynchroEnable = 1\n"
-                  "\n"
-                  ";Количество синхронизаций в файле\n"
-                  "SynchroListCount = 9\n"
-                  "\n"
-                  ";Точки срабатывания синхронизации\n"
-                  "SynchroListPoint = 0 , 1000 , 2000 , 3000 , 4000 , 5000 , 6000 , 7000 ,\\\n"
-                  "                   8000 \n"
-                  "\n"
-                  ";Уровни предысторий\n"
-                  "SynchroListPrehistory = 0 , 1 , 2 , 3 , 4 , 5 , 6 , 7 ,\\\n"
-                  "                        8 \n"
-                  "\n"
-                  ";Уровни историй\n"
-                  "SynchroListHistory = 1 , 2 , 3 , 4 , 5 , 6 , 7 , 8 ,\\\n"
-                  "                     9 \n"
-                  "\n"
-                  ";Режим синхронизации 0-аналоговый канал 1-цифровой порт\n"
-                  "SynchroListMode = 0 , 0 , 0 , 0 , 0 , 0 , 0 , 0 ,\\\n"
-                  "                  0 \n"
-                  "\n"
-                  ";Условие синхронизации 0-По фронту(переход из 0 в 1) 1-По срезу(переход из 1 в 0)\n"
-                  "SynchroListConditions = 1 , 1 , 1 , 1 , 1 , 1 , 1 , 1 ,\\\n"
-                  "                        1 \n"
-                  "\n"
-                  ";Номер канала(номер бита) для синхронизации\n"
-                  "SynchroListChannel = -1 , -1 , -1 , -1 , -1 , -1 , -1 , -1 ,\\\n"
-                  "                     -1 \n"
-                  "\n"
-                  ";Значение для срабатывания по аналоговым данным\n"
-                  "SynchroListValue = 0.250000 , 0.250000 , 0.250000 , 0.250000 , 0.250000 , 0.250000 , "
-                  "0.250000 , 0.250000 ,\\\n"
-                  "                   0.250000 \n"
-                  "\n");
+    EXPECT_EQ(writtenText(d), readFile(joinPath(TARNO2_GOLDEN, "description.txt")));
 }
 
 TEST(RecordDescription, WritesUnsetFieldsAsUndefinedAndKeepsThePacketFrequency) {

@@ -1,13 +1,20 @@
 #include "records/text_conversion.h"
 
+#include <array>
+#include <bit>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <thread>
 
 #include "platform/file.h"
+#include "records/column_text.h"
 #include "records/export_names.h"
+#include "records/line_formatter.h"
 #include "tests/records/printf_export.h"
 #include "tests/support/temporary_folder.h"
 
@@ -128,35 +135,6 @@ TEST(TextConversion, ManyRangesWithoutTablesGiveTheSame) {
     EXPECT_TRUE(conversion.text() == printfExport(data, format, inputs));
 }
 
-TEST(TextConversion, WritesLinesAsTheyAreWanted) {
-    const std::string data("\x00\x80\x00\x00\xFF\x7F\x00\x00", 8);  // -32768, 0, 32767, 0
-    ExportFormat codes;
-    codes.voltagePrecision = 0;
-    ExportFormat seconds;
-    seconds.firstColumn = FirstColumn::Seconds;
-    seconds.volts = true;
-    seconds.timePrecision = 1;
-    seconds.voltagePrecision = 2;
-    seconds.decimal = ',';
-    seconds.divider = ";";
-    ExportFormat clock = seconds;
-    clock.firstColumn = FirstColumn::Clock;
-    clock.voltagePrecision = 0;
-    const struct {
-        ExportFormat format;
-        const char* text;
-    } cases[] = {
-        {codes, "\t-32768\r\n\t0\r\n\t32767\r\n\t0\r\n"},
-        {seconds, "0,0;-5,00\r\n0,5;0,00\r\n1,0;5,00\r\n1,5;0,00\r\n"},
-        {clock, "0:0:0:0,000000;-5\r\n0:0:0:500,000000;0\r\n0:0:1:0,000000;5\r\n0:0:1:500,000000;0\r\n"},
-    };
-    for (const auto& c : cases) {
-        Conversion conversion;
-        ASSERT_EQ(conversion.run(data, c.format, simpleInputs()), ConversionResult::Finished);
-        EXPECT_EQ(conversion.text(), c.text);
-    }
-}
-
 TEST(TextConversion, CutsTheTextIntoPieces) {
     const struct {
         uint64_t limit;
@@ -198,14 +176,6 @@ TEST(TextConversion, NamesItsFiles) {
     EXPECT_TRUE(isOutputName(std::string(259, 'x')));
     EXPECT_FALSE(isOutputName(std::string(260, 'x')));
     EXPECT_FALSE(isOutputName(""));
-}
-
-TEST(TextConversion, LeavesOutWhatIsNoWholeFrame) {
-    Conversion conversion;
-    ASSERT_EQ(conversion.run(std::string(7, '\0'), {}, simpleInputs()), ConversionResult::Finished);
-    EXPECT_EQ(conversion.result.frames, 3U);
-    EXPECT_EQ(conversion.result.leftoverBytes, 1U);
-    EXPECT_EQ(conversion.text(), "\t0.000000\r\n\t0.000000\r\n\t0.000000\r\n");
 }
 
 TEST(TextConversion, NeverReplacesTheRecording) {
@@ -267,20 +237,6 @@ TEST(TextConversion, SaysWhichFileOrKeyIsWrong) {
         EXPECT_EQ(conversion.result.subject, c.key);
     }
     EXPECT_FALSE(fileExists(conversion.folder.file("out.csv")));
-}
-
-TEST(TextConversion, KeepsFinishedPiecesWhenTheDiskIsFull) {
-    if (!fileExists("/dev/full")) {
-        GTEST_SKIP() << "no device here that is always full";
-    }
-    Conversion conversion;
-    std::filesystem::create_symlink("/dev/full", conversion.folder.file("out_1.csv"));
-    ExportFormat format;
-    format.maximumLines = 100;
-    EXPECT_EQ(conversion.run(std::string(600, '\0'), format, simpleInputs()), ConversionResult::CannotWrite);
-    EXPECT_THAT(describe(conversion.result), HasSubstr("out_1.csv"));
-    EXPECT_EQ(conversion.text("out.csv").size(), size_t{100} * 11);
-    EXPECT_FALSE(fileExists(conversion.folder.file("out_2.csv")));
 }
 
 TEST(TextConversion, StopsAfterAWholeLine) {
@@ -347,6 +303,59 @@ TEST(ConversionInputs, ComeFromTheDescriptionUnlessTheyAreKnown) {
     EXPECT_EQ(inputs.code(0x80000000U), -2147483648LL);
     EXPECT_EQ(missingInput(inputs, format), "Frequency");
     EXPECT_EQ(missingInput(conversionInputs(described, bare), {}), "");
+}
+
+using test::printfFixed;
+
+std::string fixed(double value, int precision, char decimal = '.') {
+    std::array<char, kLongestNumber> text{};
+    return {text.data(), writeFixed(text.data(), value, precision, decimal)};
+}
+
+TEST(WriteFixed, PrintsEveryKindOfNumberAsPrintfDoes) {
+    std::vector<double> values = {
+        0.0,  -0.0, 0.5,   1.5,    2.5,    0.125,  0.375,   -1e-9,   9.9999999995,      0.9999999,
+        1e15, 1e16, 1e100, 123e18, 4.5e15, 5e-324, 1.7e308, -2.5e-7, 4503599627370495.5};
+    values.push_back(std::numeric_limits<double>::infinity());
+    values.push_back(-std::numeric_limits<double>::infinity());
+    std::mt19937_64 random(7);
+    for (int i = 0; i < 20000; ++i) {
+        const auto whole = static_cast<double>(static_cast<int64_t>(random()) >> (random() % 60));
+        values.push_back(std::ldexp(whole, -static_cast<int>(random() % 90)));  // many ties
+        values.push_back(whole / 1e6);
+        const auto any = std::bit_cast<double>(random());
+        values.push_back(std::isnan(any) ? 0.1 : any);
+    }
+    for (const double value : values) {
+        for (int precision = 0; precision <= 9; ++precision) {
+            ASSERT_EQ(fixed(value, precision, ','), printfFixed(value, precision, ',')) << precision;
+        }
+    }
+}
+
+TEST(LineFormatter, CopiesALineThatIsShorterThanTheSpaceAndCountsIt) {
+    ExportFormat format;
+    format.firstColumn = FirstColumn::Samples;
+    format.voltagePrecision = 1;
+    format.divider = std::string(2, ';');
+    format.decimal = ',';
+    const std::array<double, 2> analog = {1.25, -0.0};
+    const std::array<int8_t, 3> digital = {1, 0, -1};
+    const std::string line = "41;;1,2;;-0,0;;1;;0;;4294967295\r\n";
+    for (const size_t space : {size_t{1000000}, line.size() + 1}) {
+        LineFormatter formatter(format, 41);
+        std::string out(space, '?');
+        size_t length = 0;
+        EXPECT_EQ(formatter.format(out.data(), space, length, 0.0, analog, digital), 0);
+        EXPECT_EQ(out.substr(0, length), line);
+        EXPECT_EQ(formatter.lineCount(), 42U);
+    }
+    LineFormatter formatter(format, 41);
+    std::string out(line.size(), '?');
+    size_t length = 99;
+    EXPECT_EQ(formatter.format(out.data(), out.size(), length, 0.0, analog, digital), 1);
+    EXPECT_EQ(out, std::string(line.size(), '?'));
+    EXPECT_EQ(formatter.lineCount(), 41U);
 }
 
 }  // namespace

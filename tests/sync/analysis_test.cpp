@@ -87,12 +87,7 @@ TEST(Analysis, KeepsWhatItsConditionsAskFor) {
         {"writes whole frames", write(kAbove, 5, 1), {{1, 6, 2, 5, 3, 7, 4, 8}}, {{1, 6, 3, 7}}, 2},
         {"stops above", stop(kAbove, 5), {{1, 2, 5, 3}, {1, 2, 3, 6, 4}}, {{1, 2, 5}, {1, 2}}, 1, 1},
         {"stops below", stop(kBelow, 5), {{6, 7, 5, 4, 9}}, {{6, 7}}, 1, 1},
-        {"starts and stops in one block",
-         both(start(kAbove, 5), stop(kBelow, 0)),
-         {{1, 6, 7, 8, -1, 9}},
-         {{6, 7}},
-         1,
-         1},
+        {"starts and stops", both(start(kAbove, 5), stop(kBelow, 0)), {{1, 6, 7, 8, -1, 9}}, {{6, 7}}, 1, 1},
         {"stops at the frame that starts", both(start(kAbove, 5), stop(kAbove, 6)), {{1, 2, 7, 8}}, {{}}, 1, 1},
         {"stops at once", stop(kAbove, 5), {{6, 7, 8}}, {{}}, 1, 1},
         {"stops at the second frame", stop(kAbove, 5), {{1, 7, 8}}, {{}}, 1, 1},
@@ -105,10 +100,10 @@ TEST(Analysis, KeepsWhatItsConditionsAskFor) {
          both(start(kAbove, 5), [](SynchroSettings& s) { s.analysisOnPort = true; }),
          {{1, 6, 7}},
          {{6}}},
-        {"threshold of 16 bits", start(kAbove, 65541), {{1, 6, 7}}, {{6}}, 1, 0, {}, false, 16},
-        {"threshold of 32 bits", start(kAbove, 65541), {{1, 65542, 7}}, {{65542}}, 1, 0, {}, false, 32},
-        {"nothing is above the largest word", start(kAbove, 32767), {{1, 32767, 7}}, {{}}, 1, 0, {}, false, 16},
-        {"all are below what is beyond", start(kBelow, INT32_MAX), {{1, 2}}, {{1}}, 1, 0, {}, false, 32},
+        only(16, {"threshold of 16 bits", start(kAbove, 65541), {{1, 6, 7}}, {{6}}}),
+        only(32, {"threshold of 32 bits", start(kAbove, 65541), {{1, 65542, 7}}, {{65542}}}),
+        only(16, {"nothing is above the largest word", start(kAbove, 32767), {{1, 32767, 7}}, {{}}}),
+        only(32, {"all are below what is beyond", start(kBelow, INT32_MAX), {{1, 2}}, {{1}}}),
     };
     for (const Row& row : rows) {
         checkRow(row, analysis());
@@ -145,27 +140,10 @@ TEST(Analysis, ReadsTheWordAsTheBoardLaysItOut) {
         {"low 20 bits", start(kBelow, 0), {{5, 0x180000, 7}}, {{0x180000}}, 1, 0, shifted(0, 4), true, 32},
         {"low 16 bits", start(kBelow, 0), {{5, 0x18000, 7}}, {{0x18000}}, 1, 0, shifted(0, 0), true, 32},
         {"shift modulo 32", start(kAbove, 5), {{0x5F, 0x60, 0x61}}, {{0x60}}, 1, 0, shifted(1, 36), true},
-        {"backward: the second of three is the last",
-         write(kAbove, 5, 1),
-         {{7, 7, 0, 0, 0, 7, 0, 0, 0}},
-         {{0, 0, 7}},
-         3,
-         0,
-         backward()},
-        {"backward: the first lies in the next frame",
-         write(kAbove, 5),
-         {{0, 1, 9, 2, 0, 3}},
-         {{0, 1}},
-         2,
-         0,
-         backward()},
-        {"backward: and nowhere for the last frame",
-         start(kAbove, 5),
-         {{9}, {9, 9, 8}},
-         {{}, {9, 9}},
-         1,
-         0,
-         backward()},
+        of(backward(),
+           {"the second of three is the last", write(kAbove, 5, 1), {{7, 7, 0, 0, 0, 7, 0, 0, 0}}, {{0, 0, 7}}, 3}),
+        of(backward(), {"the first lies in the next frame", write(kAbove, 5), {{0, 1, 9, 2, 0, 3}}, {{0, 1}}, 2}),
+        of(backward(), {"and nowhere for the last frame", start(kAbove, 5), {{9}, {9, 9, 8}}, {{}, {9, 9}}}),
     };
     for (const Row& row : rows) {
         checkRow(row, analysis());
@@ -180,53 +158,15 @@ TEST(Analysis, AsksBitsOfThePort) {
         {"writes at 0", port('w', kZero, 0), {{1, 2, 3, 4, 5}}, {{2, 4}}},
         {"stops at 1", port('s', kOne, 2), {{1, 2, 3, 4, 5}}, {{1, 2}}, 1, 1},
         {"stops at 0", port('s', kZero, 0), {{1, 3, 5, 4, 5}}, {{1, 3}}, 1, 1},
-        {"asks the first word, in backward order too",
-         port('w', kOne, 0),
-         {{1, 0, 0, 1, 1, 0, 0, 0}},
-         {{1, 0, 1, 0}},
-         2,
-         0,
-         backward()},
-        {"behind the port's shift", port('a', kOne, 1), {{0x10, 0x02, 0x20, 0}}, {{0x20}}, 1, 0, shifted(0, 4, 4)},
-        {"bit 16 of 16 is never set", port('a', kOne, 16), {{-1, 1, 2}}, {{}}, 1, 0, {}, false, 16},
-        {"bit 16 of 32", port('a', kOne, 16), {{1, 0x10000, 2}}, {{0x10000}}, 1, 0, {}, false, 32},
-        {"moved beyond 16 bits: the sign",
-         port('a', kOne, 13),
-         {{1, 0x7FFF, -2, 2}},
-         {{-2}},
-         1,
-         0,
-         shifted(0, 4, 4),
-         false,
-         16},
+        of(backward(), {"asks the first word", port('w', kOne, 0), {{1, 0, 0, 1, 1, 0, 0, 0}}, {{1, 0, 1, 0}}, 2}),
+        of(shifted(0, 4, 4), {"behind a shift", port('a', kOne, 1), {{0x10, 0x02, 0x20, 0}}, {{0x20}}}),
+        only(16, {"bit 16 of 16 is never set", port('a', kOne, 16), {{-1, 1, 2}}, {{}}}),
+        only(32, {"bit 16 of 32", port('a', kOne, 16), {{1, 0x10000, 2}}, {{0x10000}}}),
+        of(shifted(0, 4, 4), {"beyond 16 bits: the sign", port('a', kOne, 13), {{1, 0x7FFF, -2, 2}}, {{-2}}}, false,
+           16),
     };
     for (const Row& row : rows) {
         checkRow(row, analysis());
-    }
-}
-
-TEST(Analysis, LongBlocksAreScannedLikeShortOnes) {
-    for (const size_t hit : {size_t{0}, size_t{511}, size_t{512}, size_t{513}, size_t{2046}}) {
-        Samples block(2048, 0);
-        block[hit] = 6;
-        checkRow({"long", start(kAbove, 5), {block}, {from(block, hit, 2047)}}, analysis());
-        checkRow({"long", write(kAbove, 5), {block}, {{6}}}, analysis());
-    }
-}
-
-TEST(Analysis, WithoutAModeTheBlockItselfIsHandedOut) {
-    const std::vector<int16_t> block{1, 2, 3, 4, 5};
-    for (const int32_t mode : {0, 3, -1}) {
-        SynchroSettings settings;
-        settings.SynchroAnalyzeMode = mode;
-        ConditionAnalyzer analyzer(settings, {}, {});
-        const int16_t* words = nullptr;
-        size_t count = 0;
-        size_t channels = 0;
-        EXPECT_EQ(Analyze16(analyzer, block.data(), block.size(), &words, &count, 2, &channels, false), 0);
-        EXPECT_EQ(words, block.data());
-        EXPECT_EQ(count, block.size());
-        EXPECT_EQ(channels, 2U);
     }
 }
 

@@ -34,59 +34,6 @@ SynchroSettings earlier() {
     return settings;
 }
 
-TEST(SynchroForm, AnalysisOfChannels) {
-    SynchroSettings s = earlier();
-    SynchroSizes sizes{11, 22};
-    const SynchroReading reading = readSynchroForm(filled(1, false), s, sizes);
-    EXPECT_EQ(reading.mistake, Field::None);
-    EXPECT_FALSE(reading.nothingAsked);
-    EXPECT_EQ(s.SynchroAnalyzeMode, 1);
-    EXPECT_TRUE(s.analysisOnAnalog);
-    EXPECT_FALSE(s.analysisOnPort);
-    EXPECT_TRUE(s.startAnalogEnabled && s.writeAnalogEnabled && !s.stopAnalogEnabled);
-    EXPECT_EQ(s.AnalyzeAnalogStartMode * 100 + s.AnalyzeAnalogWriteMode * 10 + s.AnalyzeAnalogStopMode, 12);
-    EXPECT_EQ(s.AnalyzeAnalogStartChannel * 100 + s.AnalyzeAnalogWriteChannel * 10 + s.AnalyzeAnalogStopChannel, 345);
-    EXPECT_EQ(s.AnalyzeAnalogStartUnit * 100 + s.AnalyzeAnalogWriteUnit * 10 + s.AnalyzeAnalogStopUnit, 12);
-    EXPECT_EQ(s.AnalyzeAnalogStartValue, 1.5);
-    EXPECT_EQ(s.AnalyzeAnalogWriteValue, -20.25);
-    EXPECT_EQ(s.AnalyzeAnalogStopValue, 300.0);
-    EXPECT_TRUE(s.StopAfterTrigged);
-    EXPECT_EQ(sizes.prehistory, 11);
-    EXPECT_EQ(s.SynchroAnalogChannelNumber, 0);
-}
-
-TEST(SynchroForm, AnalysisOfThePort) {
-    SynchroSettings s = earlier();
-    SynchroSizes sizes;
-    EXPECT_EQ(readSynchroForm(filled(1, true), s, sizes).mistake, Field::None);
-    EXPECT_EQ(s.SynchroAnalyzeMode, 1);
-    EXPECT_FALSE(s.analysisOnAnalog);
-    EXPECT_TRUE(s.analysisOnPort);
-    EXPECT_TRUE(s.portStartEnabled && !s.portWriteEnabled && s.portStopEnabled);
-    EXPECT_EQ(s.AnalyzePortStartMode * 100 + s.AnalyzePortWriteMode * 10 + s.AnalyzePortStopMode, 120);
-    EXPECT_EQ(s.AnalyzePortStartBit, 6);
-    EXPECT_EQ(s.AnalyzePortWriteBit, 7);
-    EXPECT_EQ(s.AnalyzePortStopBit, 15);
-}
-
-TEST(SynchroForm, Records) {
-    for (const bool onPort : {false, true}) {
-        SynchroSettings s = earlier();
-        SynchroSizes sizes;
-        EXPECT_EQ(readSynchroForm(filled(2, onPort), s, sizes).mistake, Field::None);
-        EXPECT_EQ(s.SynchroAnalyzeMode, 2);
-        EXPECT_EQ(s.synchroOnAnalog, !onPort);
-        EXPECT_EQ(s.synchroOnPort, onPort);
-        EXPECT_EQ(s.SynchroAnalogChannelNumber, onPort ? 0 : 8);
-        EXPECT_EQ(s.SynchroAnalogValue, onPort ? 0.0 : 0.125);
-        EXPECT_EQ(s.SynchroAnalogUnit, onPort ? 0 : 1);
-        EXPECT_EQ(onPort ? s.SynchroPortMode : s.SynchroAnalogMode, 1);
-        EXPECT_EQ(s.SynchroPortBit, onPort ? 9 : 0);
-        EXPECT_EQ(sizes.prehistory, 1200);
-        EXPECT_EQ(sizes.history, 3800);
-    }
-}
-
 TEST(SynchroForm, NothingAsked) {
     for (const bool onPort : {false, true}) {
         Form form = filled(1, onPort);
@@ -234,14 +181,6 @@ TEST(SynchroForm, PrehistoryTyped) {
         const TypedSize got = prehistoryTyped(typed.text, typed.buffer, 40);
         EXPECT_EQ(got.bar, typed.bar) << typed.text;
         EXPECT_EQ(got.edit, typed.edit) << typed.text;
-    }
-}
-
-TEST(SynchroForm, PrehistoryIsCutToWholeFrames) {
-    for (const int32_t buffer : {20, 99, 1001, 32768, 5242879}) {
-        for (int32_t percentage = 0; percentage <= 100; ++percentage) {
-            ASSERT_EQ(prehistoryFrames(buffer, percentage), static_cast<int32_t>(buffer * percentage * 0.01));
-        }
     }
 }
 

@@ -147,23 +147,6 @@ bool same(const Evaluated& a, const Evaluated& b) {
                       [](const SynchroEvent& x, const SynchroEvent& y) { return same(x, y); });
 }
 
-std::string described(const Case& c) {
-    const SynchroSettings& s = c.settings;
-    std::ostringstream text;
-    text << c.width << " bits, " << c.channels << " channels, packed " << c.packed << ", flags " << c.facts.formatFlags
-         << ", shifts " << c.facts.codeShift << ' ' << c.facts.portShift << ", backward " << c.facts.backwardOrder
-         << ", mode " << s.SynchroAnalyzeMode << ", analog " << s.analysisOnAnalog << s.synchroOnAnalog << ", port "
-         << s.analysisOnPort << s.synchroOnPort << "\nstart " << s.AnalyzeAnalogStartMode << ' '
-         << s.AnalyzeAnalogStartChannel << ' ' << s.startCode << ", write " << s.AnalyzeAnalogWriteMode << ' '
-         << s.AnalyzeAnalogWriteChannel << ' ' << s.writeCode << ", stop " << s.AnalyzeAnalogStopMode << ' '
-         << s.AnalyzeAnalogStopChannel << ' ' << s.stopCode << ", bits " << s.AnalyzePortStartMode << ' '
-         << s.AnalyzePortStartBit << ", " << s.AnalyzePortWriteMode << ' ' << s.AnalyzePortWriteBit << ", "
-         << s.AnalyzePortStopMode << ' ' << s.AnalyzePortStopBit << "\ntrigger " << s.SynchroAnalogMode << ' '
-         << s.SynchroAnalogChannelNumber << ' ' << s.synchroCode << ", bit " << s.SynchroPortMode << ' '
-         << s.SynchroPortBit << ", record " << c.sizes.prehistory << " + " << c.sizes.history;
-    return text.str();
-}
-
 /// The records of a whole stream.
 Evaluated evaluateAll(const Case& c, const std::vector<std::vector<int32_t>>& blocks) {
     ConditionAnalyzer analyzer(c.settings, c.sizes, c.facts);
@@ -199,7 +182,7 @@ TEST(SynchroProperty, EvaluatorGivesWhatThePlainModelGives) {
             const Evaluated expected = model.evaluate(c.blocks[block], c.channels, c.packed);
             const Evaluated got =
                 analyzeBlock(analyzer, c.width, c.blocks[block], static_cast<size_t>(c.channels), c.packed);
-            ASSERT_TRUE(same(got, expected)) << "case " << number << ", block " << block << ", " << described(c) << "\n"
+            ASSERT_TRUE(same(got, expected)) << "case " << number << ", block " << block << "\n"
                                              << described(got) << "\nmodel:\n"
                                              << described(expected);
             written += expected.samples.size();

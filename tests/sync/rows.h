@@ -33,6 +33,29 @@ inline SampleFacts backward() {
     return {0, 0, 0, true};
 }
 
+/// The same row for words of that layout.
+inline Row of(const SampleFacts& facts, Row row, bool packed = false, int width = 0) {
+    row.facts = facts;
+    row.packed = packed;
+    row.width = width;
+    return row;
+}
+
+inline Row packed(const SampleFacts& facts, Row row, int width = 0) {
+    return of(facts, std::move(row), true, width);
+}
+
+/// The same row for words of that width alone.
+inline Row only(int width, Row row) {
+    return of({}, std::move(row), false, width);
+}
+
+/// The same row with other sizes of the record.
+inline Row sized(const SynchroSizes& sizes, Row row) {
+    row.sizes = sizes;
+    return row;
+}
+
 inline void checkRow(const Row& row, const SynchroSettings& base) {
     for (const int width : {16, 32}) {
         if (row.width != 0 && row.width != width) {

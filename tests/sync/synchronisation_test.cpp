@@ -71,6 +71,9 @@ void checkStream(const Row& row) {
 
 }  // namespace
 
+const Samples secondRises = {1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7};
+const Samples secondKept = {2, 2, 9, 3, 4, 9, 5, 8};
+
 // Records here have two frames of prehistory and three of history unless the row says otherwise.
 TEST(Synchronisation, WritesARecordForEachTrigger) {
     const Change usual = analog(kLeading, 5);
@@ -83,29 +86,14 @@ TEST(Synchronisation, WritesARecordForEachTrigger) {
         {"in the first prehistory", usual, {{1, 9, 8, 7, 6, 9, 9}}, {{}}},
         {"between the ring and the next frame", usual, {{1, 2, 9, 8, 7, 6}}, {{}}},
         {"history that does not end", usual, {{1, 2, 3, 9, 8}}, {{}}},
-        {"the second lies in the first one's history",
-         usual,
-         {{1, 2, 3, 9, 1, 9, 1, 2, 3, 4, 4, 4}},
-         {{2, 3, 9, 1, 9}}},
-        {"after a history a prehistory first",
-         usual,
-         {{1, 2, 3, 9, 8, 7, 1, 9, 1, 1, 9, 6, 5}},
-         {{2, 3, 9, 8, 7, 1, 1, 9, 6, 5}}},
-        {"no history", usual, {{1, 2, 3, 9, 1, 2, 8, 3}}, {{2, 3, 1, 2}}, 1, 0, {}, false, 0, {2, 0}},
-        {"no prehistory", usual, {{1, 9, 8, 1, 9, 7, 9}}, {{9, 8, 9, 7}}, 1, 0, {}, false, 0, {0, 2}},
-        {"a channel",
-         analog(kLeading, 5, 1),
-         {{1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7}},
-         {{2, 2, 9, 3, 4, 9, 5, 8}},
-         2,
-         0,
-         {},
-         false,
-         0,
-         {2, 2}},
+        {"second in the first's history", usual, {{1, 2, 3, 9, 1, 9, 1, 2, 3, 4, 4, 4}}, {{2, 3, 9, 1, 9}}},
+        {"a prehistory first", usual, {{1, 2, 3, 9, 8, 7, 1, 9, 1, 1, 9, 6, 5}}, {{2, 3, 9, 8, 7, 1, 1, 9, 6, 5}}},
+        sized({2, 0}, {"no history", usual, {{1, 2, 3, 9, 1, 2, 8, 3}}, {{2, 3, 1, 2}}}),
+        sized({0, 2}, {"no prehistory", usual, {{1, 9, 8, 1, 9, 7, 9}}, {{9, 8, 9, 7}}}),
+        sized({2, 2}, {"a channel", analog(kLeading, 5, 1), {secondRises}, {secondKept}, 2}),
         {"switched off", analog(kOff, 5), {{1, 2, 3, 9, 8, 7, 6}}, {{}}},
         {"no source", [](SynchroSettings& s) { s.synchroOnAnalog = false; }, {{1, 2, 3, 9, 8, 7, 6}}, {{}}},
-        {"analog comes first",
+        {"analog first",
          [](SynchroSettings& s) { s.synchroOnPort = true; },
          {{2, 2, 2, 3, 9, 8, 7}},
          {{2, 3, 9, 8, 7}}},
@@ -117,13 +105,7 @@ TEST(Synchronisation, WritesARecordForEachTrigger) {
          {{0, 1, 0, 1, 0, 1, 1, 0, 2, 0, 3, 0}},
          {{0, 1, 0, 1, 1, 0, 2, 0, 3, 0}},
          2},
-        {"bit behind the port's shift",
-         port(kLeading, 1),
-         {{0, 1, 2, 0x20, 4, 5}},
-         {{1, 2, 0x20, 4, 5}},
-         1,
-         0,
-         shifted(0, 0, 4)},
+        of(shifted(0, 0, 4), {"bit behind a shift", port(kLeading, 1), {{0, 1, 2, 0x20, 4, 5}}, {{1, 2, 0x20, 4, 5}}}),
         {"bit switched off", port(kOff, 1), {{0, 1, 1, 2, 4, 5}}, {{}}},
     };
     for (const Row& row : rows) {
@@ -132,80 +114,23 @@ TEST(Synchronisation, WritesARecordForEachTrigger) {
 }
 
 TEST(Synchronisation, ReadsTheWordAsTheBoardLaysItOut) {
+    const Change usual = analog(kLeading, 6);
     const Row rows[] = {
-        {"format bit clear: the code",
-         analog(kLeading, 6),
-         {{1, 2, 0x5F, 0x60, 4, 3}},
-         {{2, 0x5F, 0x60, 4, 3}},
-         1,
-         0,
-         shifted(0, 4),
-         true},
-        {"the code falls",
-         analog(kFalling, 5),
-         {{0x60, 0x60, 0x61, 0x5F, 4, 3}},
-         {{0x60, 0x61, 0x5F, 4, 3}},
-         1,
-         0,
-         shifted(0, 4),
-         true},
-        {"format bit set: the word",
-         analog(kLeading, 6),
-         {{1, 2, 5, 6, 4, 3}},
-         {{2, 5, 6, 4, 3}},
-         1,
-         0,
-         shifted(1, 4),
-         true,
-         16},
-        {"format bit set: its low bits",
-         analog(kLeading, 6),
-         {{0x41, 0x42, 0x68, 0x16, 4, 3}},
-         {{0x42, 0x68, 0x16, 4, 3}},
-         1,
-         0,
-         shifted(1, 4),
-         true,
-         32},
-        {"a shift of 0 leaves the word",
-         analog(kLeading, 6),
-         {{1, 2, 5, 6, 4, 3}},
-         {{2, 5, 6, 4, 3}},
-         1,
-         0,
-         shifted(1, 0),
-         true},
-        {"not packed: the word", analog(kLeading, 6), {{1, 2, 5, 6, 4, 3}}, {{2, 5, 6, 4, 3}}, 1, 0, shifted(0, 4)},
-        {"backward: the second of two is the second",
-         analog(kLeading, 5, 1),
-         {{1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7}},
-         {{2, 2, 9, 3, 4, 9, 5, 8}},
-         2,
-         0,
-         backward(),
-         false,
-         0,
-         {2, 2}},
-        {"backward: the first lies in the next frame",
-         analog(kLeading, 5),
-         {{1, 2, 3, 4, 9, 8, 7, 6}},
-         {{3, 4, 9, 8}},
-         1,
-         0,
-         backward(),
-         false,
-         0,
-         {1, 3}},
-        {"backward: what is before a record is not compared with what is behind it",
-         analog(kLeading, 5),
-         {{1, 1, 1, 9, 8, 7, 9, 9, 9, 9, 9}},
-         {{1, 9}},
-         1,
-         0,
-         backward(),
-         false,
-         0,
-         {0, 2}},
+        packed(shifted(0, 4), {"bit clear: the code", usual, {{1, 2, 0x5F, 0x60, 4, 3}}, {{2, 0x5F, 0x60, 4, 3}}}),
+        packed(shifted(1, 4), {"bit set: the word", usual, {{1, 2, 5, 6, 4, 3}}, {{2, 5, 6, 4, 3}}}, 16),
+        packed(shifted(1, 4),
+               {"bit set: its low bits", usual, {{0x41, 0x42, 0x68, 0x16, 4, 3}}, {{0x42, 0x68, 0x16, 4, 3}}}, 32),
+        of(shifted(0, 4), {"not packed: the word", usual, {{1, 2, 5, 6, 4, 3}}, {{2, 5, 6, 4, 3}}}),
+        sized({2, 2}, of(backward(),
+                         {"the second of two is the second", analog(kLeading, 5, 1), {secondRises}, {secondKept}, 2})),
+        sized(
+            {1, 3},
+            of(backward(),
+               {"the first lies in the next frame", analog(kLeading, 5), {{1, 2, 3, 4, 9, 8, 7, 6}}, {{3, 4, 9, 8}}})),
+        sized({0, 2}, of(backward(), {"what is before a record is not compared with what is behind it",
+                                      analog(kLeading, 5),
+                                      {{1, 1, 1, 9, 8, 7, 9, 9, 9, 9, 9}},
+                                      {{1, 9}}})),
     };
     for (const Row& row : rows) {
         checkStream(row);
@@ -220,44 +145,6 @@ TEST(Synchronisation, AnEdgeTakesTwoSamplesOfItsChannel) {
         bare.sizes = {0, 1};
         checkStream(bare);
     }
-}
-
-TEST(Synchronisation, EventsTellWhereTheyCameFrom) {
-    const auto eventsOf = [](const Change& change, const SampleFacts& facts) {
-        SynchroSettings settings = triggered();
-        settings.SynchroAnalogValue = 0.25;
-        change(settings);
-        ConditionAnalyzer analyzer(settings, {2, 3}, facts);
-        return analyzeBlock(analyzer, 16, {1, 1, 2, 2, 9, 3, 4, 9, 5, 8, 6, 7, 1, 1, 2, 2, 2, 2, 9, 9, 9, 9, 9, 9}, 2,
-                            false)
-            .events;
-    };
-    const auto channel = eventsOf(analog(kLeading, 5, 1), backward());
-    ASSERT_EQ(channel.size(), 2U);
-    EXPECT_EQ(channel[0].point, 2U);
-    EXPECT_EQ(channel[1].point, 4U);
-    EXPECT_EQ(channel[0].prehistory, 2U);
-    EXPECT_EQ(channel[0].history, 3U);
-    EXPECT_EQ(channel[0].mode, 0);
-    EXPECT_EQ(channel[0].condition, kLeading);
-    EXPECT_EQ(channel[0].channel, 1);
-    EXPECT_EQ(channel[0].value, 0.25);
-    const auto bit = eventsOf(port(kFalling, 3), {});
-    ASSERT_EQ(bit.size(), 1U);
-    EXPECT_EQ(bit[0].mode, 1);
-    EXPECT_EQ(bit[0].condition, kFalling);
-    EXPECT_EQ(bit[0].channel, 3);
-    EXPECT_EQ(bit[0].value, 0.0);
-}
-
-TEST(Synchronisation, StopsAfterACompleteRecordWhenAsked) {
-    SynchroSettings settings = triggered();
-    settings.StopAfterTrigged = true;
-    ConditionAnalyzer analyzer(settings, {2, 3}, {});
-    EXPECT_EQ(analyzeBlock(analyzer, 16, {1, 2, 3, 9, 8}, 1, false).result, 0);
-    const Evaluated rest = analyzeBlock(analyzer, 16, {7, 1, 1, 1, 9, 9, 9, 9}, 1, false);
-    EXPECT_EQ(rest.result, 1);
-    EXPECT_EQ(rest.samples, (Samples{2, 3, 9, 8, 7, 1, 1, 9, 9, 9}));
 }
 
 TEST(Synchronisation, TheThreadGetsWholeRecordsWithTheirEvents) {

@@ -183,7 +183,7 @@ TEST(PosixThread, WhatARaisedThreadMakesIsOrdinary) {
         ASSERT_TRUE(inner.create([&] { innerPolicy = sched_getscheduler(0); }));
     }));
     if (outer.raisePriority() != PriorityResult::Realtime) {
-        GTEST_SKIP() << "no real-time priority may be had here";
+        GTEST_SKIP() << "the system grants no real-time priority here";
     }
     outer.join();
     EXPECT_EQ(outerPolicy, SCHED_FIFO | SCHED_RESET_ON_FORK);
