@@ -61,37 +61,6 @@ TEST_F(ConfigWork, WritesEachPieceOfAnEntry) {
     EXPECT_FALSE(closed.WriteEntry("K", "v", "c", false));
 }
 
-TEST_F(ConfigWork, WritesEveryType) {
-    EXPECT_EQ(written([](CConfigWork& config) {
-                  EXPECT_TRUE(config.WriteString("S", " a path\\with blanks ", "text"));
-                  EXPECT_FALSE(config.WriteString("T", "two\nlines", "text"));
-                  EXPECT_TRUE(config.WriteUInt8("U8", 63, "c", true));
-                  EXPECT_TRUE(config.WriteUInt8("V8", 25, nullptr, false));
-                  EXPECT_TRUE(config.WriteInt8("I8", -1, "c", true));
-                  EXPECT_TRUE(config.WriteInt16("I16", -2, "c", true));
-                  EXPECT_TRUE(config.WriteInt16("J16", -2, "c", false));
-                  EXPECT_TRUE(config.WriteInt32("I32", std::numeric_limits<int32_t>::min(), "c", false));
-                  EXPECT_TRUE(config.WriteFloat("F", 0.5F, "c"));
-                  EXPECT_TRUE(config.WriteDouble("D", 100000.0, "c"));
-                  const std::array<const char*, 2> texts = {"one", "two"};
-                  EXPECT_TRUE(config.WriteStringArray("SA", texts, "c"));
-                  const std::array<uint8_t, 2> bytes = {1, 255};
-                  EXPECT_TRUE(config.WriteUInt8Array("BA", bytes, "c", true));
-                  const std::array<int8_t, 2> small = {-1, 1};
-                  EXPECT_TRUE(config.WriteInt8Array("CA", small, "c", false));
-                  const std::array<int16_t, 1> middle = {-1};
-                  EXPECT_TRUE(config.WriteInt16Array("HA", middle, "c", true));
-                  const std::array<float, 1> reals = {0.25F};
-                  EXPECT_TRUE(config.WriteFloatArray("FA", reals, "c"));
-                  EXPECT_TRUE(config.WriteInt32Array("none", {}, "c", false));
-              }),
-              "//text\r\nS =  a path\\with blanks \r\n\r\n//c\r\nU8 = 0x3f\r\n\r\nV8 = 25\r\n\r\n"
-              "//c\r\nI8 = 0xffffffff\r\n\r\n//c\r\nI16 = 0xfffffffe\r\n\r\n//c\r\nJ16 = -2\r\n\r\n"
-              "//c\r\nI32 = -2147483648\r\n\r\n//c\r\nF = 0.500000\r\n\r\n//c\r\nD = 100000.000000\r\n\r\n"
-              "//c\r\nSA = one two \r\n\r\n//c\r\nBA = 0x1 0xff \r\n\r\n//c\r\nCA = -1 1 \r\n\r\n"
-              "//c\r\nHA = 0xffffffff \r\n\r\n//c\r\nFA = 0.250000 \r\n\r\n");
-}
-
 TEST_F(ConfigWork, BreaksListsBeforeEveryEighthElement) {
     const char* const shapes[] = {"0 ", "0 1 2 3 4 5 6 7 ", "0 1 2 3 4 5 6 7 \r\n\\          8 ",
                                   "0 1 2 3 4 5 6 7 \r\n\\          8 9 10 11 12 13 14 15 \r\n\\          16 17 18 19 "};
@@ -113,56 +82,36 @@ TEST_F(ConfigWork, BreaksListsBeforeEveryEighthElement) {
 }
 
 TEST_F(ConfigWork, EveryTypeReadsBack) {
+    CConfigWork reader;
+    const auto expectList = [&](auto write, auto get, const auto& values, auto... hex) {
+        written([&](CConfigWork& config) { EXPECT_TRUE((config.*write)("list", values, "c", hex...)); });
+        auto back = values;
+        std::fill(back.begin(), back.end(), 0);
+        ASSERT_TRUE(reader.Open(path_, false));
+        EXPECT_TRUE((reader.*get)("list", back));
+        EXPECT_EQ(back, values);
+    };
+    const auto expectValue = [&](auto write, auto get, auto value, auto... hex) {
+        written([&](CConfigWork& config) { EXPECT_TRUE((config.*write)("value", value, "c", hex...)); });
+        auto back = decltype(value){};
+        ASSERT_TRUE(reader.Open(path_, false));
+        EXPECT_TRUE((reader.*get)("value", back));
+        EXPECT_EQ(back, value);
+    };
+    using C = CConfigWork;
     for (const bool hex : {false, true}) {
-        const std::vector<uint8_t> bytes = {0, 1, 127, 128, 255, 3, 4, 5, 6};
-        const std::vector<int8_t> small = {-128, -1, 0, 127};
-        const std::vector<int16_t> middle = {-32768, -1, 0, 32767};
-        const std::vector<int32_t> large = {std::numeric_limits<int32_t>::min(), -1, 0, 2147483647};
-        const std::vector<float> floats = {-0.5F, 1e6F};
-        const std::vector<double> doubles = {0.1, 16777217.0};
-        written([&](CConfigWork& config) {
-            config.WriteUInt8("u8", 200, "c", hex);
-            config.WriteInt16("i16", -300, "c", hex);
-            config.WriteInt32("i32", -70000, "c", hex);
-            config.WriteFloat("f", -1.5F, "c");
-            config.WriteDouble("d", 16777217.25, "c");
-            config.WriteUInt8Array("au8", bytes, "c", hex);
-            config.WriteInt8Array("ai8", small, "c", hex);
-            config.WriteInt16Array("ai16", middle, "c", hex);
-            config.WriteInt32Array("ai32", large, "c", hex);
-            config.WriteFloatArray("af", floats, "c");
-            config.WriteDoubleArray("ad", doubles, "c");
-        });
-        CConfigWork config;
-        ASSERT_TRUE(config.Open(path_, false));
-        uint8_t u8 = 0;
-        int16_t i16 = 0;
-        int32_t i32 = 0;
-        float f = 0;
-        double d = 0;
-        EXPECT_TRUE(config.GetUInt8("u8", u8) && config.GetInt16("i16", i16) && config.GetInt32("i32", i32) &&
-                    config.GetFloat("f", f) && config.GetDouble("d", d));
-        EXPECT_EQ(u8, 200);
-        EXPECT_EQ(i16, -300);
-        EXPECT_EQ(i32, -70000);
-        EXPECT_EQ(f, -1.5F);
-        EXPECT_EQ(d, 16777217.25);
-        std::vector<uint8_t> bytesBack(bytes.size());
-        std::vector<int8_t> smallBack(small.size());
-        std::vector<int16_t> middleBack(middle.size());
-        std::vector<int32_t> largeBack(large.size());
-        std::vector<float> floatsBack(2);
-        std::vector<double> doublesBack(2);
-        EXPECT_TRUE(config.GetUInt8Array("au8", bytesBack) && config.GetInt8Array("ai8", smallBack) &&
-                    config.GetInt16Array("ai16", middleBack) && config.GetInt32Array("ai32", largeBack) &&
-                    config.GetFloatArray("af", floatsBack) && config.GetDoubleArray("ad", doublesBack));
-        EXPECT_EQ(bytesBack, bytes);
-        EXPECT_EQ(smallBack, small);
-        EXPECT_EQ(middleBack, middle);
-        EXPECT_EQ(largeBack, large);
-        EXPECT_EQ(floatsBack, floats);
-        EXPECT_THAT(doublesBack, ElementsAre(double{0.1F}, 16777216.0)) << "single precision";
+        expectValue(&C::WriteUInt8, &C::GetUInt8, uint8_t{200}, hex);
+        expectValue(&C::WriteInt16, &C::GetInt16, int16_t{-300}, hex);
+        expectValue(&C::WriteInt32, &C::GetInt32, int32_t{-70000}, hex);
+        expectList(&C::WriteUInt8Array, &C::GetUInt8Array, std::vector<uint8_t>{0, 1, 127, 128, 255, 3, 4, 5, 6}, hex);
+        expectList(&C::WriteInt8Array, &C::GetInt8Array, std::vector<int8_t>{-128, -1, 0, 127}, hex);
+        expectList(&C::WriteInt16Array, &C::GetInt16Array, std::vector<int16_t>{-32768, -1, 0, 32767}, hex);
+        expectList(&C::WriteInt32Array, &C::GetInt32Array, std::vector<int32_t>{INT32_MIN, -1, 0, INT32_MAX}, hex);
     }
+    expectValue(&C::WriteFloat, &C::GetFloat, -1.5F);
+    expectValue(&C::WriteDouble, &C::GetDouble, 16777217.25);
+    expectList(&C::WriteFloatArray, &C::GetFloatArray, std::vector<float>{-0.5F, 1e6F});
+    expectList(&C::WriteDoubleArray, &C::GetDoubleArray, std::vector<double>{double{0.1F}, 16777216.0});
 }
 
 TEST_F(ConfigWork, FindsValuesInTextsWrittenByHand) {

@@ -120,18 +120,6 @@ TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
     }
 }
 
-TEST(FileNaming, FoldersAreMadeOneByOne) {
-    const TemporaryFolder folder;
-    const std::string deep = joinPath(joinPath(folder.file("a"), "b"), "run.dat");
-    EXPECT_TRUE(createFoldersFor(deep).ok());
-    EXPECT_TRUE(isDirectory(parentFolder(deep)));
-    EXPECT_TRUE(createFoldersFor(deep).ok());
-    EXPECT_TRUE(createFoldersFor("run.dat").ok());
-    const std::string file = folder.write("file", "x");
-    EXPECT_FALSE(createFoldersFor(joinPath(file, "run.dat")).ok());
-    EXPECT_FALSE(createFoldersFor(joinPath(joinPath(file, "below"), "run.dat")).ok());
-}
-
 TEST(MoveAside, AllFilesOfTheRecordingAndNoOthers) {
     const TemporaryFolder folder;
     // Every file holds its first name, so that a lost or replaced one shows.

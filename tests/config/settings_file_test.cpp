@@ -211,7 +211,7 @@ TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {
     EXPECT_THAT(text, Not(HasSubstr("\nFrequencyList = "))) << "a list without elements leaves no entry";
 }
 
-// Each value is no good for its key: it leaves the start value, and what follows is read all the same.
+// Each value is invalid for its key: it leaves the start value, and what follows is read all the same.
 TEST_F(SettingsFile, BadValuesLeaveTheStartValue) {
     const char* const lines[] = {"Language = 2",
                                  "Language = -1",
