@@ -86,8 +86,8 @@ TEST(Board, RefusalsOfTheDriver) {
             SessionRig rig(device);
             device.throwing = c.throwing;
             EXPECT_FALSE(rig.prepare(2, 1000.0F));
-            EXPECT_TRUE(rig.board->initError());
-            EXPECT_EQ(rig.board->problem(),
+            EXPECT_EQ(rig.board->failure().kind, StartFailure::Kind::Init);
+            EXPECT_EQ(rig.board->failure().problem,
                       *c.throwing == '\0' ? "scripted" : "the driver threw an exception: thrown by the driver");
             const RecordingResult result = rig.end();
             EXPECT_EQ(result.code, StopCode::Error);
@@ -196,7 +196,8 @@ TEST(Board, RingOfWholeFramesIsAskedForOnceMore) {
             SessionRig rig(device);
             EXPECT_EQ(rig.prepare(c.channels, 1000.0F), c.size != 0);
             EXPECT_EQ(made, c.rings);
-            EXPECT_EQ(rig.board->incompatible(), c.size == 0);
+            EXPECT_EQ(rig.board->failure().kind,
+                      c.size == 0 ? StartFailure::Kind::Incompatible : StartFailure::Kind::None);
             if (c.size != 0) {
                 EXPECT_EQ(rig.board->maxBufferSamples(), c.size);
             } else {
@@ -225,8 +226,23 @@ TEST(Board, RingThatCannotBeToldOrChangesEndsTheStart) {
         SessionRig rig(device);
         ASSERT_TRUE(rig.begin(2, 1000.0F));
         EXPECT_EQ(rig.end().code, StopCode::Incompatible);
-        EXPECT_TRUE(rig.board->incompatible());
         EXPECT_EQ(device.countCalls("Start"), 0U);
+    }
+}
+
+// A thread that fails after its board was set up must not change what was told of the start.
+TEST(SessionLink, OnlyTheFirstAnswerCounts) {
+    SessionLink link;
+    for (const auto kind : {StartFailure::Kind::Memory, StartFailure::Kind::None}) {
+        link.prepare(nullptr, {});
+        link.answer({kind, "first"});
+        link.answer({StartFailure::Kind::Thread, "second"});
+        EXPECT_EQ(link.waitForAnswer().kind, kind);
+        EXPECT_EQ(link.waitForAnswer().problem, "first");
+        EXPECT_FALSE(link.stopRequested());
+        link.requestStop();
+        EXPECT_TRUE(link.waitForBegin()) << "a stop ends the wait for the start";
+        EXPECT_TRUE(link.stopRequested());
     }
 }
 

@@ -97,7 +97,7 @@ std::string record(const Plan& plan, const TemporaryFolder& folder, const std::s
         board.dataWaitMs = kSilenceMs;
     }
     if (!board.ready() || !board.StartThread(&lastWord, {})) {
-        return "the session does not start: " + board.problem();
+        return "the session does not start: " + board.failure().problem;
     }
     WriterSetup setup;
     setup.fileName = dataName;

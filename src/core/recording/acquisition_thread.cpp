@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <utility>
 
 #include "config/logs/debug_log.h"
 #include "platform/c_locale.h"
@@ -35,56 +36,57 @@ StopCode AcquisitionThread::stopCodeOf(int32_t result) {
     }
 }
 
-AcquisitionThread::AcquisitionThread(T_BOARD& board)
+AcquisitionThread::AcquisitionThread(T_BOARD& board, SessionLink& link)
     : board_(board),
-      driver_(board.driver_),
-      sampleWidth_(board.driver_.facts().sampleWidth()),
-      wait_(board.driver_, board.stopEvent_, board.stopRequest_) {}
+      link_(link),
+      driver_(board.driver()),
+      sampleWidth_(board.driver().facts().sampleWidth()),
+      wait_(board.driver(), link) {}
 
 void AcquisitionThread::run() noexcept {
     try {
         DEBUG_LOG("Thread for SHORT(2) - START");
-        DEBUG_LOG("Calculate data error state = %d", board_.noDataCheck_ ? 1 : 0);
-        if (!prepare()) {
-            board_.readyEvent_.set();
-            finish();
-            return;
+        DEBUG_LOG("Calculate data error state = %d", checksForData() ? 1 : 0);
+        StartFailure failure = prepare();
+        const bool prepared = !failure.failed();
+        if (prepared) {
+            DEBUG_LOG("Set Event for Main");
         }
-        DEBUG_LOG("Set Event for Main");
-        board_.readyEvent_.set();
-        DEBUG_LOG("Wait Start");
-        const Event::Either woken = Event::waitEither(board_.startEvent_, board_.stopEvent_, kWaitForever);
-        if (woken.result != WaitResult::Signalled) {
-            fail(ErrorDetail::Unknown);
-        } else if (!board_.stopRequest_) {
-            DEBUG_LOG("Prepare for start - OK");
-            if (startBoard()) {
-                measure();
-            }
+        link_.answer(std::move(failure));
+        if (prepared) {
+            waitAndMeasure();
         }
     } catch (const std::bad_alloc&) {
-        board_.memoryError_ = true;
         fail(ErrorDetail::Memory);
+        link_.answer({StartFailure::Kind::Memory, {}});
     } catch (...) {
-        board_.threadError_ = true;
         fail(ErrorDetail::Unknown);
+        link_.answer({StartFailure::Kind::Thread, {}});
     }
     finish();
-    board_.readyEvent_.set();
 }
 
-bool AcquisitionThread::prepare() {
-    const InitOutcome outcome = board_.Init();
-    if (outcome == InitOutcome::Incompatible) {
-        board_.incompatible_ = true;
-        report_.code = StopCode::Incompatible;
-        return false;
+void AcquisitionThread::waitAndMeasure() {
+    DEBUG_LOG("Wait Start");
+    if (!link_.waitForBegin()) {
+        fail(ErrorDetail::Unknown);
+    } else if (!link_.stopRequested()) {
+        DEBUG_LOG("Prepare for start - OK");
+        if (startBoard()) {
+            measure();
+        }
     }
-    if (outcome != InitOutcome::Done) {
+}
+
+StartFailure AcquisitionThread::prepare() {
+    if (StartFailure failure = board_.Init(); failure.failed()) {
         fail(ErrorDetail::Init);
-        return false;
+        if (failure.kind == StartFailure::Kind::Incompatible) {
+            report_.code = StopCode::Incompatible;
+        }
+        return failure;
     }
-    const uint32_t ringSize = board_.maxBufferSamples_;
+    const uint32_t ringSize = board_.maxBufferSamples();
     const auto& settings = board_.settings;
     const uint32_t factor = driver_.facts().perChannelFrequency ? settings.channelCount() : 1;
     timing_ =
@@ -96,34 +98,30 @@ bool AcquisitionThread::prepare() {
     buffer_.reset(new (std::nothrow) std::byte[bufferBytes]);
     if (buffer_ == nullptr) {
         DEBUG_LOG("!!!!!!! Error: Not enought memory");
-        board_.memoryError_ = true;
         fail(ErrorDetail::Memory);
-        return false;
+        return {StartFailure::Kind::Memory, {}};
     }
     if (board_.decimation > 1) {
         decimator_.emplace(board_.decimation, uint64_t{sampleWidth_} * settings.channelCount(), bufferBytes);
     }
     additionalMode_ = driver_.facts().preHistory;
-    return true;
+    return {};
 }
 
 bool AcquisitionThread::startBoard() {
     const int32_t normalMode = sampleWidth_ == 4 ? kADCDataLong : kADCDataShort;
     dataMode_ = additionalMode_ ? static_cast<int32_t>(kADCDataPreHistory) : normalMode;
     ADCRingInfo info{};
-    if (!driver_.device().get(kADCGetRing, info) || info.m_nRingSize != board_.maxBufferSamples_) {
+    if (!driver_.device().get(kADCGetRing, info) || info.m_nRingSize != board_.maxBufferSamples()) {
         report_.code = StopCode::Incompatible;
         report_.problem = formatText("The driver gives a ring of %u samples and was set up with %u", info.m_nRingSize,
-                                     board_.maxBufferSamples_);
+                                     board_.maxBufferSamples());
         DEBUG_LOG("!!!!! %s", report_.problem.c_str());
-        board_.incompatible_ = true;
-        board_.stopRequest_ = true;
         return false;
     }
     wait_.begin(info.m_hDataEvent, waitPlan());
     if (!driver_.start()) {
         DEBUG_LOG("!!!!! Start ERROR");
-        board_.startError_ = true;
         fail(ErrorDetail::Start, driver_.device().lastError());
         return false;
     }
@@ -134,15 +132,20 @@ bool AcquisitionThread::startBoard() {
     return true;
 }
 
+// A board that waits for an external signal, or runs from an external clock, may be silent for as long as it likes.
+bool AcquisitionThread::checksForData() const {
+    return !board_.settings.externalStart && !board_.settings.externalClock;
+}
+
 // Slow boards fill a half in more than the usual time: twice what a half takes is waited for.
 WaitPlan AcquisitionThread::waitPlan() const {
     const BoardSettings& settings = board_.settings;
     WaitPlan plan;
     const double rate = board_.sampleRate();
     if (!settings.externalClock && rate > 0.0) {
-        plan.halfMs = board_.maxBufferSamples_ / 2.0 / rate * 1000.0;
+        plan.halfMs = board_.maxBufferSamples() / 2.0 / rate * 1000.0;
     }
-    if (!settings.externalStart && !settings.externalClock) {
+    if (checksForData()) {
         plan.limitMs = static_cast<uint32_t>(std::min(std::max<double>(board_.dataWaitMs, 2.0 * plan.halfMs), 4e9));
     }
     return plan;
@@ -162,7 +165,7 @@ void AcquisitionThread::fail(ErrorDetail detail, const std::string& problem) {
 void AcquisitionThread::closeFiles() {
     bool saved = false;
     try {
-        saved = board_.writer_.Close();
+        saved = board_.writer().Close();
     } catch (...) {
         DEBUG_LOG("!!!!! Files could not be closed");
     }
@@ -174,28 +177,28 @@ void AcquisitionThread::closeFiles() {
 }
 
 void AcquisitionThread::completeReport(bool saved) {
-    report_.bytes = board_.writer_.savedBytes();
-    report_.files = board_.writer_.savedFiles();
-    report_.events = board_.eventCount();
+    report_.bytes = board_.writer().savedBytes();
+    report_.files = board_.writer().savedFiles();
+    report_.events = link_.eventCount();
     if (report_.code == StopCode::Running) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
     }
-    report_.diskNearlyFull = report_.code == StopCode::StopMeasuring && board_.writer_.diskNearlyFull();
+    report_.diskNearlyFull = report_.code == StopCode::StopMeasuring && board_.writer().diskNearlyFull();
     if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring)) {
         report_.code = StopCode::WriteError;
     }
     if (!saved && report_.problem.empty()) {
-        report_.problem = board_.writer_.writeError();
+        report_.problem = board_.writer().writeError();
     }
     if (report_.problem.empty()) {
-        report_.problem = board_.writer_.notice();
+        report_.problem = board_.writer().notice();
     }
-    const uint64_t accepted = board_.writer_.totalBytes();
-    const uint64_t written = board_.writer_.writtenBytes();
+    const uint64_t accepted = board_.writer().totalBytes();
+    const uint64_t written = board_.writer().writtenBytes();
     if (!saved && written < accepted) {
         report_.losses.push_back({LossCause::Disk, written / sampleWidth_, (accepted - written) / sampleWidth_});
     }
-    if (!report_.losses.empty() && !writeLossLedger(board_.writer_.fileName(), report_.losses)) {
+    if (!report_.losses.empty() && !writeLossLedger(board_.writer().fileName(), report_.losses)) {
         DEBUG_LOG("!!!!! The list of losses could not be written");
     }
 }
@@ -204,7 +207,7 @@ void AcquisitionThread::finish() {
     driver_.stop();
     buffer_.reset();
     closeFiles();
-    DEBUG_LOG("Worst load of the ring = %u of 1000", board_.worstLoad());
+    DEBUG_LOG("Worst load of the ring = %u of 1000", link_.worstLoad());
     DEBUG_LOG("Thread Exit rezAdd = %d, Code = %d", result_, static_cast<int>(report_.code));
     // Who never hears of the end would wait for it for ever; memory may be there again in a moment.
     for (int i = 0; i < kEndAttempts && !notify(); ++i) {
@@ -213,15 +216,15 @@ void AcquisitionThread::finish() {
 }
 
 bool AcquisitionThread::notify() {
-    if (board_.target_ == nullptr) {
+    if (link_.target() == nullptr) {
         return true;
     }
     try {
-        Notification notification{board_.number_, report_};
+        Notification notification{board_.number(), report_};
         if (report_.code == StopCode::Running) {
-            notification.result.bytes = board_.writer_.totalBytes();
+            notification.result.bytes = board_.writer().totalBytes();
         }
-        board_.target_->post(notification);
+        link_.target()->post(notification);
     } catch (...) {
         DEBUG_LOG("!!!!! Notification could not be posted");
         return false;
@@ -245,8 +248,8 @@ void AcquisitionThread::notifyProgress() {
 }
 
 bool AcquisitionThread::fallsBehind() {
-    const uint64_t waiting = board_.writer_.waitingBytes();
-    report_.waitingBytes = diskWatch_.fallsBehind(waiting, board_.writer_.bufferBytes()) ? waiting : 0;
+    const uint64_t waiting = board_.writer().waitingBytes();
+    report_.waitingBytes = diskWatch_.fallsBehind(waiting, board_.writer().bufferBytes()) ? waiting : 0;
     return report_.waitingBytes > 0;
 }
 

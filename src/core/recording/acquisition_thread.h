@@ -11,19 +11,20 @@
 #include "core/recording/decimator.h"
 #include "core/recording/recording_progress.h"
 #include "core/recording/ring_reader.h"
+#include "core/recording/session_link.h"
 #include "core/recording/stop_code.h"
 
 namespace tarno2 {
 
 /// The body of a session's acquisition thread: sets the board up, waits to be released, then moves every half of the
 /// driver's ring, or of a slow board what it has counted, through the evaluator into the data file until something ends
-/// the recording. On every way out the
-/// files are closed and described and one final notification is posted.
+/// the recording. On every way out the files are closed and described and one final notification is posted.
 ///
 /// Between pieces of a recording it neither allocates nor locks.
 class AcquisitionThread {
 public:
-    explicit AcquisitionThread(T_BOARD& board);
+    /// Both outlive it.
+    AcquisitionThread(T_BOARD& board, SessionLink& link);
     /// The whole life of the thread; does not throw.
     void run() noexcept;
 
@@ -40,11 +41,13 @@ private:
 
     [[nodiscard]] static StopCode stopCodeOf(int32_t result);
 
-    [[nodiscard]] bool prepare();
+    [[nodiscard]] StartFailure prepare();
+    void waitAndMeasure();
     [[nodiscard]] bool startBoard();
     void measure();
     void finish();
 
+    [[nodiscard]] bool checksForData() const;
     [[nodiscard]] WaitPlan waitPlan() const;
     void updatePositions();
     void askCount();
@@ -71,6 +74,7 @@ private:
     [[nodiscard]] bool fallsBehind();
 
     T_BOARD& board_;
+    SessionLink& link_;
     T_DRIVER& driver_;
     uint32_t sampleWidth_;
     StreamTiming timing_;

@@ -19,7 +19,7 @@ int32_t secondsBetween(const LocalTime& from, const LocalTime& to) {
 }  // namespace
 
 void AcquisitionThread::measure() {
-    while (!board_.stopRequest_) {
+    while (!link_.stopRequested()) {
         const DataWait::Wake wake = wait_.next(counts_, !countAnswered_ && ring_->nextHalves().count > 0);
         if (wake == DataWait::Wake::Unplugged) {
             DEBUG_LOG("!!!!! Board unplug.... Thread stop");
@@ -34,7 +34,7 @@ void AcquisitionThread::measure() {
             result_ = kNoData;
         }
         if (wake != DataWait::Wake::Event && wake != DataWait::Wake::Look) {
-            board_.stopRequest_ = true;
+            link_.requestStop();
             break;
         }
         updatePositions();
@@ -44,7 +44,7 @@ void AcquisitionThread::measure() {
             readHalves();
         }
         if (result_ != kGoOn || report_.code != StopCode::Running) {
-            board_.stopRequest_ = true;
+            link_.requestStop();
         }
         notifyProgress();
     }
@@ -63,8 +63,8 @@ void AcquisitionThread::updatePositions() {
     ring_->halvesFilled(halves);
     askCount();
     const auto load = static_cast<uint32_t>(ring_->load() * 1000.0);
-    if (load > board_.worstLoad()) {
-        board_.worstLoad_.store(load, std::memory_order_relaxed);
+    if (load > link_.worstLoad()) {
+        link_.setWorstLoad(load);
     }
 }
 
@@ -84,7 +84,7 @@ void AcquisitionThread::readHalves() {
         return;
     }
     if (part.belowThreshold && eventCame_ && timing_.maximumSleep > 0) {
-        static_cast<void>(board_.stopEvent_.wait(timing_.maximumSleep));
+        static_cast<void>(link_.stopEvent().wait(timing_.maximumSleep));
     }
     if (part.count == 0) {
         watchForData();
@@ -126,7 +126,7 @@ bool AcquisitionThread::read(const RingReader::Part& part) {
     const int32_t processed = processBlock(part.count);
     ring_->advance(part.count);
     lastHalves_ = ring_->halvesPosition();
-    board_.samplesRead_.store(ring_->readPosition(), std::memory_order_relaxed);
+    link_.setSamplesRead(ring_->readPosition());
     if (processed != kGoOn) {
         result_ = processed;
     }
@@ -137,7 +137,7 @@ bool AcquisitionThread::read(const RingReader::Part& part) {
 void AcquisitionThread::watchForData() {
     const bool moved = ring_->halvesPosition() != lastHalves_;
     lastHalves_ = ring_->halvesPosition();
-    if (!eventCame_ || !board_.noDataCheck_ || moved) {
+    if (!eventCame_ || !checksForData() || moved) {
         return;
     }
     const LocalTime now = localTime();
@@ -152,7 +152,7 @@ void AcquisitionThread::watchForData() {
 
 // Copies a part of the ring to the start of the buffer. False when there is nothing to process: an error was noted.
 bool AcquisitionThread::transfer(const RingReader::Part& part) {
-    const uint32_t ringSize = board_.maxBufferSamples_;
+    const uint32_t ringSize = board_.maxBufferSamples();
     bool done = false;
     block_ = buffer_.get();
     if (uint64_t{part.offset} + part.count > ringSize) {
@@ -161,7 +161,7 @@ bool AcquisitionThread::transfer(const RingReader::Part& part) {
         done = fetch(buffer_.get(), first, part.offset, 2) && fetch(buffer_.get() + first, part.count - first, 0, 1);
     } else {
         const bool inPlace = !decimator_ && board_.evaluator->takesWholeBlocks();
-        std::byte* room = !inPlace ? nullptr : board_.writer_.room(uint64_t{part.count} * sampleWidth_);
+        std::byte* room = !inPlace ? nullptr : board_.writer().room(uint64_t{part.count} * sampleWidth_);
         block_ = room != nullptr ? room : buffer_.get();
         done = fetch(block_, part.count, part.offset, 2);
     }
@@ -188,7 +188,7 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
         notify();
         return fetch(destination, count, offset, partNumber);
     }
-    report_.getData = {dataMode_, count, offset, destination, block_, board_.maxBufferSamples_, partNumber};
+    report_.getData = {dataMode_, count, offset, destination, block_, board_.maxBufferSamples(), partNumber};
     result_ = kTransferFailed;
     lose(LossCause::Transfer);
     report_.problem = driver_.device().lastError();
@@ -205,7 +205,7 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     int32_t result = kGoOn;
     if (!block.empty()) {
         if (!begun_ && board_.settings.externalStart) {
-            board_.writer_.setCreateTime(localTime(board_.writer_.millisecondsOf(block.size())));
+            board_.writer().setCreateTime(localTime(board_.writer().millisecondsOf(block.size())));
         }
         begun_ = true;
         if (board_.liveTap != nullptr) {
@@ -216,8 +216,8 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
             return result;
         }
     }
-    if (board_.progress_) {
-        board_.progress_(0, static_cast<int>(sampleWidth_));
+    if (link_.progress()) {
+        link_.progress()(0, static_cast<int>(sampleWidth_));
     }
     return result;
 }
@@ -244,13 +244,13 @@ int32_t AcquisitionThread::evaluate(std::span<const std::byte> block) {
 int32_t AcquisitionThread::write(const EvaluatedBlock& block) {
     const uint64_t frame = uint64_t{sampleWidth_} * board_.settings.channelCount();
     const uint64_t unit = block.recordFrames == 0 ? frame : frame * block.recordFrames;
-    const uint64_t before = board_.writer_.totalBytes();
-    const int32_t result = board_.writer_.Write(block.data.data(), block.data.size(), unit, block.events);
+    const uint64_t before = board_.writer().totalBytes();
+    const int32_t result = board_.writer().Write(block.data.data(), block.data.size(), unit, block.events);
     // Records that the size limit left out are not in the file, and no events of it.
-    const uint64_t records = (board_.writer_.totalBytes() - before + unit - 1) / unit;
+    const uint64_t records = (board_.writer().totalBytes() - before + unit - 1) / unit;
     const auto events = std::min<uint64_t>(records, block.events.size());
-    board_.eventCount_.store(board_.eventCount() + events, std::memory_order_relaxed);
-    report_.sizeReached = result == kFinished && !board_.writer_.diskNearlyFull();
+    link_.setEventCount(link_.eventCount() + events);
+    report_.sizeReached = result == kFinished && !board_.writer().diskNearlyFull();
     return result;
 }
 

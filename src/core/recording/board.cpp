@@ -33,7 +33,7 @@ T_BOARD::~T_BOARD() {
 }
 
 bool T_BOARD::ready() const {
-    return writer_.ready() && readyEvent_.valid() && startEvent_.valid() && stopEvent_.valid();
+    return writer_.ready() && link_.valid();
 }
 
 double T_BOARD::sampleRate() const {
@@ -46,38 +46,21 @@ double T_BOARD::sampleRate() const {
 
 bool T_BOARD::StartThread(NotificationTarget* target, ProgressCallback progress) {
     endThread();
-    target_ = target;
-    progress_ = std::move(progress);
-    noDataCheck_ = !settings.externalStart && !settings.externalClock;
-    stopRequest_ = false;
-    stopEvent_.reset();
-    readyEvent_.reset();
+    link_.prepare(target, std::move(progress));
     holders_.AddBlock();
-    if (!thread_.create([this] { AcquisitionThread(*this).run(); })) {
+    if (!thread_.create([this] { AcquisitionThread(*this, link_).run(); })) {
         holders_.RelBlock();
-        threadError_ = true;
-        problem_ = "The system has no thread or memory left for the recording.";
+        failure_ = {StartFailure::Kind::Thread, "The system has no thread or memory left for the recording."};
         DEBUG_LOG("!!!!! Thread could not be created");
         return false;
     }
-    startEvent_.reset();
     DEBUG_LOG("Thread priority: %s", describe(thread_.raisePriority()));
     thread_.resume();
-    if (readyEvent_.wait(kWaitForever) != WaitResult::Signalled) {
-        threadError_ = true;
+    failure_ = link_.waitForAnswer();
+    if (failure_.kind == StartFailure::Kind::Thread) {
         endThread();
-        return false;
     }
-    return !initError_ && !memoryError_ && !startError_ && !threadError_;
-}
-
-void T_BOARD::Begin() {
-    startEvent_.set();
-}
-
-void T_BOARD::requestStop() {
-    stopRequest_ = true;
-    stopEvent_.set();
+    return !failure_.failed();
 }
 
 void T_BOARD::endThread() {
@@ -86,7 +69,7 @@ void T_BOARD::endThread() {
     }
     requestStop();
     thread_.resume();
-    startEvent_.set();
+    link_.begin();
     thread_.join();
     holders_.RelBlock(text(TextId::OfBoard) + driver_.name());
 }
@@ -96,10 +79,8 @@ bool T_BOARD::dataBegun() {
     return samplesRead() > 0 || (driver_.device().get(kADCGetSamplesWritten, written) && written > 0);
 }
 
-InitOutcome T_BOARD::Init() {
+StartFailure T_BOARD::Init() {
     DEBUG_LOG("INIT start");
-    initError_ = true;
-    noDataCheck_ = !settings.externalStart && !settings.externalClock;
     if (settings.channelCount() > kMaximumChannels || !fitsBaseBlock()) {
         return refused("CHECK", "The board can't record this list of channels and gains.");
     }
@@ -109,34 +90,32 @@ InitOutcome T_BOARD::Init() {
     if (!driver_.CheckParameters(blocks, true)) {
         return refused("CHECK", driver_.setupProblem());
     }
-    if (!takeOver(blocks, SetupPass::Check)) {
-        return refused("CHECK", problem_);
+    if (std::string problem = takeOver(blocks, SetupPass::Check); !problem.empty()) {
+        return refused("CHECK", std::move(problem));
     }
     DEBUG_LOG("CHECK REZULT = OK");
 
     const uint32_t maximumBuffer = driver_.maximumBuffer();
     blocks.build(settings, SetupPass::Init, maximumBuffer);
     DEBUG_LOG("INIT to driver");
-    if (!initPass(blocks)) {
-        return InitOutcome::Refused;
+    if (StartFailure failure = initPass(blocks); failure.failed()) {
+        return failure;
     }
-    if (const InitOutcome fit = fitRing(blocks, maximumBuffer); fit != InitOutcome::Done) {
-        return fit;
+    if (StartFailure failure = fitRing(blocks, maximumBuffer); failure.failed()) {
+        return failure;
     }
     DEBUG_LOG("INIT REZULT = OK");
     maxBufferSamples_ = static_cast<uint32_t>(blocks.dma.m_nDMABlockSize);
-    initError_ = false;
     DEBUG_LOG("Max Buffer Size = %u\n", maxBufferSamples_);
-    return InitOutcome::Done;
+    return {};
 }
 
-InitOutcome T_BOARD::refused(const char* pass, const std::string& problem) {
+StartFailure T_BOARD::refused(const char* pass, std::string problem) const {
     DEBUG_LOG("!!!!! %s error Rez1 = %d, Rez2 = %d", pass, driver_.rez1(), driver_.rez2());
-    problem_ = problem;
     if (!problem.empty()) {
         DEBUG_LOG("!!!!! %s", problem.c_str());
     }
-    return InitOutcome::Refused;
+    return {StartFailure::Kind::Init, std::move(problem)};
 }
 
 // A board without the extended block is told only its first channel, the count and one gain.
@@ -153,18 +132,16 @@ bool T_BOARD::fitsBaseBlock() const {
 }
 
 // Takes over what the driver corrected. In the check pass it may shorten the channel list, not lengthen it; the board
-// is set up with as many as it agreed to, else frames would be torn.
-bool T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
+// is set up with as many as it agreed to, else frames would be torn. Returns what is wrong with the corrections.
+std::string T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
     const bool extended = driver_.facts().extendedBlock;
     const int32_t count = extended ? blocks.extended.m_nSize : blocks.dma.m_nChannelNumber;
     const auto asked = static_cast<int32_t>(settings.channelCount());
     if (pass == SetupPass::Check && (count <= 0 || count > asked)) {
-        problem_ = formatText("The driver made %d channels of %d.", count, asked);
-        return false;
+        return formatText("The driver made %d channels of %d.", count, asked);
     }
     if (pass == SetupPass::Init && count != asked) {
-        problem_ = formatText("The driver set %d channels up and had agreed to %d.", count, asked);
-        return false;
+        return formatText("The driver set %d channels up and had agreed to %d.", count, asked);
     }
     const auto usable = [](float hertz) { return std::isfinite(hertz) && hertz > 0.0F; };
     if (!settings.externalClock) {
@@ -174,9 +151,8 @@ bool T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
         settings.packetFrequency = blocks.dma.m_fFreqPack;
     }
     if (!usable(settings.frequency) || (settings.packetMode && !usable(settings.packetFrequency))) {
-        problem_ = formatText("The driver gave a frequency of %f Hz, packets of %f Hz.",
-                              static_cast<double>(settings.frequency), static_cast<double>(settings.packetFrequency));
-        return false;
+        return formatText("The driver gave a frequency of %f Hz, packets of %f Hz.",
+                          static_cast<double>(settings.frequency), static_cast<double>(settings.packetFrequency));
     }
     settings.channels.resize(static_cast<size_t>(count));
     settings.gains.resize(static_cast<size_t>(count));
@@ -185,24 +161,22 @@ bool T_BOARD::takeOver(const ParameterBlocks& blocks, SetupPass pass) {
         settings.channels[place] = extended ? blocks.channels[place] : blocks.dma.m_nFirstChannel + i;
         settings.gains[place] = extended ? blocks.gains[place] : blocks.dma.m_nGain;
     }
-    return true;
+    return {};
 }
 
-bool T_BOARD::initPass(ParameterBlocks& blocks) {
+StartFailure T_BOARD::initPass(ParameterBlocks& blocks) {
     if (!driver_.CheckParameters(blocks, false)) {
-        refused("INIT", driver_.setupProblem());
-        return false;
+        return refused("INIT", driver_.setupProblem());
     }
-    if (!takeOver(blocks, SetupPass::Init)) {
-        refused("INIT", problem_);
-        return false;
+    if (std::string problem = takeOver(blocks, SetupPass::Init); !problem.empty()) {
+        return refused("INIT", std::move(problem));
     }
-    return true;
+    return {};
 }
 
 // Halves of whole frames are what the thread reads, so a ring of another size is asked for once more with the nearest
 // one that has them.
-InitOutcome T_BOARD::fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer) {
+StartFailure T_BOARD::fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer) {
     const auto misfit = [this, &blocks] {
         return blocks.dma.m_nDMABlockSize <= 0 ||
                blocks.dma.m_nDMABlockSize % static_cast<int32_t>(2 * settings.channelCount()) != 0;
@@ -214,18 +188,18 @@ InitOutcome T_BOARD::fitRing(ParameterBlocks& blocks, uint32_t maximumBuffer) {
         if (wanted != 0) {
             blocks.build(settings, SetupPass::Init, maximumBuffer);
             blocks.dma.m_nDMABlockSize = static_cast<int32_t>(wanted);
-            if (!initPass(blocks)) {
-                return InitOutcome::Refused;
+            if (StartFailure failure = initPass(blocks); failure.failed()) {
+                return failure;
             }
         }
     }
     if (misfit()) {
-        problem_ = formatText("A ring of %d samples can't hold whole frames of %u channels in each half.",
-                              blocks.dma.m_nDMABlockSize, settings.channelCount());
-        DEBUG_LOG("!!!!! %s", problem_.c_str());
-        return InitOutcome::Incompatible;
+        std::string problem = formatText("A ring of %d samples can't hold whole frames of %u channels in each half.",
+                                         blocks.dma.m_nDMABlockSize, settings.channelCount());
+        DEBUG_LOG("!!!!! %s", problem.c_str());
+        return {StartFailure::Kind::Incompatible, std::move(problem)};
     }
-    return InitOutcome::Done;
+    return {};
 }
 
 }  // namespace tarno2

@@ -38,7 +38,7 @@ bool DataWait::longHalves() const {
 
 DataWait::Wake DataWait::next(bool counted, bool dataKnown) {
     for (;;) {
-        if (stopRequest_) {
+        if (link_.stopRequested()) {
             return Wake::Stop;
         }
         if (unplugged()) {
@@ -53,7 +53,7 @@ DataWait::Wake DataWait::next(bool counted, bool dataKnown) {
         }
         const uint32_t look = counted ? untilLook() : kWaitForever;
         slice = std::min(slice, look);
-        const Event::Either woken = Event::waitEither(dataEvent_, stopEvent_, slice);
+        const Event::Either woken = Event::waitEither(dataEvent_, link_.stopEvent(), slice);
         if (woken.first) {
             return Wake::Event;
         }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 #include "core/devices/driver.h"
+#include "core/recording/session_link.h"
 #include "platform/event.h"
 #include "platform/os_error.h"
 
@@ -21,9 +21,8 @@ class DataWait {
 public:
     enum class Wake { Event, Look, Stop, TimedOut, Failed, Unplugged };
 
-    /// All but the plan belong to the session and outlive it.
-    DataWait(T_DRIVER& driver, const Event& stopEvent, const std::atomic<bool>& stopRequest)
-        : driver_(driver), stopEvent_(stopEvent), stopRequest_(stopRequest) {}
+    /// Both outlive it.
+    DataWait(T_DRIVER& driver, const SessionLink& link) : driver_(driver), link_(link) {}
     /// From now on the board runs. `dataEvent` is the driver's number for its event.
     void begin(uint32_t dataEvent, const WaitPlan& plan);
 
@@ -44,8 +43,7 @@ private:
     [[nodiscard]] uint32_t untilLook() const;
 
     T_DRIVER& driver_;
-    const Event& stopEvent_;
-    const std::atomic<bool>& stopRequest_;
+    const SessionLink& link_;
     WaitPlan plan_;
     Event dataEvent_ = Event::wrap(0);
     OsError error_;

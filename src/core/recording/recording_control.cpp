@@ -195,21 +195,21 @@ bool RecordingControl::startThread() {
         return true;
     }
     DEBUG_LOG("!!!!!  Error status != 0");
-    const std::string problem = session_->problem();
-    if (session_->incompatible()) {
-        DEBUG_LOG("Library not compatible");
-        return refuse(TextId::IncompatibleDriver, problem);
+    const StartFailure failure = session_->failure();
+    switch (failure.kind) {
+        case StartFailure::Kind::Incompatible:
+            DEBUG_LOG("Library not compatible");
+            return refuse(TextId::IncompatibleDriver, failure.problem);
+        case StartFailure::Kind::Thread:
+            DEBUG_LOG("Thread error");
+            return refuse(TextId::UnknownError, failure.problem);
+        case StartFailure::Kind::Init:
+            DEBUG_LOG("Init error");
+            return refuse(TextId::InitError, failure.problem);
+        default:
+            DEBUG_LOG("Memory error");
+            return refuse(TextId::NotEnoughMemory);
     }
-    if (session_->threadError()) {
-        DEBUG_LOG("Thread error");
-        return refuse(TextId::UnknownError, problem);
-    }
-    if (session_->initError()) {
-        DEBUG_LOG("Init error");
-        return refuse(TextId::InitError, problem);
-    }
-    DEBUG_LOG("Memory error");
-    return refuse(TextId::NotEnoughMemory);
 }
 
 void RecordingControl::chooseCut() {

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "core/recording/notification.h"
+#include "platform/event.h"
+
+namespace tarno2 {
+
+/// What kept a session's board from being set up.
+struct StartFailure {
+    enum class Kind {
+        None,
+        Init,          ///< the board or its driver refused the settings
+        Memory,        ///< no memory for the blocks of the ring
+        Thread,        ///< the system has no thread left, or an unexpected error ended it
+        Incompatible,  ///< the driver's ring can't be used
+    };
+
+    Kind kind = Kind::None;
+    std::string problem;  ///< the reason in the driver's or our words; empty when nothing more is known
+
+    [[nodiscard]] bool failed() const { return kind != Kind::None; }
+};
+
+/// Called on the acquisition thread after each written block with (0, sample width).
+using ProgressCallback = std::function<void(int, int)>;
+
+/// What a session and its acquisition thread share: the events by which they hand over, the request to stop, where
+/// notifications go, and how far the thread is. The session makes it and keeps it for longer than its thread runs.
+///
+/// `prepare` comes before the thread is made. Then the thread answers once with `answer`, which the session waits for,
+/// and waits in turn for `begin`.
+class SessionLink {
+public:
+    /// The system had events left.
+    [[nodiscard]] bool valid() const;
+
+    /// Before a thread is made. Notifications go to `target`, which outlives the thread; null: to nobody.
+    void prepare(NotificationTarget* target, ProgressCallback progress);
+    /// Waits without limit until the thread has answered. Session's side.
+    [[nodiscard]] StartFailure waitForAnswer();
+    /// Lets the thread start the measurement. Session's side.
+    void begin() { startEvent_.set(); }
+    /// Asks the thread to end, whatever it waits for. Any thread.
+    void requestStop();
+
+    /// The board is set up, or could not be. Only the first answer counts. Thread's side.
+    void answer(StartFailure failure) noexcept;
+    /// Waits without limit for `begin` or a stop. False when the system refused the wait. Thread's side.
+    [[nodiscard]] bool waitForBegin() const;
+    [[nodiscard]] bool stopRequested() const { return stopRequest_; }
+    /// Signalled with the request to stop.
+    [[nodiscard]] const Event& stopEvent() const { return stopEvent_; }
+    [[nodiscard]] NotificationTarget* target() const { return target_; }
+    /// Empty: nobody follows.
+    [[nodiscard]] const ProgressCallback& progress() const { return progress_; }
+
+    /// Samples of the whole stream that were read so far. Any thread; the acquisition thread sets it.
+    [[nodiscard]] uint64_t samplesRead() const { return samplesRead_.load(std::memory_order_relaxed); }
+    void setSamplesRead(uint64_t samples) { samplesRead_.store(samples, std::memory_order_relaxed); }
+    /// How full the ring was at the worst read, thousandths. Any thread; the acquisition thread sets it.
+    [[nodiscard]] uint32_t worstLoad() const { return worstLoad_.load(std::memory_order_relaxed); }
+    void setWorstLoad(uint32_t load) { worstLoad_.store(load, std::memory_order_relaxed); }
+    /// Records of synchronisation and events of analysis that were found so far. Any thread; the acquisition thread
+    /// sets it.
+    [[nodiscard]] uint64_t eventCount() const { return eventCount_.load(std::memory_order_relaxed); }
+    void setEventCount(uint64_t events) { eventCount_.store(events, std::memory_order_relaxed); }
+
+private:
+    Event readyEvent_;
+    Event startEvent_;
+    Event stopEvent_;
+    NotificationTarget* target_ = nullptr;
+    ProgressCallback progress_;
+    StartFailure failure_;  ///< the thread's until the ready event is set
+    bool answered_ = false;
+    std::atomic<bool> stopRequest_{false};
+    std::atomic<uint64_t> samplesRead_{0};
+    std::atomic<uint32_t> worstLoad_{0};
+    std::atomic<uint64_t> eventCount_{0};
+};
+
+}  // namespace tarno2
