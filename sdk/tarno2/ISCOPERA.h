@@ -13,8 +13,8 @@
 //
 // What the user does with the mouse: the wheel zooms X (with Ctrl, or over the Y axis: Y), a drag moves the picture, a
 // drag with Shift zooms into a rectangle, a double click asks for the automatic ranges, a click on a name in the legend
-// switches its column, and the lines of the cursors are dragged. Zoom and move happen at once; the host is told after
-// and may set other ranges.
+// switches its column, and the lines of the cursors are dragged. Zoom and move happen at once; the host is told after,
+// with the cause, and may set other ranges.
 //
 // Texts are UTF-8, zero-terminated, on every system; the library copies them. Null counts as empty.
 
@@ -36,7 +36,7 @@
 
 // Version of this interface. The host uses a library only when the answer to `AbiVersion` is the number that the host
 // was built with.
-static const uint32_t kScoperaAbiVersion = 1;
+static const uint32_t kScoperaAbiVersion = 2;
 
 // Most columns of a frame: 160 channels and 32 digital lines fit with room to spare.
 static const uint32_t kScoperaMaxColumns = 255;
@@ -68,6 +68,16 @@ enum {
 
 // Mouse buttons of m_pMousePressed.
 enum { kScoperaLeftButton = 1, kScoperaRightButton = 2, kScoperaMiddleButton = 4 };
+
+// Why an axis has another range, for m_pRangeChanged. It is what the user did, whatever button or key is down by the
+// time the host is told. A host takes one that it doesn't know for kScoperaCauseProgram.
+enum {
+    kScoperaCauseWheel = 1,      // zoomed about the mouse with its wheel
+    kScoperaCauseDrag = 2,       // moved with the mouse
+    kScoperaCauseRectangle = 3,  // zoomed into a rectangle that was marked
+    kScoperaCauseKey = 4,        // moved or zoomed with a key
+    kScoperaCauseProgram = 5     // the library by itself, without the user
+};
 
 #pragma pack(push, 1)
 
@@ -106,8 +116,9 @@ struct SCOPERACursors {
 // call everything but `Release`.
 struct SCOPERAEvents {
     void* m_pContext;
-    // The user zoomed or moved an axis, and the picture has this range now.
-    void(TARNO2_CALL* m_pRangeChanged)(void* context, int32_t axis, double lower, double upper);
+    // An axis was zoomed or moved, and the picture has this range now. Cause: kScoperaCauseWheel ... A rectangle
+    // changes both axes, X first.
+    void(TARNO2_CALL* m_pRangeChanged)(void* context, int32_t axis, double lower, double upper, int32_t cause);
     // A double click: the user wants both axes as the host finds best.
     void(TARNO2_CALL* m_pAutomaticWanted)(void* context);
     // A click on the legend switched a column; `SetColumns` with the same state need not follow.

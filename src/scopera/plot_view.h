@@ -78,7 +78,7 @@ private:
     void applyTexts();
     void showCursors(bool shown);
     /// A range that the user chose; false when it would be too small or too large to draw.
-    bool changeRange(int32_t axis, double lower, double upper);
+    bool changeRange(int32_t axis, double lower, double upper, int32_t cause);
     void zoomInto(const QRect& rect);
     void switchColumn(size_t column);
     void dragPicture(const QPointF& place);

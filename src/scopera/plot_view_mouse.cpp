@@ -15,7 +15,7 @@ constexpr double kNotch = 120.0;
 
 }  // namespace
 
-bool PlotView::changeRange(int32_t axis, double lower, double upper) {
+bool PlotView::changeRange(int32_t axis, double lower, double upper, int32_t cause) {
     constexpr double kFinest = 1e-11;  // of the numbers themselves, beyond which they can't be told apart
     constexpr double kLargest = 1e18;
     const double most = std::max(std::abs(lower), std::abs(upper));
@@ -25,7 +25,7 @@ bool PlotView::changeRange(int32_t axis, double lower, double upper) {
     }
     axisOf(axis)->setRange(lower, upper);
     makeStale();
-    tell(events_.m_pRangeChanged, axis, lower, upper);
+    tell(events_.m_pRangeChanged, axis, lower, upper, cause);
     return true;
 }
 
@@ -36,8 +36,8 @@ void PlotView::zoomInto(const QRect& rect) {
     }
     const QCPRange x(xAxis->pixelToCoord(area.left()), xAxis->pixelToCoord(area.right()));
     const QCPRange y(yAxis->pixelToCoord(area.bottom()), yAxis->pixelToCoord(area.top()));
-    changeRange(kScoperaAxisX, x.lower, x.upper);
-    changeRange(kScoperaAxisY, y.lower, y.upper);
+    changeRange(kScoperaAxisX, x.lower, x.upper, kScoperaCauseRectangle);
+    changeRange(kScoperaAxisY, y.lower, y.upper, kScoperaCauseRectangle);
 }
 
 void PlotView::switchColumn(size_t column) {
@@ -124,7 +124,8 @@ void PlotView::wheelEvent(QWheelEvent* event) {
     const double center = vertical ? yAxis->pixelToCoord(place.y()) : xAxis->pixelToCoord(place.x());
     const double factor = std::pow(kZoomStep, notches);
     const QCPRange range = axisRange(axis);
-    changeRange(axis, center + (range.lower - center) * factor, center + (range.upper - center) * factor);
+    changeRange(axis, center + (range.lower - center) * factor, center + (range.upper - center) * factor,
+                kScoperaCauseWheel);
 }
 
 void PlotView::leaveEvent(QEvent* event) {
@@ -145,11 +146,11 @@ void PlotView::dragPicture(const QPointF& place) {
     const QSize size = axisRect()->size();
     if (pan.movesX) {
         const double shift = -way.x() * pan.x.size() / size.width();
-        changeRange(kScoperaAxisX, pan.x.lower + shift, pan.x.upper + shift);
+        changeRange(kScoperaAxisX, pan.x.lower + shift, pan.x.upper + shift, kScoperaCauseDrag);
     }
     if (pan.movesY) {
         const double shift = way.y() * pan.y.size() / size.height();
-        changeRange(kScoperaAxisY, pan.y.lower + shift, pan.y.upper + shift);
+        changeRange(kScoperaAxisY, pan.y.lower + shift, pan.y.upper + shift, kScoperaCauseDrag);
     }
 }
 

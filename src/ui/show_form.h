@@ -166,8 +166,8 @@ private:
     void setShowMode(int mode);
     void zoomedY(double lower, double upper);
     void savePicture();
-    void rangeChanged(int axis, double lower, double upper);
-    void zoomedX(double lower, double upper);
+    void rangeChanged(int axis, double lower, double upper, int cause);
+    void zoomedX(double lower, double upper, int cause);
     void openProblem(const std::string& dataFile, const OpenProblem& problem);
 
     ProgramSettings& settings_;

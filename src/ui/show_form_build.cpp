@@ -73,8 +73,8 @@ void T_ShowForm::buildPicture() {
 void T_ShowForm::listenToScoper() {
     SCOPERAEvents events{};
     events.m_pContext = this;
-    events.m_pRangeChanged = [](void* context, int32_t axis, double lower, double upper) {
-        static_cast<T_ShowForm*>(context)->rangeChanged(axis, lower, upper);
+    events.m_pRangeChanged = [](void* context, int32_t axis, double lower, double upper, int32_t cause) {
+        static_cast<T_ShowForm*>(context)->rangeChanged(axis, lower, upper, cause);
     };
     events.m_pAutomaticWanted = [](void* context) { static_cast<T_ShowForm*>(context)->PaintBox1DblClick(); };
     events.m_pColumnSwitched = [](void* context, uint32_t column, int32_t visible) {

@@ -1,7 +1,6 @@
 // What the user does in the signal view.
 
 #include <QAction>
-#include <QApplication>
 #include <QCloseEvent>
 #include <QCursor>
 #include <QFile>
@@ -180,13 +179,13 @@ void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside) {
     showStatus();
 }
 
-void T_ShowForm::rangeChanged(int axis, double lower, double upper) {
+void T_ShowForm::rangeChanged(int axis, double lower, double upper, int cause) {
     guarded("rangeChanged", [=, this] {
         if (shownSignal() == nullptr || !(lower < upper)) {
             return;
         }
         if (axis == kScoperaAxisX) {
-            zoomedX(lower, upper);
+            zoomedX(lower, upper, cause);
         } else {
             zoomedY(lower, upper);
         }
@@ -194,18 +193,17 @@ void T_ShowForm::rangeChanged(int axis, double lower, double upper) {
     });
 }
 
-// The wheel over a running signal changes how much of it is seen; who drags it or marks a rectangle wants to look at
-// that place, so it no longer slides away.
-void T_ShowForm::zoomedX(double lower, double upper) {
+// The wheel over a running signal changes how much of it is seen; who drags it, marks a rectangle or moves it by a key
+// wants to look at that place, so it no longer slides away.
+void T_ShowForm::zoomedX(double lower, double upper, int cause) {
     const double rate = shownSignal()->format().framesPerSecond;
     const double origin = shownFrames().origin;
     if (!file_ && !wholeSpan_) {
         wholeSpan_ = span();
     }
     setSpan(frameOfAxisX(upper - lower, unitX(), rate));
-    const bool wheel =
-        QApplication::mouseButtons() == Qt::NoButton && !QApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
-    if (!stays() && wheel) {
+    const bool chosenPlace = cause == kScoperaCauseDrag || cause == kScoperaCauseRectangle || cause == kScoperaCauseKey;
+    if (!stays() && !chosenPlace) {
         return;
     }
     held_ = held_ || !stays();

@@ -113,10 +113,13 @@ TEST(Driver, FailedLoadLeavesNoEarlierDriver) {
 
 TEST(ScoperLibrary, FaultyLibrariesAreRefused) {
     Catalogue catalogue;
-    const std::pair<std::string, const char*> cases[] = {{catalogue.folder.file("missing.bin"), ""},
-                                                         {libraryOfFault(0), "StaticFactory"},
-                                                         {libraryOfFault(2), "ISCOPERA"},
-                                                         {libraryOfFault(5), "ISCOPERA"}};
+    const std::pair<std::string, const char*> cases[] = {
+        {catalogue.folder.file("missing.bin"), ""},
+        {libraryOfFault(0), "StaticFactory"},
+        {libraryOfFault(2), "ISCOPERA"},
+        {libraryOfFault(5), "ISCOPERA"},
+        {libraryOfFault(6), "interface has version 1, this program's 2"},
+        {libraryOfFault(7), "interface has version 3, this program's 2"}};
     for (const auto& [path, reason] : cases) {
         SCOPED_TRACE(path);
         catalogue.installKey(scoperKey(), path);

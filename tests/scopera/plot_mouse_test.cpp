@@ -15,7 +15,8 @@ protected:
                           modifiers, Qt::NoScrollPhase, false);
         QApplication::sendEvent(view_, &event);
     }
-    void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+              Qt::KeyboardModifiers atRelease = Qt::NoModifier) {
         QTest::mousePress(view_, Qt::LeftButton, modifiers, from);
         for (int i = 1; i <= 4; ++i) {
             const QPoint place = from + (to - from) * i / 4;
@@ -23,7 +24,7 @@ protected:
                              modifiers);
             QApplication::sendEvent(view_, &move);
         }
-        QTest::mouseRelease(view_, Qt::LeftButton, modifiers, to);
+        QTest::mouseRelease(view_, Qt::LeftButton, atRelease, to);
     }
     void expectRange(int axis, double lower, double upper, double tolerance) {
         double low = 0;
@@ -45,12 +46,14 @@ TEST_F(PlotMouseTest, TheWheelZoomsAboutTheMouse) {
     expectRange(kScoperaAxisX, 5, 85, kPixelX);
     expectRange(kScoperaAxisY, -10, 10, 0);
     EXPECT_EQ(told_.rangeCalls[kScoperaAxisX], 1);
+    EXPECT_EQ(told_.cause[kScoperaAxisX], kScoperaCauseWheel);
     wheel(pixelOf(25, 0), -1);
     expectRange(kScoperaAxisX, 0, 100, kPixelX);
     wheel(pixelOf(50, 0), 1, Qt::ControlModifier);
     expectRange(kScoperaAxisY, -8, 8, kPixelY);
     wheel({5, pixelOf(0, 0).y()}, 1);
     expectRange(kScoperaAxisY, -6.4, 6.4, kPixelY);
+    EXPECT_EQ(told_.cause[kScoperaAxisY], kScoperaCauseWheel);
     EXPECT_EQ(told_.rangeCalls[kScoperaAxisX], 2);
 }
 
@@ -76,12 +79,21 @@ TEST_F(PlotMouseTest, ADragMovesThePictureAndAShakyOneOnlyAlong) {
     drag(pixelOf(50, 0), pixelOf(50, 2));
     expectRange(kScoperaAxisX, 10, 110, kPixelX);
     expectRange(kScoperaAxisY, -12, 8, kPixelY);
+    EXPECT_EQ(told_.cause[kScoperaAxisX], kScoperaCauseDrag);
+    EXPECT_EQ(told_.cause[kScoperaAxisY], kScoperaCauseDrag);
 }
 
 TEST_F(PlotMouseTest, ADragWithShiftZoomsIntoTheRectangle) {
-    drag(pixelOf(20, 5), pixelOf(60, -5), Qt::ShiftModifier);
-    expectRange(kScoperaAxisX, 20, 60, 2 * kPixelX);
-    expectRange(kScoperaAxisY, -5, 5, 2 * kPixelY);
+    for (const Qt::KeyboardModifier atRelease : {Qt::ShiftModifier, Qt::NoModifier}) {
+        told_ = {};
+        scoper_->SetRange(kScoperaAxisX, 0.0, 100.0);
+        scoper_->SetRange(kScoperaAxisY, -10.0, 10.0);
+        drag(pixelOf(20, 5), pixelOf(60, -5), Qt::ShiftModifier, atRelease);
+        expectRange(kScoperaAxisX, 20, 60, 2 * kPixelX);
+        expectRange(kScoperaAxisY, -5, 5, 2 * kPixelY);
+        EXPECT_EQ(told_.cause[kScoperaAxisX], kScoperaCauseRectangle);
+        EXPECT_EQ(told_.cause[kScoperaAxisY], kScoperaCauseRectangle);
+    }
     const int calls = told_.rangeCalls[kScoperaAxisX];
     drag(pixelOf(30, 0), pixelOf(30, 0) + QPoint(2, 2), Qt::ShiftModifier);
     EXPECT_EQ(told_.rangeCalls[kScoperaAxisX], calls) << "a rectangle of a few pixels is a slip of the hand";

@@ -20,10 +20,11 @@ Told& toldOf(void* context) {
 SCOPERAEvents eventsInto(Told& told) {
     SCOPERAEvents events{};
     events.m_pContext = &told;
-    events.m_pRangeChanged = [](void* context, int32_t axis, double lower, double upper) {
+    events.m_pRangeChanged = [](void* context, int32_t axis, double lower, double upper, int32_t cause) {
         ++toldOf(context).rangeCalls[axis];
         toldOf(context).lower[axis] = lower;
         toldOf(context).upper[axis] = upper;
+        toldOf(context).cause[axis] = cause;
     };
     events.m_pAutomaticWanted = [](void* context) { ++toldOf(context).automaticCalls; };
     events.m_pColumnSwitched = [](void* context, uint32_t column, int32_t visible) {

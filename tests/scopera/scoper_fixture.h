@@ -26,6 +26,7 @@ struct Told {
     int rangeCalls[2] = {};
     double lower[2] = {};
     double upper[2] = {};
+    int cause[2] = {};
     int automaticCalls = 0;
     int switchedColumn = -1;
     int switchedVisible = -1;

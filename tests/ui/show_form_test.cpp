@@ -57,6 +57,9 @@ protected:
         EXPECT_NEAR(scoper_.range[kScoperaAxisX].first, low, 1e-9);
         EXPECT_NEAR(scoper_.range[kScoperaAxisX].second, high, 1e-9);
     }
+    void zoom(int32_t axis, double low, double high, int32_t cause = kScoperaCauseWheel) {
+        scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, axis, low, high, cause);
+    }
     std::string recorded(int count) {
         std::vector<int16_t> words = frames(0, count);
         std::string name =
@@ -201,21 +204,23 @@ TEST_F(ShowForm, TheMouseHoldsThePictureAndADoubleClickLetsItGo) {
     form.show();
     begin(form);
     feed(form, 0, 100);
-    // Without a button it is the wheel, and the view goes on following.
-    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 60.0, 80.0);
-    expectX(80.0, 100.0);
-    EXPECT_EQ(settings_.axisXValue, 20.0);
-    QTest::mousePress(scoper_.view, Qt::LeftButton);
-    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 30.0, 50.0);
-    QTest::mouseRelease(scoper_.view, Qt::LeftButton);
-    expectX(30.0, 50.0);
-    EXPECT_EQ(settings_.followToData, 1) << "it is held, and followed again after a restart";
-    EXPECT_TRUE(form.findChild<QScrollBar*>("ScrollBar1")->isEnabled());
-    feed(form, 100, 10);
-    expectX(30.0, 50.0);
-    scoper_.events.m_pAutomaticWanted(scoper_.events.m_pContext);
-    expectX(60.0, 110.0);
-    EXPECT_TRUE(settings_.axisYAutoMode);
+    for (const int32_t cause : {int32_t{kScoperaCauseWheel}, int32_t{kScoperaCauseProgram}, 99}) {
+        zoom(kScoperaAxisX, 60.0, 80.0, cause);
+        expectX(80.0, 100.0);
+        EXPECT_EQ(settings_.axisXValue, 20.0) << "the view goes on following";
+    }
+    for (const int32_t cause : {kScoperaCauseDrag, kScoperaCauseRectangle, kScoperaCauseKey}) {
+        zoom(kScoperaAxisX, 30.0, 50.0, cause);
+        expectX(30.0, 50.0);
+        EXPECT_EQ(settings_.followToData, 1) << "it is held, and followed again after a restart";
+        EXPECT_TRUE(form.findChild<QScrollBar*>("ScrollBar1")->isEnabled());
+        feed(form, static_cast<int>(form.frameCount()), 10);
+        expectX(30.0, 50.0);
+        const auto end = static_cast<double>(form.frameCount());
+        scoper_.events.m_pAutomaticWanted(scoper_.events.m_pContext);
+        expectX(end - 50.0, end);
+        EXPECT_TRUE(settings_.axisYAutoMode);
+    }
 }
 
 // Whatever unit is shown, the setting keeps its own, and another run shows what this one did.
@@ -231,7 +236,7 @@ TEST_F(ShowForm, AZoomedScaleIsThereAfterARestart) {
             feed(form, 0, 100);
             EXPECT_EQ(scoper_.texts[kScoperaTextUnitY], unit == 0 ? "Volts" : unit == 2 ? "Microvolts" : "Millivolts");
             const double volt = unit == 0 ? 1.0 : unit == 2 ? 1e6 : 1e3;
-            scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisY, -0.1 * volt, 0.2 * volt);
+            zoom(kScoperaAxisY, -0.1 * volt, 0.2 * volt);
             EXPECT_FALSE(settings_.axisYAutoMode);
             EXPECT_NEAR(settings_.axisYValue, 0.2 * (unit == 1 ? 1e3 : unit == 2 ? 1e6 : 1.0), 1e-6);
             shown = scoper_.range[kScoperaAxisY];
@@ -265,7 +270,7 @@ TEST_F(ShowForm, ThePlaceOfTheMouseFollowsThePictureWithItsUnitAndItsDigits) {
     EXPECT_TRUE(status->text().endsWith(" mV"));
     feed(form, 100, 40);
     EXPECT_TRUE(status->text().startsWith("X 115.0 ms  Y ")) << status->text().toStdString();
-    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 139.95, 140.0);
+    zoom(kScoperaAxisX, 139.95, 140.0);
     languageTable().select(kLanguageRussian);
     form.Samples1Click(3);
     move(scoper_.range[kScoperaAxisX].first, true);
@@ -332,7 +337,7 @@ TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return scoper_.samples.size() == 2000; }));
     expectX(0.0, 1000.0);
     EXPECT_EQ(scoper_.samples[1999], 2 * 999);
-    scoper_.events.m_pRangeChanged(scoper_.events.m_pContext, kScoperaAxisX, 200.0, 210.0);
+    zoom(kScoperaAxisX, 200.0, 210.0);
     expectX(200.0, 210.0);
     EXPECT_EQ(settings_.axisXValue, 50.0) << "the span of live signals stays";
     QTest::keyClick(&form, Qt::Key_PageDown);

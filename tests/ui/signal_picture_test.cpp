@@ -11,12 +11,14 @@
 #include <QTimer>
 #include <QWheelEvent>
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "config/logs/debug_log.h"
 #include "core/devices/scoper_library.h"
 #include "language/language_table.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
+#include "tests/display/signal_source.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_form.h"
@@ -108,6 +110,9 @@ protected:
         QApplication::sendEvent(view(), &event);
     }
     void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers) {
+        drag(from, to, modifiers, modifiers);
+    }
+    void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers, Qt::KeyboardModifiers atRelease) {
         QTest::mousePress(view(), Qt::LeftButton, modifiers, from);
         for (int i = 1; i <= 4; ++i) {
             const QPoint place = from + (to - from) * i / 4;
@@ -115,7 +120,7 @@ protected:
                              Qt::LeftButton, modifiers);
             QApplication::sendEvent(view(), &move);
         }
-        QTest::mouseRelease(view(), Qt::LeftButton, modifiers, to);
+        QTest::mouseRelease(view(), Qt::LeftButton, atRelease, to);
     }
     void trigger(TextId text) {
         for (QAction* action : form_->findChildren<QAction*>()) {
@@ -219,6 +224,29 @@ TEST_F(SignalPicture, TheMouseZoomsMovesAndGoesBack) {
     QTest::mouseRelease(view(), Qt::LeftButton, Qt::NoModifier, middle);
     EXPECT_EQ(range(kScoperaAxisX), whole);
     EXPECT_TRUE(settings_.axisYAutoMode);
+}
+
+// Whoever lets Shift go a moment before the button still wants to look at what was marked.
+TEST_F(SignalPicture, ARectangleOfARunningSignalIsHeldWhateverKeyIsDown) {
+    settings_.axisXValue = 50.0;
+    ASSERT_TRUE(form_->tap().prepare(4, 4096, 4000.0));
+    LiveRecording recording;
+    recording.format = format16(2, 2);
+    recording.channels = {3, 7};
+    recording.everyFrameWritten = false;
+    form_->recordingStarted(std::move(recording));
+    const std::vector<int16_t> words(200, 400);
+    std::thread([&] { form_->tap().put(bytesOf(words)); }).join();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return form_->frameCount() == 100; }));
+    const QPoint middle = view()->rect().center();
+    for (const Qt::KeyboardModifier atRelease : {Qt::ShiftModifier, Qt::NoModifier}) {
+        QTest::mouseDClick(view(), Qt::LeftButton, Qt::NoModifier, middle);
+        QTest::mouseRelease(view(), Qt::LeftButton, Qt::NoModifier, middle);
+        EXPECT_EQ(range(kScoperaAxisX), std::pair(50.0, 100.0));
+        drag(middle - QPoint(100, 60), middle + QPoint(100, 60), Qt::ShiftModifier, atRelease);
+        EXPECT_GT(range(kScoperaAxisX).first, 55.0);
+        EXPECT_LT(range(kScoperaAxisX).second, 95.0) << "shows the newest frames instead of those that were marked";
+    }
 }
 
 TEST_F(SignalPicture, PicturesAreSavedAndCopiedWithTheirCursors) {

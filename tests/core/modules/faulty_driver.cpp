@@ -1,9 +1,10 @@
-// Driver libraries that a host must survive, one a value of FAULT.
+// Driver and plotting libraries that a host must survive, one a value of FAULT.
 
 #include <cstring>
 #include <stdexcept>
 
 #include <tarno2/IADCDevice.h>
+#include <tarno2/ISCOPERA.h>
 
 namespace {
 
@@ -36,6 +37,13 @@ public:
     int32_t TARNO2_CALL SetProgramDirectory(const char* /*folder*/) override { return 1; }
 };
 
+/// The first methods of a plotting object of another version: a host calls no others.
+class OtherScoper final {
+public:
+    virtual uint32_t TARNO2_CALL AbiVersion() { return FAULT == 6 ? kScoperaAbiVersion - 1 : kScoperaAbiVersion + 1; }
+    virtual void TARNO2_CALL Release() { delete this; }
+};
+
 }  // namespace
 
 #if FAULT == 0
@@ -46,6 +54,9 @@ TARNO2_EXPORT void* TARNO2_CALL SomethingElse(const char* /*interfaceName*/, uin
 TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags) {
     if (FAULT == 2) {
         throw std::runtime_error("no memory for a device");
+    }
+    if (FAULT >= 6 && std::strcmp(interfaceName, TARNO2_SCOPERA_INTERFACE) == 0) {
+        return new OtherScoper;
     }
     const bool known = std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) == 0 && flags == 0;
     return known && FAULT != 1 ? new Device : nullptr;
