@@ -3,8 +3,8 @@
 #
 #   scripts/check-long.sh [PRESET]      release is the default
 #
-# A minute of all 160 channels in real time; 4 GiB as fast as the board can be read; 5 s of a channel at 2 Hz. Takes
-# two to three minutes and 4 GiB in the folder for temporary files ($TMPDIR, else /tmp), which are removed at the end.
+# A minute of all 160 channels in real time; 4 GiB as fast as the board can be read. Takes two to three minutes and
+# 4 GiB in the folder for temporary files ($TMPDIR, else /tmp), which are removed at the end.
 # A busy machine may well miss samples of the board in real time: nothing else should run meanwhile.
 set -euo pipefail
 cd "$(dirname "$0")/.."

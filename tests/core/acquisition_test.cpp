@@ -41,7 +41,8 @@ struct Stream {
     float rate;
     uint32_t width;
     bool tellsCount;
-    bool obeys;  // makes a ring of whole frames when asked for it
+    bool obeys;        // makes a ring of whole frames when asked for it
+    uint32_t maximum;  // of the ring; 0: not told
     bool perChannel;
     bool hotPlug;
 };
@@ -56,14 +57,20 @@ void expectWholeStream(const Stream& stream) {
     device.numbers[kADCGetPerChannelFrequency] = stream.perChannel ? 1 : 0;
     device.numbers[kADCGetHotPlug] = stream.hotPlug ? 1 : 0;
     device.numbers[kADCGetHotPlugPresence] = 1;
+    if (stream.maximum != 0) {
+        device.numbers[kADCGetMaxBuffer] = stream.maximum;
+    }
     SessionRig rig(device);
+    const uint32_t fitting =
+        ringOfWholeFrames(stream.ring, stream.channels, stream.maximum == 0 ? UINT32_MAX : stream.maximum);
     const bool fits = stream.ring % (2 * stream.channels) == 0;
     const bool started = rig.prepare(stream.channels, stream.rate);
-    ASSERT_EQ(started, fits || stream.obeys);
+    ASSERT_EQ(started, fits || (stream.obeys && fitting != 0));
     if (!started) {
         EXPECT_EQ(rig.end().code, StopCode::Incompatible);
         return;
     }
+    EXPECT_EQ(rig.board->maxBufferSamples(), fits ? stream.ring : fitting);
     const uint64_t half = device.ringSize() / 2;
     const uint64_t total = half * 7 + half * 2 / 3;
     device.readerPaced = total;
@@ -90,10 +97,11 @@ TEST(Acquisition, EverySampleArrivesOnceAndInOrder) {
         stream.width = below(2) == 0 ? 2 : 4;
         stream.tellsCount = below(3) != 0;
         stream.obeys = below(6) != 0;
+        stream.maximum = below(3) == 0 ? std::max(stream.ring, 2 * stream.channels - below(2)) : 0;
         stream.perChannel = below(3) == 0;
         stream.hotPlug = below(4) == 0;
         if (i == 0 || i == 1) {
-            stream = {i == 0 ? 1U : 160U, i == 0 ? 32U : 100000U, 1.0F, 2, true, true, false, false};
+            stream = {i == 0 ? 1U : 160U, i == 0 ? 32U : 100000U, 1.0F, 2, true, true, 0, false, false};
         }
         SCOPED_TRACE(::testing::Message() << "case " << i << ": " << stream.channels << " channels, ring "
                                           << stream.ring << ", " << stream.rate << " Hz, width " << stream.width
@@ -105,145 +113,106 @@ TEST(Acquisition, EverySampleArrivesOnceAndInOrder) {
     }
 }
 
+constexpr uint32_t kHalf = 500;
+
 // How a recording of one channel over a ring of 1000 samples ends, and what is in its file then.
-struct Expected {
+struct Ending {
     const char* what;
     StopCode code;
-    ErrorDetail detail;
-    uint64_t saved;    // samples at least
-    bool exactly;      // and not more
-    const char* line;  // in the debug log
-    bool counted;      // noticed only where events are counted
-};
-struct Ending : Expected {
+    uint64_t saved;  // samples at least
     void (*script)(FakeDevice&);
+    const char* line = "";  // in the debug log
+    ErrorDetail detail = {};
+    bool exactly = true;   // not more samples
+    bool counted = false;  // noticed only where events are counted
 };
 
-constexpr uint32_t kHalf = 500;
+Ending overflow(const char* what, uint64_t saved, void (*script)(FakeDevice&), bool counted = false) {
+    return {what, StopCode::Error, saved, script, "!!!!! FIFO Overflow", ErrorDetail::Overflow, true, counted};
+}
 
 void paced(FakeDevice& device) {
     device.readerPaced = 20 * kHalf;
 }
 
+void pulledOutAfterTwoReads(FakeDevice& device) {
+    device.numbers[kADCGetHotPlug] = 1;
+    device.numbers[kADCGetHotPlugPresence] = 1;
+    device.afterRead = [&device](uint32_t read) { device.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
+}
+
+/// While the seventh half is copied, so many samples come.
+template <uint32_t Samples, bool Counted>
+void overtaken(FakeDevice& device) {
+    paced(device);
+    device.afterRead = [&device](uint32_t read) {
+        if (read == 6) {
+            device.tellsCount = device.tellsCount && Counted;
+            device.produce(Samples);
+        }
+    };
+}
+
+/// Two halves come between two looks at the count.
+void overtakenBetweenReads(FakeDevice& device) {
+    device.readerPaced = 4 * kHalf;
+    const auto asked = std::make_shared<int>(-1);  // how often for the count, since the fourth read
+    device.afterRead = [&device, asked](uint32_t read) {
+        if (read == 3) {
+            device.produce(kHalf);
+            *asked = 0;
+        }
+    };
+    device.afterGetCode = [&device, asked](uint32_t code) {
+        if (code == kADCGetSamplesWritten && *asked >= 0 && ++*asked == 2) {
+            device.produce(kHalf);
+        }
+    };
+}
+
 const Ending kEndings[] = {
-    {{"the first GetData fails",
-      StopCode::TransferError,
-      {},
-      0,
-      true,
-      "!!!!! GetData error at sample 0: scripted",
-      false},
-     [](FakeDevice& d) { paced(d), d.failingRead = 0; }},
-    {{"the sixth GetData fails",
-      StopCode::TransferError,
-      {},
-      5 * kHalf,
-      true,
-      "!!!!! GetData error at sample 2500: scripted",
-      false},
-     [](FakeDevice& d) { paced(d), d.failingRead = 5; }},
-    {{"GetData throws", StopCode::TransferError, {}, 0, true, "", false},
-     [](FakeDevice& d) { paced(d), d.throwing = "GetData"; }},
-    {{"Start is refused", StopCode::Error, ErrorDetail::Start, 0, true, "!!!!! Start ERROR", false},
-     [](FakeDevice& d) { d.startAnswer = 0; }},
-    {{"Start throws", StopCode::Error, ErrorDetail::Start, 0, true, "!!!!! Start ERROR", false},
-     [](FakeDevice& d) { d.throwing = "Start"; }},
-    {{"Get throws", StopCode::Incompatible, {}, 0, true, "", false}, [](FakeDevice& d) { d.throwing = "Get"; }},
-    {{"no data event at all", StopCode::NoData, {}, 0, true, "", false}, [](FakeDevice&) {}},
-    {{"the board falls silent within a half", StopCode::NoData, {}, 3 * kHalf + 77, true, "", false},
+    {"the first GetData fails", StopCode::TransferError, 0, [](FakeDevice& d) { paced(d), d.failingRead = 0; },
+     "!!!!! GetData error at sample 0: scripted"},
+    {"the sixth GetData fails", StopCode::TransferError, 5 * kHalf, [](FakeDevice& d) { paced(d), d.failingRead = 5; },
+     "!!!!! GetData error at sample 2500: scripted"},
+    {"GetData throws", StopCode::TransferError, 0, [](FakeDevice& d) { paced(d), d.throwing = "GetData"; }},
+    {"Start is refused", StopCode::Error, 0, [](FakeDevice& d) { d.startAnswer = 0; }, "!!!!! Start ERROR",
+     ErrorDetail::Start},
+    {"Start throws", StopCode::Error, 0, [](FakeDevice& d) { d.throwing = "Start"; }, "!!!!! Start ERROR",
+     ErrorDetail::Start},
+    {"Get throws", StopCode::Incompatible, 0, [](FakeDevice& d) { d.throwing = "Get"; }},
+    {"no data event at all", StopCode::NoData, 0, [](FakeDevice&) {}},
+    {"the board falls silent within a half", StopCode::NoData, 3 * kHalf + 77,
      [](FakeDevice& d) { d.readerPaced = 3 * kHalf + 77; }},
-    {{"silent, and Stop throws", StopCode::NoData, {}, 2 * kHalf, true, "", false},
+    {"silent, and Stop throws", StopCode::NoData, 2 * kHalf,
      [](FakeDevice& d) { d.readerPaced = 2 * kHalf, d.throwing = "Stop"; }},
-    {{"the wait for its event fails", StopCode::Error, ErrorDetail::Unknown, 77, true,
-      "!!!!! The wait for the board's data event failed: ", false},
-     [](FakeDevice& d) { d.eventLost = true, d.atStart = 77; }},
-    {{"pulled out after three halves",
-      StopCode::Unplug,
-      {},
-      4 * kHalf,
-      false,
-      "!!!!! Board unplug.... Thread stop",
-      false},
-     [](FakeDevice& d) {
-         d.readerPaced = 4 * kHalf + 33;
-         d.numbers[kADCGetHotPlug] = 1;
-         d.numbers[kADCGetHotPlugPresence] = 1;
-         d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
-     }},
-    {{"pulled out, and nothing can be fetched any more",
-      StopCode::Unplug,
-      {},
-      3 * kHalf,
-      true,
-      "!!!!! Board unplug.... Thread stop",
-      false},
-     [](FakeDevice& d) {
-         paced(d);
-         d.failingRead = 3;
-         d.numbers[kADCGetHotPlug] = 1;
-         d.numbers[kADCGetHotPlugPresence] = 1;
-         d.afterRead = [&d](uint32_t read) { d.numbers[kADCGetHotPlugPresence] = read < 2 ? 1 : 0; };
-     }},
-    {{"two unread halves at once, by the count", StopCode::Error, ErrorDetail::Overflow, 0, true, "!!!!! FIFO Overflow",
-      false},
-     [](FakeDevice& d) { d.atStart = 2 * kHalf; }},
-    {{"two unread halves at once, by the events", StopCode::Error, ErrorDetail::Overflow, 0, true,
-      "!!!!! FIFO Overflow", true},
-     [](FakeDevice& d) { d.atStart = 2 * kHalf, d.tellsCount = false; }},
-    {{"two unread halves after four good ones", StopCode::Error, ErrorDetail::Overflow, 4 * kHalf, true,
-      "!!!!! FIFO Overflow", false},
-     [](FakeDevice& d) {
-         d.readerPaced = 4 * kHalf;
-         const auto asked = std::make_shared<int>(-1);  // how often for the count, since the fourth read
-         d.afterRead = [&d, asked](uint32_t read) {
-             if (read == 3) {
-                 d.produce(kHalf);
-                 *asked = 0;
-             }
-         };
-         d.afterGetCode = [&d, asked](uint32_t code) {
-             if (code == kADCGetSamplesWritten && *asked >= 0 && ++*asked == 2) {
-                 d.produce(kHalf);
-             }
-         };
-     }},
-    {{"overwritten while it was copied", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true, "!!!!! FIFO Overflow",
-      false},
-     [](FakeDevice& d) {
-         paced(d);
-         d.afterRead = [&d](uint32_t read) {
-             if (read == 6) {
-                 d.produce(4 * kHalf + 1);
-             }
-         };
-     }},
-    {{"overwritten while it was copied, by the events", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true,
-      "!!!!! FIFO Overflow", true},
-     [](FakeDevice& d) {
-         paced(d);
-         d.tellsCount = false;
-         d.afterRead = [&d](uint32_t read) {
-             if (read == 6) {
-                 d.produce(kHalf);  // the second one since the read began
-             }
-         };
-     }},
-    {{"the count stops being answered", StopCode::NoData, {}, 20 * kHalf, true, "", false},
+    {"the wait for its event fails", StopCode::Error, 77, [](FakeDevice& d) { d.eventLost = true, d.atStart = 77; },
+     "!!!!! The wait for the board's data event failed: ", ErrorDetail::Unknown},
+    {"pulled out after three halves",
+     StopCode::Unplug,
+     4 * kHalf,
+     [](FakeDevice& d) { d.readerPaced = 4 * kHalf + 33, pulledOutAfterTwoReads(d); },
+     "!!!!! Board unplug.... Thread stop",
+     {},
+     false},
+    {"pulled out, and nothing can be fetched any more", StopCode::Unplug, 3 * kHalf,
+     [](FakeDevice& d) { paced(d), d.failingRead = 3, pulledOutAfterTwoReads(d); },
+     "!!!!! Board unplug.... Thread stop"},
+    overflow("two unread halves at once, by the count", 0, [](FakeDevice& d) { d.atStart = 2 * kHalf; }),
+    overflow(
+        "two unread halves at once, by the events", 0,
+        [](FakeDevice& d) { d.atStart = 2 * kHalf, d.tellsCount = false; }, true),
+    overflow("two unread halves after four good ones", 4 * kHalf, overtakenBetweenReads),
+    overflow("overwritten while it was copied", 6 * kHalf, overtaken<4 * kHalf + 1, true>),
+    overflow(
+        "overwritten while it was copied, by the events", 6 * kHalf,
+        [](FakeDevice& d) { overtaken<kHalf, true>(d), d.tellsCount = false; }, true),
+    {"the count stops being answered", StopCode::NoData, 20 * kHalf,
      [](FakeDevice& d) {
          d.readerPaced = 20 * kHalf + 77;
          d.afterRead = [&d](uint32_t read) { d.tellsCount = read < 2; };
      }},
-    {{"the count stops being answered while a half is copied", StopCode::Error, ErrorDetail::Overflow, 6 * kHalf, true,
-      "!!!!! FIFO Overflow", true},
-     [](FakeDevice& d) {
-         paced(d);
-         d.afterRead = [&d](uint32_t read) {
-             if (read == 6) {
-                 d.tellsCount = false;
-                 d.produce(kHalf);
-             }
-         };
-     }}};
+    overflow("the count stops being answered while a half is copied", 6 * kHalf, overtaken<kHalf, false>, true)};
 
 TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
     for (const Ending& c : kEndings) {
@@ -307,26 +276,17 @@ TEST(Acquisition, ReportTellsTheReadThatFailed) {
     EXPECT_EQ(report.partNumber, 2);
 }
 
-TEST(Acquisition, StopWakesAThreadThatWaitsForItsStart) {
-    FakeDevice device;
-    SessionRig rig(device);
-    ASSERT_TRUE(rig.prepare(2, kFast));
-    EXPECT_EQ(rig.stop().code, StopCode::User);
-    EXPECT_EQ(device.countCalls("Start"), 0U);
-    EXPECT_FALSE(fileExists(rig.dataName));
-}
-
-TEST(Acquisition, CancelledStartNeverReachesTheBoard) {
-    FakeDevice device;
-    SessionRig rig(device);
-    ASSERT_TRUE(rig.prepare(2, kFast));
-    rig.board->endThread();
-    const auto end = rig.notes.nextEnd();
-    ASSERT_TRUE(end.has_value());
-    EXPECT_EQ(end->result.code, StopCode::User);
-    EXPECT_EQ(device.countCalls("Start") + device.countCalls("Stop"), 0U);
-    EXPECT_FALSE(fileExists(rig.dataName));
-    EXPECT_EQ(rig.driver.blockCount(), 1);
+TEST(Acquisition, AStartThatIsStoppedOrCancelledNeverReachesTheBoard) {
+    for (const bool cancelled : {false, true}) {
+        FakeDevice device;
+        SessionRig rig(device);
+        ASSERT_TRUE(rig.prepare(2, kFast));
+        cancelled ? rig.board->endThread() : rig.board->requestStop();
+        EXPECT_EQ(rig.end().code, StopCode::User);
+        EXPECT_EQ(device.countCalls("Start") + device.countCalls("Stop"), 0U);
+        EXPECT_FALSE(fileExists(rig.dataName));
+        EXPECT_EQ(rig.driver.blockCount(), 1);
+    }
 }
 
 // A board that waits for an external signal is waited for without limit, its presence asked in slices, and a stop
@@ -458,19 +418,6 @@ TEST(Acquisition, EvaluatorEndsTheRecording) {
         EXPECT_EQ(rig.end().code, c.code) << c.answer;
         EXPECT_TRUE(rig.data() == streamBytes(0, c.saved, 2)) << c.answer;
     }
-}
-
-TEST(Acquisition, SizeLimitEndsTheRecording) {
-    FakeDevice device;
-    device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
-    paced(device);
-    SessionRig rig(device);
-    ASSERT_TRUE(rig.prepare(1, kFast, 2346));
-    rig.board->Begin();
-    const RecordingResult result = rig.end();
-    EXPECT_EQ(result.code, StopCode::StopMeasuring);
-    EXPECT_EQ(result.bytes, 2346U);
-    EXPECT_TRUE(rig.data() == streamBytes(0, 1173, 2));
 }
 
 TEST(Acquisition, DecimationRunsOnAcrossBlocks) {

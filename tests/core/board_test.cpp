@@ -162,52 +162,6 @@ TEST(Board, WrongCorrectionsAreRefused) {
     }
 }
 
-TEST(Board, RingOfWholeFramesIsAskedForOnceMore) {
-    struct Case {
-        const char* what;
-        uint32_t channels;
-        uint32_t ring;     // what the driver makes at first
-        uint32_t maximum;  // 0: not told
-        bool obeys;        // makes the ring asked for the second time
-        uint32_t rings;    // how often it is asked
-        uint32_t size;     // 0: refused
-    };
-    const Case cases[] = {
-        {"fits at once", 3, 600, 0, true, 1, 600},
-        {"rounded up", 3, 1000, 0, true, 2, 1002},
-        {"the maximum is in the way", 3, 1000, 1001, true, 2, 996},
-        {"insists", 3, 1000, 0, false, 2, 0},
-        {"one frame a half at least", 160, 32, 0, true, 2, 320},
-        {"not even that fits", 160, 32, 300, true, 1, 0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        FakeDevice device;
-        uint32_t made = 0;
-        device.ring = [&](uint32_t asked, uint32_t time) {
-            made = time + 1;
-            return time > 0 && c.obeys ? asked : c.ring;
-        };
-        if (c.maximum != 0) {
-            device.numbers[kADCGetMaxBuffer] = c.maximum;
-        }
-        ScopedDebugLog log;
-        {
-            SessionRig rig(device);
-            EXPECT_EQ(rig.prepare(c.channels, 1000.0F), c.size != 0);
-            EXPECT_EQ(made, c.rings);
-            EXPECT_EQ(rig.board->failure().kind,
-                      c.size == 0 ? StartFailure::Kind::Incompatible : StartFailure::Kind::None);
-            if (c.size != 0) {
-                EXPECT_EQ(rig.board->maxBufferSamples(), c.size);
-            } else {
-                EXPECT_EQ(rig.end().code, StopCode::Incompatible);
-            }
-        }
-        EXPECT_EQ(log.finish().find("can't hold whole frames") != std::string::npos, c.size == 0);
-    }
-}
-
 TEST(Board, RingThatCannotBeToldOrChangesEndsTheStart) {
     struct Case {
         const char* what;

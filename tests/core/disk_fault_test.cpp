@@ -12,7 +12,6 @@
 #include "core/storage/data_writer.h"
 #include "platform/clock.h"
 #include "platform/file.h"
-#include "records/recorded_format.h"
 #include "tests/core/faulty_disk.h"
 #include "tests/core/rig.h"
 
@@ -21,22 +20,9 @@ namespace {
 
 constexpr uint64_t kCache = DataWriter::kCacheBytes;
 
-/// What a description needs to be read back.
-void describe(WriterSetup& setup) {
-    setup.facts.driverName = "Fake";
-    setup.facts.totalFrequency = 7000.0;
-    setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
-}
-
 /// A writer on a faulty disk, fed with the stream of test samples in frames of 7 channels.
 struct DiskRig {
-    DiskRig() {
-        setup.fileName = folder.file("run.dat");
-        setup.channelCount = 7;
-        describe(setup);
-        setup.facts.ranges.assign(7, {5.0, -5.0});
-        setup.makeFile = disk.maker();
-    }
+    DiskRig() { setup.makeFile = disk.maker(); }
     [[nodiscard]] bool open() { return writer.open(setup, description) == 0; }
     /// Writes blocks of whole frames until so many bytes were accepted, or the writer wants no more.
     int32_t feed(uint64_t bytes) {
@@ -56,11 +42,7 @@ struct DiskRig {
                 continue;
             }
             const std::string data = readFile(folder.file(name));
-            RecordedFormat format;
-            std::string missing;
-            EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(folder.file(name)), format, missing))
-                << name << ": " << missing;
-            EXPECT_EQ(format.frames * 14, data.size()) << name;
+            EXPECT_EQ(describedFrames(folder.file(name)) * 14, data.size()) << name;
             all += data;
         }
         return all;
@@ -68,7 +50,7 @@ struct DiskRig {
 
     const TemporaryFolder folder;
     FaultyDisk disk;
-    WriterSetup setup;
+    WriterSetup setup = fakeSetup(folder.file("run.dat"), 7);
     RecordDescription description;
     DataWriter writer;
     uint64_t position = 0;
@@ -93,8 +75,6 @@ TEST(DiskFault, AStallIsWaitedForInMemoryAndThenByTheWriter) {
     EXPECT_EQ(rig.disk.flushedBytes(), rig.position) << "the disk has it when it is closed";
 }
 
-// Every 40th write ends only when twenty more caches were handed over, as in three seconds of 20 MB/s: the one that
-// hands them over would hang if it waited for the disk.
 TEST(DiskFault, MemoryIsTakenAsFarAsTheProcessMayHaveIt) {
     const struct {
         uint64_t room;
@@ -116,6 +96,8 @@ TEST(DiskFault, MemoryIsTakenAsFarAsTheProcessMayHaveIt) {
     }
 }
 
+// Every tenth write ends only when eight more caches were handed over: the one that hands them over would hang if it
+// waited for the disk.
 TEST(DiskFault, StallsShorterThanTheMemoryHoldNobodyUp) {
     constexpr uint64_t kBytes = 24 * kCache;
     DiskRig rig;
@@ -230,16 +212,13 @@ struct SessionOnDisk {
     SessionOnDisk() {
         device.ring = [](uint32_t, uint32_t) { return 2 * kHalf; };
         session.emplace(device);
-        describe(session->setup);
+        session->setup = fakeSetup({}, 3);
         session->setup.makeFile = disk.maker();
     }
     /// The file's bytes, after the end.
     [[nodiscard]] std::string described() const {
         const std::string data = session->data();
-        RecordedFormat format;
-        std::string missing;
-        EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(session->dataName), format, missing)) << missing;
-        EXPECT_EQ(format.frames * 6, data.size());
+        EXPECT_EQ(describedFrames(session->dataName) * 6, data.size());
         return data;
     }
     FaultyDisk disk;
@@ -361,6 +340,7 @@ TEST(DiskFault, ReadBackSeesWhatWasAcceptedWhereverItIs) {
     std::string all(rig.position + 5, '\0');
     EXPECT_EQ(rig.writer.readBack(0, reinterpret_cast<std::byte*>(all.data()), all.size()), rig.position);
     EXPECT_TRUE(all.starts_with(expected.substr(0, rig.position)));
+    EXPECT_EQ(rig.writer.readBack(rig.position + 5, reinterpret_cast<std::byte*>(all.data()), all.size()), 0U);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ public:
     uint32_t failingCreate = ~0U;  ///< the first file that can't be made, from 0
     bool failingFlush = false;
     bool failingClose = false;
-    bool shortWrites = false;                   ///< every other write takes half and says nothing of it
+    bool shortWrites = false;                   ///< every other write takes half and returns no error
     std::function<void(uint32_t)> beforeWrite;  ///< may take its time; called with the number of the write, from 0
     std::function<void()> beforeClose;          ///< likewise
 

@@ -6,6 +6,7 @@
 
 #include "config/files/recording_name.h"
 #include "platform/file.h"
+#include "records/recorded_format.h"
 
 namespace tarno2::test {
 
@@ -59,6 +60,28 @@ size_t NotificationLog::progressCount() {
 size_t NotificationLog::slowDiskCount() {
     const std::lock_guard lock(mutex_);
     return slowDisk_;
+}
+
+WriterSetup fakeSetup(const std::string& name, uint32_t channels) {
+    WriterSetup setup;
+    setup.fileName = name;
+    setup.channelCount = channels;
+    setup.facts.driverName = "Fake";
+    setup.facts.totalFrequency = 1000.0 * channels;
+    setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
+    setup.facts.ranges.assign(channels, {5.0, -5.0});
+    return setup;
+}
+
+uint64_t describedFrames(const std::string& dataName) {
+    RecordedFormat format;
+    std::string missing;
+    EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(dataName), format, missing))
+        << dataName << ": " << missing;
+    EXPECT_EQ(format.driverName, "Fake");
+    EXPECT_EQ(format.frequencyPerChannel, 1000.0);
+    EXPECT_EQ(format.layout.digitalBits, 2);
+    return format.frames;
 }
 
 SessionRig::SessionRig(FakeDevice& fake)

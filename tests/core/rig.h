@@ -56,6 +56,12 @@ private:
     size_t slowDisk_ = 0;
 };
 
+/// What a writer gets for a recording of the fake board: so many channels at 1000 frames a second.
+[[nodiscard]] WriterSetup fakeSetup(const std::string& name, uint32_t channels);
+
+/// The frames that the description of such a data file tells; a failed expectation when it is not as it has to be.
+[[nodiscard]] uint64_t describedFrames(const std::string& dataName);
+
 /// A fake board behind a driver, with a session and a file for it to write.
 class SessionRig {
 public:

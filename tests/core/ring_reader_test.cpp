@@ -37,21 +37,6 @@ TEST(StreamTiming, FollowsFromRateAndRing) {
     }
 }
 
-TEST(RingReader, ReadsFilledHalvesInOrder) {
-    RingReader ring(120, 3, 59);
-    EXPECT_EQ(ring.nextHalves().count, 0U);
-    for (uint64_t half = 0; half < 7; ++half) {
-        ring.halvesFilled(1);
-        const RingReader::Part part = ring.nextHalves();
-        EXPECT_EQ(part.offset, half % 2 * 60);
-        EXPECT_EQ(part.count, 60U);
-        EXPECT_FALSE(ring.overflows(part));
-        ring.advance(part.count);
-        EXPECT_EQ(ring.nextHalves().count, 0U);
-    }
-    EXPECT_EQ(ring.readPosition(), 420U);
-}
-
 TEST(RingReader, ThresholdHasToBeExceeded) {
     RingReader equal(120, 3, 60);
     equal.halvesFilled(1);
@@ -60,64 +45,6 @@ TEST(RingReader, ThresholdHasToBeExceeded) {
     RingReader less(120, 3, 59);
     less.halvesFilled(1);
     EXPECT_EQ(less.nextHalves().count, 60U);
-}
-
-TEST(RingReader, TwoUnreadHalvesAreAnOverflowNotNothing) {
-    RingReader byEvents(120, 3, 59);
-    byEvents.halvesFilled(2);
-    EXPECT_EQ(byEvents.nextHalves().count, 120U);
-    EXPECT_TRUE(byEvents.overflows(byEvents.nextHalves()));
-
-    RingReader byCount(120, 3, 59);
-    byCount.samplesWritten(119);
-    EXPECT_FALSE(byCount.overflows(byCount.nextHalves()));
-    EXPECT_EQ(byCount.nextHalves().count, 60U);
-    byCount.samplesWritten(120);
-    EXPECT_TRUE(byCount.overflows(byCount.nextHalves()));
-    EXPECT_FALSE(byCount.overwritten()) << "full, but nothing is lost yet";
-    byCount.samplesWritten(121);
-    EXPECT_TRUE(byCount.overwritten());
-}
-
-TEST(RingReader, EventsTakeOverWhereTheCountStops) {
-    RingReader ring(120, 3, 59);
-    ring.halvesFilled(1);
-    ring.samplesWritten(75);
-    ring.advance(75);
-    ring.halvesFilled(0);
-    EXPECT_EQ(ring.nextHalves().count, 0U);
-    ring.halvesFilled(1);
-    EXPECT_EQ(ring.written(), 120U);
-    EXPECT_EQ(ring.nextHalves().offset, 75U);
-    EXPECT_EQ(ring.nextHalves().count, 45U) << "a half that was begun is not too little to bother";
-
-    RingReader once(120, 3, 59);  // two events that came as one, and an event that told nothing
-    once.halvesFilled(1);
-    once.samplesWritten(125);
-    once.halvesFilled(0);
-    EXPECT_EQ(once.halvesPosition(), 120U);
-    once.halvesFilled(1);
-    EXPECT_EQ(once.halvesPosition(), 180U);
-    once.samplesWritten(170);
-    EXPECT_EQ(once.halvesPosition(), 120U);
-    once.halvesFilled(1);
-    EXPECT_EQ(once.written(), 180U);
-}
-
-TEST(RingReader, RestComesInStretchesOfWholeFrames) {
-    RingReader ring(120, 3, 59);
-    ring.samplesWritten(60);
-    ring.advance(60);
-    ring.samplesWritten(60 + 60 + 31);
-    RingReader::Part part = ring.nextStretch(ring.written());
-    EXPECT_EQ(part.offset, 60U);
-    EXPECT_EQ(part.count, 60U) << "up to the ring's end";
-    ring.advance(part.count);
-    part = ring.nextStretch(ring.written());
-    EXPECT_EQ(part.offset, 0U);
-    EXPECT_EQ(part.count, 30U) << "the torn frame stays";
-    ring.advance(part.count);
-    EXPECT_EQ(ring.nextStretch(ring.written()).count, 0U);
 }
 
 TEST(RingReader, PositionsGoOnBeyond32Bits) {

@@ -1,6 +1,7 @@
 // What a recording leaves on the disk does not depend on how its data waited in memory.
 
 #include <algorithm>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <map>
 #include <vector>
@@ -9,8 +10,9 @@
 #include "core/storage/data_writer.h"
 #include "platform/file.h"
 #include "platform/paths.h"
-#include "tests/core/fake_device.h"
+#include "records/key_value_file.h"
 #include "tests/core/faulty_disk.h"
+#include "tests/core/rig.h"
 #include "tests/support/temporary_folder.h"
 
 namespace tarno2::test {
@@ -43,26 +45,41 @@ const Case kCases[] = {
     {"records", 2, 0, 0, 500, {500, 5000, 500000, 500}},
     {"records in pieces", 2, 5000, 0, 500, {500, 5000, 1000}},
     {"records in pieces with a limit", 2, 5000, 21000, 500, {500, 5000, 1000}},
+    {"a frame larger than a piece", 8, 10, 0, 0, {3}},
+    {"blocks that end anywhere", 3, 30, 0, 0, {1, 3, 1, 7, 3}},
+    {"limit where a piece ends", 2, 40, 80, 0, {20, 20}},
+    {"limit in the first block, larger than the cache", 1, 0, 7 * kMebi, 0, {4 * kMebi}},
+    {"limit in a later block, larger than the cache", 1, 0, 5 * kMebi, 0, {2 * kMebi, 2 * kMebi}},
+    {"limit in a block larger than the cache that is not empty", 1, 0, 4 * kMebi, 0, {kMebi, 2 * kMebi}},
+    {"records larger than a piece", 1, 20, 0, 15, {30, 15}},
+    {"limit in a record", 1, 0, 250, 50, {100, 100}},
+    {"limit in a record of a piece", 1, 200, 350, 50, {250}},
+    {"limit in a record that the cache has no room for",
+     1,
+     0,
+     (kCache / 100 + 1) * 100,
+     50,
+     {150, (kCache / 100 - 3) * 50, 450}},
     {"records and a limit at the cache", 1, 0, kCache + 200, 1000, {1000000, 572000, 2000}},
 };
 
 using Files = std::map<std::string, std::string>;
 
+constexpr uint64_t kSkipped = 1000;  // bytes
+
 /// How data wait: each a disk and a longest wait.
 struct Waiting {
     const char* what;
     uint32_t longestWaitMs;
-    bool held;  // nothing reaches the disk before all is in memory
+    bool held;          // nothing reaches the disk before all is in memory
+    bool room = false;  // blocks are put right into the cache; their first words are not handed over
 };
 
 Files recordInto(const TemporaryFolder& folder, const Case& c, const Waiting& waiting) {
     FaultyDisk disk;
-    WriterSetup setup;
-    setup.fileName = folder.file("run.dat");
-    setup.channelCount = c.channels;
+    WriterSetup setup = fakeSetup(folder.file("run.dat"), c.channels);
     setup.pieceBytes = c.pieceBytes;
     setup.limitBytes = c.limitBytes;
-    setup.facts.ranges.assign(c.channels, {5.0, -5.0});
     setup.bufferBytes = 16 * kMebi;
     setup.longestWaitMs = waiting.longestWaitMs;
     setup.makeFile = disk.maker();
@@ -74,6 +91,7 @@ Files recordInto(const TemporaryFolder& folder, const Case& c, const Waiting& wa
     EXPECT_EQ(writer.open(setup, description), 0);
     uint64_t position = 0;
     uint64_t points = 0;
+    int32_t result = 0;
     for (const uint64_t frames : c.frames) {
         const std::string data = streamBytes(position, frames * c.channels, 2);
         const uint64_t unit = setup.frameBytes() * std::max<uint64_t>(c.recordFrames, 1);
@@ -82,8 +100,13 @@ Files recordInto(const TemporaryFolder& folder, const Case& c, const Waiting& wa
             event.point = ++points;
         }
         position += frames * c.channels;
-        EXPECT_GE(writer.Write(reinterpret_cast<const std::byte*>(data.data()), data.size(), unit, events), 0);
+        const auto* from = reinterpret_cast<const std::byte*>(data.data());
+        if (std::byte* room = waiting.room ? writer.room(data.size() + kSkipped) : nullptr; room != nullptr) {
+            from = static_cast<std::byte*>(std::memcpy(room + kSkipped, from, data.size()));
+        }
+        result = writer.Write(from, data.size(), unit, events);
     }
+    EXPECT_EQ(result, c.limitBytes == 0 ? 0 : 1);
     disk.release();
     EXPECT_TRUE(writer.Close());
     Files files;
@@ -98,7 +121,7 @@ Files recordInto(const TemporaryFolder& folder, const Case& c, const Waiting& wa
 }
 
 /// The files as a writer without threads leaves them: blocks are gathered in one cache, which is written together with
-/// the block that would fill it, unless the limit has cut that block short.
+/// the block that would fill it, unless the limit has cut that block short and it is none that fills it alone.
 std::vector<std::string> plainPieces(const Case& c) {
     const uint64_t frame = 2 * c.channels;
     const uint64_t unit = frame * std::max<uint64_t>(c.recordFrames, 1);
@@ -110,6 +133,7 @@ std::vector<std::string> plainPieces(const Case& c) {
     for (const uint64_t frames : c.frames) {
         std::string data = streamBytes(position, frames * c.channels, 2);
         position += frames * c.channels;
+        const bool alone = data.size() >= kCache;  // fills the cache
         const bool cut = c.limitBytes != 0 && total + data.size() > c.limitBytes;
         data.resize(cut ? c.limitBytes - total : data.size());
         while (!data.empty()) {
@@ -125,7 +149,7 @@ std::vector<std::string> plainPieces(const Case& c) {
             }
             const bool fills = cache + part >= kCache;
             cache = fills ? 0 : cache + part;
-            if (!fills || !cut || part < data.size()) {
+            if (!fills || !cut || part < data.size() || alone) {
                 pieces.back().append(data, 0, part);
                 total += part;
             }
@@ -136,11 +160,37 @@ std::vector<std::string> plainPieces(const Case& c) {
     return pieces;
 }
 
+/// Points of the events that the description of a data file lists.
+std::vector<int32_t> listedPoints(const std::string& dataName) {
+    KeyValueFile file;
+    std::vector<int32_t> points(100000);
+    uint32_t count = 0;
+    EXPECT_TRUE(file.openForReading(RecordDescription::fileNameFor(dataName))) << dataName;
+    if (!file.readInt32Array("SynchroListPoint", points, count)) {
+        count = 0;
+    }
+    points.resize(count);
+    return points;
+}
+
+/// Each description tells the frames of its file, and the events of the records that begin there.
+void expectDescribed(const std::vector<std::string>& names, const std::vector<std::string>& data, const Case& c) {
+    int32_t point = 0;
+    for (size_t k = 0; k < names.size(); ++k) {
+        const uint64_t frames = data[k].size() / (2 * c.channels);
+        EXPECT_EQ(describedFrames(names[k]), frames) << k;
+        std::vector<int32_t> points(c.recordFrames == 0 ? 0 : (frames + c.recordFrames - 1) / c.recordFrames);
+        std::generate(points.begin(), points.end(), [&point] { return ++point; });
+        EXPECT_EQ(listedPoints(names[k]), points) << k;
+    }
+}
+
 TEST(SameBytes, HoweverTheDataWaited) {
     constexpr Waiting kWays[] = {{"whole caches", 600000, false},
                                  {"hardly at all", 1, false},
                                  {"all in memory", 600000, true},
-                                 {"all in memory, then due", 1, true}};
+                                 {"all in memory, then due", 1, true},
+                                 {"in the cache from the first", 600000, false, true}};
     for (const Case& c : kCases) {
         SCOPED_TRACE(c.what);
         const std::vector<std::string> expected = plainPieces(c);
@@ -152,9 +202,12 @@ TEST(SameBytes, HoweverTheDataWaited) {
             first = first.empty() ? files : first;
             EXPECT_TRUE(files == first);
             ASSERT_EQ(files.size(), 2 * expected.size());
+            std::vector<std::string> names;
             for (uint32_t k = 0; k < expected.size(); ++k) {
-                EXPECT_TRUE(files.at(fileNameOf(RecordingName("run.dat").piece(k))) == expected[k]) << k;
+                names.push_back(RecordingName(folder.file("run.dat")).piece(k));
+                EXPECT_TRUE(files.at(fileNameOf(names.back())) == expected[k]) << k;
             }
+            expectDescribed(names, expected, c);
         }
     }
 }

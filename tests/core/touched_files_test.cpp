@@ -13,7 +13,6 @@
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
-#include "records/recorded_format.h"
 #include "tests/core/rig.h"
 
 namespace tarno2::test {
@@ -29,14 +28,8 @@ constexpr uint64_t kRecord = 5 * kFrame;
 /// A recording of 3 channels that brings everything to the disk at once, fed with the stream of test samples.
 struct TouchedRig {
     TouchedRig() {
-        setup.fileName = folder.file("run.dat");
-        setup.channelCount = 3;
         setup.longestWaitMs = 5;
         setup.flushPeriodMs = 1;
-        setup.facts.driverName = "Fake";
-        setup.facts.totalFrequency = 3000.0;
-        setup.facts.layout = {2, 0, 0x3FFF, 14, 14, 0xC000, 2, 1};
-        setup.facts.ranges.assign(3, {5.0, -5.0});
     }
     [[nodiscard]] int32_t open() { return writer.open(setup, description); }
     void feed(uint64_t bytes, uint64_t unit = kFrame) {
@@ -49,17 +42,11 @@ struct TouchedRig {
         position += bytes;
     }
     [[nodiscard]] std::vector<std::string> files() const { return listDirectory(folder.path()); }
-    [[nodiscard]] uint64_t describedFrames(const char* name) const {
-        RecordedFormat format;
-        std::string missing;
-        EXPECT_TRUE(readRecordedFormat(RecordDescription::fileNameFor(folder.file(name)), format, missing))
-            << name << ": " << missing;
-        return format.frames;
-    }
+    [[nodiscard]] uint64_t frames(const char* name) const { return describedFrames(folder.file(name)); }
 
     ScopedDebugLog log;
     TemporaryFolder folder;
-    WriterSetup setup;
+    WriterSetup setup = fakeSetup(folder.file("run.dat"), 3);
     RecordDescription description;
     DataWriter writer;
     uint64_t position = 0;
@@ -113,7 +100,7 @@ TEST(TouchedFiles, RecordingGoesOnInTheNextFile) {
         const uint64_t kept = rig.position - rest.size();
         EXPECT_EQ(kept % c.unit, 0U);
         EXPECT_TRUE(rest == streamBytes(kept / 2, rest.size() / 2, 2));
-        EXPECT_EQ(rig.describedFrames(c.next), rest.size() / kFrame);
+        EXPECT_EQ(rig.frames(c.next), rest.size() / kFrame);
         EXPECT_EQ(rig.writer.savedBytes(), rest.size());
         EXPECT_EQ(rig.writer.savedFiles(), 1U);
         EXPECT_EQ(rig.writer.writtenBytes(), rig.position);
@@ -164,7 +151,7 @@ TEST(TouchedFiles, AJournalIsMadeAnewAndDataFilesStayLockedWithoutOne) {
     }));
     EXPECT_EQ(recoverRecording(journal)->outcome, RecoveryReport::Outcome::InProgress);
     EXPECT_TRUE(rig.writer.Close());
-    EXPECT_EQ(rig.describedFrames("run.dat"), rig.position / kFrame);
+    EXPECT_EQ(rig.frames("run.dat"), rig.position / kFrame);
     EXPECT_THAT(rig.files(), ElementsAre("run.dat", "run.txt"));
 
     languageTable().select(kLanguageEnglish);
@@ -202,14 +189,14 @@ TEST(TouchedFiles, ADescriptionIsTriedAgain) {
         EXPECT_EQ(rig.writer.Close(), late) << rig.writer.writeError();
         EXPECT_EQ(rig.writer.savedBytes(), 25 * kFrame);
         EXPECT_EQ(rig.writer.savedFiles(), 3U);
-        EXPECT_EQ(rig.describedFrames("run_2.dat"), 5U);
+        EXPECT_EQ(rig.frames("run_2.dat"), 5U);
         if (!late) {
             EXPECT_THAT(rig.writer.writeError(), HasSubstr("run.txt\" could not be written: "));
             ASSERT_TRUE(makeRoom());
             EXPECT_EQ(recoverFolder(rig.folder.path()).size(), 1U) << "the journal tells of them";
         }
-        EXPECT_EQ(rig.describedFrames("run.dat"), 10U);
-        EXPECT_EQ(rig.describedFrames("run_1.dat"), 10U);
+        EXPECT_EQ(rig.frames("run.dat"), 10U);
+        EXPECT_EQ(rig.frames("run_1.dat"), 10U);
         EXPECT_THAT(rig.files(), ElementsAre("run.dat", "run.txt", "run_1.dat", "run_1.txt", "run_2.dat", "run_2.txt"));
     }
 }
