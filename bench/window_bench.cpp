@@ -79,12 +79,12 @@ void press(QWidget& widget, int key, Qt::KeyboardModifiers modifiers = Qt::NoMod
 
 ProgramSettings settingsIn(const ScratchFolder& folder) {
     ProgramSettings settings;
-    settings.driver = "Simulator";
-    settings.base = 2;
-    settings.frequency = 10e6;
+    settings.wish.driver = "Simulator";
+    settings.wish.base = 2;
+    settings.wish.frequency = 10e6;
     settings.checkDiskSpeed = false;
     settings.extendedChannelMode = true;
-    settings.fileName = folder.file("run.dat");
+    settings.wish.fileName = folder.file("run.dat");
     settings.channels[0].active = true;
     return settings;
 }

@@ -50,8 +50,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     file.loadText(text);
     ProgramSettings settings;
     readSettings(file, settings);
-    const SynchroSizes& sizes = settings.synchroSizes;
-    if (sizes.prehistory < 0 || sizes.history < 0 || settings.frequencyList.size() > 1000 || settings.base < 0) {
+    const SynchroSizes& sizes = settings.wish.synchroSizes;
+    if (sizes.prehistory < 0 || sizes.history < 0 || settings.frequencyList.size() > 1000 ||
+        settings.wish.base > 0x7FFFFFFF) {
         std::abort();
     }
     return 0;

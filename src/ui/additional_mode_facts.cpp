@@ -6,7 +6,7 @@
 
 namespace tarno2 {
 
-AdditionalModeFacts additionalModeFacts(const RecordingSettings& settings, BoardSelection& selection) {
+AdditionalModeFacts additionalModeFacts(const RecordingWish& settings, BoardSelection& selection) {
     const BoardFacts& board = selection.driver().facts();
     AdditionalModeFacts facts;
     for (size_t i = 0; i < settings.channels.size(); ++i) {

@@ -7,6 +7,6 @@
 namespace tarno2 {
 
 /// What the synchronisation window shows of a recording with these settings on the chosen board.
-[[nodiscard]] AdditionalModeFacts additionalModeFacts(const RecordingSettings& settings, BoardSelection& selection);
+[[nodiscard]] AdditionalModeFacts additionalModeFacts(const RecordingWish& settings, BoardSelection& selection);
 
 }  // namespace tarno2

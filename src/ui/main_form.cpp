@@ -40,7 +40,7 @@ constexpr uint32_t kDisplaylessPeriodMs = 20;
 
 }  // namespace
 
-T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings> console)
+T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish> console)
     : programDirectory_(std::move(programDirectory)),
       console_(std::move(console)),
       selection_(
@@ -63,7 +63,7 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<AutoSettings>
     refreshTimer_.setInterval(kRefreshPeriodMs);
     connect(&search_, &BoardSearch::slow, this, [this] { showLooking(true); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
-    additionalWindow_ = new T_AdditionalModeWindow(settings_.synchro, settings_.synchroSizes, this);
+    additionalWindow_ = new T_AdditionalModeWindow(settings_.wish.synchro, settings_.wish.synchroSizes, this);
     additionalWindow_->setQuiet(console_.has_value());
     connect(additionalWindow_, &QDialog::finished, this, &T_MainForm::showConditions);
     new WheelGuard(this);

@@ -14,8 +14,8 @@
 #include "config/files/disk_speed.h"
 #include "config/files/file_name_check.h"
 #include "config/files/file_naming.h"
-#include "config/settings/auto_settings.h"
 #include "config/settings/program_settings.h"
+#include "config/settings/recording_wish.h"
 #include "core/devices/board_selection.h"
 #include "core/devices/scoper_library.h"
 #include "core/recording/recording_control.h"
@@ -54,7 +54,7 @@ class T_MainForm : public QMainWindow, public RecordingShell {
 
 public:
     /// With `console` settings it records once, minimised, and closes itself. The logs are open already then.
-    T_MainForm(std::string programDirectory, std::optional<AutoSettings> console);
+    T_MainForm(std::string programDirectory, std::optional<RecordingWish> console);
     ~T_MainForm() override;
 
     /// Shows the window in the place that it had. In console mode, or when the operator wants it, the recording starts
@@ -103,7 +103,7 @@ public:
 
     // The shell of the recording logic.
     void post(const Notification& notification) override;
-    [[nodiscard]] RecordingSettings settings() override;
+    [[nodiscard]] RecordingWish settings() override;
     [[nodiscard]] std::string fileName() override;
     void setFileName(const std::string& name) override;
     [[nodiscard]] std::string savedFileName() override;
@@ -196,7 +196,7 @@ private:
     static void logException(const char* name, const char* what) noexcept;
 
     std::string programDirectory_;
-    std::optional<AutoSettings> console_;
+    std::optional<RecordingWish> console_;
     ProgramSettings settings_;
     FileNaming naming_;
     DiskSpeedTester speedTester_;
@@ -211,7 +211,7 @@ private:
     // The recording that is shown.
     NewestBlock newestBlock_;
     RecordingProgress progress_;
-    RecordingSettings runSettings_;
+    RecordingWish runSettings_;
     uint32_t runNumber_ = 0;  ///< of its session; 0: none runs
     uint64_t frameBytes_ = 0;
     RunFigures figures_;     ///< as they were shown last

@@ -12,7 +12,6 @@
 #include "config/logs/debug_log.h"
 #include "config/logs/program_version.h"
 #include "config/settings/settings_file.h"
-#include "core/recording/auto_recording.h"
 #include "core/recording/recording_need.h"
 #include "core/recording/recording_settings.h"
 #include "core/recording/start_questions.h"
@@ -120,7 +119,7 @@ void T_MainForm::StartButtonClick() {
         storeControls();
         startWhenFound_ = true;
         lookForBoard(
-            [this, driver = settings_.driver, base = static_cast<uint32_t>(settings_.base), drq = settings_.drqNumber] {
+            [this, driver = settings_.wish.driver, base = settings_.wish.base, drq = settings_.drqNumber] {
                 const ApplyOutcome outcome = selection_.apply(driver, base);
                 if (outcome == ApplyOutcome::Done) {
                     static_cast<void>(selection_.setDrqNumber(drq));
@@ -178,7 +177,7 @@ void T_MainForm::StopButtonClick() {
 }
 
 void T_MainForm::btnAutoStartClick(bool down) {
-    settings_.cycleStart = down;
+    settings_.wish.cycleStart = down;
     cycle_->setChecked(down);
     strip_->cycleButton().setChecked(down);
     programPanel_->setCycleStart(down);
@@ -271,12 +270,14 @@ void T_MainForm::handle(const Notification& notification) {
     guarded("Notification", [this] { updateState(); });
 }
 
-RecordingSettings T_MainForm::settings() {
+RecordingWish T_MainForm::settings() {
     if (console_) {
-        return recordingSettings(*console_);
+        return *console_;
     }
     storeControls();
-    return recordingSettings(settings_, selection_.driver().facts(), measuringPanel_->frequencyText());
+    RecordingWish wish = recordingWish(settings_, selection_.driver().facts());
+    wish.frequency = measuringPanel_->frequency();
+    return wish;
 }
 
 std::string T_MainForm::fileName() {

@@ -86,7 +86,7 @@ RunState T_MainForm::runningState() const {
 }
 
 void T_MainForm::showConditions() {
-    const int mode = settings_.synchro.SynchroAnalyzeMode;
+    const int mode = settings_.wish.synchro.SynchroAnalyzeMode;
     strip_->setConditions(mode == 0   ? std::nullopt
                           : mode == 1 ? std::optional(TextId::SynchroAnalysis)
                                       : std::optional(TextId::SynchroSynchronization));

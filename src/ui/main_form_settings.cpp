@@ -15,7 +15,6 @@
 #include "config/settings/language_choice.h"
 #include "config/settings/settings_file.h"
 #include "config/settings/window_place.h"
-#include "core/recording/auto_recording.h"
 #include "core/recording/recording_need.h"
 #include "core/recording/recording_settings.h"
 #include "language/language_table.h"
@@ -78,7 +77,7 @@ WindowPlace firstPlace() {
 void T_MainForm::loadSettings() {
     settings_.language = languageFromLocale();
     settings_.showFormPos = {0, 0, 0, 0};  // docked
-    settings_.frequency = 0.0;             // the board's own, until one is chosen
+    settings_.wish.frequency = 0.0;        // the board's own, until one is chosen
     const OsError error = LoadConfig(programDirectory_, settings_);
     settingsUnread_ = !error.ok() && !error.notFound();
     if (settingsUnread_) {
@@ -104,21 +103,21 @@ void T_MainForm::loadSettings() {
         lookForBoard([this] { return chooseFirstUsableDriver(); },
                      [this](ApplyOutcome outcome) { SetErrorCode(statusOf(outcome)); });
     }
-    setFileName(naming_.NameAtStart(settings_.fileName));
+    setFileName(naming_.NameAtStart(settings_.wish.fileName));
     refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
     programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
     panels_->open(settings_.showSettingMember);
     extendedChannels_->setChecked(settings_.extendedChannelMode);
-    btnAutoStartClick(settings_.cycleStart);
+    btnAutoStartClick(settings_.wish.cycleStart);
     setWindowFlag(Qt::WindowStaysOnTopHint, settings_.stayOnTop);
 }
 
 void T_MainForm::loadConsoleSettings() {
     DEBUG_LOG("LoadConfig consolemode");
     settings_.language = languageFromLocale();
-    showAutoSettings(*console_, settings_);
-    applyBoard(selection_.apply(console_->driverName, console_->baseNumber));
+    showWish(*console_, settings_);
+    applyBoard(selection_.apply(console_->driver, console_->base));
     if (ending_) {
         return;
     }
@@ -374,7 +373,7 @@ void T_MainForm::storeControls() {
 // A recording that kept nothing left no file.
 void T_MainForm::rememberRecording() {
     if (fileExists(runFile_)) {
-        settings_.fileName = runFile_;
+        settings_.wish.fileName = runFile_;
     }
 }
 

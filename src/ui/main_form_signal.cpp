@@ -69,7 +69,7 @@ std::string T_MainForm::shownFile() const {
     if (!showForm_->openedFile().empty()) {
         return showForm_->openedFile();
     }
-    return runFile_.empty() ? settings_.fileName : runFile_;
+    return runFile_.empty() ? settings_.wish.fileName : runFile_;
 }
 
 void T_MainForm::DigitalSettingsClick() {

@@ -281,7 +281,7 @@ void T_ShowForm::DigitalSignalSettingsClick() {
 }
 
 void T_ShowForm::savePicture() {
-    const QString folder = QFileInfo(fromFileName(settings_.fileName)).path();
+    const QString folder = QFileInfo(fromFileName(settings_.wish.fileName)).path();
     const QString name =
         QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), folder, QStringLiteral("PNG (*.png)"));
     if (name.isEmpty()) {

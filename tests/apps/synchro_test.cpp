@@ -29,22 +29,22 @@ constexpr Board kPlainBoard{2, 2, 32767, 10.0F, {0, 0, 0, false}, false};
 constexpr Board kWideBoard{3, 4, 8388607, 2.5F, {1, 0, 24, false}, true};
 
 /// The settings of these keys as the evaluator gets them.
-AutoSynchro settingsOf(const std::string& keys, const Board& board, uint32_t channels) {
+RecordingWish settingsOf(const std::string& keys, const Board& board, uint32_t channels) {
     KeyValueFile file;
     file.readText(keys);
-    AutoSynchro synchro;
-    EXPECT_TRUE(readAutoSynchro(file, normaliseKeyValueText(keys), synchro));
+    RecordingWish wish;
+    EXPECT_TRUE(readAutoSynchro(file, normaliseKeyValueText(keys), wish));
     SynchroBoardFacts facts;
     for (uint32_t i = 0; i < channels; ++i) {
         facts.channels.push_back({static_cast<int32_t>(i), 1, board.range});
     }
     facts.minimumCode = -board.highestCode - 1;
     facts.maximumCode = board.highestCode;
-    facts.useDigitalPort = synchro.useDigitalPort;
+    facts.useDigitalPort = wish.useDigitalPort;
     SynchroFindings findings;
-    EXPECT_TRUE(CheckSynchroParameters(synchro.settings, synchro.sizes, facts, findings)) << findings.detail;
-    synchro.settings = findings.settings;
-    return synchro;
+    EXPECT_TRUE(CheckSynchroParameters(wish.synchro, wish.synchroSizes, facts, findings)) << findings.detail;
+    wish.synchro = findings.settings;
+    return wish;
 }
 
 Samples samplesOf(const std::string& data, uint32_t bytes) {
@@ -58,9 +58,9 @@ Samples samplesOf(const std::string& data, uint32_t bytes) {
 }
 
 /// What the model keeps of a stream that comes in blocks of so many samples, until it says stop.
-Evaluated model(const Samples& stream, size_t blockSamples, const AutoSynchro& synchro, const Board& board,
+Evaluated model(const Samples& stream, size_t blockSamples, const RecordingWish& wish, const Board& board,
                 uint32_t channels) {
-    PlainModel plain(synchro.settings, synchro.sizes, board.facts, board.bytes == 2 ? 16 : 32);
+    PlainModel plain(wish.synchro, wish.synchroSizes, board.facts, board.bytes == 2 ? 16 : 32);
     Evaluated all;
     for (size_t begin = 0; begin + blockSamples <= stream.size() && all.result == 0; begin += blockSamples) {
         const auto from = stream.begin() + static_cast<std::ptrdiff_t>(begin);

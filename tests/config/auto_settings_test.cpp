@@ -73,7 +73,7 @@ public:
     }
     [[nodiscard]] const TemporaryFolder& folder() const { return folder_; }
 
-    std::optional<AutoSettings> settings;
+    std::optional<RecordingWish> settings;
     Lines allLines;
     Lines findings;  ///< what stands between the start and the summary
 
@@ -86,14 +86,15 @@ TEST(AutoSettings, GoodFileIsReadWithoutFindings) {
     load.withText(settingsText(
         {{"BaseNumber", "10"}, {"BoardMode", "0x6"}, {"PacketFreq", "20000"}, {"CutMode", "16"}, {"Decimation", "4"}}));
     ASSERT_TRUE(load.settings);
-    const AutoSettings& settings = *load.settings;
-    EXPECT_EQ(settings.driverName, "Simulator");
-    EXPECT_EQ(settings.baseNumber, 16U);
+    const RecordingWish& settings = *load.settings;
+    EXPECT_EQ(settings.driver, "Simulator");
+    EXPECT_EQ(settings.base, 16U);
     EXPECT_EQ(settings.fileName, "run.dat");
     EXPECT_THAT(settings.channels, ElementsAre(7, 3));
     EXPECT_THAT(settings.gains, ElementsAre(1, 10));
     EXPECT_EQ(settings.frequency, 1000.5);
-    EXPECT_EQ(settings.cutMode, 16);
+    EXPECT_TRUE(settings.cut);
+    EXPECT_EQ(settings.cutMegabytes, 16);
     EXPECT_EQ(settings.boardMode, kBoardDifferential | kBoardPacketMode);
     EXPECT_EQ(settings.packetFrequency, 20000.0);
     EXPECT_EQ(settings.decimation, 4);
@@ -188,7 +189,7 @@ TEST(AutoSettings, TellsEveryDefaultItTakes) {
         load.withText(settingsText(c.changes));
         ASSERT_TRUE(load.settings);
         EXPECT_THAT(load.findings, ElementsAreArray(c.findings));
-        EXPECT_EQ(load.settings->cutMode, 0);
+        EXPECT_FALSE(load.settings->cut);
         EXPECT_EQ(load.settings->decimation, 1);
         EXPECT_EQ(load.settings->gains.size(), 2U);
     }
@@ -217,8 +218,8 @@ TEST(AutoSettings, StopRulesAreHeldInSecondsAndBytes) {
         load.withText(settingsText(c.changes));
         ASSERT_TRUE(load.settings);
         EXPECT_EQ(load.settings->stopRule, c.rule);
-        EXPECT_EQ(load.settings->timeNeed, c.seconds);
-        EXPECT_EQ(load.settings->sizeNeed, c.bytes);
+        EXPECT_EQ(load.settings->stopSeconds, c.seconds);
+        EXPECT_EQ(load.settings->stopBytes, c.bytes);
     }
 }
 

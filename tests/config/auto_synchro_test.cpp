@@ -11,29 +11,29 @@ namespace tarno2::test {
 namespace {
 
 /// Reads a text of keys; `log` gets what the console log holds after it.
-bool read(const std::string& text, AutoSynchro& synchro, std::string& log) {
+bool read(const std::string& text, RecordingWish& wish, std::string& log) {
     const TemporaryFolder folder;
     consoleLog().open(folder.path());
     KeyValueFile file;
     file.readText(text);
-    const bool usable = readAutoSynchro(file, normaliseKeyValueText(text), synchro);
+    const bool usable = readAutoSynchro(file, normaliseKeyValueText(text), wish);
     consoleLog().close();
     log = readFile(folder.file("AutoLog.txt"));
     return usable;
 }
 
 TEST(AutoSynchro, IsOffWhenTheFileSaysNothing) {
-    AutoSynchro synchro;
+    RecordingWish wish;
     std::string log;
-    ASSERT_TRUE(read("Frequency = 1000\r\n", synchro, log));
+    ASSERT_TRUE(read("Frequency = 1000\r\n", wish, log));
     EXPECT_EQ(log, "");
-    EXPECT_EQ(synchro.settings.SynchroAnalyzeMode, 0);
-    EXPECT_EQ(synchro.settings.AnalyzeAnalogStartMode, 2);
-    EXPECT_EQ(synchro.settings.SynchroAnalogMode, 2);
-    EXPECT_EQ(synchro.settings.SynchroPortMode, 2);
-    EXPECT_FALSE(synchro.settings.startAnalogEnabled || synchro.settings.portStopEnabled);
-    EXPECT_EQ(synchro.sizes.prehistory + synchro.sizes.history, 0);
-    EXPECT_FALSE(synchro.useDigitalPort);
+    EXPECT_EQ(wish.synchro.SynchroAnalyzeMode, 0);
+    EXPECT_EQ(wish.synchro.AnalyzeAnalogStartMode, 2);
+    EXPECT_EQ(wish.synchro.SynchroAnalogMode, 2);
+    EXPECT_EQ(wish.synchro.SynchroPortMode, 2);
+    EXPECT_FALSE(wish.synchro.startAnalogEnabled || wish.synchro.portStopEnabled);
+    EXPECT_EQ(wish.synchroSizes.prehistory + wish.synchroSizes.history, 0);
+    EXPECT_FALSE(wish.useDigitalPort);
 }
 
 TEST(AutoSynchro, TakesEveryKey) {
@@ -48,10 +48,10 @@ TEST(AutoSynchro, TakesEveryKey) {
         "SynchroMode = 1\r\nSynchroAnalogMode = 1\r\nSynchroAnalogChannelNumber = 6\r\nSynchroAnalogValue = 12e1\r\n"
         "SynchroAnalogUnit = 1\r\nSynchroPortMode = 0\r\nSynchroPortBit = 9\r\n"
         "SynchroAllSize = 100\r\nSynchroPrehistorySize = 30\r\nStopAfterTrigged = 1\r\nUseDigitalPort = 1\r\n";
-    AutoSynchro synchro;
+    RecordingWish wish;
     std::string log;
-    ASSERT_TRUE(read(text, synchro, log)) << log;
-    const SynchroSettings& s = synchro.settings;
+    ASSERT_TRUE(read(text, wish, log)) << log;
+    const SynchroSettings& s = wish.synchro;
     EXPECT_EQ(s.SynchroAnalyzeMode, 2);
     EXPECT_TRUE(s.analysisOnPort && s.synchroOnPort && !s.analysisOnAnalog && !s.synchroOnAnalog);
     EXPECT_TRUE(s.startAnalogEnabled && s.writeAnalogEnabled && !s.stopAnalogEnabled);
@@ -70,9 +70,9 @@ TEST(AutoSynchro, TakesEveryKey) {
     EXPECT_EQ(s.SynchroAnalogUnit, 1);
     EXPECT_EQ(s.SynchroPortMode, 0);
     EXPECT_EQ(s.SynchroPortBit, 9);
-    EXPECT_EQ(synchro.sizes.prehistory, 30);
-    EXPECT_EQ(synchro.sizes.history, 70);
-    EXPECT_TRUE(s.StopAfterTrigged && synchro.useDigitalPort);
+    EXPECT_EQ(wish.synchroSizes.prehistory, 30);
+    EXPECT_EQ(wish.synchroSizes.history, 70);
+    EXPECT_TRUE(s.StopAfterTrigged && wish.useDigitalPort);
 }
 
 TEST(AutoSynchro, WrongValuesEndTheLoad) {
@@ -81,9 +81,9 @@ TEST(AutoSynchro, WrongValuesEndTheLoad) {
           "AnalyzeAnalogWriteChannel = -1", "AnalyzeAnalogStartValue = nan", "SynchroAnalogValue = 1e999",
           "AnalyzePortStopBit = 16", "SynchroPortMode = x", "SynchroPortBit =", "SynchroAllSize = -5",
           "SynchroPrehistorySize = 1", "SynchroMode = 99999999999", "StopAfterTrigged = 2", "UseDigitalPort = yes"}) {
-        AutoSynchro synchro;
+        RecordingWish wish;
         std::string log;
-        EXPECT_FALSE(read(line + "\r\n", synchro, log)) << line;
+        EXPECT_FALSE(read(line + "\r\n", wish, log)) << line;
         EXPECT_EQ(log, "Value " + line.substr(0, line.find(' ')) + " invalid... Program aborted\r\n");
     }
 }

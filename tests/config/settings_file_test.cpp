@@ -38,16 +38,16 @@ std::string goldenFile(InterfaceLanguage language) {
 ProgramSettings goldenSettings() {
     ProgramSettings s;
     s.language = InterfaceLanguage::Russian;
-    s.driver = "Simulator";
-    s.base = 2;
+    s.wish.driver = "Simulator";
+    s.wish.base = 2;
     s.drqNumber = 5;
-    s.frequency = 48000.5;
-    s.differentialMode = s.packetMode = true;
+    s.wish.frequency = 48000.5;
+    s.wish.boardMode = kBoardDifferential | kBoardPacketMode;
     s.checkDiskSpeed = false;
-    s.packetFrequency = 250.25;
-    s.fileName = "C:\\Data of today\\run.dat";
-    s.stopMode = StopRule::Time;
-    s.cycleStart = true;
+    s.wish.packetFrequency = 250.25;
+    s.wish.fileName = "C:\\Data of today\\run.dat";
+    s.wish.stopRule = StopRule::Time;
+    s.wish.cycleStart = true;
     s.axisFontName = "Courier New";
     s.axisFontSize = 11;
     s.stopValue = 12.5;
@@ -59,10 +59,10 @@ ProgramSettings goldenSettings() {
     s.axisYValue = -1.25;
     s.axisYMode = 2;
     s.axisYAutoMode = false;
-    s.writeBufferMegabytes = 128;
-    s.longestWriteWaitMs = 500;
-    s.cutModeActive = true;
-    s.cutModeValue = 512;
+    s.wish.writeBufferMegabytes = 128;
+    s.wish.longestWriteWaitMs = 500;
+    s.wish.cut = true;
+    s.wish.cutMegabytes = 512;
     s.showSettingMember = 3;
     s.extendedChannelMode = true;
     s.mainFormPos = {-8, 10, 1024, 768};
@@ -76,7 +76,7 @@ ProgramSettings goldenSettings() {
         s.channels[i] = {colors[i], i % 2 == 0 || i == 9, gains[i]};
     }
     s.frequencyList = {1000.0, 44100.5};
-    SynchroSettings& synchro = s.synchro;
+    SynchroSettings& synchro = s.wish.synchro;
     synchro.SynchroAnalyzeMode = 2;
     synchro.analysisOnAnalog = false;
     synchro.analysisOnPort = true;
@@ -105,8 +105,8 @@ ProgramSettings goldenSettings() {
     synchro.SynchroPortMode = 2;
     synchro.SynchroPortBit = 3;
     synchro.StopAfterTrigged = true;
-    s.synchroSizes = {1500, 3500};
-    s.useDigitalPort = s.hardwareAverage = s.pixelsMode = true;
+    s.wish.synchroSizes = {1500, 3500};
+    s.wish.useDigitalPort = s.hardwareAverage = s.pixelsMode = true;
     s.showSignalMode = 1;
     for (size_t i = 0; i < s.digitalLines.size(); ++i) {
         const auto line = static_cast<int32_t>(i);
@@ -181,10 +181,10 @@ TEST_F(SettingsFile, LanguagesDifferInCommentsAlone) {
         const ProgramSettings settings = loaded(readFile(goldenFile(language)), start);
         EXPECT_EQ(valuesOf(settings), valuesOf(goldenSettings()));
         EXPECT_THAT(settings.frequencyList, ElementsAre(1000.0, 44100.5));
-        EXPECT_TRUE(settings.synchro.startAnalogEnabled && settings.synchro.writeAnalogEnabled &&
-                    !settings.synchro.stopAnalogEnabled && settings.synchro.portStartEnabled &&
-                    !settings.synchro.portWriteEnabled && settings.synchro.portStopEnabled);
-        EXPECT_EQ(settings.synchroSizes.history, 3500);
+        EXPECT_TRUE(settings.wish.synchro.startAnalogEnabled && settings.wish.synchro.writeAnalogEnabled &&
+                    !settings.wish.synchro.stopAnalogEnabled && settings.wish.synchro.portStartEnabled &&
+                    !settings.wish.synchro.portWriteEnabled && settings.wish.synchro.portStopEnabled);
+        EXPECT_EQ(settings.wish.synchroSizes.history, 3500);
         EXPECT_EQ(saved(settings), readFile(goldenFile(other)));
     }
 }
@@ -256,10 +256,10 @@ TEST_F(SettingsFile, KeysCountAtTheStartOfALineOnly) {
     const ProgramSettings s = loaded(
         "SynchroAnalyzeMode = 2\r\nMyBase = 9\r\n//Base = 8\r\nFileName = x Frequency = 7\r\nAnalyzeMode = 1\r\n"
         "Base = 3\r\n");
-    EXPECT_EQ(s.synchro.SynchroAnalyzeMode, 2);
-    EXPECT_TRUE(s.synchro.analysisOnPort);
-    EXPECT_EQ(s.base, 3);
-    EXPECT_EQ(s.frequency, ProgramSettings().frequency);
+    EXPECT_EQ(s.wish.synchro.SynchroAnalyzeMode, 2);
+    EXPECT_TRUE(s.wish.synchro.analysisOnPort);
+    EXPECT_EQ(s.wish.base, 3U);
+    EXPECT_EQ(s.wish.frequency, ProgramSettings().wish.frequency);
 }
 
 TEST_F(SettingsFile, ListsAreAsLongAsTheBoardHasChannels) {
@@ -275,7 +275,7 @@ TEST_F(SettingsFile, ListsAreAsLongAsTheBoardHasChannels) {
     EXPECT_EQ(s.channels[3].gain, 1) << "the board lacks this channel";
     EXPECT_FALSE(s.channels[0].active);
     EXPECT_TRUE(s.channels[1].active);
-    EXPECT_EQ(s.base, 4);
+    EXPECT_EQ(s.wish.base, 4);
 }
 
 TEST_F(SettingsFile, BuffersAreDividedWhateverTheOrder) {
@@ -291,8 +291,8 @@ TEST_F(SettingsFile, BuffersAreDividedWhateverTheOrder) {
                           {"SynchroAllSize = 20\r\n", 20, 0}};
     for (const auto& [text, prehistory, history] : cases) {
         ProgramSettings start;
-        start.synchroSizes = {40, 60};
-        const SynchroSizes sizes = loaded(text, start).synchroSizes;
+        start.wish.synchroSizes = {40, 60};
+        const SynchroSizes sizes = loaded(text, start).wish.synchroSizes;
         EXPECT_EQ(sizes.prehistory, prehistory) << text;
         EXPECT_EQ(sizes.history, history) << text;
     }
@@ -346,11 +346,11 @@ TEST_F(SettingsFile, HugeAndHostileFiles) {
     for (const std::string& file : files) {
         const ProgramSettings settings = loaded(file + last);
         EXPECT_EQ(settings.textExport.maxLineCount, 5);
-        EXPECT_EQ(settings.frequency, ProgramSettings().frequency);
+        EXPECT_EQ(settings.wish.frequency, ProgramSettings().wish.frequency);
     }
-    EXPECT_EQ(loaded(oneKey).base, 6);
+    EXPECT_EQ(loaded(oneKey).wish.base, 6U);
     EXPECT_EQ(loaded(tokens + "\r\n").channels[159].gain, 2);
-    EXPECT_EQ(loaded(files[3] + last).driver.size(), CConfigWork::kTextRoom - 1);
+    EXPECT_EQ(loaded(files[3] + last).wish.driver.size(), CConfigWork::kTextRoom - 1);
 }
 
 TEST_F(SettingsFile, WithoutAFileNothingChanges) {
@@ -370,7 +370,7 @@ TEST_F(SettingsFile, OnesThatCouldNotBeReadAreKept) {
     ASSERT_TRUE(holder.open(path, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
     EXPECT_TRUE(LoadConfig(folder_.path(), settings).inUse());
     EXPECT_TRUE(holder.close().ok());
-    EXPECT_EQ(settings.frequency, ProgramSettings().frequency);
+    EXPECT_EQ(settings.wish.frequency, ProgramSettings().wish.frequency);
     folder_.write("Tarno2_old1.cfg", "earlier");
     EXPECT_TRUE(WriteConfig(folder_.path(), {}, true));
     EXPECT_THAT(listDirectory(folder_.path()), ElementsAre("Tarno2.cfg", "Tarno2_old1.cfg", "Tarno2_old2.cfg"));
@@ -386,11 +386,11 @@ TEST_F(SettingsFile, OnesThatCouldNotBeReadAreKept) {
 
 TEST_F(SettingsFile, ATextThatNoLineHoldsIsLeftOut) {
     ProgramSettings settings;
-    settings.driver = "good";
-    settings.fileName = "a\r\nDriver = bad";
+    settings.wish.driver = "good";
+    settings.wish.fileName = "a\r\nDriver = bad";
     const ProgramSettings back = loaded(saved(settings));
-    EXPECT_EQ(back.driver, "good");
-    EXPECT_EQ(back.fileName, "");
+    EXPECT_EQ(back.wish.driver, "good");
+    EXPECT_EQ(back.wish.fileName, "");
 }
 
 TEST_F(SettingsFile, AFailedSaveLeavesWhatWasThere) {

@@ -140,14 +140,14 @@ TEST(BoardSelection, KeepsWhatIsNotThereAndTakesNothingInItsPlace) {
     EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::NoDriverName);
     catalogue.install("Tarno2 test", libraryOfFault(5));
     ASSERT_TRUE(selection.DriverBoxChange("Tarno2 test"));
-    settings.driver = "Tarno2 other";
-    settings.base = 7;
+    settings.wish.driver = "Tarno2 other";
+    settings.wish.base = 7;
     ScopedDebugLog log;
     EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::DriverNotFound);
     EXPECT_FALSE(selection.driver().loaded());
     EXPECT_EQ(selection.driverName(), "Tarno2 other");
     EXPECT_EQ(selection.boardNumber(), 7U);
-    settings.driver = "Tarno2 test";
+    settings.wish.driver = "Tarno2 test";
     EXPECT_EQ(selection.applySaved(settings), ApplyOutcome::BoardError);
     EXPECT_FALSE(selection.driver().startAllowed());
     EXPECT_EQ(selection.boardNumber(), 7U);

@@ -1,6 +1,7 @@
 #include "core/recording/recording_control.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -17,7 +18,7 @@ namespace {
 /// The program around the recording logic: keeps what it is shown, in order, and its notifications for `pump`.
 class FakeShell final : public RecordingShell {
 public:
-    RecordingSettings settings() override { return wanted; }
+    RecordingWish settings() override { return wanted; }
     std::string fileName() override { return name; }
     void setFileName(const std::string& newName) override { name = newName; }
     std::string savedFileName() override { return {}; }
@@ -38,7 +39,7 @@ public:
                            [&](const auto& s) { return s.find(text) != std::string::npos; });
     }
 
-    RecordingSettings wanted;
+    RecordingWish wanted;
     std::string name;
     std::vector<std::string> shown;
     std::vector<std::string> details;
@@ -56,7 +57,7 @@ public:
         languageTable().select(kLanguageEnglish);
         device.ring = [](uint32_t, uint32_t) { return 1000U; };
         shell.wanted.channels = {0, 1};
-        shell.wanted.frequencyText = "1e6";
+        shell.wanted.frequency = 1e6;
         shell.name = folder.file("run.dat");
         control.setDataWait(1);
     }
@@ -127,14 +128,14 @@ const Refusal kRefusals[] = {
     {{"no channel", "Start faild because channel count = 0.", false, {"BoardMode = 0", "Channel count = 0"}},
      [](ControlRig& r) {
          r.shell.wanted.channels.clear();
-         r.shell.wanted.frequencyText = "x";
+         r.shell.wanted.frequency = 0;
      }},
-    {{"a frequency that is no number", "Start faild because freq value incorrect.", false, {"Frequency = "}},
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "fast"; }},
+    {{"no frequency", "Start faild because freq value incorrect.", false, {"Frequency = 0.000000"}},
+     [](ControlRig& r) { r.shell.wanted.frequency = 0; }},
     {{"an infinite frequency", "Start faild because freq value incorrect.", false, {"Frequency = "}},
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "inf"; }},
+     [](ControlRig& r) { r.shell.wanted.frequency = HUGE_VAL; }},
     {{"a negative frequency", "Start faild because freq value incorrect.", false, {"Frequency = -1000.000000"}},
-     [](ControlRig& r) { r.shell.wanted.frequencyText = "-1000"; }},
+     [](ControlRig& r) { r.shell.wanted.frequency = -1000; }},
     {{"a mode that the board lacks",
       "The board does not offer this mode.",
       false,
@@ -369,7 +370,7 @@ TEST(RecordingControl, TellsWhatTheBoardTakesInPlaceOfTheWishes) {
     };
     rig.attach();
     rig.control.setDataWait(60000);
-    rig.shell.wanted.frequencyText = "1000";
+    rig.shell.wanted.frequency = 1000;
     rig.shell.wanted.boardMode = kBoardPacketMode;
     rig.shell.wanted.packetFrequency = 100.0;
     rig.shell.wanted.decimation = 3;
@@ -453,7 +454,7 @@ TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
     rig.device.readerPaced = 100000;
     rig.shell.wanted.stopRule = StopRule::Size;
     rig.shell.wanted.stopBytes = 400;
-    rig.shell.wanted.autoStart = true;
+    rig.shell.wanted.cycleStart = true;
     rig.attach();
     ASSERT_TRUE(rig.control.StartButtonClick());
     const std::string first = rig.shell.name;
@@ -461,7 +462,7 @@ TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
     EXPECT_TRUE(rig.control.running());
     const std::string second = rig.shell.name;
     EXPECT_NE(second, first);
-    rig.shell.wanted.autoStart = false;
+    rig.shell.wanted.cycleStart = false;
     rig.pump();
     EXPECT_FALSE(rig.control.running()) << "the operator has let the toggle go";
     EXPECT_TRUE(readFile(first) == streamBytes(0, 200, 2));
@@ -476,7 +477,7 @@ TEST(RecordingControl, CycleGoesOnAfterTimeButNotForTheStopButtonNorUnattended) 
         rig.control.setDataWait(60000);
         rig.shell.wanted.stopRule = StopRule::Time;
         rig.shell.wanted.stopSeconds = 1.0;
-        rig.shell.wanted.autoStart = true;
+        rig.shell.wanted.cycleStart = true;
         ASSERT_TRUE(rig.control.StartButtonClick());
         rig.control.StopTimerTick();
         EXPECT_EQ(rig.control.running(), !console);
@@ -509,7 +510,7 @@ TEST(RecordingControl, TellsOfASlowDiskAndOfTheEndOfTheSystem) {
 
 TEST(RecordingControl, ANearlyFullDiskEndsTheCycle) {
     ControlRig rig;
-    rig.shell.wanted.autoStart = true;
+    rig.shell.wanted.cycleStart = true;
     rig.attach();
     ASSERT_TRUE(rig.control.StartButtonClick());
     Notification notification{rig.control.session()->number(), {}};
@@ -524,15 +525,15 @@ TEST(RecordingControl, ANearlyFullDiskEndsTheCycle) {
 
 TEST(RecordingControl, CutNumber) {
     struct Case {
-        const char* text;
+        int32_t megabytes;
         bool accessible;
         size_t pieces;
         std::vector<std::string> lines;
     };
-    for (const Case& c : {Case{"1", true, 2, {"CutNumber = 1", "CutMode enabled", "CutFlag = 1"}},
-                          Case{"1", false, 1, {"CutMode disable", "CutFlag = 0"}},
-                          Case{"one", true, 1, {"!!!! CutNumber catching= 0", "CutMode disable"}}}) {
-        SCOPED_TRACE(c.text);
+    for (const Case& c : {Case{1, true, 2, {"CutNumber = 1", "CutMode enabled", "CutFlag = 1"}},
+                          Case{1, false, 1, {"CutMode disable", "CutFlag = 0"}},
+                          Case{0, true, 1, {"!!!! CutNumber catching= 0", "CutMode disable"}}}) {
+        SCOPED_TRACE(c.megabytes);
         ScopedDebugLog log;
         {
             ControlRig rig;
@@ -541,8 +542,8 @@ TEST(RecordingControl, CutNumber) {
             rig.device.numbers[kADCGetCutMode] = c.accessible ? 1 : 0;
             rig.shell.wanted.stopRule = StopRule::Size;
             rig.shell.wanted.stopBytes = 1536 * 1024;
-            rig.shell.wanted.cutMode = true;
-            rig.shell.wanted.cutNumberText = c.text;
+            rig.shell.wanted.cut = true;
+            rig.shell.wanted.cutMegabytes = c.megabytes;
             rig.attach();
             ASSERT_TRUE(rig.control.StartButtonClick());
             EXPECT_EQ(rig.pump().result.code, StopCode::StopMeasuring);

@@ -49,18 +49,17 @@ TEST(RecordingSettings, TakeWhatTheBoardHas) {
     }
     settings.channels[2].gain = 10;
     settings.channels[3].gain = 5;
-    settings.differentialMode = settings.packetMode = settings.externalStart = settings.externalFrequency = true;
-    settings.useDigitalPort = settings.cutModeActive = settings.cycleStart = true;
-    settings.cutModeValue = 7;
-    settings.decimation = 3;
-    settings.synchroSizes.history = 99;
-    RecordingSettings recording = recordingSettings(settings, ableBoard(), " 48000,5 ");
+    settings.wish.boardMode = kEveryMode;
+    settings.wish.useDigitalPort = settings.wish.cut = settings.wish.cycleStart = true;
+    settings.wish.cutMegabytes = 7;
+    settings.wish.decimation = 3;
+    settings.wish.synchroSizes.history = 99;
+    RecordingWish recording = recordingWish(settings, ableBoard());
     EXPECT_THAT(recording.channels, ElementsAre(0, 2, 3)) << "the board has four";
     EXPECT_THAT(recording.gains, ElementsAre(2, 10, 2)) << "the first gain stands for one that the board lacks";
-    EXPECT_EQ(recording.frequencyText, "48000.5");
     EXPECT_EQ(recording.boardMode, kEveryMode);
-    EXPECT_TRUE(recording.cutMode && recording.autoStart && recording.useDigitalPort);
-    EXPECT_EQ(recording.cutNumberText, "7");
+    EXPECT_TRUE(recording.cut && recording.cycleStart && recording.useDigitalPort);
+    EXPECT_EQ(recording.cutMegabytes, 7);
     EXPECT_EQ(recording.decimation, 3);
     EXPECT_EQ(recording.synchroSizes.history, 99);
 
@@ -68,10 +67,9 @@ TEST(RecordingSettings, TakeWhatTheBoardHas) {
     poor.boardModes = 0;
     poor.cutMode = false;
     poor.format.m_nDigitalMask = 0;
-    recording = recordingSettings(settings, poor);
-    EXPECT_EQ(recording.frequencyText, "100000");
+    recording = recordingWish(settings, poor);
     EXPECT_EQ(recording.boardMode, 0U);
-    EXPECT_FALSE(recording.cutMode || recording.useDigitalPort);
+    EXPECT_FALSE(recording.cut || recording.useDigitalPort);
 }
 
 TEST(RecordingSettings, StopValuesHaveUnits) {
@@ -94,10 +92,10 @@ TEST(RecordingSettings, StopValuesHaveUnits) {
     };
     for (const auto& c : cases) {
         ProgramSettings settings;
-        settings.stopMode = c.rule;
+        settings.wish.stopRule = c.rule;
         settings.stopValue = c.value;
         settings.stopPower = c.unit;
-        const RecordingSettings recording = recordingSettings(settings, ableBoard());
+        const RecordingWish recording = recordingWish(settings, ableBoard());
         EXPECT_EQ(recording.stopRule, c.rule);
         EXPECT_EQ(recording.stopSeconds, c.seconds) << c.value;
         EXPECT_EQ(recording.stopBytes, c.bytes) << c.value;
@@ -126,9 +124,9 @@ TEST(RecordingNeed, FollowsRateWidthAndModes) {
         BoardFacts board = ableBoard();
         board.perChannelFrequency = c.perChannel;
         board.format.m_nBytes = c.width;
-        RecordingSettings settings;
+        RecordingWish settings;
         settings.channels.resize(c.channels);
-        settings.frequencyText = "10000";
+        settings.frequency = 10000;
         settings.boardMode = c.mode;
         settings.packetFrequency = 100;
         settings.decimation = c.decimation;
@@ -137,9 +135,9 @@ TEST(RecordingNeed, FollowsRateWidthAndModes) {
 }
 
 TEST(RecordingNeed, KnowsEndPiecesAndDisk) {
-    RecordingSettings settings;
+    RecordingWish settings;
     settings.channels = {0, 1, 2};
-    settings.frequencyText = "500000";
+    settings.frequency = 500000;
     DiskFacts disk;
     disk.maximumFileSize = 0xFFFFFFFF;
     RecordingNeed need = recordingNeed(settings, ableBoard(), disk);
@@ -151,8 +149,8 @@ TEST(RecordingNeed, KnowsEndPiecesAndDisk) {
     EXPECT_FALSE(diskTooSlow(need, 1.1));
     EXPECT_FALSE(diskTooSlow(need, 0.0)) << "not measured";
 
-    settings.cutMode = true;
-    settings.cutNumberText = "1";
+    settings.cut = true;
+    settings.cutMegabytes = 1;
     EXPECT_EQ(recordingNeed(settings, ableBoard(), disk).pieces, 0U) << "it grows on";
     settings.stopRule = StopRule::Time;
     settings.stopSeconds = 9.5;
@@ -166,7 +164,7 @@ TEST(RecordingNeed, KnowsEndPiecesAndDisk) {
     settings.stopBytes = 5ULL << 32U;
     settings.automaticCut = true;
     EXPECT_EQ(recordingNeed(settings, ableBoard(), disk).pieces, 6U) << "as large as the volume holds";
-    settings.frequencyText = "fast";
+    settings.frequency = 0;
     EXPECT_LT(diskLastsSeconds(recordingNeed(settings, ableBoard(), disk), 1), 0.0);
 }
 

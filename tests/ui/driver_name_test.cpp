@@ -27,7 +27,7 @@ TEST(DriverName, OfAnyLettersCanBeChosen) {
     const ScopedEnvironment registry("TARNO2_REGISTRY", folder.path());
     languageTable().select(kLanguageEnglish);
     ProgramSettings settings;
-    settings.driver = "Absent";
+    settings.wish.driver = "Absent";
     ASSERT_TRUE(WriteConfig(folder.path(), settings));
     T_MainForm form(folder.path(), std::nullopt);
     form.present();

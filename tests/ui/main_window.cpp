@@ -27,10 +27,10 @@ constexpr int kGuardMs = 30000;
 }  // namespace
 
 MainWindow::MainWindow() {
-    wanted_.driver = "Simulator";
-    wanted_.base = 1;
+    wanted_.wish.driver = "Simulator";
+    wanted_.wish.base = 1;
     wanted_.checkDiskSpeed = false;
-    wanted_.fileName = folder_.file("data/run.dat");
+    wanted_.wish.fileName = folder_.file("data/run.dat");
     wanted_.channels[0].active = wanted_.channels[1].active = true;
     wanted_.mainFormPos = {0, 0, 1000, 700};
     wanted_.showFormPos = {0, 0, 0, 0};

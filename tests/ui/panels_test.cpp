@@ -79,19 +79,19 @@ protected:
 
 ProgramSettings changedEverywhere() {
     ProgramSettings s;
-    s.driver = "Simulator";
+    s.wish.driver = "Simulator";
     s.frequencyList = {1234.0, 48000.0};
-    s.frequency = 48000.0;
-    s.packetFrequency = 250.5;
-    s.differentialMode = s.externalStart = s.packetMode = s.externalFrequency = true;
-    s.useDigitalPort = s.hardwareAverage = s.cycleStart = s.autoStartOnRun = true;
-    s.cutModeActive = s.autoModeCut = s.stayOnTop = s.extendedChannelMode = true;
+    s.wish.frequency = 48000.0;
+    s.wish.packetFrequency = 250.5;
+    s.wish.boardMode = 0xF;
+    s.wish.useDigitalPort = s.hardwareAverage = s.wish.cycleStart = s.autoStartOnRun = true;
+    s.wish.cut = s.wish.automaticCut = s.stayOnTop = s.extendedChannelMode = true;
     s.checkDiskSpeed = false;
-    s.stopMode = StopRule::Size;
+    s.wish.stopRule = StopRule::Size;
     s.stopValue = 12.125;
     s.stopPower = 2;
-    s.cutModeValue = 77;
-    s.decimation = 5;
+    s.wish.cutMegabytes = 77;
+    s.wish.decimation = 5;
     s.channelCount = 16;
     s.channels[3] = {0x123456, true, 5};
     s.channels[150] = {0x654321, true, 10};
@@ -110,23 +110,23 @@ TEST_F(Panels, EveryControlGivesBackWhatWasLoaded) {
     stack_.retranslate();
     const ProgramSettings t = stored();
     EXPECT_EQ(changed.count(), 0);
-    EXPECT_EQ(t.driver, s.driver);
-    EXPECT_EQ(t.base, 1);
+    EXPECT_EQ(t.wish.driver, s.wish.driver);
+    EXPECT_EQ(t.wish.base, 1U);
     EXPECT_EQ(t.frequencyList, s.frequencyList);
-    EXPECT_EQ(t.frequency, s.frequency);
-    EXPECT_EQ(t.packetFrequency, s.packetFrequency);
+    EXPECT_EQ(t.wish.frequency, s.wish.frequency);
+    EXPECT_EQ(t.wish.packetFrequency, s.wish.packetFrequency);
     const auto flags = [](const ProgramSettings& p) {
-        return std::vector<bool>{p.differentialMode, p.externalStart,   p.packetMode, p.externalFrequency,
-                                 p.useDigitalPort,   p.hardwareAverage, p.cycleStart, p.autoStartOnRun,
-                                 p.cutModeActive,    p.autoModeCut,     p.stayOnTop,  p.extendedChannelMode,
-                                 p.checkDiskSpeed};
+        return std::vector<bool>{
+            p.wish.useDigitalPort, p.hardwareAverage, p.wish.cycleStart,     p.autoStartOnRun, p.wish.cut,
+            p.wish.automaticCut,   p.stayOnTop,       p.extendedChannelMode, p.checkDiskSpeed};
     };
+    EXPECT_EQ(t.wish.boardMode, s.wish.boardMode);
     EXPECT_EQ(flags(t), flags(s)) << "also of what this board does not offer";
-    EXPECT_EQ(t.stopMode, s.stopMode);
+    EXPECT_EQ(t.wish.stopRule, s.wish.stopRule);
     EXPECT_EQ(t.stopValue, s.stopValue);
     EXPECT_EQ(t.stopPower, s.stopPower);
-    EXPECT_EQ(t.cutModeValue, s.cutModeValue);
-    EXPECT_EQ(t.decimation, s.decimation);
+    EXPECT_EQ(t.wish.cutMegabytes, s.wish.cutMegabytes);
+    EXPECT_EQ(t.wish.decimation, s.wish.decimation);
     EXPECT_EQ(t.channelCount, 16);
     for (const size_t i : {0U, 3U, 150U}) {
         EXPECT_EQ(t.channels[i].active, s.channels[i].active) << i;
@@ -154,7 +154,7 @@ TEST_F(Panels, WhatABoardLacksIsOffWithTheReasonAndKeptForTheNext) {
     }
     EXPECT_FALSE(find<QLineEdit>("PacketFrequencyEdit")->isEnabled());
     EXPECT_FALSE(find<QComboBox>("DrqBox")->isVisibleTo(board_));
-    EXPECT_EQ(recordingSettings(stored(), selection_.driver().facts()).boardMode, 0U);
+    EXPECT_EQ(recordingWish(stored(), selection_.driver().facts()).boardMode, 0U);
 
     fake_.numbers[kADCGetBoardModes] = 0xF;
     fake_.numbers[kADCGetExtendedBlock] = fake_.numbers[kADCGetHardwareAverage] = fake_.numbers[kADCGetCutMode] = 1;
@@ -196,7 +196,7 @@ TEST_F(Panels, TheFrequencyIsAListOrAFieldAsTheBoardSays) {
     EXPECT_EQ(stored().frequencyList, std::vector<double>{44100.5});
     box->lineEdit()->selectAll();
     QTest::keyClicks(box, "fast");
-    EXPECT_EQ(measuring_->frequencyText(), "fast") << "the start refuses it";
+    EXPECT_EQ(measuring_->frequency(), 0.0) << "the start refuses it";
     EXPECT_TRUE(rate->text().contains("from 1 to 2000000 Hz")) << rate->text().toStdString();
 
     chooseSimulated(3);
@@ -204,7 +204,7 @@ TEST_F(Panels, TheFrequencyIsAListOrAFieldAsTheBoardSays) {
     EXPECT_EQ(box->count(), 10);
     EXPECT_EQ(box->currentText(), "50000") << "the board's own, since it lacks what the field held";
     QTest::keyClick(box, Qt::Key_Up);
-    EXPECT_EQ(stored().frequency, 20000.0);
+    EXPECT_EQ(stored().wish.frequency, 20000.0);
     chooseSimulated(1);
     EXPECT_TRUE(box->isEditable());
     EXPECT_EQ(box->currentText(), "100000");
@@ -273,7 +273,7 @@ TEST_F(Panels, StopValuesTakeAPointOrACommaAndAUnit) {
     rule->setFocus();
     QTest::keyClick(rule, Qt::Key_Down);
     EXPECT_EQ(unit->currentText(), "Kb");
-    EXPECT_EQ(recordingSettings(stored(), {}).stopBytes, 1536U);
+    EXPECT_EQ(recordingWish(stored(), {}).stopBytes, 1536U);
 }
 
 TEST_F(Panels, ARecordingLocksWhatItDependsOn) {

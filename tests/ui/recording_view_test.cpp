@@ -24,13 +24,13 @@ protected:
         registry_ = std::make_unique<ScopedEnvironment>("TARNO2_REGISTRY", registry);
         languageTable().select(kLanguageEnglish);
         ProgramSettings settings;
-        settings.driver = "Simulator";
-        settings.frequency = 100e3;
+        settings.wish.driver = "Simulator";
+        settings.wish.frequency = 100e3;
         settings.checkDiskSpeed = false;
-        settings.useDigitalPort = true;
+        settings.wish.useDigitalPort = true;
         settings.channels[0].active = settings.channels[1].active = true;
         settings.axisXValue = 0.1;
-        settings.fileName = folder_.file("run.dat");
+        settings.wish.fileName = folder_.file("run.dat");
         ASSERT_TRUE(WriteConfig(folder_.path(), settings));
         form_ = std::make_unique<T_MainForm>(folder_.path(), std::nullopt);
         form_->present();

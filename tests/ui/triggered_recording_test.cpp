@@ -35,19 +35,19 @@ protected:
     ~TriggeredRecording() override { form_->close(); }
 
     /// Opens the main window for that board.
-    void open(int32_t board) {
+    void open(uint32_t board) {
         ProgramSettings settings;
-        settings.driver = "Simulator";
-        settings.base = board;
-        settings.frequency = 100e3;
+        settings.wish.driver = "Simulator";
+        settings.wish.base = board;
+        settings.wish.frequency = 100e3;
         settings.checkDiskSpeed = false;
-        settings.stopMode = StopRule::Size;
+        settings.wish.stopRule = StopRule::Size;
         settings.stopValue = 80000;
         settings.stopPower = 0;
         for (int32_t channel = 0; channel < kChannels; ++channel) {
             settings.channels[static_cast<size_t>(channel)].active = true;
         }
-        settings.fileName = folder_.file("run.dat");
+        settings.wish.fileName = folder_.file("run.dat");
         EXPECT_TRUE(WriteConfig(folder_.path(), settings));
         form_ = std::make_unique<T_MainForm>(folder_.path(), std::nullopt);
         form_->present();
@@ -208,9 +208,9 @@ TEST_F(TriggeredRecording, APortThatIsNotUsedSwitchesItOff) {
     click(window_, "SynchroButton");
     click(window_, "SynchroPortRadio");
     click(window_, "AcceptButton");
-    EXPECT_EQ(form_->programSettings().synchro.SynchroAnalyzeMode, 2);
+    EXPECT_EQ(form_->programSettings().wish.synchro.SynchroAnalyzeMode, 2);
     EXPECT_EQ(record().size(), 40000U) << "every frame is written";
-    EXPECT_EQ(form_->programSettings().synchro.SynchroAnalyzeMode, 0);
+    EXPECT_EQ(form_->programSettings().wish.synchro.SynchroAnalyzeMode, 0);
     EXPECT_TRUE(window_->findChild<QRadioButton*>("OffButton")->isChecked());
 }
 

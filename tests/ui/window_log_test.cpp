@@ -30,7 +30,7 @@ class WindowLog : public MainWindow {};
 
 TEST_F(WindowLog, OneRecordingFromTheProgramsStartToItsEnd) {
     wanted_.channels[1].gain = 2;
-    wanted_.stopMode = StopRule::Time;
+    wanted_.wish.stopRule = StopRule::Time;
     wanted_.stopValue = 1.0;
     open();
     record();

@@ -116,7 +116,7 @@ TEST_F(WindowRecording, AnEarlierRecordingIsKeptOrTheStartGivenUp) {
 }
 
 TEST_F(WindowRecording, ADiskThatIsTooSmallIsAskedAbout) {
-    wanted_.stopMode = StopRule::Size;
+    wanted_.wish.stopRule = StopRule::Size;
     wanted_.stopValue = 1e9;
     wanted_.stopPower = 2;
     open();
@@ -130,7 +130,7 @@ TEST_F(WindowRecording, ADiskThatIsTooSmallIsAskedAbout) {
 
 TEST_F(WindowRecording, AnUnpluggedBoardEndsIt) {
     const ScopedEnvironment fault("TARNO2_SIMULATOR", "UnplugAfter=8000");
-    wanted_.base = 4;
+    wanted_.wish.base = 4;
     open();
     press(Qt::Key_F5);
     ASSERT_TRUE(waitForState(TextId::StatusError));
@@ -158,7 +158,7 @@ TEST_F(WindowRecording, AnOverflowIsALoss) {
 
 TEST_F(WindowRecording, TheCycleMakesRecordingsWithNamesOfTheirOwn) {
     const ScopedEnvironment fast("TARNO2_SIMULATOR", "RealTime=0");
-    wanted_.stopMode = StopRule::Size;
+    wanted_.wish.stopRule = StopRule::Size;
     wanted_.stopValue = 400;
     wanted_.stopPower = 1;
     open();
@@ -242,15 +242,15 @@ TEST_F(WindowRecording, BeginsByItselfWhenTheProgramIsLoaded) {
 
 TEST_F(WindowRecording, WaitsForItsConditionAndSaysSoBeforehand) {
     const ScopedEnvironment level("TARNO2_SIMULATOR", "Signal=Level");
-    wanted_.stopMode = StopRule::Manual;
-    wanted_.synchro.SynchroAnalogMode = 0;
-    wanted_.synchro.SynchroAnalogValue = 9.0;
+    wanted_.wish.stopRule = StopRule::Manual;
+    wanted_.wish.synchro.SynchroAnalogMode = 0;
+    wanted_.wish.synchro.SynchroAnalogValue = 9.0;
     for (const int mode : {1, 2}) {
-        wanted_.synchro.SynchroAnalyzeMode = mode;
-        wanted_.synchro.AnalyzeAnalogStartMode = 0;
-        wanted_.synchro.startAnalogEnabled = true;
-        wanted_.synchro.AnalyzeAnalogStartValue = 9.0;
-        wanted_.fileName = folder_.file("data/run" + std::to_string(mode) + ".dat");
+        wanted_.wish.synchro.SynchroAnalyzeMode = mode;
+        wanted_.wish.synchro.AnalyzeAnalogStartMode = 0;
+        wanted_.wish.synchro.startAnalogEnabled = true;
+        wanted_.wish.synchro.AnalyzeAnalogStartValue = 9.0;
+        wanted_.wish.fileName = folder_.file("data/run" + std::to_string(mode) + ".dat");
         open();
         auto* badge = find<QToolButton>("ConditionsButton");
         EXPECT_TRUE(badge->isVisible());
@@ -267,7 +267,7 @@ TEST_F(WindowRecording, WaitsForItsConditionAndSaysSoBeforehand) {
         EXPECT_EQ(stateWord(), "Stopped");
         ASSERT_TRUE(close());
     }
-    wanted_.synchro.SynchroAnalyzeMode = 0;
+    wanted_.wish.synchro.SynchroAnalyzeMode = 0;
     open();
     EXPECT_FALSE(find("ConditionsButton")->isVisible());
 }
@@ -319,7 +319,7 @@ TEST_F(WindowRecording, ADriverThatTakesItsTimeDoesNotStopTheWindow) {
 
 TEST_F(WindowRecording, WaitsForTheExternalStart) {
     const ScopedEnvironment never("TARNO2_SIMULATOR", "ExternalStartAfter=-1");
-    wanted_.externalStart = true;
+    wanted_.wish.setMode(kBoardExternalStart, true);
     open();
     press(Qt::Key_F5);
     ASSERT_TRUE(waitForState(TextId::StatusWaitingForStart));

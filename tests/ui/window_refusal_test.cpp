@@ -54,11 +54,11 @@ TEST_F(WindowRefusal, EachInItsOrderInBothLanguages) {
     fake_.codeRangeKnown = false;
     fake_.readerPaced = 100000;
     wanted_.channels[1].active = false;
-    wanted_.packetMode = true;
-    wanted_.stopMode = StopRule::Size;
+    wanted_.wish.setMode(kBoardPacketMode, true);
+    wanted_.wish.stopRule = StopRule::Size;
     wanted_.stopValue = 0.0;
-    wanted_.synchro.SynchroAnalyzeMode = 2;
-    wanted_.synchro.SynchroAnalogChannelNumber = 3;
+    wanted_.wish.synchro.SynchroAnalyzeMode = 2;
+    wanted_.wish.synchro.SynchroAnalogChannelNumber = 3;
     open();
     std::string why;
     ASSERT_TRUE(form().selection().driver().attach(&fake_, "Fake", folder_.path(), why)) << why;
@@ -115,7 +115,7 @@ TEST_F(WindowRefusal, EachInItsOrderInBothLanguages) {
     fake_.codeRangeKnown = true;
     form().BaseBoxChange(1);
     expectRefusal(TextId::SynchroParametersMistake);
-    form().programSettings().synchro.SynchroAnalyzeMode = 0;
+    form().programSettings().wish.synchro.SynchroAnalyzeMode = 0;
     expectRefusal(TextId::FileNameError);
     EXPECT_EQ(fake_.countCalls("Start"), 0U);
 
@@ -133,7 +133,7 @@ TEST_F(WindowRefusal, ADriverOfAnotherVersionOrWithABrokenRing) {
 }
 
 TEST_F(WindowRefusal, NoDriverOrNoBoardIsShownAtOnce) {
-    wanted_.driver = "";
+    wanted_.wish.driver = "";
     open();
     EXPECT_EQ(stateWord(), "Error");
     press(Qt::Key_F5);

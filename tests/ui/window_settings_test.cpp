@@ -84,9 +84,9 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
     ASSERT_TRUE(close());
 
     const ProgramSettings settings = kept();
-    EXPECT_EQ(settings.base, 2);
-    EXPECT_EQ(settings.frequency, 250000.0);
-    EXPECT_TRUE(settings.extendedChannelMode && settings.cycleStart && settings.stayOnTop);
+    EXPECT_EQ(settings.wish.base, 2U);
+    EXPECT_EQ(settings.wish.frequency, 250000.0);
+    EXPECT_TRUE(settings.extendedChannelMode && settings.wish.cycleStart && settings.stayOnTop);
     EXPECT_EQ(settings.language, InterfaceLanguage::Russian);
     EXPECT_EQ(settings.showSettingMember, 2);
     EXPECT_FALSE(settings.showFormVisible);
@@ -187,7 +187,7 @@ TEST_F(WindowSettings, TheLastRecordingIsOfferedAsTextAfterARestart) {
     const std::string recorded = folder_.file("data/run.dat");
     EXPECT_NE(nameField(), recorded) << "the next one is proposed";
     ASSERT_TRUE(close());
-    EXPECT_EQ(kept().fileName, recorded);
+    EXPECT_EQ(kept().wish.fileName, recorded);
 
     openAgain();
     EXPECT_NE(nameField(), recorded);
@@ -200,13 +200,13 @@ TEST_F(WindowSettings, TheLastRecordingIsOfferedAsTextAfterARestart) {
     press(Qt::Key_T, Qt::ControlModifier);
     EXPECT_EQ(offered, QStringList(QDir::fromNativeSeparators(QString::fromStdString(recorded))));
     ASSERT_TRUE(close());
-    EXPECT_EQ(kept().fileName, recorded) << "a run without a recording";
+    EXPECT_EQ(kept().wish.fileName, recorded) << "a run without a recording";
 }
 
 TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
     const struct {
         const char* driver;
-        int32_t base;
+        uint32_t base;
         const char* box;
         const char* shown;
         const char* told;
@@ -215,9 +215,9 @@ TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
         {"Gone", 2, "DriverBox", "Gone", "Driver \"Gone\" can not be loaded: no driver of this name is installed"}};
     wanted_.autoStartOnRun = true;
     for (const auto& each : cases) {
-        wanted_.driver = each.driver;
-        wanted_.base = each.base;
-        wanted_.frequency = 12345.0;
+        wanted_.wish.driver = each.driver;
+        wanted_.wish.base = each.base;
+        wanted_.wish.frequency = 12345.0;
         open();
         auto* box = find<QComboBox>(each.box);
         const QString missing = uiText(TextId::NotFoundEntry, {QString::fromLatin1(each.shown)});
@@ -231,13 +231,13 @@ TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
         EXPECT_EQ(box->currentText(), uiText(TextId::NotFoundEntry, {QString::fromLatin1(each.shown)}));
         find<QAction>("EnglishChoose")->trigger();
         ASSERT_TRUE(close());
-        EXPECT_EQ(kept().driver, each.driver);
-        EXPECT_EQ(kept().base, each.base);
-        EXPECT_EQ(kept().frequency, 12345.0);
+        EXPECT_EQ(kept().wish.driver, each.driver);
+        EXPECT_EQ(kept().wish.base, each.base);
+        EXPECT_EQ(kept().wish.frequency, 12345.0);
         EXPECT_THAT(recordings(), testing::IsEmpty());
     }
-    wanted_.driver = "Simulator";
-    wanted_.base = 7;
+    wanted_.wish.driver = "Simulator";
+    wanted_.wish.base = 7;
     wanted_.autoStartOnRun = false;
     open();
     auto* board = find<QComboBox>("BaseBox");
@@ -246,7 +246,7 @@ TEST_F(WindowSettings, ABoardOrDriverThatIsMissingIsKeptAndNoOtherRecords) {
     record();
     press(Qt::Key_F6);
     ASSERT_TRUE(close());
-    EXPECT_EQ(kept().base, 1);
+    EXPECT_EQ(kept().wish.base, 1U);
 }
 
 TEST_F(WindowSettings, TheToolkitSpeaksRussianToo) {
@@ -267,7 +267,7 @@ TEST_F(WindowSettings, OnesThatCanNotBeReadAreToldAndKept) {
     EXPECT_TRUE(listHas("Tarno2_old1.cfg"));
     ASSERT_TRUE(close());
     EXPECT_EQ(readFile(folder_.file("Tarno2_old1.cfg")), "Driver = Simulator\r\nBase = 3\r\n");
-    EXPECT_EQ(kept().base, 1);
+    EXPECT_EQ(kept().wish.base, 1U);
 }
 
 TEST_F(WindowSettings, TheFirstFrequencyIsTheBoardsOwn) {
@@ -280,7 +280,7 @@ TEST_F(WindowSettings, TheFirstFrequencyIsTheBoardsOwn) {
         ASSERT_GT(own, 0.0F);
         EXPECT_EQ(find<QComboBox>("FrequencyBox")->currentText().toFloat(), own) << file;
         ASSERT_TRUE(close());
-        EXPECT_EQ(kept().frequency, static_cast<double>(own)) << file;
+        EXPECT_EQ(kept().wish.frequency, static_cast<double>(own)) << file;
     }
 }
 

@@ -19,7 +19,7 @@ namespace tarno2 {
 namespace {
 
 // Whatever goes wrong, what was recorded is closed and described when the session goes. Returns the exit status.
-int record(const CommandLine& line, const AutoSettings& settings, const std::string& directory, StopRelay& relay,
+int record(const CommandLine& line, const RecordingWish& settings, const std::string& directory, StopRelay& relay,
            const TerminationWatcher& watcher) {
     try {
         ConsoleSession session(settings, directory);

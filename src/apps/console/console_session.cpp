@@ -7,12 +7,11 @@
 #include "config/logs/debug_log.h"
 #include "config/logs/program_version.h"
 #include "config/settings/settings_file.h"
-#include "core/recording/auto_recording.h"
 #include "language/language_table.h"
 
 namespace tarno2 {
 
-ConsoleSession::ConsoleSession(AutoSettings settings, std::string programDirectory)
+ConsoleSession::ConsoleSession(RecordingWish settings, std::string programDirectory)
     : settings_(std::move(settings)),
       programDirectory_(std::move(programDirectory)),
       fileName_(settings_.fileName),
@@ -49,7 +48,7 @@ void ConsoleSession::run() {
 }
 
 bool ConsoleSession::applySettings() {
-    const ApplyOutcome outcome = selection_.apply(settings_.driverName, settings_.baseNumber);
+    const ApplyOutcome outcome = selection_.apply(settings_.driver, settings_.base);
     if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty()) {
         consoleLog().log("%s", problem.c_str());
     }
@@ -124,8 +123,8 @@ void ConsoleSession::handle(const Notification& notification) {
     }
 }
 
-RecordingSettings ConsoleSession::settings() {
-    return recordingSettings(settings_);
+RecordingWish ConsoleSession::settings() {
+    return settings_;
 }
 
 std::string ConsoleSession::savedFileName() {

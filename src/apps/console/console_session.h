@@ -5,7 +5,7 @@
 #include <string>
 
 #include "config/files/file_naming.h"
-#include "config/settings/auto_settings.h"
+#include "config/settings/recording_wish.h"
 #include "core/devices/board_selection.h"
 #include "core/recording/recording_control.h"
 #include "core/recording/recording_shell.h"
@@ -18,7 +18,7 @@ namespace tarno2 {
 /// line in the console log. Everything but `post` and `requestStop` runs on the thread that calls `run`.
 class ConsoleSession final : public RecordingShell {
 public:
-    ConsoleSession(AutoSettings settings, std::string programDirectory);
+    ConsoleSession(RecordingWish settings, std::string programDirectory);
 
     /// Applies the settings, records once, and returns when it is over.
     void run();
@@ -30,7 +30,7 @@ public:
     void setDataWait(uint32_t milliseconds) { control_.setDataWait(milliseconds); }
 
     void post(const Notification& notification) override;
-    [[nodiscard]] RecordingSettings settings() override;
+    [[nodiscard]] RecordingWish settings() override;
     [[nodiscard]] std::string fileName() override { return fileName_; }
     void setFileName(const std::string& name) override { fileName_ = name; }
     [[nodiscard]] std::string savedFileName() override;
@@ -52,7 +52,7 @@ private:
     [[nodiscard]] bool applySettings();
     void SetErrorCode(BoardStatus status);
 
-    AutoSettings settings_;
+    RecordingWish settings_;
     std::string programDirectory_;
     std::string fileName_;
     MessageQueue queue_;

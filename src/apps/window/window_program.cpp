@@ -85,7 +85,7 @@ private:
 };
 
 /// Returns the exit status.
-int runForm(const CommandLine& line, std::optional<AutoSettings> console, StopRelay& relay) {
+int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopRelay& relay) {
     try {
         T_MainForm form(programDirectory(), std::move(console));
         const auto status = [&form, &line] {
@@ -149,7 +149,7 @@ int runWindowProgram(std::string program, const CommandLine& line) {
         QMessageBox::information(nullptr, uiText(TextId::Information), uiText(TextId::Usage));
         return line.status ? static_cast<int>(RecordingOutcome::NothingRecorded) : 0;
     }
-    std::optional<AutoSettings> console;
+    std::optional<RecordingWish> console;
     bool usable = true;
     if (line.mode == CommandLine::Mode::Console) {
         console = LoadAutoSettings(line.path, programDirectory());

@@ -11,6 +11,7 @@
 
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
+#include "config/settings/auto_synchro.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -33,7 +34,10 @@ __attribute__((format(printf, 1, 2))) bool abortLoad(const char* format, ...) {
 /// Takes the keys one after the other; each reader logs what it misses and is false when the load ends there.
 class AutoSettingsReader {
 public:
-    explicit AutoSettingsReader(const std::string& text) : text_(text) { file_.readText(text); }
+    explicit AutoSettingsReader(const std::string& text) : text_(text) {
+        file_.readText(text);
+        settings_.packetFrequency = 0.0;
+    }
 
     [[nodiscard]] bool read() {
         openDebugLog();
@@ -47,9 +51,9 @@ public:
         }
         readDecimation();
         readWriteBuffer();
-        return readAutoSynchro(file_, normaliseKeyValueText(text_), settings_.synchro);
+        return readAutoSynchro(file_, normaliseKeyValueText(text_), settings_);
     }
-    [[nodiscard]] const AutoSettings& settings() const { return settings_; }
+    [[nodiscard]] const RecordingWish& settings() const { return settings_; }
 
 private:
     void openDebugLog();
@@ -72,7 +76,7 @@ private:
 
     const std::string& text_;
     KeyValueFile file_;
-    AutoSettings settings_;
+    RecordingWish settings_;
 };
 
 /// A text ends at a zero byte: no name can hold one, and the system would cut it there.
@@ -107,10 +111,10 @@ void AutoSettingsReader::tellUnknownKeys() const {
 }
 
 bool AutoSettingsReader::readBoard() {
-    if (!readText("DriverName", settings_.driverName)) {
+    if (!readText("DriverName", settings_.driver)) {
         return abortLoad("Required parameters \"%s\" is absent... Program aborted", "DriverName");
     }
-    if (!file_.readUInt32("BaseNumber", settings_.baseNumber, 1, true)) {
+    if (!file_.readUInt32("BaseNumber", settings_.base, 1, true)) {
         consoleLog().log("Parameters \"BaseNumber\" absent - Use 1");
     }
     return true;
@@ -188,11 +192,13 @@ bool AutoSettingsReader::readRates() {
     if (!readReal("Frequency", settings_.frequency)) {
         return abortLoad("Required parameters \"%s\" is absent... Program aborted", "Frequency");
     }
-    file_.readInt32("CutMode", settings_.cutMode, 0);
-    if (settings_.cutMode < 0) {
+    int32_t cutMode = 0;
+    file_.readInt32("CutMode", cutMode, 0);
+    if (cutMode < 0) {
         consoleLog().log("Cut mode <0... Cut mode disable");
-        settings_.cutMode = 0;
     }
+    settings_.cut = cutMode > 0;
+    settings_.cutMegabytes = settings_.cut ? cutMode : settings_.cutMegabytes;
     return true;
 }
 
@@ -218,7 +224,7 @@ bool AutoSettingsReader::readStopRule() {
 }
 
 bool AutoSettingsReader::readTimeRule() {
-    if (!readReal("TimeNeed", settings_.timeNeed)) {
+    if (!readReal("TimeNeed", settings_.stopSeconds)) {
         return abortLoad("Choose time mode, but required parameters \"%s\" is absent... Program aborted", "TimeNeed");
     }
     int32_t unit = 0;
@@ -230,9 +236,9 @@ bool AutoSettingsReader::readTimeRule() {
         unit = 0;
     }
     for (int32_t step = 0; step < unit; ++step) {
-        settings_.timeNeed *= 60.0;
+        settings_.stopSeconds *= 60.0;
     }
-    if (!std::isfinite(settings_.timeNeed)) {
+    if (!std::isfinite(settings_.stopSeconds)) {
         return abortLoad("Value %s invalid... Program aborted", "TimeNeed");
     }
     return true;
@@ -254,14 +260,14 @@ bool AutoSettingsReader::readSizeRule() {
         consoleLog().log("Value %s invalid... Use 0(Byte)", "SizeMode");
         unit = 0;
     }
-    settings_.sizeNeed = uint64_t{high} << 32U | low;
+    settings_.stopBytes = uint64_t{high} << 32U | low;
     for (int32_t step = 0; step < unit; ++step) {
-        if (settings_.sizeNeed > std::numeric_limits<uint64_t>::max() / 1024) {
+        if (settings_.stopBytes > std::numeric_limits<uint64_t>::max() / 1024) {
             return abortLoad(
                 "Size is too large (SizeNeedHight = %u, SizeNeedLow = %u, SizeMode = %d)... Program aborted", high, low,
                 unit);
         }
-        settings_.sizeNeed *= 1024;
+        settings_.stopBytes *= 1024;
     }
     return true;
 }
@@ -336,10 +342,10 @@ bool readSettingsText(const std::optional<std::string>& path, std::string& text)
     return true;
 }
 
-void logSummary(const AutoSettings& settings) {
+void logSummary(const RecordingWish& settings) {
     consoleLog().log("Config read OK...");
-    consoleLog().log("Driver = \"%s\"", settings.driverName.c_str());
-    consoleLog().log("Base number = 0x%x", settings.baseNumber);
+    consoleLog().log("Driver = \"%s\"", settings.driver.c_str());
+    consoleLog().log("Base number = 0x%x", settings.base);
     consoleLog().log("Channel count = %d", static_cast<int32_t>(settings.channels.size()));
     consoleLog().log("Frequency = %lf", settings.frequency);
     consoleLog().log("Board mode = 0x%x", settings.boardMode);
@@ -350,8 +356,8 @@ void logSummary(const AutoSettings& settings) {
 
 }  // namespace
 
-std::optional<AutoSettings> LoadAutoSettings(const std::optional<std::string>& path,
-                                             const std::string& programDirectory) {
+std::optional<RecordingWish> LoadAutoSettings(const std::optional<std::string>& path,
+                                              const std::string& programDirectory) {
     startConsoleLog(programDirectory);
     try {
         std::string text;

@@ -118,9 +118,9 @@ bool isAutoSynchroKey(std::string_view key) {
            std::find(std::begin(kOthers), std::end(kOthers), key) != std::end(kOthers);
 }
 
-bool readAutoSynchro(const KeyValueFile& file, std::string_view normalised, AutoSynchro& synchro) {
+bool readAutoSynchro(const KeyValueFile& file, std::string_view normalised, RecordingWish& wish) {
     const Reader reader{file, normalised};
-    SynchroSettings& settings = synchro.settings;
+    SynchroSettings& settings = wish.synchro;
     settings.SynchroAnalogMode = kNotUsed;
     settings.SynchroPortMode = kNotUsed;
     for (const IntegerKey& key : kIntegerKeys) {
@@ -141,10 +141,10 @@ bool readAutoSynchro(const KeyValueFile& file, std::string_view normalised, Auto
         !reader.integer("SynchroAllSize", 0, kLargest, all) ||
         !reader.integer("SynchroPrehistorySize", 0, all, prehistory) ||
         !reader.flag("StopAfterTrigged", settings.StopAfterTrigged) ||
-        !reader.flag("UseDigitalPort", synchro.useDigitalPort)) {
+        !reader.flag("UseDigitalPort", wish.useDigitalPort)) {
         return false;
     }
-    synchro.sizes = {prehistory, all - prehistory};
+    wish.synchroSizes = {prehistory, all - prehistory};
     chooseSources(settings, analysisOnPort, synchroOnPort);
     return true;
 }

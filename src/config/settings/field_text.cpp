@@ -7,6 +7,9 @@
 
 namespace tarno2 {
 
+namespace {
+
+/// Without blanks around and with a point.
 std::string plainNumber(std::string_view text) {
     const auto first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos) {
@@ -16,6 +19,8 @@ std::string plainNumber(std::string_view text) {
     std::replace(number.begin(), number.end(), ',', '.');
     return number;
 }
+
+}  // namespace
 
 std::optional<double> parseNumberField(std::string_view text) {
     const std::string number = plainNumber(text);

@@ -5,8 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "config/settings/auto_settings.h"
-#include "sync/synchro_settings.h"
+#include "config/settings/recording_wish.h"
 
 namespace tarno2 {
 
@@ -52,42 +51,24 @@ struct TextExportSettings {
 struct ProgramSettings {
     ProgramSettings();
 
+    /// What is asked of the next recording. Its channels come from the rows below, and its end from the stop value.
+    RecordingWish wish;
+    double stopValue = 10.0;
+    int32_t stopPower = 0;  ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
+
     // The board.
-    std::string driver;
     std::vector<double> frequencyList;  ///< frequencies that the user has kept, Hz; in single precision once read
-    double frequency = 100000.0;        ///< Hz
-    double packetFrequency = 1000.0;    ///< Hz
-    int32_t base = 1;
     int32_t drqNumber = 0;
-    bool differentialMode = false;
-    bool externalStart = false;
-    bool packetMode = false;
-    bool externalFrequency = false;
-    bool useDigitalPort = false;
     bool hardwareAverage = false;
 
-    // The recording.
-    bool cycleStart = false;
+    // The start.
     bool autoStartOnRun = false;
-    bool cutModeActive = false;
-    bool autoModeCut = false;
     bool checkDiskSpeed = true;
-    StopRule stopMode = StopRule::Manual;
-    double stopValue = 10.0;
-    int32_t stopPower = 0;        ///< unit of the stop value: 0 s or bytes, 1 min or KiB, 2 h or MiB
-    int32_t cutModeValue = 1024;  ///< MiB
-    std::string fileName;         ///< of the last recording
-    int32_t decimation = 1;       ///< keep the first of so many frames
-    int32_t writeBufferMegabytes = kWriteBufferMegabytes;
-    int32_t longestWriteWaitMs = kLongestWriteWaitMs;
 
     /// Channels of the board: the lists of the channel table are written and read for as many. While no board is known
     /// all are kept.
     int32_t channelCount = kMaximumChannelCount;
     std::array<ChannelSettings, kMaximumChannelCount> channels;
-
-    SynchroSizes synchroSizes;
-    SynchroSettings synchro;
 
     // The signal view.
     std::string axisFontName = "Arial";

@@ -177,7 +177,7 @@ void readSettings(LineConfigReader& file, ProgramSettings& settings) {
         if (row.comment == TextId::CommentLanguage) {
             DEBUG_LOG("Config language = %d", static_cast<int>(settings.language));
         } else if (row.comment == TextId::CommentDriver) {
-            DEBUG_LOG("Config driver = %s", settings.driver.c_str());
+            DEBUG_LOG("Config driver = %s", settings.wish.driver.c_str());
         }
     }
 }

@@ -13,6 +13,7 @@ namespace tarno2 {
 namespace {
 
 using Settings = ProgramSettings;
+using Wish = RecordingWish;
 
 constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 constexpr double kAnyReal = std::numeric_limits<double>::lowest();
@@ -70,6 +71,13 @@ constexpr RealSetting real(double lowest) {
     return {lowest, [](Settings& settings) -> double& { return member<Path...>(settings); }};
 }
 
+/// A flag for one of the board's modes.
+template <BoardModeBits Mode>
+constexpr IntegerSetting boardMode() {
+    return {0, 1, true, [](const Settings& settings) { return settings.wish.hasMode(Mode) ? 1 : 0; },
+            [](Settings& settings, int32_t value) { settings.wish.setMode(Mode, value != 0); }};
+}
+
 /// A real that is 0 for most operators.
 template <auto... Path>
 constexpr RealSetting rareReal() {
@@ -91,20 +99,20 @@ constexpr RealListSetting realList() {
 /// The mode of a condition; 2 switches it off.
 template <auto Mode, auto Enabled>
 constexpr IntegerSetting condition() {
-    return {0, 2, false, [](const Settings& settings) { return settings.synchro.*Mode; },
+    return {0, 2, false, [](const Settings& settings) { return settings.wish.synchro.*Mode; },
             [](Settings& settings, int32_t value) {
-                settings.synchro.*Mode = value;
-                settings.synchro.*Enabled = value != 2;
+                settings.wish.synchro.*Mode = value;
+                settings.wish.synchro.*Enabled = value != 2;
             }};
 }
 
 /// The source of conditions: 0 an analog channel, 1 the port.
 template <auto OnAnalog, auto OnPort>
 constexpr IntegerSetting source() {
-    return {0, 1, false, [](const Settings& settings) { return settings.synchro.*OnPort ? 1 : 0; },
+    return {0, 1, false, [](const Settings& settings) { return settings.wish.synchro.*OnPort ? 1 : 0; },
             [](Settings& settings, int32_t value) {
-                settings.synchro.*OnAnalog = value == 0;
-                settings.synchro.*OnPort = value == 1;
+                settings.wish.synchro.*OnAnalog = value == 0;
+                settings.wish.synchro.*OnPort = value == 1;
             }};
 }
 
@@ -114,21 +122,21 @@ void divideBuffer(SynchroSizes& sizes, int32_t all, int32_t prehistory) {
 }
 
 int32_t bufferSize(const Settings& settings) {
-    return settings.synchroSizes.prehistory + settings.synchroSizes.history;
+    return settings.wish.synchroSizes.prehistory + settings.wish.synchroSizes.history;
 }
 
 constexpr IntegerSetting synchroAllSize() {
     return {1, kLargestBuffer, false, bufferSize, [](Settings& settings, int32_t value) {
-                divideBuffer(settings.synchroSizes, value, settings.synchroSizes.prehistory);
+                divideBuffer(settings.wish.synchroSizes, value, settings.wish.synchroSizes.prehistory);
             }};
 }
 
 constexpr IntegerSetting synchroPrehistorySize() {
-    return {0, kLargestBuffer, false, [](const Settings& settings) { return settings.synchroSizes.prehistory; },
+    return {0, kLargestBuffer, false, [](const Settings& settings) { return settings.wish.synchroSizes.prehistory; },
             [](Settings& settings, int32_t value) {
                 const int32_t all = bufferSize(settings);
                 if (value <= all) {
-                    divideBuffer(settings.synchroSizes, all, value);
+                    divideBuffer(settings.wish.synchroSizes, all, value);
                 }
             }};
 }
@@ -185,19 +193,19 @@ constexpr IntegerListSetting digitalColumn(int32_t lowest, int32_t highest) {
 // An entry added one day stands after the last one, and its key is no tail of an earlier key.
 constexpr SettingRow kTable[] = {
     {TextId::CommentLanguage, nullptr, integer<&Settings::language>(0, 1)},
-    {TextId::CommentDriver, nullptr, text<&Settings::driver>()},
-    {TextId::CommentBase, nullptr, integer<&Settings::base>(0, kMost)},
+    {TextId::CommentDriver, nullptr, text<&Settings::wish, &Wish::driver>()},
+    {TextId::CommentBase, nullptr, integer<&Settings::wish, &Wish::base>(0, kMost)},
     {TextId::CommentDrqNumber, nullptr, integer<&Settings::drqNumber>(0, kMost)},
-    {TextId::CommentFrequency, nullptr, real<&Settings::frequency>(0.0)},
-    {TextId::CommentDiffMode, nullptr, flag<&Settings::differentialMode>()},
-    {TextId::CommentExtStartMode, nullptr, flag<&Settings::externalStart>()},
+    {TextId::CommentFrequency, nullptr, real<&Settings::wish, &Wish::frequency>(0.0)},
+    {TextId::CommentDiffMode, nullptr, boardMode<kBoardDifferential>()},
+    {TextId::CommentExtStartMode, nullptr, boardMode<kBoardExternalStart>()},
     {TextId::CommentHDDTestSpeed, nullptr, flag<&Settings::checkDiskSpeed>()},
-    {TextId::CommentPacketMode, nullptr, flag<&Settings::packetMode>()},
-    {TextId::CommentExtFreqMode, nullptr, flag<&Settings::externalFrequency>()},
-    {TextId::CommentPacketFrequency, nullptr, real<&Settings::packetFrequency>(0.0)},
-    {TextId::CommentFileName, nullptr, text<&Settings::fileName>()},
-    {TextId::CommentStopMode, nullptr, integer<&Settings::stopMode>(0, 2)},
-    {TextId::CommentCycleStart, nullptr, flag<&Settings::cycleStart>()},
+    {TextId::CommentPacketMode, nullptr, boardMode<kBoardPacketMode>()},
+    {TextId::CommentExtFreqMode, nullptr, boardMode<kBoardExternalClock>()},
+    {TextId::CommentPacketFrequency, nullptr, real<&Settings::wish, &Wish::packetFrequency>(0.0)},
+    {TextId::CommentFileName, nullptr, text<&Settings::wish, &Wish::fileName>()},
+    {TextId::CommentStopMode, nullptr, integer<&Settings::wish, &Wish::stopRule>(0, 2)},
+    {TextId::CommentCycleStart, nullptr, flag<&Settings::wish, &Wish::cycleStart>()},
     {TextId::CommentAutoStartOnRun, nullptr, flag<&Settings::autoStartOnRun>()},
     {TextId::CommentAxisFontName, "AxisFontName", text<&Settings::axisFontName>()},
     {TextId::CommentAxisFontSize, "AxisFontSize", integer<&Settings::axisFontSize>(1, kLargestFont)},
@@ -210,9 +218,9 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentAxisYValue, nullptr, real<&Settings::axisYValue>(kAnyReal)},
     {TextId::CommentAxisYMode, nullptr, integer<&Settings::axisYMode>(-1, 3)},
     {TextId::CommentAxisYAutoMode, nullptr, flag<&Settings::axisYAutoMode>()},
-    {TextId::CommentCutModeActive, nullptr, flag<&Settings::cutModeActive>()},
-    {TextId::CommentAutoModeCut, nullptr, flag<&Settings::autoModeCut>()},
-    {TextId::CommentCutModeValue, nullptr, integer<&Settings::cutModeValue>(1, kMost)},
+    {TextId::CommentCutModeActive, nullptr, flag<&Settings::wish, &Wish::cut>()},
+    {TextId::CommentAutoModeCut, nullptr, flag<&Settings::wish, &Wish::automaticCut>()},
+    {TextId::CommentCutModeValue, nullptr, integer<&Settings::wish, &Wish::cutMegabytes>(1, kMost)},
     {TextId::CommentShowSettingMember, nullptr, integer<&Settings::showSettingMember>(-1, 4)},
     {TextId::CommentExtendedChannelMode, nullptr, flag<&Settings::extendedChannelMode>()},
     {TextId::CommentMainFormPos, nullptr, place<&Settings::mainFormPos>()},
@@ -225,7 +233,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentFrequencyListCount, nullptr, frequencyListCount()},
     {TextId::CommentFrequencyList, nullptr, realList<&Settings::frequencyList>()},
     {TextId::CommentSynchroAnalyzeMode, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::SynchroAnalyzeMode>(0, 2)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalyzeMode>(0, 2)},
     {TextId::CommentAnalyzeMode, nullptr,
      source<&SynchroSettings::analysisOnAnalog, &SynchroSettings::analysisOnPort>()},
     {TextId::CommentAnalyzeAnalogStartMode, nullptr,
@@ -235,23 +243,23 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentAnalyzeAnalogStopMode, nullptr,
      condition<&SynchroSettings::AnalyzeAnalogStopMode, &SynchroSettings::stopAnalogEnabled>()},
     {TextId::CommentAnalyzeAnalogStartChannel, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStartChannel>(0, kLastChannel)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartChannel>(0, kLastChannel)},
     {TextId::CommentAnalyzeAnalogWriteChannel, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogWriteChannel>(0, kLastChannel)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteChannel>(0, kLastChannel)},
     {TextId::CommentAnalyzeAnalogStopChannel, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStopChannel>(0, kLastChannel)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopChannel>(0, kLastChannel)},
     {TextId::CommentAnalyzeAnalogStartValue, nullptr,
-     real<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStartValue>(kAnyReal)},
+     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartValue>(kAnyReal)},
     {TextId::CommentAnalyzeAnalogWriteValue, nullptr,
-     real<&Settings::synchro, &SynchroSettings::AnalyzeAnalogWriteValue>(kAnyReal)},
+     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteValue>(kAnyReal)},
     {TextId::CommentAnalyzeAnalogStopValue, nullptr,
-     real<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStopValue>(kAnyReal)},
+     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopValue>(kAnyReal)},
     {TextId::CommentAnalyzeAnalogStartUnit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStartUnit>(0, 2)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartUnit>(0, 2)},
     {TextId::CommentAnalyzeAnalogWriteUnit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogWriteUnit>(0, 2)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteUnit>(0, 2)},
     {TextId::CommentAnalyzeAnalogStopUnit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzeAnalogStopUnit>(0, 2)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopUnit>(0, 2)},
     {TextId::CommentAnalyzePortStartMode, nullptr,
      condition<&SynchroSettings::AnalyzePortStartMode, &SynchroSettings::portStartEnabled>()},
     {TextId::CommentAnalyzePortWriteMode, nullptr,
@@ -259,25 +267,29 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentAnalyzePortStopMode, nullptr,
      condition<&SynchroSettings::AnalyzePortStopMode, &SynchroSettings::portStopEnabled>()},
     {TextId::CommentAnalyzePortStartBit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzePortStartBit>(0, kLastPortBit)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortStartBit>(0, kLastPortBit)},
     {TextId::CommentAnalyzePortWriteBit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzePortWriteBit>(0, kLastPortBit)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortWriteBit>(0, kLastPortBit)},
     {TextId::CommentAnalyzePortStopBit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::AnalyzePortStopBit>(0, kLastPortBit)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortStopBit>(0, kLastPortBit)},
     {TextId::CommentSynchroMode, nullptr, source<&SynchroSettings::synchroOnAnalog, &SynchroSettings::synchroOnPort>()},
-    {TextId::CommentSynchroAnalogMode, nullptr, integer<&Settings::synchro, &SynchroSettings::SynchroAnalogMode>(0, 2)},
+    {TextId::CommentSynchroAnalogMode, nullptr,
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogMode>(0, 2)},
     {TextId::CommentSynchroAnalogChannelNumber, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::SynchroAnalogChannelNumber>(0, kLastChannel)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogChannelNumber>(0, kLastChannel)},
     {TextId::CommentSynchroAnalogValue, nullptr,
-     real<&Settings::synchro, &SynchroSettings::SynchroAnalogValue>(kAnyReal)},
-    {TextId::CommentSynchroAnalogUnit, nullptr, integer<&Settings::synchro, &SynchroSettings::SynchroAnalogUnit>(0, 2)},
-    {TextId::CommentSynchroPortMode, nullptr, integer<&Settings::synchro, &SynchroSettings::SynchroPortMode>(0, 2)},
+     real<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogValue>(kAnyReal)},
+    {TextId::CommentSynchroAnalogUnit, nullptr,
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogUnit>(0, 2)},
+    {TextId::CommentSynchroPortMode, nullptr,
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroPortMode>(0, 2)},
     {TextId::CommentSynchroPortBit, nullptr,
-     integer<&Settings::synchro, &SynchroSettings::SynchroPortBit>(0, kLastPortBit)},
+     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroPortBit>(0, kLastPortBit)},
     {TextId::CommentSynchroAllSize, nullptr, synchroAllSize()},
     {TextId::CommentSynchroPrehistorySize, nullptr, synchroPrehistorySize()},
-    {TextId::CommentStopAfterTrigged, nullptr, flag<&Settings::synchro, &SynchroSettings::StopAfterTrigged>()},
-    {TextId::CommentUseDigitalPort, nullptr, flag<&Settings::useDigitalPort>()},
+    {TextId::CommentStopAfterTrigged, nullptr,
+     flag<&Settings::wish, &Wish::synchro, &SynchroSettings::StopAfterTrigged>()},
+    {TextId::CommentUseDigitalPort, nullptr, flag<&Settings::wish, &Wish::useDigitalPort>()},
     {TextId::CommentHardwareAverage, nullptr, flag<&Settings::hardwareAverage>()},
     {TextId::CommentPixelsMode, nullptr, flag<&Settings::pixelsMode>()},
     {TextId::CommentShowSignalMode, nullptr, integer<&Settings::showSignalMode>(0, 2)},
@@ -302,10 +314,11 @@ constexpr SettingRow kTable[] = {
      byte<&Settings::textExport, &TextExportSettings::columnDividerCount>(1, 255)},
     {TextId::CommentTextMaxLineCount, nullptr,
      integer<&Settings::textExport, &TextExportSettings::maxLineCount>(0, kMost)},
-    {TextId::DecimationHint, "Decimation", rareInteger<&Settings::decimation>(1, kMost)},
+    {TextId::DecimationHint, "Decimation", rareInteger<&Settings::wish, &Wish::decimation>(1, kMost)},
     {TextId::WriteBufferComment, "WriteBuffer",
-     integer<&Settings::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes)},
-    {TextId::WriteAgeComment, "WriteAge", integer<&Settings::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs)},
+     integer<&Settings::wish, &Wish::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes)},
+    {TextId::WriteAgeComment, "WriteAge",
+     integer<&Settings::wish, &Wish::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs)},
     {TextId::CommentAxisYLimit, "AxisYLower", rareReal<&Settings::axisYLower>()},
     {TextId::CommentAxisYLimit, "AxisYUpper", rareReal<&Settings::axisYUpper>()},
     {TextId::CommentPartShown, "ViewLegend", rareInteger<&Settings::viewLegend>(0, 1)},

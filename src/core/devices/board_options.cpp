@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "config/settings/auto_settings.h"
+#include "config/settings/recording_wish.h"
 
 namespace tarno2 {
 

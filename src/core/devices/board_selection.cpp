@@ -141,10 +141,10 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
 }
 
 ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
-    const ApplyOutcome outcome = apply(settings.driver, static_cast<uint32_t>(settings.base));
+    const ApplyOutcome outcome = apply(settings.wish.driver, settings.wish.base);
     if (outcome == ApplyOutcome::Done) {
         setDrqNumber(settings.drqNumber);
-        static_cast<void>(hasFrequency(settings.frequency));
+        static_cast<void>(hasFrequency(settings.wish.frequency));
     }
     return outcome;
 }

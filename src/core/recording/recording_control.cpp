@@ -1,10 +1,8 @@
 #include "core/recording/recording_control.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <new>
-#include <optional>
 
 #include "config/files/file_name_check.h"
 #include "config/files/recording_name.h"
@@ -25,26 +23,6 @@ constexpr uint64_t kMebibyte = 1024 * 1024;
 constexpr uint32_t kTimerPeriodMs = 1000;
 constexpr int32_t kNameInUse = -6;  // of the writer
 constexpr int kNameAttempts = 100;
-
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t");
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(" \t") - first + 1);
-}
-
-// The whole text has to be a number; the decimal character is a point whatever the user's locale says.
-template <typename Number>
-std::optional<Number> parseNumber(std::string_view text) {
-    text = trimmed(text);
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    return value;
-}
 
 }  // namespace
 
@@ -129,10 +107,10 @@ bool RecordingControl::checkSettings() {
     BoardSettings& board = session_->settings;
     board.channels = settings_.channels;
     board.gains = settings_.gains;
-    board.externalStart = (settings_.boardMode & kBoardExternalStart) != 0;
-    board.differential = (settings_.boardMode & kBoardDifferential) != 0;
-    board.packetMode = (settings_.boardMode & kBoardPacketMode) != 0;
-    board.externalClock = (settings_.boardMode & kBoardExternalClock) != 0;
+    board.externalStart = settings_.hasMode(kBoardExternalStart);
+    board.differential = settings_.hasMode(kBoardDifferential);
+    board.packetMode = settings_.hasMode(kBoardPacketMode);
+    board.externalClock = settings_.hasMode(kBoardExternalClock);
     board.packetFrequency = static_cast<float>(settings_.packetFrequency);
     session_->decimation = static_cast<uint32_t>(std::max(settings_.decimation, 1));
 
@@ -156,9 +134,8 @@ bool RecordingControl::checkSettings() {
         DEBUG_LOG("Channel count = 0");
         return refuse(TextId::ChannelCountZero);
     }
-    const auto frequency = parseNumber<double>(settings_.frequencyText);
-    DEBUG_LOG("Frequency = %f", frequency.value_or(0.0));
-    board.frequency = static_cast<float>(frequency.value_or(0.0));
+    DEBUG_LOG("Frequency = %f", settings_.frequency);
+    board.frequency = static_cast<float>(settings_.frequency);
     const bool packetUsable = !board.packetMode || (std::isfinite(board.packetFrequency) && board.packetFrequency > 0);
     if (!std::isfinite(board.frequency) || !(board.frequency > 0.0F) || !packetUsable) {
         return refuse(TextId::FrequencyIncorrect);
@@ -214,13 +191,12 @@ bool RecordingControl::startThread() {
 
 void RecordingControl::chooseCut() {
     int32_t cutNumber = 0;
-    bool cut = settings_.cutMode && driver_.facts().cutMode;
-    if (settings_.cutMode && !driver_.facts().cutMode) {
+    bool cut = settings_.cut && driver_.facts().cutMode;
+    if (settings_.cut && !driver_.facts().cutMode) {
         shell_.showDetail("Cut mode not accesible");
     }
     if (cut && !settings_.automaticCut) {
-        const auto number = parseNumber<int32_t>(settings_.cutNumberText);
-        cutNumber = number.value_or(0);
+        cutNumber = settings_.cutMegabytes;
         if (cutNumber <= 0) {
             DEBUG_LOG("!!!! CutNumber catching= %d", cutNumber);
             attention(text(TextId::CutNumberIncorrect));
@@ -302,8 +278,9 @@ bool RecordingControl::createFiles() {
         setup.bytesPerSecond = session_->sampleRate() * setup.sampleWidth / session_->decimation;
     }
     setup.facts = facts_;
-    setup.bufferBytes = bufferFor(setup.bytesPerSecond, settings_.writeBufferMegabytes * kMebibyte);
-    setup.longestWaitMs = settings_.longestWriteWaitMs;
+    setup.bufferBytes =
+        bufferFor(setup.bytesPerSecond, static_cast<uint64_t>(settings_.writeBufferMegabytes) * kMebibyte);
+    setup.longestWaitMs = static_cast<uint32_t>(settings_.longestWriteWaitMs);
     setup.keepDiskMargin = true;
     int32_t code = session_->writer().open(setup, description_);
     // Two programs may have come to the same free name: a generated one stands for any other.
@@ -402,7 +379,7 @@ void RecordingControl::StopTimerTick() {
 
 // The operator may end the cycle while its last recording runs.
 bool RecordingControl::cycleGoesOn() {
-    return !diskNearlyFull_ && !shell_.consoleMode() && shell_.settings().autoStart;
+    return !diskNearlyFull_ && !shell_.consoleMode() && shell_.settings().cycleStart;
 }
 
 void RecordingControl::StopButtonClick() {

@@ -88,7 +88,7 @@ private:
     LiveTap* liveTap_ = nullptr;
     bool closing_ = false;
 
-    RecordingSettings settings_;
+    RecordingWish settings_;
     std::string fileName_;
     DiskFacts disk_;
     RecordingFacts facts_;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "config/settings/field_text.h"
-
 namespace tarno2 {
 
 namespace {
@@ -12,10 +10,10 @@ namespace {
 constexpr double kMebibyte = 1024.0 * 1024.0;
 
 /// Bytes of the pieces that the recording is cut into; 0: it is not cut.
-double pieceBytes(const RecordingSettings& settings, const DiskFacts& disk, double frameBytes) {
+double pieceBytes(const RecordingWish& settings, const DiskFacts& disk, double frameBytes) {
     auto bytes = static_cast<double>(disk.maximumFileSize);
-    if (settings.cutMode && !settings.automaticCut) {
-        const double asked = parseNumberField(settings.cutNumberText).value_or(0.0) * kMebibyte;
+    if (settings.cut && !settings.automaticCut) {
+        const double asked = settings.cutMegabytes * kMebibyte;
         if (asked > 0.0) {
             bytes = bytes > 0.0 ? std::min(bytes, asked) : asked;
         }
@@ -26,7 +24,7 @@ double pieceBytes(const RecordingSettings& settings, const DiskFacts& disk, doub
 
 }  // namespace
 
-double sampleRate(const RecordingSettings& settings, const BoardFacts& board) {
+double sampleRate(const RecordingWish& settings, const BoardFacts& board) {
     const auto channels = static_cast<double>(settings.channels.size());
     if ((settings.boardMode & kBoardExternalClock) != 0 || settings.channels.empty()) {
         return 0.0;
@@ -34,11 +32,11 @@ double sampleRate(const RecordingSettings& settings, const BoardFacts& board) {
     if ((settings.boardMode & kBoardPacketMode) != 0) {
         return std::max(settings.packetFrequency, 0.0) * channels;
     }
-    const double frequency = std::max(parseNumberField(settings.frequencyText).value_or(0.0), 0.0);
+    const double frequency = std::max(settings.frequency, 0.0);
     return frequency * (board.perChannelFrequency ? channels : 1.0);
 }
 
-RecordingNeed recordingNeed(const RecordingSettings& settings, const BoardFacts& board, const DiskFacts& disk) {
+RecordingNeed recordingNeed(const RecordingWish& settings, const BoardFacts& board, const DiskFacts& disk) {
     RecordingNeed need;
     const double width = board.sampleWidth();
     need.bytesPerSecond = sampleRate(settings, board) * width / std::max(settings.decimation, 1);
@@ -53,7 +51,7 @@ RecordingNeed recordingNeed(const RecordingSettings& settings, const BoardFacts&
         need.pieces = static_cast<uint64_t>(std::min(std::ceil(need.totalBytes / piece), 1e18));
     }
     if (need.totalBytes <= 0.0) {
-        need.pieces = settings.cutMode ? 0 : 1;
+        need.pieces = settings.cut ? 0 : 1;
     }
     return need;
 }

@@ -19,7 +19,7 @@ struct RecordingNeed {
 };
 
 /// `disk`: where it is to go; decides the pieces of an automatic cut.
-[[nodiscard]] RecordingNeed recordingNeed(const RecordingSettings& settings, const BoardFacts& board,
+[[nodiscard]] RecordingNeed recordingNeed(const RecordingWish& settings, const BoardFacts& board,
                                           const DiskFacts& disk);
 
 /// How long the free space lasts, seconds; negative when the need is not known.
@@ -29,6 +29,6 @@ struct RecordingNeed {
 /// The recording has an end, and more bytes by then than the disk has free.
 [[nodiscard]] bool diskTooSmall(const RecordingNeed& need, uint64_t freeBytes);
 /// Samples a second over all active channels, before decimation; 0 when not known.
-[[nodiscard]] double sampleRate(const RecordingSettings& settings, const BoardFacts& board);
+[[nodiscard]] double sampleRate(const RecordingWish& settings, const BoardFacts& board);
 
 }  // namespace tarno2

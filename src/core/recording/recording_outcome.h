@@ -1,6 +1,6 @@
 #pragma once
 
-#include "config/settings/auto_settings.h"
+#include "config/settings/recording_wish.h"
 #include "core/recording/stop_code.h"
 
 namespace tarno2 {

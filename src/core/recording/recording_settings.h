@@ -3,21 +3,19 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "config/settings/program_settings.h"
 #include "core/devices/board_facts.h"
-#include "core/recording/recording_shell.h"
 #include "language/text_ids.h"
 
 namespace tarno2 {
 
-/// What the operator has set, as the start of a recording takes it: active channels of the board, base units, and only
-/// those modes that the board offers. `frequencyField`: what stands there, with "." or ",".
-[[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board,
-                                                  std::string_view frequencyField);
-/// The same, with the frequency of the settings.
-[[nodiscard]] RecordingSettings recordingSettings(const ProgramSettings& settings, const BoardFacts& board);
+/// What the operator has set, as the start of a recording takes it: the active channels of the board, the stop value in
+/// base units, and only what the board offers.
+[[nodiscard]] RecordingWish recordingWish(const ProgramSettings& settings, const BoardFacts& board);
+/// The way back, for the controls of a window to show what an autosettings file asks; the order of the channels does
+/// not show there.
+void showWish(const RecordingWish& wish, ProgramSettings& shown);
 
 /// A wish that a board can't fulfil.
 struct BeyondBoard {
@@ -25,7 +23,7 @@ struct BeyondBoard {
     std::string detail;  ///< names it
 };
 /// Modes that the board lacks, channels that it has not, gains that are none; nothing when it can do everything.
-[[nodiscard]] std::optional<BeyondBoard> beyondBoard(const RecordingSettings& settings, const BoardFacts& board);
+[[nodiscard]] std::optional<BeyondBoard> beyondBoard(const RecordingWish& wish, const BoardFacts& board);
 
 /// A stop after so many seconds, minutes or hours (`unit` 0 to 2), seconds.
 [[nodiscard]] double stopSeconds(double value, int32_t unit);

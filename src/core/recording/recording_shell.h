@@ -2,41 +2,18 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
-#include "config/settings/auto_settings.h"
+#include "config/settings/recording_wish.h"
 #include "core/recording/notification.h"
-#include "sync/synchro_settings.h"
 
 namespace tarno2 {
-
-/// What the user has set for the next recording, as the controls hold it.
-struct RecordingSettings {
-    std::vector<int32_t> channels;  ///< active channels' numbers in recording order
-    std::vector<int32_t> gains;     ///< one a channel; 1 where there is none
-    std::string frequencyText;      ///< Hz
-    uint32_t boardMode = 0;         ///< BoardModeBits
-    double packetFrequency = 0.0;   ///< Hz
-    StopRule stopRule = StopRule::Manual;
-    double stopSeconds = 0.0;                               ///< for StopRule::Time
-    uint64_t stopBytes = 0;                                 ///< for StopRule::Size; all pieces together
-    bool cutMode = false;                                   ///< cut the recording into pieces
-    std::string cutNumberText;                              ///< size of a piece, MiB
-    bool automaticCut = false;                              ///< pieces as large as the volume holds
-    int32_t decimation = 1;                                 ///< keep the first of so many frames
-    uint32_t writeBufferMegabytes = kWriteBufferMegabytes;  ///< memory for what waits for the disk, MiB at most
-    uint32_t longestWriteWaitMs = kLongestWriteWaitMs;      ///< after so long data are on their way to the disk
-    bool autoStart = false;                                 ///< begin the next recording when one ended by its rule
-    SynchroSettings synchro;                                ///< which frames to keep; channels are numbered
-    SynchroSizes synchroSizes;
-    bool useDigitalPort = false;
-};
 
 /// What the recording logic asks of the program around it: the main window, or the console session without one.
 /// Everything but `post` is called on the window's thread. Texts are in the program's single-byte code page.
 class RecordingShell : public NotificationTarget {
 public:
-    [[nodiscard]] virtual RecordingSettings settings() = 0;
+    /// What the controls or the autosettings ask of the next recording.
+    [[nodiscard]] virtual RecordingWish settings() = 0;
     /// The file name field.
     [[nodiscard]] virtual std::string fileName() = 0;
     virtual void setFileName(const std::string& name) = 0;

@@ -6,7 +6,7 @@ namespace tarno2 {
 
 namespace {
 
-SynchroBoardFacts boardFactsFor(const RecordingSettings& settings, const RecordingFacts& facts, T_BOARD& session) {
+SynchroBoardFacts boardFactsFor(const RecordingWish& settings, const RecordingFacts& facts, T_BOARD& session) {
     const BoardFacts& board = session.driver().facts();
     SynchroBoardFacts result;
     for (size_t i = 0; i < session.settings.channels.size(); ++i) {
@@ -22,7 +22,7 @@ SynchroBoardFacts boardFactsFor(const RecordingSettings& settings, const Recordi
 
 }  // namespace
 
-bool prepareSynchronisation(const RecordingSettings& settings, const RecordingFacts& facts, T_BOARD& session,
+bool prepareSynchronisation(const RecordingWish& settings, const RecordingFacts& facts, T_BOARD& session,
                             SynchroFindings& findings) {
     if (!CheckSynchroParameters(settings.synchro, settings.synchroSizes, boardFactsFor(settings, facts, session),
                                 findings)) {

@@ -71,21 +71,21 @@ void BoardPanel::load(const ProgramSettings& settings) {
     drqNumber_ = settings.drqNumber;
     const int row = drqBox_->findData(drqNumber_);
     drqBox_->setCurrentIndex(std::max(row, 0));
-    differential_->setWish(settings.differentialMode);
-    digitalPort_->setWish(settings.useDigitalPort);
+    differential_->setWish(settings.wish.hasMode(kBoardDifferential));
+    digitalPort_->setWish(settings.wish.useDigitalPort);
     hardwareAverage_->setWish(settings.hardwareAverage);
 }
 
 void BoardPanel::store(ProgramSettings& settings) const {
     if (driverBox_->currentIndex() >= 0) {
-        settings.driver = toFileName(driverBox_->currentData().toString());
+        settings.wish.driver = toFileName(driverBox_->currentData().toString());
     }
     if (const uint32_t number = baseBox_->currentData().toUInt(); number != 0) {
-        settings.base = static_cast<int32_t>(number);
+        settings.wish.base = number;
     }
     settings.drqNumber = drqNumber_;
-    settings.differentialMode = differential_->wish();
-    settings.useDigitalPort = digitalPort_->wish();
+    settings.wish.setMode(kBoardDifferential, differential_->wish());
+    settings.wish.useDigitalPort = digitalPort_->wish();
     settings.hardwareAverage = hardwareAverage_->wish();
 }
 

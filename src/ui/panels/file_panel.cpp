@@ -146,26 +146,26 @@ void FilePanel::connectControls() {
 }
 
 void FilePanel::load(const ProgramSettings& settings) {
-    stopMode_->setCurrentIndex(static_cast<int>(settings.stopMode));
+    stopMode_->setCurrentIndex(static_cast<int>(settings.wish.stopRule));
     fillUnits();
     stopUnit_->setCurrentIndex(settings.stopPower);
     const QSignalBlocker quietStop(stopValue_);
     const QSignalBlocker quietCut(cutValue_);
     stopValue_->setValue(settings.stopValue);
-    cutValue_->setValue(settings.cutModeValue);
-    cutMode_->setWish(settings.cutModeActive);
-    automaticCut_->setWish(settings.autoModeCut);
+    cutValue_->setValue(settings.wish.cutMegabytes);
+    cutMode_->setWish(settings.wish.cut);
+    automaticCut_->setWish(settings.wish.automaticCut);
     speedCheck_->setChecked(settings.checkDiskSpeed);
     showAvailability();
 }
 
 void FilePanel::store(ProgramSettings& settings) const {
-    settings.stopMode = static_cast<StopRule>(stopMode_->currentIndex());
+    settings.wish.stopRule = static_cast<StopRule>(stopMode_->currentIndex());
     settings.stopPower = stopUnit_->currentIndex();
     settings.stopValue = stopValue_->value();
-    settings.cutModeActive = cutMode_->wish();
-    settings.autoModeCut = automaticCut_->wish();
-    settings.cutModeValue = cutValue_->value();
+    settings.wish.cut = cutMode_->wish();
+    settings.wish.automaticCut = automaticCut_->wish();
+    settings.wish.cutMegabytes = cutValue_->value();
     settings.checkDiskSpeed = speedCheck_->isChecked();
 }
 

@@ -80,33 +80,42 @@ MeasuringPanel::MeasuringPanel(QWidget* parent)
 
 void MeasuringPanel::load(const ProgramSettings& settings) {
     keptFrequencies_ = settings.frequencyList;
-    loadedFrequency_ = settings.frequency;
+    loadedFrequency_ = settings.wish.frequency;
     frequencyLoaded_ = true;
     fillFrequencies();
-    showFrequency(settings.frequency);
-    packetMode_->setWish(settings.packetMode);
-    packetFrequency_->setText(shown(settings.packetFrequency));
-    externalClock_->setWish(settings.externalFrequency);
-    externalStart_->setWish(settings.externalStart);
+    showFrequency(settings.wish.frequency);
+    packetMode_->setWish(settings.wish.hasMode(kBoardPacketMode));
+    packetFrequency_->setText(shown(settings.wish.packetFrequency));
+    externalClock_->setWish(settings.wish.hasMode(kBoardExternalClock));
+    externalStart_->setWish(settings.wish.hasMode(kBoardExternalStart));
     const QSignalBlocker quiet(decimation_);
-    decimation_->setValue(settings.decimation);
+    decimation_->setValue(settings.wish.decimation);
     showAvailability();
     showRate();
 }
 
 void MeasuringPanel::store(ProgramSettings& settings) const {
     settings.frequencyList = keptFrequencies_;
-    settings.frequency = numberIn(frequencyBox_->currentText()).value_or(settings.frequency);
-    settings.packetMode = packetMode_->wish();
-    // What is no number is none that a start accepts.
-    settings.packetFrequency = numberIn(packetFrequency_->text()).value_or(0.0);
-    settings.externalFrequency = externalClock_->wish();
-    settings.externalStart = externalStart_->wish();
-    settings.decimation = decimation_->value();
+    // A text that is no number is for the start to refuse; the last number is kept.
+    settings.wish.frequency = typedFrequency().value_or(settings.wish.frequency);
+    settings.wish.setMode(kBoardPacketMode, packetMode_->wish());
+    settings.wish.packetFrequency = packetFrequency();
+    settings.wish.setMode(kBoardExternalClock, externalClock_->wish());
+    settings.wish.setMode(kBoardExternalStart, externalStart_->wish());
+    settings.wish.decimation = decimation_->value();
 }
 
-std::string MeasuringPanel::frequencyText() const {
-    return frequencyBox_->currentText().toStdString();
+std::optional<double> MeasuringPanel::typedFrequency() const {
+    return numberIn(frequencyBox_->currentText());
+}
+
+double MeasuringPanel::frequency() const {
+    return typedFrequency().value_or(0.0);
+}
+
+// What is no number is none that a start accepts.
+double MeasuringPanel::packetFrequency() const {
+    return numberIn(packetFrequency_->text()).value_or(0.0);
 }
 
 void MeasuringPanel::retranslate() {
@@ -131,9 +140,9 @@ void MeasuringPanel::boardChanged(BoardSelection& selection) {
         fromFileName(selection.driverName()) + QLatin1Char('\n') + QString::number(selection.boardNumber());
     const bool sameBoard = board == board_;
     board_ = board;
-    const double before = frequencyLoaded_ ? loadedFrequency_ : numberIn(frequencyBox_->currentText()).value_or(0.0);
+    const double before = frequencyLoaded_ ? loadedFrequency_ : frequency();
     // New settings have none. What was typed and is no number gets none in its place, either.
-    const double otherwise = frequencyLoaded_ && before <= 0.0 ? ProgramSettings().frequency : before;
+    const double otherwise = frequencyLoaded_ && before <= 0.0 ? RecordingWish().frequency : before;
     const bool keep = frequencyLoaded_ || sameBoard || !facts_.frequencies.empty();
     frequencyLoaded_ = frequencyLoaded_ && !selection.driver().startAllowed();
     fillFrequencies();
@@ -187,7 +196,7 @@ void MeasuringPanel::showFrequency(double hertz) {
 
 /// A frequency that was typed is there to choose from the next time.
 void MeasuringPanel::keepFrequency() {
-    const double hertz = numberIn(frequencyBox_->currentText()).value_or(0.0);
+    const double hertz = frequency();
     const QString text = frequencyBox_->currentText();
     if (hertz <= 0.0 || frequencyBox_->findText(shown(hertz)) >= 0) {
         return;
@@ -235,20 +244,20 @@ void MeasuringPanel::setActiveChannels(int count) {
 }
 
 void MeasuringPanel::showRate() {
-    const double hertz = numberIn(frequencyBox_->currentText()).value_or(0.0);
+    const double hertz = frequency();
     const auto [lowest, highest] = limits();
     const auto asked = static_cast<float>(hertz);
     if (hertz <= 0.0 || (highest > 0.0F && (asked < lowest || asked > highest))) {
         showText(perChannelLabel_, limitsText(), true);
         return;
     }
-    RecordingSettings settings;
-    settings.channels.resize(static_cast<size_t>(activeChannels_));
-    settings.frequencyText = frequencyText();
-    settings.packetFrequency = numberIn(packetFrequency_->text()).value_or(0.0);
-    settings.boardMode =
-        (packetMode_->isChecked() ? kBoardPacketMode : 0U) | (externalClock_->isChecked() ? kBoardExternalClock : 0U);
-    const double rate = activeChannels_ > 0 ? sampleRate(settings, facts_) / activeChannels_ : 0.0;
+    RecordingWish wish;
+    wish.channels.resize(static_cast<size_t>(activeChannels_));
+    wish.frequency = hertz;
+    wish.packetFrequency = packetFrequency();
+    wish.setMode(kBoardPacketMode, packetMode_->isChecked());
+    wish.setMode(kBoardExternalClock, externalClock_->isChecked());
+    const double rate = activeChannels_ > 0 ? sampleRate(wish, facts_) / activeChannels_ : 0.0;
     showText(perChannelLabel_, rate > 0.0 ? uiText(TextId::FrequencyPerChannel, {shown(rate)}) : QString());
 }
 

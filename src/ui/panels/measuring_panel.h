@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -30,12 +30,14 @@ public:
     void retranslate() override;
     void boardChanged(BoardSelection& selection) override;
 
-    /// What stands in the frequency field, for the start to check; it need not be a number.
-    [[nodiscard]] std::string frequencyText() const;
+    /// The number in the frequency field, Hz; 0 when what stands there is none, for the start to refuse.
+    [[nodiscard]] double frequency() const;
     /// So many channels are switched on: the rate of each follows.
     void setActiveChannels(int count);
 
 private:
+    [[nodiscard]] std::optional<double> typedFrequency() const;
+    [[nodiscard]] double packetFrequency() const;
     void fillFrequencies();
     void showFrequency(double hertz);
     void keepFrequency();

@@ -109,7 +109,7 @@ void ProgramPanel::load(const ProgramSettings& settings) {
     setLanguage(settings.language);
     stayOnTop_->setChecked(settings.stayOnTop);
     startOnLoad_->setChecked(settings.autoStartOnRun);
-    cycleStart_->setChecked(settings.cycleStart);
+    cycleStart_->setChecked(settings.wish.cycleStart);
     const QString name = fromCodePage(settings.axisFontName);
     if (fontName_->findText(name) < 0) {
         fontName_->addItem(name);
@@ -123,7 +123,7 @@ void ProgramPanel::store(ProgramSettings& settings) const {
     settings.language = russian_->isChecked() ? InterfaceLanguage::Russian : InterfaceLanguage::English;
     settings.stayOnTop = stayOnTop_->isChecked();
     settings.autoStartOnRun = startOnLoad_->isChecked();
-    settings.cycleStart = cycleStart_->isChecked();
+    settings.wish.cycleStart = cycleStart_->isChecked();
     settings.axisFontName = toCodePage(fontName_->currentText());
     settings.axisFontSize = fontSize_->value();
 }

@@ -9,7 +9,6 @@
 #include "config/files/file_naming.h"
 #include "config/settings/auto_settings.h"
 #include "core/devices/board_selection.h"
-#include "core/recording/auto_recording.h"
 #include "core/recording/recording_control.h"
 #include "language/language_table.h"
 #include "platform/clock.h"
@@ -22,7 +21,7 @@ namespace {
 /// The least that a recording needs around it.
 class Shell final : public RecordingShell {
 public:
-    explicit Shell(const AutoSettings& settings) : settings_(settings), fileName_(settings.fileName) {}
+    explicit Shell(const RecordingWish& settings) : settings_(settings), fileName_(settings.fileName) {}
 
     // What ends by itself is not killed: the test sees it from the exit status.
     void post(const Notification& notification) override {
@@ -31,7 +30,7 @@ public:
             std::_Exit(EXIT_FAILURE);
         }
     }
-    RecordingSettings settings() override { return recordingSettings(settings_); }
+    RecordingWish settings() override { return settings_; }
     std::string fileName() override { return fileName_; }
     void setFileName(const std::string& name) override { fileName_ = name; }
     std::string savedFileName() override { return {}; }
@@ -47,7 +46,7 @@ public:
     void quit() override {}
 
 private:
-    AutoSettings settings_;
+    RecordingWish settings_;
     std::string fileName_;
 };
 
@@ -62,8 +61,7 @@ int record(const char* settingsFile, const char* notesFile) {
     FileNaming naming;
     BoardSelection selection([](const std::string&) {}, programDirectory());
     RecordingControl control(shell, selection.driver(), naming);
-    if (selection.apply(settings->driverName, settings->baseNumber) != ApplyOutcome::Done ||
-        !control.StartButtonClick()) {
+    if (selection.apply(settings->driver, settings->base) != ApplyOutcome::Done || !control.StartButtonClick()) {
         return EXIT_FAILURE;
     }
     for (;;) {
