@@ -1,5 +1,7 @@
 #include "ui/number_box.h"
 
+#include "config/settings/field_text.h"
+
 namespace tarno2 {
 
 NumberBox::NumberBox(QWidget* parent) : QDoubleSpinBox(parent) {
@@ -14,7 +16,7 @@ QString NumberBox::textFromValue(double value) const {
 }
 
 double NumberBox::valueFromText(const QString& text) const {
-    return QDoubleSpinBox::valueFromText(QString(text).replace(QLatin1Char(','), QLatin1Char('.')));
+    return parseNumberField(text.toStdString()).value_or(value());
 }
 
 QValidator::State NumberBox::validate(QString& text, int& position) const {

@@ -7,10 +7,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QLocale>
 #include <QMenu>
 #include <QToolButton>
 
+#include "config/settings/field_text.h"
 #include "ui/text.h"
 #include "ui/view_icons.h"
 
@@ -39,14 +39,12 @@ QString showNumber(QLineEdit& edit, double value) {
     return text;
 }
 
-// With a point or with the comma of a Russian keyboard.
 std::optional<double> typedNumber(const QLineEdit& edit, const QString& shown) {
     if (edit.text() == shown) {
         return std::nullopt;
     }
-    bool valid = false;
-    const double value = QLocale::c().toDouble(edit.text().trimmed().replace(',', '.'), &valid);
-    return valid && value > 0.0 ? std::optional(value) : std::nullopt;
+    const auto value = parseNumberField(edit.text().toStdString());
+    return value > 0.0 ? value : std::nullopt;
 }
 
 QToolButton* menuButton(const char* name, QWidget* parent) {

@@ -4,8 +4,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-#include "config/settings/auto_synchro.h"
-#include "records/key_value_text.h"
+#include "config/settings/auto_settings.h"
 #include "sync/synchro_check.h"
 #include "tests/apps/recording_rig.h"
 #include "tests/sync/plain_model.h"
@@ -30,10 +29,11 @@ constexpr Board kWideBoard{3, 4, 8388607, 2.5F, {1, 0, 24, false}, true};
 
 /// The settings of these keys as the evaluator gets them.
 RecordingWish settingsOf(const std::string& keys, const Board& board, uint32_t channels) {
-    KeyValueFile file;
-    file.readText(keys);
-    RecordingWish wish;
-    EXPECT_TRUE(readAutoSynchro(file, normaliseKeyValueText(keys), wish));
+    RecordingWish wish = readAutoSettings(
+                             "DriverName = \"x\"\r\nChannelCount = 1\r\nChannelsNumber = 0\r\n"
+                             "Frequency = 1\r\n" +
+                             keys)
+                             .value();
     SynchroBoardFacts facts;
     for (uint32_t i = 0; i < channels; ++i) {
         facts.channels.push_back({static_cast<int32_t>(i), 1, board.range});
@@ -136,8 +136,8 @@ void checkGated(const Gated& gated) {
     const RecordingRig rig;
     rig.record(wish, kSignal);
     const Samples kept = samplesOf(readFile(rig.file("run.dat")), gated.board.bytes);
-    const AutoSynchro synchro = settingsOf(gated.keys, gated.board, gated.channels);
-    Evaluated expected = model(stream, kHalf, synchro, gated.board, gated.channels);
+    const RecordingWish asked = settingsOf(gated.keys, gated.board, gated.channels);
+    Evaluated expected = model(stream, kHalf, asked, gated.board, gated.channels);
     if (gated.frames != 0) {
         ASSERT_GE(expected.samples.size(), gated.frames * gated.channels);
         expected.samples.resize(gated.frames * gated.channels);
@@ -145,8 +145,9 @@ void checkGated(const Gated& gated) {
     ASSERT_GT(kept.size(), 0U) << rig.autoLog();
     EXPECT_EQ(kept, expected.samples);
     EXPECT_NE(rig.autoLog().find("Stop - By stop measuring"), std::string::npos) << rig.autoLog();
-    const auto record = static_cast<size_t>(synchro.sizes.prehistory) + static_cast<size_t>(synchro.sizes.history);
-    const size_t records = synchro.settings.SynchroAnalyzeMode == 2 ? kept.size() / gated.channels / record : 0;
+    const auto record =
+        static_cast<size_t>(asked.synchroSizes.prehistory) + static_cast<size_t>(asked.synchroSizes.history);
+    const size_t records = asked.synchro.SynchroAnalyzeMode == 2 ? kept.size() / gated.channels / record : 0;
     expectEvents(rig.file("run.dat"), expected.events.data(), records);
 }
 
@@ -254,8 +255,8 @@ TEST(SynchroRecording, PartOfRealSpeech) {
 
     const Board board{1, 2, 32767, 1.0F, {}, false};
     const Samples speech = samplesOf(wav.substr(wav.find("data") + 8), 2);
-    const AutoSynchro synchro = settingsOf(wish.more, board, 1);
-    const Evaluated expected = model(speech, 12000, synchro, board, 1);
+    const RecordingWish asked = settingsOf(wish.more, board, 1);
+    const Evaluated expected = model(speech, 12000, asked, board, 1);
     EXPECT_EQ(expected.result, 1);
     ASSERT_GT(expected.samples.size(), 12000U);
     EXPECT_GT(expected.samples.front(), 9829);

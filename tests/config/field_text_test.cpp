@@ -16,6 +16,8 @@ TEST(FieldText, NumbersTakeAPointOrAComma) {
         {"12,5", 12.5},
         {"1e6", 1e6},
         {"-3", -3.0},
+        {"+3", 3.0},
+        {"+-3", std::nullopt},
         {"", std::nullopt},
         {"  ", std::nullopt},
         {"12 kHz", std::nullopt},

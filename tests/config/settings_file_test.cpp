@@ -201,7 +201,6 @@ TEST_F(SettingsFile, KeysAndCommentsAreNeighboursInBothLanguages) {
             }
         }
     }
-    EXPECT_EQ(keys.size(), 100U);
 }
 
 TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {

@@ -4,14 +4,15 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
-#include "config/settings/auto_synchro.h"
+#include "config/settings/settings_table.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -22,6 +23,9 @@ namespace tarno2 {
 
 namespace {
 
+constexpr const char* kDebugMode = "DebugMode";
+constexpr const char* kFileName = "FileName";
+
 /// Logs why the settings can't be used; false, for the caller to return.
 __attribute__((format(printf, 1, 2))) bool abortLoad(const char* format, ...) {
     va_list arguments;
@@ -31,108 +35,190 @@ __attribute__((format(printf, 1, 2))) bool abortLoad(const char* format, ...) {
     return false;
 }
 
-/// Takes the keys one after the other; each reader logs what it misses and is false when the load ends there.
+bool endsLoad(const char* line) {
+    return line != nullptr && std::string_view(line).ends_with("Program aborted");
+}
+
+std::string filled(std::string line, std::string_view name, const std::string& value) {
+    if (const size_t at = line.find(name); at != std::string::npos) {
+        line.replace(at, name.size(), value);
+    }
+    return line;
+}
+
+/// Takes what the file says of one key.
+class ValueReader {
+public:
+    ValueReader(const KeyValueFile& file, const std::string& normalised, const SettingRow& row,
+                ProgramSettings& settings)
+        : file_(file), normalised_(normalised), rule_(row.rule), key_(row.autoKey()), settings_(settings) {}
+
+    // What to log; null for a value that was taken, or nothing to be said of it.
+    const char* operator()(const IntegerSetting& setting) {
+        start_ = setting.get(settings_);
+        highest_ = rule_.anyFromZero ? std::numeric_limits<int32_t>::max() : setting.highest;
+        if (!readNumber()) {
+            return lineWithoutNumber();
+        }
+        const bool bounded = rule_.number == AutoNumber::Decimal;
+        if (bounded && value_ < (rule_.anyFromZero ? 0 : setting.lowest)) {
+            return rule_.tooLow != nullptr ? rule_.tooLow : rule_.odd;
+        }
+        if (bounded && value_ > highest_) {
+            return rule_.odd;
+        }
+        setting.set(settings_, value_);
+        return setting.get(settings_) == value_ ? nullptr : rule_.odd;
+    }
+
+    const char* operator()(const RealSetting& setting) {
+        double value = 0.0;
+        if (!file_.readDouble(key_, value, 0.0) || !std::isfinite(value)) {
+            return lineWithoutNumber();
+        }
+        setting.at(settings_) = value;
+        return nullptr;
+    }
+
+    // A text ends at a zero byte: no name can hold one, and the system would cut it there.
+    const char* operator()(const TextSetting& setting) {
+        std::string& value = setting.at(settings_);
+        const bool found = file_.readString(key_, value, {});
+        value.resize(std::min(value.find('\0'), value.size()));
+        return !found || (value.empty() && !endsLoad(rule_.absent)) ? rule_.absent : nullptr;
+    }
+
+    const char* operator()(const IntegerListSetting& setting) {
+        std::vector<int32_t> values(setting.count(settings_));
+        uint32_t found = 0;
+        if (!file_.readInt32Array(key_, values, found)) {
+            return rule_.absent;
+        }
+        if (found != values.size()) {
+            return rule_.odd;
+        }
+        for (size_t i = 0; i < values.size(); ++i) {
+            setting.set(settings_, i, values[i]);
+        }
+        return nullptr;
+    }
+
+    const char* operator()(const RealListSetting& /*setting*/) { return nullptr; }  // only the settings file has some
+
+    void log(const char* line) const {
+        std::string told = filled(line, "{key}", key_);
+        told = filled(told, "{value}", std::to_string(value_));
+        told = filled(told, "{start}", std::to_string(start_));
+        consoleLog().log("%s", filled(told, "{highest}", std::to_string(highest_)).c_str());
+    }
+
+private:
+    bool readNumber() {
+        if (rule_.number == AutoNumber::Unsigned) {
+            uint32_t bits = 0;
+            const bool found = file_.readUInt32(key_, bits, 0);
+            value_ = static_cast<int32_t>(bits);
+            return found;
+        }
+        return file_.readInt32(key_, value_, 0, rule_.number == AutoNumber::Hexadecimal);
+    }
+    [[nodiscard]] const char* lineWithoutNumber() const {
+        return rule_.strict && findKeyValue(normalised_, key_) ? rule_.odd : rule_.absent;
+    }
+
+    const KeyValueFile& file_;
+    const std::string& normalised_;
+    const AutoRule& rule_;
+    std::string key_;
+    ProgramSettings& settings_;
+    int32_t value_ = 0;
+    int32_t start_ = 0;
+    int32_t highest_ = 0;
+};
+
+/// Takes the keys one after the other, and between them what only several of them tell together.
 class AutoSettingsReader {
 public:
-    explicit AutoSettingsReader(const std::string& text) : text_(text) {
+    explicit AutoSettingsReader(const std::string& text) : normalised_(normaliseKeyValueText(text)) {
         file_.readText(text);
-        settings_.packetFrequency = 0.0;
+        // What a file asks that says nothing of them.
+        constexpr int32_t kNotUsed = 2;
+        settings_.wish.packetFrequency = 0.0;
+        settings_.wish.synchro.SynchroAnalogMode = kNotUsed;
+        settings_.wish.synchro.SynchroPortMode = kNotUsed;
+        settings_.wish.synchroSizes = {0, 0};
     }
 
     [[nodiscard]] bool read() {
         openDebugLog();
         tellUnknownKeys();
-        if (!readBoard()) {
-            return false;
+        for (size_t i = 0; i < rows_.size(); ++i) {
+            const AutoTurn turn = rows_[i]->rule.turn;
+            const bool lastOfTurn = i + 1 == rows_.size() || rows_[i + 1]->rule.turn != turn;
+            if (!take(*rows_[i]) || (lastOfTurn && !endTurn(turn))) {
+                return false;
+            }
         }
-        readFileName();
-        if (!readChannels() || !readRates() || !readStopRule() || !readBoardMode()) {
-            return false;
-        }
-        readDecimation();
-        readWriteBuffer();
-        return readAutoSynchro(file_, normaliseKeyValueText(text_), settings_);
+        return true;
     }
-    [[nodiscard]] const RecordingWish& settings() const { return settings_; }
+    [[nodiscard]] const RecordingWish& wish() const { return settings_.wish; }
 
 private:
-    void openDebugLog();
+    void openDebugLog() const;
     void tellUnknownKeys() const;
-    [[nodiscard]] bool readBoard();
-    void readFileName();
+    [[nodiscard]] bool take(const SettingRow& row);
+    [[nodiscard]] bool endTurn(AutoTurn turn);
     void explainBackslashes() const;
-    [[nodiscard]] bool readChannels();
-    [[nodiscard]] bool readGains();
-    [[nodiscard]] bool readRates();
-    [[nodiscard]] bool readStopRule();
-    [[nodiscard]] bool readTimeRule();
-    [[nodiscard]] bool readSizeRule();
-    [[nodiscard]] bool readBoardMode();
-    void readDecimation();
-    void readWriteBuffer();
+    [[nodiscard]] bool endInBaseUnits();
 
-    [[nodiscard]] bool readText(std::string_view key, std::string& value) const;
-    [[nodiscard]] bool readReal(std::string_view key, double& value) const;
-
-    const std::string& text_;
+    std::string normalised_;
     KeyValueFile file_;
-    RecordingWish settings_;
+    std::vector<const SettingRow*> rows_ = autoSettingsRows();
+    ProgramSettings settings_;
 };
 
-/// A text ends at a zero byte: no name can hold one, and the system would cut it there.
-bool AutoSettingsReader::readText(std::string_view key, std::string& value) const {
-    const bool found = file_.readString(key, value, {});
-    value.resize(std::min(value.find('\0'), value.size()));
-    return found;
-}
-
-bool AutoSettingsReader::readReal(std::string_view key, double& value) const {
-    return file_.readDouble(key, value, 0.0) && std::isfinite(value);
-}
-
-void AutoSettingsReader::openDebugLog() {
+void AutoSettingsReader::openDebugLog() const {
     int32_t debugMode = 0;
-    if (file_.readInt32("DebugMode", debugMode, 0)) {
+    if (file_.readInt32(kDebugMode, debugMode, 0)) {
         debugLog().open(consoleLog().path(), debugMode);
     }
 }
 
 // A key that was mistyped leaves its setting at a default, which nobody would notice.
 void AutoSettingsReader::tellUnknownKeys() const {
-    constexpr std::string_view kKeys[] = {
-        "DebugMode", "DriverName", "BaseNumber", "FileName",        "ChannelCount", "ChannelsNumber", "ChannelsGain",
-        "Frequency", "CutMode",    "TimeNeed",   "TimeMode",        "SizeNeedLow",  "SizeNeedHight",  "SizeMode",
-        "BoardMode", "PacketFreq", "Decimation", "MeasureFileMode", "WriteBuffer",  "WriteAge"};
-    for (const std::string& key : keysOf(normaliseKeyValueText(text_))) {
-        if (std::find(std::begin(kKeys), std::end(kKeys), key) == std::end(kKeys) && !isAutoSynchroKey(key)) {
+    std::vector<std::string> known = {kDebugMode};
+    for (const SettingRow* row : rows_) {
+        known.push_back(row->autoKey());
+    }
+    for (const std::string& key : keysOf(normalised_)) {
+        if (std::ranges::find(known, key) == known.end()) {
             consoleLog().log("Unknown parameter \"%s\" ignored", key.c_str());
         }
     }
 }
 
-bool AutoSettingsReader::readBoard() {
-    if (!readText("DriverName", settings_.driver)) {
-        return abortLoad("Required parameters \"%s\" is absent... Program aborted", "DriverName");
+bool AutoSettingsReader::take(const SettingRow& row) {
+    if (row.rule.asked != nullptr && !row.rule.asked(settings_.wish)) {
+        return true;
     }
-    if (!file_.readUInt32("BaseNumber", settings_.base, 1, true)) {
-        consoleLog().log("Parameters \"BaseNumber\" absent - Use 1");
+    ValueReader reader(file_, normalised_, row, settings_);
+    const char* const line = std::visit(reader, row.place);
+    if (line != nullptr) {
+        reader.log(line);
     }
-    return true;
+    return !endsLoad(line);
 }
 
-void AutoSettingsReader::readFileName() {
-    if (!readText("FileName", settings_.fileName) || settings_.fileName.empty()) {
-        consoleLog().log("Parameters \"FileName\" absent - Generated default");
-    }
-    if (!isDirectory(parentFolder(settings_.fileName))) {
+bool AutoSettingsReader::endTurn(AutoTurn turn) {
+    if (turn == AutoTurn::Board && !isDirectory(parentFolder(settings_.wish.fileName))) {
         explainBackslashes();
     }
+    return turn != AutoTurn::StopValue || endInBaseUnits();
 }
 
 /// "C:\data\run.dat" typed without doubling its backslashes names another file; says so when that was likely meant.
 void AutoSettingsReader::explainBackslashes() const {
-    const std::string normalised = normaliseKeyValueText(text_);
-    const std::string_view value = findKeyValue(normalised, "FileName").value_or("");
+    const std::string_view value = findKeyValue(normalised_, kFileName).value_or("");
     const size_t open = value.find('"');
     const size_t close = value.rfind('"');
     if (open == close) {
@@ -151,157 +237,21 @@ void AutoSettingsReader::explainBackslashes() const {
         doubled.c_str());
 }
 
-bool AutoSettingsReader::readChannels() {
-    int32_t channelCount = 0;
-    if (!file_.readInt32("ChannelCount", channelCount, 0)) {
-        return abortLoad("Required parameters \"%s\" is absent... Program aborted", "ChannelCount");
-    }
-    if (channelCount <= 0) {
-        return abortLoad("Parameters \"%s\" <= 0 (ChannelCount = %d)... Program aborted", "ChannelCount", channelCount);
-    }
-    if (channelCount > kMaximumChannelCount) {
-        return abortLoad("Parameters \"%s\" > %d (ChannelCount = %d)... Program aborted", "ChannelCount",
-                         kMaximumChannelCount, channelCount);
-    }
-    settings_.channels.resize(static_cast<size_t>(channelCount));
-    uint32_t found = 0;
-    if (!file_.readInt32Array("ChannelsNumber", settings_.channels, found)) {
-        return abortLoad("Required parameters \"%s\" is absent... Program aborted", "ChannelsNumber");
-    }
-    if (found != settings_.channels.size()) {
-        return abortLoad("ChannelsNumber elements count != ChannelCount... Program aborted");
-    }
-    return readGains();
-}
-
-bool AutoSettingsReader::readGains() {
-    settings_.gains.resize(settings_.channels.size());
-    uint32_t found = 0;
-    if (!file_.readInt32Array("ChannelsGain", settings_.gains, found)) {
-        consoleLog().log("Parameters \"%s\" is absent... Use gain 1 to all channels", "ChannelsGain");
-        settings_.gains.assign(settings_.channels.size(), 1);
-        return true;
-    }
-    if (found != settings_.gains.size()) {
-        return abortLoad("ChannelsGain elements count != ChannelCount... Program aborted");
-    }
-    return true;
-}
-
-bool AutoSettingsReader::readRates() {
-    if (!readReal("Frequency", settings_.frequency)) {
-        return abortLoad("Required parameters \"%s\" is absent... Program aborted", "Frequency");
-    }
-    int32_t cutMode = 0;
-    file_.readInt32("CutMode", cutMode, 0);
-    if (cutMode < 0) {
-        consoleLog().log("Cut mode <0... Cut mode disable");
-    }
-    settings_.cut = cutMode > 0;
-    settings_.cutMegabytes = settings_.cut ? cutMode : settings_.cutMegabytes;
-    return true;
-}
-
-bool AutoSettingsReader::readStopRule() {
-    int32_t mode = 0;
-    if (!file_.readInt32("MeasureFileMode", mode, 0)) {
-        consoleLog().log("Parameter \"MeasureFileMode\" is absent - Set to 0(Manual mode)");
-    }
-    if (mode < 0 || mode > 2) {
-        consoleLog().log("Invalid value for \"MeasureFileMode\" ... MeasureFileMode = 0(Manual mode)");
-        mode = 0;
-    }
-    settings_.stopRule = static_cast<StopRule>(mode);
-    switch (settings_.stopRule) {
-        case StopRule::Time:
-            return readTimeRule();
-        case StopRule::Size:
-            return readSizeRule();
-        case StopRule::Manual:
-            break;
-    }
-    return true;
-}
-
-bool AutoSettingsReader::readTimeRule() {
-    if (!readReal("TimeNeed", settings_.stopSeconds)) {
-        return abortLoad("Choose time mode, but required parameters \"%s\" is absent... Program aborted", "TimeNeed");
-    }
-    int32_t unit = 0;
-    if (!file_.readInt32("TimeMode", unit, 0)) {
-        consoleLog().log("Parameter \"TimeMode\" is absent - Set to 0(Second)");
-    }
-    if (unit < 0 || unit > 2) {
-        consoleLog().log("Value %s invalid... Use 0(Second)", "TimeMode");
-        unit = 0;
-    }
-    for (int32_t step = 0; step < unit; ++step) {
-        settings_.stopSeconds *= 60.0;
-    }
-    if (!std::isfinite(settings_.stopSeconds)) {
-        return abortLoad("Value %s invalid... Program aborted", "TimeNeed");
-    }
-    return true;
-}
-
-bool AutoSettingsReader::readSizeRule() {
-    uint32_t high = 0;
-    uint32_t low = 0;
-    if (!file_.readUInt32("SizeNeedHight", high, 0)) {
-        consoleLog().log("Parameter \"SizeNeedHight\" is absent - Use only SizeNeedLow");
-    }
-    if (!file_.readUInt32("SizeNeedLow", low, 0)) {
-        return abortLoad("Choose size mode, but required parameters \"%s\" is absent... Program aborted",
-                         "SizeNeedLow");
-    }
-    int32_t unit = 0;
-    file_.readInt32("SizeMode", unit, 0);
-    if (unit < 0 || unit > 2) {
-        consoleLog().log("Value %s invalid... Use 0(Byte)", "SizeMode");
-        unit = 0;
-    }
-    settings_.stopBytes = uint64_t{high} << 32U | low;
-    for (int32_t step = 0; step < unit; ++step) {
-        if (settings_.stopBytes > std::numeric_limits<uint64_t>::max() / 1024) {
+/// The end was read in the unit that the file chose for it.
+bool AutoSettingsReader::endInBaseUnits() {
+    RecordingWish& wish = settings_.wish;
+    wish.stopSeconds = wish.stopRule == StopRule::Time ? settings_.stopValue : 0.0;
+    const uint64_t typed = wish.stopBytes;
+    for (int32_t step = 0; step < settings_.stopPower; ++step) {
+        wish.stopSeconds *= 60.0;
+        if (wish.stopBytes > std::numeric_limits<uint64_t>::max() / 1024) {
             return abortLoad(
-                "Size is too large (SizeNeedHight = %u, SizeNeedLow = %u, SizeMode = %d)... Program aborted", high, low,
-                unit);
+                "Size is too large (SizeNeedHight = %u, SizeNeedLow = %u, SizeMode = %d)... Program aborted",
+                static_cast<uint32_t>(typed >> 32U), static_cast<uint32_t>(typed), settings_.stopPower);
         }
-        settings_.stopBytes *= 1024;
+        wish.stopBytes *= 1024;
     }
-    return true;
-}
-
-bool AutoSettingsReader::readBoardMode() {
-    if (!file_.readUInt32("BoardMode", settings_.boardMode, 0, true)) {
-        consoleLog().log("Parameter \"BoardMode\" is absent - Set to 0(Free mode)");
-    }
-    if ((settings_.boardMode & kBoardPacketMode) != 0 && !readReal("PacketFreq", settings_.packetFrequency)) {
-        return abortLoad("Choose packet mode but required parameter \"%s\" is absent... Program aborted", "PacketFreq");
-    }
-    return true;
-}
-
-void AutoSettingsReader::readDecimation() {
-    file_.readInt32("Decimation", settings_.decimation, 1);
-    if (settings_.decimation < 1) {
-        consoleLog().log("Decimation <1... Decimation disable");
-        settings_.decimation = 1;
-    }
-}
-
-void AutoSettingsReader::readWriteBuffer() {
-    file_.readInt32("WriteBuffer", settings_.writeBufferMegabytes, kWriteBufferMegabytes);
-    if (settings_.writeBufferMegabytes < kLeastWriteBufferMegabytes ||
-        settings_.writeBufferMegabytes > kMostWriteBufferMegabytes) {
-        consoleLog().log("Value %s invalid... Use %d", "WriteBuffer", kWriteBufferMegabytes);
-        settings_.writeBufferMegabytes = kWriteBufferMegabytes;
-    }
-    file_.readInt32("WriteAge", settings_.longestWriteWaitMs, kLongestWriteWaitMs);
-    if (settings_.longestWriteWaitMs < kLeastWriteWaitMs || settings_.longestWriteWaitMs > kMostWriteWaitMs) {
-        consoleLog().log("Value %s invalid... Use %d", "WriteAge", kLongestWriteWaitMs);
-        settings_.longestWriteWaitMs = kLongestWriteWaitMs;
-    }
+    return std::isfinite(wish.stopSeconds) || abortLoad("Value %s invalid... Program aborted", "TimeNeed");
 }
 
 void startConsoleLog(const std::string& programDirectory) {
@@ -356,6 +306,11 @@ void logSummary(const RecordingWish& settings) {
 
 }  // namespace
 
+std::optional<RecordingWish> readAutoSettings(const std::string& text) {
+    AutoSettingsReader reader(text);
+    return reader.read() ? std::optional(reader.wish()) : std::nullopt;
+}
+
 std::optional<RecordingWish> LoadAutoSettings(const std::optional<std::string>& path,
                                               const std::string& programDirectory) {
     startConsoleLog(programDirectory);
@@ -364,12 +319,11 @@ std::optional<RecordingWish> LoadAutoSettings(const std::optional<std::string>& 
         if (!readSettingsText(path, text)) {
             return std::nullopt;
         }
-        AutoSettingsReader reader(text);
-        if (!reader.read()) {
-            return std::nullopt;
+        auto wish = readAutoSettings(text);
+        if (wish) {
+            logSummary(*wish);
         }
-        logSummary(reader.settings());
-        return reader.settings();
+        return wish;
     } catch (const std::bad_alloc&) {
         consoleLog().log("Not enought memory... Program aborted");
         return std::nullopt;

@@ -9,7 +9,7 @@ namespace tarno2 {
 
 namespace {
 
-/// Without blanks around and with a point.
+/// Without blanks around and a plus, and with a point.
 std::string plainNumber(std::string_view text) {
     const auto first = text.find_first_not_of(" \t");
     if (first == std::string_view::npos) {
@@ -17,6 +17,9 @@ std::string plainNumber(std::string_view text) {
     }
     std::string number(text.substr(first, text.find_last_not_of(" \t") - first + 1));
     std::replace(number.begin(), number.end(), ',', '.');
+    if (number.starts_with('+') && !number.starts_with("+-")) {
+        number.erase(0, 1);
+    }
     return number;
 }
 

@@ -49,10 +49,10 @@ struct RecordingWish {
     uint64_t stopBytes = 0;    ///< for StopRule::Size; all pieces together
     bool cycleStart = false;   ///< begin the next recording when one ended by its rule
 
-    bool cut = false;             ///< cut the recording into pieces
-    int32_t cutMegabytes = 1024;  ///< size of a piece, MiB
-    bool automaticCut = false;    ///< pieces as large as the volume holds
-    int32_t decimation = 1;       ///< keep the first of so many frames
+    bool cut = false;                                      ///< cut the recording into pieces
+    int32_t cutMegabytes = 1024;                           ///< size of a piece, MiB
+    bool automaticCut = false;                             ///< pieces as large as the volume holds
+    int32_t decimation = 1;                                ///< keep the first of so many frames
     int32_t writeBufferMegabytes = kWriteBufferMegabytes;  ///< memory for what waits for the disk, MiB at most
     int32_t longestWriteWaitMs = kLongestWriteWaitMs;      ///< after so long data are on their way to the disk
 

@@ -1,210 +1,75 @@
 #include "config/settings/settings_table.h"
 
 #include <algorithm>
-#include <array>
-#include <limits>
-#include <type_traits>
-#include <vector>
+#include <iterator>
 
+#include "config/settings/setting_places.h"
 #include "language/language_table.h"
 
 namespace tarno2 {
 
 namespace {
 
-using Settings = ProgramSettings;
-using Wish = RecordingWish;
+using namespace places;
 
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-constexpr double kAnyReal = std::numeric_limits<double>::lowest();
-constexpr int32_t kLargestColor = 0xFFFFFF;
-constexpr int32_t kLargestFont = 200;
-constexpr int32_t kLastChannel = kMaximumChannelCount - 1;
-constexpr int32_t kLastPortBit = 15;
-constexpr int32_t kMostFrequencies = 1000;
-constexpr int32_t kLargestBuffer = 0x500000;  // frames
-constexpr int32_t kFarthestPixel = 100000;
-
-/// The member that a path of members leads to: `member<&A::b, &B::c>(a)` is a.b.c.
-template <auto... Path>
-constexpr auto& member(Settings& settings) {
-    return (settings.*....*Path);
+bool endsByTime(const RecordingWish& wish) {
+    return wish.stopRule == StopRule::Time;
 }
 
-template <auto... Path>
-constexpr const auto& member(const Settings& settings) {
-    return (settings.*....*Path);
+bool endsBySize(const RecordingWish& wish) {
+    return wish.stopRule == StopRule::Size;
 }
 
-template <auto... Path>
-constexpr IntegerSetting integer(int32_t lowest, int32_t highest) {
-    return {lowest, highest, false,
-            [](const Settings& settings) { return static_cast<int32_t>(member<Path...>(settings)); },
-            [](Settings& settings, int32_t value) {
-                auto& place = member<Path...>(settings);
-                place = static_cast<std::remove_reference_t<decltype(place)>>(value);
-            }};
+bool inPackets(const RecordingWish& wish) {
+    return wish.hasMode(kBoardPacketMode);
 }
 
-template <auto... Path>
-constexpr IntegerSetting byte(int32_t lowest, int32_t highest) {
-    IntegerSetting setting = integer<Path...>(lowest, highest);
-    setting.byte = true;
-    return setting;
-}
+constexpr const char* kRequired = "Required parameters \"{key}\" is absent... Program aborted";
+constexpr const char* kUseStart = "Value {key} invalid... Use {start}";
+constexpr const char* kInvalid = "Value {key} invalid... Program aborted";
 
-/// An integer that few operators change; it starts with its lowest value.
-template <auto... Path>
-constexpr IntegerSetting rareInteger(int32_t lowest, int32_t highest) {
-    IntegerSetting setting = integer<Path...>(lowest, highest);
-    setting.rare = true;
-    return setting;
-}
+constexpr AutoRule kDriverRule = {.turn = AutoTurn::Board, .key = "DriverName", .absent = kRequired};
+constexpr AutoRule kBaseRule = {.turn = AutoTurn::Board,
+                                .key = "BaseNumber",
+                                .absent = "Parameters \"BaseNumber\" absent - Use 1",
+                                .number = AutoNumber::Hexadecimal};
+constexpr AutoRule kFileRule = {.turn = AutoTurn::Board,
+                                .absent = "Parameters \"FileName\" absent - Generated default"};
+constexpr AutoRule kFrequencyRule = {.turn = AutoTurn::Rates, .absent = kRequired};
+constexpr AutoRule kPacketRule = {
+    .turn = AutoTurn::Others,
+    .key = "PacketFreq",
+    .absent = "Choose packet mode but required parameter \"PacketFreq\" is absent... Program aborted",
+    .asked = inPackets};
+constexpr AutoRule kStopRule = {.turn = AutoTurn::StopRule,
+                                .key = "MeasureFileMode",
+                                .absent = "Parameter \"MeasureFileMode\" is absent - Set to 0(Manual mode)",
+                                .odd = "Invalid value for \"MeasureFileMode\" ... MeasureFileMode = 0(Manual mode)"};
+constexpr AutoRule kDecimationRule = {.turn = AutoTurn::Others, .odd = "Decimation <1... Decimation disable"};
+constexpr AutoRule kBufferRule = {.turn = AutoTurn::Others, .odd = kUseStart};
+constexpr AutoRule kSynchro = {.turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true};
+constexpr AutoRule kSynchroChannel = {
+    .turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true, .anyFromZero = true};
+constexpr AutoRule kSynchroValue = {.turn = AutoTurn::SynchroValues, .odd = kInvalid, .strict = true};
+constexpr AutoRule kSynchroRest = {.turn = AutoTurn::SynchroRest, .odd = kInvalid, .strict = true};
+constexpr AutoRule kSynchroSize = {.turn = AutoTurn::SynchroRest, .odd = kInvalid, .strict = true, .anyFromZero = true};
 
-template <auto... Path>
-constexpr IntegerSetting flag() {
-    return byte<Path...>(0, 1);
-}
-
-template <auto... Path>
-constexpr RealSetting real(double lowest) {
-    return {lowest, [](Settings& settings) -> double& { return member<Path...>(settings); }};
-}
-
-/// A flag for one of the board's modes.
-template <BoardModeBits Mode>
-constexpr IntegerSetting boardMode() {
-    return {0, 1, true, [](const Settings& settings) { return settings.wish.hasMode(Mode) ? 1 : 0; },
-            [](Settings& settings, int32_t value) { settings.wish.setMode(Mode, value != 0); }};
-}
-
-/// A real that is 0 for most operators.
-template <auto... Path>
-constexpr RealSetting rareReal() {
-    RealSetting setting = real<Path...>(kAnyReal);
-    setting.rare = true;
-    return setting;
-}
-
-template <auto... Path>
-constexpr TextSetting text() {
-    return {[](Settings& settings) -> std::string& { return member<Path...>(settings); }};
-}
-
-template <auto... Path>
-constexpr RealListSetting realList() {
-    return {[](Settings& settings) -> std::vector<double>& { return member<Path...>(settings); }};
-}
-
-/// The mode of a condition; 2 switches it off.
-template <auto Mode, auto Enabled>
-constexpr IntegerSetting condition() {
-    return {0, 2, false, [](const Settings& settings) { return settings.wish.synchro.*Mode; },
-            [](Settings& settings, int32_t value) {
-                settings.wish.synchro.*Mode = value;
-                settings.wish.synchro.*Enabled = value != 2;
-            }};
-}
-
-/// The source of conditions: 0 an analog channel, 1 the port.
-template <auto OnAnalog, auto OnPort>
-constexpr IntegerSetting source() {
-    return {0, 1, false, [](const Settings& settings) { return settings.wish.synchro.*OnPort ? 1 : 0; },
-            [](Settings& settings, int32_t value) {
-                settings.wish.synchro.*OnAnalog = value == 0;
-                settings.wish.synchro.*OnPort = value == 1;
-            }};
-}
-
-void divideBuffer(SynchroSizes& sizes, int32_t all, int32_t prehistory) {
-    sizes.prehistory = std::min(prehistory, all);
-    sizes.history = all - sizes.prehistory;
-}
-
-int32_t bufferSize(const Settings& settings) {
-    return settings.wish.synchroSizes.prehistory + settings.wish.synchroSizes.history;
-}
-
-constexpr IntegerSetting synchroAllSize() {
-    return {1, kLargestBuffer, false, bufferSize, [](Settings& settings, int32_t value) {
-                divideBuffer(settings.wish.synchroSizes, value, settings.wish.synchroSizes.prehistory);
-            }};
-}
-
-constexpr IntegerSetting synchroPrehistorySize() {
-    return {0, kLargestBuffer, false, [](const Settings& settings) { return settings.wish.synchroSizes.prehistory; },
-            [](Settings& settings, int32_t value) {
-                const int32_t all = bufferSize(settings);
-                if (value <= all) {
-                    divideBuffer(settings.wish.synchroSizes, all, value);
-                }
-            }};
-}
-
-/// Makes room for the frequencies that the next entry gives.
-constexpr IntegerSetting frequencyListCount() {
-    return {0, kMostFrequencies, false,
-            [](const Settings& settings) { return static_cast<int32_t>(settings.frequencyList.size()); },
-            [](Settings& settings, int32_t value) { settings.frequencyList.resize(static_cast<size_t>(value)); }};
-}
-
-constexpr std::array kSides = {&WindowPlace::left, &WindowPlace::top, &WindowPlace::width, &WindowPlace::height};
-
-template <auto Place>
-constexpr IntegerListSetting place() {
-    return {-kFarthestPixel,
-            kFarthestPixel,
-            false,
-            false,
-            [](const Settings&) { return kSides.size(); },
-            [](const Settings& settings, size_t i) { return settings.*Place.*kSides[i]; },
-            [](Settings& settings, size_t i, int32_t value) { settings.*Place.*kSides[i] = value; }};
-}
-
-size_t channelCount(const Settings& settings) {
-    return static_cast<size_t>(std::clamp(settings.channelCount, 0, kMaximumChannelCount));
-}
-
-template <auto Column>
-constexpr IntegerListSetting channelColumn(int32_t lowest, int32_t highest, bool byte, bool hex) {
-    return {lowest,
-            highest,
-            byte,
-            hex,
-            channelCount,
-            [](const Settings& settings, size_t i) { return static_cast<int32_t>(settings.channels[i].*Column); },
-            [](Settings& settings, size_t i, int32_t value) {
-                auto& cell = settings.channels[i].*Column;
-                cell = static_cast<std::remove_reference_t<decltype(cell)>>(value);
-            }};
-}
-
-template <auto Column>
-constexpr IntegerListSetting digitalColumn(int32_t lowest, int32_t highest) {
-    return {lowest,
-            highest,
-            false,
-            false,
-            [](const Settings& settings) { return settings.digitalLines.size(); },
-            [](const Settings& settings, size_t i) { return settings.digitalLines[i].*Column; },
-            [](Settings& settings, size_t i, int32_t value) { settings.digitalLines[i].*Column = value; }};
-}
-
-// An entry added one day stands after the last one, and its key is no tail of an earlier key.
+// An entry of the settings file that is added one day stands after the last one, and its key is no tail of an earlier
+// key. What only an autosettings file has follows after them.
 constexpr SettingRow kTable[] = {
     {TextId::CommentLanguage, nullptr, integer<&Settings::language>(0, 1)},
-    {TextId::CommentDriver, nullptr, text<&Settings::wish, &Wish::driver>()},
-    {TextId::CommentBase, nullptr, integer<&Settings::wish, &Wish::base>(0, kMost)},
+    {TextId::CommentDriver, nullptr, text<&Settings::wish, &Wish::driver>(), kDriverRule},
+    {TextId::CommentBase, nullptr, integer<&Settings::wish, &Wish::base>(0, kMost), kBaseRule},
     {TextId::CommentDrqNumber, nullptr, integer<&Settings::drqNumber>(0, kMost)},
-    {TextId::CommentFrequency, nullptr, real<&Settings::wish, &Wish::frequency>(0.0)},
-    {TextId::CommentDiffMode, nullptr, boardMode<kBoardDifferential>()},
-    {TextId::CommentExtStartMode, nullptr, boardMode<kBoardExternalStart>()},
+    {TextId::CommentFrequency, nullptr, real<&Settings::wish, &Wish::frequency>(0.0), kFrequencyRule},
+    {TextId::CommentDiffMode, nullptr, boardModeFlag<kBoardDifferential>()},
+    {TextId::CommentExtStartMode, nullptr, boardModeFlag<kBoardExternalStart>()},
     {TextId::CommentHDDTestSpeed, nullptr, flag<&Settings::checkDiskSpeed>()},
-    {TextId::CommentPacketMode, nullptr, boardMode<kBoardPacketMode>()},
-    {TextId::CommentExtFreqMode, nullptr, boardMode<kBoardExternalClock>()},
-    {TextId::CommentPacketFrequency, nullptr, real<&Settings::wish, &Wish::packetFrequency>(0.0)},
-    {TextId::CommentFileName, nullptr, text<&Settings::wish, &Wish::fileName>()},
-    {TextId::CommentStopMode, nullptr, integer<&Settings::wish, &Wish::stopRule>(0, 2)},
+    {TextId::CommentPacketMode, nullptr, boardModeFlag<kBoardPacketMode>()},
+    {TextId::CommentExtFreqMode, nullptr, boardModeFlag<kBoardExternalClock>()},
+    {TextId::CommentPacketFrequency, nullptr, real<&Settings::wish, &Wish::packetFrequency>(0.0), kPacketRule},
+    {TextId::CommentFileName, nullptr, text<&Settings::wish, &Wish::fileName>(), kFileRule},
+    {TextId::CommentStopMode, nullptr, integer<&Settings::wish, &Wish::stopRule>(0, 2), kStopRule},
     {TextId::CommentCycleStart, nullptr, flag<&Settings::wish, &Wish::cycleStart>()},
     {TextId::CommentAutoStartOnRun, nullptr, flag<&Settings::autoStartOnRun>()},
     {TextId::CommentAxisFontName, "AxisFontName", text<&Settings::axisFontName>()},
@@ -232,64 +97,48 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentChannelsGain, nullptr, channelColumn<&ChannelSettings::gain>(1, kMost, false, false)},
     {TextId::CommentFrequencyListCount, nullptr, frequencyListCount()},
     {TextId::CommentFrequencyList, nullptr, realList<&Settings::frequencyList>()},
-    {TextId::CommentSynchroAnalyzeMode, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalyzeMode>(0, 2)},
-    {TextId::CommentAnalyzeMode, nullptr,
-     source<&SynchroSettings::analysisOnAnalog, &SynchroSettings::analysisOnPort>()},
+    {TextId::CommentSynchroAnalyzeMode, nullptr, synchro<&Synchro::SynchroAnalyzeMode>(0, 2), kSynchro},
+    {TextId::CommentAnalyzeMode, nullptr, source<&Synchro::analysisOnAnalog, &Synchro::analysisOnPort>(), kSynchroRest},
     {TextId::CommentAnalyzeAnalogStartMode, nullptr,
-     condition<&SynchroSettings::AnalyzeAnalogStartMode, &SynchroSettings::startAnalogEnabled>()},
+     condition<&Synchro::AnalyzeAnalogStartMode, &Synchro::startAnalogEnabled>(), kSynchro},
     {TextId::CommentAnalyzeAnalogWriteMode, nullptr,
-     condition<&SynchroSettings::AnalyzeAnalogWriteMode, &SynchroSettings::writeAnalogEnabled>()},
+     condition<&Synchro::AnalyzeAnalogWriteMode, &Synchro::writeAnalogEnabled>(), kSynchro},
     {TextId::CommentAnalyzeAnalogStopMode, nullptr,
-     condition<&SynchroSettings::AnalyzeAnalogStopMode, &SynchroSettings::stopAnalogEnabled>()},
-    {TextId::CommentAnalyzeAnalogStartChannel, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartChannel>(0, kLastChannel)},
-    {TextId::CommentAnalyzeAnalogWriteChannel, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteChannel>(0, kLastChannel)},
-    {TextId::CommentAnalyzeAnalogStopChannel, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopChannel>(0, kLastChannel)},
-    {TextId::CommentAnalyzeAnalogStartValue, nullptr,
-     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartValue>(kAnyReal)},
-    {TextId::CommentAnalyzeAnalogWriteValue, nullptr,
-     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteValue>(kAnyReal)},
-    {TextId::CommentAnalyzeAnalogStopValue, nullptr,
-     real<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopValue>(kAnyReal)},
-    {TextId::CommentAnalyzeAnalogStartUnit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStartUnit>(0, 2)},
-    {TextId::CommentAnalyzeAnalogWriteUnit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogWriteUnit>(0, 2)},
-    {TextId::CommentAnalyzeAnalogStopUnit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzeAnalogStopUnit>(0, 2)},
+     condition<&Synchro::AnalyzeAnalogStopMode, &Synchro::stopAnalogEnabled>(), kSynchro},
+    {TextId::CommentAnalyzeAnalogStartChannel, nullptr, synchro<&Synchro::AnalyzeAnalogStartChannel>(0, kLastChannel),
+     kSynchroChannel},
+    {TextId::CommentAnalyzeAnalogWriteChannel, nullptr, synchro<&Synchro::AnalyzeAnalogWriteChannel>(0, kLastChannel),
+     kSynchroChannel},
+    {TextId::CommentAnalyzeAnalogStopChannel, nullptr, synchro<&Synchro::AnalyzeAnalogStopChannel>(0, kLastChannel),
+     kSynchroChannel},
+    {TextId::CommentAnalyzeAnalogStartValue, nullptr, synchroValue<&Synchro::AnalyzeAnalogStartValue>(), kSynchroValue},
+    {TextId::CommentAnalyzeAnalogWriteValue, nullptr, synchroValue<&Synchro::AnalyzeAnalogWriteValue>(), kSynchroValue},
+    {TextId::CommentAnalyzeAnalogStopValue, nullptr, synchroValue<&Synchro::AnalyzeAnalogStopValue>(), kSynchroValue},
+    {TextId::CommentAnalyzeAnalogStartUnit, nullptr, synchro<&Synchro::AnalyzeAnalogStartUnit>(0, 2), kSynchro},
+    {TextId::CommentAnalyzeAnalogWriteUnit, nullptr, synchro<&Synchro::AnalyzeAnalogWriteUnit>(0, 2), kSynchro},
+    {TextId::CommentAnalyzeAnalogStopUnit, nullptr, synchro<&Synchro::AnalyzeAnalogStopUnit>(0, 2), kSynchro},
     {TextId::CommentAnalyzePortStartMode, nullptr,
-     condition<&SynchroSettings::AnalyzePortStartMode, &SynchroSettings::portStartEnabled>()},
+     condition<&Synchro::AnalyzePortStartMode, &Synchro::portStartEnabled>(), kSynchro},
     {TextId::CommentAnalyzePortWriteMode, nullptr,
-     condition<&SynchroSettings::AnalyzePortWriteMode, &SynchroSettings::portWriteEnabled>()},
-    {TextId::CommentAnalyzePortStopMode, nullptr,
-     condition<&SynchroSettings::AnalyzePortStopMode, &SynchroSettings::portStopEnabled>()},
-    {TextId::CommentAnalyzePortStartBit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortStartBit>(0, kLastPortBit)},
-    {TextId::CommentAnalyzePortWriteBit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortWriteBit>(0, kLastPortBit)},
-    {TextId::CommentAnalyzePortStopBit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::AnalyzePortStopBit>(0, kLastPortBit)},
-    {TextId::CommentSynchroMode, nullptr, source<&SynchroSettings::synchroOnAnalog, &SynchroSettings::synchroOnPort>()},
-    {TextId::CommentSynchroAnalogMode, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogMode>(0, 2)},
-    {TextId::CommentSynchroAnalogChannelNumber, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogChannelNumber>(0, kLastChannel)},
-    {TextId::CommentSynchroAnalogValue, nullptr,
-     real<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogValue>(kAnyReal)},
-    {TextId::CommentSynchroAnalogUnit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroAnalogUnit>(0, 2)},
-    {TextId::CommentSynchroPortMode, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroPortMode>(0, 2)},
-    {TextId::CommentSynchroPortBit, nullptr,
-     integer<&Settings::wish, &Wish::synchro, &SynchroSettings::SynchroPortBit>(0, kLastPortBit)},
-    {TextId::CommentSynchroAllSize, nullptr, synchroAllSize()},
-    {TextId::CommentSynchroPrehistorySize, nullptr, synchroPrehistorySize()},
-    {TextId::CommentStopAfterTrigged, nullptr,
-     flag<&Settings::wish, &Wish::synchro, &SynchroSettings::StopAfterTrigged>()},
-    {TextId::CommentUseDigitalPort, nullptr, flag<&Settings::wish, &Wish::useDigitalPort>()},
+     condition<&Synchro::AnalyzePortWriteMode, &Synchro::portWriteEnabled>(), kSynchro},
+    {TextId::CommentAnalyzePortStopMode, nullptr, condition<&Synchro::AnalyzePortStopMode, &Synchro::portStopEnabled>(),
+     kSynchro},
+    {TextId::CommentAnalyzePortStartBit, nullptr, synchro<&Synchro::AnalyzePortStartBit>(0, kLastPortBit), kSynchro},
+    {TextId::CommentAnalyzePortWriteBit, nullptr, synchro<&Synchro::AnalyzePortWriteBit>(0, kLastPortBit), kSynchro},
+    {TextId::CommentAnalyzePortStopBit, nullptr, synchro<&Synchro::AnalyzePortStopBit>(0, kLastPortBit), kSynchro},
+    {TextId::CommentSynchroMode, nullptr, source<&Synchro::synchroOnAnalog, &Synchro::synchroOnPort>(), kSynchroRest},
+    {TextId::CommentSynchroAnalogMode, nullptr, synchro<&Synchro::SynchroAnalogMode>(0, 2), kSynchro},
+    {TextId::CommentSynchroAnalogChannelNumber, nullptr, synchro<&Synchro::SynchroAnalogChannelNumber>(0, kLastChannel),
+     kSynchroChannel},
+    {TextId::CommentSynchroAnalogValue, nullptr, synchroValue<&Synchro::SynchroAnalogValue>(), kSynchroValue},
+    {TextId::CommentSynchroAnalogUnit, nullptr, synchro<&Synchro::SynchroAnalogUnit>(0, 2), kSynchro},
+    {TextId::CommentSynchroPortMode, nullptr, synchro<&Synchro::SynchroPortMode>(0, 2), kSynchro},
+    {TextId::CommentSynchroPortBit, nullptr, synchro<&Synchro::SynchroPortBit>(0, kLastPortBit), kSynchro},
+    {TextId::CommentSynchroAllSize, nullptr, synchroAllSize(), kSynchroSize},
+    {TextId::CommentSynchroPrehistorySize, nullptr, synchroPrehistorySize(), kSynchroSize},
+    {TextId::CommentStopAfterTrigged, nullptr, flag<&Settings::wish, &Wish::synchro, &Synchro::StopAfterTrigged>(),
+     kSynchroRest},
+    {TextId::CommentUseDigitalPort, nullptr, flag<&Settings::wish, &Wish::useDigitalPort>(), kSynchroRest},
     {TextId::CommentHardwareAverage, nullptr, flag<&Settings::hardwareAverage>()},
     {TextId::CommentPixelsMode, nullptr, flag<&Settings::pixelsMode>()},
     {TextId::CommentShowSignalMode, nullptr, integer<&Settings::showSignalMode>(0, 2)},
@@ -314,11 +163,12 @@ constexpr SettingRow kTable[] = {
      byte<&Settings::textExport, &TextExportSettings::columnDividerCount>(1, 255)},
     {TextId::CommentTextMaxLineCount, nullptr,
      integer<&Settings::textExport, &TextExportSettings::maxLineCount>(0, kMost)},
-    {TextId::DecimationHint, "Decimation", rareInteger<&Settings::wish, &Wish::decimation>(1, kMost)},
+    {TextId::DecimationHint, "Decimation", rareInteger<&Settings::wish, &Wish::decimation>(1, kMost), kDecimationRule},
     {TextId::WriteBufferComment, "WriteBuffer",
-     integer<&Settings::wish, &Wish::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes)},
+     integer<&Settings::wish, &Wish::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes),
+     kBufferRule},
     {TextId::WriteAgeComment, "WriteAge",
-     integer<&Settings::wish, &Wish::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs)},
+     integer<&Settings::wish, &Wish::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs), kBufferRule},
     {TextId::CommentAxisYLimit, "AxisYLower", rareReal<&Settings::axisYLower>()},
     {TextId::CommentAxisYLimit, "AxisYUpper", rareReal<&Settings::axisYUpper>()},
     {TextId::CommentPartShown, "ViewLegend", rareInteger<&Settings::viewLegend>(0, 1)},
@@ -330,6 +180,63 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentPartSize, "MessagesHeight", rareInteger<&Settings::messagesHeight>(0, kFarthestPixel)},
     {TextId::CommentPartSize, "SignalHeight", rareInteger<&Settings::signalHeight>(0, kFarthestPixel)},
     {TextId::CommentPartSize, "ViewSettingsWidth", rareInteger<&Settings::viewSettingsWidth>(0, kFarthestPixel)},
+    {kAutoOnly,
+     "ChannelCount",
+     channelCountOfList(),
+     {.turn = AutoTurn::Channels,
+      .absent = kRequired,
+      .odd = "Parameters \"{key}\" > {highest} (ChannelCount = {value})... Program aborted",
+      .tooLow = "Parameters \"{key}\" <= 0 (ChannelCount = {value})... Program aborted"}},
+    {kAutoOnly,
+     "ChannelsNumber",
+     listOfChannels<&Wish::channels>(),
+     {.turn = AutoTurn::Channels,
+      .absent = kRequired,
+      .odd = "ChannelsNumber elements count != ChannelCount... Program aborted"}},
+    {kAutoOnly,
+     "ChannelsGain",
+     listOfChannels<&Wish::gains>(),
+     {.turn = AutoTurn::Channels,
+      .absent = "Parameters \"ChannelsGain\" is absent... Use gain 1 to all channels",
+      .odd = "ChannelsGain elements count != ChannelCount... Program aborted"}},
+    {kAutoOnly, "CutMode", cutMode(), {.turn = AutoTurn::Rates, .odd = "Cut mode <0... Cut mode disable"}},
+    {kAutoOnly,
+     "TimeNeed",
+     real<&Settings::stopValue>(kAnyReal),
+     {.turn = AutoTurn::StopValue,
+      .absent = "Choose time mode, but required parameters \"TimeNeed\" is absent... Program aborted",
+      .asked = endsByTime}},
+    {kAutoOnly,
+     "TimeMode",
+     integer<&Settings::stopPower>(0, 2),
+     {.turn = AutoTurn::StopValue,
+      .absent = "Parameter \"TimeMode\" is absent - Set to 0(Second)",
+      .odd = "Value TimeMode invalid... Use 0(Second)",
+      .asked = endsByTime}},
+    {kAutoOnly,
+     "SizeNeedHight",
+     sizeHalf<32>(),
+     {.turn = AutoTurn::StopValue,
+      .absent = "Parameter \"SizeNeedHight\" is absent - Use only SizeNeedLow",
+      .number = AutoNumber::Unsigned,
+      .asked = endsBySize}},
+    {kAutoOnly,
+     "SizeNeedLow",
+     sizeHalf<0>(),
+     {.turn = AutoTurn::StopValue,
+      .absent = "Choose size mode, but required parameters \"SizeNeedLow\" is absent... Program aborted",
+      .number = AutoNumber::Unsigned,
+      .asked = endsBySize}},
+    {kAutoOnly,
+     "SizeMode",
+     integer<&Settings::stopPower>(0, 2),
+     {.turn = AutoTurn::StopValue, .odd = "Value SizeMode invalid... Use 0(Byte)", .asked = endsBySize}},
+    {kAutoOnly,
+     "BoardMode",
+     integer<&Settings::wish, &Wish::boardMode>(kLeast, kMost),
+     {.turn = AutoTurn::BoardMode,
+      .absent = "Parameter \"BoardMode\" is absent - Set to 0(Free mode)",
+      .number = AutoNumber::Hexadecimal}},
 };
 
 /// Keys are the same in every language.
@@ -346,7 +253,19 @@ std::string SettingRow::key() const {
 }
 
 std::span<const SettingRow> settingsTable() {
-    return kTable;
+    const auto* const end = std::ranges::find(kTable, kAutoOnly, &SettingRow::comment);
+    return {std::begin(kTable), end};
+}
+
+std::vector<const SettingRow*> autoSettingsRows() {
+    std::vector<const SettingRow*> rows;
+    for (const SettingRow& row : kTable) {
+        if (row.rule.turn != AutoTurn::Never) {
+            rows.push_back(&row);
+        }
+    }
+    std::ranges::stable_sort(rows, {}, [](const SettingRow* row) { return row->rule.turn; });
+    return rows;
 }
 
 }  // namespace tarno2

@@ -12,8 +12,8 @@
 
 namespace tarno2 {
 
-// How one entry of the settings file reaches its place in the settings. What the file says outside of
-// `lowest`..`highest` is not taken.
+// How one key of a file reaches its place in the settings. What the settings file says outside of `lowest`..`highest`
+// is not taken.
 
 /// An integer, a flag (0 or 1) or a choice.
 struct IntegerSetting {
@@ -53,16 +53,54 @@ struct RealListSetting {
 
 using SettingPlace = std::variant<IntegerSetting, RealSetting, TextSetting, IntegerListSetting, RealListSetting>;
 
-/// One entry of the settings file.
-struct SettingRow {
-    TextId comment;          ///< its comment
-    const char* literalKey;  ///< its key, or null when that is the text before the comment's
-    SettingPlace place;
-
-    [[nodiscard]] std::string key() const;
+/// When the reader of an autosettings file comes to a key. Keys of one turn are read in the order of the table.
+enum class AutoTurn : uint8_t {
+    Never,  ///< it is no key of that file
+    Board,
+    Channels,
+    Rates,
+    StopRule,
+    StopValue,
+    BoardMode,
+    Others,
+    SynchroNumbers,
+    SynchroValues,
+    SynchroRest
 };
 
-/// The entries in the order in which they are written and read.
+/// How an autosettings file writes an integer. Only decimal ones have bounds.
+enum class AutoNumber : uint8_t { Decimal, Unsigned, Hexadecimal };
+
+/// How a setting stands in an autosettings file, and what the console log says when it doesn't. In these lines "{key}",
+/// "{value}", "{start}" and "{highest}" stand for what the file has, the start value and the bound. A line that ends
+/// with "Program aborted" ends the load; after any other, and without one (null), the setting keeps its start value.
+struct AutoRule {
+    AutoTurn turn = AutoTurn::Never;
+    const char* key = nullptr;     ///< null: as in the settings file
+    const char* absent = nullptr;  ///< no such key, or what it has is no number; an empty text that may be left out
+    const char* odd = nullptr;     ///< out of bounds; for a list: of another length
+    const char* tooLow = nullptr;  ///< below the lowest; null: as `odd`
+    bool strict = false;           ///< what is no number is odd
+    bool anyFromZero = false;      ///< bounds of its own: what is not negative
+    AutoNumber number = AutoNumber::Decimal;
+    bool (*asked)(const RecordingWish&) = nullptr;  ///< when it counts; null: always
+};
+
+/// One setting that a file keeps.
+struct SettingRow {
+    TextId comment;          ///< its comment in the settings file; `kAutoOnly`: it is not there
+    const char* literalKey;  ///< its key, or null when that is the text before the comment's
+    SettingPlace place;
+    AutoRule rule = {};
+
+    [[nodiscard]] std::string key() const;
+    [[nodiscard]] std::string autoKey() const { return rule.key != nullptr ? rule.key : key(); }
+};
+inline constexpr TextId kAutoOnly{-1};
+
+/// The entries of the settings file in the order in which they are written and read.
 [[nodiscard]] std::span<const SettingRow> settingsTable();
+/// The keys of an autosettings file in the order in which they are read.
+[[nodiscard]] std::vector<const SettingRow*> autoSettingsRows();
 
 }  // namespace tarno2
