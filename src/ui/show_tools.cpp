@@ -31,7 +31,7 @@ constexpr std::pair<TextId, int> kFollowModes[] = {
 
 // Six digits, of which the first ones are seen in any case. Returns what the field shows.
 QString showNumber(QLineEdit& edit, double value) {
-    const QString text = QString::number(value, 'g', 6);
+    QString text = QString::number(value, 'g', 6);
     if (edit.text() != text) {
         edit.setText(text);
     }
