@@ -10,7 +10,6 @@
 #include <QVBoxLayout>
 #include <utility>
 
-#include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
@@ -28,6 +27,7 @@
 #include "ui/panels/program_panel.h"
 #include "ui/program_icon.h"
 #include "ui/show_form.h"
+#include "ui/state_strip.h"
 #include "ui/text.h"
 #include "ui/wheel_guard.h"
 
@@ -42,47 +42,40 @@ constexpr uint32_t kDisplaylessPeriodMs = 20;
 
 T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish> console)
     : programDirectory_(std::move(programDirectory)),
-      console_(std::move(console)),
-      selection_(
-          [this](const std::string& fault) {
-              // A driver may be found wanting while another thread looks for a board.
-              QMetaObject::invokeMethod(this, [this, fault] { showMessage(fault); });
-          },
-          programDirectory_),
-      control_(*this, selection_.driver(), naming_) {
+      host_(*this, programDirectory_, std::move(console)),
+      menu_(*this) {
     setObjectName(QStringLiteral("T_MainForm"));
     setWindowIcon(programIcon());
     buildPanels();
     buildCenter();
-    buildActions();
-    buildMenus();
+    connectMenu();
     connectStrip();
     connectPanels();
+    connectProgramPanel();
     stopTimer_.setTimerType(Qt::PreciseTimer);
-    connect(&stopTimer_, &QTimer::timeout, this, [this] { guarded("StopTimer", [this] { timerTick(); }); });
+    connect(&stopTimer_, &QTimer::timeout, this, [this] { host_.timerTick(); });
     refreshTimer_.setInterval(kRefreshPeriodMs);
     connect(&search_, &BoardSearch::slow, this, [this] { showLooking(true); });
-    connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { refreshRun(); }); });
+    connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { host_.follow(); }); });
     additionalWindow_ = new T_AdditionalModeWindow(settings_.wish.synchro, settings_.wish.synchroSizes, this);
-    additionalWindow_->setQuiet(console_.has_value());
+    additionalWindow_->setQuiet(host_.consoleMode());
     connect(additionalWindow_, &QDialog::finished, this, &T_MainForm::showConditions);
     new WheelGuard(this);
-    guarded("LoadConfig", [this] { console_ ? loadConsoleSettings() : loadSettings(); });
+    guarded("LoadConfig", [this] { host_.consoleMode() ? loadConsoleSettings() : loadSettings(); });
     guarded("SignalView", [this] { buildSignalView(); });
     guarded("Places", [this] { placeWindows(); });
     guarded("SetCaptions", [this] {
         additionalWindow_->ReloadControls();
         SetCaptions();
-        updateState();
     });
 }
 
 T_MainForm::~T_MainForm() {
-    if (control_.running()) {
-        control_.StopButtonClick();
+    if (control().running()) {
+        control().StopButtonClick();
     }
     // The view reads from recordings and draws with a library that go before the window's other parts.
-    control_.setLiveTap(nullptr);
+    control().setLiveTap(nullptr);
     signalDock_->disconnect(this);
     delete showForm_;
     DEBUG_LOG("Destructor");
@@ -147,7 +140,7 @@ void T_MainForm::connectStrip() {
     connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
     connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
-    connect(&strip_->conditionsButton(), &QToolButton::clicked, additional_, &QAction::trigger);
+    connect(&strip_->conditionsButton(), &QToolButton::clicked, menu_.additional, &QAction::trigger);
 }
 
 void T_MainForm::connectPanels() {
@@ -162,11 +155,18 @@ void T_MainForm::connectPanels() {
     connect(boardPanel_, &BoardPanel::baseChosen, this, &T_MainForm::BaseBoxChange);
     connect(boardPanel_, &BoardPanel::drqChosen, this, &T_MainForm::DrqBoxChange);
     connect(boardPanel_, &BoardPanel::hardwareAverageChanged, this,
-            [this](bool on) { guarded("HardwareAverage", [this, on] { selection_.setHardwareAverage(on); }); });
+            [this](bool on) { guarded("HardwareAverage", [this, on] { selection().setHardwareAverage(on); }); });
     connect(filePanel_, &FilePanel::fileNameEdited, this, &T_MainForm::FileNameEditChange);
     connect(filePanel_, &FilePanel::chooseFileName, this, &T_MainForm::ButtonSetFileNameClick);
     connect(filePanel_, &FilePanel::diskSpeedCheckChanged, this, &T_MainForm::HDDTestSpeedClick);
-    connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, extendedChannels_, &QAction::setChecked);
+    connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, menu_.extendedChannels, &QAction::setChecked);
+    connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
+        storeControls();
+        showForm_->settingsChanged();
+    });
+}
+
+void T_MainForm::connectProgramPanel() {
     connect(programPanel_, &ProgramPanel::russianChosen, this, &T_MainForm::RussianChooseClick);
     connect(programPanel_, &ProgramPanel::englishChosen, this, &T_MainForm::EnglishChooseClick);
     connect(programPanel_, &ProgramPanel::cycleStartChanged, this, &T_MainForm::btnAutoStartClick);
@@ -177,10 +177,6 @@ void T_MainForm::connectPanels() {
     connect(programPanel_, &ProgramPanel::debugLogChanged, this, [this](bool on) {
         on ? debugLog().open(joinPath(programDirectory_, "Tarno2.cfg"), 1) : debugLog().close();
         programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
-    });
-    connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
-        storeControls();
-        showForm_->settingsChanged();
     });
     connect(programPanel_, &ProgramPanel::stayOnTopChanged, this, [this](bool on) {
         const bool shown = isVisible();
@@ -202,7 +198,7 @@ void T_MainForm::closeEvent(QCloseEvent* event) {
 }
 
 void T_MainForm::requestEnd() {
-    ending_ = true;
+    host_.setEnding();
     if (displayGone_) {
         QCloseEvent event;
         closeEvent(&event);
@@ -217,38 +213,29 @@ void T_MainForm::runWithoutDisplay() {
     const bool again = std::exchange(displayGone_, true);
     if (!again) {
         guarded("DisplayGone", [this] {
-            showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str()));
+            host_.showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DisplayGone).c_str()));
         });
     }
-    if (!consoleMode() || again) {
+    if (!host_.consoleMode() || again) {
         requestEnd();  // nobody could end it any more, or the toolkit was used all the same
     }
-    if (!begun_ && !ending_) {
+    if (!begun_ && !host_.ending()) {
         begin();
     }
     while (!closed_) {
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
         QCoreApplication::sendPostedEvents(&search_, QEvent::MetaCall);
-        guarded("StopTimer", [this] { timerTick(); });
+        host_.timerTick();
         sleepMilliseconds(kDisplaylessPeriodMs);
     }
 }
 
 void T_MainForm::requestShutdown() {
+    host_.shutdown();
     guarded("Shutdown", [this] {
-        control_.endForShutdown();
         QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);  // the system may not wait for the event loop
     });
     requestEnd();
-}
-
-void T_MainForm::logException(const char* name, const char* what) noexcept {
-    try {
-        DEBUG_LOG("!!!! %s: %s", name, what);
-        consoleLog().log("!!!! %s: %s", name, what);
-    } catch (...) {
-        // There is nobody left to tell.
-    }
 }
 
 }  // namespace tarno2

@@ -1,19 +1,14 @@
 // What the menus hold, and what they do beside recording.
 
 #include <QAction>
-#include <QActionGroup>
 #include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QMenu>
-#include <QMenuBar>
 
-#include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
 #include "config/settings/language_choice.h"
 #include "display/recorded.h"
-#include "language/language_table.h"
-#include "platform/file.h"
 #include "ui/about_box.h"
 #include "ui/additional_mode_facts.h"
 #include "ui/help.h"
@@ -26,112 +21,44 @@
 #include "ui/panels/program_panel.h"
 #include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
+#include "ui/state_strip.h"
 #include "ui/text.h"
 #include "ui/toolkit_texts.h"
 
 namespace tarno2 {
 
-QMenu* T_MainForm::addMenu(TextId text) {
-    QMenu* menu = menuBar()->addMenu(QString());
-    menus_.emplace_back(menu, text);
-    return menu;
-}
-
-QAction* T_MainForm::addAction(TextId text, void (T_MainForm::*handler)(), const QKeySequence& key) {
-    auto* action = new QAction(this);
-    action->setShortcut(key);
-    QMainWindow::addAction(action);
-    if (handler != nullptr) {
+void T_MainForm::connectMenu() {
+    const auto does = [this](QAction* action, void (T_MainForm::*handler)()) {
         connect(action, &QAction::triggered, this, handler);
-    }
-    actions_.emplace_back(action, text);
-    return action;
-}
-
-QAction* T_MainForm::addToggle(TextId text, std::function<void(bool)> toggled) {
-    auto* action = new QAction(this);
-    action->setCheckable(true);
-    QMainWindow::addAction(action);
-    connect(action, &QAction::toggled, this, std::move(toggled));
-    actions_.emplace_back(action, text);
-    return action;
-}
-
-void T_MainForm::buildActions() {
-    start_ = addAction(TextId::CommandStart, &T_MainForm::StartButtonClick, QKeySequence(Qt::Key_F5));
-    stop_ = addAction(TextId::CommandStop, &T_MainForm::StopButtonClick, QKeySequence(Qt::Key_F6));
-    cycle_ = addToggle(TextId::CommandCycleStart, [this](bool down) { btnAutoStartClick(down); });
-    chooseFile_ =
-        addAction(TextId::MenuChooseFile, &T_MainForm::ButtonSetFileNameClick, QKeySequence(Qt::CTRL | Qt::Key_D));
-    additional_ =
-        addAction(TextId::MenuAdditionalSettings, &T_MainForm::AdditionalFileModeClick, QKeySequence(Qt::Key_F7));
-    additional_->setObjectName(QStringLiteral("AdditionalFileMode"));
-    saveAsText_ =
-        addAction(TextId::MenuSaveAsText, &T_MainForm::SaveAsTextButtonClick, QKeySequence(Qt::CTRL | Qt::Key_T));
-    saveAsText_->setObjectName(QStringLiteral("SaveAsTextButton"));
-    showSignal_ = addToggle(TextId::MenuShowSignal, [this](bool shown) { signalDock_->setVisible(shown); });
-    detachSignal_ = addToggle(TextId::MenuDetachSignal, [this](bool apart) { signalDock_->setFloating(apart); });
+    };
+    does(menu_.start, &T_MainForm::StartButtonClick);
+    does(menu_.stop, &T_MainForm::StopButtonClick);
+    does(menu_.chooseFile, &T_MainForm::ButtonSetFileNameClick);
+    does(menu_.additional, &T_MainForm::AdditionalFileModeClick);
+    does(menu_.saveAsText, &T_MainForm::SaveAsTextButtonClick);
+    does(menu_.openRecording, &T_MainForm::OpenRecordingClick);
+    does(menu_.recover, &T_MainForm::RecoverRecordingsClick);
+    does(menu_.digitalLines, &T_MainForm::DigitalSettingsClick);
+    does(menu_.russian, &T_MainForm::RussianChooseClick);
+    does(menu_.english, &T_MainForm::EnglishChooseClick);
+    does(menu_.manual, &T_MainForm::HelpClick);
+    does(menu_.about, &T_MainForm::AboutClick);
+    connect(menu_.exit, &QAction::triggered, this, &QWidget::close);
+    connect(menu_.cycle, &QAction::toggled, this, &T_MainForm::btnAutoStartClick);
+    connect(menu_.showSignal, &QAction::toggled, signalDock_, &QWidget::setVisible);
+    connect(menu_.detachSignal, &QAction::toggled, signalDock_, &QDockWidget::setFloating);
     connect(signalDock_, &QDockWidget::visibilityChanged, this,
-            [this] { showSignal_->setChecked(!signalDock_->isHidden()); });
-    connect(signalDock_, &QDockWidget::topLevelChanged, detachSignal_, &QAction::setChecked);
-    showPanels_ = addToggle(TextId::MenuShowPanels, [this](bool shown) { panels_->setVisible(shown); });
-    showMessages_ = addToggle(TextId::MenuShowMessages, [this](bool shown) { messages_->setVisible(shown); });
-    showMessages_->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_L));
-    showPanels_->setChecked(true);
-    showMessages_->setChecked(true);
-    extendedChannels_ =
-        addToggle(TextId::MenuExtendedChannels, [this](bool on) { channelsPanel_->setExtendedView(on); });
-    openRecording_ = addAction(TextId::MenuOpenRecording, &T_MainForm::OpenRecordingClick, QKeySequence::Open);
-    digitalLines_ = addAction(TextId::DigitalLineSettings, &T_MainForm::DigitalSettingsClick);
-    auto* languages = new QActionGroup(this);
-    russianChoose_ = addAction(TextId::LanguageRussian, &T_MainForm::RussianChooseClick);
-    englishChoose_ = addAction(TextId::LanguageEnglish, &T_MainForm::EnglishChooseClick);
-    russianChoose_->setObjectName(QStringLiteral("RussianChoose"));
-    englishChoose_->setObjectName(QStringLiteral("EnglishChoose"));
-    for (QAction* action : {russianChoose_, englishChoose_}) {
-        action->setCheckable(true);
-        languages->addAction(action);
-    }
-}
-
-void T_MainForm::buildMenus() {
-    QMenu* file = addMenu(TextId::MenuFile);
-    file->addAction(openRecording_);
-    file->addAction(chooseFile_);
-    file->addAction(saveAsText_);
-    file->addAction(addAction(TextId::MenuRecover, &T_MainForm::RecoverRecordingsClick));
-    file->addSeparator();
-    QAction* exit = addAction(TextId::MenuExit, nullptr, QKeySequence(Qt::CTRL | Qt::Key_Q));
-    connect(exit, &QAction::triggered, this, &QWidget::close);
-    file->addAction(exit);
-    QMenu* recording = addMenu(TextId::MenuRecording);
-    recording->addActions({start_, stop_, cycle_});
-    recording->addSeparator();
-    recording->addAction(additional_);
-    QMenu* view = addMenu(TextId::MenuView);
-    view->addActions({showSignal_, detachSignal_});
-    view->addSeparator();
-    view->addActions({showPanels_, showMessages_, extendedChannels_});
-    QMenu* settings = addMenu(TextId::MenuSettings);
-    selectLanguageMenu_ = settings->addMenu(QString());
-    selectLanguageMenu_->setObjectName(QStringLiteral("SelectLanguageMenu"));
-    menus_.emplace_back(selectLanguageMenu_, TextId::SelectLanguage);
-    settings->addAction(digitalLines_);
-    selectLanguageMenu_->addActions({russianChoose_, englishChoose_});
-    QMenu* help = addMenu(TextId::MenuHelp);
-    help->addAction(addAction(TextId::MenuManual, &T_MainForm::HelpClick, QKeySequence(Qt::Key_F1)));
-    help->addAction(addAction(TextId::MenuAbout, &T_MainForm::AboutClick));
+            [this] { menu_.showSignal->setChecked(!signalDock_->isHidden()); });
+    connect(signalDock_, &QDockWidget::topLevelChanged, menu_.detachSignal, &QAction::setChecked);
+    connect(menu_.showPanels, &QAction::toggled, panels_, &QWidget::setVisible);
+    connect(menu_.showMessages, &QAction::toggled, messages_, &QWidget::setVisible);
+    connect(menu_.extendedChannels, &QAction::toggled, this, [this](bool on) { channelsPanel_->setExtendedView(on); });
 }
 
 void T_MainForm::SetCaptions() {
     translateToolkit();
     setWindowTitle(uiText(TextId::ProgramName));
-    for (const auto& [action, id] : actions_) {
-        action->setText(uiText(id));
-    }
-    for (const auto& [menu, id] : menus_) {
-        menu->setTitle(uiText(id));
-    }
+    menu_.retranslate();
     if (showForm_ != nullptr) {
         showForm_->retranslate();
     }
@@ -142,18 +69,16 @@ void T_MainForm::SetCaptions() {
     panels_->retranslate();
     messages_->retranslate();
     statusLine_->retranslate();
-    const bool russian = languageTable().selected() == kLanguageRussian;
-    (russian ? russianChoose_ : englishChoose_)->setChecked(true);
-    showBoardStatus();
+    showBoard();
     showDisk();
     showNeed();
-    refreshRun();
+    host_.follow();
 }
 
 void T_MainForm::SelectLanguageButtonClick() {
     guarded("SelectLanguageButtonClick", [this] {
         DEBUG_LOG("SelectLanguageButtonClick");
-        selectLanguageMenu_->popup(QCursor::pos());
+        menu_.selectLanguage->popup(QCursor::pos());
     });
 }
 
@@ -195,7 +120,7 @@ void T_MainForm::ButtonSetFileNameClick() {
 void T_MainForm::AdditionalFileModeClick() {
     guarded("AdditionalFileModeClick", [this] {
         DEBUG_LOG("AdditionalFileModeClick");
-        additionalWindow_->setFacts(additionalModeFacts(settings(), selection_));
+        additionalWindow_->setFacts(additionalModeFacts(host_.settings(), selection()));
         additionalWindow_->open();
     });
 }
@@ -215,22 +140,11 @@ void T_MainForm::SaveAsTextButtonClick() {
             return;
         }
         TextExportSource source{dataFileOf(toFileName(QDir::toNativeSeparators(chosen))), {}};
-        if (isOfLastRun(source.dataFile)) {
-            source.known = runInputs_;
-        }
+        source.known = host_.watch().knownInputs(source.dataFile);
         textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
         textForm_->setAttribute(Qt::WA_DeleteOnClose);
         textForm_->show();
     });
-}
-
-bool T_MainForm::isOfLastRun(const std::string& dataFile) const {
-    for (uint32_t piece = 0; !runFile_.empty() && fileExists(RecordingName(runFile_).piece(piece)); ++piece) {
-        if (isSameFile(dataFile, RecordingName(runFile_).piece(piece))) {
-            return true;
-        }
-    }
-    return false;
 }
 
 void T_MainForm::HelpClick() {
@@ -240,7 +154,7 @@ void T_MainForm::HelpClick() {
             return;
         }
         messages_->add(MessageList::Kind::Attention, uiText(TextId::HelpNotFound));
-        if (!control_.running()) {
+        if (!control().running()) {
             tell(uiText(TextId::HelpNotFound));
         }
     });
@@ -249,9 +163,9 @@ void T_MainForm::HelpClick() {
 void T_MainForm::AboutClick() {
     guarded("AboutClick", [this] {
         AboutBox::Facts facts;
-        if (!search_.busy() && selection_.driver().loaded()) {
-            facts.driver = selection_.driver().name();
-            static_cast<void>(selection_.driver().device().get(kADCGetAbiVersion, facts.driverInterface));
+        if (!search_.busy() && selection().driver().loaded()) {
+            facts.driver = selection().driver().name();
+            static_cast<void>(selection().driver().device().get(kADCGetAbiVersion, facts.driverInterface));
         }
         facts.programDirectory = programDirectory_;
         AboutBox box(facts, this);

@@ -20,7 +20,6 @@
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/codepage1251.h"
-#include "platform/file.h"
 #include "platform/paths.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
@@ -33,6 +32,7 @@
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
 #include "ui/show_form.h"
+#include "ui/state_strip.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -81,7 +81,7 @@ void T_MainForm::loadSettings() {
     const OsError error = LoadConfig(programDirectory_, settings_);
     settingsUnread_ = !error.ok() && !error.notFound();
     if (settingsUnread_) {
-        showAttention(
+        host_.showAttention(
             formatText(text(TextId::Attention).c_str(),
                        formatText(text(TextId::SettingsNotRead).c_str(), systemTextToCp1251(error.text()).c_str(),
                                   fileNameOf(keptSettingsName(programDirectory_)).c_str())
@@ -96,50 +96,37 @@ void T_MainForm::loadSettings() {
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
     panels_->load(settings_);
     if (known) {
-        lookForBoard([this, saved = settings_] { return selection_.applySaved(saved); },
+        lookForBoard([this, saved = settings_] { return selection().applySaved(saved); },
                      [this](ApplyOutcome outcome) { applyBoard(outcome); });
     } else {
         // Nobody has chosen anything yet: a board that is there can be used at once.
-        lookForBoard([this] { return chooseFirstUsableDriver(); },
-                     [this](ApplyOutcome outcome) { SetErrorCode(statusOf(outcome)); });
+        lookForBoard([this] { return selection().chooseFirstUsable(); },
+                     [this](ApplyOutcome outcome) { host_.SetErrorCode(statusOf(outcome)); });
     }
-    setFileName(naming_.NameAtStart(settings_.wish.fileName));
+    setFileName(host_.naming().NameAtStart(settings_.wish.fileName));
     refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
     programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
     panels_->open(settings_.showSettingMember);
-    extendedChannels_->setChecked(settings_.extendedChannelMode);
+    menu_.extendedChannels->setChecked(settings_.extendedChannelMode);
     btnAutoStartClick(settings_.wish.cycleStart);
     setWindowFlag(Qt::WindowStaysOnTopHint, settings_.stayOnTop);
 }
 
 void T_MainForm::loadConsoleSettings() {
-    DEBUG_LOG("LoadConfig consolemode");
+    const RecordingWish& wanted = *host_.console();
     settings_.language = languageFromLocale();
-    showWish(*console_, settings_);
-    applyBoard(selection_.apply(console_->driver, console_->base));
-    if (ending_) {
+    showWish(wanted, settings_);
+    if (!host_.applyConsoleSettings()) {
         return;
     }
-    if (!selection_.hasFrequency(console_->frequency)) {
-        consoleLog().log("Frequency not founded");
-    }
     panels_->load(settings_);
-    panels_->boardChanged(selection_);
-    setFileName(console_->fileName);
-    if (console_->fileName.empty()) {
-        control_.GenerateFileName();
+    panels_->boardChanged(selection());
+    setFileName(wanted.fileName);
+    if (wanted.fileName.empty()) {
+        control().GenerateFileName();
     }
     DEBUG_LOG("LoadConfig consolemode - Status OK");
-}
-
-ApplyOutcome T_MainForm::chooseFirstUsableDriver() {
-    for (const std::string& name : BoardSelection::installedDrivers()) {
-        if (selection_.DriverBoxChange(name) && selection_.driver().startAllowed()) {
-            return ApplyOutcome::Done;
-        }
-    }
-    return ApplyOutcome::DriverError;
 }
 
 // Until it is found nobody else may use the driver: what asks it is switched off.
@@ -165,98 +152,51 @@ void T_MainForm::showLooking(bool looking) {
     panels_->setEnabled(!looking);
     channelsPanel_->table().setEnabled(!looking);
     boardPanel_->setLooking(looking);
-    additional_->setEnabled(!looking);
-    start_->setEnabled(!looking && !control_.running());
-    strip_->startButton().setEnabled(start_->isEnabled());
+    menu_.additional->setEnabled(!looking);
+    menu_.start->setEnabled(!looking && !control().running());
+    strip_->startButton().setEnabled(menu_.start->isEnabled());
     if (looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
     }
 }
 
-void T_MainForm::showDriverSettings() {
-    if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty()) {
-        showDetail(problem);
-    }
-}
-
 void T_MainForm::applyBoard(ApplyOutcome outcome) {
-    showDriverSettings();
-    switch (outcome) {
-        case ApplyOutcome::Done:
-            SetErrorCode(BoardStatus::Ready);
-            return;
-        case ApplyOutcome::DriverNotFound:
-            consoleLog().log("Driver not founded");
-            if (consoleMode()) {
-                ending_ = true;
-                quit();
-            } else {
-                SetErrorCode(BoardStatus::DriverError);
-                messages_->add(MessageList::Kind::Attention,
-                               uiText(TextId::DriverNotLoaded,
-                                      {fromFileName(selection_.driverName()), fromMessage(selection_.problem())}));
-            }
-            return;
-        case ApplyOutcome::NoDriverName:
-        case ApplyOutcome::DriverError:
-            SetErrorCode(BoardStatus::DriverError);
-            break;
-        case ApplyOutcome::BoardError:
-            SetErrorCode(BoardStatus::Error);
-            break;
-    }
-    if (!selection_.problem().empty()) {
-        consoleLog().log("%s", selection_.problem().c_str());
-        messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
+    host_.boardApplied(outcome);
+    if (outcome == ApplyOutcome::DriverNotFound) {
+        showDriverNotLoaded();
     }
 }
 
-void T_MainForm::SetErrorCode(BoardStatus status) {
-    boardStatus_ = status;
-    showBoardStatus();
-    if (status == BoardStatus::Ready) {
-        return;
-    }
-    consoleLog().log("Set error code = %d: %s . Program aborted.", static_cast<int>(status),
-                     text(boardStatusWord(status)).c_str());
-    if (consoleMode()) {
-        ending_ = true;
-        quit();
-    }
+void T_MainForm::showDriverNotLoaded() {
+    messages_->add(
+        MessageList::Kind::Attention,
+        uiText(TextId::DriverNotLoaded, {fromFileName(selection().driverName()), fromMessage(selection().problem())}));
 }
 
-void T_MainForm::showBoardStatus() {
-    if (search_.busy()) {
+void T_MainForm::showBoard() {
+    if (search_.busy() || displayGone_) {
         return;
     }
-    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(boardStatus_));
-    if (const std::string& driver = selection_.driverName(); !driver.empty()) {
+    const BoardStatus status = host_.watch().board();
+    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(status));
+    if (const std::string& driver = selection().driverName(); !driver.empty()) {
         shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
     }
-    statusLine_->setBoard(shown, boardStatus_ != BoardStatus::Ready);
-    if (!control_.running()) {
-        setState(idleState());
-    }
+    statusLine_->setBoard(shown, status != BoardStatus::Ready);
+    strip_->setState(host_.watch().state());
 }
 
 void T_MainForm::DriverBoxChange(const QString& name) {
     guarded("DriverBoxChange", [this, &name] {
         storeControls();
-        lookForBoard(
-            [this, driver = toFileName(name)] {
-                const bool loaded = selection_.DriverBoxChange(driver);
-                return !loaded                               ? ApplyOutcome::DriverError
-                       : !selection_.driver().startAllowed() ? ApplyOutcome::BoardError
-                                                             : ApplyOutcome::Done;
-            },
-            [this, name](ApplyOutcome outcome) {
-                SetErrorCode(statusOf(outcome));
-                if (!selection_.problem().empty()) {
-                    messages_->add(MessageList::Kind::Attention,
-                                   uiText(TextId::DriverNotLoaded, {name, fromMessage(selection_.problem())}));
-                }
-                showDriverSettings();
-            });
+        lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
+                     [this](ApplyOutcome outcome) {
+                         host_.SetErrorCode(statusOf(outcome));
+                         if (!selection().problem().empty()) {
+                             showDriverNotLoaded();
+                         }
+                         host_.tellDriverSettings();
+                     });
     });
 }
 
@@ -264,31 +204,33 @@ void T_MainForm::BaseBoxChange(uint32_t number) {
     guarded("BaseBoxChange", [this, number] {
         storeControls();
         lookForBoard(
-            [this, number] { return selection_.BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError; },
+            [this, number] {
+                return selection().BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+            },
             [this](ApplyOutcome outcome) {
-                SetErrorCode(statusOf(outcome));
+                host_.SetErrorCode(statusOf(outcome));
                 if (outcome != ApplyOutcome::Done) {
-                    messages_->add(MessageList::Kind::Detail, fromMessage(selection_.problem()));
+                    messages_->add(MessageList::Kind::Detail, fromMessage(selection().problem()));
                 }
             });
     });
 }
 
 void T_MainForm::DrqBoxChange(int number) {
-    guarded("DrqBoxChange", [this, number] { selection_.setDrqNumber(number); });
+    guarded("DrqBoxChange", [this, number] { selection().setDrqNumber(number); });
 }
 
 void T_MainForm::boardChanged() {
-    panels_->boardChanged(selection_);
+    panels_->boardChanged(selection());
     storeControls();
-    selection_.setHardwareAverage(settings_.hardwareAverage);
+    selection().setHardwareAverage(settings_.hardwareAverage);
     try {
         RecalcChannelCount();
     } catch (...) {
         DEBUG_LOG("!!!    Catching....   RecalcChannelCount");
     }
     if (showForm_ != nullptr) {
-        showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+        showForm_->setDigitalLines(selection().driver().facts().format.m_nDigitalLines);
     }
     showNeed();
 }
@@ -325,7 +267,7 @@ void T_MainForm::showNeed() {
     if (search_.busy()) {
         return;
     }
-    const RecordingNeed need = recordingNeed(settings(), selection_.driver().facts(), findings_.disk);
+    const RecordingNeed need = recordingNeed(host_.settings(), selection().driver().facts(), findings_.disk);
     filePanel_->showNeed(need);
     QString shown;
     if (need.known()) {
@@ -366,26 +308,25 @@ void T_MainForm::storeControls() {
         return;
     }
     panels_->store(settings_);
-    const uint32_t channels = selection_.driver().facts().channelCount;
+    const uint32_t channels = selection().driver().facts().channelCount;
     settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
 }
 
-// A recording that kept nothing left no file.
 void T_MainForm::rememberRecording() {
-    if (fileExists(runFile_)) {
-        settings_.wish.fileName = runFile_;
+    if (!host_.keptFile().empty()) {
+        settings_.wish.fileName = host_.keptFile();
     }
 }
 
 void T_MainForm::storePlaces() {
     settings_.formVisible = isMinimized() ? 0 : isMaximized() ? 2 : 1;
     settings_.mainFormPos = placeOf(isMaximized() || isMinimized() ? normalGeometry() : geometry());
-    settings_.showFormVisible = showSignal_->isChecked();
+    settings_.showFormVisible = menu_.showSignal->isChecked();
     // A view that is docked has no place of its own.
     settings_.showFormPos = signalDock_->isFloating() ? placeOf(signalDock_->geometry()) : WindowPlace{0, 0, 0, 0};
     settings_.showSettingMember = panels_->openMember();
-    settings_.hidePanels = !showPanels_->isChecked();
-    settings_.hideMessages = !showMessages_->isChecked();
+    settings_.hidePanels = !menu_.showPanels->isChecked();
+    settings_.hideMessages = !menu_.showMessages->isChecked();
     // What is hidden comes back as wide as it was.
     if (panels_->isVisible()) {
         settings_.panelsWidth = panels_->width();
@@ -397,14 +338,14 @@ void T_MainForm::storePlaces() {
         settings_.signalHeight = signalDock_->height();
     }
     showForm_->storeParts();
-    settings_.extendedChannelMode = extendedChannels_->isChecked();
+    settings_.extendedChannelMode = menu_.extendedChannels->isChecked();
 }
 
 void T_MainForm::placeWindows() {
     const std::vector<WindowPlace> screens = screenPlaces();
     setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
-    showPanels_->setChecked(!settings_.hidePanels);
-    showMessages_->setChecked(!settings_.hideMessages);
+    menu_.showPanels->setChecked(!settings_.hidePanels);
+    menu_.showMessages->setChecked(!settings_.hideMessages);
     placeParts();
 }
 
@@ -428,16 +369,17 @@ void T_MainForm::detachSignalView() {
 }
 
 void T_MainForm::saveSettings() {
-    if (consoleMode()) {
+    if (host_.consoleMode()) {
         DEBUG_LOG("WriteConfig consolemode");
         return;
     }
     storeControls();
     storePlaces();
+    host_.rememberFile();
     rememberRecording();
     if (WriteConfig(programDirectory_, settings_, settingsUnread_)) {
         settingsUnread_ = false;
-    } else if (!ending_) {
+    } else if (!host_.ending()) {
         tell(uiText(TextId::SettingsNotSaved, {fromFileName(programDirectory_)}));
     }
 }

@@ -30,23 +30,23 @@ void T_MainForm::buildSignalView() {
             [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
     connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
     signalDock_->setWindowTitle(showForm_->windowTitle());
-    control_.setLiveTap(&showForm_->tap());
+    control().setLiveTap(&showForm_->tap());
     if (!search_.busy()) {
-        showForm_->setDigitalLines(selection_.driver().facts().format.m_nDigitalLines);
+        showForm_->setDigitalLines(selection().driver().facts().format.m_nDigitalLines);
     }
-    showSignal_->setChecked(settings_.showFormVisible);
+    menu_.showSignal->setChecked(settings_.showFormVisible);
     signalDock_->setVisible(settings_.showFormVisible);
 }
 
 void T_MainForm::showRunningSignal() {
-    T_BOARD& session = *control_.session();
+    T_BOARD& session = *control().session();
     LiveRecording recording;
-    recording.format = signalFormatOf(selection_.driver().facts(), control_.facts());
+    recording.format = signalFormatOf(selection().driver().facts(), control().facts());
     recording.channels = session.settings.channels;
-    recording.fileName = runFile_;
-    recording.everyFrameWritten = runSettings_.synchro.SynchroAnalyzeMode == 0;
+    recording.fileName = host_.watch().facts().file;
+    recording.everyFrameWritten = !host_.watch().facts().conditions;
     recording.writer = [this, number = session.number()]() -> DataWriter* {
-        T_BOARD* running = control_.session();
+        T_BOARD* running = control().session();
         return running != nullptr && running->number() == number ? &running->writer() : nullptr;
     };
     showForm_->recordingStarted(std::move(recording));
@@ -69,7 +69,8 @@ std::string T_MainForm::shownFile() const {
     if (!showForm_->openedFile().empty()) {
         return showForm_->openedFile();
     }
-    return runFile_.empty() ? settings_.wish.fileName : runFile_;
+    const std::string& last = host_.watch().facts().file;
+    return last.empty() ? settings_.wish.fileName : last;
 }
 
 void T_MainForm::DigitalSettingsClick() {

@@ -2,9 +2,9 @@
 
 #include <QString>
 #include <QWidget>
-#include <cstdint>
 #include <optional>
 
+#include "core/recording/run_watch.h"
 #include "language/text_ids.h"
 
 class QLabel;
@@ -17,35 +17,8 @@ namespace tarno2 {
 
 class FigureCell;
 
-/// What the program is doing, as it is read from two metres.
-enum class RunState {
-    Ready,
-    Starting,
-    WaitingForStart,
-    WaitingForTrigger,
-    Recording,
-    Warning,
-    Stopping,
-    Stopped,
-    Error
-};
-
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
-
-/// The figures of a recording.
-struct RunFigures {
-    uint64_t elapsedSeconds = 0;
-    std::optional<uint64_t> remainingSeconds;  ///< nothing without an end
-    std::optional<int> percent;                ///< of the progress bar; nothing hides it
-    uint64_t bytes = 0;
-    std::optional<double> bytesPerSecond;  ///< nothing while it is not known
-    uint64_t frames = 0;
-    uint32_t load = 0;  ///< of the ring at its worst, percent
-    bool loadWarns = false;
-    uint32_t files = 0;
-    uint64_t events = 0;
-};
 
 /// The upper part of the main window: start, stop and cycle buttons, the state in a colour and a word, time, progress
 /// and figures of the recording, and the last thing that needs attention. Window thread.

@@ -10,6 +10,7 @@
 #include <string>
 #include <utility>
 
+#include "core/recording/run_end.h"
 #include "tests/soak/plan.h"
 #include "tests/soak/soak_recording.h"
 
@@ -18,7 +19,7 @@ namespace tarno2::test {
 namespace {
 
 const char* endingOf(const RecordingResult& result) {
-    const char* text = stopText(result);
+    const char* text = runEnd(result, StopRule::Manual, OutsideEnd::User).status;
     return *text == '\0' ? "overflow" : text;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "config/settings/command_line.h"
-#include "core/recording/recording_outcome.h"
+#include "core/recording/run_end.h"
 
 namespace tarno2 {
 

@@ -4,62 +4,37 @@
 #include <functional>
 #include <string>
 
-#include "config/files/file_naming.h"
 #include "config/settings/recording_wish.h"
-#include "core/devices/board_selection.h"
-#include "core/recording/recording_control.h"
-#include "core/recording/recording_shell.h"
-#include "core/storage/recovery_thread.h"
+#include "core/recording/session_host.h"
 #include "platform/message_queue.h"
 
 namespace tarno2 {
 
-/// One unattended recording without a window: the shell that the recording logic runs in. What a window would show is a
-/// line in the console log. Everything but `post` and `requestStop` runs on the thread that calls `run`.
-class ConsoleSession final : public RecordingShell {
+/// One unattended recording without a window: what a window would show is a line in the console log alone. Everything
+/// but `post`, `faultFound` and `requestStop` runs on the thread that calls `run`.
+class ConsoleSession final : public SessionFront {
 public:
-    ConsoleSession(RecordingWish settings, std::string programDirectory);
+    ConsoleSession(const RecordingWish& settings, std::string programDirectory);
 
     /// Applies the settings, records once, and returns when it is over.
     void run();
     /// Ends the recording like the stop button; `systemEnds`: because of a logoff or shutdown. Any thread.
-    void requestStop(bool systemEnds = false);
+    void requestStop(bool systemEnds = false) { host_.requestStop(systemEnds); }
     /// What came of the recording is to be asked of it after `run`.
-    [[nodiscard]] const RecordingControl& control() const { return control_; }
-    /// How long a board may give no data event, milliseconds at least. Before `run`.
-    void setDataWait(uint32_t milliseconds) { control_.setDataWait(milliseconds); }
+    [[nodiscard]] const RecordingControl& control() const { return host_.control(); }
 
-    void post(const Notification& notification) override;
-    [[nodiscard]] RecordingWish settings() override;
+    void post(std::function<void()> step) override { queue_.post(std::move(step)); }
+    void faultFound(const std::string& fault) override { host_.showMessage(fault); }
     [[nodiscard]] std::string fileName() override { return fileName_; }
     void setFileName(const std::string& name) override { fileName_ = name; }
-    [[nodiscard]] std::string savedFileName() override;
-    void showStatus(const std::string& status) override;
-    void showAttention(const std::string& message) override;
-    void showDetail(const std::string& detail) override;
-    void showMessage(const std::string& message) override;
-    void showBytes(uint64_t /*bytes*/) override {}
-    void showProgress(int /*percent*/) override {}
     void startTimer(uint32_t milliseconds) override;
     void killTimer() override { queue_.stopTimer(); }
-    [[nodiscard]] bool consoleMode() override { return true; }
     void quit() override { queue_.quit(); }
 
 private:
-    /// Queues work whose exceptions end up in the logs; `last`: it ends the recording, and the program with it.
-    void enqueue(std::function<void()> work, bool last);
-    void handle(const Notification& notification);
-    [[nodiscard]] bool applySettings();
-    void SetErrorCode(BoardStatus status);
-
-    RecordingWish settings_;
-    std::string programDirectory_;
     std::string fileName_;
     MessageQueue queue_;
-    FileNaming naming_;
-    BoardSelection selection_;
-    RecordingControl control_;
-    RecoveryThread recovery_;
+    SessionHost host_;
 };
 
 }  // namespace tarno2

@@ -61,6 +61,22 @@ bool BoardSelection::DriverBoxChange(const std::string& name) {
     return true;
 }
 
+ApplyOutcome BoardSelection::choose(const std::string& name) {
+    if (!DriverBoxChange(name)) {
+        return ApplyOutcome::DriverError;
+    }
+    return driver_.startAllowed() ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+}
+
+ApplyOutcome BoardSelection::chooseFirstUsable() {
+    for (const std::string& name : installedDrivers()) {
+        if (choose(name) == ApplyOutcome::Done) {
+            return ApplyOutcome::Done;
+        }
+    }
+    return ApplyOutcome::DriverError;
+}
+
 // What was known of the driver before gives way to the name of the next one.
 void BoardSelection::forget(const std::string& nextDriver) {
     driverName_ = nextDriver;
@@ -140,10 +156,17 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
     return BaseBoxChange(board->m_nNumber) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
 }
 
-ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
-    const ApplyOutcome outcome = apply(settings.wish.driver, settings.wish.base);
+ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseNumber, int32_t drqNumber) {
+    const ApplyOutcome outcome = apply(driverName, baseNumber);
     if (outcome == ApplyOutcome::Done) {
-        setDrqNumber(settings.drqNumber);
+        setDrqNumber(drqNumber);
+    }
+    return outcome;
+}
+
+ApplyOutcome BoardSelection::applySaved(const ProgramSettings& settings) {
+    const ApplyOutcome outcome = apply(settings.wish.driver, settings.wish.base, settings.drqNumber);
+    if (outcome == ApplyOutcome::Done) {
         static_cast<void>(hasFrequency(settings.wish.frequency));
     }
     return outcome;

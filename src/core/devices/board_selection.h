@@ -40,12 +40,18 @@ public:
     /// Loads a driver and chooses its first usable board. False when it can't be loaded: there is no device then, and
     /// no board. `problem` says why.
     bool DriverBoxChange(const std::string& name);
+    /// The same, and tells whether a recording can start.
+    [[nodiscard]] ApplyOutcome choose(const std::string& name);
+    /// Chooses the first installed driver that has a usable board.
+    [[nodiscard]] ApplyOutcome chooseFirstUsable();
     /// Chooses a board of the loaded driver by its number.
     bool BaseBoxChange(uint32_t number);
     /// Chooses driver and board by name and number, as settings name them; a board is found by the three hexadecimal
     /// digits that its text begins with. A driver or board that is not there stays the one that is chosen, and without
     /// it nothing can be started: another board in its place would record what nobody asked for.
     [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber);
+    /// The same, and gives the board that DRQ number if it can take it.
+    [[nodiscard]] ApplyOutcome apply(const std::string& driverName, uint32_t baseNumber, int32_t drqNumber);
     /// Brings back the driver, board, DRQ number and frequency of an earlier run, for a program with a window. A DRQ
     /// number or frequency that the board can't take is logged, and the board keeps its own.
     ApplyOutcome applySaved(const ProgramSettings& settings);

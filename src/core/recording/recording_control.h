@@ -9,8 +9,8 @@
 #include "config/files/file_naming.h"
 #include "core/devices/driver.h"
 #include "core/recording/board.h"
-#include "core/recording/recording_outcome.h"
 #include "core/recording/recording_shell.h"
+#include "core/recording/run_end.h"
 #include "language/text_ids.h"
 #include "records/record_description.h"
 
@@ -33,8 +33,8 @@ public:
     void endForShutdown();
     /// Handles what an acquisition thread posted.
     void OnNotification(const Notification& notification);
-    /// A second of the stop timer has passed.
-    void StopTimerTick();
+    /// A second of the stop timer has passed. True when the time that was asked for is over: the recording has ended.
+    bool StopTimerTick();
     /// Puts a new unused name into the file name field.
     void GenerateFileName();
 
@@ -45,6 +45,8 @@ public:
     [[nodiscard]] bool running() const { return session_ != nullptr; }
     /// The session of the running recording, null when there is none.
     [[nodiscard]] T_BOARD* session() { return session_.get(); }
+    /// What was asked of the running recording, without conditions that the start has switched off.
+    [[nodiscard]] const RecordingWish& settings() const { return settings_; }
     /// What the running recording's description says of board and settings.
     [[nodiscard]] const RecordingFacts& facts() const { return facts_; }
     /// Gets the frames of the recordings from the next one on, for the signal view; null: nobody does. It outlives them
@@ -54,27 +56,32 @@ public:
     void setDataWait(uint32_t milliseconds) { dataWaitMs_ = milliseconds; }
 
 private:
+    // What is checked before a start (recording_control_checks.cpp).
     [[nodiscard]] bool createSession();
     [[nodiscard]] bool checkFile();
     [[nodiscard]] bool checkSettings();
     [[nodiscard]] bool checkStopRule();
     [[nodiscard]] bool startThread();
-    void chooseCut();
-    void warnOfFreeSpace();
-    void warnOfSmallBuffer();
-    void warnOfSlowDisk(uint64_t waitingBytes);
-    [[nodiscard]] bool prepareFacts();
-    [[nodiscard]] bool prepareSynchro();
-    [[nodiscard]] bool createFiles();
-    void prepareLiveTap();
-    void release();
 
-    bool refuse(TextId id, const std::string& detail = {});
-    void attention(const std::string& message);
-    void report(const RecordingResult& result);
-    [[nodiscard]] bool cycleGoesOn();
+    // What it needs beside the board (recording_control_files.cpp).
+    [[nodiscard]] bool prepareFacts();
+    void chooseCut();
+    [[nodiscard]] bool prepareSynchro();
+    void warnOfFreeSpace();
+    [[nodiscard]] bool createFiles();
+    void warnOfSmallBuffer();
+    void prepareLiveTap();
+
+    // Its course and end.
+    void release();
     void startStopTimer();
     void watchForExternalStart();
+    void warnOfSlowDisk(uint64_t waitingBytes);
+    void report(const Notification& notification);
+    [[nodiscard]] RunEnd endOf(const RecordingResult& result) const;
+    [[nodiscard]] bool cycleGoesOn();
+    bool refuse(TextId id, const std::string& detail = {});
+    void attention(const std::string& message);
     void freeSession();
 
     RecordingShell& shell_;

@@ -5,11 +5,12 @@
 
 #include "config/settings/recording_wish.h"
 #include "core/recording/notification.h"
+#include "core/recording/run_end.h"
 
 namespace tarno2 {
 
-/// What the recording logic asks of the program around it: the main window, or the console session without one.
-/// Everything but `post` is called on the window's thread. Texts are in the program's single-byte code page.
+/// What the recording logic asks of the program around it (see `SessionHost`). Everything but `post` is called on the
+/// window's thread. Texts are in the program's single-byte code page.
 class RecordingShell : public NotificationTarget {
 public:
     /// What the controls or the autosettings ask of the next recording.
@@ -29,11 +30,9 @@ public:
     /// A text for a message box.
     virtual void showMessage(const std::string& message) = 0;
     /// The check at start has switched synchronisation off: the settings that are shown follow.
-    virtual void synchronisationSwitchedOff() {}
+    virtual void synchronisationSwitchedOff() = 0;
     /// A recording is over: what came of it, after its status and messages.
-    virtual void recordingEnded(const RecordingResult& result);
-    virtual void showBytes(uint64_t bytes) = 0;
-    virtual void showProgress(int percent) = 0;
+    virtual void recordingEnded(const Notification& last, const RunEnd& end) = 0;
 
     /// Calls `RecordingControl::StopTimerTick` every so many milliseconds, in place of an earlier timer.
     virtual void startTimer(uint32_t milliseconds) = 0;

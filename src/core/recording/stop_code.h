@@ -59,10 +59,4 @@ struct RecordingResult {
     [[nodiscard]] bool isNews() const { return code != StopCode::Running || waitingBytes > 0 || startCame; }
 };
 
-/// Log line and status text of a code ("Stop - By user"); empty when it has none.
-[[nodiscard]] const char* stopText(const RecordingResult& result);
-
-/// Message to the user in the current language; empty when the code has none. Window thread.
-[[nodiscard]] std::string stopMessage(const RecordingResult& result);
-
 }  // namespace tarno2

@@ -1,0 +1,105 @@
+#include "ui/main_menu.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "language/language_table.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+MainMenu::MainMenu(QMainWindow& window)
+    : window_(window),
+      start(add(TextId::CommandStart, Qt::Key_F5)),
+      stop(add(TextId::CommandStop, Qt::Key_F6)),
+      cycle(addToggle(TextId::CommandCycleStart)),
+      chooseFile(add(TextId::MenuChooseFile, Qt::CTRL | Qt::Key_D)),
+      additional(add(TextId::MenuAdditionalSettings, Qt::Key_F7)),
+      saveAsText(add(TextId::MenuSaveAsText, Qt::CTRL | Qt::Key_T)),
+      showSignal(addToggle(TextId::MenuShowSignal)),
+      detachSignal(addToggle(TextId::MenuDetachSignal)),
+      showPanels(addToggle(TextId::MenuShowPanels)),
+      showMessages(addToggle(TextId::MenuShowMessages, Qt::CTRL | Qt::Key_L)),
+      extendedChannels(addToggle(TextId::MenuExtendedChannels)),
+      openRecording(add(TextId::MenuOpenRecording, QKeySequence::Open)),
+      digitalLines(add(TextId::DigitalLineSettings)),
+      russian(addToggle(TextId::LanguageRussian)),
+      english(addToggle(TextId::LanguageEnglish)),
+      recover(add(TextId::MenuRecover)),
+      exit(add(TextId::MenuExit, Qt::CTRL | Qt::Key_Q)),
+      manual(add(TextId::MenuManual, Qt::Key_F1)),
+      about(add(TextId::MenuAbout)) {
+    additional->setObjectName(QStringLiteral("AdditionalFileMode"));
+    saveAsText->setObjectName(QStringLiteral("SaveAsTextButton"));
+    russian->setObjectName(QStringLiteral("RussianChoose"));
+    english->setObjectName(QStringLiteral("EnglishChoose"));
+    auto* languages = new QActionGroup(&window_);
+    languages->addAction(russian);
+    languages->addAction(english);
+    showPanels->setChecked(true);
+    showMessages->setChecked(true);
+    buildMenus();
+}
+
+QAction* MainMenu::add(TextId text, const QKeySequence& key) {
+    auto* action = new QAction(&window_);
+    action->setShortcut(key);
+    window_.addAction(action);
+    actions_.emplace_back(action, text);
+    return action;
+}
+
+QAction* MainMenu::addToggle(TextId text, const QKeySequence& key) {
+    QAction* action = add(text, key);
+    action->setCheckable(true);
+    return action;
+}
+
+QMenu* MainMenu::addMenu(TextId text) {
+    QMenu* menu = window_.menuBar()->addMenu(QString());
+    menus_.emplace_back(menu, text);
+    return menu;
+}
+
+void MainMenu::buildMenus() {
+    QMenu* file = addMenu(TextId::MenuFile);
+    file->addActions({openRecording, chooseFile, saveAsText, recover});
+    file->addSeparator();
+    file->addAction(exit);
+    QMenu* recording = addMenu(TextId::MenuRecording);
+    recording->addActions({start, stop, cycle});
+    recording->addSeparator();
+    recording->addAction(additional);
+    QMenu* view = addMenu(TextId::MenuView);
+    view->addActions({showSignal, detachSignal});
+    view->addSeparator();
+    view->addActions({showPanels, showMessages, extendedChannels});
+    QMenu* settings = addMenu(TextId::MenuSettings);
+    selectLanguage = settings->addMenu(QString());
+    selectLanguage->setObjectName(QStringLiteral("SelectLanguageMenu"));
+    menus_.emplace_back(selectLanguage, TextId::SelectLanguage);
+    selectLanguage->addActions({russian, english});
+    settings->addAction(digitalLines);
+    addMenu(TextId::MenuHelp)->addActions({manual, about});
+}
+
+void MainMenu::retranslate() {
+    for (const auto& [action, id] : actions_) {
+        action->setText(uiText(id));
+    }
+    for (const auto& [menu, id] : menus_) {
+        menu->setTitle(uiText(id));
+    }
+    (languageTable().selected() == kLanguageRussian ? russian : english)->setChecked(true);
+}
+
+void MainMenu::setLocked(bool locked) {
+    for (QAction* action : {chooseFile, openRecording, additional}) {
+        action->setEnabled(!locked);
+    }
+}
+
+}  // namespace tarno2

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QKeySequence>
+#include <utility>
+#include <vector>
+
+#include "language/text_ids.h"
+
+class QAction;
+class QMainWindow;
+class QMenu;
+
+namespace tarno2 {
+
+/// The commands of the main window: its menus, their keys and their texts. The window connects what they do. All belong
+/// to the window, which outlives this. Window thread.
+class MainMenu {
+public:
+    explicit MainMenu(QMainWindow& window);
+    /// Sets every text in the language chosen last.
+    void retranslate();
+    /// While a recording runs some commands are off.
+    void setLocked(bool locked);
+
+private:
+    QAction* add(TextId text, const QKeySequence& key = {});
+    QAction* addToggle(TextId text, const QKeySequence& key = {});
+    QMenu* addMenu(TextId text);
+    void buildMenus();
+
+    QMainWindow& window_;
+    std::vector<std::pair<QAction*, TextId>> actions_;
+    std::vector<std::pair<QMenu*, TextId>> menus_;
+
+public:
+    QAction* const start;
+    QAction* const stop;
+    QAction* const cycle;
+    QAction* const chooseFile;
+    QAction* const additional;
+    QAction* const saveAsText;
+    QAction* const showSignal;
+    QAction* const detachSignal;
+    QAction* const showPanels;
+    QAction* const showMessages;
+    QAction* const extendedChannels;
+    QAction* const openRecording;
+    QAction* const digitalLines;
+    QAction* const russian;
+    QAction* const english;
+    QAction* const recover;
+    QAction* const exit;
+    QAction* const manual;
+    QAction* const about;
+    QMenu* selectLanguage = nullptr;
+};
+
+}  // namespace tarno2
