@@ -16,10 +16,6 @@ uint64_t back(uint64_t position, uint64_t step) {
 
 }  // namespace
 
-uint64_t clampedPosition(int64_t position, uint64_t framesWritten) {
-    return position < 0 ? 0 : std::min(static_cast<uint64_t>(position), framesWritten);
-}
-
 uint64_t scrolledPosition(uint64_t position, int32_t key, uint64_t pageFrames, uint64_t framesWritten) {
     if (framesWritten == 0) {
         return position;

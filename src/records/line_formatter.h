@@ -21,14 +21,11 @@ public:
     int format(char* out, size_t spaceLeft, size_t& lineLength, double seconds, std::span<const double> analog,
                std::span<const int8_t> digital);
 
-    /// Number of the next line: how many were accepted, counted from `firstLine`.
-    [[nodiscard]] uint64_t lineCount() const { return lineCount_; }
-
 private:
     char* writeLine(char* out, double seconds, std::span<const double> analog, std::span<const int8_t> digital) const;
 
     ExportFormat format_;
-    uint64_t lineCount_;
+    uint64_t lineCount_;      ///< number of the next line
     std::vector<char> line_;  ///< a line of which it is not sure beforehand that it fits
 };
 

@@ -75,7 +75,6 @@ private:
     void fitViewport();
     void applyPalette();
     void applyFont();
-    void applyTexts();
     void showCursors(bool shown);
     /// A range that the user chose; false when it would be too small or too large to draw.
     bool changeRange(int32_t axis, double lower, double upper, int32_t cause);

@@ -86,7 +86,7 @@ public:
 
     // The mouse over the picture, in the units of the axes.
     void PaintBox1DblClick();
-    void PaintBox1MouseDown(int button, double x, double y);
+    void PaintBox1MouseDown(int button);
     void PaintBox1MouseMove(double x, double y, bool inside);
 
     // How it is drawn and followed.

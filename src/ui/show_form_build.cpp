@@ -85,8 +85,8 @@ void T_ShowForm::listenToScoper() {
     events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside) {
         static_cast<T_ShowForm*>(context)->PaintBox1MouseMove(x, y, inside != 0);
     };
-    events.m_pMousePressed = [](void* context, int32_t button, double x, double y) {
-        static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button, x, y);
+    events.m_pMousePressed = [](void* context, int32_t button, double, double) {
+        static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button);
     };
     events.m_pPaintWanted = [](void* context, uint32_t) { static_cast<T_ShowForm*>(context)->FormResize(); };
     scoper_->SetEvents(&events);

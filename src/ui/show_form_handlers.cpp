@@ -161,7 +161,7 @@ void T_ShowForm::PaintBox1DblClick() {
     userChanged();
 }
 
-void T_ShowForm::PaintBox1MouseDown(int button, double /*x*/, double /*y*/) {
+void T_ShowForm::PaintBox1MouseDown(int button) {
     if (button == kScoperaRightButton) {
         menu_->popup(QCursor::pos());
     }

@@ -51,8 +51,6 @@ TEST(DiskSpeed, MeasuresAFolderOnceAndLeavesNothingBehind) {
     EXPECT_EQ(tester.Measure(other.c_str(), speed), 0);
     EXPECT_DOUBLE_EQ(speed, 131.072);
     EXPECT_EQ(clock.asked(), 2U) << "nothing is measured the second time";
-    ASSERT_EQ(tester.measured().size(), 1U);
-    EXPECT_EQ(tester.measured().front().folder, parentFolder(file));
 }
 
 // A disk faster than the clock writes more, but its speed is told from the first round's size.
@@ -78,7 +76,6 @@ TEST(DiskSpeed, RefusalsHaveTheirCodes) {
     tester.SetEnabled(false);
     EXPECT_EQ(tester.Measure(nullptr, speed), -6);
     EXPECT_EQ(speed, 7.0);
-    EXPECT_THAT(tester.measured(), IsEmpty());
     EXPECT_THAT(listDirectory(folder.path()), ElementsAre("file"));
 }
 

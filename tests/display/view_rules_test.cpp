@@ -22,9 +22,6 @@ TEST(Scroll, KeysMoveByPagesAndThirds) {
           Case{5, 34, UINT64_MAX, 1000, 1000}, Case{1500, 34, 100, 1000, 1000}, Case{10, 39, 2, 1000, 10}}) {
         EXPECT_EQ(scrolledPosition(c.position, c.key, c.page, c.written), c.after) << c.position << " " << c.key;
     }
-    EXPECT_EQ(clampedPosition(-5, 100), 0U);
-    EXPECT_EQ(clampedPosition(50, 100), 50U);
-    EXPECT_EQ(clampedPosition(101, 100), 100U);
 }
 
 TEST(Follow, ShowsTheFramesOfEachMode) {

@@ -348,14 +348,17 @@ TEST(LineFormatter, CopiesALineThatIsShorterThanTheSpaceAndCountsIt) {
         size_t length = 0;
         EXPECT_EQ(formatter.format(out.data(), space, length, 0.0, analog, digital), 0);
         EXPECT_EQ(out.substr(0, length), line);
-        EXPECT_EQ(formatter.lineCount(), 42U);
+        EXPECT_EQ(formatter.format(out.data(), space, length, 0.0, analog, digital), 0);
+        EXPECT_EQ(out.substr(0, 2), "42");
     }
     LineFormatter formatter(format, 41);
     std::string out(line.size(), '?');
     size_t length = 99;
     EXPECT_EQ(formatter.format(out.data(), out.size(), length, 0.0, analog, digital), 1);
     EXPECT_EQ(out, std::string(line.size(), '?'));
-    EXPECT_EQ(formatter.lineCount(), 41U);
+    out.resize(line.size() + 1);
+    EXPECT_EQ(formatter.format(out.data(), out.size(), length, 0.0, analog, digital), 0);
+    EXPECT_EQ(out.substr(0, length), line) << "a line that did not fit is not counted";
 }
 
 }  // namespace

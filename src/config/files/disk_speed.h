@@ -25,11 +25,6 @@ enum DiskSpeedCode : int32_t {
 /// the run. Writes 25 MiB or more to a temporary file and leaves neither it nor any folder behind. Window thread.
 class DiskSpeedTester {
 public:
-    struct MeasuredFolder {
-        std::string folder;
-        double speed = 0.0;  ///< MB/s (10^6 bytes)
-    };
-
     /// `clock`: milliseconds of a clock that never goes back.
     explicit DiskSpeedTester(std::function<uint64_t()> clock = tickCount);
 
@@ -42,10 +37,13 @@ public:
 
     /// `Measure` would write to the disk now, which takes a while.
     [[nodiscard]] bool wouldWrite(const char* filePath) const;
-    /// The folders measured so far, the latest last.
-    [[nodiscard]] const std::vector<MeasuredFolder>& measured() const { return measured_; }
 
 private:
+    struct MeasuredFolder {
+        std::string folder;
+        double speed = 0.0;  ///< MB/s (10^6 bytes)
+    };
+
     [[nodiscard]] const MeasuredFolder* remembered(const std::string& folder) const;
     [[nodiscard]] int32_t measureFolder(const std::string& folder, const std::byte* block, double& speed);
 

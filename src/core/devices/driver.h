@@ -45,7 +45,6 @@ public:
     [[nodiscard]] const BoardFacts& facts() const { return facts_; }
     [[nodiscard]] int32_t blockCount() const { return holders_.count(); }
     [[nodiscard]] bool startAllowed() const { return startAllowed_; }
-    [[nodiscard]] bool initialised() const { return initialised_; }
     [[nodiscard]] bool started() const { return started_; }
 
     /// Largest ring, samples: 0x7FFFFFFF when the driver doesn't tell, 0 without a device.

@@ -22,7 +22,6 @@ public:
 
     /// Appends a panel and takes it over.
     void add(SettingsPanel* panel);
-    [[nodiscard]] const std::vector<SettingsPanel*>& panels() const { return panels_; }
 
     /// The open panel, from 0; -1 when all are closed. The numbers are those of `ShowSettingMember`.
     [[nodiscard]] int openMember() const { return open_; }
