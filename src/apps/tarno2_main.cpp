@@ -8,7 +8,7 @@
 #include "platform/program_arguments.h"
 #include "platform/run_program.h"
 
-// Console mode has a window, minimised, where one can be had. What is no display is no error: a program that starts
+// Console mode has a window, minimised, where a display is available. A missing one is no error: a program that starts
 // unattended may meet a screen, a stale one, or none.
 int main(int argc, char** argv) {
     using namespace tarno2;

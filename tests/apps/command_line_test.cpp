@@ -1,4 +1,4 @@
-// The command lines that the programs take, and autosettings that are no good.
+// The command lines that the programs take, and autosettings that are invalid.
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -53,7 +53,7 @@ TEST(CommandLine, TakesThePathAsItStands) {
     EXPECT_EQ(checkRecording({rig.file("run_old1.dat")}, {}), 2000U) << rig.autoLog();
 }
 
-// With a window, minimised, where one can be had; a display that is not there is as good as none.
+// With a window, minimised, where a display is available; a stale one counts as none.
 TEST(CommandLine, RecordsWithOrWithoutAWindow) {
     const std::pair<const char*, const char*> surroundings[] = {{"DISPLAY", ":9999"},
                                                                 {"DISPLAY", "no.such.host:0"},

@@ -1,4 +1,4 @@
-// tarno2-export on recordings of the simulated board and on what is no good.
+// tarno2-export on recordings of the simulated board and on invalid input.
 
 #include <filesystem>
 #include <gmock/gmock.h>

@@ -52,7 +52,7 @@ OsError rename(const Renaming& file) {
     return error.inUse() ? error : renameFile(file.from, file.to);
 }
 
-/// Gives the first `count` files their old names back; a name that can't be had is left, with a line.
+/// Gives the first `count` files their old names back; a name that is not available is left, with a line.
 void undo(const std::vector<Renaming>& files, size_t count, MovedAside& moved) {
     for (size_t i = count; i-- > 0;) {
         if (const OsError error = renameFile(files[i].to, files[i].from); error.ok()) {

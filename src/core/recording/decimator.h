@@ -21,7 +21,7 @@ public:
 private:
     uint64_t factor_;
     uint64_t frameBytes_;
-    uint64_t gathered_ = 0;         ///< frames of the group at hand
+    uint64_t gathered_ = 0;         ///< frames of the current group
     std::vector<std::byte> first_;  ///< its first frame
     std::vector<std::byte> output_;
 };

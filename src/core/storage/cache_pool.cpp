@@ -161,8 +161,9 @@ void CachePool::take(uint64_t size) {
     giveBack();
 }
 
-// Who looks at a cache says so first and then asks whether it is used up; here it is the other way round. So either he
-// sees that he is late, or he is seen here, and his cache waits, with those that follow it.
+// A store-load handshake with `look`, sequentially consistent on both sides: it stores the cache that it looks at and
+// then loads what is used up; here the store of what is used up comes before the load. So at least one side sees the
+// other: `look` that it is late, or this side that a cache is looked at, which waits then with those that follow it.
 void CachePool::giveBack() {
     const uint64_t usedUp = usedUp_.load();
     const uint64_t end = std::min(usedUp, looked_.load());

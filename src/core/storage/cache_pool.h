@@ -33,7 +33,7 @@ public:
     CachePool(const CachePool&) = delete;
     CachePool& operator=(const CachePool&) = delete;
 
-    /// Has memory for so many caches. Returns how many there are, or will be soon: fewer when the memory can't be had.
+    /// Has memory for so many caches. Returns how many there are, or will be soon: fewer when not all is allocated.
     size_t reserve(size_t caches);
     /// Less than `reserve` said when memory that was promised turned out not to be there. Any thread.
     [[nodiscard]] uint64_t capacity() const { return planned_.load(std::memory_order_relaxed) * kCacheBytes; }
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] uint64_t emptied() const { return emptied_.load(std::memory_order_relaxed); }
 
     // The filling thread.
-    /// Where the next `size` bytes will stand, when they fit in the cache at hand: bytes that are put there need not be
+    /// Where the next `size` bytes will stand, when they fit in the current cache: bytes that are put there need not be
     /// copied by `append`. Null when they don't, or no cache is free at once.
     [[nodiscard]] std::byte* room(uint64_t size);
     /// Appends bytes, which may stand in `room` and beyond. False when the pool was abandoned while it waited.

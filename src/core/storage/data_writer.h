@@ -19,7 +19,7 @@ namespace tarno2 {
 /// Writes a recording into headerless files of interleaved samples, with a description beside each.
 ///
 /// Blocks are gathered in caches, which a thread of its own writes in large pieces. When a file is full the next one is
-/// begun; data that must stay together (a triggered record) are not divided. After a failed write the file at hand is
+/// begun; data that must stay together (a triggered record) are not divided. After a failed write the current file is
 /// cut back to whole frames and nothing more is written. Made, opened and destroyed on the window's thread, in between
 /// used by the acquisition thread alone; the counters may be read by any thread.
 class DataWriter {
@@ -32,7 +32,7 @@ public:
     DataWriter(const DataWriter&) = delete;
     DataWriter& operator=(const DataWriter&) = delete;
 
-    /// The least memory for caches could be had.
+    /// The least memory for caches is allocated.
     [[nodiscard]] bool ready() const { return ready_; }
 
     /// Makes the folders and the first file, moving an earlier recording of that name out of the way. `description` is
@@ -48,7 +48,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& movedAside() const { return movedAside_; }
     /// Memory for what waits for the disk, as much as there is or will be soon. Any thread.
     [[nodiscard]] uint64_t bufferBytes() const { return pool_.capacity(); }
-    /// Create time of the file at hand. Pieces take the time of their first sample by themselves.
+    /// Create time of the current file. Pieces take the time of their first sample by themselves.
     void setCreateTime(const LocalTime& time);
     /// How long the kept stream takes for so many bytes; 0 when its rate is not known.
     [[nodiscard]] uint64_t millisecondsOf(uint64_t bytes) const;
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] int32_t Write(const std::byte* data, uint64_t size, uint64_t unitBytes,
                                 std::span<const SynchroEvent> events = {});
     /// Where a block of `size` bytes may be put so that the next `Write`, given this place, need not copy it; null when
-    /// such a block does not fit in the cache at hand.
+    /// such a block does not fit in the current cache.
     [[nodiscard]] std::byte* room(uint64_t size) { return pool_.room(size); }
     /// Writes what is left in memory, then the description; closes the files and deletes one without samples.
     /// False when something did not reach the disk.
@@ -100,7 +100,7 @@ private:
     bool ready_ = false;
     bool open_ = false;
     uint64_t cacheFill_ = 0;  ///< of a cache that is written whenever a block would fill it
-    uint64_t pieceFill_ = 0;  ///< bytes accepted for the file at hand
+    uint64_t pieceFill_ = 0;  ///< bytes accepted for the current file
     std::string openError_;
     std::vector<std::string> movedAside_;
     std::atomic<uint32_t> fileCount_{0};

@@ -157,7 +157,7 @@ bool DiskThread::write(uint64_t end, bool rest) {
     }
 }
 
-// Enters what is known of the piece at hand. Returns the note that begins the next one, null when none has come.
+// Enters what is known of the current piece. Returns the note that begins the next one, null when none has come.
 const DiskThread::Note* DiskThread::takeNotes() {
     for (const Note* note = notes_.front(); note != nullptr; note = notes_.front()) {
         switch (note->kind) {

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool start(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal);
 
     // Notes to the bytes that are appended next, from the thread that appends them.
-    /// The file at hand ends before them, and the next one begins.
+    /// The current file ends before them, and the next one begins.
     void beginPiece();
     /// One of the records to come has this event; a record has `recordBytes`.
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);

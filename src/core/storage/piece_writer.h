@@ -56,7 +56,7 @@ public:
     [[nodiscard]] bool finish();
 
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
-    /// When the first sample of the piece at hand came.
+    /// When the first sample of the current piece came.
     void setCreateTime(const LocalTime& time);
 
     [[nodiscard]] uint32_t number() const { return state_.piece ? state_.piece->number : 0; }
@@ -106,7 +106,7 @@ private:
     DiskReserve reserve_;  ///< what the description needs when the data have filled the disk
     uint64_t fileBytes_ = 0;
     uint64_t flushedBytes_ = 0;
-    bool gone_ = false;    ///< the file at hand was removed or renamed
+    bool gone_ = false;    ///< the current file was removed or renamed
     uint64_t events_ = 0;  ///< that the description has
     uint64_t savedBytes_ = 0;
     uint64_t writtenBytes_ = 0;

@@ -50,7 +50,7 @@ public:
     /// Whether it belongs to the user that this program runs as.
     [[nodiscard]] bool isOfThisUser() const { return file_.isOfThisUser(); }
 
-    /// Begins anew with this state: what it said before is gone, without a moment at which it says nothing.
+    /// Begins anew with this state in place of the earlier one; at every moment one of the two is there.
     OsError begin(const JournalState& state);
     /// Puts a changed state in place of the last but one, and has it on the disk when it returns.
     OsError save(const JournalState& state);

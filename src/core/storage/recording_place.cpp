@@ -66,7 +66,7 @@ private:
         return false;
     }
 
-    /// Holds a journal that was left there, and finishes its recording. False when the name can't be had.
+    /// Holds a journal that was left there, and finishes its recording. False when the name is not available.
     bool finish(const std::string& name, RecordingJournal& journal) {
         const JournalFound found = take(name, journal);
         if (found == JournalFound::InUse) {

@@ -38,7 +38,7 @@ struct RecoveryReport {
 [[nodiscard]] std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal);
 
 /// Recovers every unfinished recording of this user in a folder (empty: the current one). What this program records
-/// itself is passed over. Once `stop` is true it ends with the recording at hand; null for no such wish.
+/// itself is passed over. Once `stop` is true it ends after the current recording; null: it is not interrupted.
 [[nodiscard]] std::vector<RecoveryReport> recoverFolder(const std::string& folder,
                                                         const std::atomic<bool>* stop = nullptr);
 

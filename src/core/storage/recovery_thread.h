@@ -28,7 +28,7 @@ public:
     /// Recovers folders (see `recoverFolder`), after those that were asked for before. `report` is called once for each
     /// folder, on the thread that recovers. False when the system gives no thread: then nothing is recovered now.
     bool recover(const std::set<std::string>& folders, const Report& report);
-    /// Ends with the recording at hand; what is left is for another time. Any thread.
+    /// Ends after the current recording; what is left is for another time. Any thread.
     void stop() { stopped_.store(true, std::memory_order_relaxed); }
     /// Waits until everything is done, or was stopped.
     void wait() { thread_.join(); }

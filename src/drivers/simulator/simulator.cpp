@@ -79,7 +79,7 @@ int32_t SimulatorDevice::SetProgramDirectory(const char* folder) noexcept {
     });
 }
 
-/// Takes all settings over; false after `fail` when one of them is no good (it then counts as not set).
+/// Takes all settings over; false after `fail` when one of them is invalid (it then counts as not set).
 bool SimulatorDevice::takeSettings() {
     settings_.readEnvironment("TARNO2_SIMULATOR");
     realTime_ = settings_.flag("RealTime", true);

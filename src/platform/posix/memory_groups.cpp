@@ -16,7 +16,7 @@ struct GroupFiles {
     std::array<const char*, 2> mounts;
     std::array<const char*, 2> limits;
     const char* used;
-    std::array<const char*, 2> caches;  ///< lines of memory.stat that can be had back at once
+    std::array<const char*, 2> caches;  ///< lines of memory.stat that the system frees at once
 };
 constexpr GroupFiles kVersion1{{"/sys/fs/cgroup/memory", ""},
                                {"memory.limit_in_bytes", ""},

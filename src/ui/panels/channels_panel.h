@@ -33,7 +33,7 @@ public:
     /// A window may take the table to a place of its own; the panel goes on serving it.
     [[nodiscard]] ChannelTable& table() { return *table_; }
     [[nodiscard]] int activeCount() const;
-    void setExtendedView(bool on);  ///< says nothing of it
+    void setExtendedView(bool on);  ///< emits no signal
     /// Newest readings of the running recording.
     void setLive(std::span<const ChannelReading> readings);
 

@@ -36,7 +36,7 @@ public:
 
     /// The name field, in the system's own bytes.
     [[nodiscard]] std::string fileName() const;
-    /// Says nothing of it.
+    /// Emits no signal.
     void setFileName(const std::string& name);
 
     /// The disk's speed is being measured: stays until `showFindings`. Paints at once.

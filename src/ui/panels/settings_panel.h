@@ -20,14 +20,14 @@ public:
 
     /// The panel's name, for its header.
     [[nodiscard]] virtual TextId title() const = 0;
-    /// Shows the settings. Says nothing of it.
+    /// Shows the settings. Emits no signal.
     virtual void load(const ProgramSettings& settings) = 0;
     /// Puts what the controls show into the settings; leaves what belongs to others alone.
     virtual void store(ProgramSettings& settings) const = 0;
     /// Takes all texts anew, in the language chosen last.
     virtual void retranslate() = 0;
     /// Another driver or board is chosen, or the same one was looked at anew: lists are filled again, and what the
-    /// board does not offer is switched off, with the reason as hint. Says nothing of it.
+    /// board does not offer is switched off, with the reason as hint. Emits no signal.
     virtual void boardChanged(BoardSelection& /*selection*/) {}
     /// While a recording runs nothing can be changed, and the hints say so.
     virtual void setLocked(bool locked);
