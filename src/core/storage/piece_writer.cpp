@@ -7,7 +7,6 @@
 #include "config/files/move_aside.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
-#include "core/storage/piece_description.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -139,11 +138,13 @@ bool PieceWriter::closeFile() {
         return whole;
     }
     if (fileBytes_ < setup_->frameBytes()) {
-        removeEmpty(current_.name);
+        unfinished_.removeEmpty(current_.name);
     } else {
         savedBytes_ += fileBytes_;
         ++savedFiles_;
-        describe();
+        if (!unfinished_.describe(current_.name, fileBytes_, state_, *description_)) {
+            listUndescribed();
+        }
     }
     if (const OsError error = flushFolder(parentFolder(current_.name)); !error.ok()) {
         DEBUG_LOG("The folder of \"%s\" could not be brought to the disk: %s", current_.name.c_str(),
@@ -156,31 +157,6 @@ void PieceWriter::lookForFile() {
     if (!gone_ && current_.file->named(current_.name) == Named::No) {
         gone_ = true;
         notice(formatText("\"%s\" was removed or renamed while it was recorded", current_.name.c_str()));
-    }
-}
-
-// What can't be removed now may be in a moment.
-void PieceWriter::removeEmpty(const std::string& name) {
-    if (const OsError error = removeFile(name); !error.ok() && !error.notFound()) {
-        DEBUG_LOG("!!!!! The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str());
-        emptyFiles_.push_back(name);
-    }
-}
-
-void PieceWriter::removeEmptyLate() {
-    for (const std::string& name : std::exchange(emptyFiles_, {})) {
-        File file;
-        uint64_t bytes = 0;
-        OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::Read);
-        if (error.ok()) {
-            error = file.size(bytes);
-        }
-        if (error.ok() && bytes == 0) {
-            error = file.removeNamed(name);
-        }
-        if (!error.ok() && !error.notFound()) {
-            notice(formatText("The empty file \"%s\" could not be removed: %s", name.c_str(), error.text().c_str()));
-        }
     }
 }
 
@@ -237,36 +213,14 @@ bool PieceWriter::goOn(const LocalTime& createTime) {
     return true;
 }
 
-// What can't be written now (no file can be opened, no space) may be in a moment.
-void PieceWriter::describe() {
-    std::string problem = describeDataFile(current_.name, fileBytes_, state_, *description_);
-    if (!problem.empty()) {
-        DEBUG_LOG("!!!!! \"%s\": %s", current_.name.c_str(), problem.c_str());
-        undescribed_.push_back({current_.name, fileBytes_, state_, *description_, std::move(problem)});
-        undescribed_.back().state.undescribed.clear();
-        listUndescribed();
-    }
-}
-
 void PieceWriter::describeLate() {
-    const size_t described = std::erase_if(undescribed_, [](Undescribed& file) {
-        file.problem = describeDataFile(file.name, file.bytes, file.state, file.description);
-        if (file.problem.empty()) {
-            DEBUG_LOG("\"%s\" is described now", file.name.c_str());
-            static_cast<void>(flushFolder(parentFolder(file.name)));
-        }
-        return file.problem.empty();
-    });
-    if (described > 0) {
+    if (unfinished_.describeLate()) {
         listUndescribed();
     }
 }
 
 void PieceWriter::listUndescribed() {
-    state_.undescribed.clear();
-    for (const Undescribed& file : undescribed_) {
-        state_.undescribed.push_back(*file.state.piece);
-    }
+    state_.undescribed = unfinished_.undescribedPieces();
     journalIsOld_ = true;
 }
 
@@ -301,9 +255,9 @@ void PieceWriter::dropPrepared() {
         const Named named = prepared_.file->named(prepared_.name);
         static_cast<void>(prepared_.file->close());
         if (named == Named::Yes) {
-            removeEmpty(prepared_.name);
+            unfinished_.removeEmpty(prepared_.name);
         } else if (named == Named::Unknown) {
-            emptyFiles_.push_back(prepared_.name);
+            unfinished_.removeEmptyLater(prepared_.name);
         }
         prepared_ = {};
     }
@@ -311,9 +265,11 @@ void PieceWriter::dropPrepared() {
 
 bool PieceWriter::finish() {
     dropPrepared();
-    removeEmptyLate();
+    for (const std::string& problem : unfinished_.removeLate()) {
+        notice(problem);
+    }
     describeLate();
-    if (undescribed_.empty()) {
+    if (unfinished_.allDescribed()) {
         if (const OsError error = journal_->remove(); !error.ok()) {
             notice(formatText("The journal \"%s\" could not be removed: %s", journal_->name().c_str(),
                               error.text().c_str()));
@@ -321,7 +277,6 @@ bool PieceWriter::finish() {
         return true;
     }
     // What the journal tells of can be described later.
-    const Undescribed& first = undescribed_.front();
     if (journal_->held()) {
         state_.piece = state_.undescribed.back();
         state_.undescribed.pop_back();
@@ -329,7 +284,7 @@ bool PieceWriter::finish() {
         journal_->release();
     }
     if (problem_.empty()) {
-        problem_ = formatText("\"%s\": %s", first.name.c_str(), first.problem.c_str());
+        problem_ = unfinished_.problem();
     }
     return false;
 }

@@ -5,9 +5,9 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "core/storage/recording_journal.h"
+#include "core/storage/unfinished_files.h"
 #include "core/storage/writer_setup.h"
 #include "platform/clock.h"
 #include "platform/disk_reserve.h"
@@ -75,26 +75,15 @@ private:
         std::unique_ptr<DataFile> file;
         std::string name;
     };
-    /// A file without a description, and what that is to tell.
-    struct Undescribed {
-        std::string name;
-        uint64_t bytes = 0;
-        JournalState state;
-        RecordDescription description;
-        std::string problem;
-    };
     [[nodiscard]] OsError make(uint32_t number, MadeFile& made) const;
     [[nodiscard]] bool beginFile(uint32_t number);
     [[nodiscard]] bool closeFile();
     [[nodiscard]] bool flush();
     void lookForFile();
     void lookForJournal();
-    void removeEmpty(const std::string& name);
-    void removeEmptyLate();
     void notice(const std::string& what);
     bool fail(const char* what, const std::string& problem);
     void cutToWholeFrames();
-    void describe();
     void listUndescribed();
     void updateJournal();
     void dropPrepared();
@@ -114,8 +103,7 @@ private:
     JournalState state_;
     RecordingJournal* journal_ = nullptr;
     bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
-    std::vector<Undescribed> undescribed_;
-    std::vector<std::string> emptyFiles_;  ///< that could not be removed
+    UnfinishedFiles unfinished_;
     std::string problem_;
     std::string notice_;
 };
