@@ -52,11 +52,8 @@ std::optional<std::string> otherDataFileOf(const std::string& description, const
     std::vector<std::string> fitting;
     for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
         const std::string candidate = folder.empty() ? file : joinPath(folder, file);
-        File opened;
-        uint64_t size = 0;
         if (candidate.starts_with(base) && isDataExtension(candidate.substr(base.size())) &&
-            opened.openPlain(candidate, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite).ok() &&
-            opened.size(size).ok() && size == bytes) {
+            plainFileSize(candidate) == bytes) {
             fitting.push_back(candidate);
         }
     }

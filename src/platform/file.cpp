@@ -97,6 +97,13 @@ OsError createTemporaryFile(const std::string& folder, const std::string& prefix
     return error;
 }
 
+std::optional<uint64_t> plainFileSize(const std::string& path) {
+    File file;
+    uint64_t bytes = 0;
+    const OsError error = file.openPlain(path, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+    return error.ok() && file.size(bytes).ok() ? std::optional(bytes) : std::nullopt;
+}
+
 OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, std::string& contents) {
     contents.clear();
     File file;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -96,6 +97,8 @@ private:
 OsError findFile(const std::string& path, bool& found);
 [[nodiscard]] bool isDirectory(const std::string& path);
 [[nodiscard]] bool isPlainFile(const std::string& path);  ///< a regular file, reached by no link
+/// Bytes in a regular file that no link leads to; nothing when it is none or can't be read.
+[[nodiscard]] std::optional<uint64_t> plainFileSize(const std::string& path);
 /// Whether both names lead to one existing file, be it by a link or another spelling.
 [[nodiscard]] bool isSameFile(const std::string& a, const std::string& b);
 OsError removeFile(const std::string& path);

@@ -16,11 +16,11 @@ using HeldName = std::multiset<std::string>::const_iterator;
 
 constexpr int kAttempts = 10;
 
-/// What an open file is, by its contents.
-JournalFound judge(File& file, const std::string& name, JournalState& state) {
+/// What an open file is, by its contents. Nothing when it can't be read.
+std::optional<JournalFound> judge(File& file, const std::string& name, JournalState& state) {
     uint64_t size = 0;
     if (!file.size(size).ok()) {
-        return JournalFound::Unreadable;
+        return std::nullopt;
     }
     if (size == 0 && name.ends_with(kJournalExtension)) {
         return JournalFound::NotBegun;
@@ -31,7 +31,7 @@ JournalFound judge(File& file, const std::string& name, JournalState& state) {
         return JournalFound::Foreign;
     }
     if (!file.seek(0).ok() || !file.read(contents.data(), contents.size(), done).ok() || done != contents.size()) {
-        return JournalFound::Unreadable;
+        return std::nullopt;
     }
     auto read = readJournal(contents);
     if (!read) {
@@ -41,7 +41,7 @@ JournalFound judge(File& file, const std::string& name, JournalState& state) {
     return JournalFound::Ours;
 }
 
-JournalFound judge(const OsError& error, const std::string& name) {
+std::optional<JournalFound> judge(const OsError& error, const std::string& name) {
     if (error.inUse()) {
         return JournalFound::InUse;
     }
@@ -52,10 +52,10 @@ JournalFound judge(const OsError& error, const std::string& name) {
     if (const OsError looked = findFile(name, found); looked.ok() && !found) {
         return JournalFound::Nothing;
     }
-    return !found || isPlainFile(name) ? JournalFound::Unreadable : JournalFound::Foreign;
+    return !found || isPlainFile(name) ? std::nullopt : std::optional(JournalFound::Foreign);
 }
 
-JournalFound lookAt(const std::string& name, JournalState& state) {
+std::optional<JournalFound> lookAt(const std::string& name, JournalState& state) {
     File file;
     const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
     return error.ok() ? judge(file, name, state) : judge(error, name);
@@ -107,7 +107,7 @@ void RecordingJournal::release() {
     static_cast<void>(file_.close());
 }
 
-JournalFound RecordingJournal::look(const std::string& name) {
+std::optional<JournalFound> RecordingJournal::look(const std::string& name) {
     JournalState state;
     return lookAt(name, state);
 }
@@ -117,18 +117,18 @@ JournalFound RecordingJournal::takeExisting(const std::string& name) {
     name_ = name;
     // Its owner may remove it between our opening and our lock: then the file that we hold has no name any more.
     for (int i = 0; i < kAttempts; ++i) {
-        const JournalFound seen = lookAt(name, state_);
+        const JournalFound seen = lookAt(name, state_).value_or(JournalFound::Foreign);
         if (seen != JournalFound::Ours && seen != JournalFound::NotBegun) {
             return seen;
         }
         const OsError error =
             file_.openPlain(name, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::None);
         if (!error.ok() && !error.notFound()) {
-            return judge(error, name);
+            return judge(error, name).value_or(JournalFound::Foreign);
         }
         if (error.ok() && file_.named(name) == Named::Yes) {
-            const JournalFound held = judge(file_, name, state_);
-            if (held == JournalFound::Foreign || held == JournalFound::Unreadable) {
+            const JournalFound held = judge(file_, name, state_).value_or(JournalFound::Foreign);
+            if (held == JournalFound::Foreign) {
                 release();
                 return held;
             }

@@ -14,11 +14,10 @@ namespace tarno2 {
 /// What stands under the name of a journal.
 enum class JournalFound {
     Nothing,
-    Ours,       ///< a journal that nobody holds
-    NotBegun,   ///< an empty file with the ending of a journal: a recording that had not begun to make it
-    InUse,      ///< held by who records, or who recovers
-    Foreign,    ///< anything else, also a journal of a later version: left alone
-    Unreadable  ///< it could be anything, for it can't be read: left alone
+    Ours,      ///< a journal that nobody holds
+    NotBegun,  ///< an empty file with the ending of a journal: a recording that had not begun to make it
+    InUse,     ///< held by who records, or who recovers
+    Foreign    ///< anything else, also a journal of a later version: left alone
 };
 
 /// The journal of a recording: a file `<base>.tarno2-journal` beside the data files, which is there from before the
@@ -34,10 +33,11 @@ public:
     RecordingJournal(const RecordingJournal&) = delete;
     RecordingJournal& operator=(const RecordingJournal&) = delete;
 
-    /// Looks what is there, and holds it if it is a journal (`Ours`, `NotBegun`).
+    /// Looks what is there, and holds it if it is a journal (`Ours`, `NotBegun`). What can't be read is `Foreign`.
     [[nodiscard]] JournalFound takeExisting(const std::string& name);
-    /// Looks what is there, without holding it. `Ours` may be held by somebody all the same.
-    [[nodiscard]] static JournalFound look(const std::string& name);
+    /// Looks what is there, without holding it. `Ours` may be held by somebody all the same. Nothing when it can't be
+    /// read: it could be anything.
+    [[nodiscard]] static std::optional<JournalFound> look(const std::string& name);
     /// Whether this program holds a journal of that name, in whatever folder. Any thread.
     [[nodiscard]] static bool isHeldHere(const std::string& name);
     /// Makes a journal with this state, whole and held as soon as it is there; alreadyExists when the name is taken.

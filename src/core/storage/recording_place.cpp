@@ -72,7 +72,7 @@ private:
         if (found == JournalFound::InUse) {
             return refuse(TextId::FileInUse, setup_.fileName, "!!!!! \"%s\" is in use by another program");
         }
-        if (found == JournalFound::Foreign || found == JournalFound::Unreadable) {
+        if (found == JournalFound::Foreign) {
             // Under its earlier name ours would not stand.
             return name.ends_with(kEarlierJournalExtension) ||
                    refuse(TextId::JournalInTheWay, name, "!!!!! \"%s\" is no journal of this version, and in the way");

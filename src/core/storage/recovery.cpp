@@ -104,7 +104,6 @@ std::optional<RecoveryReport> recover(const std::string& journalName, bool named
             return untouched(Outcome::InProgress, RecordingName(journalName).base(),
                              "\"%s\" is held by another program");
         case JournalFound::Foreign:
-        case JournalFound::Unreadable:
             if (!named && journalName.ends_with(kEarlierJournalExtension)) {
                 return std::nullopt;  // many programs call files so
             }
@@ -160,7 +159,7 @@ std::string journalOf(const RecordingName& name) {
         return present;
     }
     std::string earlier = name.earlierJournal();
-    const JournalFound found = RecordingJournal::look(earlier);
+    const auto found = RecordingJournal::look(earlier);
     return found == JournalFound::Ours || found == JournalFound::InUse ? earlier : std::string();
 }
 

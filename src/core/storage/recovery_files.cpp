@@ -28,15 +28,15 @@ Owner ownerOf(const std::string& dataFile, const std::string& ownJournal) {
     const std::string present = RecordingName(dataFile).journal();
     const std::string earlier = RecordingName(dataFile).earlierJournal();
     // What has the present ending may be a journal that was damaged; the earlier one is common.
-    const JournalFound found = present == ownJournal ? JournalFound::Nothing : RecordingJournal::look(present);
-    if (found == JournalFound::Unreadable) {
+    const auto found = present == ownJournal ? JournalFound::Nothing : RecordingJournal::look(present);
+    if (!found) {
         return Owner::Unknown;
     }
     if (found != JournalFound::Nothing && found != JournalFound::NotBegun) {
         return Owner::Other;
     }
     // Of two journals of the same base the present one counts.
-    const JournalFound old = earlier == ownJournal ? JournalFound::Nothing : RecordingJournal::look(earlier);
+    const auto old = earlier == ownJournal ? JournalFound::Nothing : RecordingJournal::look(earlier);
     const bool others = old == JournalFound::InUse || (old == JournalFound::Ours && present != ownJournal);
     return others ? Owner::Other : Owner::This;
 }
@@ -76,13 +76,6 @@ OsError cutToFrames(File& file, uint64_t frameBytes, uint64_t& bytes) {
         error = file.truncate(bytes);
     }
     return error.ok() ? file.flush() : error;
-}
-
-uint64_t plainSize(const std::string& name) {
-    File file;
-    uint64_t bytes = 0;
-    const OsError error = file.openPlain(name, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
-    return error.ok() && file.size(bytes).ok() ? bytes : 0;
 }
 
 class Finisher {
@@ -130,8 +123,8 @@ private:
         if (std::string problem = openDataFile(name, journal_.name(), file); !problem.empty()) {
             return problem;
         }
-        if (!next.empty() && plainSize(next) != 0 && !fileExists(RecordDescription::fileNameFor(next)) &&
-            ownerOf(next, journal_.name()) != Owner::Other) {
+        if (!next.empty() && plainFileSize(next).value_or(0) != 0 &&
+            !fileExists(RecordDescription::fileNameFor(next)) && ownerOf(next, journal_.name()) != Owner::Other) {
             return "the journal does not tell of " + quoted(next);
         }
         uint64_t bytes = 0;
@@ -226,7 +219,7 @@ private:
         for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
             const auto number = name.pieceOf(file);
             if (number && *number <= state_.piece->number && file == fileNameOf(name.piece(*number))) {
-                frames += plainSize(joinPath(folder, file)) / state_.frameBytes();
+                frames += plainFileSize(joinPath(folder, file)).value_or(0) / state_.frameBytes();
             }
         }
         return frames;

@@ -71,6 +71,7 @@ TEST(PosixFile, APlainFileIsNeitherALinkNorAnythingElse) {
     ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
     for (const char* name : {"link", "dangling", "pipe"}) {
         EXPECT_FALSE(isPlainFile(folder.file(name)));
+        EXPECT_EQ(plainFileSize(folder.file(name)), std::nullopt);
         for (const auto mode :
              {FileMode::CreateAlways, FileMode::CreateNew, FileMode::OpenExisting, FileMode::OpenAlways}) {
             File file;
@@ -80,6 +81,7 @@ TEST(PosixFile, APlainFileIsNeitherALinkNorAnythingElse) {
     EXPECT_FALSE(fileExists(folder.file("nowhere")));
     EXPECT_EQ(test::readFile(target), "kept");
     EXPECT_TRUE(isPlainFile(target));
+    EXPECT_EQ(plainFileSize(target), 4U);
     ASSERT_EQ(link(target.c_str(), folder.file("second").c_str()), 0);
     File file;
     ASSERT_TRUE(file.openPlain(target, FileMode::OpenExisting, FileAccess::ReadWriteRemove, FileShare::None).ok());
