@@ -23,6 +23,26 @@ void runGuarded(const std::function<void()>& body) noexcept {
 
 }  // namespace
 
+Thread::Thread() = default;
+
+Thread::~Thread() {
+    join();
+}
+
+Thread::Thread(Thread&& other) noexcept = default;
+
+Thread& Thread::operator=(Thread&& other) noexcept {
+    if (this != &other) {
+        join();
+        state_ = std::move(other.state_);
+    }
+    return *this;
+}
+
+bool Thread::joinable() const {
+    return state_ != nullptr;
+}
+
 bool Thread::create(std::function<void()> body) {
     join();
     try {

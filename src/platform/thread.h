@@ -33,7 +33,8 @@ private:
     struct State;
     [[nodiscard]] bool launch(std::function<void()> body);
 
-    std::unique_ptr<State> state_;
+    /// Of one thread object alone; a pointer that needs to know the type only where it is made.
+    std::shared_ptr<State> state_;
 };
 
 /// English words for the log.

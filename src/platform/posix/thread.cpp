@@ -38,24 +38,8 @@ struct Thread::State {
     }
 };
 
-Thread::Thread() = default;
-
-Thread::~Thread() {
-    join();
-}
-
-Thread::Thread(Thread&& other) noexcept = default;
-
-Thread& Thread::operator=(Thread&& other) noexcept {
-    if (this != &other) {
-        join();
-        state_ = std::move(other.state_);
-    }
-    return *this;
-}
-
 bool Thread::launch(std::function<void()> body) {
-    auto state = std::make_unique<State>();
+    auto state = std::make_shared<State>();
     state->body = std::move(body);
     const auto entry = [](void* argument) -> void* {
         static_cast<State*>(argument)->run();
@@ -102,10 +86,6 @@ void Thread::join() {
         pthread_join(state_->thread, nullptr);
         state_.reset();
     }
-}
-
-bool Thread::joinable() const {
-    return state_ != nullptr;
 }
 
 }  // namespace tarno2

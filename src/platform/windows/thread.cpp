@@ -12,24 +12,8 @@ struct Thread::State {
     bool resumed = false;
 };
 
-Thread::Thread() = default;
-
-Thread::~Thread() {
-    join();
-}
-
-Thread::Thread(Thread&& other) noexcept = default;
-
-Thread& Thread::operator=(Thread&& other) noexcept {
-    if (this != &other) {
-        join();
-        state_ = std::move(other.state_);
-    }
-    return *this;
-}
-
 bool Thread::launch(std::function<void()> body) {
-    auto state = std::make_unique<State>();
+    auto state = std::make_shared<State>();
     state->body = std::move(body);
     const auto entry = [](void* argument) -> unsigned {
         auto& own = *static_cast<State*>(argument);
@@ -69,10 +53,6 @@ void Thread::join() {
         CloseHandle(state_->handle);
         state_.reset();
     }
-}
-
-bool Thread::joinable() const {
-    return state_ != nullptr;
 }
 
 }  // namespace tarno2
