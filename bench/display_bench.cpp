@@ -3,6 +3,7 @@
 //
 //   tarno2-bench-display [OVERVIEW-FILE-BYTES]     (0: no overview; it takes that much of the scratch folder's volume)
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -32,9 +33,7 @@ constexpr size_t kPixels = 1000;
 std::vector<int16_t> noise(size_t samples) {
     std::mt19937 random(1);
     std::vector<int16_t> result(samples);
-    for (int16_t& sample : result) {
-        sample = static_cast<int16_t>(random());
-    }
+    std::generate(result.begin(), result.end(), [&random] { return static_cast<int16_t>(random()); });
     return result;
 }
 

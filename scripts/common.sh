@@ -84,14 +84,18 @@ use_ccache() {
     fi
 }
 
-# Builds what a user runs: the programs, the drivers and the signal view, in the folder of the preset "release". All
-# scripts prepare a machine and that folder in the same way, so that each can go on with what another has built.
-build_programs() {
+# Builds the named targets in the folder of the preset "release". All scripts prepare a machine and that folder in the
+# same way, so that each can go on with what another has built.
+build_targets() {
     install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
     use_ccache
-    cmake --preset release
-    cmake --build --preset release --target Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover \
-        simulator replay scopera
+    cmake --preset release -DTARNO2_TESTS=ON
+    cmake --build --preset release --target "$@"
+}
+
+# Builds what a user runs: the programs, the drivers and the signal view.
+build_programs() {
+    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover simulator replay scopera
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

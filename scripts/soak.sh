@@ -8,8 +8,5 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
-use_ccache
-cmake --preset release -DTARNO2_TESTS=ON
-cmake --build --preset release --target tarno2-soak
+build_targets tarno2-soak
 exec build/release/tests/tarno2-soak "${@:-60}"

@@ -10,10 +10,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
 
-install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
-use_ccache
-cmake --preset release -DTARNO2_TESTS=ON
-cmake --build --preset release --target tarno2-sweep
+build_targets tarno2-sweep
 # In memory, where there is room: thousands of cases wait for no disk.
 if [ -z "${TMPDIR:-}" ] && [ -w /dev/shm ]; then
     export TMPDIR=/dev/shm

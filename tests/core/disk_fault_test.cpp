@@ -215,6 +215,22 @@ struct SessionOnDisk {
         session->setup = fakeSetup({}, 3);
         session->setup.makeFile = disk.maker();
     }
+    /// Begins on a disk that takes nothing yet.
+    [[nodiscard]] bool beginHeld() {
+        disk.hold();
+        return session->begin(3, 1e6F) && device.waitForCall("Start");
+    }
+    /// Halves of the ring, until so many samples have been read.
+    [[nodiscard]] bool feedUntil(uint64_t end) {
+        while (samples < end) {
+            device.produce(kHalf);
+            samples += kHalf;
+            if (!device.waitForReads(samples)) {
+                return false;
+            }
+        }
+        return true;
+    }
     /// The file's bytes, after the end.
     [[nodiscard]] std::string described() const {
         const std::string data = session->data();
@@ -224,21 +240,15 @@ struct SessionOnDisk {
     FaultyDisk disk;
     FakeDevice device;
     std::optional<SessionRig> session;
+    uint64_t samples = 0;
 };
 
 TEST(DiskFault, ADiskThatFallsBehindIsToldOnceUntilItHasCaughtUp) {
     SessionOnDisk rig;
-    rig.disk.hold();
-    ASSERT_TRUE(rig.session->begin(3, 1e6F));
+    ASSERT_TRUE(rig.beginHeld());
     const DataWriter& writer = rig.session->board->writer();
-    ASSERT_TRUE(rig.device.waitForCall("Start"));
-    uint64_t samples = 0;
     for (size_t stall = 1; stall <= 2; ++stall) {
-        for (const uint64_t end = samples + writer.bufferBytes() / 3; samples < end;) {
-            rig.device.produce(SessionOnDisk::kHalf);
-            samples += SessionOnDisk::kHalf;
-            ASSERT_TRUE(rig.device.waitForReads(samples));
-        }
+        ASSERT_TRUE(rig.feedUntil(rig.samples + writer.bufferBytes() / 3));
         while (rig.session->notes.slowDiskCount() < stall) {
             std::this_thread::yield();
         }
@@ -251,21 +261,14 @@ TEST(DiskFault, ADiskThatFallsBehindIsToldOnceUntilItHasCaughtUp) {
     }
     rig.disk.release();
     EXPECT_EQ(rig.session->stop().code, StopCode::User);
-    EXPECT_TRUE(rig.described() == streamBytes(0, samples, 2));
+    EXPECT_TRUE(rig.described() == streamBytes(0, rig.samples, 2));
 }
 
 TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample) {
     SessionOnDisk rig;
-    rig.disk.hold();
-    ASSERT_TRUE(rig.session->begin(3, 1e6F));
+    ASSERT_TRUE(rig.beginHeld());
     const DataWriter& writer = rig.session->board->writer();
-    ASSERT_TRUE(rig.device.waitForCall("Start"));
-    uint64_t samples = 0;
-    while (2 * samples <= writer.bufferBytes()) {
-        rig.device.produce(SessionOnDisk::kHalf);
-        samples += SessionOnDisk::kHalf;
-        ASSERT_TRUE(rig.device.waitForReads(samples));
-    }
+    ASSERT_TRUE(rig.feedUntil(writer.bufferBytes() / 2 + 1));
     while (writer.totalBytes() < writer.bufferBytes()) {
         std::this_thread::yield();
     }
@@ -274,11 +277,11 @@ TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample
     const RecordingResult result = rig.session->end();
     EXPECT_EQ(result.code, StopCode::Error);
     EXPECT_EQ(result.detail, ErrorDetail::Overflow);
-    EXPECT_EQ(result.overflowPosition, samples);
+    EXPECT_EQ(result.overflowPosition, rig.samples);
     EXPECT_EQ(readFile(rig.session->folder.file("run.log")),
-              "sample = " + std::to_string(samples) + ", count = " + std::to_string(2 * SessionOnDisk::kHalf) +
+              "sample = " + std::to_string(rig.samples) + ", count = " + std::to_string(2 * SessionOnDisk::kHalf) +
                   ", cause = overwritten\r\n");
-    EXPECT_TRUE(rig.described() == streamBytes(0, samples, 2));
+    EXPECT_TRUE(rig.described() == streamBytes(0, rig.samples, 2));
 }
 
 TEST(DiskFault, AnErrorEndsTheRecordingWithWhatCameBeforeIt) {

@@ -1,5 +1,6 @@
 #include "display/live_history.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <random>
 
@@ -17,9 +18,7 @@ using testing::ElementsAre;
 std::vector<int16_t> noise(size_t samples) {
     std::mt19937 random(1);
     std::vector<int16_t> result(samples);
-    for (int16_t& sample : result) {
-        sample = static_cast<int16_t>(random());
-    }
+    std::generate(result.begin(), result.end(), [&random] { return static_cast<int16_t>(random()); });
     return result;
 }
 
