@@ -1,7 +1,9 @@
 #include "apps/window/window_program.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QMessageBox>
+#include <QTimer>
 #include <QWindow>
 #include <array>
 #include <cstdlib>
@@ -29,6 +31,8 @@
 namespace tarno2 {
 
 namespace {
+
+constexpr int kDisplayWatchMs = 500;
 
 /// Nothing that a handler throws may end the program.
 class Application final : public QApplication {
@@ -84,6 +88,19 @@ private:
     inline static std::thread::id thread_;
 };
 
+/// The toolkit looks whether its display is still there when its loop is woken up. Timers don't do that, and the one
+/// wake-up that a lost display brings is lost when it comes in the midst of another: then nothing would notice.
+class DisplayWatch {
+public:
+    DisplayWatch() {
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [] { QAbstractEventDispatcher::instance()->wakeUp(); });
+        timer_.start(kDisplayWatchMs);
+    }
+
+private:
+    QTimer timer_;
+};
+
 /// Returns the exit status.
 int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopRelay& relay) {
     try {
@@ -103,6 +120,7 @@ int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopR
             Qt::DirectConnection);
         const StopRelay::Attached attached(
             relay, [&form] { QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection); });
+        const DisplayWatch displayWatch;
         form.present();
         QApplication::exec();
         return status();
