@@ -99,37 +99,6 @@ TEST(AskedToEnd, ARecordingEndsWithWholeFiles) {
     }
 }
 
-TEST(AskedToEnd, ARecordingThatWaitsForItsStartEndsToo) {
-    const RecordingRig rig;
-    Wish wish;
-    wish.board = 1;
-    wish.more = "BoardMode = 1\r\n";
-    auto process = rig.start(wish, "Signal=Counter;ExternalStartAfter=-1");
-    ASSERT_TRUE(waitUntil([&] { return rig.exists("run.dat"); })) << rig.autoLog();
-    if (!process->ask(ChildProcess::Request::Terminate)) {
-        GTEST_SKIP() << "no signal can be sent to another program here";
-    }
-    EXPECT_EQ(process->waitForEnd(kGuard), 0);
-    EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nProgram exit at "));
-    EXPECT_FALSE(rig.exists("run.dat"));
-    EXPECT_FALSE(rig.exists("run.txt"));
-}
-
-TEST(AskedToEnd, ABoardThatIsReadAsFastAsItGoesEndsToo) {
-    const RecordingRig rig;
-    Wish wish = endlessRecording();
-    wish.bytes = 8192 * kMebibyte;  // an end, should the request be missed
-    wish.cut = 8;
-    auto process = rig.start(wish, "RealTime=0;Signal=Counter");
-    ASSERT_TRUE(waitUntil([&] { return rig.size("run.dat") > 0; })) << rig.autoLog();
-    if (!process->ask(ChildProcess::Request::Terminate)) {
-        GTEST_SKIP() << "no signal can be sent to another program here";
-    }
-    EXPECT_EQ(process->waitForEnd(kGuard), 0);
-    EXPECT_THAT(rig.autoLog(), HasSubstr("\r\nStop - By user\r\n"));
-    EXPECT_LT(checkRecording(rig.pieces(), kEndless) * 2, wish.bytes);
-}
-
 /// A file system in memory of its own, as small as wished.
 class SmallDisk {
 public:

@@ -110,14 +110,6 @@ TEST_F(ExportProgram, TellsWhyADescriptionCanNotBeRead) {
                       Not(HasSubstr("cannot be read: ;"))));
 }
 
-TEST_F(ExportProgram, MakesOneEmptyFileOfARecordingWithoutFrames) {
-    rig.folder().write("run.dat", "");
-    EXPECT_EQ(convert({"--width", "2", "--channels", "2", "--max-lines", "100"}), "");
-    EXPECT_TRUE(rig.exists("run.csv"));
-    EXPECT_EQ(readFile(rig.file("run.csv")), "");
-    EXPECT_FALSE(rig.exists("run_1.csv"));
-}
-
 TEST_F(ExportProgram, NamesTheFileThatTheDiskHasNoRoomForAndKeepsTheOnesBefore) {
     if (!std::filesystem::exists("/dev/full")) {
         GTEST_SKIP() << "no device here that is always full";

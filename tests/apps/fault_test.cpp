@@ -91,18 +91,6 @@ TEST(Faults, ThatEndARecordingKeepWhatWasDelivered) {
     }
 }
 
-TEST(Faults, OfABoardInRealTimeKeepWhatWasDeliveredToo) {
-    const Broken cases[] = {
-        {"OverflowAfter=60000", {"Attention: FIFO overflow"}, "!!!!! First lost sample = ", 0},
-        {"UnplugAfter=60000", {"Stop - By device unplug"}, "", 60000},
-    };
-    for (const Broken& each : cases) {
-        const RecordingRig rig;
-        rig.record(longRecording(), std::string("Signal=Counter;") + each.settings);
-        checkBroken(rig, each);
-    }
-}
-
 TEST(BothShells, LogTheSame) {
     const ScopedEnvironment display("QT_QPA_PLATFORM", "offscreen");
     const struct {

@@ -124,36 +124,6 @@ TEST(Recording, KeepsTheFirstFrameOfSoMany) {
     }
 }
 
-TEST(Recording, OfASlowChannelHasWhatTheBoardGave) {
-    const RecordingRig rig;
-    Wish wish;
-    wish.channels = 1;
-    wish.frequency = 2;
-    wish.seconds = 2;
-    const auto begin = std::chrono::steady_clock::now();
-    rig.record(wish, "Signal=Counter");
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-    EXPECT_THAT(rig.autoLog(), HasSubstr("Stop - By user"));
-    const uint64_t samples = checkRecording(rig.pieces(), {.channels = 1, .frequencyPerChannel = 2});
-    EXPECT_GE(samples, 1U);
-    EXPECT_LE(static_cast<double>(samples), 2 * elapsed.count());
-}
-
-/// The bytes of the "data" chunk of a canonical .wav, with its rate and channels.
-std::string wavSamples(const std::string& wav, uint32_t& rate, uint16_t& channels) {
-    std::memcpy(&channels, wav.data() + 22, sizeof channels);
-    std::memcpy(&rate, wav.data() + 24, sizeof rate);
-    for (size_t at = 12; at + 8 < wav.size();) {
-        uint32_t size = 0;
-        std::memcpy(&size, wav.data() + at + 4, sizeof size);
-        if (wav.compare(at, 4, "data") == 0) {
-            return wav.substr(at + 8, size);
-        }
-        at += 8 + size + size % 2;
-    }
-    return {};
-}
-
 TEST(Recording, OfSpeechThatIsPlayedIsTheSpeechItself) {
     const std::string folder = "/usr/share/sounds/alsa";
     if (!isDirectory(folder)) {
@@ -162,9 +132,12 @@ TEST(Recording, OfSpeechThatIsPlayedIsTheSpeechItself) {
     for (const char* name : {"Front_Center.wav", "Rear_Left.wav", "Side_Right.wav"}) {
         SCOPED_TRACE(name);
         const RecordingRig rig;
+        const std::string wav = readFile(folder + "/" + name);
+        const std::string samples = wav.substr(wav.find("data") + 8);
         uint32_t rate = 0;
         uint16_t channels = 0;
-        const std::string samples = wavSamples(readFile(folder + "/" + name), rate, channels);
+        std::memcpy(&channels, wav.data() + 22, sizeof channels);
+        std::memcpy(&rate, wav.data() + 24, sizeof rate);
         ASSERT_GT(samples.size(), 10000U);
         const ScopedEnvironment file("TARNO2_REPLAY_FILE", folder + "/" + name);
         const ScopedEnvironment settings("TARNO2_REPLAY", "RealTime=0");
@@ -302,6 +275,43 @@ TEST(Recording, HasTheSignalViewBesideTheProgramWhateverTheRegistryLists) {
     wish.more = "DebugMode = 1";
     rig.run("Tarno2", {"/c", rig.writeSettings(wish)});
     EXPECT_THAT(rig.debugLog(), HasSubstr("Scoper load ok"));
+}
+
+TEST(ProgramLanguage, IsThatOfTheLocale) {
+    if (kPathSeparator != '/') {
+        GTEST_SKIP() << "the locale of a Windows program is not told by its environment";
+    }
+    const RecordingRig rig;
+    const std::pair<const char*, const char*> cases[] = {{"ru_RU.UTF-8", "Использование программы: \n"},
+                                                         {"en_GB.UTF-8", "Usage program: \n"},
+                                                         {"de_DE.UTF-8", "Usage program: \n"}};
+    for (const auto& [locale, usage] : cases) {
+        const ScopedEnvironment environment("LC_ALL", locale);
+        EXPECT_THAT(rig.run("Tarno2", {"/?"}), HasSubstr(usage));
+    }
+    const ScopedEnvironment russian("LC_ALL", "ru_RU.UTF-8");
+    Wish wish;
+    wish.bytes = 4000;
+    wish.frequency = 1000.5;
+    rig.record(wish);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Frequency = 1000.500000\r\n")) << "what the log itself says stays";
+    EXPECT_EQ(rig.size("run.dat"), 4000U);
+}
+
+TEST(SavedName, GivesTheFolderOfGeneratedNames) {
+    const RecordingRig rig;
+    const std::string last = joinPath(joinPath(rig.path(), "last"), "old.dat");
+    rig.folder().write("Tarno2.cfg", "MyFileName = x\r\n//File name\r\nFileName = " + last + "\r\n");
+    Wish wish;
+    wish.fileName.clear();
+    wish.bytes = 4000;
+    rig.record(wish);
+    size_t recordings = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(rig.file("last"))) {
+        recordings += entry.path().extension() == ".dat" ? 1 : 0;
+    }
+    EXPECT_EQ(recordings, 1U) << rig.autoLog();
+    EXPECT_THAT(readFile(rig.file("Tarno2.cfg")), HasSubstr("MyFileName")) << "console mode never writes it";
 }
 
 }  // namespace

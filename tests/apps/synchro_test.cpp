@@ -186,33 +186,6 @@ TEST(SynchroRecording, HoldsWhatTheModelKeeps) {
     }
 }
 
-TEST(SynchroRecording, EveryRecordHasItsEdgeBehindThePrehistory) {
-    Wish wish;
-    wish.channels = 1;
-    wish.frequency = kRate;
-    wish.bytes = 4000 * 200 * 2;
-    wish.cut = 1;
-    wish.more = kRecords + "SynchroAnalogMode = 0\r\nSynchroAnalogValue = 1.5\r\n";
-    const RecordingRig rig;
-    rig.record(wish, kSignal);
-    const std::vector<std::string> pieces = rig.pieces();
-    ASSERT_EQ(pieces.size(), 2U) << rig.autoLog();
-    uint64_t records = 0;
-    for (const std::string& piece : pieces) {
-        const Samples samples = samplesOf(readFile(piece), 2);
-        ASSERT_EQ(samples.size() % 200, 0U);
-        std::vector<double> points;
-        for (size_t record = 0; record < samples.size() / 200; ++record) {
-            const int32_t code = 4914;  // (1.5 V + 10 V) * 65535 / 20 V - 32768, cut
-            EXPECT_LT(samples[record * 200 + 59], code);
-            EXPECT_GE(samples[record * 200 + 60], code);
-            points.push_back(static_cast<double>(++records * 60));
-        }
-        EXPECT_EQ(listed(piece, "SynchroListPoint"), points);
-    }
-    EXPECT_EQ(records, 4000U);
-}
-
 TEST(SynchroRecording, WhatCanNotBeDoneIsRefusedAndLogged) {
     Wish wish;
     wish.bytes = 40000;
@@ -232,35 +205,6 @@ TEST(SynchroRecording, WhatCanNotBeDoneIsRefusedAndLogged) {
     for (const std::string& log : {ungated.autoLog(), ungated.debugLog()}) {
         EXPECT_NE(log.find("Synchronisation is switched off. The digital port is not in use"), std::string::npos);
     }
-}
-
-TEST(SynchroRecording, PartOfRealSpeech) {
-    const std::string file = "/usr/share/sounds/alsa/Front_Center.wav";
-    const std::string wav = readFile(file);
-    if (wav.empty()) {
-        GTEST_SKIP() << "alsa-utils is not installed: " << file;
-    }
-    const ScopedEnvironment name("TARNO2_REPLAY_FILE", file);
-    const ScopedEnvironment speed("TARNO2_REPLAY", "RealTime=0");
-    Wish wish;
-    wish.driver = "Replay";
-    wish.board = 1;
-    wish.channels = 1;
-    wish.frequency = 48000;
-    wish.more = kAnalysis +
-                "AnalyzeAnalogStartMode = 0\r\nAnalyzeAnalogStartValue = 0.3\r\n"
-                "AnalyzeAnalogStopMode = 1\r\nAnalyzeAnalogStopValue = -470\r\nAnalyzeAnalogStopUnit = 1\r\n";
-    const RecordingRig rig;
-    rig.record(wish);
-
-    const Board board{1, 2, 32767, 1.0F, {}, false};
-    const Samples speech = samplesOf(wav.substr(wav.find("data") + 8), 2);
-    const RecordingWish asked = settingsOf(wish.more, board, 1);
-    const Evaluated expected = model(speech, 12000, asked, board, 1);
-    EXPECT_EQ(expected.result, 1);
-    ASSERT_GT(expected.samples.size(), 12000U);
-    EXPECT_GT(expected.samples.front(), 9829);
-    EXPECT_EQ(samplesOf(readFile(rig.file("run.dat")), 2), expected.samples) << rig.autoLog();
 }
 
 }  // namespace

@@ -262,17 +262,5 @@ TEST(Replay, FileFromSettingsAndProblemsByName) {
     }
 }
 
-TEST(Replay, RealSpeechByteForByte) {
-    const std::string file = "/usr/share/sounds/alsa/Front_Center.wav";
-    if (!fileExists(file)) {
-        GTEST_SKIP() << "alsa-utils is not installed: " << file;
-    }
-    const std::string wav = readFile(file);
-    const std::string data = wav.substr(wav.find("data") + 8);
-    const uint64_t count = data.size() / 2;
-    const std::string played = play(file, "RealTime=0", Wish::firstChannels(1, 48000.0F, 24000), count);
-    EXPECT_EQ(played.substr(0, count * 2), data.substr(0, count * 2));
-}
-
 }  // namespace
 }  // namespace tarno2::test

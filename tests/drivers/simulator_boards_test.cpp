@@ -16,50 +16,6 @@ protected:
     LoadedDriver driver_{SIMULATOR_LIBRARY, folder_.path()};
 };
 
-TEST_F(SimulatorBoards, ListAndFormats) {
-    const std::vector<std::string> boards = driver_.boards();
-    ASSERT_EQ(boards.size(), 4U);
-    struct Case {
-        uint32_t channels, bytes, codeBits, codeShift, digitalMask, lines, isSigned, flags, hotPlug, modes;
-        size_t gains, frequencies;
-    };
-    const Case cases[] = {{16, 2, 14, 2, 0x3, 2, 1, 0, 0, 0xF, 4, 0},
-                          {160, 2, 16, 0, 0, 0, 1, 0, 0, 0x4, 3, 0},
-                          {8, 4, 24, 0, 0xFF000000, 8, 1, 1, 0, 0x1, 3, 10},
-                          {4, 2, 12, 0, 0, 0, 0, 0, 1, 0, 0, 0}};
-    for (uint32_t number = 1; number <= 4; ++number) {
-        SCOPED_TRACE(boards[number - 1]);
-        const Case& c = cases[number - 1];
-        EXPECT_EQ(boards[number - 1].substr(0, 4), "00" + std::to_string(number) + " ");
-        ASSERT_EQ(driver_->SelectBoard(number), 1);
-        const auto format = driver_.get<ADCSampleFormat>(kADCGetSampleFormat);
-        EXPECT_EQ(driver_.get<uint32_t>(kADCGetChannelCount), c.channels);
-        EXPECT_EQ(uint32_t{format.m_nBytes}, c.bytes);
-        EXPECT_EQ(uint32_t{format.m_nCodeBits}, c.codeBits);
-        EXPECT_EQ(uint32_t{format.m_nCodeShift}, c.codeShift);
-        EXPECT_EQ(uint32_t{format.m_nCodeMask}, ((1U << c.codeBits) - 1U) << c.codeShift);
-        EXPECT_EQ(uint32_t{format.m_nDigitalMask}, c.digitalMask);
-        EXPECT_EQ(uint32_t{format.m_nDigitalLines}, c.lines);
-        EXPECT_EQ(uint32_t{format.m_nSignedCodes}, c.isSigned);
-        EXPECT_EQ(uint32_t{format.m_nFormatFlags}, c.flags);
-        // Readers find the count of lines from the shifts alone.
-        if (c.lines > 0) {
-            EXPECT_EQ(c.flags == 0 ? c.codeShift : c.bytes * 8 - format.m_nDigitalShift, c.lines);
-        }
-        EXPECT_EQ(driver_.get<uint32_t>(kADCGetHotPlug), c.hotPlug);
-        EXPECT_EQ(driver_.get<uint32_t>(kADCGetBoardModes), c.modes);
-        EXPECT_GT(driver_.get<ADCInputRange>(kADCGetInputRange).m_fRange, 0.0F);
-
-        int32_t gains[2] = {};
-        ADCIntList gainList{2, 0, gains};
-        EXPECT_EQ(driver_->Get(kADCGetGainList, &gainList), c.gains > 0 ? 1 : 0);
-        EXPECT_EQ(size_t{gainList.m_nCount}, c.gains) << "the count, not what fits the array";
-        ADCFloatList frequencies{0, 0, nullptr};
-        EXPECT_EQ(driver_->Get(kADCGetFrequencyList, &frequencies), c.frequencies > 0 ? 1 : 0);
-        EXPECT_EQ(size_t{frequencies.m_nCount}, c.frequencies);
-    }
-}
-
 TEST_F(SimulatorBoards, CorrectsFrequencyAndRing) {
     struct Case {
         uint32_t board;

@@ -1,8 +1,10 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QTest>
+#include <gtest/gtest.h>
 #include <limits>
 
+#include "scopera/axis_ticker.h"
 #include "tests/scopera/scoper_fixture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -193,28 +195,33 @@ TEST_F(PlotViewTest, TheHostIsAskedForDataWhenTheViewIsShownAndWhenItsWidthChang
     EXPECT_EQ(told_.paintsWanted.back(), before + 100);
 }
 
-TEST_F(PlotViewTest, PicturesGoToFilesAndToTheClipboard) {
-    const test::TemporaryFolder folder;
-    setColumns({kBlue});
-    setSamples({-8, 8, 8}, 1, 50.0);
-    const QImage shown = picture();
-    const std::string file = folder.file("picture.png");
-    ASSERT_EQ(scoper_->SavePicture(file.c_str()), 1);
-    EXPECT_EQ(test::readFile(file).substr(1, 3), "PNG");
-    const QImage saved(QString::fromStdString(file));
-    EXPECT_EQ(saved.convertToFormat(QImage::Format_RGB32), shown.convertToFormat(QImage::Format_RGB32));
-    EXPECT_EQ(scoper_->SavePicture((file + "/below.png").c_str()), 0);
-    ASSERT_EQ(scoper_->CopyPicture(), 1);
-    EXPECT_EQ(QApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32),
-              shown.convertToFormat(QImage::Format_RGB32));
-}
-
 TEST_F(PlotViewTest, ColorsFollowThePalette) {
     EXPECT_EQ(picture().pixelColor(3, 3), QColor(Qt::white));
     QPalette dark;
     dark.setColor(QPalette::Base, QColor(20, 30, 40));
     view_->setPalette(dark);
     EXPECT_EQ(picture().pixelColor(3, 3), QColor(20, 30, 40));
+}
+
+TEST(AxisNumbers, HaveTheDecimalsThatTheStepNeeds) {
+    const struct {
+        double value;
+        double step;
+        const char* text;
+    } kCases[] = {
+        {5, 5, "5"},
+        {0.25, 0.25, "0.25"},
+        {2.5, 2.5, "2.5"},
+        {12345678, 1, "12345678"},
+        {-0.3, 0.1, "-0.3"},
+        {-1e-17, 0.1, "0.0"},
+        {100000.002, 0.002, "100000.002"},
+        {1e16, 1e15, "1e+16"},
+        {0.1 + 0.2, 0.05, "0.30"},
+    };
+    for (const auto& c : kCases) {
+        EXPECT_EQ(plainNumber(c.value, decimalsOf(c.step)), QString(c.text));
+    }
 }
 
 }  // namespace
