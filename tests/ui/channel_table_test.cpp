@@ -1,14 +1,8 @@
 #include "ui/channel_table.h"
 
-#include <QLineEdit>
-#include <QMenu>
 #include <QScrollBar>
-#include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
-#include <gtest/gtest.h>
 
-#include "language/language_table.h"
+#include "tests/ui/widgets.h"
 #include "ui/channel_model.h"
 
 namespace tarno2::test {

@@ -1,21 +1,14 @@
 #include "ui/digital_signal_settings.h"
 
-#include <QApplication>
 #include <QColorDialog>
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QSlider>
-#include <QTest>
-#include <QTimer>
 #include <array>
-#include <gtest/gtest.h>
 #include <set>
 
 #include "config/settings/program_settings.h"
+#include "tests/ui/widgets.h"
 #include "ui/color.h"
 
-namespace tarno2 {
+namespace tarno2::test {
 namespace {
 
 class DigitalSignalSettings : public ::testing::Test {
@@ -93,21 +86,5 @@ TEST_F(DigitalSignalSettings, OnlyAConfirmedColorIsTaken) {
     EXPECT_EQ(repaints_, 1);
 }
 
-TEST(DigitalLineDefaults, FitIntoTheHeightAndDoNotCoverEachOther) {
-    const ProgramSettings settings;
-    std::set<int32_t> levels;
-    for (const DigitalLineSettings& line : settings.digitalLines) {
-        EXPECT_EQ(line.amplitude, 100);
-        EXPECT_GE(line.zeroLevel, -1000);
-        EXPECT_LE(line.zeroLevel + 2 * line.amplitude, 1000);
-        EXPECT_TRUE(levels.insert(line.zeroLevel).second);
-    }
-    EXPECT_EQ(settings.digitalLines[0].zeroLevel, -1000);
-    EXPECT_EQ(settings.digitalLines[1].zeroLevel, -800);
-    for (size_t i = 1; i < settings.digitalLines.size(); ++i) {
-        EXPECT_NE(settings.digitalLines[i].color, settings.digitalLines[i - 1].color);
-    }
-}
-
 }  // namespace
-}  // namespace tarno2
+}  // namespace tarno2::test

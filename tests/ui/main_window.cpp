@@ -1,22 +1,11 @@
 #include "tests/ui/main_window.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTimer>
 #include <algorithm>
 #include <sstream>
 
 #include "config/logs/debug_log.h"
 #include "config/settings/settings_file.h"
-#include "language/language_table.h"
 #include "platform/file.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 
@@ -75,48 +64,21 @@ void MainWindow::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
     QTest::keyClick(form_.get(), key, modifiers);
 }
 
-void MainWindow::click(const char* name) {
-    QWidget* widget = find(name);
-    // A check box hears only clicks on its box and text, which do not fill it.
-    const bool box = qobject_cast<QCheckBox*>(widget) != nullptr || qobject_cast<QRadioButton*>(widget) != nullptr;
-    QTest::mouseClick(widget, Qt::LeftButton, {}, box ? QPoint(8, widget->height() / 2) : QPoint());
-}
-
 void MainWindow::openPanel(int number) {
     click(("PanelHeader" + std::to_string(number)).c_str());
 }
 
-void MainWindow::type(const char* name, const QString& text) {
-    auto* widget = find(name);
-    auto* list = qobject_cast<QComboBox*>(widget);
-    auto* field = list != nullptr ? list->lineEdit() : qobject_cast<QLineEdit*>(widget);
-    ASSERT_NE(field, nullptr) << name;
-    field->setFocus();
-    field->selectAll();
-    QTest::keyClick(field, Qt::Key_Delete);
-    QTest::keyClicks(field, text);
-    QTest::keyClick(field, Qt::Key_Return);
-}
-
 void MainWindow::answer(TextId button) {
-    auto* watch = new QTimer(form_.get());
-    QObject::connect(watch, &QTimer::timeout, watch, [this, watch, text = uiText(button)] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        if (box == nullptr) {
-            return;
-        }
-        watch->deleteLater();
-        watch->stop();
-        asked_ << box->text();
-        for (QAbstractButton* offered : box->buttons()) {
+    inDialog<QMessageBox>(*form_, [this, text = uiText(button)](QMessageBox& box) {
+        asked_ << box.text();
+        for (QAbstractButton* offered : box.buttons()) {
             if (offered->text() == text) {
                 return QTest::mouseClick(offered, Qt::LeftButton);
             }
         }
         ADD_FAILURE() << "no such button: " << text.toStdString();
-        box->reject();
+        box.reject();
     });
-    watch->start(1);
 }
 
 QString MainWindow::stateWord() {

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <QApplication>
-#include <QString>
-#include <QStringList>
-#include <QTest>
-#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "config/settings/program_settings.h"
 #include "language/text_ids.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/ui/widgets.h"
 #include "ui/main_form.h"
 
 namespace tarno2::test {
@@ -37,16 +32,13 @@ protected:
     [[nodiscard]] T_MainForm& form() { return *form_; }
     template <typename Widget = QWidget>
     Widget* find(const char* name) {
-        auto* widget = form_->findChild<Widget*>(QString::fromLatin1(name));
-        EXPECT_NE(widget, nullptr) << name;
-        return widget;
+        return findIn<Widget>(*form_, name);
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void click(const char* name);
+    void click(const char* name) { clickIn(*form_, name); }
     /// Opens the settings panel of that number, 1 to 5, with the mouse.
     void openPanel(int number);
-    /// Types into a field, in place of what it holds, and ends with Enter.
-    void type(const char* name, const QString& text);
+    void type(const char* name, const QString& text, bool enter = true) { typeIn(*form_, name, text, enter); }
     /// Answers the next message box with the button of that text; its question goes to `asked`.
     void answer(TextId button);
 

@@ -1,29 +1,12 @@
 #include "ui/save_as_text_form.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QFileDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QSpinBox>
-#include <QTest>
 #include <algorithm>
-#include <gtest/gtest.h>
 
-#include "language/language_table.h"
 #include "records/record_description.h"
-#include "tests/support/temporary_folder.h"
-#include "ui/text.h"
+#include "tests/ui/widgets.h"
 
-namespace tarno2 {
+namespace tarno2::test {
 namespace {
-
-using test::readFile;
-using test::TemporaryFolder;
 
 constexpr int kGuard = 60000;  // ms, for what ends at once on an idle machine
 
@@ -48,20 +31,12 @@ protected:
     }
     template <typename Control>
     Control* find(const char* name) {
-        Control* const control = form_->findChild<Control*>(name);
-        EXPECT_NE(control, nullptr) << name;
-        return control;
+        return findIn<Control>(*form_, name);
     }
-    void click(const char* radio) {
-        auto* const button = find<QAbstractButton>(radio);
-        QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, button->height() / 2));
-    }
+    void click(const char* radio) { clickIn(*form_, radio); }
     void type(const char* field, const char* text) {
-        auto* const widget = find<QWidget>(field);
-        ASSERT_TRUE(widget->isEnabled()) << field;
-        widget->setFocus();
-        QTest::keySequence(widget, QKeySequence::SelectAll);
-        QTest::keyClicks(widget, text);
+        EXPECT_TRUE(find<QWidget>(field)->isEnabled()) << field;
+        typeIn(*form_, field, QString::fromUtf8(text));
     }
     QString text(const char* label) { return find<QLabel>(label)->text(); }
 
@@ -155,18 +130,6 @@ TEST_F(SaveAsTextForm, TheOtherModesToo) {
     EXPECT_EQ(settings_.maxLineCount, 0);
 }
 
-TEST_F(SaveAsTextForm, SpeaksBothLanguages) {
-    open();
-    languageTable().select(kLanguageRussian);
-    form_->loadCaptions();
-    EXPECT_TRUE(form_->windowTitle().startsWith(QStringLiteral("Сохранить как текст…")));
-    EXPECT_EQ(find<QRadioButton>("DataColumnVolts")->text(), QStringLiteral("Вольты"));
-    EXPECT_TRUE(text("ProgressTime").endsWith(QStringLiteral(" / -:-:-")));
-    save();
-    EXPECT_EQ(title_, QStringLiteral("Отчет"));
-    EXPECT_EQ(report_, QStringLiteral("Преобразование завершено"));
-}
-
 TEST_F(SaveAsTextForm, CancelStopsAndTheWindowStaysOpen) {
     open(std::string(size_t{64} << 20, '\0'));
     QTimer canceller;
@@ -245,15 +208,10 @@ TEST_F(SaveAsTextForm, WarnsOfWhatIsOdd) {
 
 TEST_F(SaveAsTextForm, AFileNameCanBeChosen) {
     open();
-    QTimer::singleShot(0, [this] {
-        auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        dialog->findChild<QLineEdit*>("fileNameEdit")->setText(fromFileName(folder_.file("other.csv")));
-        QTest::keyClick(dialog->findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
-    });
+    chooseFile(*form_, fromFileName(folder_.file("other.csv")));
     QTest::mouseClick(find<QPushButton>("ButtonSetFileName"), Qt::LeftButton);
     EXPECT_EQ(find<QLineEdit>("FileNameEdit")->text(), fromFileName(folder_.file("other.csv")));
 }
 
 }  // namespace
-}  // namespace tarno2
+}  // namespace tarno2::test

@@ -1,21 +1,13 @@
 #include "ui/show_form.h"
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QScrollBar>
-#include <QSignalSpy>
-#include <QSlider>
-#include <QTest>
-#include <gtest/gtest.h>
 #include <thread>
 
 #include "display/recorded.h"
-#include "language/language_table.h"
 #include "records/record_description.h"
 #include "tests/display/signal_source.h"
-#include "tests/support/temporary_folder.h"
 #include "tests/ui/fake_scoper.h"
+#include "tests/ui/widgets.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_tools.h"
 
@@ -182,23 +174,6 @@ TEST_F(ShowForm, AxesAndShowModesAreThoseOfTheSettings) {
     EXPECT_EQ(scoper_.font, settings_.axisFontName + "14");
 }
 
-TEST_F(ShowForm, ChangesOfDigitalLinesAreDrawnAtOnce) {
-    settings_.showSignalMode = 2;
-    T_ShowForm form(settings_, &scoper_);
-    form.show();
-    begin(form);
-    feed(form, 0, 50);
-    form.DigitalSignalSettingsClick();
-    auto* window = form.findChild<T_DigitalSignalSettings*>();
-    ASSERT_NE(window, nullptr);
-    auto* list = window->findChild<QListWidget*>("DigitalLineList");
-    ASSERT_EQ(list->count(), 2);
-    list->setCurrentRow(0);
-    window->findChild<QSlider*>("ZeroLevelTrack")->setValue(500);
-    window->findChild<QSlider*>("AmpLevelTrack")->setValue(0);
-    EXPECT_EQ(scoper_.samples[0], 1023) << "half of the full-scale code 2047";
-}
-
 TEST_F(ShowForm, TheMouseHoldsThePictureAndADoubleClickLetsItGo) {
     T_ShowForm form(settings_, &scoper_);
     form.show();
@@ -353,22 +328,6 @@ TEST_F(ShowForm, AFinishedRecordingIsShownWhole) {
     EXPECT_EQ(form.windowTitle(), "Signal");
     feed(form, 0, 60);
     expectX(10.0, 60.0);
-}
-
-TEST_F(ShowForm, WithoutThePlottingLibraryATextStandsInItsPlace) {
-    T_ShowForm form(settings_, nullptr);
-    form.show();
-    auto* place = form.findChild<QLabel*>("PaintBox1");
-    ASSERT_NE(place, nullptr);
-    EXPECT_EQ(place->text(), "Can't load scopera.dll\nShow not posible.");
-    languageTable().select(kLanguageRussian);
-    form.retranslate();
-    EXPECT_NE(place->text(), "Can't load scopera.dll\nShow not posible.");
-    begin(form);
-    feed(form, 0, 60);
-    form.DoNotFolowForDataClick(0);
-    form.ADCCodes1Click(3);
-    form.recordingStopped();
 }
 
 }  // namespace

@@ -1,28 +1,18 @@
 #include <QAction>
-#include <QApplication>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QImage>
-#include <QLineEdit>
-#include <QListWidget>
 #include <QMouseEvent>
-#include <QSlider>
-#include <QTest>
-#include <QTimer>
 #include <QWheelEvent>
-#include <gtest/gtest.h>
 #include <thread>
 
 #include "config/logs/debug_log.h"
 #include "core/devices/scoper_library.h"
-#include "language/language_table.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
 #include "tests/display/signal_source.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/ui/widgets.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_form.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {
@@ -149,12 +139,6 @@ private:
     }
 };
 
-TEST_F(SignalPicture, TheLibraryIsFoundThroughTheRegistry) {
-    debugLog().close();
-    EXPECT_NE(readFile(folder_.file("picture.dbg")).find("Scoper load ok"), std::string::npos);
-    EXPECT_EQ(form_->findChild<QWidget*>("PaintBox1"), view());
-}
-
 TEST_F(SignalPicture, OneSampleAmongTenMillionIsSeen) {
     std::vector<int16_t> words(10000000);
     words[7500000] = 8000 * 4;
@@ -261,12 +245,7 @@ TEST_F(SignalPicture, PicturesAreSavedAndCopiedWithTheirCursors) {
     EXPECT_EQ(QApplication::clipboard()->image().convertToFormat(QImage::Format_RGB32), shown);
 
     const std::string file = folder_.file("view");
-    QTimer::singleShot(0, [&] {
-        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        ASSERT_NE(dialog, nullptr);
-        dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(file));
-        QTest::keyClick(dialog->findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
-    });
+    chooseFile(*form_, QString::fromStdString(file));
     trigger(TextId::SavePicture);
     EXPECT_EQ(QImage(QString::fromStdString(file + ".png")).convertToFormat(QImage::Format_RGB32), shown);
 }

@@ -8,24 +8,11 @@
 namespace tarno2 {
 namespace {
 
-TEST(UiText, FollowsTheLanguageAndLosesItsMnemonic) {
-    languageTable().select(kLanguageRussian);
-    EXPECT_EQ(uiText(TextId::MenuFile), QStringLiteral("&Файл"));
-    EXPECT_EQ(plainText(TextId::MenuFile), QStringLiteral("Файл"));
-    languageTable().select(kLanguageEnglish);
-    EXPECT_EQ(uiText(TextId::MenuFile), QStringLiteral("&File"));
-}
-
 TEST(UiText, ValuesStandWhereTheTextWantsThem) {
     languageTable().select(kLanguageEnglish);
     EXPECT_EQ(uiText(TextId::BuildingOverview, {"40"}), QStringLiteral("Reading the recording: 40 %"));
     EXPECT_EQ(uiText(TextId::RecordingNotRead, {"100%s.dat", "gone"}),
               QStringLiteral("Recording \"100%s.dat\" can not be read: gone"));
-}
-
-TEST(UiText, CodePageTextsGoBothWays) {
-    EXPECT_EQ(fromCodePage(toCodePage(QStringLiteral("Запись № 7"))), QStringLiteral("Запись № 7"));
-    EXPECT_EQ(toCodePage(QStringLiteral("5 \u4E2D V")), "5 ? V");
 }
 
 TEST(UiText, MessagesOfTheSystemAndOfTheProgramAreRead) {

@@ -1,9 +1,5 @@
 // Console mode with a window: it is minimised, records once and closes itself.
 
-#include <QComboBox>
-#include <QLabel>
-#include <QSignalSpy>
-
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
 #include "config/settings/auto_settings.h"
@@ -58,15 +54,6 @@ TEST_F(WindowConsole, RecordsMinimisedAndCloses) {
         EXPECT_NE(debug.find(line), std::string::npos) << line;
     }
     EXPECT_FALSE(fileExists(folder_.file("Tarno2.cfg"))) << "the operator's settings stay as they were";
-}
-
-TEST_F(WindowConsole, GoesOnWhereAnOperatorWouldBeAsked) {
-    ASSERT_TRUE(createDirectory(folder_.file("data")).ok());
-    folder_.write("data/run.dat", "earlier");
-    run("DriverName = \"Simulator\"\r\nMeasureFileMode = 2\r\nSizeNeedLow = 200\r\nSizeMode = 1\r\n");
-    finish();
-    EXPECT_EQ(readFile(folder_.file("data/run.dat")).size(), 204800U);
-    EXPECT_EQ(readFile(folder_.file("data/run_old1.dat")), "earlier");
 }
 
 TEST_F(WindowConsole, EndsWithoutADriverOrAUsableStart) {

@@ -1,18 +1,10 @@
 // The way from a recording to its text, through the main window.
 
 #include <QAction>
-#include <QFileDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTimer>
 #include <algorithm>
 
-#include "language/language_table.h"
 #include "tests/ui/main_window.h"
 #include "ui/save_as_text_form.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {
@@ -21,14 +13,10 @@ class WindowExport : public MainWindow {
 protected:
     /// Asks for the conversion by key, and takes what the file dialog offers or the file of that name.
     QDialog* choose(const QString& file = {}) {
-        QTimer::singleShot(0, &form(), [this, file] {
-            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            ASSERT_NE(dialog, nullptr);
-            auto* const name = dialog->findChild<QLineEdit*>("fileNameEdit");
+        inDialog<QFileDialog>(form(), [this, file](QFileDialog& dialog) {
+            auto* const name = findIn<QLineEdit>(dialog, "fileNameEdit");
             offered_ = name->text();
-            if (!file.isEmpty()) {
-                name->setText(file);
-            }
+            name->setText(file.isEmpty() ? offered_ : file);
             QTest::keyClick(name, Qt::Key_Return);
         });
         find<QAction>("SaveAsTextButton")->trigger();
@@ -42,10 +30,6 @@ protected:
         }
         return nullptr;
     }
-    template <typename Control>
-    static Control* in(QDialog* dialog, const char* name) {
-        return dialog->findChild<Control*>(QString::fromLatin1(name));
-    }
 
     QString offered_;
 };
@@ -58,21 +42,21 @@ TEST_F(WindowExport, TheLastRecordingIsOfferedAndTheWindowStaysUsable) {
     QDialog* const text = choose();
     EXPECT_EQ(offered_, "run.dat");
     ASSERT_NE(text, nullptr);
-    EXPECT_EQ(in<QLineEdit>(text, "FileNameEdit")->text(), QString::fromStdString(folder_.file("data/run.csv")));
+    EXPECT_EQ(findIn<QLineEdit>(*text, "FileNameEdit")->text(), QString::fromStdString(folder_.file("data/run.csv")));
 
     // A second wish brings the same window forward; a recording starts and stops beside it.
     find<QAction>("SaveAsTextButton")->trigger();
     EXPECT_EQ(textForm(), text);
     form().RussianChooseClick();
-    EXPECT_EQ(in<QRadioButton>(text, "DataColumnVolts")->text(), QStringLiteral("Вольты"));
+    EXPECT_EQ(findIn<QRadioButton>(*text, "DataColumnVolts")->text(), QStringLiteral("Вольты"));
     form().EnglishChooseClick();
     record();
     click("StopButton");
     ASSERT_TRUE(waitForState(TextId::StatusStopped));
 
-    QTest::mouseClick(in<QRadioButton>(text, "FirstColumnSamples"), Qt::LeftButton, {}, QPoint(8, 8));
+    QTest::mouseClick(findIn<QRadioButton>(*text, "FirstColumnSamples"), Qt::LeftButton, {}, QPoint(8, 8));
     answer(TextId::ButtonOk);
-    QTest::mouseClick(in<QPushButton>(text, "SaveButton"), Qt::LeftButton);
+    QTest::mouseClick(findIn<QPushButton>(*text, "SaveButton"), Qt::LeftButton);
     ASSERT_TRUE(QTest::qWaitFor([this] { return textForm() == nullptr; }, 30000));
     EXPECT_EQ(asked_, QStringList("Conversion finished"));
     const std::string csv = readFile(folder_.file("data/run.csv"));
@@ -92,8 +76,8 @@ TEST_F(WindowExport, ClosingTheMainWindowEndsAConversion) {
     folder_.write("long.txt", "DataFormat = 2, 0, 65535, 16, 0, 0, 0, 1\r\nChannelNumber = 1\r\n");
     QDialog* const text = choose(data);
     ASSERT_NE(text, nullptr);
-    QTest::mouseClick(in<QPushButton>(text, "SaveButton"), Qt::LeftButton);
-    EXPECT_FALSE(in<QPushButton>(text, "SaveButton")->isEnabled());
+    QTest::mouseClick(findIn<QPushButton>(*text, "SaveButton"), Qt::LeftButton);
+    EXPECT_FALSE(findIn<QPushButton>(*text, "SaveButton")->isEnabled());
     EXPECT_TRUE(close());
     const std::string csv = readFile(folder_.file("long.csv"));
     EXPECT_EQ(csv.substr(csv.size() - 2), "\r\n");
@@ -102,7 +86,7 @@ TEST_F(WindowExport, ClosingTheMainWindowEndsAConversion) {
 
 TEST_F(WindowExport, GivingUpTheChoiceOpensNothing) {
     open();
-    QTimer::singleShot(0, &form(), [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); });
+    chooseFile(form(), {});
     find<QAction>("SaveAsTextButton")->trigger();
     EXPECT_EQ(textForm(), nullptr);
 }

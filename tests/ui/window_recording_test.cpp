@@ -1,20 +1,9 @@
 // Recordings as an operator makes them.
 
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QSignalSpy>
-#include <QToolButton>
-
-#include "language/language_table.h"
 #include "platform/event.h"
 #include "platform/file.h"
 #include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {

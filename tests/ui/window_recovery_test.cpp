@@ -1,14 +1,10 @@
 // What the window does about recordings that were cut off.
 
 #include <QAction>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QTimer>
 
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/ui/main_window.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {
@@ -17,12 +13,7 @@ class WindowRecovery : public MainWindow {
 protected:
     /// Asks for the recordings of a folder to be recovered; an empty name gives the choice up.
     void recover(const std::string& folder) {
-        QTimer::singleShot(0, &form(), [&folder] {
-            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            ASSERT_NE(dialog, nullptr);
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(folder));
-            QTest::keyClick(dialog, folder.empty() ? Qt::Key_Escape : Qt::Key_Return);
-        });
+        chooseFile(form(), QString::fromStdString(folder));
         for (QAction* action : form().findChildren<QAction*>()) {
             if (action->text() == uiText(TextId::MenuRecover)) {
                 return action->trigger();

@@ -1,9 +1,5 @@
 // What a start refuses, and in which order.
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDoubleSpinBox>
-#include <QLineEdit>
 #include <filesystem>
 #include <functional>
 
@@ -11,7 +7,6 @@
 #include "platform/paths.h"
 #include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {
@@ -124,21 +119,6 @@ TEST_F(WindowRefusal, EachInItsOrderInBothLanguages) {
     EXPECT_EQ(attention(), QString());
     press(Qt::Key_F6);
     EXPECT_EQ(fake_.countCalls("Start"), 1U);
-}
-
-TEST_F(WindowRefusal, ADriverOfAnotherVersionOrWithABrokenRing) {
-    const ScopedEnvironment misfit("TARNO2_SIMULATOR", "RingMisfit=1");
-    open();
-    expectRefusal(TextId::IncompatibleDriver);
-}
-
-TEST_F(WindowRefusal, NoDriverOrNoBoardIsShownAtOnce) {
-    wanted_.wish.driver = "";
-    open();
-    EXPECT_EQ(stateWord(), "Error");
-    press(Qt::Key_F5);
-    EXPECT_FALSE(attention().isEmpty());
-    EXPECT_FALSE(form().control().running());
 }
 
 }  // namespace

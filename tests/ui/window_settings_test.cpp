@@ -1,25 +1,12 @@
 // What the window keeps between two runs, and what it does beside recording.
 
-#include <QAbstractItemModel>
 #include <QClipboard>
-#include <QComboBox>
 #include <QDir>
 #include <QDockWidget>
-#include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QGuiApplication>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QScreen>
-#include <QSignalSpy>
 #include <QSplitter>
 #include <QTableView>
-#include <QTimer>
-#include <QToolButton>
 #include <QWheelEvent>
 #include <gmock/gmock.h>
 
@@ -32,7 +19,6 @@
 #include "ui/help.h"
 #include "ui/message_list.h"
 #include "ui/show_form.h"
-#include "ui/text.h"
 
 namespace tarno2::test {
 namespace {
@@ -43,21 +29,6 @@ protected:
         ProgramSettings settings;
         EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
         return settings;
-    }
-    /// Does something to the next dialog of that kind.
-    template <typename Dialog, typename Act>
-    void inDialog(Act act) {
-        auto* watch = new QTimer(&form());
-        QObject::connect(watch, &QTimer::timeout, watch, [watch, act] {
-            auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr) {
-                return;
-            }
-            watch->stop();
-            watch->deleteLater();
-            act(*dialog);
-        });
-        watch->start(1);
     }
 };
 
@@ -193,7 +164,7 @@ TEST_F(WindowSettings, TheLastRecordingIsOfferedAsTextAfterARestart) {
     EXPECT_NE(nameField(), recorded);
     EXPECT_EQ(parentFolder(nameField()), folder_.file("data"));
     QStringList offered;
-    inDialog<QFileDialog>([&offered](QFileDialog& dialog) {
+    inDialog<QFileDialog>(form(), [&offered](QFileDialog& dialog) {
         offered = dialog.selectedFiles();
         QTest::keyClick(&dialog, Qt::Key_Escape);
     });
@@ -312,15 +283,10 @@ TEST_F(WindowSettings, SettingsThatCanNotBeWrittenAreTold) {
 
 TEST_F(WindowSettings, TheNameComesFromTheDialog) {
     open();
-    inDialog<QFileDialog>([this](QFileDialog& dialog) {
-        auto* name = dialog.findChild<QLineEdit*>("fileNameEdit");
-        ASSERT_NE(name, nullptr);
-        name->setText(QString::fromStdString(folder_.file("chosen")));
-        QTest::keyClick(name, Qt::Key_Return);
-    });
+    chooseFile(form(), QString::fromStdString(folder_.file("chosen")));
     press(Qt::Key_D, Qt::ControlModifier);
     EXPECT_EQ(nameField(), folder_.file("chosen.dat"));
-    inDialog<QFileDialog>([](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    chooseFile(form(), {});
     click("ButtonSetFileName");
     EXPECT_EQ(nameField(), folder_.file("chosen.dat"));
     const std::vector<std::string> lines = log();
@@ -358,7 +324,7 @@ TEST_F(WindowSettings, TheDiskIsMeasuredWhenTheNameIsDoneAndOnceAFolder) {
 TEST_F(WindowSettings, AboutTellsVersionsAndHelpIsLookedFor) {
     open();
     QString text;
-    inDialog<AboutBox>([&text](AboutBox& box) {
+    inDialog<AboutBox>(form(), [&text](AboutBox& box) {
         text = box.findChild<QLabel*>("AboutText")->text();
         QTest::keyClick(&box, Qt::Key_Escape);
     });
