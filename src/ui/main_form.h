@@ -11,8 +11,8 @@
 
 #include "config/files/disk_speed.h"
 #include "config/files/file_name_check.h"
-#include "config/settings/recording_wish.h"
 #include "config/settings/program_settings.h"
+#include "config/settings/recording_wish.h"
 #include "core/devices/scoper_library.h"
 #include "core/recording/session_host.h"
 #include "ui/board_search.h"

@@ -113,15 +113,13 @@ void T_MainForm::StartButtonClick() {
     guarded("StartButtonClick", [this] {
         storeControls();
         startWhenFound_ = true;
-        lookForBoard(
-            [this, driver = settings_.wish.driver, base = settings_.wish.base, drq = settings_.drqNumber] {
-                return selection().apply(driver, base, drq);
-            },
-            [this](ApplyOutcome outcome) {
-                if (!host_.boardFoundForStart(outcome)) {
-                    startWhenFound_ = false;
-                }
-            });
+        lookForBoard([this, driver = settings_.wish.driver, base = settings_.wish.base,
+                      drq = settings_.drqNumber] { return selection().apply(driver, base, drq); },
+                     [this](ApplyOutcome outcome) {
+                         if (!host_.boardFoundForStart(outcome)) {
+                             startWhenFound_ = false;
+                         }
+                     });
     });
 }
 

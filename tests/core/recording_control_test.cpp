@@ -262,8 +262,7 @@ const Ending kEndings[] = {
          r.device.afterRead = [&r](uint32_t read) { r.device.numbers[kADCGetHotPlugPresence] = read == 0 ? 1 : 0; };
      }},
     {"no data", StopCode::NoData, "Stop - By non data", false, [](ControlRig& r) { r.device.readerPaced = 0; }},
-    {"transfer", StopCode::TransferError, "Stop - By get error", true,
-     [](ControlRig& r) { r.device.failingRead = 2; }},
+    {"transfer", StopCode::TransferError, "Stop - By get error", true, [](ControlRig& r) { r.device.failingRead = 2; }},
     {"another ring at the start", StopCode::Incompatible, "", false,
      [](ControlRig& r) { r.device.ringRefusedFrom = 1; }},
     {"overflow", StopCode::Error, "", true,
