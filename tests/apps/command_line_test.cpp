@@ -121,31 +121,5 @@ TEST(AutoSettings, ThatCanNotBeOpenedAreNamed) {
     }
 }
 
-TEST(Target, ThatCanNotBeUsedIsRefusedWithTheReason) {
-    const RecordingRig rig;
-    rig.folder().write("file", "not a folder");
-    std::filesystem::create_directory(rig.file("folder.dat"));
-    const struct {
-        const char* name;
-        const char* line;
-    } cases[] = {
-        {"file/below/run.dat", "Attention: "},
-        {"run.txt", "Attention: File name is the name of its own description; choose another extension."},
-        {"folder.dat", "Attention: File name is the name of a folder"},
-        {"folder", "Attention: File name is the name of a folder"},
-    };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.name);
-        std::filesystem::remove(rig.file("AutoLog.txt"));
-        Wish wish;
-        wish.fileName = each.name;
-        wish.bytes = 4000;
-        rig.record(wish);
-        EXPECT_THAT(rig.autoLog(), AllOf(HasSubstr(each.line), HasSubstr("\r\nProgram exit at ")));
-    }
-    EXPECT_EQ(readFile(rig.file("file")), "not a folder");
-    EXPECT_TRUE(std::filesystem::is_empty(rig.file("folder.dat")));
-}
-
 }  // namespace
 }  // namespace tarno2::test

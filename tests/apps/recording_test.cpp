@@ -155,27 +155,6 @@ TEST(Recording, OfSpeechThatIsPlayedIsTheSpeechItself) {
     }
 }
 
-TEST(Recording, OfItsOwnRecordingIsTheSame) {
-    const RecordingRig rig;
-    Wish wish;
-    wish.board = 3;
-    wish.channels = 4;
-    wish.frequency = 100e3;
-    wish.bytes = 160000;
-    wish.fileName = "first.dat";
-    rig.record(wish, "RealTime=0");
-    const ScopedEnvironment file("TARNO2_REPLAY_FILE", rig.file("first.dat"));
-    const ScopedEnvironment settings("TARNO2_REPLAY", "RealTime=0");
-    wish.driver = "Replay";
-    wish.board = 1;
-    wish.fileName = "second.dat";
-    rig.record(wish);
-    EXPECT_EQ(rig.size("second.dat"), 160000U);
-    EXPECT_TRUE(readFile(rig.file("first.dat")) == readFile(rig.file("second.dat")));
-    checkDescriptions({rig.file("second.dat")},
-                      {.driver = "Replay", .channels = 4, .frequencyPerChannel = 25e3, .bytesPerSample = 4});
-}
-
 TEST(Recording, RunsFollowEachOtherInTheLogAndKeepTheFilesBefore) {
     const RecordingRig rig;
     Wish wish;
@@ -296,22 +275,6 @@ TEST(ProgramLanguage, IsThatOfTheLocale) {
     rig.record(wish);
     EXPECT_THAT(rig.autoLog(), HasSubstr("Frequency = 1000.500000\r\n")) << "what the log itself says stays";
     EXPECT_EQ(rig.size("run.dat"), 4000U);
-}
-
-TEST(SavedName, GivesTheFolderOfGeneratedNames) {
-    const RecordingRig rig;
-    const std::string last = joinPath(joinPath(rig.path(), "last"), "old.dat");
-    rig.folder().write("Tarno2.cfg", "MyFileName = x\r\n//File name\r\nFileName = " + last + "\r\n");
-    Wish wish;
-    wish.fileName.clear();
-    wish.bytes = 4000;
-    rig.record(wish);
-    size_t recordings = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(rig.file("last"))) {
-        recordings += entry.path().extension() == ".dat" ? 1 : 0;
-    }
-    EXPECT_EQ(recordings, 1U) << rig.autoLog();
-    EXPECT_THAT(readFile(rig.file("Tarno2.cfg")), HasSubstr("MyFileName")) << "console mode never writes it";
 }
 
 }  // namespace

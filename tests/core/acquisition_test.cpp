@@ -442,25 +442,5 @@ TEST(Acquisition, DecimationRunsOnAcrossBlocks) {
     }
 }
 
-TEST(Acquisition, RecordsAreNotDividedBetweenPieces) {
-    FakeDevice device;
-    device.ring = [](uint32_t, uint32_t) { return 120U; };
-    device.readerPaced = 240;
-    SessionRig rig(device);
-    rig.board->evaluator = std::make_unique<ScriptedEvaluator>(FakeDevice::kNever, 0, 20);
-    ASSERT_TRUE(rig.prepare(1, kFast, 0, 50 * 2));
-    rig.board->Begin();
-    ASSERT_TRUE(device.waitForReads(240));
-    EXPECT_EQ(rig.stop().code, StopCode::User);
-    std::string all;
-    for (uint32_t piece = 0; piece < 6; ++piece) {
-        const std::string data = rig.data(piece);
-        EXPECT_EQ(data.size(), 40U * 2) << piece;
-        all += data;
-    }
-    EXPECT_TRUE(all == streamBytes(0, 240, 2));
-    EXPECT_FALSE(fileExists(RecordingName(rig.dataName).piece(6)));
-}
-
 }  // namespace
 }  // namespace tarno2::test

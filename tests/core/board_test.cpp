@@ -49,16 +49,11 @@ TEST(Board, ChecksThenSetsUp) {
             EXPECT_EQ(rig.board->maxBufferSamples(), static_cast<uint32_t>(c.block));
             rig.board->endThread();
         }
-        const std::string text = log.finish();
-        EXPECT_EQ(firstMissing(text, {"INIT start", "CHECK to driver", "CHECK REZULT = OK", "INIT to driver",
-                                      "ADCParametersDMA INIT structures:", "ADCParametersDMA INIT rezult = 1",
-                                      "ADCParametersDMA INIT structures rezult:",
-                                      c.numbers.contains(kADCGetExtendedBlock) ? "ADCParametersDMAEX INIT rezult = 1"
-                                                                               : "ADCParametersDMAEX INIT - missing",
-                                      "INIT REZULT = OK", "Max Buffer Size = " + std::to_string(c.block),
-                                      "Set Event for Main", "Wait Start"}),
-                  "")
-            << text;
+        EXPECT_EQ(
+            firstMissing(log.finish(), {c.numbers.contains(kADCGetExtendedBlock) ? "ADCParametersDMAEX INIT rezult = 1"
+                                                                                 : "ADCParametersDMAEX INIT - missing",
+                                        "Max Buffer Size = " + std::to_string(c.block)}),
+            "");
     }
 }
 

