@@ -141,7 +141,7 @@ class AutoSettingsReader {
 public:
     explicit AutoSettingsReader(const std::string& text) : normalised_(normaliseKeyValueText(text)) {
         file_.readText(text);
-        // What a file asks that says nothing of them.
+        // What a file without keys for them asks.
         constexpr int32_t kNotUsed = 2;
         settings_.wish.packetFrequency = 0.0;
         settings_.wish.synchro.SynchroAnalogMode = kNotUsed;
