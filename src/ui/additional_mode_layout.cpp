@@ -104,14 +104,18 @@ T_AdditionalModeWindow::T_AdditionalModeWindow(SynchroSettings& settings, Synchr
       accept_(named<QPushButton>("AcceptButton", this)),
       cancel_(named<QPushButton>("CancelButton", this)) {
     setObjectName(QStringLiteral("T_AdditionalModeWindow"));
+    assemble();
+    setTexts();
+    ReloadControls();
+}
+
+void T_AdditionalModeWindow::assemble() {
     makeModes();
     makeAnalysisPage();
     makeSynchroPage();
     arrange();
     connectControls();
     connectPopups();
-    setTexts();
-    ReloadControls();
 }
 
 QMenu* T_AdditionalModeWindow::makePopup(const char* name) {

@@ -84,6 +84,7 @@ private:
 
     // Making the controls, and their texts.
     QMenu* makePopup(const char* name);
+    void assemble();
     void makeModes();
     void makeAnalysisPage();
     void makeSynchroPage();

@@ -158,7 +158,7 @@ TEST(ExitStatus, TellsAScriptWhatCameOfARecording) {
     rig.run("tarno2-console", {"--status", "/c", rig.file("missing.txt")}, 2);
 }
 
-// A board that says nothing is given ten seconds, so these wait together.
+// A board that signals nothing is given ten seconds, so these wait together.
 TEST(Faults, OfASilentBoardEndWithWhatItHadCounted) {
     const std::vector<std::string> noData{"Stop - By non data",
                                           "Attention: Data did not act for a settlement time interval"};
