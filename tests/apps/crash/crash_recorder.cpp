@@ -38,8 +38,8 @@ public:
     void showAttention(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
     void showDetail(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
     void showMessage(const std::string& text) override { std::fprintf(stderr, "%s\n", text.c_str()); }
-    void showBytes(uint64_t /*bytes*/) override {}
-    void showProgress(int /*percent*/) override {}
+    void synchronisationSwitchedOff() override {}
+    void recordingEnded(const Notification& /*last*/, const RunEnd& /*end*/) override {}
     void startTimer(uint32_t /*milliseconds*/) override {}
     void killTimer() override {}
     bool consoleMode() override { return true; }
