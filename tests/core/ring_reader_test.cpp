@@ -47,6 +47,22 @@ TEST(RingReader, ThresholdHasToBeExceeded) {
     EXPECT_EQ(less.nextHalves().count, 60U);
 }
 
+TEST(RingReader, RestComesInStretchesOfWholeFrames) {
+    RingReader ring(120, 3, 59);
+    ring.samplesWritten(60);
+    ring.advance(60);
+    ring.samplesWritten(60 + 60 + 31);
+    RingReader::Part part = ring.nextStretch(ring.written());
+    EXPECT_EQ(part.offset, 60U);
+    EXPECT_EQ(part.count, 60U) << "up to the ring's end";
+    ring.advance(part.count);
+    part = ring.nextStretch(ring.written());
+    EXPECT_EQ(part.offset, 0U);
+    EXPECT_EQ(part.count, 30U) << "the torn frame stays";
+    ring.advance(part.count);
+    EXPECT_EQ(ring.nextStretch(ring.written()).count, 0U);
+}
+
 TEST(RingReader, PositionsGoOnBeyond32Bits) {
     RingReader ring(4000000000U, 4, 100);
     for (int i = 0; i < 6; ++i) {
