@@ -47,6 +47,31 @@ TEST(RingReader, ThresholdHasToBeExceeded) {
     EXPECT_EQ(less.nextHalves().count, 60U);
 }
 
+TEST(RingReader, EventsTakeOverWhereTheCountStops) {
+    RingReader ring(120, 3, 59);
+    ring.halvesFilled(1);
+    ring.samplesWritten(75);
+    ring.advance(75);
+    ring.halvesFilled(0);
+    EXPECT_EQ(ring.nextHalves().count, 0U);
+    ring.halvesFilled(1);
+    EXPECT_EQ(ring.written(), 120U);
+    EXPECT_EQ(ring.nextHalves().offset, 75U);
+    EXPECT_EQ(ring.nextHalves().count, 45U) << "a half that was begun is not too little to bother";
+
+    RingReader once(120, 3, 59);  // two events that came as one, and an event that told nothing
+    once.halvesFilled(1);
+    once.samplesWritten(125);
+    once.halvesFilled(0);
+    EXPECT_EQ(once.halvesPosition(), 120U);
+    once.halvesFilled(1);
+    EXPECT_EQ(once.halvesPosition(), 180U);
+    once.samplesWritten(170);
+    EXPECT_EQ(once.halvesPosition(), 120U);
+    once.halvesFilled(1);
+    EXPECT_EQ(once.written(), 180U);
+}
+
 TEST(RingReader, RestComesInStretchesOfWholeFrames) {
     RingReader ring(120, 3, 59);
     ring.samplesWritten(60);
