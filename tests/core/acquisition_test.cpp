@@ -346,22 +346,6 @@ TEST(Acquisition, SlowSamplesAreReadAsTheyCome) {
     }
 }
 
-// What the events told goes on where a count stops within a half.
-TEST(Acquisition, EventsTakeOverWithinAHalf) {
-    FakeDevice device;
-    device.ring = [](uint32_t, uint32_t) { return 40U; };
-    device.afterRead = [&device](uint32_t) { device.tellsCount = false; };
-    SessionRig rig(device);
-    ASSERT_TRUE(rig.begin(1, 1.0F));
-    ASSERT_TRUE(device.waitForCall("Start"));
-    device.produce(5);
-    ASSERT_TRUE(device.waitForReads(5));
-    device.produce(15 + 7);
-    ASSERT_TRUE(device.waitForReads(20));
-    EXPECT_EQ(rig.stop().code, StopCode::User);
-    EXPECT_TRUE(rig.data() == streamBytes(0, 20, 2)) << "of the half that is being filled nothing is known";
-}
-
 // A board that fills its ring as fast as it is emptied must not keep a stopped recording alive.
 TEST(Acquisition, StopEndsThoughTheRingIsFilledAnew) {
     FakeDevice device;
