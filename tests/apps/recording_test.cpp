@@ -12,7 +12,6 @@ namespace tarno2::test {
 namespace {
 
 using testing::AllOf;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
