@@ -74,15 +74,26 @@ press() {
     done
 }
 
+# Prints the window that comes to those named in $1, a line each. False when there is none for ten seconds.
+new_window() {
+    local i window
+    for i in $(seq 100); do
+        window=$(windows | grep -vxF "$1" | tail -n 1 || true)
+        [ -z "$window" ] || { echo "$window" && return; }
+        sleep 0.1
+    done
+    return 1
+}
+
 # Opens a window by keys, keeps its picture under a name and closes it.
 keep_window() {
-    local name=$1 key window=$main
+    local name=$1 key window=$main before
     shift
     for key in "$@"; do
         focus "$window"
+        before=$(windows)
         press "$key"
-        window=$(windows | grep -vx "$main" | tail -n 1)
-        [ -n "$window" ] || fail "$key opened no window"
+        window=$(new_window "$before") || fail "$key opened no window"
     done
     focus "$window"
     keep "$name" "$window"
