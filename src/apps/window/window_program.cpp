@@ -1,21 +1,18 @@
 #include "apps/window/window_program.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QMessageBox>
-#include <QTimer>
 #include <QWindow>
 #include <array>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "apps/console/console_program.h"
 #include "apps/console/stop_relay.h"
+#include "apps/window/display_loss.h"
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
 #include "config/settings/auto_settings.h"
@@ -32,8 +29,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int kDisplayWatchMs = 500;
-
 /// Nothing that a handler throws may end the program.
 class Application final : public QApplication {
 public:
@@ -49,56 +44,6 @@ public:
         }
         return false;
     }
-};
-
-/// What takes the place of the end that the toolkit brings about when it finds its display gone, as long as it lives.
-class OnDisplayLoss {
-public:
-    /// `goOn` is called on this thread, in the midst of the toolkit's work, which it never goes back to.
-    explicit OnDisplayLoss(std::function<void()> goOn) {
-        if (next_ == nullptr) {
-            thread_ = std::this_thread::get_id();
-            next_ = qInstallMessageHandler(takeMessage);
-            std::atexit(takeOver);
-        }
-        action_ = std::move(goOn);
-    }
-    ~OnDisplayLoss() { action_ = {}; }
-    OnDisplayLoss(const OnDisplayLoss&) = delete;
-    OnDisplayLoss& operator=(const OnDisplayLoss&) = delete;
-
-private:
-    static void takeOver() {
-        if (const auto goOn = action_; goOn && std::this_thread::get_id() == thread_) {
-            std::atexit(takeOver);  // the toolkit may not leave it at once
-            goOn();
-        }
-    }
-    // The toolkit's last words: some of its platforms end the program in a way that nothing else can notice.
-    static void takeMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-        next_(type, context, message);
-        if (type == QtFatalMsg || message.contains(QLatin1String("connection broke")) ||
-            message.contains(QLatin1String("connection experienced a fatal error"))) {
-            takeOver();
-        }
-    }
-
-    inline static std::function<void()> action_;
-    inline static QtMessageHandler next_ = nullptr;
-    inline static std::thread::id thread_;
-};
-
-/// The toolkit looks whether its display is still there when its loop is woken up. Timers don't do that, and the one
-/// wake-up that a lost display brings is lost when it comes in the midst of another: then nothing would notice.
-class DisplayWatch {
-public:
-    DisplayWatch() {
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, [] { QAbstractEventDispatcher::instance()->wakeUp(); });
-        timer_.start(kDisplayWatchMs);
-    }
-
-private:
-    QTimer timer_;
 };
 
 /// Returns the exit status.

@@ -37,11 +37,29 @@ public:
     int32_t TARNO2_CALL SetProgramDirectory(const char* /*folder*/) override { return 1; }
 };
 
-/// The first methods of a plotting object of another version: a host calls no others.
-class OtherScoper final {
+/// A plotting object of another version.
+class OtherScoper final : public ISCOPERA {
 public:
-    virtual uint32_t TARNO2_CALL AbiVersion() { return FAULT == 6 ? kScoperaAbiVersion - 1 : kScoperaAbiVersion + 1; }
-    virtual void TARNO2_CALL Release() { delete this; }
+    uint32_t TARNO2_CALL AbiVersion() override { return FAULT == 6 ? kScoperaAbiVersion - 1 : kScoperaAbiVersion + 1; }
+    void TARNO2_CALL Release() override { delete this; }
+    void* TARNO2_CALL CreateView(void*) override { return nullptr; }
+    void* TARNO2_CALL View() override { return nullptr; }
+    void TARNO2_CALL SetEvents(const SCOPERAEvents*) override {}
+    int32_t TARNO2_CALL SetColumns(const SCOPERAColumn*, uint32_t) override { return 0; }
+    int32_t TARNO2_CALL SetFrames(const SCOPERAFrames*) override { return 0; }
+    int32_t TARNO2_CALL SetRange(int32_t, double, double) override { return 0; }
+    int32_t TARNO2_CALL GetRange(int32_t, double*, double*) override { return 0; }
+    int32_t TARNO2_CALL GetExtremes(double*, double*) override { return 0; }
+    int32_t TARNO2_CALL SetOption(uint32_t, int32_t) override { return 0; }
+    int32_t TARNO2_CALL GetOption(uint32_t, int32_t*) override { return 0; }
+    int32_t TARNO2_CALL SetText(uint32_t, const char*) override { return 0; }
+    int32_t TARNO2_CALL SetFont(const char*, int32_t) override { return 0; }
+    int32_t TARNO2_CALL SetCursors(const SCOPERACursors*) override { return 0; }
+    int32_t TARNO2_CALL GetCursors(SCOPERACursors*) override { return 0; }
+    uint32_t TARNO2_CALL PixelWidth() override { return 0; }
+    int32_t TARNO2_CALL Render() override { return 0; }
+    int32_t TARNO2_CALL SavePicture(const char*) override { return 0; }
+    int32_t TARNO2_CALL CopyPicture() override { return 0; }
 };
 
 }  // namespace
