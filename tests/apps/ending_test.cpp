@@ -216,6 +216,8 @@ TEST(DisplayThatGoesAway, EndsTheWindowAndNotTheRecording) {
     ASSERT_TRUE(waitUntil([&] { return number().ends_with('\n'); }));
     const ScopedEnvironment display("DISPLAY", ':' + number().substr(0, number().find('\n')));
     const ScopedEnvironment platform("QT_QPA_PLATFORM", "xcb");
+    // The system's reader of keyboard maps has texts without an end copied by length, which strict checks refuse.
+    const ScopedEnvironment checks("ASAN_OPTIONS", "detect_leaks=1:strict_string_checks=0");
     Wish wish = endlessRecording();
     wish.seconds = 3.0;
     auto process = rig.start(wish, "Signal=Counter", "Tarno2");

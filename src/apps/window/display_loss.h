@@ -16,8 +16,8 @@ public:
     OnDisplayLoss& operator=(const OnDisplayLoss&) = delete;
 };
 
-/// Looks twice a second whether the display is still there: the toolkit itself may not notice before it has something to
-/// draw. Once it is gone, the `OnDisplayLoss` that lives goes on. The toolkit's thread, while it has a program.
+/// Looks twice a second whether the display is still there: the toolkit itself may not notice before it has something
+/// to draw. Once it is gone, the `OnDisplayLoss` that lives goes on. The toolkit's thread, while it has a program.
 class DisplayWatch {
 public:
     DisplayWatch();

@@ -15,14 +15,14 @@ namespace {
 enum class Asked { Never, ByItsRule, Always };
 
 struct Row {
-    StopCode code;
-    ErrorDetail detail;   ///< of StopCode::Error
-    bool diskNearlyFull;  ///< of StopCode::StopMeasuring
-    RunState state;
-    Asked asked;
-    const char* status;
+    StopCode code = StopCode::Running;
+    ErrorDetail detail = ErrorDetail::Unknown;  ///< of StopCode::Error
+    bool diskNearlyFull = false;                ///< of StopCode::StopMeasuring
+    RunState state = RunState::Error;
+    Asked asked = Asked::Never;
+    const char* status = "";
     std::optional<TextId> message;
-    MessageKind kind;
+    MessageKind kind = MessageKind::Attention;
 };
 
 constexpr RunState kError = RunState::Error;
