@@ -23,7 +23,7 @@ asan)
     ;;
 tsan)
     # The window toolkit is not instrumented: its locks go unseen, and what it hands between threads looks like a race.
-    export TSAN_OPTIONS=${TSAN_OPTIONS:-second_deadlock_stack=1:ignore_noninstrumented_modules=1}
+    export TSAN_OPTIONS=${TSAN_OPTIONS:-second_deadlock_stack=1:ignore_noninstrumented_modules=1:suppressions=$PWD/tests/tsan.supp}
     ;;
 windows)
     install_packages "${WINDOWS_PACKAGES[@]}"
