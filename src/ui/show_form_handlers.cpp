@@ -45,7 +45,7 @@ std::optional<ScrollKey> scrollKeyOf(int key) {
 }
 
 QString titleOf(const std::string& dataFile, const std::optional<LocalTime>& created) {
-    const QString name = QFileInfo(fromFileName(dataFile)).fileName();
+    QString name = QFileInfo(fromFileName(dataFile)).fileName();
     if (!created) {
         return name;
     }
