@@ -76,13 +76,11 @@ OnDisplayLoss::~OnDisplayLoss() {
 }
 
 DisplayWatch::DisplayWatch() {
-    QObject::connect(&timer_, &QTimer::timeout, &timer_,
-                     [display = std::make_shared<DisplayConnection>(), lost = false]() mutable {
-                         if (!lost && display->broken()) {
-                             lost = true;
-                             takeOver();
-                         }
-                     });
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [display = std::make_shared<DisplayConnection>()] {
+        if (display->broken()) {
+            takeOver();
+        }
+    });
     timer_.start(kDisplayWatchMs);
 }
 
