@@ -132,6 +132,49 @@ struct ADCInputRange {
     float m_fRange;  // R, volts, greater than 0
 };
 
+// kADCGetInputLimits: the host fills channel and gain (one of kADCGetGainList); the driver gives the voltages of the
+// lowest and the highest code. For boards whose inputs don't lie evenly around zero, or whose gains don't divide.
+struct ADCInputLimits {
+    int32_t m_nChannel;
+    int32_t m_nGain;
+    double m_fLower;  // volts
+    double m_fUpper;  // volts, above m_fLower
+};
+
+// Answer to kADCGetStreamEnd.
+struct ADCStreamEnd {
+    uint32_t m_nCause;     // kADCEnd...
+    uint32_t m_nReserved;  // the driver writes 0
+    uint64_t m_nPosition;  // samples since Start, whole frames: the first one that is not there. All before it are
+    uint64_t m_nLost;      // samples that were lost from there on; 0: not known
+};
+
+// One thing that a driver wants to be told: an entry of kADCGetSettings. Texts are zero-terminated; the captions are
+// UTF-8 on every system, key and values are single-byte as elsewhere (UTF-8 outside Windows).
+struct ADCSetting {
+    char m_sKey[32];    // letters and digits: its name in settings files
+    uint32_t m_nType;   // kADCSetting...
+    uint32_t m_nFlags;  // kADCSettingFixed, ...
+    double m_fMinimum;  // of an integer or real number; both 0: no bounds
+    double m_fMaximum;
+    char m_sCaption[96];     // in English, without a colon: "Sample rate, Hz"
+    char m_sCaptionRu[160];  // in Russian
+    char m_sValue[512];      // the value in use now, a number in the "C" locale
+    char m_sChoices[4096];   // of a choice: its values, each ended by a line feed; of a file: name patterns ("*.wav")
+    char m_sChoiceTexts[4096];  // what the user reads for each of them, ended likewise; empty: the values themselves
+};
+struct ADCSettingList {
+    uint32_t m_nCapacity;
+    uint32_t m_nCount;
+    ADCSetting* m_pEntries;
+};
+
+// Value of kADCSetSetting. Both texts are the host's and valid during the call.
+struct ADCSettingValue {
+    const char* m_sKey;
+    const char* m_sValue;  // a number in the "C" locale; an empty text: the driver's own default
+};
+
 // Answers that are lists of 32-bit integers or floats; capacity and count as in ADCBoardList.
 struct ADCIntList {
     uint32_t m_nCapacity;
@@ -185,7 +228,37 @@ enum {
                                               // by then the count tells of every sample that was overwritten meanwhile.
     kADCGetSynchronousChannels = 0x5A5A0212,  // uint32_t  board: 1 - channels of a frame are sampled at one moment
     kADCGetBoardFrequency = 0x5A5A0213,       // float  board: Hz; a frequency that suits it, to start a selector with
-    kADCGetDrqList = 0x5A5A0214               // ADCIntList  board: DRQ numbers to choose from; without it no choice
+    kADCGetDrqList = 0x5A5A0214,              // ADCIntList  board: DRQ numbers to choose from; without it no choice
+    kADCGetStreamEnd = 0x5A5A0215,            // ADCStreamEnd  running: whether, where and why the stream of samples has
+                                              // ended by itself. With the end the driver sets the data event, and
+                                              // LastError has the words. The host then reads what lies before it.
+    kADCGetSettings = 0x5A5A0216,     // ADCSettingList  before SelectBoard too: what the driver wants to be told
+    kADCGetInputLimits = 0x5A5A0217,  // ADCInputLimits  board: without it the range of kADCGetInputRange
+    kADCGetBoardSearch = 0x5A5A0218   // uint32_t  before SelectBoard too: 1 - boards are still being searched for
+                                      // and kADCGetBoardList may grow; without it 0
+};
+
+// Why a stream has ended (ADCStreamEnd::m_nCause).
+enum {
+    kADCEndNone = 0,       // it goes on
+    kADCEndLost = 1,       // the board lost samples
+    kADCEndUnplugged = 2,  // the board is not there any more
+    kADCEndOfSource = 3,   // the source has come to its end: nothing is missing
+    kADCEndError = 4       // the board failed
+};
+
+// Types of a setting (ADCSetting::m_nType), and its flags.
+enum {
+    kADCSettingText = 0,
+    kADCSettingInteger = 1,
+    kADCSettingReal = 2,
+    kADCSettingChoice = 3,  // one of m_sChoices
+    kADCSettingFile = 4,    // path of a file that is there
+    kADCSettingFolder = 5
+};
+enum {
+    kADCSettingFixed = 0x1,  // the environment decides: shown, but not to be changed
+    kADCSettingFree = 0x2    // of a choice: a value that is not in the list is taken too
 };
 
 // Bits of kADCGetBoardModes
@@ -194,7 +267,11 @@ enum { kADCModeExternalStart = 0x1, kADCModeDifferential = 0x2, kADCModePacket =
 // Codes of `Set`. An unknown one gives 0 and changes nothing.
 enum {
     kADCSetHardwareAverage = 0x5A5A0301,  // uint32_t  1 - the board averages its samples, 0 - it does not
-    kADCSetDrq = 0x5A5A0302               // int32_t  one of kADCGetDrqList; 0 when it is taken by somebody else
+    kADCSetDrq = 0x5A5A0302,              // int32_t  one of kADCGetDrqList; 0 when it is taken by somebody else
+    kADCSetSetting = 0x5A5A0303,     // ADCSettingValue  before SelectBoard too, not while a measurement runs. 0: no
+                                     // such key, or a value that can't be; LastError says which. Gives the chosen
+                                     // board up when it may not be there any more: the host asks for the boards anew
+    kADCSetBoardSearch = 0x5A5A0304  // uint32_t 1  looks for boards anew, also those plugged in meanwhile
 };
 
 // Modes of `GetData`, and its results.
@@ -294,6 +371,15 @@ static_assert(sizeof(ADCInputRange) == 12 && offsetof(ADCInputRange, m_nGain) ==
 static_assert(offsetof(ADCInputRange, m_fRange) == 8, "");
 static_assert(sizeof(ADCIntList) == 8 + sizeof(void*) && offsetof(ADCIntList, m_pnValues) == 8, "");
 static_assert(sizeof(ADCFloatList) == 8 + sizeof(void*) && offsetof(ADCFloatList, m_pfValues) == 8, "");
+static_assert(sizeof(ADCInputLimits) == 24 && offsetof(ADCInputLimits, m_fLower) == 8, "");
+static_assert(sizeof(ADCStreamEnd) == 24 && offsetof(ADCStreamEnd, m_nPosition) == 8, "");
+static_assert(offsetof(ADCStreamEnd, m_nLost) == 16, "");
+static_assert(sizeof(ADCSetting) == 9016 && offsetof(ADCSetting, m_nType) == 32, "");
+static_assert(offsetof(ADCSetting, m_fMinimum) == 40 && offsetof(ADCSetting, m_sCaption) == 56, "");
+static_assert(offsetof(ADCSetting, m_sValue) == 312 && offsetof(ADCSetting, m_sChoices) == 824, "");
+static_assert(offsetof(ADCSetting, m_sChoiceTexts) == 4920, "");
+static_assert(sizeof(ADCSettingList) == 8 + sizeof(void*) && offsetof(ADCSettingList, m_pEntries) == 8, "");
+static_assert(sizeof(ADCSettingValue) == 2 * sizeof(void*), "");
 static_assert(sizeof(ADCFrequencyLimits) == 8 && offsetof(ADCFrequencyLimits, m_fMaximum) == 4, "");
 
 #endif  // TARNO2_IADCDEVICE_H
