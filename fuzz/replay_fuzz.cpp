@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint64_t bytes = std::filesystem::file_size(path);
     require((width == 2 || width == 4) && recording.board.channels >= 1 && recording.board.channels <= 160);
     require(recording.dataOffset + recording.frames * width * recording.board.channels <= bytes);
-    Measurement measurement;
+    tarno2::sdk::Measurement measurement;
     measurement.frequency = recording.board.usualFrequency;
     for (uint32_t i = choice.has('c') ? recording.board.channels - 1 : 0; i < recording.board.channels; ++i) {
         measurement.channels.push_back(static_cast<int32_t>(i));

@@ -133,6 +133,11 @@ int32_t RingReader::fetch(uint32_t samples) {
 bool RingReader::record(uint64_t samples) {
     const uint32_t half = ring_ / 2;
     while (position_ < samples) {
+        const auto end = driver_.get<ADCStreamEnd>(kADCGetStreamEnd);
+        if (end.m_nCause != kADCEndNone && end.m_nPosition - position_ < half) {
+            const auto rest = static_cast<uint32_t>(end.m_nPosition - position_);
+            return rest > 0 && fetch(rest) != kADCDataFailed && position_ >= samples;
+        }
         if (written() - position_ < half && waitForHalf() == 0) {
             return false;
         }

@@ -71,7 +71,8 @@ public:
     uint64_t waitForHalf();
     /// Fetches the next `samples` (all that lie in one stretch) and appends their bytes; GetData's result.
     int32_t fetch(uint32_t samples);
-    /// Waits for and fetches halves until at least so many samples are there; false when they do not come.
+    /// Waits for and fetches halves until at least so many samples are there, or the stream ends, up to its last one;
+    /// false when they do not come.
     bool record(uint64_t samples);
 
     /// The samples fetched so far, as 16- or 32-bit words.

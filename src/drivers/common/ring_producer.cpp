@@ -21,35 +21,27 @@ uint32_t millisecondsUntil(uint64_t frame, double framesPerSecond, double elapse
 
 }  // namespace
 
-RingProducer::RingProducer() = default;
+RingProducer::RingProducer(sdk::Ring& ring, std::function<void(const StreamPlan&)> onEnd)
+    : ring_(ring), onEnd_(std::move(onEnd)) {}
 
 RingProducer::~RingProducer() {
     stop();
 }
 
-void RingProducer::configure(uint32_t samples, uint32_t channels, uint32_t bytesPerSample) {
-    memory_.assign(size_t{samples} * bytesPerSample, std::byte{0});
-    ring_ = samples;
-    half_ = samples / 2;
-    channels_ = channels;
-    bytes_ = bytesPerSample;
-    written_ = 0;
-    fetched_ = 0;
-}
-
 bool RingProducer::start(std::unique_ptr<SampleSource> source, const StreamPlan& plan) {
     stop();
-    if (!dataEvent_.valid() || !wake_.valid()) {
+    if (!wake_.valid()) {
         return false;
     }
     source_ = std::move(source);
     plan_ = plan;
-    end_ = plan.silentAfter == kNever ? kNever : plan.silentAfter - plan.silentAfter % channels_;
+    half_ = ring_.half();
+    const uint64_t last = std::min(plan.silentAfter, plan.endAfter);
+    end_ = last == kNever ? kNever : last - last % plan.channels;
     prepared_ = 0;
-    written_ = 0;
-    fetched_ = 0;
+    streamEnd_ = plan.endAfter <= plan.silentAfter ? end_.load() : kNever;
+    fetchedHalves_ = 0;
     stop_ = false;
-    dataEvent_.reset();
     wake_.reset();
     if (!thread_.create([this] { run(); })) {
         return false;
@@ -70,35 +62,16 @@ void RingProducer::stop() {
     source_.reset();
 }
 
-bool RingProducer::read(void* destination, uint32_t count, uint32_t offset) {
-    if (offset > ring_ || count > ring_ - offset) {
-        return false;
+void RingProducer::fetched() {
+    if (!running_.load(std::memory_order_relaxed) || plan_.framesPerSecond > 0.0) {
+        return;
     }
-    const uint64_t position = positionOf(offset);
-    auto* out = static_cast<std::byte*>(destination);
-    for (uint32_t done = 0; done < count;) {
-        const uint32_t from = offset + done;
-        const uint32_t inHalf = from < half_ ? std::min(count - done, half_ - from) : count - done;
-        const std::lock_guard lock(halfLocks_[from < half_ ? 0 : 1]);
-        std::memcpy(out + size_t{done} * bytes_, at(from), size_t{inHalf} * bytes_);
-        done += inHalf;
-    }
-    // Reading on from where the reader stands moves it forward; looking anywhere else does not.
-    const uint64_t before = fetched_.load(std::memory_order_relaxed);
-    if (position != before || count == 0) {
-        return true;
-    }
-    fetched_.store(before + count, std::memory_order_release);
-    if (running() && plan_.framesPerSecond <= 0.0 && before / half_ != (before + count) / half_) {
+    const uint64_t halves = ring_.fetched() / half_;
+    if (halves != fetchedHalves_) {
+        fetchedHalves_ = halves;
         publishPrepared();
         wake_.set();
     }
-    return true;
-}
-
-uint64_t RingProducer::positionOf(uint32_t offset) const {
-    const uint64_t fetched = fetched_.load(std::memory_order_relaxed);
-    return ring_ == 0 ? 0 : fetched + (offset + ring_ - fetched % ring_) % ring_;
 }
 
 void RingProducer::run() {
@@ -131,27 +104,34 @@ void RingProducer::runByClock() {
     while (!stopping() && position < end_) {
         const double elapsed = static_cast<double>(monotonicNanoseconds() - begin) * 1e-9;
         const auto dueFrames = static_cast<uint64_t>(std::floor(elapsed * plan_.framesPerSecond));
-        const uint64_t due = std::min(dueFrames * channels_, end_.load());
+        const uint64_t due = std::min(dueFrames * plan_.channels, end_.load());
         while (position < due && !stopping()) {
             if (position + half_ > plan_.overflowAfter && position % half_ == 0) {
                 return runOver(position);
             }
             const uint64_t inHalf = half_ - position % half_;
-            const uint64_t slice = std::max<uint64_t>(kSliceSamples / channels_, 1) * channels_;
+            const uint64_t slice = std::max<uint64_t>(kSliceSamples / plan_.channels, 1) * plan_.channels;
             const uint64_t wanted = std::min({due - position, inHalf, slice});
             const uint64_t got = produce(position, wanted, true);
             position += got;
             if (got < wanted) {
-                return completeHalf(position);
+                return endStream(position);
             }
         }
         if (!stopping() && position < end_) {
-            static_cast<void>(wake_.wait(millisecondsUntil(position / channels_ + 1, plan_.framesPerSecond, elapsed)));
+            static_cast<void>(
+                wake_.wait(millisecondsUntil(position / plan_.channels + 1, plan_.framesPerSecond, elapsed)));
         }
+    }
+    if (position == plan_.endAfter - plan_.endAfter % plan_.channels) {
+        endStream(position);
     }
 }
 
 void RingProducer::runByReader() {
+    if (end_ == 0) {
+        publishPrepared();
+    }
     for (uint64_t position = 0; position < end_; position += half_) {
         if (position + half_ > plan_.overflowAfter) {
             if (waitForFetched(position)) {
@@ -170,13 +150,12 @@ void RingProducer::runByReader() {
 bool RingProducer::fillByReader(uint64_t position) {
     const uint64_t wanted = std::min<uint64_t>(half_, end_ - position);
     const uint64_t got = produce(position, wanted, false);
-    if (got < wanted) {
-        completeHalf(position + got);
-    }
     {
-        // Only now: a reader that published a half before it was completed would never be told of the rest.
         const std::lock_guard lock(publishing_);
         prepared_ = std::max(prepared_, position + got);
+        if (got < wanted) {
+            streamEnd_ = position + got;
+        }
     }
     publishPrepared();
     return got == half_;
@@ -184,13 +163,14 @@ bool RingProducer::fillByReader(uint64_t position) {
 
 /// Puts samples, at most to the end of the half, into the ring. Returns how many the source had.
 uint64_t RingProducer::produce(uint64_t position, uint64_t samples, bool publish) {
-    const std::lock_guard lock(halfLocks_[position % ring_ < half_ ? 0 : 1]);
-    const bool there = position >= ring_ && source_->still();
+    const std::lock_guard lock(ring_.lockOf(position));
+    const bool there = position >= ring_.samples() && source_->still();
     const uint64_t got =
-        there ? samples : source_->fill(position / channels_, at(position), samples / channels_) * channels_;
+        there ? samples
+              : source_->fill(position / plan_.channels, at(position), samples / plan_.channels) * plan_.channels;
     if (publish) {
         // Counted before the half is let go: a reader that met overwritten samples sees it in the count.
-        written_.store(position + got, std::memory_order_release);
+        ring_.setWritten(position + got);
         if (got > 0 && (position + got) % half_ == 0) {
             announceHalf();
         }
@@ -198,36 +178,20 @@ uint64_t RingProducer::produce(uint64_t position, uint64_t samples, bool publish
     return got;
 }
 
-/// The source has ended at `position`: rounds the half in hand off, when there is one.
-void RingProducer::completeHalf(uint64_t position) {
-    if (!plan_.completeLastHalf || position % half_ == 0) {
-        return;
-    }
-    const uint64_t rest = half_ - position % half_;
-    {
-        const std::lock_guard lock(halfLocks_[position % ring_ < half_ ? 0 : 1]);
-        std::byte* word = at(position);
-        for (uint64_t i = 0; i < rest; ++i, word += bytes_) {
-            std::memcpy(word, &plan_.fillWord, bytes_);
-        }
-        if (plan_.framesPerSecond > 0.0) {
-            written_.store(position + rest, std::memory_order_release);
-            announceHalf();
-            return;
-        }
-    }
-    const std::lock_guard lock(publishing_);
-    prepared_ = position + rest;
+/// Everything before `position` is counted, and nothing follows.
+void RingProducer::endStream(uint64_t position) {
+    end_ = position;
+    onEnd_(plan_);
 }
 
 /// Goes on without regard to the reader for more than a ring: the way a board overtakes a host that is late.
 void RingProducer::runOver(uint64_t position) {
-    const uint64_t end = position + 3 * uint64_t{half_};
-    const std::scoped_lock lock(halfLocks_[0], halfLocks_[1]);
+    const uint64_t end = position + 3 * half_;
+    const std::scoped_lock lock(ring_.lockOf(0), ring_.lockOf(half_));
     for (uint64_t p = position; p < end; p += half_) {
-        static_cast<void>(source_->fill(p / channels_, at(p), half_ / channels_));
+        static_cast<void>(source_->fill(p / plan_.channels, at(p), half_ / plan_.channels));
     }
-    written_.store(end, std::memory_order_release);
+    ring_.setWritten(end);
     for (int i = 0; i < 3; ++i) {
         announceHalf();
     }
@@ -236,27 +200,33 @@ void RingProducer::runOver(uint64_t position) {
 /// Lets the reader have the next half once it has fetched all before it. Called by both threads.
 void RingProducer::publishPrepared() {
     const std::lock_guard lock(publishing_);
-    const uint64_t written = written_.load(std::memory_order_relaxed);
+    const uint64_t written = ring_.written();
     const uint64_t next = std::min<uint64_t>(prepared_, written + half_);
-    if (stopping() || next <= written || fetched_.load(std::memory_order_acquire) < written) {
+    if (stopping() || ring_.fetched() < written) {
         return;
     }
-    written_.store(next, std::memory_order_release);
-    if (next % half_ == 0) {
-        announceHalf();
+    if (next > written) {
+        ring_.setWritten(next);
+        if (next % half_ == 0) {
+            announceHalf();
+        }
+    }
+    if (next == streamEnd_) {
+        streamEnd_ = kNever;
+        endStream(next);
     }
 }
 
 void RingProducer::announceHalf() {
     if (plan_.announce) {
-        dataEvent_.set();
+        ring_.event().set();
     }
 }
 
 /// Waits until the reader has fetched all samples before `position`; false when the measurement ends first.
 bool RingProducer::waitForFetched(uint64_t position) {
     while (!stopping()) {
-        if (fetched_.load(std::memory_order_acquire) >= position) {
+        if (ring_.fetched() >= position) {
             return true;
         }
         if (wake_.wait(kWaitForever) == WaitResult::Failed) {

@@ -26,10 +26,12 @@ bool endsWith(const std::string& path, const char* extension) {
 }
 
 /// Facts that follow from the rate, once channels and format are there.
-void completeBoard(BoardFacts& board, double channelRate, const std::string& path) {
+void complete(Recording& recording, double channelRate) {
+    sdk::Board& board = recording.board;
     const auto total = static_cast<float>(channelRate * board.channels);
-    board.name = "Replay of " + fileNameOf(path);
-    board.channelFrequency = channelRate;
+    recording.channelRate = channelRate;
+    board.id = recording.path;
+    board.name = "Replay of " + fileNameOf(recording.path);
     board.frequencies = {total};
     board.minimumFrequency = board.maximumFrequency = board.usualFrequency = total;
     board.maximumRing = kLargestRing;
@@ -50,15 +52,8 @@ bool openWav(const std::string& path, Recording& recording, std::string& reason)
     recording.path = path;
     recording.dataOffset = info.dataOffset;
     recording.frames = info.frames;
-    BoardFacts& board = recording.board;
-    board.format.m_nBytes = 2;
-    board.format.m_nCodeBits = 16;
-    board.format.m_nCodeMask = 0xFFFF;
-    board.format.m_nSignedCodes = 1;
-    board.codes = {-32768, 32767};
-    board.channels = info.channels;
-    board.range = 1.0F;
-    completeBoard(board, info.rate, path);
+    recording.board.channels = info.channels;
+    complete(recording, info.rate);
     return true;
 }
 
@@ -80,7 +75,6 @@ void takeLayout(const SampleLayout& layout, Recording& recording) {
     const int64_t lowest = format.m_nSignedCodes == 1 ? -span / 2 : 0;
     recording.board.codes.m_nMinimum = static_cast<int32_t>(lowest);
     recording.board.codes.m_nMaximum = static_cast<int32_t>(std::min<int64_t>(lowest + span - 1, 0x7FFFFFFF));
-    recording.zeroWord = packSample(format, static_cast<int32_t>(lowest + span / 2), 0);
 }
 
 bool openData(const std::string& path, Recording& recording, std::string& reason) {
@@ -101,19 +95,20 @@ bool openData(const std::string& path, Recording& recording, std::string& reason
         return false;
     }
     recording.path = path;
-    BoardFacts& board = recording.board;
+    sdk::Board& board = recording.board;
     board.channels = format.channelCount;
-    board.range = static_cast<float>(format.ranges.front().first);
+    for (const auto& [upper, lower] : format.ranges) {
+        board.channelRanges.push_back(std::max(std::fabs(upper), std::fabs(lower)));
+        recording.limits.push_back({lower, upper});
+    }
+    board.range = board.channelRanges.front();
     takeLayout(format.layout, recording);
     recording.frames = size / (uint64_t{board.format.m_nBytes} * board.channels);
-    if (board.channels > kMostChannels || recording.frames == 0 || !(board.range > 0.0F)) {
+    if (board.channels > kMostChannels || recording.frames == 0 || !(board.range > 0.0)) {
         reason = path + (recording.frames == 0 ? " holds no samples." : " has channels or a range that no board has.");
         return false;
     }
-    for (const auto& [upper, lower] : format.ranges) {
-        board.channelRanges.push_back(static_cast<float>(std::max(std::fabs(upper), std::fabs(lower))));
-    }
-    completeBoard(board, format.frequencyPerChannel, path);
+    complete(recording, format.frequencyPerChannel);
     return true;
 }
 
@@ -203,7 +198,8 @@ bool openRecording(const std::string& path, Recording& recording, std::string& r
     return endsWith(path, ".wav") ? openWav(path, recording, reason) : openData(path, recording, reason);
 }
 
-std::unique_ptr<SampleSource> playRecording(const Recording& recording, const Measurement& measurement, bool loop) {
+std::unique_ptr<SampleSource> playRecording(const Recording& recording, const sdk::Measurement& measurement,
+                                            bool loop) {
     auto source = std::make_unique<RecordingSource>(recording, measurement.channels, loop);
     if (!source->open(recording.path)) {
         return nullptr;

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "drivers/common/board_facts.h"
+#include <tarno2/driver/board.h>
+
 #include "drivers/common/sample_source.h"
 
 namespace tarno2::drivers {
@@ -14,15 +16,16 @@ struct Recording {
     std::string path;
     uint64_t dataOffset = 0;  ///< bytes
     uint64_t frames = 0;
-    uint32_t zeroWord = 0;  ///< the word of zero volts
-    BoardFacts board;
+    double channelRate = 0.0;              ///< Hz, of each channel
+    std::vector<sdk::InputLimits> limits;  ///< of each channel, where the recording tells them
+    sdk::Board board;
 };
 
 /// Reads what a .wav file, or a data file with its description beside it, is. False with a reason that names the file.
 [[nodiscard]] bool openRecording(const std::string& path, Recording& recording, std::string& reason);
 
 /// Makes the source that plays the chosen channels of a recording; null when the file can't be opened any more.
-[[nodiscard]] std::unique_ptr<SampleSource> playRecording(const Recording& recording, const Measurement& measurement,
-                                                          bool loop);
+[[nodiscard]] std::unique_ptr<SampleSource> playRecording(const Recording& recording,
+                                                          const sdk::Measurement& measurement, bool loop);
 
 }  // namespace tarno2::drivers

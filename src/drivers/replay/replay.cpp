@@ -1,11 +1,8 @@
-// A recorded file as a board. docs/drivers.md lists the settings.
+// A recorded file as a board. docs/boards.md lists the settings.
 
-#include <cstring>
 #include <string>
 
-#include "drivers/common/driver_settings.h"
-#include "drivers/common/factory.h"
-#include "drivers/common/ring_device.h"
+#include "drivers/common/generator_driver.h"
 #include "drivers/replay/recording.h"
 #include "platform/paths.h"
 
@@ -13,76 +10,93 @@ namespace tarno2::drivers {
 
 namespace {
 
-class ReplayDevice final : public RingDevice {
+class ReplayDriver final : public GeneratorDriver {
 public:
-    int32_t TARNO2_CALL SetProgramDirectory(const char* folder) noexcept override;
+    ReplayDriver();
+
     int32_t TARNO2_CALL SelectBoard(uint32_t number) noexcept override;
 
 protected:
-    std::unique_ptr<SampleSource> prepare(const BoardFacts& board, const Measurement& measurement,
+    std::vector<sdk::Board> search(const sdk::Settings& settings) override;
+    bool settingsChanged() override;
+    bool configure(const sdk::Board& board, sdk::Measurement& measurement) override;
+    bool inputLimits(const sdk::Board& board, int32_t channel, int32_t gain, sdk::InputLimits& limits) override;
+    std::unique_ptr<SampleSource> prepare(const sdk::Board& board, const sdk::Measurement& measurement,
                                           StreamPlan& plan) override;
 
 private:
-    bool takeSettings(const std::string& folder);
-    int32_t explain() { return fail("%s", problem_.c_str()); }
-
-    DriverSettings settings_;
-    Recording recording_;
+    Recording recording_;  ///< without a path: there is none
     std::string problem_ = "No file was chosen to be played.";
-    bool realTime_ = true;
-    bool loop_ = false;
 };
 
-int32_t ReplayDevice::SetProgramDirectory(const char* folder) noexcept {
-    return guarded([&] { return takeSettings(folder != nullptr ? folder : "") ? 1 : explain(); });
+ReplayDriver::ReplayDriver() : GeneratorDriver("Replay") {
+    settings().add(sdk::Setting::file("File", {"*.dat", "*.wav"}, "File", "Файл"));
+    settings().add(sdk::Setting::integer("RealTime", 1, 0, 1, "At the rate of the file", "С частотой файла"));
+    settings().add(sdk::Setting::integer("Loop", 0, 0, 1, "Begin again at the end", "По окончании начинать сначала"));
 }
 
-/// False with a text in `problem_` when there are settings, or a file, of no use.
-bool ReplayDevice::takeSettings(const std::string& folder) {
-    setBoards({});
-    const std::string settingsFile = joinPath(folder, "Replay.cfg");
-    settings_.readEnvironment("TARNO2_REPLAY");
-    if (!settings_.readFile(settingsFile)) {
-        problem_ = settingsFile + " can't be read.";
-        return false;
-    }
-    realTime_ = settings_.flag("RealTime", true);
-    loop_ = settings_.flag("Loop", false);
-    bool misread = false;
-    std::string path = settings_.text("File", "", misread);
+/// False when there are settings, or a file, that can't be used.
+bool ReplayDriver::settingsChanged() {
+    recording_ = {};
+    std::string path = settings().text("File");
     if (!path.empty() && !isAbsolutePath(path)) {
-        path = joinPath(folder, path);
+        path = joinPath(programDirectory(), path);
     }
     path = environmentVariable("TARNO2_REPLAY_FILE").value_or(path);
     if (path.empty()) {
+        const bool misread = settings().lacksQuotes("File");
         problem_ = misread ? "The name of the file stands between double quotes in Replay.cfg."
                            : "Choose the file to be played: File in Replay.cfg or TARNO2_REPLAY_FILE.";
-        explain();
+        fail("%s", problem_.c_str());
         return !misread;
     }
-    if (!openRecording(path, recording_, problem_)) {
-        return false;
+    Recording recording;
+    if (!openRecording(path, recording, problem_)) {
+        return fail("%s", problem_.c_str());
     }
-    setBoards({recording_.board});
+    problem_.clear();
+    recording_ = std::move(recording);
     return true;
 }
 
-int32_t ReplayDevice::SelectBoard(uint32_t number) noexcept {
-    const int32_t selected = RingDevice::SelectBoard(number);
+std::vector<sdk::Board> ReplayDriver::search(const sdk::Settings& /*settings*/) {
+    if (recording_.path.empty()) {
+        return {};
+    }
+    return {recording_.board};
+}
+
+int32_t ReplayDriver::SelectBoard(uint32_t number) noexcept {
+    const int32_t selected = Driver::SelectBoard(number);
     if (selected == 0 && !problem_.empty()) {
-        explain();
+        fail("%s", problem_.c_str());
     }
     return selected;
 }
 
-std::unique_ptr<SampleSource> ReplayDevice::prepare(const BoardFacts&, const Measurement& measurement,
+/// Each channel runs at the file's rate, whatever is asked for.
+bool ReplayDriver::configure(const sdk::Board& /*board*/, sdk::Measurement& measurement) {
+    measurement.frequency = recording_.channelRate * static_cast<double>(measurement.channels.size());
+    return true;
+}
+
+bool ReplayDriver::inputLimits(const sdk::Board& /*board*/, int32_t channel, int32_t /*gain*/,
+                               sdk::InputLimits& limits) {
+    const auto index = static_cast<size_t>(channel);
+    if (index >= recording_.limits.size()) {
+        return false;
+    }
+    limits = recording_.limits[index];
+    return limits.lower < limits.upper;
+}
+
+std::unique_ptr<SampleSource> ReplayDriver::prepare(const sdk::Board& /*board*/, const sdk::Measurement& measurement,
                                                     StreamPlan& plan) {
-    if (!realTime_) {
+    if (!settings().flag("RealTime")) {
         plan.framesPerSecond = 0.0;
     }
-    plan.completeLastHalf = true;
-    plan.fillWord = recording_.zeroWord;
-    std::unique_ptr<SampleSource> source = playRecording(recording_, measurement, loop_);
+    plan.endText = fileNameOf(recording_.path) + " was played to its end.";
+    std::unique_ptr<SampleSource> source = playRecording(recording_, measurement, settings().flag("Loop"));
     if (source == nullptr) {
         fail("%s can't be opened any more.", recording_.path.c_str());
     }
@@ -93,8 +107,4 @@ std::unique_ptr<SampleSource> ReplayDevice::prepare(const BoardFacts&, const Mea
 
 }  // namespace tarno2::drivers
 
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
-
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t /*flags*/) {
-    return tarno2::drivers::makeDevice<tarno2::drivers::ReplayDevice>(interfaceName);
-}
+TARNO2_DRIVER(tarno2::drivers::ReplayDriver)

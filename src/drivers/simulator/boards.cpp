@@ -19,13 +19,14 @@ ADCSampleFormat layout(uint32_t bytes, uint32_t bits, uint32_t codeShift, uint32
     return format;
 }
 
-BoardFacts packedBoard() {
-    BoardFacts board;
+sdk::Board packedBoard() {
+    sdk::Board board;
+    board.id = "SIM14";
     board.name = "SIM14 (14 bits, 16 channels, 2 digital lines)";
     board.format = layout(2, 14, 2, 2, 0);
     board.codes = {-8192, 8191};
     board.channels = 16;
-    board.range = 5.0F;
+    board.range = 5.0;
     board.gains = {1, 2, 5, 10};
     board.minimumFrequency = 1.0F;
     board.maximumFrequency = 2e6F;
@@ -35,13 +36,14 @@ BoardFacts packedBoard() {
     return board;
 }
 
-BoardFacts wideBoard() {
-    BoardFacts board;
+sdk::Board wideBoard() {
+    sdk::Board board;
+    board.id = "SIM16";
     board.name = "SIM16 (16 bits, 160 channels)";
     board.format = layout(2, 16, 0, 0, 0);
     board.codes = {-32768, 32767};
     board.channels = 160;
-    board.range = 10.0F;
+    board.range = 10.0;
     board.gains = {1, 10, 100};
     board.minimumFrequency = 1.0F;
     board.maximumFrequency = 40e6F;
@@ -51,13 +53,14 @@ BoardFacts wideBoard() {
     return board;
 }
 
-BoardFacts preciseBoard() {
-    BoardFacts board;
+sdk::Board preciseBoard() {
+    sdk::Board board;
+    board.id = "SIM24";
     board.name = "SIM24 (24 bits, 8 channels, 8 digital lines)";
     board.format = layout(4, 24, 0, 8, 24);
     board.codes = {-8388608, 8388607};
     board.channels = 8;
-    board.range = 2.5F;
+    board.range = 2.5;
     board.gains = {1, 4, 16};
     board.frequencies = {1000.0F, 2000.0F, 5000.0F, 10e3F, 20e3F, 50e3F, 100e3F, 200e3F, 400e3F, 800e3F};
     board.minimumFrequency = 1000.0F;
@@ -68,14 +71,15 @@ BoardFacts preciseBoard() {
     return board;
 }
 
-BoardFacts pluggedBoard() {
-    BoardFacts board;
+sdk::Board pluggedBoard() {
+    sdk::Board board;
+    board.id = "SIM12U";
     board.name = "SIM12U (12 bits, 4 channels, hot plug)";
     board.format = layout(2, 12, 0, 0, 0);
     board.format.m_nSignedCodes = 0;
     board.codes = {0, 4095};
     board.channels = 4;
-    board.range = 5.0F;
+    board.range = 5.0;
     board.minimumFrequency = 1.0F;
     board.maximumFrequency = 200e3F;
     board.usualFrequency = 10e3F;
@@ -86,7 +90,7 @@ BoardFacts pluggedBoard() {
 
 }  // namespace
 
-std::vector<BoardFacts> simulatedBoards() {
+std::vector<sdk::Board> simulatedBoards() {
     return {packedBoard(), wideBoard(), preciseBoard(), pluggedBoard()};
 }
 

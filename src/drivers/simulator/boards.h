@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "drivers/common/board_facts.h"
+#include <tarno2/driver/board.h>
 
 namespace tarno2::drivers {
 
@@ -11,6 +11,6 @@ namespace tarno2::drivers {
 /// 2  16-bit signed codes; 160 channels; fast
 /// 3  32-bit words: 24-bit signed codes below eight digital lines; 8 channels; a list of frequencies
 /// 4  16-bit words: 12-bit unsigned codes; 4 channels; can be unplugged
-[[nodiscard]] std::vector<BoardFacts> simulatedBoards();
+[[nodiscard]] std::vector<sdk::Board> simulatedBoards();
 
 }  // namespace tarno2::drivers

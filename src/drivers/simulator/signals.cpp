@@ -93,7 +93,7 @@ int32_t noise(uint64_t frame, int32_t channel) {
 template <typename Word>
 class WaveformSource final : public SampleSource {
 public:
-    WaveformSource(const SignalSettings& settings, const BoardFacts& board, const Measurement& measurement)
+    WaveformSource(const SignalSettings& settings, const sdk::Board& board, const sdk::Measurement& measurement)
         : settings_(settings), format_(board.format), codes_(board.codes) {
         const double period = measurement.framesPerSecond() / std::max(settings.frequency, 1e-9);
         period_ = static_cast<uint64_t>(std::clamp(std::round(period), 2.0, 2147483648.0));
@@ -210,8 +210,8 @@ int32_t waveform(Signal signal, uint32_t phase, uint64_t frame, int32_t channel)
     }
 }
 
-std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const BoardFacts& board,
-                                         const Measurement& measurement) {
+std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const sdk::Board& board,
+                                         const sdk::Measurement& measurement) {
     const bool narrow = board.format.m_nBytes == 2;
     const size_t channels = measurement.channels.size();
     if (settings.signal != Signal::Counter) {

@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "drivers/common/board_facts.h"
+#include <tarno2/driver/board.h>
+
 #include "drivers/common/sample_source.h"
 
 namespace tarno2::drivers {
@@ -20,8 +21,14 @@ struct SignalSettings {
 /// One sample's code of a waveform, before gain and amplitude: -2^30 to 2^30. `phase` counts 2^32 to the period.
 [[nodiscard]] int32_t waveform(Signal signal, uint32_t phase, uint64_t frame, int32_t channel);
 
+/// The word of a sample, from its code (cut to the code's bits) and the state of the digital lines.
+[[nodiscard]] inline uint32_t packSample(const ADCSampleFormat& format, int32_t code, uint32_t lines) {
+    return ((static_cast<uint32_t>(code) << format.m_nCodeShift) & format.m_nCodeMask) |
+           ((lines << format.m_nDigitalShift) & format.m_nDigitalMask);
+}
+
 /// Makes the source of a measurement's samples.
-[[nodiscard]] std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const BoardFacts& board,
-                                                       const Measurement& measurement);
+[[nodiscard]] std::unique_ptr<SampleSource> makeSignal(const SignalSettings& settings, const sdk::Board& board,
+                                                       const sdk::Measurement& measurement);
 
 }  // namespace tarno2::drivers

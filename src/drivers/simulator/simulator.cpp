@@ -1,15 +1,12 @@
-// The simulated boards, and the faults that they show on demand. docs/drivers.md lists the settings.
+// The simulated boards, and the faults that they show on demand. docs/boards.md lists the settings.
 
 #include <algorithm>
 #include <cstring>
 #include <string>
 
-#include "drivers/common/driver_settings.h"
-#include "drivers/common/factory.h"
-#include "drivers/common/ring_device.h"
+#include "drivers/common/generator_driver.h"
 #include "drivers/simulator/boards.h"
 #include "drivers/simulator/signals.h"
-#include "platform/paths.h"
 
 namespace tarno2::drivers {
 
@@ -34,14 +31,16 @@ struct Faults {
     uint64_t silentAfter = kNever;
     uint64_t unplugAfter = kNever;
     uint64_t countUntil = kNever;
+    uint64_t endAfter = kNever;
+    uint32_t endCause = kADCEndLost;
+    uint64_t endLost = 0;
     uint32_t abiVersion = kADCAbiVersion;
 };
 
-class SimulatorDevice final : public RingDevice {
+class SimulatorDriver final : public GeneratorDriver {
 public:
-    SimulatorDevice() { takeSettings(); }
+    SimulatorDriver();
 
-    int32_t TARNO2_CALL SetProgramDirectory(const char* folder) noexcept override;
     int32_t TARNO2_CALL SelectBoard(uint32_t number) noexcept override;
     int32_t TARNO2_CALL Setup(int32_t apply, void* block, int32_t zero) noexcept override;
     int32_t TARNO2_CALL Start() noexcept override;
@@ -49,150 +48,154 @@ public:
     int32_t TARNO2_CALL Get(uint32_t code, void* result) noexcept override;
 
 protected:
-    std::unique_ptr<SampleSource> prepare(const BoardFacts& board, const Measurement& measurement,
+    std::vector<sdk::Board> search(const sdk::Settings& settings) override;
+    bool settingsChanged() override;
+    std::unique_ptr<SampleSource> prepare(const sdk::Board& board, const sdk::Measurement& measurement,
                                           StreamPlan& plan) override;
-    [[nodiscard]] uint32_t ringFor(const BoardFacts& board, int32_t wished, uint32_t channels) const override;
+    [[nodiscard]] uint32_t ringFor(const sdk::Board& board, int32_t wished, uint32_t channels) const override;
 
 private:
-    bool takeSettings();
     bool takeSignal();
     void takeFaults();
-    [[nodiscard]] uint64_t sampleNumber(std::string_view key) const;
+    [[nodiscard]] uint64_t sampleNumber(const char* key);
     int32_t answerRing(void* result);
 
-    DriverSettings settings_;
     SignalSettings signal_;
     Faults faults_;
-    bool realTime_ = true;
-    double externalClockRate_ = 0.0;
-    uint32_t externalStartAfter_ = 0;
     std::atomic<uint32_t> ringAnswers_{0};
 };
 
-int32_t SimulatorDevice::SetProgramDirectory(const char* folder) noexcept {
-    return guarded([&] {
-        const std::string file = joinPath(folder != nullptr ? folder : "", "Simulator.cfg");
-        if (!settings_.readFile(file)) {
-            return fail("%s can't be read.", file.c_str());
-        }
-        return takeSettings() ? 1 : 0;
-    });
+constexpr std::pair<const char*, Signal> kSignals[] = {
+    {"Mixed", Signal::Mixed}, {"Sine", Signal::Sine},   {"Square", Signal::Square},  {"Ramp", Signal::Ramp},
+    {"Noise", Signal::Noise}, {"Level", Signal::Level}, {"Counter", Signal::Counter}};
+
+SimulatorDriver::SimulatorDriver() : GeneratorDriver("Simulator") {
+    std::vector<std::string> signals;
+    for (const auto& [name, signal] : kSignals) {
+        signals.emplace_back(name);
+    }
+    sdk::Settings& all = settings();
+    using sdk::Setting;
+    all.add(Setting::choice("Signal", "Mixed", signals, "Signal", "Сигнал"));
+    all.add(Setting::real("SignalFrequency", 10.0, 1e-6, 1e9, "Frequency of the signal, Hz", "Частота сигнала, Гц"));
+    all.add(Setting::integer("Amplitude", 80, 0, 1000, "Amplitude, % of the range", "Амплитуда, % диапазона"));
+    all.add(Setting::integer("DigitalPeriod", 64, 1, 1 << 30, "Frames until line 0 toggles",
+                             "Кадров до переключения линии 0"));
+    all.add(Setting::integer("RealTime", 1, 0, 1, "At the rate that was asked for", "С заданной частотой"));
+    all.add(Setting::integer("ExternalStartAfter", 1000, -1, 0x7FFFFFFF, "External start after, ms (-1: never)",
+                             "Внешний старт через, мс (-1: никогда)"));
+    all.add(Setting::real("ExternalClockRate", 10000.0, 1.0, 40e6, "Rate of the external clock, Hz",
+                          "Частота внешнего тактирования, Гц"));
+    settingsChanged();
 }
 
-/// Takes all settings over; false after `fail` when one of them is invalid (it then counts as not set).
-bool SimulatorDevice::takeSettings() {
-    settings_.readEnvironment("TARNO2_SIMULATOR");
-    realTime_ = settings_.flag("RealTime", true);
-    const int64_t delay = settings_.integer("ExternalStartAfter", 1000);
-    externalStartAfter_ = delay < 0 ? kWaitForever : static_cast<uint32_t>(std::min<int64_t>(delay, 0x7FFFFFFF));
+bool SimulatorDriver::settingsChanged() {
     takeFaults();
-
-    std::vector<BoardFacts> boards = simulatedBoards();
-    const int64_t largest = settings_.integer("MaxBuffer", 0);
-    const double clock = settings_.number("ExternalClockRate", 10000.0);
-    for (BoardFacts& board : boards) {
-        if (largest > 0) {
-            board.maximumRing = static_cast<uint32_t>(std::min<int64_t>(largest, 1 << 28));
-        }
-        board.externalClockRate = std::clamp(static_cast<float>(clock), 1.0F, board.maximumFrequency);
-    }
-    boards.resize(static_cast<size_t>(std::clamp<int64_t>(settings_.integer("Boards", 4), 0, 4)));
-    setBoards(std::move(boards));
     return takeSignal();
 }
 
-bool SimulatorDevice::takeSignal() {
-    signal_ = {};
-    signal_.frequency = std::clamp(settings_.number("SignalFrequency", signal_.frequency), 1e-6, 1e9);
-    signal_.amplitude = static_cast<int32_t>(std::clamp<int64_t>(settings_.integer("Amplitude", 80), 0, 1000));
-    signal_.digitalPeriod =
-        static_cast<uint32_t>(std::clamp<int64_t>(settings_.integer("DigitalPeriod", 64), 1, 1 << 30));
-    bool misread = false;
-    const std::string name = settings_.text("Signal", "Mixed", misread);
-    if (misread) {
-        return fail("The name of the signal stands between double quotes.") != 0;
+std::vector<sdk::Board> SimulatorDriver::search(const sdk::Settings& settings) {
+    std::vector<sdk::Board> boards = simulatedBoards();
+    const int64_t largest = settings.integer("MaxBuffer", 0);
+    for (sdk::Board& board : boards) {
+        if (largest > 0) {
+            board.maximumRing = static_cast<uint32_t>(std::min<int64_t>(largest, 1 << 28));
+        }
+        board.externalClockRate =
+            std::clamp(static_cast<float>(settings.real("ExternalClockRate")), 1.0F, board.maximumFrequency);
     }
-    const struct {
-        const char* name;
-        Signal signal;
-    } signals[] = {{"Counter", Signal::Counter}, {"Sine", Signal::Sine},   {"Square", Signal::Square},
-                   {"Ramp", Signal::Ramp},       {"Noise", Signal::Noise}, {"Level", Signal::Level},
-                   {"Mixed", Signal::Mixed}};
-    for (const auto& known : signals) {
-        if (name == known.name) {
-            signal_.signal = known.signal;
+    boards.resize(static_cast<size_t>(std::clamp<int64_t>(settings.integer("Boards", 4), 0, 4)));
+    return boards;
+}
+
+bool SimulatorDriver::takeSignal() {
+    signal_ = {};
+    signal_.frequency = settings().real("SignalFrequency");
+    signal_.amplitude = static_cast<int32_t>(settings().integer("Amplitude"));
+    signal_.digitalPeriod = static_cast<uint32_t>(settings().integer("DigitalPeriod"));
+    if (settings().lacksQuotes("Signal")) {
+        return fail("The name of the signal stands between double quotes.");
+    }
+    const std::string name = settings().text("Signal");
+    for (const auto& [known, signal] : kSignals) {
+        if (name == known) {
+            signal_.signal = signal;
             return true;
         }
     }
-    return fail("There is no signal \"%s\".", name.c_str()) != 0;
+    return fail("There is no signal \"%s\".", name.c_str());
 }
 
-void SimulatorDevice::takeFaults() {
-    faults_.refuseBoard = settings_.flag("RefuseBoard", false);
-    faults_.refuseCheck = settings_.flag("RefuseCheck", false);
-    faults_.refuseInit = settings_.flag("RefuseInit", false);
-    faults_.refuseStart = settings_.flag("RefuseStart", false);
-    faults_.announce = !settings_.flag("NoDataEvent", false);
-    faults_.answerRing = settings_.flag("AnswerRing", true);
-    faults_.answerMaxBuffer = settings_.flag("AnswerMaxBuffer", true);
-    faults_.answerMaxBufferOld = settings_.flag("AnswerMaxBufferOld", true);
-    faults_.answerCount = settings_.flag("AnswerCount", true);
-    faults_.answerFacts = settings_.flag("AnswerFacts", true);
-    faults_.ringTakesWish = settings_.flag("RingTakesWish", false);
-    faults_.ringMisfit = settings_.flag("RingMisfit", false);
-    faults_.ringDiffers = settings_.flag("RingDiffers", false);
+void SimulatorDriver::takeFaults() {
+    const sdk::Settings& given = settings();
+    faults_.refuseBoard = given.flag("RefuseBoard", false);
+    faults_.refuseCheck = given.flag("RefuseCheck", false);
+    faults_.refuseInit = given.flag("RefuseInit", false);
+    faults_.refuseStart = given.flag("RefuseStart", false);
+    faults_.announce = !given.flag("NoDataEvent", false);
+    faults_.answerRing = given.flag("AnswerRing", true);
+    faults_.answerMaxBuffer = given.flag("AnswerMaxBuffer", true);
+    faults_.answerMaxBufferOld = given.flag("AnswerMaxBufferOld", true);
+    faults_.answerCount = given.flag("AnswerCount", true);
+    faults_.answerFacts = given.flag("AnswerFacts", true);
+    faults_.ringTakesWish = given.flag("RingTakesWish", false);
+    faults_.ringMisfit = given.flag("RingMisfit", false);
+    faults_.ringDiffers = given.flag("RingDiffers", false);
     faults_.overflowAfter = sampleNumber("OverflowAfter");
     faults_.failGetDataAt = sampleNumber("FailGetDataAt");
     faults_.silentAfter = sampleNumber("SilentAfter");
     faults_.unplugAfter = sampleNumber("UnplugAfter");
     faults_.countUntil = sampleNumber("CountUntil");
-    faults_.abiVersion = static_cast<uint32_t>(settings_.integer("AbiVersion", kADCAbiVersion));
+    faults_.endAfter = sampleNumber("EndAfter");
+    faults_.endCause = static_cast<uint32_t>(given.integer("EndCause", kADCEndLost));
+    faults_.endLost = static_cast<uint64_t>(std::max<int64_t>(given.integer("EndLost", 0), 0));
+    faults_.abiVersion = static_cast<uint32_t>(given.integer("AbiVersion", kADCAbiVersion));
 }
 
 /// A count of samples; negative or not set: never.
-uint64_t SimulatorDevice::sampleNumber(std::string_view key) const {
-    const int64_t value = settings_.integer(key, -1);
+uint64_t SimulatorDriver::sampleNumber(const char* key) {
+    const int64_t value = settings().integer(key, -1);
     return value < 0 ? kNever : static_cast<uint64_t>(value);
 }
 
-int32_t SimulatorDevice::SelectBoard(uint32_t number) noexcept {
+int32_t SimulatorDriver::SelectBoard(uint32_t number) noexcept {
     if (faults_.refuseBoard) {
-        return fail("The board is taken by another program (RefuseBoard).");
+        return fail("The board is taken by another program (RefuseBoard).") ? 1 : 0;
     }
-    return RingDevice::SelectBoard(number);
+    return Driver::SelectBoard(number);
 }
 
-int32_t SimulatorDevice::Setup(int32_t apply, void* block, int32_t zero) noexcept {
+int32_t SimulatorDriver::Setup(int32_t apply, void* block, int32_t zero) noexcept {
     if (apply == 0 && faults_.refuseCheck) {
-        return fail("The check was refused (RefuseCheck).");
+        return fail("The check was refused (RefuseCheck).") ? 1 : 0;
     }
     if (apply != 0 && faults_.refuseInit) {
-        return fail("The setup was refused (RefuseInit).");
+        return fail("The setup was refused (RefuseInit).") ? 1 : 0;
     }
     ringAnswers_ = 0;
-    return RingDevice::Setup(apply, block, zero);
+    return Driver::Setup(apply, block, zero);
 }
 
-int32_t SimulatorDevice::Start() noexcept {
+int32_t SimulatorDriver::Start() noexcept {
     if (faults_.refuseStart) {
-        return fail("The start was refused (RefuseStart).");
+        return fail("The start was refused (RefuseStart).") ? 1 : 0;
     }
-    return RingDevice::Start();
+    return Driver::Start();
 }
 
-int32_t SimulatorDevice::GetData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept {
+int32_t SimulatorDriver::GetData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept {
     if (faults_.failGetDataAt != kNever) {
-        const uint64_t position = producer().positionOf(offset);
+        const uint64_t position = ring().positionOf(offset);
         if (faults_.failGetDataAt >= position && faults_.failGetDataAt - position < count) {
             fail("The transfer of sample %llu failed (FailGetDataAt).",
                  static_cast<unsigned long long>(faults_.failGetDataAt));
             return kADCDataFailed;
         }
     }
-    return RingDevice::GetData(mode, destination, count, offset);
+    return Driver::GetData(mode, destination, count, offset);
 }
 
-int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
+int32_t SimulatorDriver::Get(uint32_t code, void* result) noexcept {
     if (result == nullptr) {
         return 0;
     }
@@ -201,37 +204,35 @@ int32_t SimulatorDevice::Get(uint32_t code, void* result) noexcept {
             std::memcpy(result, &faults_.abiVersion, sizeof faults_.abiVersion);
             return 1;
         case kADCGetMaxBuffer:
-            return faults_.answerMaxBuffer ? RingDevice::Get(code, result) : 0;
+            return faults_.answerMaxBuffer ? Driver::Get(code, result) : 0;
         case kADCGetMaxBufferOld:
-            return faults_.answerMaxBufferOld ? RingDevice::Get(code, result) : 0;
+            return faults_.answerMaxBufferOld ? Driver::Get(code, result) : 0;
         case kADCGetSamplesWritten:
-            return faults_.answerCount && producer().samplesWritten() < faults_.countUntil
-                       ? RingDevice::Get(code, result)
-                       : 0;
+            return faults_.answerCount && ring().written() < faults_.countUntil ? Driver::Get(code, result) : 0;
         case kADCGetSampleFormat:
         case kADCGetCodeRange:
         case kADCGetInputRange:
-            return faults_.answerFacts ? RingDevice::Get(code, result) : 0;
+            return faults_.answerFacts ? Driver::Get(code, result) : 0;
         case kADCGetRing:
             return answerRing(result);
         case kADCGetHotPlugPresence: {
             const bool gone = faults_.unplugAfter != kNever && producer().silent();
-            const int32_t answered = RingDevice::Get(code, result);
+            const int32_t answered = Driver::Get(code, result);
             if (answered == 1 && gone) {
                 std::memset(result, 0, sizeof(uint32_t));
             }
             return answered;
         }
         default:
-            return RingDevice::Get(code, result);
+            return Driver::Get(code, result);
     }
 }
 
-int32_t SimulatorDevice::answerRing(void* result) {
+int32_t SimulatorDriver::answerRing(void* result) {
     if (!faults_.answerRing) {
-        return fail("There is no answer about the ring (AnswerRing).");
+        return fail("There is no answer about the ring (AnswerRing).") ? 1 : 0;
     }
-    const int32_t answered = RingDevice::Get(kADCGetRing, result);
+    const int32_t answered = Driver::Get(kADCGetRing, result);
     if (answered == 1 && faults_.ringDiffers && ringAnswers_++ > 0) {
         ADCRingInfo info{};
         std::memcpy(&info, result, sizeof info);
@@ -241,8 +242,8 @@ int32_t SimulatorDevice::answerRing(void* result) {
     return answered;
 }
 
-uint32_t SimulatorDevice::ringFor(const BoardFacts& board, int32_t wished, uint32_t channels) const {
-    const uint32_t whole = RingDevice::ringFor(board, wished, channels);
+uint32_t SimulatorDriver::ringFor(const sdk::Board& board, int32_t wished, uint32_t channels) const {
+    const uint32_t whole = Driver::ringFor(board, wished, channels);
     if (faults_.ringMisfit) {
         return whole + 1;
     }
@@ -252,17 +253,22 @@ uint32_t SimulatorDevice::ringFor(const BoardFacts& board, int32_t wished, uint3
     return whole;
 }
 
-std::unique_ptr<SampleSource> SimulatorDevice::prepare(const BoardFacts& board, const Measurement& measurement,
+std::unique_ptr<SampleSource> SimulatorDriver::prepare(const sdk::Board& board, const sdk::Measurement& measurement,
                                                        StreamPlan& plan) {
-    if (!realTime_) {
+    if (!settings().flag("RealTime")) {
         plan.framesPerSecond = 0.0;
     }
     if (measurement.externalStart) {
-        plan.startDelay = externalStartAfter_;
+        const int64_t delay = settings().integer("ExternalStartAfter");
+        plan.startDelay = delay < 0 ? kWaitForever : static_cast<uint32_t>(delay);
     }
     plan.announce = faults_.announce;
     plan.overflowAfter = faults_.overflowAfter;
     plan.silentAfter = std::min(faults_.silentAfter, faults_.unplugAfter);
+    plan.endAfter = faults_.endAfter;
+    plan.endCause = faults_.endCause;
+    plan.endLost = faults_.endLost;
+    plan.endText = "The stream ended (EndAfter).";
     return makeSignal(signal_, board, measurement);
 }
 
@@ -270,8 +276,4 @@ std::unique_ptr<SampleSource> SimulatorDevice::prepare(const BoardFacts& board, 
 
 }  // namespace tarno2::drivers
 
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags);
-
-TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t /*flags*/) {
-    return tarno2::drivers::makeDevice<tarno2::drivers::SimulatorDevice>(interfaceName);
-}
+TARNO2_DRIVER(tarno2::drivers::SimulatorDriver)
