@@ -361,6 +361,7 @@ TEST(Acquisition, StopEndsThoughTheRingIsFilledAnew) {
     EXPECT_EQ(rig.end().code, StopCode::User);
     EXPECT_LE(device.samplesRead(), (5 + 2) * kHalf) << "more than the ring held at the stop was waited for";
     EXPECT_TRUE(rig.data() == streamBytes(0, device.samplesRead(), 2));
+    EXPECT_EQ(device.countCalls("Get " + std::to_string(kADCGetStreamEnd)), 1U) << "it has no answer to that";
 }
 
 TEST(Acquisition, PreHistoryPortionEndsInTheNormalMode) {

@@ -106,6 +106,9 @@ void FakeDevice::produceLocked(uint64_t samples) {
     for (uint64_t filled = before; filled < written_ / half; ++filled) {
         event_.set();
     }
+    if (streamEnd && written_ >= readerPaced) {
+        event_.set();
+    }
 }
 
 int32_t FakeDevice::SelectBoard(uint32_t number) {
@@ -218,8 +221,14 @@ int32_t FakeDevice::Get(uint32_t code, void* result) {
             return drqNumbers.empty() ? 0 : 1;
         }
         case kADCGetSamplesWritten:
-            std::memcpy(result, &written_, sizeof written_);
+            *static_cast<uint64_t*>(result) =
+                std::min(written_, countLag == 0 ? written_ : readerPaced - std::min(readerPaced, countLag));
             return tellsCount ? 1 : 0;
+        case kADCGetStreamEnd:
+            if (streamEnd) {
+                *static_cast<ADCStreamEnd*>(result) = written_ >= readerPaced ? *streamEnd : ADCStreamEnd{};
+            }
+            return streamEnd ? 1 : 0;
         default:
             break;
     }

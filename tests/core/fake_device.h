@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,8 @@ public:
     uint64_t atStart = 0;                        ///< samples that are there at once
     bool tellsCount = true;                      ///< answers kADCGetSamplesWritten
     uint64_t readerPaced = 0;                    ///< samples that come by themselves as the reader takes them
+    uint64_t countLag = 0;                       ///< samples of the `readerPaced` that are never counted
+    std::optional<ADCStreamEnd> streamEnd;       ///< told once `readerPaced` samples have come; cause 0: told as none
     uint32_t failingRead = kNever;               ///< which GetData call fails, from 0
     uint32_t preHistoryReads = 0;                ///< GetData calls that the pre-history portion serves
     std::function<void(uint32_t)> afterRead;     ///< called with the number of the GetData call, on its thread

@@ -1,92 +1,14 @@
-#include "core/recording/recording_control.h"
-
-#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <thread>
 
-#include "language/language_table.h"
 #include "platform/codepage1251.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "platform/utf.h"
-#include "tests/core/rig.h"
+#include "tests/core/control_rig.h"
 
 namespace tarno2::test {
 namespace {
-
-/// The program around the recording logic: keeps what it is shown, in order, and its notifications for `pump`.
-class FakeShell final : public RecordingShell {
-public:
-    RecordingWish settings() override { return wanted; }
-    std::string fileName() override { return name; }
-    void setFileName(const std::string& newName) override { name = newName; }
-    std::string savedFileName() override { return {}; }
-    void showStatus(const std::string& status) override { shown.push_back("status: " + status); }
-    void showAttention(const std::string& message) override { shown.push_back(message); }
-    void showMessage(const std::string& message) override { shown.push_back("box: " + message); }
-    void showDetail(const std::string& detail) override { details.push_back(detail); }
-    void synchronisationSwitchedOff() override {}
-    void recordingEnded(const Notification& last, const RunEnd& /*end*/) override { ended = last.result; }
-    void startTimer(uint32_t milliseconds) override { timer = milliseconds; }
-    void killTimer() override { timer = 0; }
-    bool consoleMode() override { return console; }
-    void quit() override { ++quits; }
-    void post(const Notification& notification) override { notes.post(notification); }
-
-    [[nodiscard]] bool hasShown(const std::string& text) const {
-        return std::any_of(shown.begin(), shown.end(),
-                           [&](const auto& s) { return s.find(text) != std::string::npos; });
-    }
-
-    RecordingWish wanted;
-    std::string name;
-    std::vector<std::string> shown;
-    std::vector<std::string> details;
-    RecordingResult ended;
-    uint32_t timer = 0;
-    bool console = false;
-    int quits = 0;
-    NotificationLog notes;
-};
-
-class ControlRig {
-public:
-    ControlRig()
-        : driver([this](const std::string& fault) { faults.push_back(fault); }), control(shell, driver, naming) {
-        languageTable().select(kLanguageEnglish);
-        device.ring = [](uint32_t, uint32_t) { return 1000U; };
-        shell.wanted.channels = {0, 1};
-        shell.wanted.frequency = 1e6;
-        shell.name = folder.file("run.dat");
-        control.setDataWait(1);
-    }
-
-    void attach() {
-        std::string why;
-        ASSERT_TRUE(driver.attach(&device, "Fake", folder.path(), why)) << why;
-        ASSERT_TRUE(driver.selectBoard(1, why)) << why;
-    }
-    /// Hands the next end of a recording to the control, as the window's message loop would.
-    Notification pump() {
-        const auto notification = shell.notes.nextEnd();
-        if (!notification) {
-            ADD_FAILURE() << "no notification came";
-            return {};
-        }
-        control.OnNotification(*notification);
-        return *notification;
-    }
-    [[nodiscard]] std::vector<std::string> files() const { return listDirectory(folder.path()); }
-
-    FakeDevice device;
-    TemporaryFolder folder;
-    std::vector<std::string> faults;
-    FakeShell shell;
-    FileNaming naming;
-    T_DRIVER driver;
-    RecordingControl control;
-};
 
 struct Told {
     const char* what;
@@ -263,6 +185,14 @@ const Ending kEndings[] = {
      }},
     {"no data", StopCode::NoData, "Stop - By non data", false, [](ControlRig& r) { r.device.readerPaced = 0; }},
     {"transfer", StopCode::TransferError, "Stop - By get error", true, [](ControlRig& r) { r.device.failingRead = 2; }},
+    {"an error of the board", StopCode::TransferError, "Stop - By get error", true,
+     [](ControlRig& r) {
+         r.device.streamEnd = {kADCEndError, 0, 100000, 0};
+     }},
+    {"the end of the source", StopCode::SourceEnd, "Stop - By end of source", true,
+     [](ControlRig& r) {
+         r.device.streamEnd = {kADCEndOfSource, 0, 100000, 0};
+     }},
     {"another ring at the start", StopCode::Incompatible, "", false,
      [](ControlRig& r) { r.device.ringRefusedFrom = 1; }},
     {"overflow", StopCode::Error, "", true,
@@ -290,8 +220,10 @@ TEST(RecordingControl, EveryEndRunsTheStopRoutine) {
             EXPECT_NE(rig.shell.name, first) << "a new name is proposed";
             EXPECT_FALSE(fileExists(rig.shell.name));
             EXPECT_EQ(rig.shell.quits, 1);
-            EXPECT_EQ(rig.shell.hasShown("Attention: "), c.code != StopCode::StopMeasuring);
-            EXPECT_EQ(rig.shell.hasShown("box: GetData mode:\n     Mode = 1\n"), c.code == StopCode::TransferError);
+            EXPECT_EQ(rig.shell.hasShown("Attention: "),
+                      c.code != StopCode::StopMeasuring && c.code != StopCode::SourceEnd);
+            EXPECT_EQ(rig.shell.hasShown("box: GetData mode:\n     Mode = 1\n"), rig.device.failingRead == 2);
+            EXPECT_EQ(rig.shell.hasShown("box: "), rig.device.failingRead == 2);
             rig.control.StopButtonClick();
             EXPECT_EQ(rig.shell.quits, 1) << "the program ends once";
         }
@@ -375,106 +307,6 @@ TEST(RecordingControl, TellsWhatTheBoardTakesInPlaceOfTheWishes) {
     rig.control.StopButtonClick();
 }
 
-TEST(RecordingControl, StopTimer) {
-    struct Case {
-        const char* what;
-        double seconds;
-        int ticks;
-    };
-    for (const Case& c : {Case{"a second and a half", 1.5, 2}, Case{"whole seconds", 3.0, 3}, Case{"a bit", 0.01, 1}}) {
-        SCOPED_TRACE(c.what);
-        ScopedDebugLog log;
-        {
-            ControlRig rig;
-            rig.attach();
-            rig.control.setDataWait(60000);
-            rig.shell.wanted.stopRule = StopRule::Time;
-            rig.shell.wanted.stopSeconds = c.seconds;
-            ASSERT_TRUE(rig.control.StartButtonClick());
-            EXPECT_EQ(rig.shell.timer, 1000U);
-            for (int tick = 1; tick <= c.ticks; ++tick) {
-                EXPECT_TRUE(rig.control.running()) << "before tick " << tick;
-                EXPECT_EQ(rig.control.StopTimerTick(), tick == c.ticks);
-            }
-            EXPECT_FALSE(rig.control.running());
-            EXPECT_EQ(rig.shell.timer, 0U);
-            EXPECT_FALSE(rig.control.StopTimerTick()) << "one that was due already";
-        }
-        EXPECT_EQ(firstMissing(log.finish(), {"Create timer for stop: TimeStopValue = ", "Timer stop - Work"}), "");
-    }
-}
-
-TEST(RecordingControl, StopTimerCountsFromTheFirstDataOfAnExternalStart) {
-    for (const bool seenByTick : {false, true}) {
-        SCOPED_TRACE(seenByTick);
-        ControlRig rig;
-        rig.device.numbers[kADCGetBoardModes] = kADCModeExternalStart;
-        rig.attach();
-        rig.shell.wanted.boardMode = kBoardExternalStart;
-        rig.shell.wanted.stopRule = StopRule::Time;
-        rig.shell.wanted.stopSeconds = 2;
-        ASSERT_TRUE(rig.control.StartButtonClick());
-        ASSERT_TRUE(rig.device.waitForCall("Start"));
-        rig.shell.timer = 0;
-        const Notification progress{rig.control.session()->number(), {}};
-        for (int tick = 0; tick < 10; ++tick) {
-            rig.control.StopTimerTick();
-            rig.control.OnNotification(progress);
-        }
-        ASSERT_TRUE(rig.control.running()) << "the board has not begun";
-        ASSERT_EQ(rig.shell.timer, 0U);
-        rig.device.produce(500);
-        ASSERT_TRUE(rig.device.waitForReads(500));
-        while (rig.control.session()->samplesRead() == 0) {
-            std::this_thread::yield();
-        }
-        seenByTick ? static_cast<void>(rig.control.StopTimerTick()) : rig.control.OnNotification(progress);
-        EXPECT_EQ(rig.shell.timer, 1000U) << "the first second begins with the data";
-        rig.control.StopTimerTick();
-        rig.control.OnNotification(progress);
-        EXPECT_TRUE(rig.control.running());
-        rig.control.StopTimerTick();
-        EXPECT_FALSE(rig.control.running());
-    }
-}
-
-TEST(RecordingControl, CycleStartsTheNextRecordingUnderANewName) {
-    ControlRig rig;
-    rig.device.readerPaced = 100000;
-    rig.shell.wanted.stopRule = StopRule::Size;
-    rig.shell.wanted.stopBytes = 400;
-    rig.shell.wanted.cycleStart = true;
-    rig.attach();
-    ASSERT_TRUE(rig.control.StartButtonClick());
-    const std::string first = rig.shell.name;
-    rig.pump();
-    EXPECT_TRUE(rig.control.running());
-    const std::string second = rig.shell.name;
-    EXPECT_NE(second, first);
-    rig.shell.wanted.cycleStart = false;
-    rig.pump();
-    EXPECT_FALSE(rig.control.running()) << "the operator has let the toggle go";
-    EXPECT_TRUE(readFile(first) == streamBytes(0, 200, 2));
-    EXPECT_TRUE(readFile(second) == streamBytes(0, 200, 2));
-}
-
-TEST(RecordingControl, CycleGoesOnAfterTimeButNotForTheStopButtonNorUnattended) {
-    for (const bool console : {false, true}) {
-        ControlRig rig;
-        rig.shell.console = console;
-        rig.attach();
-        rig.control.setDataWait(60000);
-        rig.shell.wanted.stopRule = StopRule::Time;
-        rig.shell.wanted.stopSeconds = 1.0;
-        rig.shell.wanted.cycleStart = true;
-        ASSERT_TRUE(rig.control.StartButtonClick());
-        rig.control.StopTimerTick();
-        EXPECT_EQ(rig.control.running(), !console);
-        rig.control.StopButtonClick();
-        EXPECT_FALSE(rig.control.running());
-    }
-}
-
 TEST(RecordingControl, TellsOfASlowDiskAndOfTheEndOfTheSystem) {
     ControlRig rig;
     rig.device.readerPaced = 1000;
@@ -495,53 +327,6 @@ TEST(RecordingControl, TellsOfASlowDiskAndOfTheEndOfTheSystem) {
     rig.pump();
     EXPECT_EQ(rig.control.outcome(), RecordingOutcome::EndedEarly);
     EXPECT_EQ(rig.control.lastResult().bytes, 2000U);
-}
-
-TEST(RecordingControl, ANearlyFullDiskEndsTheCycle) {
-    ControlRig rig;
-    rig.shell.wanted.cycleStart = true;
-    rig.attach();
-    ASSERT_TRUE(rig.control.StartButtonClick());
-    Notification notification{rig.control.session()->number(), {}};
-    notification.result.code = StopCode::StopMeasuring;
-    notification.result.bytes = 1000;
-    notification.result.diskNearlyFull = true;
-    rig.control.OnNotification(notification);
-    EXPECT_FALSE(rig.control.running());
-    EXPECT_TRUE(rig.shell.hasShown("Stop - By stop measuring"));
-    EXPECT_TRUE(rig.shell.hasShown("Attention: Recording ended: the disk is almost full."));
-}
-
-TEST(RecordingControl, CutNumber) {
-    struct Case {
-        int32_t megabytes;
-        bool accessible;
-        size_t pieces;
-        std::vector<std::string> lines;
-    };
-    for (const Case& c : {Case{1, true, 2, {"CutNumber = 1", "CutMode enabled", "CutFlag = 1"}},
-                          Case{1, false, 1, {"CutMode disable", "CutFlag = 0"}},
-                          Case{0, true, 1, {"!!!! CutNumber catching= 0", "CutMode disable"}}}) {
-        SCOPED_TRACE(c.megabytes);
-        ScopedDebugLog log;
-        {
-            ControlRig rig;
-            rig.device.quiet = true;
-            rig.device.readerPaced = 1000000;
-            rig.device.numbers[kADCGetCutMode] = c.accessible ? 1 : 0;
-            rig.shell.wanted.stopRule = StopRule::Size;
-            rig.shell.wanted.stopBytes = 1536 * 1024;
-            rig.shell.wanted.cut = true;
-            rig.shell.wanted.cutMegabytes = c.megabytes;
-            rig.attach();
-            ASSERT_TRUE(rig.control.StartButtonClick());
-            EXPECT_EQ(rig.pump().result.code, StopCode::StopMeasuring);
-            EXPECT_EQ(rig.files().size(), 2 * c.pieces);
-            EXPECT_EQ(rig.shell.ended.bytes, 1572864U);
-            EXPECT_EQ(rig.shell.ended.files, c.pieces);
-        }
-        EXPECT_EQ(firstMissing(log.finish(), c.lines), "");
-    }
 }
 
 }  // namespace

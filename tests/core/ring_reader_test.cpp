@@ -88,6 +88,24 @@ TEST(RingReader, RestComesInStretchesOfWholeFrames) {
     EXPECT_EQ(ring.nextStretch(ring.written()).count, 0U);
 }
 
+TEST(RingReader, EndOfTheStreamCountsForMoreThanEventsAndCount) {
+    RingReader ring(120, 3, 59);
+    ring.halvesFilled(3);
+    ring.samplesWritten(100);
+    ring.advance(60);
+    ring.streamEnds(181);
+    EXPECT_EQ(ring.written(), 180U) << "the torn frame stays";
+    EXPECT_FALSE(ring.overwritten()) << "a full ring is no lost sample";
+    ring.halvesFilled(1);
+    EXPECT_EQ(ring.written(), 180U) << "the end has an event too";
+    ring.samplesWritten(181);
+    EXPECT_EQ(ring.written(), 180U);
+    EXPECT_TRUE(ring.overwritten()) << "written on over what is unread";
+    ring.advance(180);
+    EXPECT_EQ(ring.written(), 240U) << "what was read stays read";
+    EXPECT_EQ(ring.nextStretch(ring.written()).count, 0U);
+}
+
 TEST(RingReader, PositionsGoOnBeyond32Bits) {
     RingReader ring(4000000000U, 4, 100);
     for (int i = 0; i < 6; ++i) {

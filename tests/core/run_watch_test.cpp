@@ -49,6 +49,7 @@ const Ending kEndings[] = {
     {StopCode::TransferError, kNone, "Stop - By get error", "Error in metod GET", RunState::Error, "1111"},
     {StopCode::Incompatible, kNone, "", "Dynamic library is not compatible with this application! Update drivers.",
      RunState::Error, "1111"},
+    {StopCode::SourceEnd, kNone, "Stop - By end of source", "", RunState::Stopped, "0110"},
 };
 
 // A board that ends by itself tells so before its session goes; one that was stopped tells it afterwards.

@@ -129,6 +129,9 @@ bool AcquisitionThread::startBoard() {
     counts_ = driver_.device().get(kADCGetSamplesWritten, written);
     startAwaited_ = board_.settings.externalStart;
     ring_.emplace(info.m_nRingSize, board_.settings.channelCount(), timing_.threshold);
+    ADCStreamEnd end{};
+    tellsEnd_ = driver_.device().get(kADCGetStreamEnd, end);
+    askEnd();
     return true;
 }
 
@@ -184,7 +187,8 @@ void AcquisitionThread::completeReport(bool saved) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
     }
     report_.diskNearlyFull = report_.code == StopCode::StopMeasuring && board_.writer().diskNearlyFull();
-    if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring)) {
+    if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring ||
+                   report_.code == StopCode::SourceEnd)) {
         report_.code = StopCode::WriteError;
     }
     if (!saved && report_.problem.empty()) {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "core/recording/board.h"
 #include "core/recording/data_wait.h"
@@ -51,11 +52,15 @@ private:
     [[nodiscard]] WaitPlan waitPlan() const;
     void updatePositions();
     void askCount();
+    void askEnd();
     void readHalves();
     void readCounted();
     void readUpTo(uint64_t end);
     void watchForData();
-    void drain();
+    void drain(DataWait::Wake wake);
+    void explain(DataWait::Wake wake);
+    void tellEnd(bool stopAsked);
+    void endAs(uint32_t cause, uint64_t position);
     [[nodiscard]] bool read(const RingReader::Part& part);
     [[nodiscard]] bool transfer(const RingReader::Part& part);
     [[nodiscard]] bool fetch(std::byte* destination, uint32_t count, uint32_t offset, int32_t partNumber);
@@ -64,6 +69,7 @@ private:
     [[nodiscard]] int32_t write(const EvaluatedBlock& block);
     [[nodiscard]] bool overwritten();
     void overflow();
+    void failAt(uint64_t position, const std::string& problem);
     void lose(LossCause cause);
     void fail(ErrorDetail detail);
     void fail(ErrorDetail detail, const std::string& problem);
@@ -86,6 +92,7 @@ private:
     bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
     bool counts_ = false;          ///< the driver has told how many samples it has put into the ring
     bool countAnswered_ = false;   ///< and did so when it was asked last
+    bool tellsEnd_ = false;        ///< the driver tells whether its stream has ended
     bool startAwaited_ = false;    ///< the external start has not come
     bool eventCame_ = false;       ///< with this pass
     bool additionalMode_ = false;  ///< the pre-history portion is being read
@@ -96,6 +103,8 @@ private:
     std::optional<LocalTime> noDataSince_;
     uint64_t lastHalves_ = 0;
     uint64_t lastProgress_ = 0;
+    std::optional<ADCStreamEnd> end_;  ///< the board's stream has ended by itself
+    std::string endWords_;             ///< of the driver, why
     DiskWatch diskWatch_;
     RecordingResult report_;
 };

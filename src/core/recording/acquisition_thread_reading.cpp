@@ -16,44 +16,58 @@ int32_t secondsBetween(const LocalTime& from, const LocalTime& to) {
     return (to.hour - from.hour) * 3600 + (to.minute - from.minute) * 60 + (to.second - from.second);
 }
 
+std::string oneLine(std::string words) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
+    std::replace_if(words.begin(), words.end(), isControl, ' ');
+    return words;
+}
+
 }  // namespace
 
 void AcquisitionThread::measure() {
-    while (!link_.stopRequested()) {
-        const DataWait::Wake wake = wait_.next(counts_, !countAnswered_ && ring_->nextHalves().count > 0);
-        if (wake == DataWait::Wake::Unplugged) {
-            DEBUG_LOG("!!!!! Board unplug.... Thread stop");
-            unplugged_ = true;
-        } else if (wake == DataWait::Wake::Failed) {
-            report_.problem =
-                formatText("The wait for the board's data event failed: %s", wait_.error().text().c_str());
-            DEBUG_LOG("!!!!! %s", report_.problem.c_str());
-        } else if (wake == DataWait::Wake::TimedOut) {
-            report_.problem = formatText("The board gave no data event in %u ms", wait_.limitMs());
-            DEBUG_LOG("!!!!! %s", report_.problem.c_str());
-            result_ = kNoData;
-        }
+    DataWait::Wake wake = DataWait::Wake::Event;
+    while (!link_.stopRequested() && !end_ && result_ == kGoOn && report_.code == StopCode::Running) {
+        wake = wait_.next(counts_, !countAnswered_ && ring_->nextHalves().count > 0);
         if (wake != DataWait::Wake::Event && wake != DataWait::Wake::Look) {
-            link_.requestStop();
             break;
         }
         updatePositions();
+        if (end_) {
+            break;  // read as a whole, to the last frame
+        }
         if (countAnswered_ && (wait_.longHalves() || wake == DataWait::Wake::Look)) {
             readCounted();
         } else {
             readHalves();
         }
-        if (result_ != kGoOn || report_.code != StopCode::Running) {
-            link_.requestStop();
-        }
         notifyProgress();
     }
+    const bool stopAsked = link_.stopRequested();
+    link_.requestStop();
     // A recording that ended by its own rule has what it wants; one that was ended gets what the board still holds.
     if (report_.code == StopCode::Running && (result_ == kGoOn || result_ == kNoData)) {
-        drain();
+        drain(wake);
+    }
+    if (end_) {
+        tellEnd(stopAsked);
     }
     if (report_.code == StopCode::Running && !wait_.error().ok()) {
         fail(ErrorDetail::Unknown);
+    }
+}
+
+// Why nothing more is waited for, unless somebody asked for a stop.
+void AcquisitionThread::explain(DataWait::Wake wake) {
+    if (wake == DataWait::Wake::Unplugged) {
+        DEBUG_LOG("!!!!! Board unplug.... Thread stop");
+        unplugged_ = true;
+    } else if (wake == DataWait::Wake::Failed) {
+        report_.problem = formatText("The wait for the board's data event failed: %s", wait_.error().text().c_str());
+        DEBUG_LOG("!!!!! %s", report_.problem.c_str());
+    } else if (wake == DataWait::Wake::TimedOut) {
+        report_.problem = formatText("The board gave no data event in %u ms", wait_.limitMs());
+        DEBUG_LOG("!!!!! %s", report_.problem.c_str());
+        result_ = kNoData;
     }
 }
 
@@ -62,7 +76,8 @@ void AcquisitionThread::updatePositions() {
     eventCame_ = halves > 0;
     ring_->halvesFilled(halves);
     askCount();
-    const auto load = static_cast<uint32_t>(ring_->load() * 1000.0);
+    askEnd();
+    const auto load = static_cast<uint32_t>(std::min(ring_->load(), 1000.0) * 1000.0);
     if (load > link_.worstLoad()) {
         link_.setWorstLoad(load);
     }
@@ -75,6 +90,20 @@ void AcquisitionThread::askCount() {
     if (countAnswered_) {
         ring_->samplesWritten(written);
     }
+}
+
+// Whatever the driver has told before, the end of its stream tells how many samples there are.
+void AcquisitionThread::askEnd() {
+    ADCStreamEnd end{};
+    if (!tellsEnd_ || end_ || !driver_.device().get(kADCGetStreamEnd, end) || end.m_nCause == kADCEndNone) {
+        return;
+    }
+    end_ = end;
+    endWords_ = oneLine(driver_.device().lastError());
+    ring_->streamEnds(end.m_nPosition);
+    DEBUG_LOG("!!!!! Stream end: cause = %u, position = %llu, lost = %llu, taken at %llu", end.m_nCause,
+              static_cast<unsigned long long>(end.m_nPosition), static_cast<unsigned long long>(end.m_nLost),
+              static_cast<unsigned long long>(ring_->written()));
 }
 
 void AcquisitionThread::readHalves() {
@@ -172,6 +201,7 @@ bool AcquisitionThread::transfer(const RingReader::Part& part) {
     askCount();
     if (!countAnswered_) {
         ring_->halvesFilled(wait_.takeEvents());
+        askEnd();  // an event that was for the end told of no half
     }
     return !overwritten();
 }
@@ -254,10 +284,17 @@ int32_t AcquisitionThread::write(const EvaluatedBlock& block) {
     return result;
 }
 
-// Reads what the ring holds at this moment: filled halves, and the part of the next one that the driver has counted.
-void AcquisitionThread::drain() {
+// Reads what the ring holds at this moment: filled halves, and the part of the next one that the driver has counted. Of
+// a stream that has ended, all that lies before its end.
+void AcquisitionThread::drain(DataWait::Wake wake) {
     draining_ = true;
     updatePositions();
+    if (end_) {
+        result_ = kGoOn;
+        unplugged_ = end_->m_nCause == kADCEndUnplugged;
+    } else {
+        explain(wake);
+    }
     const uint64_t end = ring_->written();
     const int32_t ended = result_;
     if (overwritten()) {
@@ -268,6 +305,42 @@ void AcquisitionThread::drain() {
         // The board went away with what it held: what came before is kept.
         result_ = ended;
     }
+}
+
+// How the recording ends whose stream has ended by itself, and what the board lost by that. An error that kept samples
+// before the end from being recorded stays the reason.
+void AcquisitionThread::tellEnd(bool stopAsked) {
+    if (result_ == kFinished) {
+        return;
+    }
+    const uint32_t cause = end_->m_nCause;
+    const uint64_t position = ring_->written();
+    if (cause == kADCEndLost || (cause != kADCEndOfSource && end_->m_nLost > 0)) {
+        report_.losses.push_back({LossCause::Board, position, end_->m_nLost});
+    }
+    // Nothing is missing of a source that was stopped just when it ended.
+    const bool stopped = cause == kADCEndOfSource && stopAsked;
+    if (report_.code == StopCode::Running && result_ == kGoOn && !stopped) {
+        endAs(cause, position);
+    }
+}
+
+void AcquisitionThread::endAs(uint32_t cause, uint64_t position) {
+    switch (cause) {
+        case kADCEndLost:
+            failAt(position, endWords_);
+            return;
+        case kADCEndUnplugged:
+            report_.code = StopCode::Unplug;
+            break;
+        case kADCEndOfSource:
+            report_.code = StopCode::SourceEnd;
+            break;
+        default:  // an error, or what only later drivers tell
+            report_.code = StopCode::TransferError;
+            break;
+    }
+    report_.problem = endWords_;
 }
 
 // Unread samples are gone. A board that gave no event in time has run over its ring unseen: that it gave none stays the
@@ -287,14 +360,19 @@ bool AcquisitionThread::overwritten() {
 }
 
 void AcquisitionThread::overflow() {
+    askEnd();  // a board that has lost samples too says so while it runs
     driver_.stop();
     DEBUG_LOG("!!!!! FIFO Overflow");
-    const uint64_t position = ring_->readPosition();
-    report_.overflowPosition = position;
     lose(LossCause::Overwritten);
-    fail(ErrorDetail::Overflow,
-         formatText("First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(position),
-                    static_cast<unsigned long long>(position / board_.settings.channelCount())));
+    failAt(ring_->readPosition(), {});
+}
+
+void AcquisitionThread::failAt(uint64_t position, const std::string& problem) {
+    report_.overflowPosition = position;
+    const std::string where =
+        formatText("First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(position),
+                   static_cast<unsigned long long>(position / board_.settings.channelCount()));
+    fail(ErrorDetail::Overflow, problem.empty() ? where : problem);
 }
 
 // From the read position on nothing is recorded any more, of what the board is known to have delivered.

@@ -188,7 +188,7 @@ void RecordingControl::report(const Notification& notification) {
     if (end.message && end.kind == MessageKind::Attention) {
         attention(text(*end.message));
     }
-    if (result.code == StopCode::TransferError) {
+    if (result.code == StopCode::TransferError && result.getData.mode != 0) {
         shell_.showMessage(result.getData.text());
     }
     if (!result.problem.empty()) {

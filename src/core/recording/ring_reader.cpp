@@ -67,8 +67,19 @@ uint64_t RingReader::countedHalves() const {
     return half == 0 ? 0 : counted_ / half * half;
 }
 
+// A frame that was cut short is none.
+void RingReader::streamEnds(uint64_t position) {
+    end_ = position / channelCount_ * channelCount_;
+}
+
+// A board that goes on writing behind the end of its stream may reach what is unread.
+bool RingReader::overwritten() const {
+    return std::max(written(), end_ ? counted_ : 0) - readPosition_ > ringSize_;
+}
+
 uint64_t RingReader::written() const {
-    return std::max(countIsNews_ ? counted_ : signalled_, readPosition_);
+    const uint64_t told = countIsNews_ ? counted_ : signalled_;
+    return std::max(end_.value_or(told), readPosition_);
 }
 
 uint32_t RingReader::wholeFrames(uint64_t samples) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 namespace tarno2 {
 
@@ -29,6 +30,9 @@ public:
     /// The driver said how many samples it has put into the ring since the start. As long as it does so, that counts,
     /// and events only say when to ask.
     void samplesWritten(uint64_t count);
+    /// The driver said where its stream ends: all before `position` is in the ring, whatever was counted or signalled,
+    /// and nothing behind it is read. Once.
+    void streamEnds(uint64_t position);
 
     /// A part of the ring to read, in whole frames; `count` 0 for nothing.
     struct Part {
@@ -49,7 +53,7 @@ public:
     /// The unread part fills the ring, or `part` does so nearly: the driver is about to write, or writes, over it.
     [[nodiscard]] bool overflows(const Part& part) const;
     /// An unread sample was overwritten for certain.
-    [[nodiscard]] bool overwritten() const { return written() - readPosition_ > ringSize_; }
+    [[nodiscard]] bool overwritten() const;
 
     /// End of all that the driver is known to have put into the ring.
     [[nodiscard]] uint64_t written() const;
@@ -67,9 +71,10 @@ private:
     uint32_t channelCount_;
     uint32_t threshold_;
     uint64_t readPosition_ = 0;
-    uint64_t signalled_ = 0;    ///< end of the last half that an event told of
-    uint64_t counted_ = 0;      ///< what the driver said last
-    bool countIsNews_ = false;  ///< it said so after the last event
+    uint64_t signalled_ = 0;       ///< end of the last half that an event told of
+    uint64_t counted_ = 0;         ///< what the driver said last
+    bool countIsNews_ = false;     ///< it said so after the last event
+    std::optional<uint64_t> end_;  ///< of the stream, in whole frames
 };
 
 }  // namespace tarno2

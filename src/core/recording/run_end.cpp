@@ -12,7 +12,7 @@ namespace tarno2 {
 namespace {
 
 /// Who has to have ended it so that it is over as asked.
-enum class Asked { Never, ByItsRule, Always };
+enum class Asked { Never, ByItsRule, WithoutRule, Always };
 
 struct Row {
     StopCode code = StopCode::Running;
@@ -31,7 +31,7 @@ constexpr MessageKind kAttention = MessageKind::Attention;
 constexpr MessageKind kInformation = MessageKind::Information;
 constexpr ErrorDetail kNone = ErrorDetail::Unknown;
 
-constexpr std::array<Row, 14> kRows = {{
+constexpr std::array<Row, 15> kRows = {{
     {StopCode::Error, ErrorDetail::Overflow, false, kError, Asked::Never, "", TextId::FifoOverflow, kAttention},
     {StopCode::Error, ErrorDetail::Init, false, kError, Asked::Never, "Stop - By init error", TextId::InitError,
      kAttention},
@@ -55,6 +55,8 @@ constexpr std::array<Row, 14> kRows = {{
     {StopCode::TransferError, kNone, false, kError, Asked::Never, "Stop - By get error", TextId::GetDataError,
      kAttention},
     {StopCode::Incompatible, kNone, false, kError, Asked::Never, "", TextId::IncompatibleDriver, kAttention},
+    {StopCode::SourceEnd, kNone, false, kStopped, Asked::WithoutRule, "Stop - By end of source", TextId::EndedBySource,
+     kInformation},
 }};
 
 bool isRowOf(const Row& row, const RecordingResult& result) {
@@ -63,7 +65,7 @@ bool isRowOf(const Row& row, const RecordingResult& result) {
 }
 
 bool asAsked(Asked asked, StopRule rule, OutsideEnd end) {
-    return asked == Asked::Always ||
+    return asked == Asked::Always || (asked == Asked::WithoutRule && rule == StopRule::Manual) ||
            (asked == Asked::ByItsRule &&
             (end == OutsideEnd::StopTime || (end == OutsideEnd::User && rule == StopRule::Manual)));
 }

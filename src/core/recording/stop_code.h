@@ -18,8 +18,9 @@ enum class StopCode : int32_t {
     Unplug = 4,         ///< the board was pulled out
     NoData = 5,         ///< the board gave no data in time
     AnalyzeError = 6,   ///< the evaluator failed
-    TransferError = 7,  ///< `GetData` failed
-    Incompatible = 8    ///< the driver's ring can't be used
+    TransferError = 7,  ///< `GetData` failed, or the board told of an error
+    Incompatible = 8,   ///< the driver's ring can't be used
+    SourceEnd = 9       ///< the board's source has come to its end
 };
 
 /// What went wrong when the code is `StopCode::Error`.
@@ -43,10 +44,10 @@ struct GetDataReport {
 struct RecordingResult {
     StopCode code = StopCode::Running;
     ErrorDetail detail = ErrorDetail::Unknown;
-    GetDataReport getData;          ///< when `code` is TransferError
+    GetDataReport getData;          ///< when `code` is TransferError, `mode` 0: no call failed
     uint64_t bytes = 0;             ///< in the files that are left; while it runs: accepted by the writer
     uint32_t files = 0;             ///< that are left
-    uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring overflowed
+    uint64_t overflowPosition = 0;  ///< index of the first lost sample when the ring or the board overflowed
     uint64_t events = 0;            ///< of the synchronisation
     bool sizeReached = false;       ///< it ended by its size
     bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring

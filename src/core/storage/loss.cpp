@@ -17,6 +17,8 @@ const char* causeName(LossCause cause) {
             return "overwritten";
         case LossCause::Transfer:
             return "transfer";
+        case LossCause::Board:
+            return "board";
         case LossCause::Disk:
             break;
     }
@@ -29,6 +31,8 @@ TextId causeText(LossCause cause) {
             return TextId::RingOverwritten;
         case LossCause::Transfer:
             return TextId::GetDataError;
+        case LossCause::Board:
+            return TextId::BoardLostSamples;
         case LossCause::Disk:
             break;
     }

@@ -10,14 +10,15 @@ namespace tarno2 {
 enum class LossCause {
     Overwritten,  ///< the board's ring was, or was about to be, overwritten before it was read
     Transfer,     ///< the board did not hand them over
-    Disk          ///< the disk did not take them
+    Disk,         ///< the disk did not take them
+    Board         ///< the board lost them before they came into its ring
 };
 
 /// Samples that a recording has lost for certain.
 struct Loss {
     LossCause cause = LossCause::Overwritten;
     uint64_t sample = 0;  ///< the first one: of the board's stream, or of the recorded one when the disk is the cause
-    uint64_t count = 0;   ///< as many as are known to be lost
+    uint64_t count = 0;   ///< as many as are known to be lost; 0 of the board: it does not know
 
     friend bool operator==(const Loss&, const Loss&) = default;
 };
