@@ -39,6 +39,10 @@ find_violations() {
             ours = "sdk platform language records sync config core display ui apps scopera drivers tests bench fuzz"
             sdk_users = "sdk core/devices core/recording display ui apps scopera drivers tests bench"
             qt_users = "ui scopera apps tests bench"
+            # Headers of libraries that one driver alone is built on, and of the tests of it.
+            libraries["drivers/comedi"] = "comedilib.h"
+            libraries["tests/drivers/comedi"] = libraries["drivers/comedi"]
+            libraries["tests/kernel"] = libraries["drivers/comedi"]
             # The C++ standard library without <csignal>, whose meaning differs from system to system.
             standard = "algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv " \
                 "chrono cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine " \
@@ -64,7 +68,9 @@ find_violations() {
             inside = FILENAME
             sub(/^src\//, "", inside)
             folder = place(inside)
-            in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform|tests\/sweep)\//
+            directory = inside
+            sub(/\/[^\/]*$/, "", directory)
+            in_system = inside ~ /^(platform|sdk\/example|tests\/support|tests\/platform|tests\/sweep|tests\/drivers\/comedi)\//
         }
 
         /^[ \t]*#[ \t]*(if|ifdef|ifndef|elif|elifdef|elifndef)[^a-z]/ {
@@ -99,6 +105,7 @@ find_violations() {
                 if (!has(qt_users, folder)) report(folder "/ may not include the window toolkit <" name ">")
             } else if (has(standard, name)) {
             } else if (folder == "sdk" && name ~ /^(stddef|stdint|string|stdlib|math)\.h$/) {
+            } else if ((directory in libraries) && has(libraries[directory], name)) {
             } else if (folder == "tests" && name ~ /^(gtest|gmock)\//) {
             } else if (folder == "bench" && name ~ /^benchmark\//) {
             } else if (folder == "apps" && name ~ /^CLI\//) {
@@ -173,6 +180,9 @@ bad src/display/a.cpp #include "ui/show_form.h"
 bad src/display/b.cpp #include <QWidget>
 bad src/core/recording/n.cpp #include <gtest/gtest.h>
 bad src/core/recording/o.cpp #include HEADER
+bad src/drivers/simulator/g.cpp #include <comedilib.h>
+bad src/core/devices/d.cpp #include <comedilib.h>
+bad src/drivers/comedi/a.cpp #include <unistd.h>
 good src/platform/posix/a.cpp #include <unistd.h>
 good src/platform/windows/a.cpp #include <windows.h>
 good src/platform/d.cpp #if defined(_WIN32)
@@ -194,6 +204,8 @@ good src/apps/f.cpp #include <CLI/CLI.hpp>
 good src/scopera/b.cpp #include <qcustomplot.h>
 good src/drivers/simulator/e.cpp #include "records/key_value_file.h"
 good src/drivers/simulator/f.cpp #include "drivers/common/pace.h"
+good src/drivers/comedi/b.cpp #include <comedilib.h>
+good tests/drivers/comedi/a.cpp #include <comedilib.h>
 good sdk/tarno2/c.h #if defined(_WIN32)
 good sdk/tarno2/d.h #include <stdint.h>
 good sdk/example/b.cpp #include <tarno2/IADCDevice.h>
