@@ -94,6 +94,7 @@ void T_MainForm::loadSettings() {
         settings_.mainFormPos = firstPlace();
     }
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
+    selection().setDriverSettings(settings_.driverSettings);
     panels_->load(settings_);
     if (known) {
         lookForBoard([this, saved = settings_] { return selection().applySaved(saved); },
@@ -308,6 +309,7 @@ void T_MainForm::storeControls() {
         return;
     }
     panels_->store(settings_);
+    settings_.driverSettings = selection().driverSettings();
     const uint32_t channels = selection().driver().facts().channelCount;
     settings_.channelCount = channels > 0 ? static_cast<int32_t>(channels) : kMaximumChannelCount;
 }

@@ -76,6 +76,19 @@ TEST_F(DriversProgram, AddsADriverThatThenRecords) {
     rig.run("tarno2-drivers", {"remove", "TestDriver"});
 }
 
+TEST_F(DriversProgram, ShowsWhatADriverCanBeTold) {
+    rig.run("tarno2-drivers", {"add", "TestDriver", SETTINGS_DRIVER});
+    EXPECT_THAT(rig.run("tarno2-drivers", {"settings", "TestDriver"}),
+                AllOf(HasSubstr("KEY       TYPE     TAKES "), HasSubstr("Label     text     "),
+                      HasSubstr("\nChannels  integer  1 to 16 "), HasSubstr("\nRate      real  "),
+                      HasSubstr("  1000.5        Sample rate of a channel, Hz\n"),
+                      HasSubstr("\nFormat    choice   u8, s16le, f32le                  s16le "),
+                      HasSubstr("\nPort      choice   /dev/ttyS0, /dev/ttyUSB0, others "), HasSubstr("*.wav, *.dat "),
+                      HasSubstr("lab           Host (fixed by the environment)\n")));
+    rig.run("tarno2-drivers", {"remove", "TestDriver"});
+    rig.run("tarno2-drivers", {"settings", "TestDriver"}, 1);
+}
+
 TEST_F(DriversProgram, RefusesBadUse) {
     EXPECT_THAT(rig.run("tarno2-drivers", {}, 2), HasSubstr("subcommand"));
     rig.run("tarno2-drivers", {"add", "OnlyAName"}, 2);

@@ -83,8 +83,12 @@ private:
 
 TEST(AutoSettings, GoodFileIsReadWithoutFindings) {
     Load load;
-    load.withText(settingsText(
-        {{"BaseNumber", "10"}, {"BoardMode", "0x6"}, {"PacketFreq", "20000"}, {"CutMode", "16"}, {"Decimation", "4"}}));
+    load.withText(settingsText({{"BaseNumber", "10"},
+                                {"BoardMode", "0x6"},
+                                {"PacketFreq", "20000"},
+                                {"CutMode", "16"},
+                                {"Decimation", "4"},
+                                {"DriverSettings", "\"File=C:\\\\run.wav;Divider=;;\""}}));
     ASSERT_TRUE(load.settings);
     const RecordingWish& settings = *load.settings;
     EXPECT_EQ(settings.driver, "Simulator");
@@ -98,6 +102,7 @@ TEST(AutoSettings, GoodFileIsReadWithoutFindings) {
     EXPECT_EQ(settings.boardMode, kBoardDifferential | kBoardPacketMode);
     EXPECT_EQ(settings.packetFrequency, 20000.0);
     EXPECT_EQ(settings.decimation, 4);
+    EXPECT_EQ(settings.driverSettings, "File=C:\\run.wav;Divider=;;");
 
     ASSERT_EQ(load.allLines.size(), 9U);
     EXPECT_EQ(load.allLines[0], std::string(65, '*'));
@@ -118,6 +123,8 @@ TEST(AutoSettings, EndsWithTheReason) {
         {{{"DriverName", kAbsent}}, {"Required parameters \"DriverName\" is absent... Program aborted"}},
         {{{"DriverName", "Simulator"}}, {"Required parameters \"DriverName\" is absent... Program aborted"}},
         {{{"ChannelCount", kAbsent}}, {"Required parameters \"ChannelCount\" is absent... Program aborted"}},
+        {{{"DriverSettings", "\"File=run.wav;Loop\""}}, {"Value DriverSettings invalid... Program aborted"}},
+        {{{"DriverSettings", "File=run.wav"}}, {"Value DriverSettings invalid... Program aborted"}},
         {{{"ChannelCount", "two"}}, {"Required parameters \"ChannelCount\" is absent... Program aborted"}},
         {{{"ChannelCount", "0"}}, {"Parameters \"ChannelCount\" <= 0 (ChannelCount = 0)... Program aborted"}},
         {{{"ChannelCount", "-3"}}, {"Parameters \"ChannelCount\" <= 0 (ChannelCount = -3)... Program aborted"}},

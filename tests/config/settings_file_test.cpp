@@ -392,6 +392,16 @@ TEST_F(SettingsFile, ATextThatNoLineHoldsIsLeftOut) {
     EXPECT_EQ(back.wish.fileName, "");
 }
 
+TEST_F(SettingsFile, WhatDriversAreToldIsKeptWhole) {
+    ProgramSettings settings;
+    settings.driverSettings =
+        "Network/Address=tcp://127.0.0.1:5000;Gone/Divider=;;;Replay/File=" + std::string(20000, 'x') +
+        ";Serial/Divider= ;";
+    const std::string text = saved(settings);
+    EXPECT_THAT(text, testing::EndsWith("\r\nDriverSettings = " + settings.driverSettings + "\r\n\r\n"));
+    EXPECT_EQ(loaded(text).driverSettings, settings.driverSettings);
+}
+
 TEST_F(SettingsFile, AFailedSaveLeavesWhatWasThere) {
     EXPECT_FALSE(WriteConfig(folder_.file("none"), {}));
     ASSERT_TRUE(createDirectory(folder_.file("Tarno2.cfg")).ok());

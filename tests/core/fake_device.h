@@ -55,6 +55,8 @@ public:
     std::string throwing;                        ///< the call that throws: "Setup", "Start", ...
     std::string error = "scripted";              ///< what LastError tells
     bool quiet = false;                          ///< calls are not written down
+    /// `Get` of the codes that the fake knows nothing of.
+    std::function<int32_t(uint32_t code, void* result)> answer;
 
     FakeDevice();
 

@@ -9,6 +9,7 @@
 #include "platform/event.h"
 #include "platform/file.h"
 #include "tests/core/rig.h"
+#include "tests/core/settings_driver.h"
 
 namespace tarno2::test {
 namespace {
@@ -129,6 +130,53 @@ TEST(SessionHost, WhatAStepThrowsIsALineAndTheRecordingGoesOn) {
         consoleLog().close();
         const std::string log = readFile(folder.file("AutoLog.txt"));
         EXPECT_NE(log.find(std::string(c.line) + "\r\n"), std::string::npos) << log;
+    }
+}
+
+/// What an unattended run says of what its driver is to be told and of the search for its board, and whether it goes
+/// on.
+TEST(SessionHost, TheDriverOfAnUnattendedRunTakesItsSettingsOrNothingBegins) {
+    languageTable().select(kLanguageEnglish);
+    const InstalledSettingsDriver installed;
+    constexpr uint32_t kNotAtAll = 0;
+    constexpr uint32_t kLong = SessionHost::kLongestSearchMs;
+    const struct {
+        const char* settings;
+        uint32_t longestSearch;
+        bool goesOn;
+        const char* line;
+    } cases[] = {
+        {"File=run.wav;Channels=4", kLong, true, ""},
+        {"File=missing.wav;Channels=4", kLong, false,
+         "Value File of \"DriverSettings\" refused: missing.wav: no such file... Program aborted"},
+        {"Fiel=run.wav", kLong, true, "Unknown parameter \"Fiel\" of \"DriverSettings\" ignored"},
+        {"Host=home", kLong, true, "Value Host of \"DriverSettings\" is fixed by the environment... Use \"lab\""},
+        {"Host=lab", kLong, true, ""},
+        {"Asks=3", kLong, true, ""},
+        {"Asks=100", kNotAtAll, false, "The driver still searches for boards, and has not found this one"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.settings);
+        const TemporaryFolder folder;
+        FakeFront front;
+        RecordingWish console;
+        console.driver = "Settings";
+        console.driverSettings = c.settings;
+        ASSERT_TRUE(consoleLog().open(folder.path()).ok());
+        {
+            SessionHost host(front, folder.path(), console);
+            host.selection().setDriverSettings("Settings/Channels=7");
+            EXPECT_EQ(host.applyConsoleSettings(c.longestSearch), c.goesOn);
+            EXPECT_EQ(front.quits, c.goesOn ? 0 : 1);
+            for (const DriverSetting& setting : host.selection().settings()) {
+                EXPECT_FALSE(setting.key == "Channels" && setting.value == "7") << "that is of Tarno2.cfg";
+            }
+        }
+        consoleLog().close();
+        const std::string log = readFile(folder.file("AutoLog.txt"));
+        const std::string line = c.line;
+        EXPECT_EQ(log.find("DriverSettings") != std::string::npos, line.find("DriverSettings") != std::string::npos);
+        EXPECT_TRUE(line.empty() || log.find(line + "\r\n") != std::string::npos) << log;
     }
 }
 

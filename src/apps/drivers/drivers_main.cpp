@@ -2,11 +2,13 @@
 #include <iostream>
 #include <string>
 
+#include "apps/drivers/settings_table_text.h"
 #include "config/logs/program_version.h"
 #include "core/devices/board_selection.h"
 #include "core/devices/driver.h"
 #include "core/devices/driver_catalogue.h"
 #include "language/language_table.h"
+#include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/run_program.h"
@@ -19,18 +21,37 @@ constexpr int kDone = 0;
 constexpr int kFailed = 1;
 constexpr int kBadUse = 2;
 
+void tellFault(const std::string& fault) {
+    std::cerr << fault << '\n';
+}
+
+// A driver may take its time to find its boards. False when it still has not ended.
+bool waitForSearch(Device& device) {
+    constexpr uint32_t kPeriodMs = 100;
+    constexpr uint64_t kLongestMs = 20000;
+    const uint64_t begin = tickCount();
+    while (device.number(kADCGetBoardSearch, 0) == 1) {
+        if (tickCount() - begin > kLongestMs) {
+            return false;
+        }
+        sleepMilliseconds(kPeriodMs);
+    }
+    return true;
+}
+
 // Says of one driver where it lies, and whether it loads and with which boards, or why not.
 bool describeDriver(const std::string& name) {
     std::string why;
     const auto path = driverLibraryPath(name, why);
     std::cout << name << "\n    path: " << (path ? *path : "-") << '\n';
-    T_DRIVER driver([](const std::string& fault) { std::cerr << fault << '\n'; });
+    T_DRIVER driver(tellFault);
     if (!driver.LoadDriver(name, programDirectory(), why)) {
         std::cout << "    does not load: " << why << '\n';
         return false;
     }
+    const bool searched = waitForSearch(driver.device());
     const auto boards = driver.device().boards();
-    std::cout << "    loads, boards: " << boards.size() << '\n';
+    std::cout << "    loads, boards: " << boards.size() << (searched ? "\n" : " (still searching)\n");
     for (const ADCBoardEntry& board : boards) {
         std::cout << "        " << board.m_sName << '\n';
     }
@@ -52,6 +73,18 @@ int list() {
         good = describeDriver(name) && good;
     }
     return good ? kDone : kFailed;
+}
+
+int settings(const std::string& name) {
+    std::string why;
+    T_DRIVER driver(tellFault);
+    if (!driver.LoadDriver(name, programDirectory(), why)) {
+        std::cerr << "tarno2-drivers: " << name << " does not load: " << why << '\n';
+        return kFailed;
+    }
+    const auto wanted = readDriverSettings(driver.device());
+    std::cout << (wanted.empty() ? name + " has no settings.\n" : settingsTableText(wanted));
+    return kDone;
 }
 
 int add(const std::string& name, const std::string& library) {
@@ -91,10 +124,15 @@ int parseAndRun(int argc, char** argv) {
     addCommand->add_option("library", library, "Path of its library")->required();
     CLI::App* removeCommand = app.add_subcommand("remove", "Take a driver out of the registry; its library stays");
     removeCommand->add_option("name", name, "Name of the driver")->required();
+    CLI::App* settingsCommand = app.add_subcommand("settings", "Show what a driver can be told, and what it goes by");
+    settingsCommand->add_option("name", name, "Name of the driver")->required();
     try {
         app.parse(argc, argv);
         if (addCommand->parsed()) {
             return add(name, library);
+        }
+        if (settingsCommand->parsed()) {
+            return settings(name);
         }
         return removeCommand->parsed() ? remove(name) : list();
     } catch (const CLI::ParseError& error) {

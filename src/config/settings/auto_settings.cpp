@@ -12,6 +12,7 @@
 
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
+#include "config/settings/driver_values.h"
 #include "config/settings/settings_table.h"
 #include "platform/clock.h"
 #include "platform/file.h"
@@ -85,6 +86,9 @@ public:
         std::string& value = setting.at(settings_);
         const bool found = file_.readString(key_, value, {});
         value.resize(std::min(value.find('\0'), value.size()));
+        if (!found && rule_.strict) {
+            return lineWithoutNumber();
+        }
         return !found || (value.empty() && !endsLoad(rule_.absent)) ? rule_.absent : nullptr;
     }
 
@@ -210,6 +214,9 @@ bool AutoSettingsReader::take(const SettingRow& row) {
 }
 
 bool AutoSettingsReader::endTurn(AutoTurn turn) {
+    if (turn == AutoTurn::Board && !parseDriverValues(settings_.wish.driverSettings)) {
+        return abortLoad("Value %s invalid... Program aborted", "DriverSettings");
+    }
     if (turn == AutoTurn::Board && !isDirectory(parentFolder(settings_.wish.fileName))) {
         explainBackslashes();
     }

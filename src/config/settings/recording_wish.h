@@ -35,7 +35,8 @@ enum BoardModeBits : uint32_t {
 /// Whether the board can do it is for the start to tell. Starts as a window does that was never told anything.
 struct RecordingWish {
     std::string driver;
-    uint32_t base = 1;     ///< number of the board in the driver's list
+    uint32_t base = 1;           ///< number of the board in the driver's list
+    std::string driverSettings;  ///< what an unattended recording tells that driver, as `parseDriverValues` reads it
     std::string fileName;  ///< where it goes, empty: a name is generated. Kept between runs: where the last one went
 
     std::vector<int32_t> channels;    ///< their numbers in recording order

@@ -105,6 +105,14 @@ constexpr TextSetting text() {
     return {[](Settings& settings) -> std::string& { return member<Path...>(settings); }};
 }
 
+/// A text that is empty for most operators.
+template <auto... Path>
+constexpr TextSetting rareText() {
+    TextSetting setting = text<Path...>();
+    setting.rare = true;
+    return setting;
+}
+
 template <auto... Path>
 constexpr RealListSetting realList() {
     return {[](Settings& settings) -> std::vector<double>& { return member<Path...>(settings); }};

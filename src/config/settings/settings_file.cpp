@@ -42,6 +42,8 @@ bool inRange(const Setting& setting, int32_t value) {
     return value >= setting.lowest && value <= setting.highest;
 }
 
+constexpr size_t kLongText = 0x100000;
+
 /// Takes what the file says of one entry.
 class SettingReader {
 public:
@@ -62,7 +64,16 @@ public:
         }
     }
 
-    void operator()(const TextSetting& setting) { file_.GetStringCopy(key_.c_str(), setting.at(settings_)); }
+    void operator()(const TextSetting& setting) {
+        if (!setting.rare) {
+            file_.GetStringCopy(key_.c_str(), setting.at(settings_));
+            return;
+        }
+        std::string buffer(kLongText, '\0');
+        if (file_.GetString(key_.c_str(), buffer)) {
+            setting.at(settings_).assign(buffer, 0, buffer.find('\0'));
+        }
+    }
 
     // What a list that is too short does hold counts.
     void operator()(const IntegerListSetting& setting) {
@@ -116,6 +127,9 @@ public:
     }
 
     void operator()(const TextSetting& setting) {
+        if (setting.rare && setting.at(settings_).empty()) {
+            return;
+        }
         file_.WriteString(key_.c_str(), setting.at(settings_).c_str(), comment_.c_str());
     }
 

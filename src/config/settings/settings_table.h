@@ -33,6 +33,7 @@ struct RealSetting {
 
 struct TextSetting {
     std::string& (*at)(ProgramSettings&);
+    bool rare = false;  ///< written only when it is not empty, as which it starts; may be long
 };
 
 /// A list of integers or flags whose length the settings tell.

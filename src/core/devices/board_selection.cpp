@@ -20,6 +20,11 @@ bool beginsWithNumber(const ADCBoardEntry& entry, uint32_t number) {
     return begin == formatText("%03x", number) || begin == formatText("%03X", number);
 }
 
+std::string nameBehindNumber(const ADCBoardEntry& entry) {
+    const std::string text = entry.m_sName;
+    return text.substr(std::min(kBaseDigits, text.size()));
+}
+
 }  // namespace
 
 TextId boardStatusWord(BoardStatus status) {
@@ -39,6 +44,7 @@ TextId boardStatusWord(BoardStatus status) {
 BoardStatus statusOf(ApplyOutcome outcome) {
     return outcome == ApplyOutcome::Done         ? BoardStatus::Ready
            : outcome == ApplyOutcome::BoardError ? BoardStatus::Error
+           : outcome == ApplyOutcome::Searching  ? BoardStatus::Error
                                                  : BoardStatus::DriverError;
 }
 
@@ -65,7 +71,9 @@ ApplyOutcome BoardSelection::choose(const std::string& name) {
     if (!DriverBoxChange(name)) {
         return ApplyOutcome::DriverError;
     }
-    return driver_.startAllowed() ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+    return driver_.startAllowed()          ? ApplyOutcome::Done
+           : boards_.empty() && searching_ ? ApplyOutcome::Searching
+                                           : ApplyOutcome::BoardError;
 }
 
 ApplyOutcome BoardSelection::chooseFirstUsable() {
@@ -81,7 +89,13 @@ ApplyOutcome BoardSelection::chooseFirstUsable() {
 void BoardSelection::forget(const std::string& nextDriver) {
     driverName_ = nextDriver;
     boardNumber_ = 0;
+    anyBoard_ = true;
+    boardName_.clear();
+    drqNumber_.reset();
     boards_.clear();
+    settings_.clear();
+    refusals_.clear();
+    searching_ = false;
     problem_.clear();
 }
 
@@ -95,16 +109,27 @@ bool BoardSelection::load(const std::string& name) {
         return false;
     }
     DEBUG_LOG("Driver load OK");
+    refusals_ = tellDriver(driver_.device(), onlySettings_ ? *onlySettings_ : driverValuesOf(driverSettings_, name));
+    readBoards();
+    settings_ = readDriverSettings(driver_.device());
+    return true;
+}
+
+// A driver that has ended its search before it is asked has all boards in its list.
+void BoardSelection::readBoards() {
+    searching_ = driver_.device().number(kADCGetBoardSearch, 0) == 1;
     boards_ = driver_.device().boards();
     if (boards_.empty()) {
         problem_ = driver_.device().lastError();
     }
-    return true;
 }
 
 bool BoardSelection::BaseBoxChange(uint32_t number) {
     DEBUG_LOG("Setup Base = 0x%x , DRQ = %d", number, 0);
     boardNumber_ = number;
+    anyBoard_ = false;
+    const auto board = std::ranges::find(boards_, number, [](const ADCBoardEntry& entry) { return entry.m_nNumber; });
+    boardName_ = board == boards_.end() ? std::string() : nameBehindNumber(*board);
     if (!driver_.selectBoard(number, problem_)) {
         DEBUG_LOG("!!!! Board 0x%x can't be used: %s", number, problem_.c_str());
         return false;
@@ -140,24 +165,85 @@ ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseN
     }
     const bool loaded = load(driverName);
     boardNumber_ = baseNumber;
+    anyBoard_ = false;
     if (!loaded) {
         return ApplyOutcome::DriverError;
     }
-    const auto board = std::find_if(boards_.begin(), boards_.end(), [baseNumber](const ADCBoardEntry& entry) {
-        return beginsWithNumber(entry, baseNumber);
-    });
-    if (board == boards_.end()) {
+    return chooseFound();
+}
+
+const ADCBoardEntry* BoardSelection::wantedBoard() const {
+    if (anyBoard_) {
+        return boards_.empty() ? nullptr : &boards_.front();
+    }
+    auto board =
+        std::ranges::find_if(boards_, [this](const auto& entry) { return beginsWithNumber(entry, boardNumber_); });
+    if (board == boards_.end() && !boardName_.empty()) {
+        board = std::ranges::find(boards_, boardName_, nameBehindNumber);
+    }
+    return board == boards_.end() ? nullptr : &*board;
+}
+
+ApplyOutcome BoardSelection::chooseFound() {
+    const ADCBoardEntry* const board = wantedBoard();
+    if (board == nullptr) {
+        driver_.forgetBoard();
+        if (searching_) {
+            return ApplyOutcome::Searching;
+        }
         DEBUG_LOG("Base number Error");
         if (problem_.empty()) {
-            problem_ = formatText("the driver has no board %03x", baseNumber);
+            problem_ =
+                anyBoard_ ? "the driver has found no board" : formatText("the driver has no board %03x", boardNumber_);
         }
         return ApplyOutcome::BoardError;
     }
-    return BaseBoxChange(board->m_nNumber) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
+    if (!BaseBoxChange(board->m_nNumber)) {
+        return ApplyOutcome::BoardError;
+    }
+    if (drqNumber_) {
+        setDrqNumber(*drqNumber_);
+    }
+    return ApplyOutcome::Done;
+}
+
+ApplyOutcome BoardSelection::changeSetting(const DriverValue& value) {
+    if (auto why = tellDriver(driver_.device(), value)) {
+        problem_ = std::move(*why);
+        DEBUG_LOG("!!!! Driver setting %s = \"%s\" refused: %s", value.key.c_str(), value.value.c_str(),
+                  problem_.c_str());
+        return ApplyOutcome::SettingRefused;
+    }
+    driverSettings_ = withDriverValue(driverSettings_, driverName_, value);
+    return lookAgain();
+}
+
+ApplyOutcome BoardSelection::searchAgain() {
+    const uint32_t anew = 1;
+    if (!driver_.device().set(kADCSetBoardSearch, &anew)) {
+        DEBUG_LOG("The driver does not search for boards by itself");
+    }
+    return lookAgain();
+}
+
+ApplyOutcome BoardSelection::lookAgain() {
+    problem_.clear();
+    readBoards();
+    const ApplyOutcome outcome = chooseFound();
+    settings_ = readDriverSettings(driver_.device());
+    return outcome;
+}
+
+bool BoardSelection::followSearch() {
+    if (searching_) {
+        readBoards();
+    }
+    return searching_;
 }
 
 ApplyOutcome BoardSelection::apply(const std::string& driverName, uint32_t baseNumber, int32_t drqNumber) {
     const ApplyOutcome outcome = apply(driverName, baseNumber);
+    drqNumber_ = drqNumber;
     if (outcome == ApplyOutcome::Done) {
         setDrqNumber(drqNumber);
     }
@@ -198,6 +284,7 @@ double BoardSelection::inputLimit(int32_t channel, int32_t gain) {
 }
 
 bool BoardSelection::setDrqNumber(int32_t number) {
+    drqNumber_ = number;
     const auto offered = drqNumbers();
     if (offered.empty()) {
         return true;

@@ -38,10 +38,9 @@ Result guarded(IADCDevice* device, Result failed, Call call) noexcept {
 
 // Asks a list twice: how long it is, then for its entries.
 template <typename List, typename Entry, typename Ask>
-std::vector<Entry> readList(Entry* List::*entries, Ask ask) {
-    constexpr uint32_t kMostEntries = 100000;
+std::vector<Entry> readList(Entry* List::*entries, Ask ask, uint32_t most = 100000) {
     List list{};
-    if (!ask(list) || list.m_nCount == 0 || list.m_nCount > kMostEntries) {
+    if (!ask(list) || list.m_nCount == 0 || list.m_nCount > most) {
         return {};
     }
     std::vector<Entry> values(list.m_nCount);
@@ -122,6 +121,22 @@ std::vector<ADCBoardEntry> Device::boards() {
         &ADCBoardList::m_pEntries, [this](ADCBoardList& list) { return get(kADCGetBoardList, list); });
     for (ADCBoardEntry& entry : entries) {
         entry.m_sName[sizeof(entry.m_sName) - 1] = '\0';
+    }
+    return entries;
+}
+
+std::vector<ADCSetting> Device::settings() {
+    constexpr uint32_t kMostSettings = 256;
+    auto entries = readList<ADCSettingList, ADCSetting>(
+        &ADCSettingList::m_pEntries, [this](ADCSettingList& list) { return get(kADCGetSettings, list); },
+        kMostSettings);
+    for (ADCSetting& entry : entries) {
+        entry.m_sKey[sizeof(entry.m_sKey) - 1] = '\0';
+        entry.m_sCaption[sizeof(entry.m_sCaption) - 1] = '\0';
+        entry.m_sCaptionRu[sizeof(entry.m_sCaptionRu) - 1] = '\0';
+        entry.m_sValue[sizeof(entry.m_sValue) - 1] = '\0';
+        entry.m_sChoices[sizeof(entry.m_sChoices) - 1] = '\0';
+        entry.m_sChoiceTexts[sizeof(entry.m_sChoiceTexts) - 1] = '\0';
     }
     return entries;
 }

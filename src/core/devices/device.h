@@ -37,7 +37,9 @@ public:
     [[nodiscard]] uint32_t number(uint32_t code, uint32_t otherwise) noexcept;
     [[nodiscard]] bool set(uint32_t code, const void* value) noexcept;
 
+    // Texts in the entries of lists are ended, however the driver left them.
     [[nodiscard]] std::vector<ADCBoardEntry> boards();
+    [[nodiscard]] std::vector<ADCSetting> settings();
     [[nodiscard]] std::vector<float> floats(uint32_t code);
     [[nodiscard]] std::vector<int32_t> integers(uint32_t code);
 

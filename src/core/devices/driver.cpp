@@ -64,10 +64,7 @@ bool T_DRIVER::selectBoard(uint32_t number, std::string& why) {
         why = "the board is in use";
         return false;
     }
-    stop();
-    startAllowed_ = false;
-    initialised_ = false;
-    facts_ = {};
+    forgetBoard();
     if (!device_.selectBoard(number)) {
         why = device_.lastError();
         return false;
@@ -77,6 +74,13 @@ bool T_DRIVER::selectBoard(uint32_t number, std::string& why) {
     return true;
 }
 
+void T_DRIVER::forgetBoard() {
+    stop();
+    startAllowed_ = false;
+    initialised_ = false;
+    facts_ = {};
+}
+
 void T_DRIVER::FREE() {
     holders_.checkFree();
     releaseDevice();
@@ -84,16 +88,13 @@ void T_DRIVER::FREE() {
 }
 
 void T_DRIVER::releaseDevice() {
+    forgetBoard();
     if (device_.present()) {
-        stop();
         device_.release();
     }
     device_ = Device();
     name_.clear();
     settingsProblem_.clear();
-    facts_ = {};
-    startAllowed_ = false;
-    initialised_ = false;
 }
 
 uint32_t T_DRIVER::maximumBuffer() {

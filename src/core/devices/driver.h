@@ -32,6 +32,9 @@ public:
     /// Chooses a board by its number and reads its facts. Without a usable board nothing can be started.
     [[nodiscard]] bool selectBoard(uint32_t number, std::string& why);
 
+    /// The chosen board is not there any more: nothing can be started until one is chosen.
+    void forgetBoard();
+
     void AddBlock() { holders_.AddBlock(); }
     void RelBlock() { holders_.RelBlock(); }
     /// Releases device and library. Holders that are left are reported, and it goes on.

@@ -8,6 +8,7 @@
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
+#include "platform/codepage1251.h"
 #include "platform/file.h"
 
 namespace tarno2 {
@@ -19,9 +20,18 @@ SessionHost::SessionHost(SessionFront& front, std::string programDirectory, std:
       selection_([this](const std::string& fault) { front_.faultFound(fault); }, programDirectory_),
       control_(*this, selection_.driver(), naming_) {}
 
-bool SessionHost::applyConsoleSettings() {
+bool SessionHost::applyConsoleSettings(uint32_t longestSearchMs) {
     DEBUG_LOG("LoadConfig consolemode");
-    if (!boardApplied(selection_.apply(console_->driver, console_->base))) {
+    selection_.setOnlySettings(parseDriverValues(console_->driverSettings).value_or(std::vector<DriverValue>()));
+    ApplyOutcome outcome = selection_.apply(console_->driver, console_->base);
+    if (!settingsReachDriver()) {
+        quit();
+        return false;
+    }
+    if (outcome == ApplyOutcome::Searching) {
+        outcome = waitForSearch(longestSearchMs);
+    }
+    if (!boardApplied(outcome)) {
         return false;
     }
     if (!selection_.hasFrequency(console_->frequency)) {
@@ -30,9 +40,55 @@ bool SessionHost::applyConsoleSettings() {
     return true;
 }
 
+// A recording with another value than the one asked for would be of no use.
+bool SessionHost::settingsReachDriver() {
+    bool all = true;
+    for (const DriverRefusal& refusal : selection_.refusals()) {
+        const char* const key = refusal.value.key.c_str();
+        switch (refusal.kind) {
+            case DriverRefusal::Kind::Unknown:
+                consoleLog().log("Unknown parameter \"%s\" of \"DriverSettings\" ignored", key);
+                break;
+            case DriverRefusal::Kind::Fixed:
+                consoleLog().log("Value %s of \"DriverSettings\" is fixed by the environment... Use \"%s\"", key,
+                                 refusal.why.c_str());
+                break;
+            case DriverRefusal::Kind::Refused:
+                consoleLog().log("Value %s of \"DriverSettings\" refused: %s... Program aborted", key,
+                                 refusal.why.c_str());
+                all = false;
+                break;
+        }
+    }
+    return all;
+}
+
+ApplyOutcome SessionHost::waitForSearch(uint32_t longestMs) {
+    constexpr uint32_t kPeriodMs = 100;
+    DEBUG_LOG("Boards are being searched for");
+    const uint64_t begin = tickCount();
+    while (selection_.followSearch() && tickCount() - begin < longestMs &&
+           stopAsked_.wait(kPeriodMs) == WaitResult::TimedOut) {
+    }
+    const ApplyOutcome outcome = selection_.chooseFound();
+    if (outcome != ApplyOutcome::Searching) {
+        return outcome;
+    }
+    consoleLog().log("The driver still searches for boards, and has not found this one");
+    return ApplyOutcome::BoardError;
+}
+
 void SessionHost::tellDriverSettings() {
     if (const std::string& problem = selection_.driver().settingsProblem(); !problem.empty()) {
         showDetail(problem);
+    }
+    for (const DriverRefusal& refusal : consoleMode() ? std::vector<DriverRefusal>() : selection_.refusals()) {
+        if (refusal.kind != DriverRefusal::Kind::Fixed) {
+            const std::string told =
+                formatText(text(TextId::DriverSettingRefused).c_str(), refusal.value.key.c_str(),
+                           systemTextToCp1251(refusal.value.value).c_str(), systemTextToCp1251(refusal.why).c_str());
+            showAttention(formatText(text(TextId::Attention).c_str(), told.c_str()));
+        }
     }
 }
 
@@ -126,6 +182,7 @@ void SessionHost::shutdown() {
 
 void SessionHost::requestStop(bool systemEnds) {
     recovery_.stop();
+    stopAsked_.set();
     front_.post([this, systemEnds] {
         const bool whole = perform("StopButtonClick", [this, systemEnds] {
             if (control_.running() && systemEnds) {

@@ -15,6 +15,7 @@
 #include "core/recording/recording_shell.h"
 #include "core/recording/run_watch.h"
 #include "core/storage/recovery_thread.h"
+#include "platform/event.h"
 
 namespace tarno2 {
 
@@ -81,11 +82,13 @@ public:
     /// From now on nobody is asked any more.
     void setEnding() { ending_ = true; }
 
-    /// Chooses driver and board of the console settings. False when they can't be used: the program ends.
-    [[nodiscard]] bool applyConsoleSettings();
+    /// Chooses driver and board of the console settings, after the driver's search for boards, for which it waits so
+    /// long at most. False when they can't be used: the program ends.
+    [[nodiscard]] bool applyConsoleSettings(uint32_t longestSearchMs = kLongestSearchMs);
+    static constexpr uint32_t kLongestSearchMs = 20000;
     /// Tells how the choice of driver and board went. True when they can be used.
     bool boardApplied(ApplyOutcome outcome);
-    /// The settings file of the driver could not be read in full: tells so.
+    /// Tells what of its settings did not reach the driver: of its own file, and of what it was told.
     void tellDriverSettings();
     /// Notes the state of the chosen board; a fatal one is a line in the console log and ends console mode.
     void SetErrorCode(BoardStatus status);
@@ -141,6 +144,8 @@ private:
     /// A guarded step that is followed by a look at the run. False when it threw.
     template <typename Step>
     bool perform(const char* name, Step step) noexcept;
+    [[nodiscard]] bool settingsReachDriver();
+    [[nodiscard]] ApplyOutcome waitForSearch(uint32_t longestMs);
     void handle(const Notification& notification);
     void beginRun(T_BOARD& session);
     static void logException(const char* name, const char* what) noexcept;
@@ -155,6 +160,7 @@ private:
     RecordingControl control_;
     std::string keptFile_;
     bool ending_ = false;
+    Event stopAsked_;
     RecoveryThread recovery_;  ///< ends before everything that it reports to
 };
 
