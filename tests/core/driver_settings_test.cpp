@@ -49,7 +49,8 @@ TEST(DriverSettings, ListsOfBadDriversAreReadAsFarAsTheyGo) {
     std::strcpy(choice.m_sChoices, "a\nb\n\nc");
     std::strcpy(choice.m_sChoiceTexts, "first\nsecond\n");
     const auto settings = settingsOf(
-        {endless, told("Key"), told("Key", kADCSettingFile), told(""), told("a;b"), bounds, choice, told("New", 99)}, 8);
+        {endless, told("Key"), told("Key", kADCSettingFile), told(""), told("a;b"), bounds, choice, told("New", 99)},
+        8);
     ASSERT_THAT(settings, SizeIs(5));
     EXPECT_THAT(settings[0].key, SizeIs(sizeof endless.m_sKey - 1));
     EXPECT_EQ(settings[0].type, Type::Text) << "of an unknown type";
@@ -85,8 +86,7 @@ TEST(DriverSettings, AreGivenBeforeTheBoardsAreAskedFor) {
     EXPECT_TRUE(selection.driver().startAllowed()) << "all is as before";
     EXPECT_EQ(selection.changeSetting({"Label", "M"}), ApplyOutcome::Done);
     EXPECT_EQ(boardOf(selection), "001 .LM");
-    EXPECT_EQ(selection.driverSettings(),
-              "Other/File=x;Settings/File=missing.wav;Settings/Label=M;Settings/Host=home");
+    EXPECT_EQ(selection.driverSettings(), "Other/File=x;Settings/File=missing.wav;Settings/Label=M;Settings/Host=home");
 }
 
 TEST(DriverSettings, ASearchIsFollowedToItsEnd) {

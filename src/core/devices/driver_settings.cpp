@@ -46,8 +46,8 @@ DriverSetting settingOf(const ADCSetting& told) {
     setting.minimum = told.m_fMinimum;
     setting.maximum = told.m_fMaximum;
     const bool none = setting.minimum == 0.0 && setting.maximum == 0.0;
-    setting.bounded = !none && std::isfinite(setting.minimum) && std::isfinite(setting.maximum) &&
-                      setting.minimum <= setting.maximum;
+    setting.bounded =
+        !none && std::isfinite(setting.minimum) && std::isfinite(setting.maximum) && setting.minimum <= setting.maximum;
     setting.caption = told.m_sCaption[0] != '\0' ? told.m_sCaption : told.m_sKey;
     setting.captionRussian = told.m_sCaptionRu[0] != '\0' ? told.m_sCaptionRu : setting.caption;
     setting.value = told.m_sValue;

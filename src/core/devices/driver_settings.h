@@ -20,9 +20,9 @@ struct DriverSetting {
     bool bounded = false;    ///< a number from `minimum` to `maximum`
     double minimum = 0.0;
     double maximum = 0.0;
-    std::string caption;         ///< UTF-8; the key when the driver has none
-    std::string captionRussian;  ///< UTF-8; the English one when the driver has none
-    std::string value;           ///< in use now
+    std::string caption;                   ///< UTF-8; the key when the driver has none
+    std::string captionRussian;            ///< UTF-8; the English one when the driver has none
+    std::string value;                     ///< in use now
     std::vector<std::string> choices;      ///< values of a choice; name patterns of a file
     std::vector<std::string> choiceTexts;  ///< what the user reads for each of them; as many
 

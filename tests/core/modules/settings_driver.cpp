@@ -1,5 +1,5 @@
-// A driver with settings of every type, whose only board bears what it was told in its name, and whose search for boards
-// ends after as many questions as it was told.
+// A driver with settings of every type, whose only board bears what it was told in its name, and whose search for
+// boards ends after as many questions as it was told.
 
 #include <algorithm>
 #include <cstdio>
@@ -146,8 +146,8 @@ int32_t Device::Set(uint32_t code, const void* value) {
 
 int32_t Device::tell(const ADCSettingValue& value) {
     const std::string key = value.m_sKey;
-    const auto found = std::find_if(settings_.begin(), settings_.end(),
-                                    [&key](const ADCSetting& each) { return key == each.m_sKey; });
+    const auto found =
+        std::find_if(settings_.begin(), settings_.end(), [&key](const ADCSetting& each) { return key == each.m_sKey; });
     if (found == settings_.end()) {
         return refuse("no setting is called " + key);
     }
