@@ -19,8 +19,10 @@ public:
     [[nodiscard]] int code() const { return code_; }
     /// The name is taken: a file or folder of that name exists already.
     [[nodiscard]] bool alreadyExists() const;
-    /// Somebody else holds the file.
+    /// Somebody else holds the file or the device.
     [[nodiscard]] bool inUse() const;
+    /// The device can't do what was asked for.
+    [[nodiscard]] bool notSupported() const;
     /// There is no such file or folder.
     [[nodiscard]] bool notFound() const;
     /// The system's own words, in its own language, without a line end.

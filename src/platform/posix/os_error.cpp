@@ -19,7 +19,11 @@ bool OsError::alreadyExists() const {
 }
 
 bool OsError::inUse() const {
-    return code_ == EWOULDBLOCK;
+    return code_ == EWOULDBLOCK || code_ == EBUSY;
+}
+
+bool OsError::notSupported() const {
+    return code_ == EOPNOTSUPP;
 }
 
 bool OsError::notFound() const {

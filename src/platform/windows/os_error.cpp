@@ -21,6 +21,10 @@ bool OsError::inUse() const {
     return code_ == ERROR_SHARING_VIOLATION || code_ == ERROR_LOCK_VIOLATION;
 }
 
+bool OsError::notSupported() const {
+    return code_ == ERROR_NOT_SUPPORTED;
+}
+
 bool OsError::notFound() const {
     return code_ == ERROR_FILE_NOT_FOUND || code_ == ERROR_PATH_NOT_FOUND;
 }
