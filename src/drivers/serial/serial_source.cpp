@@ -51,7 +51,7 @@ SourceRead SerialSource::read(std::byte* destination, size_t frames) {
 /// What the bytes that have come in hold.
 SourceRead SerialSource::parse(std::byte* destination, size_t frames) {
     size_t done = 0;
-    while (done < frames) {
+    while (done < frames && end_.kind != Kind::Lost) {
         const Parsed parsed = parser_->next(words_.data());
         if (parsed.kind == Parsed::Kind::More) {
             break;
@@ -66,9 +66,8 @@ SourceRead SerialSource::parse(std::byte* destination, size_t frames) {
             counts_->firstDamaged = counts_->good + done;
         }
         counts_->damaged += parsed.lost;
-        if (endsWithDamage_) {
+        if (endsWithDamage_ && end_.kind == Kind::Nothing) {
             end_ = SourceRead::loss(parsed.lost * choice_.channels());
-            break;
         }
     }
     counts_->good += done;
