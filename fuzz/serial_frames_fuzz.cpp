@@ -61,7 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     data += 2;
     size -= 2;
     if (kind % 4 == 0) {
-        TextFrames text({",; \t"[kind / 4 % 4], kind / 16 % 2 == 0}, 
+        TextFrames text({",; \t"[kind / 4 % 4], kind / 16 % 2 == 0},
                         kind / 16 % 2 == 0 ? SampleDecoder(*findWireFormat("f64le"), -1, 1) : decoder, kChannels);
         run(text, data, size);
     } else if (kind % 4 == 1) {

@@ -59,7 +59,9 @@ public:
     /// (a name that has to be looked up may take longer). An error when nobody does.
     OsError connect(const Endpoint& remote, uint32_t milliseconds);
     /// Waits until there are bytes, at most so long, and takes up to `size` of them.
-    TimedRead read(void* data, size_t size, uint32_t milliseconds) { return receive(data, size, milliseconds, nullptr); }
+    TimedRead read(void* data, size_t size, uint32_t milliseconds) {
+        return receive(data, size, milliseconds, nullptr);
+    }
     /// Sends all bytes; waits at most so long for the other side to take some.
     OsError write(const void* data, size_t size, uint32_t milliseconds);
     /// Ends the connection so that the other side sees it as broken off (a reset).

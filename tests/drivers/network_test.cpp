@@ -30,8 +30,8 @@ struct Client {
         EXPECT_TRUE(listener.open({host, 0}).ok());
         const std::string name = host.find(':') != std::string::npos ? "[" + host + "]" : host;
         rig.emplace(NETWORK_LIBRARY, "TARNO2_NETWORK",
-                    "Address=tcp://" + name + ":" + std::to_string(listener.localPort()) +
-                        ";Channels=2;Rate=100000;" + settings);
+                    "Address=tcp://" + name + ":" + std::to_string(listener.localPort()) + ";Channels=2;Rate=100000;" +
+                        settings);
     }
     /// Starts the driver, whose connection is `stream` then.
     void start(const Wish& wish) {
@@ -116,8 +116,9 @@ uint16_t freePort(bool datagrams) {
 
 TEST(Network, WaitsForASenderThatConnects) {
     const uint16_t port = freePort(false);
-    StreamingRig rig(NETWORK_LIBRARY, "TARNO2_NETWORK",
-                     "Address=tcp-listen://127.0.0.1:" + std::to_string(port) + ";Channels=2;Rate=100000;ConnectWait=60");
+    StreamingRig rig(
+        NETWORK_LIBRARY, "TARNO2_NETWORK",
+        "Address=tcp-listen://127.0.0.1:" + std::to_string(port) + ";Channels=2;Rate=100000;ConnectWait=60");
     std::thread sender([&] {
         TcpStream stream;
         while (!stream.connect({"127.0.0.1", port}, kLong).ok()) {
@@ -173,14 +174,21 @@ TEST(Network, SeesByTheNumbersWhichPacketsAreMissing) {
         uint64_t lost;
         uint32_t cause;
     } table[] = {
-        {"three are missing",
-         {packet(7, 0), packet(8, 100), packet(12, 500)}, 200, 300, kADCEndLost},
+        {"three are missing", {packet(7, 0), packet(8, 100), packet(12, 500)}, 200, 300, kADCEndLost},
         {"across the end of the numbers",
-         {packet(0xFFFFFFFF, 0), packet(0, 100), packet(3, 400)}, 200, 200, kADCEndLost},
+         {packet(0xFFFFFFFF, 0), packet(0, 100), packet(3, 400)},
+         200,
+         200,
+         kADCEndLost},
         {"sizes differ, so nobody knows how much",
-         {packet(1, 0), packet(2, 100, 50), packet(4, 200)}, 150, 0, kADCEndLost},
+         {packet(1, 0), packet(2, 100, 50), packet(4, 200)},
+         150,
+         0,
+         kADCEndLost},
         {"a repeated one and a late one",
-         {packet(7, 0), packet(7, 0), packet(8, 100), packet(6, 0), packet(9, 200), packet(11, 400)}, 300, 100,
+         {packet(7, 0), packet(7, 0), packet(8, 100), packet(6, 0), packet(9, 200), packet(11, 400)},
+         300,
+         100,
          kADCEndLost},
         {"one that is no frames", {packet(7, 0), packet(8, 100) + "x"}, 100, 0, kADCEndError},
     };
@@ -221,7 +229,7 @@ TEST(Network, SaysWhatIsWrong) {
         {"Address=rtl_tcp://h:5;Rate=0", "has to be told its rate"},
         {"Address=udp://:5;Rate=0", "rate of the sender is not known"},
         {"Address=tcp://127.0.0.1:" + nobody, "There is no connection to 127.0.0.1"},
-        {"Address=tcp-listen://127.0.0.1:" + nobody + ";ConnectWait=0.1", "Nobody has connected to port " },
+        {"Address=tcp-listen://127.0.0.1:" + nobody + ";ConnectWait=0.1", "Nobody has connected to port "},
     };
     for (const auto& row : table) {
         StreamingRig rig(NETWORK_LIBRARY, "TARNO2_NETWORK", row.settings);

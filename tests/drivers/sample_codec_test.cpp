@@ -101,8 +101,9 @@ TEST(SampleCodec, BringsVoltsIntoTheRange) {
     const struct {
         double volts;
         int64_t code;
-    } table[] = {{0.0, 0},          {2.5, 0x7FFFFFFF},       {-2.5, kLowest},       {1.25, 0x3FFFFFFF}, {3.0, 0x7FFFFFFF},
-                 {-3.0, kLowest}, {kInfinite, 0x7FFFFFFF}, {-kInfinite, kLowest}, {std::nan(""), kLowest}};
+    } table[] = {
+        {0.0, 0},        {2.5, 0x7FFFFFFF},       {-2.5, kLowest},       {1.25, 0x3FFFFFFF},     {3.0, 0x7FFFFFFF},
+        {-3.0, kLowest}, {kInfinite, 0x7FFFFFFF}, {-kInfinite, kLowest}, {std::nan(""), kLowest}};
     for (const auto& row : table) {
         for (const bool bigEndian : {false, true}) {
             EXPECT_EQ(codeIn(*findWireFormat(bigEndian ? "f64be" : "f64le"), bytesOf(row.volts, bigEndian), 2.5),

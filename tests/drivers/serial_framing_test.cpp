@@ -1,12 +1,11 @@
 // Frames and lines as they come over a serial port, damaged or not.
 
-#include "drivers/serial/framing.h"
-
 #include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
+#include "drivers/serial/framing.h"
 #include "drivers/serial/serial_plan.h"
 
 namespace tarno2::drivers {
@@ -133,7 +132,8 @@ TEST(MarkedFrames, LeavesOutWhatIsDamagedAndCountsIt) {
                 {"begun in the middle", whole.substr(3), {{2, 3, 4, 5}, 0}},
                 {"ended in the middle", whole.substr(0, whole.size() - 2), {{1, 2, 3, 4}, 1}},
                 {"noise before", "noise" + whole, {{1, 2, 3, 4, 5}, 0}},
-                {"a frame gone without a trace", changed(2 * size, size, ""),
+                {"a frame gone without a trace",
+                 changed(2 * size, size, ""),
                  {{1, 2, 4, 5}, counter ? uint64_t{1} : uint64_t{0}}},
             };
             for (const auto& row : table) {

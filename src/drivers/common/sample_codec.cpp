@@ -70,12 +70,15 @@ constexpr uint32_t kTopBit = 0x80000000U;
 
 const std::vector<WireFormat>& wireFormats() {
     static const std::vector<WireFormat> formats = {
-        {"s16le", Kind::Signed, 2, false, 16},   {"s16be", Kind::Signed, 2, true, 16},    {"u16le", Kind::Unsigned, 2, false, 16},
-        {"u16be", Kind::Unsigned, 2, true, 16},  {"s8", Kind::Signed, 1, false, 8},      {"u8", Kind::Unsigned, 1, false, 8},
-        {"s24le", Kind::Signed, 3, false, 24},   {"s24be", Kind::Signed, 3, true, 24},    {"u24le", Kind::Unsigned, 3, false, 24},
-        {"u24be", Kind::Unsigned, 3, true, 24},  {"s32le", Kind::Signed, 4, false, 32},   {"s32be", Kind::Signed, 4, true, 32},
-        {"u32le", Kind::Unsigned, 4, false, 32}, {"u32be", Kind::Unsigned, 4, true, 32},  {"f32le", Kind::Float, 4, false, 32},
-        {"f32be", Kind::Float, 4, true, 32},     {"f64le", Kind::Float, 8, false, 32},    {"f64be", Kind::Float, 8, true, 32},
+        {"s16le", Kind::Signed, 2, false, 16},   {"s16be", Kind::Signed, 2, true, 16},
+        {"u16le", Kind::Unsigned, 2, false, 16}, {"u16be", Kind::Unsigned, 2, true, 16},
+        {"s8", Kind::Signed, 1, false, 8},       {"u8", Kind::Unsigned, 1, false, 8},
+        {"s24le", Kind::Signed, 3, false, 24},   {"s24be", Kind::Signed, 3, true, 24},
+        {"u24le", Kind::Unsigned, 3, false, 24}, {"u24be", Kind::Unsigned, 3, true, 24},
+        {"s32le", Kind::Signed, 4, false, 32},   {"s32be", Kind::Signed, 4, true, 32},
+        {"u32le", Kind::Unsigned, 4, false, 32}, {"u32be", Kind::Unsigned, 4, true, 32},
+        {"f32le", Kind::Float, 4, false, 32},    {"f32be", Kind::Float, 4, true, 32},
+        {"f64le", Kind::Float, 8, false, 32},    {"f64be", Kind::Float, 8, true, 32},
     };
     return formats;
 }

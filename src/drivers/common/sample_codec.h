@@ -32,8 +32,8 @@ struct WireFormat {
 [[nodiscard]] const WireFormat* findWireFormat(std::string_view name);
 
 /// Sample words hold the codes that came: of formats up to 16 bits in two bytes, of others in four, negative ones with
-/// their sign to the top of the word. Two become signed 32-bit codes over the input range: floating-point numbers, which
-/// are volts, and unsigned codes of all 32 bits, which the host can't tell, by moving them down by half.
+/// their sign to the top of the word. Two become signed 32-bit codes over the input range: floating-point numbers,
+/// which are volts, and unsigned codes of all 32 bits, which the host can't tell, by moving them down by half.
 [[nodiscard]] uint32_t wordBytes(const WireFormat& format);
 [[nodiscard]] ADCSampleFormat sampleFormat(const WireFormat& format);
 [[nodiscard]] ADCCodeRange codeRange(const WireFormat& format);

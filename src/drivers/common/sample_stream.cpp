@@ -36,8 +36,8 @@ void addStreamSettings(sdk::Settings& settings, double usualRate) {
     settings.add(sdk::Setting::real("Rate", usualRate, 0, 1e9, "Rate of a channel, Hz (0: not known)",
                                     "Частота канала, Гц (0: неизвестна)"));
     settings.add(sdk::Setting::real("Range", 1, 1e-9, 1e9, "Range, V", "Диапазон, В"));
-    sdk::Setting polarity = sdk::Setting::choice("Polarity", kPolarities.front(), kPolarities,
-                                                 "The lowest code is", "Наименьший код соответствует");
+    sdk::Setting polarity = sdk::Setting::choice("Polarity", kPolarities.front(), kPolarities, "The lowest code is",
+                                                 "Наименьший код соответствует");
     polarity.choiceTexts = {"-Range", "0 V"};
     settings.add(polarity);
 }

@@ -12,7 +12,7 @@ namespace tarno2::drivers {
 struct SampleStream {
     WireFormat format;
     uint32_t channels = 1;
-    double rate = 0.0;   ///< Hz, of a channel; 0: nobody knows
+    double rate = 0.0;    ///< Hz, of a channel; 0: nobody knows
     double lower = -1.0;  ///< volts of the lowest and the highest code
     double upper = 1.0;
 

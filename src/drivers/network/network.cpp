@@ -114,8 +114,8 @@ std::vector<sdk::Board> NetworkDevice::search(const sdk::Settings& list) {
     }
     sdk::Board board = plan.samples.board();
     board.id = list.text("Address");
-    board.name = board.id + " (" + std::to_string(plan.samples.channels) + " x " +
-                 std::string(plan.samples.format.name) + ")";
+    board.name =
+        board.id + " (" + std::to_string(plan.samples.channels) + " x " + std::string(plan.samples.format.name) + ")";
     board.modes = rateKnown ? 0 : kADCModeExternalClock;
     return {board};
 }
@@ -200,7 +200,8 @@ bool NetworkDevice::startTuner(TcpStream& stream) {
         uint8_t code;
         double value;
     };
-    std::vector<Command> commands = {{1, plan_.centreFrequency}, {2, plan_.samples.rate}, {3, plan_.automaticGain ? 0.0 : 1.0}};
+    std::vector<Command> commands = {
+        {1, plan_.centreFrequency}, {2, plan_.samples.rate}, {3, plan_.automaticGain ? 0.0 : 1.0}};
     if (!plan_.automaticGain) {
         commands.push_back({4, plan_.gain * 10.0});  // tenths of a dB
     }

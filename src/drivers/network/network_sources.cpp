@@ -45,10 +45,10 @@ SourceRead TcpSource::read(std::byte* destination, size_t frames) {
             break;
         case ReadEnd::Closed:
             return SourceRead::end(Kind::Ended,
-                    assembler_.begun() == 0
-                        ? "The sender has closed the connection."
-                        : "The sender has closed the connection in the middle of a frame: " +
-                              std::to_string(assembler_.begun()) + " bytes were left out.");
+                                   assembler_.begun() == 0
+                                       ? "The sender has closed the connection."
+                                       : "The sender has closed the connection in the middle of a frame: " +
+                                             std::to_string(assembler_.begun()) + " bytes were left out.");
         case ReadEnd::Gone:
             return SourceRead::end(Kind::Unplugged, "The connection was broken off: " + got.error.text());
         case ReadEnd::Failed:
@@ -85,9 +85,9 @@ SourceRead UdpSource::read(std::byte* destination, size_t frames) {
 SourceRead UdpSource::takePacket(size_t bytes) {
     const size_t frameBytes = decoder_.frameBytes();
     if (bytes < sequence_.bytes || (bytes - sequence_.bytes) % frameBytes != 0) {
-        return SourceRead::end(Kind::Failed,
-                "A packet of " + std::to_string(bytes) + " bytes does not hold whole frames of " +
-                    std::to_string(frameBytes) + " bytes.");
+        return SourceRead::end(Kind::Failed, "A packet of " + std::to_string(bytes) +
+                                                 " bytes does not hold whole frames of " + std::to_string(frameBytes) +
+                                                 " bytes.");
     }
     const size_t frames = (bytes - sequence_.bytes) / frameBytes;
     uint64_t missing = receiver_->dropped() - std::exchange(dropped_, receiver_->dropped());

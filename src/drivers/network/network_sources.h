@@ -50,7 +50,7 @@ private:
     std::vector<std::byte> packet_;
     size_t position_ = 0;  ///< of the first byte of the packet that was not delivered
     size_t end_ = 0;
-    std::optional<uint64_t> expected_;   ///< number of the next packet
+    std::optional<uint64_t> expected_;    ///< number of the next packet
     std::optional<size_t> packetFrames_;  ///< of each packet; 0: they differ
     uint64_t dropped_ = 0;
 };

@@ -35,7 +35,7 @@ uint32_t forwardCrc(std::span<const std::byte> bytes, uint32_t width, uint32_t p
 }  // namespace
 
 Checksum checksumOf(std::string_view name) {
-    constexpr std::array<std::string_view, 7> kNames = {"none", "sum8",         "xor8",        "crc8",
+    constexpr std::array<std::string_view, 7> kNames = {"none",         "sum8",        "xor8", "crc8",
                                                         "crc16-modbus", "crc16-ccitt", "crc32"};
     const auto found = std::find(kNames.begin(), kNames.end(), name);
     return found != kNames.end() ? static_cast<Checksum>(found - kNames.begin()) : Checksum::None;

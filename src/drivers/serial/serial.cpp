@@ -138,9 +138,10 @@ bool SerialDevice::configure(const sdk::Board&, sdk::Measurement& measurement) {
     }
     if (!(measuredRate_ > 0.0)) {
         measured_.reset();
-        return fail("Too few frames came from %s within a second to measure their rate: set Rate, or choose the "
-                    "external clock.",
-                    port_.c_str());
+        return fail(
+            "Too few frames came from %s within a second to measure their rate: set Rate, or choose the "
+            "external clock.",
+            port_.c_str());
     }
     measurement.frequency = measuredRate_ * static_cast<double>(measurement.channels.size());
     return true;
@@ -191,8 +192,9 @@ void SerialDevice::tellDamage() {
         return;
     }
     char text[200];
-    std::snprintf(text, sizeof text, "%" PRIu64 " frames recorded, %" PRIu64
-                  " damaged or missing ones left out, the first after %" PRIu64 " frames.",
+    std::snprintf(text, sizeof text,
+                  "%" PRIu64 " frames recorded, %" PRIu64 " damaged or missing ones left out, the first after %" PRIu64
+                  " frames.",
                   counts_->good.load(), counts_->damaged.load(), counts_->firstDamaged.load());
     if (!ring().ended()) {
         fail("%s: %s", port_.c_str(), text);

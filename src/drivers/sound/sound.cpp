@@ -75,8 +75,8 @@ protected:
     bool configure(const sdk::Board& board, sdk::Measurement& measurement) override;
     std::unique_ptr<PacedSource> connect(const sdk::Board& board, const sdk::Measurement& measurement) override;
     bool settingsChanged() override {
-        return widthOf(settings()) >= 0 || fail("Bits is auto, 16, 24 or 32, not \"%s\".",
-                                                settings().text("Bits").c_str());
+        return widthOf(settings()) >= 0 ||
+               fail("Bits is auto, 16, 24 or 32, not \"%s\".", settings().text("Bits").c_str());
     }
 
 private:
@@ -86,8 +86,8 @@ private:
 std::vector<sdk::Board> SoundDriver::search(const sdk::Settings& settings) {
     std::vector<SoundDevice> devices = soundInputs();
     const std::string named = settings.text("Device");
-    const bool listed = std::any_of(devices.begin(), devices.end(),
-                                    [&named](const SoundDevice& device) { return device.id == named; });
+    const bool listed =
+        std::any_of(devices.begin(), devices.end(), [&named](const SoundDevice& device) { return device.id == named; });
     if (!named.empty() && !listed) {
         devices.insert(devices.begin(), soundInput(named));
     }
@@ -134,7 +134,8 @@ bool SoundDriver::configure(const sdk::Board& board, sdk::Measurement& measureme
     if (input == nullptr) {
         return false;
     }
-    measurement.frequency = static_cast<double>(input->format().rate) * static_cast<double>(measurement.channels.size());
+    measurement.frequency =
+        static_cast<double>(input->format().rate) * static_cast<double>(measurement.channels.size());
     return true;
 }
 

@@ -104,11 +104,9 @@ TimedRead Socket::receive(void* data, size_t size, uint32_t milliseconds, uint32
 }
 
 TimedRead Socket::receiveNow(void* data, size_t size, uint32_t* dropped) {
-    const int64_t got =
-        dropped != nullptr
-            ? sys::takeDatagram(handle_, data, size, *dropped)
-            : recv(sys::native(handle_), static_cast<char*>(data),
-                   static_cast<sys::Length>(std::min(size, kLargestTransfer)), 0);
+    const int64_t got = dropped != nullptr ? sys::takeDatagram(handle_, data, size, *dropped)
+                                           : recv(sys::native(handle_), static_cast<char*>(data),
+                                                  static_cast<sys::Length>(std::min(size, kLargestTransfer)), 0);
     if (got > 0 || (got == 0 && dropped != nullptr)) {
         return {ReadEnd::Data, static_cast<size_t>(got), {}};
     }
@@ -286,8 +284,8 @@ OsError UdpSender::open(const Endpoint& remote) {
             continue;
         }
         error = attach(handle);
-        if (error.ok() && ::connect(sys::native(handle), address->ai_addr,
-                                    static_cast<socklen_t>(address->ai_addrlen)) != 0) {
+        if (error.ok() &&
+            ::connect(sys::native(handle), address->ai_addr, static_cast<socklen_t>(address->ai_addrlen)) != 0) {
             error = sys::lastError();
             close();
         }

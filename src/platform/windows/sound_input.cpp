@@ -7,13 +7,13 @@
 #include <utility>
 
 // The first of these has the others define their identifiers here.
-#include <initguid.h>
-#include <windows.h>
 #include <audioclient.h>
 #include <functiondiscoverykeys_devpkey.h>
+#include <initguid.h>
 #include <ksmedia.h>
 #include <mmdeviceapi.h>
 #include <objbase.h>
+#include <windows.h>
 
 #include "platform/clock.h"
 #include "platform/event.h"

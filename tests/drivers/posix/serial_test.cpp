@@ -110,7 +110,9 @@ TEST(Serial, TakesLinesOfTextFromADeviceThatIsToldToBegin) {
     ASSERT_TRUE(line.pty.write("time;volts\n5;-5\n1.25\n2,5;0\n"));
     line.rig.waitFor(4);
     line.rig.driver()->Stop();
-    EXPECT_EQ(line.pty.read(4), "\x03" "END");
+    EXPECT_EQ(line.pty.read(4),
+              "\x03"
+              "END");
     EXPECT_NE(line.rig.error().find("2 frames recorded, 1 damaged"), std::string::npos) << line.rig.error();
     ASSERT_EQ(line.rig.reader().fetch(4), 1);
     EXPECT_EQ(line.rig.reader().words(), (std::vector<uint32_t>{0x7FFFFFFF, 0x80000000, 0x3FFFFFFF, 0}));

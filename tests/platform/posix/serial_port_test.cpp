@@ -1,12 +1,13 @@
 // Serial ports, which here are terminals of the system's own, and their list.
 
+#include "platform/serial_port.h"
+
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
 
 #include "platform/posix/serial/port_list.h"
-#include "platform/serial_port.h"
 #include "platform/socket.h"
 #include "tests/support/pty.h"
 #include "tests/support/temporary_folder.h"

@@ -14,8 +14,7 @@ namespace tarno2::test {
 
 Pty::Pty() : line_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK)) {
     char name[256] = {};
-    EXPECT_TRUE(line_ >= 0 && grantpt(line_) == 0 && unlockpt(line_) == 0 &&
-                ptsname_r(line_, name, sizeof name) == 0);
+    EXPECT_TRUE(line_ >= 0 && grantpt(line_) == 0 && unlockpt(line_) == 0 && ptsname_r(line_, name, sizeof name) == 0);
     name_ = name;
     // Nothing is echoed, nor made of the bytes, before the port is opened. The port keeps its settings.
     termios settings{};

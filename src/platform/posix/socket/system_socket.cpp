@@ -41,7 +41,7 @@ bool interrupted(const OsError& error) {
 }
 
 bool brokenOff(const OsError& error) {
-    constexpr std::array kCodes = {ECONNRESET, ECONNABORTED, EPIPE,       ETIMEDOUT,
+    constexpr std::array kCodes = {ECONNRESET, ECONNABORTED, EPIPE,        ETIMEDOUT,
                                    ENETDOWN,   ENETUNREACH,  EHOSTUNREACH, ENETRESET};
     return std::find(kCodes.begin(), kCodes.end(), error.code()) != kCodes.end();
 }

@@ -79,8 +79,7 @@ OsError SerialPort::open(const std::string& name, const SerialLine& line) {
     cancel_.reset();
     // Only with this prefix are there ports above COM9.
     const std::string path = name.starts_with("\\\\") ? name : "\\\\.\\" + name;
-    const HANDLE port =
-        CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE port = CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (port == INVALID_HANDLE_VALUE) {
         const OsError error = OsError::last();
         return error.code() == ERROR_ACCESS_DENIED ? OsError(ERROR_SHARING_VIOLATION) : error;
