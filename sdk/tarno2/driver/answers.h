@@ -4,6 +4,8 @@
 #define TARNO2_DRIVER_ANSWERS_H
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <stdint.h>
@@ -56,6 +58,26 @@ inline int32_t putBoards(void* result, const std::vector<Board>& boards) {
         std::snprintf(entry.m_sName, sizeof entry.m_sName, "%03X %s", i + 1, boards[i].name.c_str());
     }
     return put(result, list);
+}
+
+/// R of an input that goes from -R / gain to +R / gain; of one with `limits`, what the larger of them makes.
+inline int32_t putInputRange(void* result, const Board& board, ADCInputRange asked, const InputLimits* limits) {
+    const size_t channel = static_cast<size_t>(asked.m_nChannel);
+    double range = channel < board.channelRanges.size() ? board.channelRanges[channel] : board.range;
+    if (limits != nullptr) {
+        range = std::max(std::fabs(limits->lower), std::fabs(limits->upper)) * std::max(+asked.m_nGain, 1);
+    }
+    asked.m_fRange = static_cast<float>(range);
+    return put(result, asked);
+}
+
+inline int32_t putInputLimits(void* result, const ADCInputRange& asked, const InputLimits& limits) {
+    ADCInputLimits answer = ADCInputLimits();
+    answer.m_nChannel = asked.m_nChannel;
+    answer.m_nGain = asked.m_nGain;
+    answer.m_fLower = limits.lower;
+    answer.m_fUpper = limits.upper;
+    return put(result, answer);
 }
 
 /// The queries that a board's facts answer; 0 for another.

@@ -47,9 +47,9 @@ struct Board {
     std::vector<double> channelRanges;  ///< the range of each channel, where they differ
     std::vector<int32_t> gains;         ///< to choose from, from 1 up; empty: only 1
     std::vector<InputLimits> limits;    ///< of each of `gains` (or of gain 1): in place of `range`, for boards that are
-                                      ///< not symmetric. `Driver::inputLimits` tells of channels that differ
-    std::vector<float> frequencies;  ///< the only ones, Hz; empty: any within the limits
-    float minimumFrequency = 1.0F;   ///< Hz, total over all channels ...
+                                        ///< not symmetric. `Driver::inputLimits` tells of channels that differ
+    std::vector<float> frequencies;     ///< the only ones, Hz; empty: any within the limits
+    float minimumFrequency = 1.0F;      ///< Hz, total over all channels ...
     float maximumFrequency = 1.0F;
     float usualFrequency = 1.0F;
     bool perChannelFrequency = false;  ///< ... or of a channel: all frequencies, in the block too

@@ -114,6 +114,24 @@ public:
         return true;
     }
 
+    /// What a checked base block asks for. Without an extended block the channels follow each other. With an external
+    /// clock an applied block doesn't tell of an external start any more; `startChecked` does.
+    Measurement measurement(const ADCParametersDMA& block, bool startChecked) const {
+        Measurement result;
+        for (int32_t i = 0; i < block.m_nChannelNumber; ++i) {
+            result.channels.push_back((block.m_nFirstChannel + i) % static_cast<int32_t>(board_.channels));
+        }
+        result.gains.assign(result.channels.size(), block.m_nGain);
+        result.externalClock = externalClock(block);
+        result.externalStart = result.externalClock ? startChecked : (block.m_nStartOf & kADCStartExternal) != 0;
+        result.frequency = result.externalClock ? board_.externalClockRate : block.m_fFreqStart;
+        if (!result.externalClock && board_.perChannelFrequency) {
+            result.frequency *= static_cast<double>(result.channels.size());
+        }
+        result.packetFrequency = block.m_nTimerPack == 1 ? block.m_fFreqPack : 0.0F;
+        return result;
+    }
+
     /// The ring to wish for. The host wishes for half a second's worth at the frequency asked for. Packets, and an
     /// external clock, bring fewer samples, and half a second's worth of those is enough.
     int32_t wishedRing(const ADCParametersDMA& block) const {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-#ifndef TARNO2_DRIVER_BOARD_SEARCH_H
-#define TARNO2_DRIVER_BOARD_SEARCH_H
+#ifndef TARNO2_DRIVER_BOARD_LIST_H
+#define TARNO2_DRIVER_BOARD_LIST_H
 
 #include <chrono>
 #include <condition_variable>
@@ -23,7 +23,9 @@ public:
     typedef std::function<std::vector<Board>()> Look;
 
     BoardSearch() : running_(false) {}
-    ~BoardSearch() {
+    ~BoardSearch() { end(); }
+    /// Waits for the end of a search; none follows.
+    void end() {
         {
             const std::lock_guard<std::mutex> lock(mutex_);
             next_ = Look();
@@ -99,7 +101,72 @@ private:
     std::thread thread_;
 };
 
+/// The boards of a driver as the host was told of them last. A search is quick, and then made whenever it is asked for,
+/// or long, and then made on a thread and when something has changed. The caller locks.
+class BoardList {
+public:
+    typedef BoardSearch::Look Look;
+
+    BoardList() : begun_(false), isLong_(false) {}
+    /// The settings have changed; `isLong` is what searches are like.
+    void forget(bool isLong) {
+        begun_ = false;
+        isLong_ = isLong;
+    }
+    /// What is there; of a long search that goes on, what it has told after 100 ms at most.
+    const std::vector<Board>& ask(const Look& look) {
+        const uint32_t patience = 100;
+        if (!isLong_) {
+            told_ = look();
+            return told_;
+        }
+        if (!begun_) {
+            searchAnew(look);
+            search_.wait(patience);
+        }
+        told_ = search_.boards();
+        return told_;
+    }
+    const std::vector<Board>& told() const { return told_; }
+    /// Before what a search uses goes away.
+    void end() { search_.end(); }
+    bool searching() const { return search_.goesOn(); }
+    void searchAnew(const Look& look) {
+        if (isLong_) {
+            search_.begin(look);
+            begun_ = true;
+        }
+    }
+
+    /// The board that the host means by a number. Where that is quick it is looked for anew, for it may have been
+    /// pulled out, and others have other numbers then. False when it is not there, with its name if it was.
+    bool find(uint32_t number, const Look& look, Board& board) {
+        const std::vector<Board> told = told_.empty() ? ask(look) : told_;
+        if (number == 0 || number > told.size()) {
+            return false;
+        }
+        board = told[number - 1];
+        if (isLong_) {
+            return true;
+        }
+        const std::vector<Board> now = look();
+        for (size_t i = 0; i < now.size(); ++i) {
+            if (now[i].id == board.id && (!board.id.empty() || i == number - 1)) {
+                board = now[i];
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    std::vector<Board> told_;
+    bool begun_;
+    bool isLong_;
+    BoardSearch search_;
+};
+
 }  // namespace sdk
 }  // namespace tarno2
 
-#endif  // TARNO2_DRIVER_BOARD_SEARCH_H
+#endif  // TARNO2_DRIVER_BOARD_LIST_H
