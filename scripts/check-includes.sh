@@ -43,6 +43,8 @@ find_violations() {
             libraries["drivers/comedi"] = "comedilib.h"
             libraries["tests/drivers/comedi"] = libraries["drivers/comedi"]
             libraries["tests/kernel"] = libraries["drivers/comedi"]
+            libraries["drivers/iio"] = "iio.h"
+            libraries["drivers/sigrok"] = "libsigrok/libsigrok.h glib.h"
             # Of those, the ones that platform/ includes, by the first part of a header, and the files that may.
             behind_platform["alsa"] = "^(platform/posix/sound_input|tests/support/sound_card/)"
             # The C++ standard library without <csignal>, whose meaning differs from system to system.
@@ -190,6 +192,11 @@ bad src/core/devices/d.cpp #include <comedilib.h>
 bad src/drivers/comedi/a.cpp #include <unistd.h>
 bad src/platform/posix/b.cpp #include <alsa/asoundlib.h>
 bad src/drivers/sound/a.cpp #include <alsa/asoundlib.h>
+bad src/drivers/simulator/h.cpp #include <iio.h>
+bad src/drivers/iio/a.cpp #include <libsigrok/libsigrok.h>
+good src/drivers/iio/b.cpp #include <iio.h>
+good src/drivers/sigrok/a.cpp #include <libsigrok/libsigrok.h>
+good src/drivers/sigrok/b.cpp #include <glib.h>
 good src/platform/posix/a.cpp #include <unistd.h>
 good src/platform/posix/sound_input_alsa.cpp #include <alsa/asoundlib.h>
 good src/platform/windows/a.cpp #include <windows.h>
