@@ -3,9 +3,12 @@
 #include <cstring>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <numeric>
+#include <thread>
 
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "platform/socket.h"
 #include "tests/apps/recording_rig.h"
 
 namespace tarno2::test {
@@ -204,28 +207,31 @@ TEST(Recording, WithoutANameGetsOneInTheDocuments) {
     EXPECT_THAT(rig.autoLog(), HasSubstr("Parameters \"FileName\" absent - Generated default"));
 }
 
-TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
-    const std::string library = fileNameOf(EXAMPLE_LIBRARY);
-    if (!fileExists(EXAMPLE_LIBRARY)) {
-        GTEST_SKIP() << "ctest builds it before this test: " << EXAMPLE_LIBRARY;
-    }
-    // A copy of the program, and beside it a folder with nothing but the driver and its registry text.
-    const RecordingRig rig;
+/// Records with a driver that was built elsewhere: a copy of the program, and beside it a folder with nothing but the
+/// driver and its registry text. The program's exit status.
+int recordWithExample(const RecordingRig& rig, const std::string& folder, const std::string& name, const Wish& wish) {
     const std::string program = rig.file(fileNameOf(builtFile("tarno2-console")));
     std::filesystem::copy_file(builtFile("tarno2-console"), program);
     std::filesystem::create_directory(rig.file("registry.d"));
-    for (const std::string& name : {library, std::string("ExampleDriver.reg")}) {
-        std::filesystem::copy_file(joinPath(parentFolder(EXAMPLE_LIBRARY), name),
-                                   joinPath(rig.file("registry.d"), name));
+    for (const std::string& file : {name + (kPathSeparator == '\\' ? ".dll" : ".so"), name + ".reg"}) {
+        std::filesystem::copy_file(joinPath(folder, file), rig.file("registry.d/" + file));
     }
+    return ChildProcess(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt")).waitForEnd(kGuard);
+}
+
+TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
+    const std::string folder = EXAMPLES "/example";
+    if (!fileExists(joinPath(folder, "ExampleDriver.reg"))) {
+        GTEST_SKIP() << "ctest builds it before this test: " << folder;
+    }
+    const RecordingRig rig;
     Wish wish;
     wish.driver = "Example";
     wish.board = 1;
     wish.channels = 3;
     wish.frequency = 300000;
     wish.bytes = 180000;
-    ChildProcess process(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt"));
-    ASSERT_EQ(process.waitForEnd(kGuard), 0);
+    ASSERT_EQ(recordWithExample(rig, folder, "ExampleDriver", wish), 0);
     ASSERT_EQ(rig.size("run.dat"), 180000U) << rig.autoLog();
     checkDescriptions(rig.pieces(), {.driver = "Example", .channels = 3, .frequencyPerChannel = 100e3});
     const std::string data = readFile(rig.file("run.dat"));
@@ -234,6 +240,33 @@ TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
         std::memcpy(&word, data.data() + i * 2, sizeof word);
         ASSERT_EQ(word, i / 3 % 1000 + i % 3 * 1000) << i;
     }
+}
+
+TEST(Recording, OfAnInstrumentThatClosesItsConnection) {
+    const std::string folder = EXAMPLES "/example-tcp";
+    if (!fileExists(joinPath(folder, "TcpDriver.reg"))) {
+        GTEST_SKIP() << "ctest builds it before this test: " << folder;
+    }
+    const RecordingRig rig;
+    TcpListener listener;
+    ASSERT_TRUE(listener.open({"127.0.0.1", 0}).ok());
+    std::vector<int16_t> sent(2 * 777);
+    std::iota(sent.begin(), sent.end(), int16_t{-300});
+    std::thread instrument([&] {
+        TcpStream stream;
+        EXPECT_EQ(listener.accept(stream, 60000).end, ReadEnd::Data);
+        EXPECT_TRUE(stream.write(sent.data(), sent.size() * 2, 60000).ok());
+    });
+    Wish wish;
+    wish.driver = "ExampleTcp";
+    wish.board = 1;
+    wish.frequency = 1000;
+    wish.bytes = 100000;
+    wish.more = "DriverSettings = \"Port=" + std::to_string(listener.localPort()) + "\"";
+    EXPECT_EQ(recordWithExample(rig, folder, "TcpDriver", wish), 1);
+    instrument.join();
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Stop - By end of source"));
+    EXPECT_EQ(readFile(rig.file("run.dat")), std::string(reinterpret_cast<const char*>(sent.data()), sent.size() * 2));
 }
 
 TEST(Recording, HasTheSignalViewBesideTheProgramWhateverTheRegistryLists) {
