@@ -76,6 +76,24 @@ TEST_F(DriversProgram, AddsADriverThatThenRecords) {
     rig.run("tarno2-drivers", {"remove", "TestDriver"});
 }
 
+TEST_F(DriversProgram, ChecksADriverLikeARecording) {
+    const struct {
+        const char* simulator;
+        int status;
+        const char* finding;
+    } cases[] = {{"", 0, " 0 wrong\n"},
+                 {"AnswerCount=0", 0, "missing kADCGetSamplesWritten: "},
+                 {"AnswerFacts=0", 1, "wrong   kADCGetSampleFormat: has no answer"},
+                 {"RingMisfit=1", 1, "wrong   the ring: "},
+                 {"RefuseStart=1", 1, "wrong   Start: The start was refused"},
+                 {"AbiVersion=2", 1, "wrong   kADCGetAbiVersion: answers 2"}};
+    for (const auto& each : cases) {
+        const ScopedEnvironment simulator("TARNO2_SIMULATOR", each.simulator);
+        EXPECT_THAT(rig.run("tarno2-drivers", {"check", "Simulator"}, each.status), HasSubstr(each.finding));
+    }
+    EXPECT_THAT(rig.run("tarno2-drivers", {"check", "Simulator", "9"}, 1), HasSubstr("There is no board 9"));
+}
+
 TEST_F(DriversProgram, ShowsWhatADriverCanBeTold) {
     rig.run("tarno2-drivers", {"add", "TestDriver", SETTINGS_DRIVER});
     EXPECT_THAT(rig.run("tarno2-drivers", {"settings", "TestDriver"}),

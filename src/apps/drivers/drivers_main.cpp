@@ -2,13 +2,14 @@
 #include <iostream>
 #include <string>
 
+#include "apps/drivers/board_search.h"
+#include "apps/drivers/driver_check.h"
 #include "apps/drivers/settings_table_text.h"
 #include "config/logs/program_version.h"
 #include "core/devices/board_selection.h"
 #include "core/devices/driver.h"
 #include "core/devices/driver_catalogue.h"
 #include "language/language_table.h"
-#include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/registry.h"
 #include "platform/run_program.h"
@@ -25,20 +26,6 @@ void tellFault(const std::string& fault) {
     std::cerr << fault << '\n';
 }
 
-// A driver may take its time to find its boards. False when it still has not ended.
-bool waitForSearch(Device& device) {
-    constexpr uint32_t kPeriodMs = 100;
-    constexpr uint64_t kLongestMs = 20000;
-    const uint64_t begin = tickCount();
-    while (device.number(kADCGetBoardSearch, 0) == 1) {
-        if (tickCount() - begin > kLongestMs) {
-            return false;
-        }
-        sleepMilliseconds(kPeriodMs);
-    }
-    return true;
-}
-
 // Says of one driver where it lies, and whether it loads and with which boards, or why not.
 bool describeDriver(const std::string& name) {
     std::string why;
@@ -49,7 +36,7 @@ bool describeDriver(const std::string& name) {
         std::cout << "    does not load: " << why << '\n';
         return false;
     }
-    const bool searched = waitForSearch(driver.device());
+    const bool searched = waitForBoards(driver.device());
     const auto boards = driver.device().boards();
     std::cout << "    loads, boards: " << boards.size() << (searched ? "\n" : " (still searching)\n");
     for (const ADCBoardEntry& board : boards) {
@@ -113,7 +100,8 @@ int remove(const std::string& name) {
 int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     CLI::App app{"Lists, installs and removes the board drivers of Tarno2."};
-    app.footer("Exit status: 0 done, 1 a driver does not load or the change failed, 2 bad use.");
+    app.footer(
+        "Exit status: 0 done, 1 a driver does not load, something is wrong with it, or the change failed, 2 bad use.");
     app.set_version_flag("--version", "tarno2-drivers " + versionText());
     app.require_subcommand(1);
     std::string name;
@@ -126,8 +114,16 @@ int parseAndRun(int argc, char** argv) {
     removeCommand->add_option("name", name, "Name of the driver")->required();
     CLI::App* settingsCommand = app.add_subcommand("settings", "Show what a driver can be told, and what it goes by");
     settingsCommand->add_option("name", name, "Name of the driver")->required();
+    CLI::App* checkCommand =
+        app.add_subcommand("check", "Call a driver as a recording does; tell what is missing, wrong or slow");
+    checkCommand->add_option("name", name, "Name of the driver")->required();
+    uint32_t board = 1;
+    checkCommand->add_option("board", board, "Number of its board in its list, 1 without it");
     try {
         app.parse(argc, argv);
+        if (checkCommand->parsed()) {
+            return checkDriver(name, board) ? kDone : kFailed;
+        }
         if (addCommand->parsed()) {
             return add(name, library);
         }

@@ -76,7 +76,7 @@ SimulatorDriver::SimulatorDriver() : GeneratorDriver("Simulator") {
     }
     sdk::Settings& all = settings();
     using sdk::Setting;
-    all.add(Setting::choice("Signal", "Mixed", signals, "Signal", "Сигнал"));
+    all.add(Setting::choice("Signal", "Mixed", signals, "Waveform", "Форма сигнала"));
     all.add(Setting::real("SignalFrequency", 10.0, 1e-6, 1e9, "Frequency of the signal, Hz", "Частота сигнала, Гц"));
     all.add(Setting::integer("Amplitude", 80, 0, 1000, "Amplitude, % of the range", "Амплитуда, % диапазона"));
     all.add(Setting::integer("DigitalPeriod", 64, 1, 1 << 30, "Frames until line 0 toggles",
