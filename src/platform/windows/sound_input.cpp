@@ -1,15 +1,13 @@
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <limits>
 #include <utility>
 
-// The first of these has the others define their identifiers here.
+#define INITGUID  // the identifiers that the headers below name are defined here
 #include <audioclient.h>
 #include <functiondiscoverykeys_devpkey.h>
-#include <initguid.h>
 #include <ksmedia.h>
 #include <mmdeviceapi.h>
 #include <objbase.h>
