@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace tarno2 {
 
@@ -22,11 +23,12 @@ SynchroSketch::Level levelOf(SketchCondition condition, double volts, int32_t nu
     const auto* channel = found != board.channels.end() ? &*found
                           : board.channels.empty()      ? nullptr
                                                         : &board.channels.front();
-    double range = std::max(2.0 * std::abs(volts), 1.0);
-    if (channel != nullptr && channel->inputRange > 0.0F) {
-        range = static_cast<double>(channel->inputRange) / std::max(channel->gain, 1);
+    auto [lower, upper] = channel == nullptr ? std::pair{0.0, 0.0} : channel->limits();
+    if (!(lower < upper)) {
+        upper = std::max(2.0 * std::abs(volts), 1.0);
+        lower = -upper;
     }
-    const double height = volts / range;
+    const double height = (volts - (lower + upper) / 2.0) / ((upper - lower) / 2.0);
     return {condition, static_cast<float>(std::clamp(height, double{-kHighestLevel}, double{kHighestLevel})),
             std::abs(height) <= 1.0};
 }

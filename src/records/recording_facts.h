@@ -21,7 +21,7 @@ struct RecordingFacts {
     struct Range {
         double upper = 0.0;       ///< volts
         double lower = 0.0;       ///< volts
-        float inputRange = 0.0F;  ///< volts at gain 1
+        float inputRange = 0.0F;  ///< volts at gain 1 of an input that lies evenly around zero; 0: of another one
     };
     std::vector<Range> ranges;  ///< one a channel, in recording order
 

@@ -134,6 +134,14 @@ bool Check::switchOff(SynchroSwitchOff reason, const char* detail) {
 
 }  // namespace
 
+std::pair<double, double> SynchroBoardFacts::Channel::limits() const {
+    if (inputRange > 0.0F) {
+        const double limit = static_cast<double>(inputRange) / std::max(gain, 1);
+        return {-limit, limit};
+    }
+    return {lower, upper};
+}
+
 double levelVolts(double value, int32_t unit) {
     constexpr double kFactors[] = {1.0, 0.001, 0.000001};
     return value * (unit == 1 || unit == 2 ? kFactors[unit] : kFactors[0]);
@@ -141,15 +149,18 @@ double levelVolts(double value, int32_t unit) {
 
 std::optional<int32_t> levelCode(double volts, const SynchroBoardFacts::Channel& channel,
                                  const SynchroBoardFacts& board) {
-    const auto range = static_cast<double>(channel.inputRange);
-    if (!std::isfinite(range) || !(range > 0.0)) {
-        return std::nullopt;
-    }
     const double lowest = board.minimumCode;
     const double highest = board.maximumCode;
-    const double gain = channel.gain == 0 ? 1.0 : channel.gain;
-    // The gain comes after the truncation, so that thresholds set on recordings of old stay where they were.
-    const double code = std::trunc((volts + range) * (highest - lowest) / (2.0 * range) + lowest) * gain;
+    double code = 0.0;
+    if (const auto range = static_cast<double>(channel.inputRange); std::isfinite(range) && range > 0.0) {
+        const double gain = channel.gain == 0 ? 1.0 : channel.gain;
+        // The gain comes after the truncation, so that thresholds set on recordings of old stay where they were.
+        code = std::trunc((volts + range) * (highest - lowest) / (2.0 * range) + lowest) * gain;
+    } else if (channel.inputRange == 0.0F && channel.lower < channel.upper) {
+        code = std::trunc((volts - channel.lower) * (highest - lowest) / (channel.upper - channel.lower) + lowest);
+    } else {
+        return std::nullopt;
+    }
     return static_cast<int32_t>(code > highest ? highest : code < lowest ? lowest : code);
 }
 

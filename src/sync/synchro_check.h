@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sync/synchro_settings.h"
@@ -15,6 +16,11 @@ struct SynchroBoardFacts {
         int32_t number = 0;  ///< physical
         int32_t gain = 1;
         float inputRange = 0.0F;  ///< R, volts at gain 1: the input goes from -R / gain to +R / gain
+        double lower = 0.0;       ///< where R is 0: volts of the lowest code at this gain
+        double upper = 0.0;       ///< and of the highest
+
+        /// The voltages that the input goes from and to; both the same when they are not known.
+        [[nodiscard]] std::pair<double, double> limits() const;
     };
     std::vector<Channel> channels;  ///< the active ones, in recording order
     int32_t minimumCode = 0;
@@ -49,7 +55,7 @@ struct SynchroFindings {
 [[nodiscard]] double levelVolts(double value, int32_t unit);
 
 /// The code of a level of so many volts at the input, held within the board's codes. Nothing when the channel's range
-/// is not positive.
+/// is not positive or not known.
 [[nodiscard]] std::optional<int32_t> levelCode(double volts, const SynchroBoardFacts::Channel& channel,
                                                const SynchroBoardFacts& board);
 

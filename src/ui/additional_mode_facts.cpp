@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/devices/input_limits.h"
 #include "core/recording/recording_need.h"
 
 namespace tarno2 {
@@ -11,8 +12,8 @@ AdditionalModeFacts additionalModeFacts(const RecordingWish& settings, BoardSele
     AdditionalModeFacts facts;
     for (size_t i = 0; i < settings.channels.size(); ++i) {
         const int32_t gain = i < settings.gains.size() ? settings.gains[i] : 1;
-        const double limit = selection.inputLimit(settings.channels[i], gain);
-        facts.board.channels.push_back({settings.channels[i], gain, static_cast<float>(limit * std::max(gain, 1))});
+        const InputLimits limits = inputLimits(selection.driver().device(), settings.channels[i], gain);
+        facts.board.channels.push_back({settings.channels[i], gain, limits.range, limits.lower, limits.upper});
     }
     facts.board.minimumCode = board.codeRange.m_nMinimum;
     facts.board.maximumCode = board.codeRange.m_nMaximum;

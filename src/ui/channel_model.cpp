@@ -32,8 +32,18 @@ QIcon makeSwatch(int32_t color) {
 }
 
 /// Decimals that show about a ten-thousandth of the range.
-int decimalsFor(double limit) {
+int decimalsFor(const InputLimits& limits) {
+    const double limit = std::max(std::abs(limits.lower), std::abs(limits.upper));
     return limit > 0.0 ? std::clamp(4 - static_cast<int>(std::floor(std::log10(limit))), 0, 9) : 4;
+}
+
+QString rangeText(const InputLimits& limits) {
+    if (!limits.known()) {
+        return {};
+    }
+    return limits.lower == -limits.upper
+               ? QStringLiteral("\u00B1%1").arg(limits.upper, 0, 'g', 4)
+               : QStringLiteral("%1 \u2026 %2").arg(limits.lower, 0, 'g', 4).arg(limits.upper, 0, 'g', 4);
 }
 
 }  // namespace
@@ -66,8 +76,11 @@ void ChannelModel::setBoard(uint32_t channelCount, const std::vector<int32_t>& g
     gains_ = gains;
     rangeOf_ = std::move(rangeOf);
     readings_.fill({});
+    uneven_ = false;
     for (int row = 0; row < rows_; ++row) {
         takeRange(row);
+        const InputLimits& limits = limits_[static_cast<size_t>(row)];
+        uneven_ = uneven_ || limits.lower != -limits.upper;
     }
     endResetModel();
 }
@@ -83,7 +96,7 @@ int32_t ChannelModel::gainOf(int row) const {
 }
 
 void ChannelModel::takeRange(int row) {
-    limits_[static_cast<size_t>(row)] = rangeOf_ ? rangeOf_(row, gainOf(row)) : 0.0;
+    limits_[static_cast<size_t>(row)] = rangeOf_ ? rangeOf_(row, gainOf(row)) : InputLimits{};
 }
 
 void ChannelModel::rowsChanged(int firstColumn, int lastColumn) {
@@ -176,14 +189,13 @@ QString ChannelModel::voltage(double volts, int row) const {
 
 QString ChannelModel::cellText(int row, int column) const {
     const Reading& reading = readings_[static_cast<size_t>(row)];
-    const double limit = limits_[static_cast<size_t>(row)];
     switch (column) {
         case Number:
             return QString::number(row);
         case Gain:
             return QString::number(gainOf(row));
         case Range:
-            return limit > 0.0 ? QStringLiteral("\u00B1%1").arg(limit, 0, 'g', 4) : QString();
+            return rangeText(limits_[static_cast<size_t>(row)]);
         case Value:
             return reading.known ? voltage(reading.value, row) : QString();
         case Minimum:
@@ -202,7 +214,7 @@ QString ChannelModel::widestText(int column) const {
         case Gain:
             return QStringLiteral("8888");
         case Range:
-            return QStringLiteral("\u00B10.8888");
+            return uneven_ ? QStringLiteral("-88.88 \u2026 88.88") : QStringLiteral("\u00B10.8888");
         case Value:
         case Minimum:
         case Maximum:

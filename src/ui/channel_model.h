@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "config/settings/program_settings.h"
+#include "core/devices/input_limits.h"
 #include "display/channel_reading.h"
 
 namespace tarno2 {
@@ -19,7 +20,7 @@ class ChannelModel : public QAbstractTableModel {
 
 public:
     enum Column { Active, Number, Color, Gain, Range, Value, Minimum, Maximum, ColumnCount };
-    using RangeOf = std::function<double(int32_t channel, int32_t gain)>;
+    using RangeOf = std::function<InputLimits(int32_t channel, int32_t gain)>;
 
     using QAbstractTableModel::QAbstractTableModel;
 
@@ -77,12 +78,13 @@ private:
     void rowsChanged(int firstColumn, int lastColumn);
 
     std::array<ChannelSettings, kMaximumChannelCount> channels_{};
-    std::array<double, kMaximumChannelCount> limits_{};  ///< volts; 0: not known
+    std::array<InputLimits, kMaximumChannelCount> limits_{};
     std::array<Reading, kMaximumChannelCount> readings_{};
     mutable std::array<Swatch, kMaximumChannelCount> swatches_;
     std::vector<int32_t> gains_;
     RangeOf rangeOf_;
     int rows_ = 0;
+    bool uneven_ = false;  ///< an input does not lie evenly around zero
     bool locked_ = false;
 };
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config/settings/program_settings.h"
+#include "core/devices/input_limits.h"
 #include "display/channel_reading.h"
 
 namespace tarno2 {
@@ -23,8 +24,7 @@ class ChannelTable : public QTableView {
 public:
     explicit ChannelTable(QWidget* parent = nullptr);
 
-    /// Upper end of the input range of a channel at a gain, volts; 0 when it is not known.
-    using RangeOf = std::function<double(int32_t channel, int32_t gain)>;
+    using RangeOf = std::function<InputLimits(int32_t channel, int32_t gain)>;
 
     void load(const ProgramSettings& settings);
     void store(ProgramSettings& settings) const;

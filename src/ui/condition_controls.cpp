@@ -55,8 +55,12 @@ const SynchroBoardFacts::Channel* findChannel(const SynchroBoardFacts& board, co
     return found == board.channels.end() ? nullptr : &*found;
 }
 
-double inputRange(const SynchroBoardFacts::Channel& channel) {
-    return static_cast<double>(channel.inputRange) / std::max(channel.gain, 1);
+QString factsText(const SynchroBoardFacts::Channel& channel) {
+    const auto [lower, upper] = channel.limits();
+    const auto number = [](double volts) { return QString::number(volts, 'g', 4); };
+    const QString gain = QString::number(channel.gain);
+    return lower == -upper ? uiText(TextId::SynchroChannelFacts, {gain, number(upper)})
+                           : uiText(TextId::SynchroChannelLimits, {gain, number(lower), number(upper)});
 }
 
 }  // namespace
@@ -157,8 +161,7 @@ void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) const {
         const TextId text = number ? TextId::SynchroParametersMistake : TextId::SynchroValueMistake;
         showText(channelFacts, number && !used ? QString() : uiText(text), true);
     } else {
-        const QString range = QString::number(inputRange(*active), 'g', 4);
-        showText(channelFacts, uiText(TextId::SynchroChannelFacts, {QString::number(active->gain), range}));
+        showText(channelFacts, factsText(*active));
     }
     const auto level = typedReal(form.value);
     if (!level) {
@@ -171,7 +174,7 @@ void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) const {
     if (number) {
         text = uiText(TextId::SynchroThresholdCode, {QString::number(*number)});
     }
-    const bool outside = used && number && std::abs(volts) > inputRange(*active);
+    const bool outside = used && number && (volts < active->limits().first || volts > active->limits().second);
     if (outside) {
         text += QLatin1Char('\n') + uiText(TextId::SynchroThresholdOutside);
     }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+#include "core/recording/static_parameters.h"
+#include "core/recording/synchro_preparation.h"
 #include "tests/core/rig.h"
 
 namespace tarno2::test {
@@ -175,6 +177,45 @@ TEST(Board, RingThatCannotBeToldOrChangesEndsTheStart) {
         ASSERT_TRUE(rig.begin(2, 1000.0F));
         EXPECT_EQ(rig.end().code, StopCode::Incompatible);
         EXPECT_EQ(device.countCalls("Start"), 0U);
+    }
+}
+
+// 0 to 10 V at gain 1, -5 to 5 V by the range that every board tells.
+TEST(Board, LimitsOfAnInputGoIntoDescriptionAndThresholds) {
+    for (const bool uneven : {false, true}) {
+        SCOPED_TRACE(uneven);
+        FakeDevice device;
+        if (uneven) {
+            device.inputLimits = {0.0, 10.0};
+        }
+        SessionRig rig(device);
+        ASSERT_TRUE(rig.prepare(2, 1000.0F));
+        rig.board->settings.gains = {1, 2};
+        RecordingFacts facts;
+        std::string missing;
+        ASSERT_TRUE(calculateStaticParameters(rig.driver, *rig.board, facts, missing)) << missing;
+        RecordDescription description;
+        ASSERT_TRUE(facts.describe(description));
+        ASSERT_TRUE(description.writeForDataFile(rig.folder.file("facts.dat")));
+        const std::string text = readFile(rig.folder.file("facts.txt"));
+        EXPECT_NE(
+            text.find(uneven ? "ChannelsRange = 10.000000 , 0.000000 ,\\\r\n                5.000000 , 0.000000 "
+                             : "ChannelsRange = 5.000000 , -5.000000 ,\\\r\n                2.500000 , -2.500000 "),
+            std::string::npos)
+            << text;
+        RecordingWish wish;
+        wish.synchro.SynchroAnalyzeMode = 2;
+        wish.synchro.SynchroAnalogChannelNumber = 1;
+        wish.synchro.SynchroAnalogValue = 1.25;
+        wish.synchroSizes = {1, 1};
+        SynchroFindings findings;
+        ASSERT_TRUE(prepareSynchronisation(wish, facts, *rig.board, findings)) << findings.detail;
+        // 1.25 * 16383 / 5 - 8192; with the range (1.25 + 5) * 16383 / 10 - 8192, cut, then times the gain
+        EXPECT_EQ(findings.settings.synchroCode, uneven ? -4096 : 2047 * 2);
+        device.inputLimits = {10.0, 0.0};
+        EXPECT_FALSE(calculateStaticParameters(rig.driver, *rig.board, facts, missing));
+        EXPECT_EQ(missing, "the input range of channel 0");
+        rig.board->endThread();
     }
 }
 

@@ -285,32 +285,22 @@ TEST(DiskFault, AStallLongerThanMemoryAndRingIsAnOverflowAfterTheLastSavedSample
 }
 
 TEST(DiskFault, AnErrorEndsTheRecordingWithWhatCameBeforeIt) {
-    const struct {
-        const char* what;
-        std::function<void(FaultyDisk&)> script;
-        uint64_t stays;
-    } cases[] = {
-        {"full", [](FaultyDisk& disk) { disk.capacity = 2 * kCache + 5; }, (2 * kCache + 5) / 6 * 6},
-        {"a write takes less than it says", [](FaultyDisk& disk) { disk.shortWrites = true; }, kCache + kCache / 2},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        SessionOnDisk rig;
-        c.script(rig.disk);
-        rig.session->setup.longestWaitMs = 600000;
-        rig.device.readerPaced = 100000000;
-        ASSERT_TRUE(rig.session->begin(3, 1e6F));
-        const RecordingResult result = rig.session->end();
-        EXPECT_EQ(result.code, StopCode::WriteError);
-        EXPECT_FALSE(result.problem.empty());
-        EXPECT_TRUE(rig.described() == streamBytes(0, c.stays / 2, 2));
-        EXPECT_EQ(result.bytes, c.stays);
-        EXPECT_EQ(result.files, 1U);
-        const uint64_t accepted = rig.session->board->writer().totalBytes();
-        const Loss expected{LossCause::Disk, c.stays / 2, (accepted - c.stays) / 2};
-        EXPECT_EQ(result.losses, std::vector<Loss>{expected});
-        EXPECT_NE(readFile(rig.session->folder.file("run.log")).find("cause = disk"), std::string::npos);
-    }
+    constexpr uint64_t kStays = (2 * kCache + 5) / 6 * 6;
+    SessionOnDisk rig;
+    rig.disk.capacity = 2 * kCache + 5;
+    rig.session->setup.longestWaitMs = 600000;
+    rig.device.readerPaced = 100000000;
+    ASSERT_TRUE(rig.session->begin(3, 1e6F));
+    const RecordingResult result = rig.session->end();
+    EXPECT_EQ(result.code, StopCode::WriteError);
+    EXPECT_FALSE(result.problem.empty());
+    EXPECT_TRUE(rig.described() == streamBytes(0, kStays / 2, 2));
+    EXPECT_EQ(result.bytes, kStays);
+    EXPECT_EQ(result.files, 1U);
+    const uint64_t accepted = rig.session->board->writer().totalBytes();
+    const Loss expected{LossCause::Disk, kStays / 2, (accepted - kStays) / 2};
+    EXPECT_EQ(result.losses, std::vector<Loss>{expected});
+    EXPECT_NE(readFile(rig.session->folder.file("run.log")).find("cause = disk"), std::string::npos);
 }
 
 // Reads everywhere while caches go round many times and pieces begin.

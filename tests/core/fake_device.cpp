@@ -212,6 +212,13 @@ int32_t FakeDevice::Get(uint32_t code, void* result) {
         case kADCGetInputRange:
             static_cast<ADCInputRange*>(result)->m_fRange = inputRange;
             return inputRange > 0 ? 1 : 0;
+        case kADCGetInputLimits:
+            if (inputLimits) {
+                auto& limits = *static_cast<ADCInputLimits*>(result);
+                limits.m_fLower = inputLimits->first / limits.m_nGain;
+                limits.m_fUpper = inputLimits->second / limits.m_nGain;
+            }
+            return inputLimits ? 1 : 0;
         case kADCGetRing:
             return answerRing(*static_cast<ADCRingInfo*>(result));
         case kADCGetDrqList: {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
@@ -34,6 +35,7 @@ public:
     bool codeRangeKnown = true;
     bool settingsUsable = true;  ///< the driver's own settings file
     float inputRange = 5.0F;
+    std::optional<std::pair<double, double>> inputLimits;         ///< lower, upper at gain 1; a gain divides them
     int32_t setupAnswers[2][2] = {{1, 1}, {1, 1}};                ///< [apply][extended block]
     std::function<void(int32_t, ADCParametersDMA&)> correctDma;   ///< (apply, block)
     std::function<void(int32_t, ADCParametersDMAEX&)> correctEx;  ///< (apply, block)

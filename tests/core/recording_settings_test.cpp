@@ -1,9 +1,11 @@
 #include "core/recording/recording_settings.h"
 
 #include <gmock/gmock.h>
+#include <tuple>
 
 #include "core/devices/board_options.h"
 #include "core/devices/board_selection.h"
+#include "core/devices/input_limits.h"
 #include "core/recording/recording_need.h"
 #include "tests/core/fake_device.h"
 #include "tests/support/temporary_folder.h"
@@ -178,12 +180,22 @@ TEST(BoardSelectionFacts, TellsRangesAndDrqNumbersOfItsBoard) {
     ASSERT_TRUE(selection.driver().attach(&device, "Fake", folder.path(), why)) << why;
     ASSERT_TRUE(selection.BaseBoxChange(1));
     EXPECT_EQ(selection.boardNumber(), 1U);
-    EXPECT_DOUBLE_EQ(selection.inputLimit(0, 10), 0.5);
+    const auto limits = [&](int32_t gain) {
+        const InputLimits told = inputLimits(selection.driver().device(), 0, gain);
+        return std::tuple(told.lower, told.upper, told.range, told.known());
+    };
+    EXPECT_EQ(limits(10), std::tuple(-0.5, 0.5, 5.0F, true));
+    EXPECT_EQ(limits(0), std::tuple(-5.0, 5.0, 5.0F, true));
     EXPECT_THAT(selection.drqNumbers(), ElementsAre(5, 7));
     EXPECT_TRUE(selection.setHardwareAverage(false));
     EXPECT_FALSE(selection.setHardwareAverage(true)) << "the board has none";
     device.inputRange = 0.0F;
-    EXPECT_EQ(selection.inputLimit(0, 1), 0.0);
+    EXPECT_EQ(limits(1), std::tuple(0.0, 0.0, 0.0F, false));
+    device.inputLimits = {0.0, 10.0};
+    EXPECT_EQ(limits(4), std::tuple(0.0, 2.5, 0.0F, true));
+    device.inputLimits = {10.0, 10.0};
+    device.inputRange = 5.0F;
+    EXPECT_FALSE(std::get<3>(limits(1))) << "what a board says of its limits is not made up for";
 }
 
 }  // namespace

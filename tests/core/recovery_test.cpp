@@ -274,29 +274,6 @@ TEST(Recovery, AChangedJournalSaysOneOfItsTwoStatesOrNothing) {
     EXPECT_GT(older, 300U);
 }
 
-TEST(Journal, IsThereWhileItIsRecordedAndAfterwardsOnlyWithoutDescription) {
-    for (const bool describable : {true, false}) {
-        const TemporaryFolder folder;
-        const WriterSetup setup = setupFor(folder.file("run.dat"));
-        RecordDescription description;
-        DataWriter writer;
-        ASSERT_EQ(writer.open(setup, description), 0);
-        EXPECT_TRUE(fileExists(folder.file("run.tarno2-journal")));
-        if (!describable) {
-            ASSERT_TRUE(createDirectory(folder.file("run.txt")).ok());
-        }
-        const std::string data(60, 'x');
-        EXPECT_EQ(writer.Write(reinterpret_cast<const std::byte*>(data.data()), data.size(), kFrame), 0);
-        EXPECT_EQ(writer.Close(), describable);
-        EXPECT_EQ(fileExists(folder.file("run.tarno2-journal")), !describable);
-        if (!describable) {
-            removeDirectory(folder.file("run.txt"));
-            EXPECT_EQ(recoverFolder(folder.path()).at(0).frames, 10U);
-            EXPECT_TRUE(fileExists(folder.file("run.txt")));
-        }
-    }
-}
-
 TEST(RecoveryThread, HoldsUpNoRecordingAndRefusesNone) {
     for (int i = 0; i < 20; ++i) {
         const TemporaryFolder folder;

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "core/storage/data_writer.h"
+#include "display/axis_y.h"
 #include "display/file_screens.h"
 #include "display/overview.h"
 #include "tests/display/signal_source.h"
@@ -174,6 +175,23 @@ TEST(RunningFormat, HasTheRateOfTheFramesThatAreShown) {
     facts.packetMode = true;
     facts.packetFrequency = 40.0;
     EXPECT_EQ(signalFormatOf(board, facts).framesPerSecond, 40.0);
+}
+
+TEST(RunningFormat, VoltsFollowTheLimitsOfTheInput) {
+    BoardFacts board;
+    board.codeRangeKnown = true;
+    board.codeRange = {-2048, 2047};
+    RecordingFacts facts;
+    facts.ranges = {{10.0, 0.0}, {5.0, -5.0, 5.0F}};
+    const SignalFormat format = signalFormatOf(board, facts);
+    const struct {
+        size_t channel;
+        int32_t code;
+        double millivolts;
+    } cases[] = {{0, -2048, 0.0}, {0, 2047, 10000.0}, {1, -2048, -5000.0}, {1, 2047, 5000.0}};
+    for (const auto& c : cases) {
+        EXPECT_NEAR(axisYScale(format, c.channel, AxisYUnit::Millivolts).of(c.code), c.millivolts, 1e-9) << c.channel;
+    }
 }
 
 TEST(RunningRecording, ReadsOverItsPieces) {

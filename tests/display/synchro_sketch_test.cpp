@@ -8,7 +8,7 @@ namespace {
 
 SynchroBoardFacts board() {
     SynchroBoardFacts facts;
-    facts.channels = {{0, 1, 10.0F}, {3, 10, 10.0F}};
+    facts.channels = {{0, 1, 10.0F}, {3, 10, 10.0F}, {4, 2, 0.0F, 0.0, 10.0}};
     return facts;
 }
 
@@ -47,6 +47,9 @@ TEST(SynchroSketch, WhatNeverTriggersKeepsNothing) {
     const SynchroSketch outside = sketchSynchronisation(record(1.5, 0, 3), {250, 750}, board());
     EXPECT_EQ(keptPoints(outside), 0) << "1.5 V at a range of 1 V";
     EXPECT_FALSE(outside.levels.front().reachable);
+    EXPECT_FALSE(sketchSynchronisation(record(-0.1, 0, 4), {250, 750}, board()).levels.front().reachable);
+    EXPECT_EQ(sketchSynchronisation(record(7.5, 0, 4), {250, 750}, board()).levels.front().height, 0.5F)
+        << "of 0 to 10 V";
     EXPECT_EQ(keptPoints(sketchSynchronisation(record(1.5, 2), {250, 750}, board())), 0) << "no edge";
     EXPECT_EQ(keptPoints(sketchSynchronisation(record(1.5, 0), {250, -10}, board())), 0) << "no history";
 }

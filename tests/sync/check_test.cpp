@@ -9,10 +9,11 @@ namespace tarno2::test {
 
 namespace {
 
-/// 12 bits from -2048 to 2047 over -10 V to 10 V; the channels 3, 7 and 0, the second with gain 10.
+/// 12 bits from -2048 to 2047 over -10 V to 10 V; the channels 3, 7 and 0, the second with gain 10; 5 goes from 0 to 10
+/// V at its gain.
 SynchroBoardFacts board() {
     SynchroBoardFacts facts;
-    facts.channels = {{3, 1, 10.0F}, {7, 10, 10.0F}, {0, 0, 5.0F}};
+    facts.channels = {{3, 1, 10.0F}, {7, 10, 10.0F}, {0, 0, 5.0F}, {5, 2, 0.0F, 0.0, 10.0}};
     facts.minimumCode = -2048;
     facts.maximumCode = 2047;
     facts.useDigitalPort = true;
@@ -91,6 +92,9 @@ TEST(SynchroCheck, TurnsThresholdsIntoCodes) {
         {1e300, 0, 7, 2047},      // beyond 32 bits
         {-1e300, 0, 7, -2048},    //
         {kInfinity, 0, 3, 2047},  //
+        {2.5, 0, 5, -1024},       // 2.5 * 4095 / 10 - 2048 = -1024.25
+        {10.0, 0, 5, 2047},       //
+        {-0.1, 0, 5, -2048},      //
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.value);
@@ -98,7 +102,10 @@ TEST(SynchroCheck, TurnsThresholdsIntoCodes) {
         ASSERT_TRUE(CheckSynchroParameters(triggered(row.value, row.unit, row.channel), kSizes, board(), findings));
         EXPECT_EQ(findings.settings.synchroCode, row.code);
         EXPECT_EQ(findings.settings.SynchroAnalogValue, row.value);
-        EXPECT_EQ(findings.settings.SynchroAnalogChannelNumber, row.channel == 3 ? 0 : row.channel == 7 ? 1 : 2);
+        EXPECT_EQ(findings.settings.SynchroAnalogChannelNumber, row.channel == 3   ? 0
+                                                                : row.channel == 7 ? 1
+                                                                : row.channel == 0 ? 2
+                                                                                   : 3);
     }
     SynchroSettings all = started(1.0, 3);
     all.writeAnalogEnabled = all.stopAnalogEnabled = true;

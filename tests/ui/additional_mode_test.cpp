@@ -375,6 +375,11 @@ TEST_F(AdditionalMode, HintsFollowWhatIsTyped) {
     EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, true);
     type("SynchroChannelBox", "8");
     EXPECT_TRUE(shows(uiText(TextId::SynchroParametersMistake)));
+    window_->setFacts(facts({{8, 2, 0.0F, 0.0, 10.0}}));
+    EXPECT_TRUE(shows("Gain: 2, range: 0 ... 10 V"));
+    EXPECT_FALSE(shows(uiText(TextId::SynchroThresholdOutside)));
+    type("SynchroValueEdit", "-1");
+    EXPECT_TRUE(shows(uiText(TextId::SynchroThresholdOutside)));
     click("SynchroPortRadio");
     EXPECT_FALSE(shows(uiText(TextId::SynchroPortNotUsed)));
     AdditionalModeFacts without = facts();

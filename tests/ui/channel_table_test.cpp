@@ -8,11 +8,17 @@
 namespace tarno2::test {
 namespace {
 
+/// An input of +-Volts at gain 1.
+template <int Volts>
+InputLimits evenly(int32_t /*channel*/, int32_t gain) {
+    return {-double{Volts} / gain, double{Volts} / gain};
+}
+
 class Channels : public ::testing::Test {
 protected:
     Channels() {
         languageTable().select(kLanguageEnglish);
-        table_.setBoard(160, {1, 2, 5, 10, 100}, [](int32_t, int32_t gain) { return 10.0 / gain; });
+        table_.setBoard(160, {1, 2, 5, 10, 100}, evenly<10>);
         table_.load({});
         table_.resize(300, 400);
         table_.show();
@@ -78,9 +84,15 @@ TEST_F(Channels, GainsDecideTheRangeAndUnknownOnesAreTheFirst) {
     table_.setGain(5);
     EXPECT_EQ(countGain(5), 160) << "without a marked row all are meant";
     EXPECT_EQ(cell(159, ChannelModel::Range), QStringLiteral("\u00B12"));
-    table_.setBoard(8, {4, 16}, [](int32_t, int32_t gain) { return 4.0 / gain; });
+    table_.setBoard(8, {4, 16}, evenly<4>);
     EXPECT_EQ(cell(0, ChannelModel::Gain), "4");
     EXPECT_EQ(cell(0, ChannelModel::Range), QStringLiteral("\u00B11"));
+    table_.setBoard(2, {4}, [](int32_t channel, int32_t) {
+        return channel == 0 ? InputLimits{0.0, 10.0} : InputLimits{};
+    });
+    EXPECT_EQ(cell(0, ChannelModel::Range), QStringLiteral("0 \u2026 10"));
+    EXPECT_EQ(cell(1, ChannelModel::Range), "");
+    table_.setBoard(8, {4, 16}, evenly<4>);
     EXPECT_EQ(stored().channels[0].gain, 5) << "kept for a board that has it";
     EXPECT_EQ(stored().channelCount, 8);
 }

@@ -1,7 +1,6 @@
 #include "core/devices/board_selection.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "config/logs/debug_log.h"
@@ -273,14 +272,6 @@ bool BoardSelection::setHardwareAverage(bool on) {
     problem_ = driver_.device().lastError();
     DEBUG_LOG("!!!! Hardware average = %u refused: %s", value, problem_.c_str());
     return false;
-}
-
-double BoardSelection::inputLimit(int32_t channel, int32_t gain) {
-    ADCInputRange range{channel, gain, 0.0F};
-    if (!driver_.device().get(kADCGetInputRange, range) || !std::isfinite(range.m_fRange) || range.m_fRange <= 0) {
-        return 0.0;
-    }
-    return static_cast<double>(range.m_fRange) / (gain == 0 ? 1.0 : gain);
 }
 
 bool BoardSelection::setDrqNumber(int32_t number) {

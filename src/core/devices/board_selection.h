@@ -89,8 +89,6 @@ public:
     /// Switches the averaging in the chosen board. True when the board did it, and when one that has none is to be
     /// without.
     bool setHardwareAverage(bool on);
-    /// Upper end of the input range of a channel at a gain, volts; 0 when the driver does not tell.
-    [[nodiscard]] double inputLimit(int32_t channel, int32_t gain);
     /// The chosen board can make that frequency: it is in the board's list, or the board has none.
     [[nodiscard]] bool hasFrequency(double hertz) const;
 

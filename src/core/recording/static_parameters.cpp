@@ -1,6 +1,6 @@
 #include "core/recording/static_parameters.h"
 
-#include <cmath>
+#include "core/devices/input_limits.h"
 
 namespace tarno2 {
 
@@ -34,14 +34,12 @@ bool calculateStaticParameters(T_DRIVER& driver, const T_BOARD& session, Recordi
     const BoardSettings& settings = session.settings;
     facts = {};
     for (size_t i = 0; i < settings.channels.size(); ++i) {
-        ADCInputRange range{settings.channels[i], settings.gains[i], 0.0F};
-        if (!driver.device().get(kADCGetInputRange, range) || !std::isfinite(range.m_fRange) || range.m_fRange <= 0) {
+        const InputLimits limits = inputLimits(driver.device(), settings.channels[i], settings.gains[i]);
+        if (!limits.known()) {
             missing = "the input range of channel " + std::to_string(settings.channels[i]);
             return false;
         }
-        const double gain = settings.gains[i] == 0 ? 1.0 : settings.gains[i];
-        const double limit = static_cast<double>(range.m_fRange) / gain;
-        facts.ranges.push_back({limit, -limit, range.m_fRange});
+        facts.ranges.push_back({limits.upper, limits.lower, limits.range});
     }
     const double channels = board.perChannelFrequency ? settings.channelCount() : 1.0;
     facts.driverName = driver.name();

@@ -10,8 +10,9 @@ SynchroBoardFacts boardFactsFor(const RecordingWish& settings, const RecordingFa
     const BoardFacts& board = session.driver().facts();
     SynchroBoardFacts result;
     for (size_t i = 0; i < session.settings.channels.size(); ++i) {
+        const RecordingFacts::Range& range = facts.ranges[i];
         result.channels.push_back(
-            {session.settings.channels[i], session.settings.gains[i], facts.ranges[i].inputRange});
+            {session.settings.channels[i], session.settings.gains[i], range.inputRange, range.lower, range.upper});
     }
     result.minimumCode = board.codeRange.m_nMinimum;
     result.maximumCode = board.codeRange.m_nMaximum;

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "core/devices/input_limits.h"
 #include "ui/channel_table.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
@@ -96,8 +97,9 @@ void ChannelsPanel::retranslate() {
 
 void ChannelsPanel::boardChanged(BoardSelection& selection) {
     const BoardFacts& facts = selection.driver().facts();
-    table_->setBoard(facts.channelCount, facts.gains,
-                     [&selection](int32_t channel, int32_t gain) { return selection.inputLimit(channel, gain); });
+    table_->setBoard(facts.channelCount, facts.gains, [&selection](int32_t channel, int32_t gain) {
+        return inputLimits(selection.driver().device(), channel, gain);
+    });
     gainBox_->clear();
     for (const int32_t gain : facts.gains) {
         gainBox_->addItem(QString::number(gain), gain);
