@@ -101,7 +101,7 @@ void AcquisitionThread::askEnd() {
     end_ = end;
     endWords_ = oneLine(driver_.device().lastError());
     ring_->streamEnds(end.m_nPosition);
-    DEBUG_LOG("!!!!! Stream end: cause = %u, position = %llu, lost = %llu, taken at %llu", end.m_nCause,
+    DEBUG_LOG("Stream end: cause = %u, position = %llu, lost = %llu, taken at %llu", end.m_nCause,
               static_cast<unsigned long long>(end.m_nPosition), static_cast<unsigned long long>(end.m_nLost),
               static_cast<unsigned long long>(ring_->written()));
 }
