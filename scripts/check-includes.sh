@@ -74,7 +74,7 @@ find_violations() {
             folder = place(inside)
             directory = inside
             sub(/\/[^\/]*$/, "", directory)
-            in_system = inside ~ /^(platform|sdk\/example|sdk\/tarno2\/driver\/data_event\.h|tests\/support|tests\/platform|tests\/sweep|tests\/drivers\/comedi)(\/|$)/
+            in_system = inside ~ /^(platform|sdk\/example(-tcp)?|sdk\/tarno2\/driver\/data_event\.h|tests\/support|tests\/platform|tests\/sweep|tests\/drivers\/comedi)(\/|$)/
         }
 
         /^[ \t]*#[ \t]*(if|ifdef|ifndef|elif|elifdef|elifndef)[^a-z]/ {
@@ -106,7 +106,7 @@ find_violations() {
             } else if (top in behind_platform) {
                 if (inside !~ behind_platform[top]) report(folder "/ may not include the library <" name ">")
             } else if (!angle) {
-                if (inside !~ /^sdk\/example\//) report("\"" name "\" is not written from src/ or the root of the project")
+                if (inside !~ /^sdk\/example(-tcp)?\//) report("\"" name "\" is not written from src/ or the root of the project")
             } else if (name ~ /^Q[A-Za-z0-9]*(\/|$)|^q[a-z0-9]+\.h$|^qcustomplot/) {
                 if (!has(qt_users, folder)) report(folder "/ may not include the window toolkit <" name ">")
             } else if (has(standard, name)) {

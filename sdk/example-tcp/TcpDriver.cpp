@@ -20,7 +20,7 @@ typedef SOCKET Socket;
 #include <unistd.h>
 typedef int Socket;
 #define INVALID_SOCKET (-1)
-#define closesocket close
+#define closesocket ::close
 #endif
 
 namespace {
@@ -58,7 +58,7 @@ protected:
         hints.ai_socktype = SOCK_STREAM;
         addrinfo* found = nullptr;
         const std::string host = settings().text("Host");
-        if (getaddrinfo(host.c_str(), settings().text("Port").c_str(), &hints, &found) != 0) {
+        if (getaddrinfo(host.c_str(), std::to_string(settings().integer("Port")).c_str(), &hints, &found) != 0) {
             return fail("There is no address \"%s\".", host.c_str());
         }
         socket_ = socket(found->ai_family, found->ai_socktype, found->ai_protocol);
