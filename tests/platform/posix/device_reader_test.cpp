@@ -1,11 +1,11 @@
+#include "platform/device_reader.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
 #include <unistd.h>
-
-#include "platform/device_reader.h"
 
 namespace tarno2 {
 namespace {
