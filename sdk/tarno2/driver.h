@@ -328,7 +328,7 @@ private:
             return putBoards(result, running_ ? boards_.told() : boards_.ask(look()));
         }
         if (code == kADCGetBoardSearch) {
-            return searchTakesLong() ? put(result, static_cast<uint32_t>(boards_.searching())) : 0;
+            return searchTakesLong() ? put(result, static_cast<uint32_t>(boards_.searching(look()))) : 0;
         }
         if (code == kADCGetSettings) {
             return settings().answer(result);

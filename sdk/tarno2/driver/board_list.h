@@ -115,22 +115,19 @@ public:
     }
     /// What is there; of a long search that goes on, what it has told after 100 ms at most.
     const std::vector<Board>& ask(const Look& look) {
-        const uint32_t patience = 100;
-        if (!isLong_) {
-            told_ = look();
-            return told_;
-        }
-        if (!begun_) {
-            searchAnew(look);
-            search_.wait(patience);
-        }
-        told_ = search_.boards();
+        beginOnce(look);
+        told_ = isLong_ ? search_.boards() : look();
         return told_;
     }
     const std::vector<Board>& told() const { return told_; }
     /// Before what a search uses goes away.
     void end() { search_.end(); }
-    bool searching() const { return search_.goesOn(); }
+    /// Whether a long search goes on. The first one begins with this question at the latest: a host that asks it before
+    /// the list must not take an incomplete list for all there is.
+    bool searching(const Look& look) {
+        beginOnce(look);
+        return search_.goesOn();
+    }
     void searchAnew(const Look& look) {
         if (isLong_) {
             search_.begin(look);
@@ -160,6 +157,14 @@ public:
     }
 
 private:
+    void beginOnce(const Look& look) {
+        const uint32_t patience = 100;
+        if (!begun_ && isLong_) {
+            searchAnew(look);
+            search_.wait(patience);
+        }
+    }
+
     std::vector<Board> told_;
     bool begun_;
     bool isLong_;
