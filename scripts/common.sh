@@ -96,7 +96,8 @@ build_targets() {
 
 # Builds what a user runs: the programs, the drivers and the signal view.
 build_programs() {
-    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover simulator replay serial network scopera
+    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover simulator replay serial network \
+        iio sigrok scopera
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

@@ -2,7 +2,7 @@
 // how many frames there are; the exit status is 1 when a sample is wrong.
 //
 //   count16, count12, count24   elements that count, each 1000 more than the one before, in words of 2 or 4 bytes
-//   lines16                     all lines of a byte count, alike in both bytes of a word
+//   lines16                     the bytes of 16 lines count, two a word
 //   demo                        8 lines that count below codes that repeat every 20 frames
 
 #include <cstdint>
@@ -38,10 +38,12 @@ struct Check {
             return static_cast<int32_t>(word) == static_cast<int32_t>(static_cast<uint32_t>(count) << 8) >> 8;
         }
         if (kind == "lines16") {
-            return word == (first[0] + frame) % 256 * 0x0101;
+            const uint64_t low = (first[0] + 2 * frame) % 256;
+            return word == low + (low + 1) % 256 * 256;
         }
         const uint32_t same = first[sample % (kPeriod * channels)];
-        const int32_t difference = (static_cast<int32_t>(word) >> 8) - (static_cast<int32_t>(same) >> 8);
+        // Where a saw falls, rounding puts it at either end of the range: the difference goes around.
+        const auto difference = static_cast<int32_t>((word & ~0xFFU) - (same & ~0xFFU)) / 256;
         return (word & 0xFF) == ((first[0] & 0xFF) + frame) % 256 && std::abs(difference) <= kTolerance;
     }
 };
