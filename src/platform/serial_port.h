@@ -69,8 +69,6 @@ struct SerialPortName {
     std::string description;  ///< what the system knows of it: maker, product; may be empty
 };
 
-/// Whether there is a port of that name; it is not opened.
-[[nodiscard]] bool serialPortIsThere(const std::string& name);
 /// The serial ports of this machine, by name. May take some milliseconds.
 [[nodiscard]] std::vector<SerialPortName> serialPorts();
 

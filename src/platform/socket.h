@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -28,7 +29,10 @@ public:
     void close();
     [[nodiscard]] bool isOpen() const { return handle_ != kClosed; }
     /// Ends a call that waits, and each later one that would. Any thread.
-    void cancel() { cancel_.set(); }
+    void cancel() {
+        cancelled_ = true;
+        cancel_.set();
+    }
     /// The port at this end, which the system has chosen when 0 was asked for.
     [[nodiscard]] uint16_t localPort() const;
 
@@ -49,6 +53,7 @@ protected:
 private:
     TimedRead receiveNow(void* data, size_t size, uint32_t* dropped);
 
+    std::atomic<bool> cancelled_{false};
     Event cancel_;
 };
 

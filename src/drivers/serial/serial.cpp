@@ -93,12 +93,12 @@ std::vector<sdk::Board> SerialDevice::search(const sdk::Settings& list) {
     std::vector<SerialPortName> ports = serialPorts();
     if (!plan.port.empty()) {
         std::erase_if(ports, [&](const SerialPortName& port) { return port.name != plan.port; });
-        if (ports.empty() && serialPortIsThere(plan.port)) {
-            ports.push_back({plan.port, {}});
+        if (ports.empty()) {
+            ports.push_back({plan.port, {}});  // not every port is in the system's list
         }
     }
     if (ports.empty()) {
-        fail(plan.port.empty() ? "There is no serial port%s." : "There is no serial port %s.", plan.port.c_str());
+        fail("There is no serial port.");
     }
     std::vector<sdk::Board> boards;
     for (const SerialPortName& port : ports) {

@@ -85,20 +85,22 @@ OsError Socket::openBound(const Endpoint& local, Kind kind) {
 TimedRead Socket::receive(void* data, size_t size, uint32_t milliseconds, uint32_t* dropped) {
     const uint64_t deadline = tickCount() + milliseconds;
     for (;;) {
-        const uint64_t now = tickCount();
-        switch (wait(Until::Readable, now < deadline ? static_cast<uint32_t>(deadline - now) : 0)) {
-            case Waited::TimedOut:
-                return {ReadEnd::TimedOut, 0, {}};
-            case Waited::Cancelled:
-                return {ReadEnd::Cancelled, 0, {}};
-            case Waited::Failed:
-                return {ReadEnd::Failed, 0, sys::lastError()};
-            case Waited::Ready:
-                break;
+        if (cancelled_) {
+            return {ReadEnd::Cancelled, 0, {}};
         }
         const TimedRead got = receiveNow(data, size, dropped);
         if (got.end != ReadEnd::TimedOut) {
             return got;
+        }
+        const uint64_t now = tickCount();
+        switch (wait(Until::Readable, now < deadline ? static_cast<uint32_t>(deadline - now) : 0)) {
+            case Waited::TimedOut:
+                return {ReadEnd::TimedOut, 0, {}};
+            case Waited::Failed:
+                return {ReadEnd::Failed, 0, sys::lastError()};
+            case Waited::Cancelled:
+            case Waited::Ready:
+                break;
         }
     }
 }

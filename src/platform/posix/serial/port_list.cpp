@@ -65,10 +65,6 @@ std::vector<SerialPortName> serialPortsIn(const std::string& terminals, const st
     return ports;
 }
 
-bool serialPortIsThere(const std::string& name) {
-    return fileExists(name);
-}
-
 std::vector<SerialPortName> serialPorts() {
     return serialPortsIn("/sys/class/tty", "/dev");
 }

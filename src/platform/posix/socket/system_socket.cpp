@@ -110,6 +110,7 @@ void Socket::close() {
 OsError Socket::attach(intptr_t handle) {
     close();
     handle_ = handle;
+    cancelled_ = false;
     cancel_.reset();
     if (!cancel_.valid()) {
         close();

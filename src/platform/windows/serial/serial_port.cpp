@@ -160,12 +160,6 @@ bool SerialPort::countFaults(Faults& counted) {
     return true;
 }
 
-bool serialPortIsThere(const std::string& name) {
-    std::array<char, 1024> target{};
-    const std::string device = name.substr(name.find_last_of('\\') + 1);
-    return QueryDosDeviceA(device.c_str(), target.data(), target.size()) != 0;
-}
-
 std::vector<SerialPortName> serialPorts() {
     std::vector<SerialPortName> ports;
     HKEY key = nullptr;
