@@ -72,7 +72,7 @@ void recordPackets(double rate, uint32_t packets, uint32_t missing) {
         }
         return true;
     });
-    bench.finish("Stop - ");
+    bench.finish("The board lost");
     const uint64_t position = uint64_t{missing} * kFrames * kChannels;
     EXPECT_EQ(bench.checkCounterFile(2), position);
     EXPECT_EQ(readFile(bench.rig().file("run.log")), "sample = " + std::to_string(position) + ", count = " +
