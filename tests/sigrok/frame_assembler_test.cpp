@@ -1,11 +1,12 @@
 // What stands in the settings, and frames from packets of single channels.
 
+#include "drivers/sigrok/frame_assembler.h"
+
 #include <cstring>
 #include <gmock/gmock.h>
 #include <limits>
 
 #include "drivers/sigrok/device_spec.h"
-#include "drivers/sigrok/frame_assembler.h"
 
 namespace tarno2::drivers {
 namespace {
@@ -21,8 +22,9 @@ std::string spelled(const DeviceSpec& device) {
 }
 
 TEST(DeviceSpec, ReadsWhatTheToolsTake) {
-    const auto devices = readDevices(" demo:analog_channels=4:logic_channels=8  fx2lafw:conn=1.2 "
-                                     "scpi-dmm:conn=tcp-raw/10.0.0.7:5555:serialcomm=9600/8n1");
+    const auto devices = readDevices(
+        " demo:analog_channels=4:logic_channels=8  fx2lafw:conn=1.2 "
+        "scpi-dmm:conn=tcp-raw/10.0.0.7:5555:serialcomm=9600/8n1");
     ASSERT_TRUE(devices.has_value());
     std::vector<std::string> all;
     for (const DeviceSpec& device : *devices) {
@@ -52,10 +54,10 @@ TEST(WordShape, FindsRoomForCodesAndLines) {
         uint32_t shift;
         uint32_t mask;
     };
-    const Row rows[] = {{false, 1, {2, 0, 1}, 0, 0x1},        {false, 16, {2, 0, 16}, 0, 0xFFFF},
-                        {false, 17, {4, 0, 17}, 0, 0x1FFFF},  {false, 34, {4, 0, 31}, 0, 0x7FFFFFFF},
-                        {true, 0, {4, 32, 0}, 0, 0},          {true, 5, {4, 24, 5}, 8, 0x1F},
-                        {true, 8, {4, 24, 8}, 8, 0xFF},       {true, 9, {4, 16, 9}, 16, 0x1FF},
+    const Row rows[] = {{false, 1, {2, 0, 1}, 0, 0x1},       {false, 16, {2, 0, 16}, 0, 0xFFFF},
+                        {false, 17, {4, 0, 17}, 0, 0x1FFFF}, {false, 34, {4, 0, 31}, 0, 0x7FFFFFFF},
+                        {true, 0, {4, 32, 0}, 0, 0},         {true, 5, {4, 24, 5}, 8, 0x1F},
+                        {true, 8, {4, 24, 8}, 8, 0xFF},      {true, 9, {4, 16, 9}, 16, 0x1FF},
                         {true, 34, {4, 16, 16}, 16, 0xFFFF}};
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.analog << " " << row.lines);

@@ -41,8 +41,7 @@ protected:
             ADD_FAILURE() << driver_->lastError();
             return {};
         }
-        EXPECT_EQ(driver_->get<ADCStreamEnd>(kADCGetStreamEnd).m_nCause, uint32_t{kADCEndNone})
-            << driver_->lastError();
+        EXPECT_EQ(driver_->get<ADCStreamEnd>(kADCGetStreamEnd).m_nCause, uint32_t{kADCEndNone}) << driver_->lastError();
         (*driver_)->Stop();
         return reader.words();
     }

@@ -16,9 +16,7 @@ struct WordShape {
     /// With so many analog channels (or none) and lines; lines for which there is no room are left out.
     [[nodiscard]] static WordShape with(bool analog, uint32_t lines);
     [[nodiscard]] uint32_t codeShift() const { return codeBits == 0 ? 0 : lines == 0 ? 0 : 32 - codeBits; }
-    [[nodiscard]] uint32_t linesMask() const {
-        return lines >= 32 ? 0xFFFFFFFFU : (uint32_t{1} << lines) - 1;
-    }
+    [[nodiscard]] uint32_t linesMask() const { return lines >= 32 ? 0xFFFFFFFFU : (uint32_t{1} << lines) - 1; }
 };
 
 /// Puts frames together from packets of single channels, which come in any order. The lines of a frame stand in each of

@@ -34,7 +34,9 @@ std::vector<double> numbers(GVariant* array) {
     return {values, values + count};
 }
 
-std::string wordOf(const char* text) { return text != nullptr ? text : ""; }
+std::string wordOf(const char* text) {
+    return text != nullptr ? text : "";
+}
 
 }  // namespace
 

@@ -135,7 +135,8 @@ void Session::takeAnalog(const sr_datafeed_analog& packet) {
             if (plan_.hold) {
                 held_[place] = values_[(packet.num_samples - 1) * channels + index];
             } else {
-                overrun_ = overrun_ || !assembler_.addAnalog(place, values_.data() + index, packet.num_samples, channels);
+                overrun_ =
+                    overrun_ || !assembler_.addAnalog(place, values_.data() + index, packet.num_samples, channels);
             }
         }
     }
@@ -169,7 +170,8 @@ SourceRead Session::read(std::byte* destination, size_t frames) {
         return readHeld(destination, frames);
     }
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, kPatience, [this] { return assembler_.complete() > 0 || ended_ || overrun_ || cancelled_; });
+    changed_.wait_for(lock, kPatience,
+                      [this] { return assembler_.complete() > 0 || ended_ || overrun_ || cancelled_; });
     const size_t count = assembler_.take(destination, frames);
     return count > 0 || !(ended_ || overrun_ || cancelled_) ? SourceRead::some(count) : endOfStream();
 }
@@ -192,9 +194,9 @@ SourceRead Session::readHeld(std::byte* destination, size_t frames) {
     const auto due = [&] {
         return static_cast<uint64_t>(static_cast<double>(monotonicNanoseconds() - holdStart_) / periodNanoseconds) + 1;
     };
-    const auto wait = std::min(static_cast<double>(heldFrames_) * periodNanoseconds -
-                                   static_cast<double>(monotonicNanoseconds() - holdStart_),
-                               std::chrono::duration<double, std::nano>(kPatience).count());
+    const auto wait = std::min(
+        static_cast<double>(heldFrames_) * periodNanoseconds - static_cast<double>(monotonicNanoseconds() - holdStart_),
+        std::chrono::duration<double, std::nano>(kPatience).count());
     changed_.wait_for(lock, std::chrono::duration<double, std::nano>(std::max(wait, 0.0)), over);
     const uint64_t now = due();
     const size_t count = now > heldFrames_ ? static_cast<size_t>(std::min<uint64_t>(now - heldFrames_, frames)) : 0;

@@ -25,8 +25,8 @@ struct SessionPlan {
     std::vector<int32_t> channels;  ///< places among the analog ones, in the order of a frame; none: lines alone
     std::vector<double> ranges;     ///< volts, of each of them
     double framesPerSecond = 0.0;
-    bool hold = false;       ///< the device has no rate: each frame has its last values
-    bool limited = false;    ///< the user has set a limit: the end is no failure
+    bool hold = false;     ///< the device has no rate: each frame has its last values
+    bool limited = false;  ///< the user has set a limit: the end is no failure
 };
 
 /// What a device sends, by a session of the library in a thread of its own. The device has to live longer.
@@ -64,8 +64,8 @@ private:
     FrameAssembler assembler_;
     std::vector<std::optional<float>> held_;  // the last value of each channel of a frame
     std::optional<int> startResult_;
-    bool ended_ = false;     // the library sends nothing any more
-    bool overrun_ = false;   // more came than there was room for
+    bool ended_ = false;    // the library sends nothing any more
+    bool overrun_ = false;  // more came than there was room for
     bool cancelled_ = false;
     uint64_t heldFrames_ = 0;
     uint64_t holdStart_ = 0;  // nanoseconds

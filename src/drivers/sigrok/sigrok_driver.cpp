@@ -124,7 +124,8 @@ SigrokDriver::SigrokDriver() : PumpDriver("Sigrok") {
                                       "Параметры устройства (Logic:pattern=incremental)"));
     settings().add(sdk::Setting::real("Range", 0.0, 0.0, 1e9, "Range of analog channels, V (0: as the device says)",
                                       "Диапазон аналоговых каналов, В (0: по данным устройства)"));
-    settings().add(sdk::Setting::real("HoldRate", 10.0, 0.001, 100000.0, "Rate at which a meter's reading is recorded, Hz",
+    settings().add(sdk::Setting::real("HoldRate", 10.0, 0.001, 100000.0,
+                                      "Rate at which a meter's reading is recorded, Hz",
                                       "Частота записи показаний мультиметра, Гц"));
     settings().add(sdk::Setting::integer("Hold", 0, 0, 1, "Record other devices like a meter (1: yes)",
                                          "Записывать и другие устройства как мультиметр (1: да)"));
@@ -189,8 +190,7 @@ bool SigrokDriver::open(sdk::Board& board) {
     closeDevice();
     std::string problem;
     const size_t blank = board.id.find(' ');
-    const std::vector<DeviceSpec> specs =
-        readDevices(board.id.substr(blank + 1)).value_or(std::vector<DeviceSpec>());
+    const std::vector<DeviceSpec> specs = readDevices(board.id.substr(blank + 1)).value_or(std::vector<DeviceSpec>());
     const std::shared_ptr<Library> library = Library::instance(problem);
     if (library == nullptr || specs.size() != 1) {
         return fail("%s", problem.c_str());
