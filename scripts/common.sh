@@ -96,7 +96,7 @@ build_targets() {
 
 # Builds what a user runs: the programs, the drivers and the signal view.
 build_programs() {
-    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover simulator replay serial network \
+    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover simulator replay serial network sound \
         iio sigrok scopera
 }
 
