@@ -21,6 +21,7 @@
 #include "ui/message_list.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
+#include "ui/panels/driver_settings_form.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
@@ -36,6 +37,7 @@ namespace tarno2 {
 namespace {
 
 constexpr int kRefreshPeriodMs = 100;
+constexpr int kSearchPeriodMs = 250;
 constexpr uint32_t kDisplaylessPeriodMs = 20;
 
 }  // namespace
@@ -55,6 +57,8 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish
     stopTimer_.setTimerType(Qt::PreciseTimer);
     connect(&stopTimer_, &QTimer::timeout, this, [this] { host_.timerTick(); });
     refreshTimer_.setInterval(kRefreshPeriodMs);
+    searchTimer_.setInterval(kSearchPeriodMs);
+    connect(&searchTimer_, &QTimer::timeout, this, [this] { guarded("FollowSearch", [this] { followSearch(); }); });
     connect(&search_, &BoardSearch::slow, this, [this] { showLooking(true); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { host_.follow(); }); });
     additionalWindow_ = new T_AdditionalModeWindow(settings_.wish.synchro, settings_.wish.synchroSizes, this);
@@ -153,6 +157,8 @@ void T_MainForm::connectPanels() {
     });
     connect(boardPanel_, &BoardPanel::driverChosen, this, &T_MainForm::DriverBoxChange);
     connect(boardPanel_, &BoardPanel::baseChosen, this, &T_MainForm::BaseBoxChange);
+    connect(boardPanel_, &BoardPanel::searchAsked, this, &T_MainForm::SearchAgainClick);
+    connect(&boardPanel_->driverSettings(), &DriverSettingsForm::edited, this, &T_MainForm::DriverSettingChange);
     connect(boardPanel_, &BoardPanel::drqChosen, this, &T_MainForm::DrqBoxChange);
     connect(boardPanel_, &BoardPanel::hardwareAverageChanged, this,
             [this](bool on) { guarded("HardwareAverage", [this, on] { selection().setHardwareAverage(on); }); });

@@ -64,6 +64,8 @@ public:
     [[nodiscard]] BoardSelection& selection() { return host_.selection(); }
     /// A driver looks for its board: until it has come back nobody else may ask it.
     [[nodiscard]] bool looksForBoard() const { return search_.busy(); }
+    /// The driver searches for boards by itself, and the window follows.
+    [[nodiscard]] bool followsSearch() const { return searchTimer_.isActive(); }
 
     // What the operator did.
     void StartButtonClick();
@@ -72,6 +74,8 @@ public:
     void DriverBoxChange(const QString& name);
     void BaseBoxChange(uint32_t number);
     void DrqBoxChange(int number);
+    void DriverSettingChange(const QString& key, const QString& value);
+    void SearchAgainClick();
     void FileNameEditChange();
     void ButtonSetFileNameClick();
     void HDDTestSpeedClick(bool on);
@@ -137,7 +141,9 @@ private:
     void applyBoard(ApplyOutcome outcome);
     void showDriverNotLoaded();
     void lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found);
+    void followSearch();
     void showLooking(bool looking);
+    void showChosenBoard(ApplyOutcome outcome);
     void saveSettings();
     void rememberRecording();
     void storeControls();
@@ -174,8 +180,10 @@ private:
     FileNameFindings findings_;
     ScoperLibrary scoper_;  ///< outlives the view
     SessionHost host_;
-    BoardSearch search_;           ///< goes before what it looks with
-    bool startWhenFound_ = false;  ///< a start waits for the board
+    BoardSearch search_;                             ///< goes before what it looks with
+    bool startWhenFound_ = false;                    ///< a start waits for the board
+    QTimer searchTimer_;                             ///< runs while the driver searches for boards by itself
+    std::function<void(ApplyOutcome)> afterSearch_;  ///< waits for the board; null: nobody does
 
     QTimer stopTimer_;
     SleepInhibitor sleepInhibitor_;

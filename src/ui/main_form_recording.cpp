@@ -15,9 +15,13 @@
 #include "core/recording/recording_need.h"
 #include "core/recording/recording_settings.h"
 #include "core/recording/start_questions.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
 #include "platform/paths.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
+#include "ui/panels/board_panel.h"
+#include "ui/panels/driver_settings_form.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/program_panel.h"
@@ -102,8 +106,15 @@ void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports, const
 
 // A board that could not be used may have been switched on or plugged in since.
 void T_MainForm::StartButtonClick() {
-    if (search_.busy()) {
+    if (!control().running()) {
+        boardPanel_->driverSettings().finish();
+    }
+    if (search_.busy() || afterSearch_) {
         startWhenFound_ = true;
+        return;
+    }
+    if (boardPanel_->driverSettings().refused()) {
+        host_.showAttention(formatText(text(TextId::Attention).c_str(), text(TextId::DriverSettingToCorrect).c_str()));
         return;
     }
     if (!host_.startNeedsBoard()) {

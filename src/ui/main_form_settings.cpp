@@ -6,8 +6,6 @@
 #include <QScreen>
 #include <QSplitter>
 #include <algorithm>
-#include <memory>
-#include <utility>
 
 #include "config/files/figure_text.h"
 #include "config/logs/console_log.h"
@@ -25,14 +23,12 @@
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
 #include "ui/message_list.h"
-#include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
 #include "ui/show_form.h"
-#include "ui/state_strip.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -128,97 +124,6 @@ void T_MainForm::loadConsoleSettings() {
         control().GenerateFileName();
     }
     DEBUG_LOG("LoadConfig consolemode - Status OK");
-}
-
-// Until it is found nobody else may use the driver: what asks it is switched off.
-void T_MainForm::lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found) {
-    if (search_.busy()) {
-        return;
-    }
-    auto outcome = std::make_shared<ApplyOutcome>(ApplyOutcome::DriverError);
-    search_.run([outcome, search = std::move(search)] { *outcome = search(); },
-                [this, outcome, found = std::move(found)] {
-                    guarded("BoardFound", [&] {
-                        showLooking(false);
-                        found(*outcome);
-                        boardChanged();
-                    });
-                    if (std::exchange(startWhenFound_, false)) {
-                        startRecording();
-                    }
-                });
-}
-
-void T_MainForm::showLooking(bool looking) {
-    panels_->setEnabled(!looking);
-    channelsPanel_->table().setEnabled(!looking);
-    boardPanel_->setLooking(looking);
-    menu_.additional->setEnabled(!looking);
-    menu_.start->setEnabled(!looking && !control().running());
-    strip_->startButton().setEnabled(menu_.start->isEnabled());
-    if (looking) {
-        statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
-    }
-}
-
-void T_MainForm::applyBoard(ApplyOutcome outcome) {
-    host_.boardApplied(outcome);
-    if (outcome == ApplyOutcome::DriverNotFound) {
-        showDriverNotLoaded();
-    }
-}
-
-void T_MainForm::showDriverNotLoaded() {
-    messages_->add(
-        MessageList::Kind::Attention,
-        uiText(TextId::DriverNotLoaded, {fromFileName(selection().driverName()), fromMessage(selection().problem())}));
-}
-
-void T_MainForm::showBoard() {
-    if (search_.busy() || displayGone_) {
-        return;
-    }
-    const BoardStatus status = host_.watch().board();
-    QString shown = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(boardStatusWord(status));
-    if (const std::string& driver = selection().driverName(); !driver.empty()) {
-        shown += QStringLiteral(" (") + fromFileName(driver) + QLatin1Char(')');
-    }
-    statusLine_->setBoard(shown, status != BoardStatus::Ready);
-    strip_->setState(host_.watch().state());
-}
-
-void T_MainForm::DriverBoxChange(const QString& name) {
-    guarded("DriverBoxChange", [this, &name] {
-        storeControls();
-        lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
-                     [this](ApplyOutcome outcome) {
-                         host_.SetErrorCode(statusOf(outcome));
-                         if (!selection().problem().empty()) {
-                             showDriverNotLoaded();
-                         }
-                         host_.tellDriverSettings();
-                     });
-    });
-}
-
-void T_MainForm::BaseBoxChange(uint32_t number) {
-    guarded("BaseBoxChange", [this, number] {
-        storeControls();
-        lookForBoard(
-            [this, number] {
-                return selection().BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
-            },
-            [this](ApplyOutcome outcome) {
-                host_.SetErrorCode(statusOf(outcome));
-                if (outcome != ApplyOutcome::Done) {
-                    messages_->add(MessageList::Kind::Detail, fromMessage(selection().problem()));
-                }
-            });
-    });
-}
-
-void T_MainForm::DrqBoxChange(int number) {
-    guarded("DrqBoxChange", [this, number] { selection().setDrqNumber(number); });
 }
 
 void T_MainForm::boardChanged() {

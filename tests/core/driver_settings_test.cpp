@@ -81,7 +81,7 @@ TEST(DriverSettings, AreGivenBeforeTheBoardsAreAskedFor) {
     EXPECT_EQ(selection.refusals()[1].kind, DriverRefusal::Kind::Fixed);
 
     EXPECT_EQ(selection.changeSetting({"Rate", "9000"}), ApplyOutcome::SettingRefused);
-    EXPECT_EQ(selection.problem(), "Rate: from 0.5 to 5000");
+    EXPECT_EQ(selection.refusal(), "Rate: from 0.5 to 5000");
     EXPECT_EQ(selection.changeSetting({"Label", "a\nb"}), ApplyOutcome::SettingRefused);
     EXPECT_TRUE(selection.driver().startAllowed()) << "all is as before";
     EXPECT_EQ(selection.changeSetting({"Label", "M"}), ApplyOutcome::Done);

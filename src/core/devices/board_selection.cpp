@@ -208,9 +208,9 @@ ApplyOutcome BoardSelection::chooseFound() {
 
 ApplyOutcome BoardSelection::changeSetting(const DriverValue& value) {
     if (auto why = tellDriver(driver_.device(), value)) {
-        problem_ = std::move(*why);
+        refusal_ = std::move(*why);
         DEBUG_LOG("!!!! Driver setting %s = \"%s\" refused: %s", value.key.c_str(), value.value.c_str(),
-                  problem_.c_str());
+                  refusal_.c_str());
         return ApplyOutcome::SettingRefused;
     }
     driverSettings_ = withDriverValue(driverSettings_, driverName_, value);

@@ -70,8 +70,9 @@ public:
     /// number or frequency that the board can't take is logged, and the board keeps its own.
     ApplyOutcome applySaved(const ProgramSettings& settings);
     /// Tells the loaded driver a value, keeps it for the next time and looks for the boards anew: the one of the same
-    /// number is chosen again, else the one of the same name. With `SettingRefused`, `problem` has the driver's words.
+    /// number is chosen again, else the one of the same name. With `SettingRefused`, `refusal` has the driver's words.
     [[nodiscard]] ApplyOutcome changeSetting(const DriverValue& value);
+    [[nodiscard]] const std::string& refusal() const { return refusal_; }
     /// Has the loaded driver search for boards that were plugged in since, if it can, and looks for them anew likewise.
     [[nodiscard]] ApplyOutcome searchAgain();
     /// The driver still searched for boards when it was asked last.
@@ -117,6 +118,7 @@ private:
     std::string driverSettings_;
     std::optional<std::vector<DriverValue>> onlySettings_;
     std::vector<DriverRefusal> refusals_;
+    std::string refusal_;
     std::string driverName_;
     uint32_t boardNumber_ = 0;
     bool anyBoard_ = true;   ///< none was chosen yet: the first one that is found will do

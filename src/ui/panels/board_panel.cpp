@@ -2,12 +2,15 @@
 
 #include <QComboBox>
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
 #include <QSignalBlocker>
 #include <algorithm>
 
 #include "core/devices/board_options.h"
 #include "platform/c_locale.h"
+#include "ui/panels/driver_settings_form.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"
@@ -28,7 +31,9 @@ BoardPanel::BoardPanel(QWidget* parent)
       baseLabel_(new QLabel(this)),
       drqLabel_(new QLabel(this)),
       driverBox_(makeList(this, QStringLiteral("DriverBox"))),
+      settings_(named<DriverSettingsForm>("DriverSettingsForm", this)),
       baseBox_(makeList(this, QStringLiteral("BaseBox"))),
+      searchButton_(named<QPushButton>("SearchAgainButton", this)),
       drqBox_(makeList(this, QStringLiteral("DrqBox"))),
       differential_(new OptionBox(this)),
       digitalPort_(new OptionBox(this)),
@@ -39,15 +44,19 @@ BoardPanel::BoardPanel(QWidget* parent)
     hardwareAverage_->setObjectName(QStringLiteral("HardwareAverageBox"));
     QFormLayout* layout = makePanelLayout(this);
     layout->addRow(driverLabel_, driverBox_);
-    layout->addRow(baseLabel_, baseBox_);
+    layout->addRow(settings_);
+    auto* boardRow = new QHBoxLayout;
+    boardRow->addWidget(baseBox_, 1);
+    boardRow->addWidget(searchButton_);
+    layout->addRow(baseLabel_, boardRow);
     layout->addRow(drqLabel_, drqBox_);
     layout->addRow(factsLabel_);
     for (OptionBox* box : {differential_, digitalPort_, hardwareAverage_}) {
         layout->addRow(box);
         connect(box, &OptionBox::clicked, this, &SettingsPanel::changed);
     }
-    for (QWidget* control : std::initializer_list<QWidget*>{driverBox_, baseBox_, drqBox_, differential_, digitalPort_,
-                                                            hardwareAverage_}) {
+    for (QWidget* control : std::initializer_list<QWidget*>{driverBox_, settings_, baseBox_, searchButton_, drqBox_,
+                                                            differential_, digitalPort_, hardwareAverage_}) {
         manage(control);
     }
     connect(driverBox_, &QComboBox::activated, this, [this](int row) {
@@ -64,6 +73,7 @@ BoardPanel::BoardPanel(QWidget* parent)
         emit changed();
     });
     connect(hardwareAverage_, &OptionBox::clicked, this, &BoardPanel::hardwareAverageChanged);
+    connect(searchButton_, &QPushButton::clicked, this, &BoardPanel::searchAsked);
     retranslate();
 }
 
@@ -92,6 +102,8 @@ void BoardPanel::store(ProgramSettings& settings) const {
 void BoardPanel::retranslate() {
     driverLabel_->setText(uiText(TextId::StatusDriver));
     baseLabel_->setText(uiText(TextId::PanelBoard));
+    searchButton_->setText(uiText(TextId::SearchAgain));
+    settings_->retranslate();
     drqLabel_->setText(uiText(TextId::BoardDrq));
     differential_->setText(uiText(TextId::DifferentialInputs));
     digitalPort_->setText(uiText(TextId::UseDigitalPort));
@@ -107,6 +119,7 @@ void BoardPanel::retranslate() {
         baseBox_->setItemText(last, missingBoard(baseBox_->itemData(last).toUInt()));
     }
     setHint(driverBox_, uiText(TextId::BoardDriverHint));
+    setHint(searchButton_, uiText(TextId::SearchAgainHint));
     setHint(drqBox_, uiText(TextId::BoardDrq));
     setHint(differential_, uiText(TextId::DifferentialInputsHint));
     setHint(digitalPort_, uiText(TextId::UseDigitalPortHint));
@@ -120,7 +133,9 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
     driverLoaded_ = selection.driver().loaded();
     driverName_ = fromFileName(selection.driverName());
     problem_ = fromMessage(selection.problem());
+    searching_ = selection.searching();
     fillDrivers(selection);
+    settings_->showSettings(selection.driverName(), selection.settings());
     fillBoards(selection);
     fillDrqNumbers(selection);
     showFacts();
@@ -128,6 +143,12 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
 
 void BoardPanel::setLooking(bool looking) {
     looking_ = looking;
+    showFacts();
+}
+
+void BoardPanel::showSearch(const BoardSelection& selection) {
+    searching_ = selection.searching();
+    fillBoards(selection);
     showFacts();
 }
 
@@ -155,9 +176,11 @@ void BoardPanel::fillBoards(const BoardSelection& selection) {
         baseBox_->addItem(fromMessage(board.m_sName), board.m_nNumber);
     }
     const uint32_t chosen = selection.boardNumber();
-    boardMissing_ = chosen != 0 && baseBox_->findData(chosen) < 0;
-    if (boardMissing_) {
-        baseBox_->addItem(missingBoard(chosen), chosen);
+    const bool absent = chosen != 0 && baseBox_->findData(chosen) < 0;
+    boardMissing_ = absent && !searching_;
+    if (absent) {
+        baseBox_->addItem(boardMissing_ ? missingBoard(chosen) : QString::fromStdString(formatText("%03X", chosen)),
+                          chosen);
     }
     if (baseBox_->count() == 0) {
         baseBox_->addItem(uiText(TextId::UnknownBoard), 0U);
@@ -194,6 +217,8 @@ void BoardPanel::showFacts() {
 
     if (looking_) {
         showText(factsLabel_, uiText(TextId::LookingForBoard));
+    } else if (searching_) {
+        showText(factsLabel_, uiText(TextId::SearchingForBoards));
     } else if (boardUsable_) {
         showText(factsLabel_, uiText(TextId::BoardFacts,
                                      {QString::number(facts_.channelCount), QString::number(facts_.format.m_nCodeBits),

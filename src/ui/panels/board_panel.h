@@ -7,13 +7,16 @@
 
 class QComboBox;
 class QLabel;
+class QPushButton;
 
 namespace tarno2 {
 
+class DriverSettingsForm;
 class OptionBox;
 
-/// Driver, board, DRQ number, and what the board can switch: `DriverBox`, `BaseBox`, `DrqBox`, `DiffModeBox`,
-/// `DigitalPortBox`, `HardwareAverageBox`, `BoardFactsLabel`.
+/// Driver and what it wants to be told, board, DRQ number, and what the board can switch: `DriverBox`,
+/// `DriverSettingsForm`, `BaseBox`, `SearchAgainButton`, `DrqBox`, `DiffModeBox`, `DigitalPortBox`,
+/// `HardwareAverageBox`, `BoardFactsLabel`.
 class BoardPanel final : public SettingsPanel {
     Q_OBJECT
 
@@ -27,9 +30,14 @@ public:
     void boardChanged(BoardSelection& selection) override;
     /// The driver looks for its board, and takes its time.
     void setLooking(bool looking);
+    /// The driver has found further boards, or has ended its search.
+    void showSearch(const BoardSelection& selection);
+    /// Fields for what the driver is told: also what is being typed counts, and what was refused is shown.
+    [[nodiscard]] DriverSettingsForm& driverSettings() { return *settings_; }
 
 signals:
     void driverChosen(const QString& name);
+    void searchAsked();
     void baseChosen(uint32_t number);
     void drqChosen(int number);
     void hardwareAverageChanged(bool on);
@@ -44,7 +52,9 @@ private:
     QLabel* baseLabel_;
     QLabel* drqLabel_;
     QComboBox* driverBox_;
+    DriverSettingsForm* settings_;
     QComboBox* baseBox_;
+    QPushButton* searchButton_;
     QComboBox* drqBox_;
     OptionBox* differential_;
     OptionBox* digitalPort_;
@@ -59,6 +69,7 @@ private:
     bool boardMissing_ = false;   ///< the one that is chosen is not in the driver's list
     bool boardUsable_ = false;
     bool looking_ = false;
+    bool searching_ = false;  ///< the driver goes on searching for boards by itself
     int32_t drqNumber_ = 0;
 };
 
