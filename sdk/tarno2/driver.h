@@ -92,6 +92,9 @@ protected:
     size_t room() const { return ring_.room(); }
     /// The board lost samples after those that were pushed, so many (0: nobody knows). The recording ends here.
     void lost(uint64_t count = 0) {
+        if (ring_.ended()) {
+            return;
+        }
         if (count > 0) {
             fail("The board lost %llu samples.", static_cast<unsigned long long>(count));
         } else {
@@ -101,6 +104,9 @@ protected:
     }
     /// Nothing more will come: kADCEndUnplugged, kADCEndOfSource or kADCEndError, with the reason for the user.
     void gone(uint32_t cause, const std::string& why) {
+        if (ring_.ended()) {
+            return;
+        }
         fail("%s", why.c_str());
         ring_.end(cause, 0);
     }

@@ -1,0 +1,179 @@
+// The base class for authors of drivers, called as the host does.
+
+#include <condition_variable>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <tarno2/driver.h>
+
+#include "tests/support/temporary_folder.h"
+
+namespace tarno2::test {
+namespace {
+
+/// A search that goes on until it is let go.
+class Gate {
+public:
+    void pass() {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return open_; });
+    }
+    void set(bool open) {
+        const std::lock_guard lock(mutex_);
+        open_ = open;
+        changed_.notify_all();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool open_ = false;
+};
+
+class SlowDriver final : public sdk::Driver {
+public:
+    explicit SlowDriver(Gate& gate) : Driver("SlowDriver"), gate_(gate) {
+        settings().add(sdk::Setting::integer("Boards", 2, 0, 9, "Boards", "Платы"));
+        settings().add(sdk::Setting::choice("Kind", "a", {"a", "b"}, "Kind", "Вид"));
+        settings().add(sdk::Setting::text("Place", "here", "Place", "Место"));
+    }
+    using Driver::gone;
+    using Driver::lost;
+    using Driver::push;
+    using Driver::room;
+
+protected:
+    std::vector<sdk::Board> search(const sdk::Settings& given) override {
+        const auto count = static_cast<size_t>(given.integer("Boards"));
+        gate_.pass();
+        sdk::Board board;
+        board.id = board.name = given.text("Place");
+        board.channels = 2;
+        board.maximumFrequency = 1e6F;
+        board.limits = {{0.0, 10.0}};
+        return {count, board};
+    }
+    bool searchTakesLong() const override { return true; }
+    bool settingsChanged() override { return settings().text("Place") != "nowhere" || fail("There is no such place."); }
+    bool begin(const sdk::Board&, const sdk::Measurement&) override { return true; }
+    void end() override {}
+
+private:
+    Gate& gate_;
+};
+
+template <typename T>
+T get(IADCDevice& device, uint32_t code, T value = {}) {
+    EXPECT_EQ(device.Get(code, &value), 1) << code;
+    return value;
+}
+
+std::string lastError(IADCDevice& device) {
+    char text[256];
+    device.LastError(text, sizeof text);
+    return text;
+}
+
+int32_t tell(IADCDevice& device, const char* key, const char* text) {
+    const ADCSettingValue value{key, text};
+    return device.Set(kADCSetSetting, &value);
+}
+
+uint32_t boardsFound(IADCDevice& device) {
+    while (get<uint32_t>(device, kADCGetBoardSearch) == 1) {
+        std::this_thread::yield();
+    }
+    return get<ADCBoardList>(device, kADCGetBoardList).m_nCount;
+}
+
+TEST(SdkDriver, SearchesForBoardsBesideItsHost) {
+    const TemporaryFolder folder;
+    folder.write("SlowDriver.cfg", "; a comment\r\nPlace = \"a \\\"b\\\"\" ; another\r\nBoards = 3\r\nKind = b\r\n");
+    Gate gate;
+    auto& device = *new SlowDriver(gate);
+    ASSERT_EQ(device.SetProgramDirectory(folder.path().c_str()), 1);
+    EXPECT_EQ(get<ADCBoardList>(device, kADCGetBoardList).m_nCount, 0U);
+    EXPECT_EQ(get<uint32_t>(device, kADCGetBoardSearch), 1U);
+    EXPECT_EQ(device.SelectBoard(1), 0);
+    // What is found with settings that have changed meanwhile doesn't count.
+    ASSERT_EQ(tell(device, "Boards", "4"), 1);
+    EXPECT_EQ(get<ADCBoardList>(device, kADCGetBoardList).m_nCount, 0U);
+    gate.set(true);
+    EXPECT_EQ(boardsFound(device), 4U);
+    ADCBoardEntry entry{};
+    EXPECT_EQ(get(device, kADCGetBoardList, ADCBoardList{1, 0, &entry}).m_nCount, 4U);
+    EXPECT_STREQ(entry.m_sName, "001 a \"b\"");
+    EXPECT_EQ(device.SelectBoard(4), 1);
+
+    const struct {
+        const char* key;
+        const char* value;
+        const char* refusal;  // empty: taken
+    } cases[] = {{"Boards", "10", "Boards: 10 is not within 0 to 9."},
+                 {"Boards", "2.5", "Boards: \"2.5\" is not a whole number."},
+                 {"Boards", "4x", "Boards: \"4x\" is not a whole number."},
+                 {"Kind", "c", "Kind: there is no choice \"c\"."},
+                 {"Gain", "1", "There is no setting \"Gain\"."},
+                 {"Place", "nowhere", "There is no such place."},
+                 {"Kind", "b", ""},
+                 {"Boards", "", ""}};  // the file's again
+    for (const auto& each : cases) {
+        EXPECT_EQ(tell(device, each.key, each.value), each.refusal[0] == '\0' ? 1 : 0);
+        EXPECT_EQ(each.refusal[0] == '\0' ? "" : lastError(device), each.refusal);
+    }
+    std::vector<ADCSetting> all(3);
+    EXPECT_EQ(get(device, kADCGetSettings, ADCSettingList{3, 0, all.data()}).m_nCount, 3U);
+    EXPECT_STREQ(all[0].m_sValue, "3");
+    EXPECT_STREQ(all[1].m_sValue, "b");
+    EXPECT_STREQ(all[1].m_sChoices, "a\nb\n");
+    EXPECT_STREQ(all[2].m_sValue, "a \"b\"");
+    const uint32_t one = 1;
+    ASSERT_EQ(device.Set(kADCSetBoardSearch, &one), 1);
+    device.Release();  // waits for the search
+}
+
+TEST(SdkDriver, EndsItsStreamAtTheFrameAndToldOnce) {
+    Gate gate;
+    gate.set(true);
+    auto& device = *new SlowDriver(gate);
+    ASSERT_EQ(device.SetProgramDirectory("."), 1);
+    ASSERT_EQ(boardsFound(device), 2U);
+    ASSERT_EQ(device.SelectBoard(1), 1);
+    EXPECT_EQ(double{get(device, kADCGetInputLimits, ADCInputLimits{1, 1, 0, 0}).m_fUpper}, 10.0);
+    EXPECT_EQ(float{get(device, kADCGetInputRange, ADCInputRange{1, 1, 0}).m_fRange}, 10.0F);
+    for (const uint64_t count : {uint64_t{5}, uint64_t{0}}) {
+        ADCParametersDMA block{};
+        block.m_nType = kADCTypeDMA;
+        block.m_nSizeOf = sizeof block;
+        block.m_nDMABlockSize = 8;
+        block.m_fFreqStart = 100.0F;
+        block.m_nTimerPack = -1;
+        block.m_nChannelNumber = 2;
+        ASSERT_EQ(device.Setup(1, &block, 0), 1) << lastError(device);
+        ASSERT_EQ(device.Start(), 1) << lastError(device);
+        const std::vector<int16_t> samples{1, 2, 3, 4, 5, 6};
+        device.push(samples.data(), samples.size());
+        EXPECT_EQ(device.room(), 2U);
+        device.lost(count);
+        device.gone(kADCEndUnplugged, "too late");
+        device.push(samples.data(), samples.size());
+        const auto end = get<ADCStreamEnd>(device, kADCGetStreamEnd);
+        EXPECT_EQ(uint32_t{end.m_nCause}, uint32_t{kADCEndLost});
+        EXPECT_EQ(uint64_t{end.m_nPosition}, 6U);
+        EXPECT_EQ(uint64_t{end.m_nLost}, count);
+        EXPECT_EQ(lastError(device), count > 0 ? "The board lost 5 samples." : "The board lost samples.");
+        EXPECT_EQ(get<uint64_t>(device, kADCGetSamplesWritten), 6U);
+        std::vector<int16_t> read(6);
+        EXPECT_EQ(device.GetData(kADCDataShort, read.data(), 6, 0), 1);
+        EXPECT_EQ(read, samples);
+        EXPECT_EQ(device.room(), 8U);
+        device.Stop();
+    }
+    device.Release();
+}
+
+}  // namespace
+}  // namespace tarno2::test
