@@ -25,7 +25,7 @@ Variant configuration(const sr_dev_inst* device, const sr_channel_group* group, 
 
 /// Whether the library gets or sets this, or both: of its bits the highest is the sign of what it returns.
 bool can(const sr_dev_inst* device, const sr_channel_group* group, uint32_t key, uint32_t what) {
-    return (static_cast<uint32_t>(sr_dev_config_capabilities_list(device, group, key)) & what) != 0;
+    return (static_cast<uint32_t>(sr_dev_config_capabilities_list(device, group, static_cast<int>(key))) & what) != 0;
 }
 
 std::vector<double> numbers(GVariant* array) {

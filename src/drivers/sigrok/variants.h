@@ -2,7 +2,7 @@
 
 #include <string>
 
-struct _GVariant;
+struct _GVariant;  // NOLINT(bugprone-reserved-identifier): the library's own name
 
 namespace tarno2::drivers {
 
