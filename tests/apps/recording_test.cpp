@@ -216,7 +216,7 @@ int recordWithExample(const RecordingRig& rig, const std::string& folder, const 
     for (const std::string& file : {name + (kPathSeparator == '\\' ? ".dll" : ".so"), name + ".reg"}) {
         std::filesystem::copy_file(joinPath(folder, file), rig.file("registry.d/" + file));
     }
-    return ChildProcess(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt")).waitForEnd(kGuard);
+    return ChildProcess(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt")).waitForEnd(kGuard).value_or(-1);
 }
 
 TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {

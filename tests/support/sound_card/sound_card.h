@@ -16,9 +16,14 @@ public:
     };
     template <typename Cards>
     SoundCards(const TemporaryFolder& folder, const Cards& cards)
-        : environment_("ALSA_CONFIG_PATH", folder.write("asound.conf", configuration(cards))) {}
+        : environment_("ALSA_CONFIG_PATH", folder.write(freshName(), configuration(cards))) {}
 
 private:
+    /// The library reads a file of the same name, written within one second, no second time.
+    static std::string freshName() {
+        static int count = 0;
+        return "asound" + std::to_string(++count) + ".conf";
+    }
     template <typename Cards>
     static std::string configuration(const Cards& cards) {
         std::string text = "pcm_type.tarno2_card { lib " + quoted(COUNTER_CARD) + " }\n";
