@@ -27,15 +27,22 @@ protected:
     void end() final;
     void fetched() final;
 
+public:
+    int32_t TARNO2_CALL Get(uint32_t code, void* result) noexcept override;
+
 private:
     void run();
+    void release(uint64_t position);
+    [[nodiscard]] size_t roomForHost() const;
     bool waitForRoom();
     bool take(const SourceRead& read);
 
     std::unique_ptr<PacedSource> source_;
     std::vector<std::byte> buffer_;
     size_t channels_ = 1;
-    size_t chunk_ = 1;  ///< frames
+    size_t chunk_ = 1;                   ///< frames
+    uint64_t fetched_ = 0;               ///< how far the host had come with its last transfer
+    std::atomic<uint64_t> released_{0};  ///< all before may be overwritten
     Thread thread_;
     std::atomic<bool> stop_{false};
     std::mutex roomMutex_;
