@@ -44,6 +44,11 @@ TEST_F(DriverSettingsWindow, EachFieldTellsTheDriverWhenItsEditIsDone) {
     wanted_.driverSettings = "Gone/Key=1;;2;Settings/Label=B";
     open();
     EXPECT_EQ(board(), "001 .B");
+    find("DriverBox")->setFocus();
+    for (const char* next : {"DriverSetting_Label", "DriverSetting_Channels"}) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        EXPECT_EQ(QApplication::focusWidget(), find(next));
+    }
     type("DriverSetting_Label", "C", false);
     EXPECT_EQ(inUse("Label"), "B") << "it is still being typed";
     find<QLineEdit>("DriverSetting_Label")->clearFocus();

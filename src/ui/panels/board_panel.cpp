@@ -31,7 +31,7 @@ BoardPanel::BoardPanel(QWidget* parent)
       baseLabel_(new QLabel(this)),
       drqLabel_(new QLabel(this)),
       driverBox_(makeList(this, QStringLiteral("DriverBox"))),
-      settings_(named<DriverSettingsForm>("DriverSettingsForm", this)),
+      settings_(new DriverSettingsForm(driverBox_, this)),
       baseBox_(makeList(this, QStringLiteral("BaseBox"))),
       searchButton_(named<QPushButton>("SearchAgainButton", this)),
       drqBox_(makeList(this, QStringLiteral("DrqBox"))),

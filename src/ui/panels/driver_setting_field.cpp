@@ -92,7 +92,6 @@ DriverSettingField::DriverSettingField(DriverSetting setting, QWidget* parent)
     if (chooseButton_ != nullptr) {
         chooseButton_->setEnabled(!setting_.fixed);
     }
-    setFocusProxy(editor_);
     putValue();
     retranslate();
 }
@@ -145,6 +144,14 @@ void DriverSettingField::makeList() {
         connect(line, &QLineEdit::textEdited, this, [this] { touched_ = true; });
         connect(line, &QLineEdit::editingFinished, this, &DriverSettingField::finish);
     }
+}
+
+QList<QWidget*> DriverSettingField::tabStops() const {
+    QList<QWidget*> stops = {editor_};
+    if (chooseButton_ != nullptr) {
+        stops << chooseButton_;
+    }
+    return stops;
 }
 
 QString DriverSettingField::caption() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QWidget>
 
@@ -25,6 +26,8 @@ public:
     [[nodiscard]] const std::string& key() const { return setting_.key; }
     /// In the language chosen last.
     [[nodiscard]] QString caption() const;
+    /// What Tab goes through, in its order.
+    [[nodiscard]] QList<QWidget*> tabStops() const;
     /// Shows the value in use; what is being typed, or was refused in place of it, stays.
     void showValue(const std::string& value);
     void retranslate();

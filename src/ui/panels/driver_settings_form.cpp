@@ -9,7 +9,9 @@
 
 namespace tarno2 {
 
-DriverSettingsForm::DriverSettingsForm(QWidget* parent) : QWidget(parent), layout_(makePanelLayout(this)) {
+DriverSettingsForm::DriverSettingsForm(QWidget* before, QWidget* parent)
+    : QWidget(parent), layout_(makePanelLayout(this)), before_(before) {
+    setObjectName(QStringLiteral("DriverSettingsForm"));
     layout_->setContentsMargins(0, 0, 0, 0);
     hide();
 }
@@ -43,7 +45,7 @@ void DriverSettingsForm::rebuild(const std::vector<DriverSetting>& settings) {
         row.field->deleteLater();
     }
     rows_.clear();
-    QWidget* before = this;
+    QWidget* before = before_;
     for (const DriverSetting& setting : settings) {
         const Row row{new QLabel(this), new DriverSettingField(setting, this)};
         row.caption->setTextFormat(Qt::PlainText);
@@ -54,9 +56,11 @@ void DriverSettingsForm::rebuild(const std::vector<DriverSetting>& settings) {
         } else {
             layout_->addRow(row.caption, row.field);
         }
-        // Before what follows the form in the panel, which was made earlier.
-        setTabOrder(before, row.field);
-        before = row.field;
+        // What follows the form in the panel was made earlier.
+        for (QWidget* stop : row.field->tabStops()) {
+            setTabOrder(before, stop);
+            before = stop;
+        }
         connect(row.field, &DriverSettingField::edited, this, &DriverSettingsForm::edited);
         rows_.push_back(row);
     }

@@ -18,7 +18,8 @@ class DriverSettingsForm : public QWidget {
     Q_OBJECT
 
 public:
-    explicit DriverSettingsForm(QWidget* parent = nullptr);
+    /// `before` is left by Tab for the first field.
+    explicit DriverSettingsForm(QWidget* before, QWidget* parent = nullptr);
 
     /// Shows the settings of a driver. The fields stay as long as only values are others.
     void showSettings(const std::string& driver, const std::vector<DriverSetting>& settings);
@@ -42,6 +43,7 @@ private:
     void rebuild(const std::vector<DriverSetting>& settings);
 
     QFormLayout* layout_;
+    QWidget* before_;
     std::vector<Row> rows_;
     std::string driver_;
     std::vector<DriverSetting> shape_;  ///< of the fields, without values
