@@ -216,7 +216,9 @@ int recordWithExample(const RecordingRig& rig, const std::string& folder, const 
     for (const std::string& file : {name + (kPathSeparator == '\\' ? ".dll" : ".so"), name + ".reg"}) {
         std::filesystem::copy_file(joinPath(folder, file), rig.file("registry.d/" + file));
     }
-    return ChildProcess(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt")).waitForEnd(kGuard).value_or(-1);
+    return ChildProcess(program, {"/c", rig.writeSettings(wish)}, rig.file("output.txt"))
+        .waitForEnd(kGuard)
+        .value_or(-1);
 }
 
 TEST(Recording, OfADriverThatWasBuiltElsewhereAndDroppedIn) {
@@ -263,7 +265,7 @@ TEST(Recording, OfAnInstrumentThatClosesItsConnection) {
     wish.frequency = 1000;
     wish.bytes = 100000;
     wish.more = "DriverSettings = \"Port=" + std::to_string(listener.localPort()) + "\"";
-    EXPECT_EQ(recordWithExample(rig, folder, "TcpDriver", wish), 1);
+    EXPECT_EQ(recordWithExample(rig, folder, "TcpDriver", wish), 0);
     instrument.join();
     EXPECT_THAT(rig.autoLog(), HasSubstr("Stop - By end of source"));
     EXPECT_EQ(readFile(rig.file("run.dat")), std::string(reinterpret_cast<const char*>(sent.data()), sent.size() * 2));

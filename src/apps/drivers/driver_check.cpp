@@ -82,7 +82,8 @@ private:
 
 void DriverCheck::checkQueries() {
     uint32_t version = 0;
-    report_.expect(device_.get(kADCGetAbiVersion, version) && version == kADCAbiVersion, "kADCGetAbiVersion",
+    const bool told = device_.get(kADCGetAbiVersion, version);
+    report_.expect(told && version == kADCAbiVersion, "kADCGetAbiVersion",
                    formatText("answers %u, not %u", version, kADCAbiVersion));
     uint32_t untouched = 12345;
     report_.expect(!device_.get(kNoCode, untouched) && untouched == 12345, "an unknown code",
