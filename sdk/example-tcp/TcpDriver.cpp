@@ -24,7 +24,6 @@ typedef int Socket;
 #endif
 
 namespace {
-
 const size_t kChannels = 2;
 
 class TcpDriver : public tarno2::sdk::Driver {
@@ -46,6 +45,7 @@ protected:
         board.name = "Instrument at " + board.id + " (2 channels)";
         board.channels = kChannels;
         board.range = 5.0;
+        board.minimumRing = 1 << 16;  // what the network held up comes at once
         board.perChannelFrequency = true;
         board.frequencies.push_back(1000.0F);
         board.minimumFrequency = board.maximumFrequency = board.usualFrequency = 1000.0F;
@@ -57,8 +57,8 @@ protected:
         addrinfo hints = addrinfo();
         hints.ai_socktype = SOCK_STREAM;
         addrinfo* found = nullptr;
-        const std::string host = settings().text("Host");
-        if (getaddrinfo(host.c_str(), std::to_string(settings().integer("Port")).c_str(), &hints, &found) != 0) {
+        const std::string host = settings().text("Host"), port = std::to_string(settings().integer("Port"));
+        if (getaddrinfo(host.c_str(), port.c_str(), &hints, &found) != 0) {
             return fail("There is no address \"%s\".", host.c_str());
         }
         socket_ = socket(found->ai_family, found->ai_socktype, found->ai_protocol);
@@ -114,7 +114,6 @@ private:
     std::thread thread_;
     std::atomic<bool> stop_;
 };
-
 }  // namespace
 
 TARNO2_DRIVER(TcpDriver)
