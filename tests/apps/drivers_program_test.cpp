@@ -95,7 +95,7 @@ TEST_F(DriversProgram, ChecksADriverLikeARecording) {
 }
 
 TEST_F(DriversProgram, ShowsWhatADriverCanBeTold) {
-    rig.run("tarno2-drivers", {"add", "TestDriver", SETTINGS_DRIVER});
+    rig.run("tarno2-drivers", {"add", "TestDriver", native(SETTINGS_DRIVER)});
     EXPECT_THAT(rig.run("tarno2-drivers", {"settings", "TestDriver"}),
                 AllOf(HasSubstr("KEY       TYPE     TAKES "), HasSubstr("Label     text     "),
                       HasSubstr("\nChannels  integer  1 to 16 "), HasSubstr("\nRate      real  "),
