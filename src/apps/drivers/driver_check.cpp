@@ -299,7 +299,7 @@ void DriverCheck::watchStream() {
     }
     const double wanted = double{frequency_} * (perChannel_ ? channels_ : 1);
     if (counts_ && device_.get(kADCGetSamplesWritten, written)) {
-        uint64_t first = written;
+        const uint64_t first = written;
         const uint64_t from = monotonicNanoseconds();
         sleepMilliseconds(kMeasureMs);
         static_cast<void>(device_.get(kADCGetSamplesWritten, written));

@@ -1,7 +1,6 @@
 #include "drivers/common/pump_driver.h"
 
 #include <algorithm>
-#include <chrono>
 
 namespace tarno2::drivers {
 
