@@ -2,6 +2,7 @@
 // how many frames there are; the exit status is 1 when a sample is wrong.
 //
 //   count16, count12, count24   elements that count, each 1000 more than the one before, in words of 2 or 4 bytes
+//   counter16, counter24, counter32   the counter signal, 24 bits with the sign extended
 //   lines16                     the bytes of 16 lines count, two a word
 //   demo                        8 lines that count below codes that repeat every 20 frames
 
@@ -13,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "drivers/simulator/counter_signal.h"
+
 namespace {
 
 constexpr size_t kPeriod = 20;
@@ -23,7 +26,9 @@ struct Check {
     size_t channels = 1;
     std::vector<uint32_t> first;  // frames
 
-    [[nodiscard]] size_t bytes() const { return kind == "count24" || kind == "demo" ? 4 : 2; }
+    [[nodiscard]] size_t bytes() const {
+        return kind == "count24" || kind == "counter24" || kind == "counter32" || kind == "demo" ? 4 : 2;
+    }
 
     [[nodiscard]] bool right(uint32_t word, uint64_t sample) {
         const uint64_t frame = sample / channels;
@@ -36,6 +41,11 @@ struct Check {
         }
         if (kind == "count24") {
             return static_cast<int32_t>(word) == static_cast<int32_t>(static_cast<uint32_t>(count) << 8) >> 8;
+        }
+        if (kind.starts_with("counter")) {
+            const uint32_t bits = kind == "counter16" ? 16 : kind == "counter24" ? 24 : 32;
+            const uint32_t code = tarno2::drivers::counterWord(sample, bits);
+            return word == (bits == 24 && code >> 23 != 0 ? code | 0xFF000000U : code);
         }
         if (kind == "lines16") {
             const uint64_t low = (first[0] + 2 * frame) % 256;
@@ -52,7 +62,9 @@ struct Check {
 
 int main(int count, char** arguments) {
     if (count != 4) {
-        std::fprintf(stderr, "Usage: check_samples count16|count12|count24|lines16|demo CHANNELS FILE\n");
+        std::fprintf(
+            stderr,
+            "Usage: check_samples count16|count12|count24|counter16|counter24|counter32|lines16|demo CHANNELS FILE\n");
         return 2;
     }
     Check check{.kind = arguments[1], .channels = static_cast<size_t>(std::atoi(arguments[2])), .first = {}};
