@@ -108,10 +108,7 @@ void T_MainForm::DriverBoxChange(const QString& name) {
         startWhenFound_ = false;
         lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
                      [this](ApplyOutcome outcome) {
-                         host_.SetErrorCode(statusOf(outcome));
-                         if (!selection().problem().empty()) {
-                             showDriverNotLoaded();
-                         }
+                         showChosenBoard(outcome);
                          host_.tellDriverSettings();
                      });
     });
@@ -131,7 +128,9 @@ void T_MainForm::BaseBoxChange(uint32_t number) {
 
 void T_MainForm::showChosenBoard(ApplyOutcome outcome) {
     host_.SetErrorCode(statusOf(outcome));
-    if (outcome != ApplyOutcome::Done) {
+    if (outcome == ApplyOutcome::DriverError) {
+        showDriverNotLoaded();
+    } else if (outcome != ApplyOutcome::Done && !selection().problem().empty()) {
         messages_->add(MessageList::Kind::Detail, fromMessage(selection().problem()));
     }
 }

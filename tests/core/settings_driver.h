@@ -9,26 +9,30 @@
 
 namespace tarno2::test {
 
-/// The driver of modules/settings_driver.cpp in the catalogue, as "Settings", for as long as it lives; beside it the
-/// drivers of the build.
-class InstalledSettingsDriver {
+/// A library in the catalogue under that name for as long as this lives; beside it the drivers of the build.
+class InstalledDriver {
 public:
-    InstalledSettingsDriver() {
+    InstalledDriver(const std::string& name, const std::string& library) : key_(driverKey(name)) {
         std::string where;
-        EXPECT_TRUE(
-            registrySetString(RegistryRoot::LocalMachine, driverKey("Settings"), "path", SETTINGS_DRIVER, where).ok())
-            << where;
+        EXPECT_TRUE(registrySetString(RegistryRoot::LocalMachine, key_, "path", library, where).ok()) << where;
     }
-    ~InstalledSettingsDriver() {
+    ~InstalledDriver() {
         std::string where;
-        EXPECT_TRUE(registryDeleteKey(RegistryRoot::LocalMachine, driverKey("Settings"), where).ok()) << where;
+        EXPECT_TRUE(registryDeleteKey(RegistryRoot::LocalMachine, key_, where).ok()) << where;
     }
-    InstalledSettingsDriver(const InstalledSettingsDriver&) = delete;
-    InstalledSettingsDriver& operator=(const InstalledSettingsDriver&) = delete;
+    InstalledDriver(const InstalledDriver&) = delete;
+    InstalledDriver& operator=(const InstalledDriver&) = delete;
 
 private:
+    std::string key_;
     TemporaryFolder folder_;
     ScopedEnvironment registry_{"TARNO2_REGISTRY", folder_.path() + ":" + TARNO2_BIN + "/registry.d"};
+};
+
+/// The driver of modules/settings_driver.cpp, as "Settings".
+class InstalledSettingsDriver : public InstalledDriver {
+public:
+    InstalledSettingsDriver() : InstalledDriver("Settings", SETTINGS_DRIVER) {}
 };
 
 }  // namespace tarno2::test

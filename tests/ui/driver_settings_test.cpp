@@ -74,10 +74,26 @@ TEST_F(DriverSettingsWindow, EachFieldTellsTheDriverWhenItsEditIsDone) {
     click("DriverSettingChoose_File");
     EXPECT_EQ(inUse("File"), file);
     EXPECT_FALSE(find("DriverSetting_Host")->isEnabled());
+    EXPECT_EQ(find<QCheckBox>("DriverSetting_Invert")->text(), "Inverted");
+    for (const char* value : {"1", "0", "1"}) {
+        click("DriverSetting_Invert");
+        EXPECT_EQ(inUse("Invert"), value);
+    }
     EXPECT_EQ(kept(),
               "Gone/Key=1;;2;Settings/Label=C;Settings/Channels=3;Settings/Rate=2.5e2;Settings/Format=u8;"
               "Settings/Port=/dev/mine;Settings/File=" +
-                  file);
+                  file + ";Settings/Invert=1");
+}
+
+TEST_F(DriverSettingsWindow, FieldsAreWideEnoughInBothLanguages) {
+    open();
+    for (const char* language : {"EnglishChoose", "RussianChoose"}) {
+        find<QAction>(language)->trigger();
+        for (const char* key : {"Label", "Channels", "Rate", "Format", "Port", "File", "Folder", "Host", "Asks"}) {
+            const QWidget* field = find((std::string("DriverSetting_") + key).c_str());
+            EXPECT_GE(field->width(), field->fontMetrics().horizontalAdvance("0.000123456")) << key;
+        }
+    }
 }
 
 TEST_F(DriverSettingsWindow, ARefusalIsShownAndNothingRecordsUntilItIsPutRight) {

@@ -192,8 +192,8 @@ ApplyOutcome BoardSelection::chooseFound() {
         }
         DEBUG_LOG("Base number Error");
         if (problem_.empty()) {
-            problem_ =
-                anyBoard_ ? "the driver has found no board" : formatText("the driver has no board %03x", boardNumber_);
+            problem_ = anyBoard_ || boards_.empty() ? "the driver has found no board"
+                                                    : formatText("the driver has no board %03x", boardNumber_);
         }
         return ApplyOutcome::BoardError;
     }

@@ -83,8 +83,8 @@ IioDriver::IioDriver() : PumpDriver("IIO") {
                                       "Частота канала, если плата её не сообщает, Гц"));
     settings().add(sdk::Setting::real("Range", 1.0, 1e-9, 1e9, "Range of channels without a scale, V",
                                       "Диапазон каналов без масштаба, В"));
-    settings().add(sdk::Setting::integer("WatchTimestamps", 1, 0, 1, "Find losses by timestamps (1: yes)",
-                                         "Искать потери по меткам времени (1: да)"));
+    settings().add(sdk::Setting::integer("WatchTimestamps", 1, 0, 1, "Find losses by timestamps",
+                                         "Искать потери по меткам времени"));
     settings().add(sdk::Setting::real("Timeout", 5.0, 0.0, 86400.0, "Longest silence of a board, s (0: any)",
                                       "Наибольшее молчание платы, с (0: любое)"));
 }

@@ -46,7 +46,7 @@ bool ReplayDriver::settingsChanged() {
     if (path.empty()) {
         const bool misread = settings().lacksQuotes("File");
         problem_ = misread ? "The name of the file stands between double quotes in Replay.cfg."
-                           : "Choose the file to be played: File in Replay.cfg or TARNO2_REPLAY_FILE.";
+                           : "File: choose what is to be played, a .wav file or an earlier recording.";
         fail("%s", problem_.c_str());
         return !misread;
     }

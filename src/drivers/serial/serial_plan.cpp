@@ -91,7 +91,7 @@ void addSerialSettings(sdk::Settings& list) {
     list.add(choice("Delimiter", kDelimiters, "Text: between numbers", "Текст: между числами"));
     list.add(choice("Values", kValues, "Text: numbers are", "Текст: числа — это"));
     list.add(sdk::Setting::text("StartBytes", "AA55", "Frames: start bytes, hex", "Кадры: начальные байты (hex)"));
-    list.add(sdk::Setting::integer("Counter", 0, 0, 1, "Frames: bytes of the counter", "Кадры: байтов счётчика"));
+    list.add(sdk::Setting::integer("Counter", 0, 0, 1, "Frames: with a counter", "Кадры: со счётчиком"));
     list.add(choice("Checksum", kChecks, "Frames: checksum", "Кадры: контрольная сумма"));
     list.add(choice("ChecksumOf", kChecked, "Frames: the checksum is of", "Кадры: сумма считается по"));
     list.add(choice("OnDamage", kDamages, "Damaged frames", "Повреждённые кадры"));

@@ -127,8 +127,8 @@ SigrokDriver::SigrokDriver() : PumpDriver("Sigrok") {
     settings().add(sdk::Setting::real("HoldRate", 10.0, 0.001, 100000.0,
                                       "Rate at which a meter's reading is recorded, Hz",
                                       "Частота записи показаний мультиметра, Гц"));
-    settings().add(sdk::Setting::integer("Hold", 0, 0, 1, "Record other devices like a meter (1: yes)",
-                                         "Записывать и другие устройства как мультиметр (1: да)"));
+    settings().add(sdk::Setting::integer("Hold", 0, 0, 1, "Record other devices like a meter",
+                                         "Другие устройства тоже как мультиметры"));
 }
 
 bool SigrokDriver::settingsChanged() {

@@ -96,6 +96,9 @@ std::vector<sdk::Board> SoundDriver::search(const sdk::Settings& settings) {
     for (const SoundDevice& device : devices) {
         boards.push_back(boardOf(device, settings));
     }
+    if (boards.empty()) {
+        fail("No input of a sound card was found.");
+    }
     return boards;
 }
 

@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QFormLayout>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -45,10 +44,8 @@ BoardPanel::BoardPanel(QWidget* parent)
     QFormLayout* layout = makePanelLayout(this);
     layout->addRow(driverLabel_, driverBox_);
     layout->addRow(settings_);
-    auto* boardRow = new QHBoxLayout;
-    boardRow->addWidget(baseBox_, 1);
-    boardRow->addWidget(searchButton_);
-    layout->addRow(baseLabel_, boardRow);
+    layout->addRow(baseLabel_, baseBox_);
+    layout->addRow(QString(), searchButton_);
     layout->addRow(drqLabel_, drqBox_);
     layout->addRow(factsLabel_);
     for (OptionBox* box : {differential_, digitalPort_, hardwareAverage_}) {

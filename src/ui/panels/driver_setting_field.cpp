@@ -1,5 +1,6 @@
 #include "ui/panels/driver_setting_field.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
@@ -14,6 +15,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 #include <QValidator>
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -49,6 +51,10 @@ private:
     QRegularExpression form_;
 };
 
+bool isSwitch(const DriverSetting& setting) {
+    return setting.type == Type::Integer && setting.bounded && setting.minimum == 0.0 && setting.maximum == 1.0;
+}
+
 bool fitsSpinBox(const DriverSetting& setting) {
     return setting.type == Type::Integer && setting.bounded && setting.minimum >= std::numeric_limits<int>::min() &&
            setting.maximum <= std::numeric_limits<int>::max();
@@ -59,6 +65,14 @@ QColor refusalColor(const QWidget& widget) {
     const bool dark = widget.palette().color(QPalette::Window).lightness() < 128;
     return dark ? QColor(0xFF, 0x8A, 0x80) : QColor(0xB0, 0x00, 0x20);
 }
+
+/// Narrower than this its caption stands above it.
+void keepLegible(QWidget& field, int digits) {
+    field.setMinimumWidth(field.fontMetrics().horizontalAdvance(QLatin1Char('0')) * digits);
+}
+
+constexpr int kNumberDigits = 12;
+constexpr int kTextDigits = 20;
 
 QString partName(const char* part, const DriverSetting& setting) {
     return QLatin1String(part) + QLatin1Char('_') + QString::fromStdString(setting.key);
@@ -97,6 +111,10 @@ DriverSettingField::DriverSettingField(DriverSetting setting, QWidget* parent)
 }
 
 QWidget* DriverSettingField::makeEditor() {
+    if (isSwitch(setting_)) {
+        makeBox();
+        return box_;
+    }
     if (setting_.type == Type::Choice) {
         makeList();
         return list_;
@@ -109,8 +127,17 @@ QWidget* DriverSettingField::makeEditor() {
     return line_;
 }
 
+void DriverSettingField::makeBox() {
+    box_ = new QCheckBox(this);
+    connect(box_, &QCheckBox::clicked, this, [this] {
+        touched_ = true;
+        finish();
+    });
+}
+
 void DriverSettingField::makeLine() {
     line_ = new QLineEdit(this);
+    keepLegible(*line_, setting_.type == Type::Text ? kTextDigits : kNumberDigits);
     if (setting_.type == Type::Integer || setting_.type == Type::Real) {
         line_->setValidator(new NumberValidator(setting_.type == Type::Integer, setting_, line_));
     }
@@ -120,6 +147,7 @@ void DriverSettingField::makeLine() {
 
 void DriverSettingField::makeSpin() {
     spin_ = new QSpinBox(this);
+    keepLegible(*spin_, kNumberDigits);
     spin_->setLocale(QLocale::c());
     spin_->setGroupSeparatorShown(false);
     spin_->setAccelerated(true);
@@ -130,9 +158,14 @@ void DriverSettingField::makeSpin() {
 
 void DriverSettingField::makeList() {
     list_ = tarno2::makeList(this, {});
+    qsizetype longest = setting_.free ? kTextDigits : 0;
     for (size_t i = 0; i < setting_.choices.size(); ++i) {
-        list_->addItem(fromMessage(setting_.choiceTexts[i]), fromFileName(setting_.choices[i]));
+        const QString text = fromMessage(setting_.choiceTexts[i]);
+        list_->addItem(text, fromFileName(setting_.choices[i]));
+        longest = std::max(longest, text.size());
     }
+    // With the arrow.
+    keepLegible(*list_, static_cast<int>(std::clamp<qsizetype>(longest + 4, kNumberDigits, kTextDigits)));
     list_->setEditable(setting_.free);
     list_->setInsertPolicy(QComboBox::NoInsert);
     connect(list_, &QComboBox::activated, this, [this] {
@@ -162,6 +195,9 @@ QString DriverSettingField::caption() const {
 void DriverSettingField::retranslate() {
     const QString hint = setting_.fixed ? uiText(TextId::DriverSettingFixed) : QString();
     setToolTip(hint);
+    if (box_ != nullptr) {
+        box_->setText(caption().replace(QLatin1Char('&'), QLatin1String("&&")));
+    }
     editor_->setAccessibleName(caption());
     editor_->setAccessibleDescription(hint);
     if (chooseButton_ != nullptr && !setting_.fixed) {
@@ -178,6 +214,9 @@ QString DriverSettingField::typed() const {
     if (spin_ != nullptr) {
         return QString::number(spin_->value());
     }
+    if (box_ != nullptr) {
+        return QString::number(box_->isChecked() ? 1 : 0);
+    }
     const int entry = list_->findText(list_->currentText());
     return entry >= 0 ? list_->itemData(entry).toString() : list_->currentText();
 }
@@ -192,6 +231,8 @@ void DriverSettingField::putValue() {
         line_->setCursorPosition(static_cast<int>(value.size()));
     } else if (spin_ != nullptr) {
         spin_->setValue(value.toInt());
+    } else if (box_ != nullptr) {
+        box_->setChecked(value.toInt() != 0);
     } else {
         if (list_->findData(value) < 0 && !list_->isEditable() && !value.isEmpty()) {
             list_->addItem(value, value);

@@ -6,6 +6,7 @@
 
 #include "core/devices/driver_settings.h"
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -26,6 +27,8 @@ public:
     [[nodiscard]] const std::string& key() const { return setting_.key; }
     /// In the language chosen last.
     [[nodiscard]] QString caption() const;
+    /// It bears its caption itself.
+    [[nodiscard]] bool captioned() const { return box_ != nullptr; }
     /// What Tab goes through, in its order.
     [[nodiscard]] QList<QWidget*> tabStops() const;
     /// Shows the value in use; what is being typed, or was refused in place of it, stays.
@@ -46,6 +49,7 @@ protected:
 
 private:
     [[nodiscard]] QWidget* makeEditor();
+    void makeBox();
     void makeLine();
     void makeSpin();
     void makeList();
@@ -55,6 +59,7 @@ private:
     void putValue();
 
     DriverSetting setting_;
+    QCheckBox* box_ = nullptr;
     QLineEdit* line_ = nullptr;
     QSpinBox* spin_ = nullptr;
     QComboBox* list_ = nullptr;

@@ -10,9 +10,11 @@
 namespace tarno2 {
 
 DriverSettingsForm::DriverSettingsForm(QWidget* before, QWidget* parent)
-    : QWidget(parent), layout_(makePanelLayout(this)), before_(before) {
+    : QWidget(parent), layout_(makePanelLayout(this)), gap_(layout_->horizontalSpacing()), before_(before) {
     setObjectName(QStringLiteral("DriverSettingsForm"));
     layout_->setContentsMargins(0, 0, 0, 0);
+    // The layout forgets the gap when it looks whether a field fits beside its caption: captions have it.
+    layout_->setHorizontalSpacing(0);
     hide();
 }
 
@@ -49,8 +51,12 @@ void DriverSettingsForm::rebuild(const std::vector<DriverSetting>& settings) {
     for (const DriverSetting& setting : settings) {
         const Row row{new QLabel(this), new DriverSettingField(setting, this)};
         row.caption->setTextFormat(Qt::PlainText);
-        // A path takes the whole width.
-        if (setting.type == DriverSetting::Type::File || setting.type == DriverSetting::Type::Folder) {
+        row.caption->setContentsMargins(0, 0, gap_, 0);
+        if (row.field->captioned()) {
+            row.caption->hide();
+            layout_->addRow(row.field);
+        } else if (setting.type == DriverSetting::Type::File || setting.type == DriverSetting::Type::Folder) {
+            // A path takes the whole width.
             layout_->addRow(row.caption);
             layout_->addRow(row.field);
         } else {

@@ -43,6 +43,7 @@ private:
     void rebuild(const std::vector<DriverSetting>& settings);
 
     QFormLayout* layout_;
+    int gap_;  ///< between caption and field, pixels
     QWidget* before_;
     std::vector<Row> rows_;
     std::string driver_;

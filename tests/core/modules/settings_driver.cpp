@@ -29,7 +29,8 @@ ADCSetting setting(const char* key, uint32_t type, const char* caption, const ch
 class Device final : public IADCDevice {
 public:
     Device() {
-        settings_ = {setting("Label", kADCSettingText, "Label of the board", "Обозначение платы"),
+        settings_ = {setting("Label", kADCSettingText, "Label of the board, part of its name",
+                             "Обозначение платы, часть её имени"),
                      setting("Channels", kADCSettingInteger, "Channels", "Каналы"),
                      setting("Rate", kADCSettingReal, "Sample rate of a channel, Hz", "Частота канала, Гц"),
                      setting("Format", kADCSettingChoice, "Sample format", "Формат отсчётов"),
@@ -37,7 +38,9 @@ public:
                      setting("File", kADCSettingFile, "File to play", "Воспроизводимый файл"),
                      setting("Folder", kADCSettingFolder, "Folder of the calibration", "Папка калибровки"),
                      setting("Host", kADCSettingText, "Host", "Узел"),
-                     setting("Asks", kADCSettingInteger, "Length of the search", "Длительность поиска")};
+                     setting("Asks", kADCSettingInteger, "Length of the search, in questions",
+                             "Длительность поиска, в вопросах"),
+                     setting("Invert", kADCSettingInteger, "Inverted", "Инвертировать")};
         at("Label").m_sValue[0] = 'A';
         at("Channels").m_fMinimum = 1;
         at("Channels").m_fMaximum = 16;
@@ -55,6 +58,8 @@ public:
         put(at("Host").m_sValue, "lab");
         at("Asks").m_fMaximum = 100;
         put(at("Asks").m_sValue, "0");
+        at("Invert").m_fMaximum = 1;
+        put(at("Invert").m_sValue, "0");
     }
 
     void* TARNO2_CALL QueryInterface(const char* /*name*/) override { return nullptr; }
