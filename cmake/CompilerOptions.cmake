@@ -8,6 +8,12 @@ if(TARNO2_SANITIZE)
     add_link_options(-fsanitize=${TARNO2_SANITIZE})
 endif()
 
+# For what need not be fast, because it runs once or in tests alone: optimising takes longer than is ever won by it.
+set(TARNO2_UNHURRIED -O1)
+if(TARNO2_SANITIZE)
+    set(TARNO2_UNHURRIED -O0)
+endif()
+
 # A fault in the reading of a hostile file ends the program where it happens, and nothing of it can be overwritten. For
 # optimised builds; the sanitizers find the same and more. scripts/check-hardening.sh looks at what was built.
 if(NOT TARNO2_SANITIZE)

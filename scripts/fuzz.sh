@@ -20,14 +20,24 @@ cmake --preset fuzz
 cmake --build build/fuzz --target "${readers[@]/#/fuzz_}"
 
 mkdir -p build/fuzz/findings
+results=$(mktemp -d)
+trap 'rm -rf "$results"' EXIT
+export results
+# As many at a time as there are processors. New inputs are kept from run to run, beside those of the tree.
+printf '%s\n' "${readers[@]}" | xargs -P "$(nproc)" -n 1 bash -c '
+    mkdir -p "build/fuzz/corpus/$2"
+    if "build/fuzz/bin/fuzz_$2" -max_total_time="$1" -timeout=10 -max_len=20000 -print_final_stats=1 \
+        -artifact_prefix="build/fuzz/findings/$2-" "build/fuzz/corpus/$2" "fuzz/corpus/$2" >"$results/$2.out" 2>&1; then
+        touch "$results/$2.passed"
+    else
+        touch "$results/$2.failed"
+    fi' fuzz "${1:-30}"
+
 passed=0 failed=0
 for reader in "${readers[@]}"; do
     echo "== $reader"
-    # New inputs are kept from run to run, beside those of the tree.
-    mkdir -p "build/fuzz/corpus/$reader"
-    if "build/fuzz/bin/fuzz_$reader" -max_total_time="${1:-30}" -timeout=10 -max_len=20000 -print_final_stats=1 \
-        -artifact_prefix=build/fuzz/findings/"$reader"- "build/fuzz/corpus/$reader" "fuzz/corpus/$reader" 2>&1 |
-        grep -vE "^#|^\"" | tail -n 40; then
+    grep -vE "^#|^\"" "$results/$reader.out" | tail -n 40 || true
+    if [ -f "$results/$reader.passed" ]; then
         passed=$((passed + 1))
     else
         failed=$((failed + 1))

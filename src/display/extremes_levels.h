@@ -15,6 +15,8 @@ namespace tarno2 {
 class ExtremesLevels {
 public:
     static constexpr uint64_t kRatio = 16;
+    /// Frames of an entry of the finest level, where memory is enough for it.
+    static constexpr uint64_t kFinestFrames = 16;
 
     /// `capacities`: entries to keep, one a level, the finest first. `extremes` outlives it. Throws std::bad_alloc.
     ExtremesLevels(Extremes& extremes, uint64_t finestFrames, const std::vector<size_t>& capacities);

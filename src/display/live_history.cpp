@@ -11,7 +11,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kFinestFrames = 16;
 constexpr size_t kLevels = 6;
 
 std::vector<size_t> capacities(size_t bytes, const Extremes& extremes) {
@@ -30,7 +29,7 @@ struct LiveHistory::Parts {
     Parts(const SignalFormat& format, size_t bytes)
         : channels(format.channelCount()),
           extremes(Extremes::create(format)),
-          levels(*extremes, kFinestFrames, capacities(bytes, *extremes)),
+          levels(*extremes, ExtremesLevels::kFinestFrames, capacities(bytes, *extremes)),
           frameBytes(extremes->frameBytes()),
           capacity(std::max<uint64_t>(bytes / frameBytes, 1)),
           ring(new std::byte[capacity * frameBytes]),
@@ -158,7 +157,7 @@ bool LiveHistory::build(uint64_t first, uint64_t end, size_t buckets, Screen& sc
     if (!parts.begun || first >= end) {
         return false;
     }
-    if (wanted < kFinestFrames && first >= firstRawFrame()) {
+    if (wanted < ExtremesLevels::kFinestFrames && first >= firstRawFrame()) {
         ScreenBuilder builder(screen, *parts.extremes, wanted);
         parts.addRaw(builder, first / wanted * wanted, end);
         return builder.finish();

@@ -15,7 +15,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kFinestFrames = 16;
 constexpr size_t kReadBytes = size_t{512} << 10;
 constexpr size_t kSampleBytes = size_t{16} << 10;
 constexpr size_t kSamples = 2048;  ///< of the whole recording, at the most
@@ -30,7 +29,7 @@ uint64_t entriesOf(uint64_t frames, uint64_t framesPerEntry) {
 uint64_t finestFrames(uint64_t frames, size_t entryBytes, size_t bytes) {
     // At least one entry, however wide it is.
     const uint64_t most = bytes / entryBytes * (ExtremesLevels::kRatio - 1) / ExtremesLevels::kRatio;
-    uint64_t finest = kFinestFrames;
+    uint64_t finest = ExtremesLevels::kFinestFrames;
     while (entriesOf(frames, finest) > std::max<uint64_t>(most, 1)) {
         finest *= 2;
     }

@@ -4,6 +4,9 @@
 
 namespace tarno2 {
 
+inline constexpr uint64_t kNanosecondsPerMillisecond = 1'000'000;
+inline constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
+
 /// Local calendar time to the millisecond.
 struct LocalTime {
     uint16_t year = 0;

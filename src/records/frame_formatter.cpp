@@ -43,7 +43,7 @@ FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInput
 }
 
 size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
-    constexpr size_t kLineEnd = 2;
+    constexpr size_t kLineEndLength = 2;
     constexpr size_t kLongestClock = 48;
     std::array<char, kLongestFirstColumn> text{};
     const char* const end = writeFirstColumn(text.data(), format_, frames, seconds(frames));
@@ -52,7 +52,7 @@ size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
     for (size_t channel = 0; channel < inputs_.channelCount; ++channel) {
         longest += tables_.longestColumn(channel);
     }
-    return longest + inputs_.digitalLines * (format_.divider.size() + 1) + kLineEnd;
+    return longest + inputs_.digitalLines * (format_.divider.size() + 1) + kLineEndLength;
 }
 
 double FrameFormatter::seconds(uint64_t frame) const {

@@ -12,7 +12,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr std::string_view kTitle = "Tarno2 journal 1\n";
+constexpr std::string_view kJournalTitle = "Tarno2 journal 1\n";
 constexpr size_t kChecksumLine = 18;
 constexpr uint32_t kMostChannels = 0xFFFF;
 constexpr uint64_t kLastSequence = uint64_t{1} << 62U;  // further than any recorder comes, with room for more
@@ -213,7 +213,7 @@ bool usable(const JournalState& state) {
 
 std::optional<JournalState> readHalf(std::string_view half) {
     const size_t end = half.find_last_not_of('\n');
-    if (!half.starts_with(kTitle) || end == std::string_view::npos) {
+    if (!half.starts_with(kJournalTitle) || end == std::string_view::npos) {
         return std::nullopt;
     }
     half = half.substr(0, end + 1);
@@ -222,7 +222,7 @@ std::optional<JournalState> readHalf(std::string_view half) {
         return std::nullopt;
     }
     JournalState state;
-    for (std::string_view rest = half.substr(kTitle.size(), last - kTitle.size()); !rest.empty();) {
+    for (std::string_view rest = half.substr(kJournalTitle.size(), last - kJournalTitle.size()); !rest.empty();) {
         const size_t length = rest.find('\n');
         if (!readLine(rest.substr(0, length), state)) {
             return std::nullopt;
@@ -235,7 +235,7 @@ std::optional<JournalState> readHalf(std::string_view half) {
 }  // namespace
 
 std::optional<std::string> journalText(const JournalState& state) {
-    std::string text(kTitle);
+    std::string text(kJournalTitle);
     text += formatText("sequence %llu\n", static_cast<unsigned long long>(state.sequence));
     text += "extension " + oneLine(state.extension) + '\n';
     text += formatText("width %u\nchannels %u\n", state.sampleWidth, state.channelCount);
@@ -265,7 +265,7 @@ std::optional<std::string> sealedJournalHalf(std::string lines) {
 }
 
 std::optional<JournalState> readJournal(std::string_view contents) {
-    if (contents.size() != 2 * kJournalHalf || !contents.starts_with(kTitle)) {
+    if (contents.size() != 2 * kJournalHalf || !contents.starts_with(kJournalTitle)) {
         return std::nullopt;
     }
     auto first = readHalf(contents.substr(0, kJournalHalf));

@@ -11,7 +11,7 @@ namespace tarno2 {
 namespace {
 
 constexpr size_t kLongestDigital = 10;
-constexpr size_t kLineEnd = 2;
+constexpr size_t kLineEndLength = 2;
 
 }  // namespace
 
@@ -25,7 +25,7 @@ int LineFormatter::format(char* out, size_t spaceLeft, size_t& lineLength, doubl
                           std::span<const double> analog, std::span<const int8_t> digital) {
     const size_t divider = format_.divider.size();
     const size_t longest = kLongestFirstColumn + analog.size() * (divider + kLongestNumber) +
-                           digital.size() * (divider + kLongestDigital) + kLineEnd;
+                           digital.size() * (divider + kLongestDigital) + kLineEndLength;
     if (longest < spaceLeft) {
         lineLength = static_cast<size_t>(writeLine(out, seconds, analog, digital) - out);
         ++lineCount_;

@@ -9,9 +9,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int32_t kModeAnalysis = 1;
-constexpr int32_t kModeSynchronisation = 2;
-
 /// Codes strictly above or below the threshold.
 template <typename Width>
 Condition<Width> level(int32_t mode, int32_t threshold, WordShift shift, int64_t place) {

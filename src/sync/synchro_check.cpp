@@ -11,9 +11,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int32_t kModeAnalysis = 1;
-constexpr int32_t kModeSynchronisation = 2;
-
 class Check {
 public:
     Check(const SynchroBoardFacts& board, SynchroFindings& findings)

@@ -4,6 +4,10 @@
 
 namespace tarno2 {
 
+/// Values of `SynchroAnalyzeMode`; any other is off.
+inline constexpr int32_t kModeAnalysis = 1;
+inline constexpr int32_t kModeSynchronisation = 2;
+
 /// What chooses the frames that reach the file. A condition's mode 2 means "not used", and its enabled flag says the
 /// same. Channels are positions in the frame, from 0. Thresholds are kept as typed, in their unit (0 volts,
 /// 1 millivolts, 2 microvolts); their codes are computed when a recording starts. One block serves the program: it is

@@ -15,8 +15,6 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
-constexpr uint64_t kMebibyte = 1024 * 1024;
-
 Wish endlessRecording() {
     Wish wish;
     wish.channels = 16;

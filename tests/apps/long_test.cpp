@@ -9,8 +9,6 @@
 namespace tarno2::test {
 namespace {
 
-constexpr uint64_t kMebibyte = 1024 * 1024;
-
 /// Records all 160 channels in pieces of 16 MiB, checks every sample, and prints what there was.
 void recordAndCheck(Wish wish, const std::string& simulator) {
     const RecordingRig rig;

@@ -14,6 +14,7 @@
 namespace tarno2::test {
 
 inline constexpr std::chrono::seconds kGuard{300};  ///< for what ends in seconds on an idle machine
+inline constexpr uint64_t kMebibyte = 1024 * 1024;
 
 /// The recording that an autosettings file asks for.
 struct Wish {

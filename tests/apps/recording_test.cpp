@@ -18,8 +18,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr uint64_t kMebibyte = 1024 * 1024;
-
 TEST(Recording, OfTheUsualSignalsIsDescribed) {
     const RecordingRig rig;
     Wish wish;

@@ -113,13 +113,13 @@ TEST(AutoSettings, GoodFileIsReadWithoutFindings) {
     EXPECT_FALSE(std::ifstream(load.folder().file("AutoLog.dbg")).is_open());
 }
 
-struct Case {
+struct LoadCase {
     std::map<std::string, const char*> changes;
     Lines findings;
 };
 
 TEST(AutoSettings, EndsWithTheReason) {
-    const Case cases[] = {
+    const LoadCase cases[] = {
         {{{"DriverName", kAbsent}}, {"Required parameters \"DriverName\" is absent... Program aborted"}},
         {{{"DriverName", "Simulator"}}, {"Required parameters \"DriverName\" is absent... Program aborted"}},
         {{{"ChannelCount", kAbsent}}, {"Required parameters \"ChannelCount\" is absent... Program aborted"}},
@@ -153,7 +153,7 @@ TEST(AutoSettings, EndsWithTheReason) {
         {{{"BoardMode", "4"}, {"PacketFreq", "inf"}},
          {"Choose packet mode but required parameter \"PacketFreq\" is absent... Program aborted"}},
     };
-    for (const Case& c : cases) {
+    for (const LoadCase& c : cases) {
         SCOPED_TRACE(settingsText(c.changes));
         Load load;
         load.withText(settingsText(c.changes));
@@ -163,7 +163,7 @@ TEST(AutoSettings, EndsWithTheReason) {
 }
 
 TEST(AutoSettings, TellsEveryDefaultItTakes) {
-    const Case cases[] = {
+    const LoadCase cases[] = {
         {{{"BaseNumber", kAbsent}}, {"Parameters \"BaseNumber\" absent - Use 1"}},
         {{{"BaseNumber", "first"}}, {}},  // "f" is a hexadecimal digit
         {{{"BaseNumber", "nine"}}, {"Parameters \"BaseNumber\" absent - Use 1"}},
@@ -190,7 +190,7 @@ TEST(AutoSettings, TellsEveryDefaultItTakes) {
           "Parameter \"MeasureFileMode\" is absent - Set to 0(Manual mode)",
           "Parameter \"BoardMode\" is absent - Set to 0(Free mode)"}},
     };
-    for (const Case& c : cases) {
+    for (const LoadCase& c : cases) {
         SCOPED_TRACE(settingsText(c.changes));
         Load load;
         load.withText(settingsText(c.changes));

@@ -117,7 +117,7 @@ TEST(Acquisition, EverySampleArrivesOnceAndInOrder) {
 constexpr uint32_t kHalf = 500;
 
 // How a recording of one channel over a ring of 1000 samples ends, and what is in its file then.
-struct Ending {
+struct StreamEnding {
     const char* what;
     StopCode code;
     uint64_t saved;  // samples at least
@@ -128,7 +128,7 @@ struct Ending {
     bool counted = false;  // noticed only where events are counted
 };
 
-Ending overflow(const char* what, uint64_t saved, void (*script)(FakeDevice&), bool counted = false) {
+StreamEnding overflow(const char* what, uint64_t saved, void (*script)(FakeDevice&), bool counted = false) {
     return {what, StopCode::Error, saved, script, "!!!!! FIFO Overflow", ErrorDetail::Overflow, true, counted};
 }
 
@@ -171,7 +171,7 @@ void overtakenBetweenReads(FakeDevice& device) {
     };
 }
 
-const Ending kEndings[] = {
+const StreamEnding kStreamEndings[] = {
     {"the first GetData fails", StopCode::TransferError, 0, [](FakeDevice& d) { paced(d), d.failingRead = 0; },
      "!!!!! GetData error at sample 0: scripted"},
     {"the sixth GetData fails", StopCode::TransferError, 5 * kHalf, [](FakeDevice& d) { paced(d), d.failingRead = 5; },
@@ -216,7 +216,7 @@ const Ending kEndings[] = {
     overflow("the count stops being answered while a half is copied", 6 * kHalf, overtaken<kHalf, false>, true)};
 
 TEST(Acquisition, EndingsKeepWhatReachedTheHost) {
-    for (const Ending& c : kEndings) {
+    for (const StreamEnding& c : kStreamEndings) {
         SCOPED_TRACE(c.what);
         if (c.counted && kPathSeparator == '\\') {
             continue;  // events are not counted there

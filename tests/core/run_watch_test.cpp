@@ -22,7 +22,7 @@ RunFacts factsOf(Way way, uint32_t session = 1) {
     return facts;
 }
 
-struct Ending {
+struct EndTold {
     StopCode code;
     ErrorDetail detail;
     const char* status;   ///< line of the logs
@@ -32,7 +32,7 @@ struct Ending {
 };
 constexpr ErrorDetail kNone = ErrorDetail::Unknown;
 
-const Ending kEndings[] = {
+const EndTold kEndsTold[] = {
     {StopCode::Error, ErrorDetail::Overflow, "", "FIFO overflow", RunState::Error, "1111"},
     {StopCode::Error, ErrorDetail::Init, "Stop - By init error", "Init error", RunState::Error, "1111"},
     {StopCode::Error, ErrorDetail::Start, "Stop - By start error", "Start error", RunState::Error, "1111"},
@@ -55,7 +55,7 @@ const Ending kEndings[] = {
 // A board that ends by itself tells so before its session goes; one that was stopped tells it afterwards.
 TEST(RunWatch, EveryEndHasItsStateTextAndOutcome) {
     languageTable().select(kLanguageEnglish);
-    for (const Ending& c : kEndings) {
+    for (const EndTold& c : kEndsTold) {
         for (const Way way : {Way::ByHand, Way::Time, Way::Size, Way::Trigger}) {
             for (const bool data : {false, true}) {
                 SCOPED_TRACE(testing::Message() << static_cast<int>(c.code) << ' ' << c.status << " way "
@@ -117,16 +117,16 @@ TEST(RunWatch, AnEndFromOutsideOrByTheDiskIsHeldAgainstWhatWasAskedFor) {
     result.code = StopCode::User;
     result.bytes = 600;
     result.files = 1;
-    using Outcome = RecordingOutcome;
-    EXPECT_EQ(runEnd(result, StopRule::Time, OutsideEnd::User).outcome, Outcome::EndedEarly) << "before its time";
-    EXPECT_EQ(runEnd(result, StopRule::Manual, OutsideEnd::SystemEnding).outcome, Outcome::EndedEarly);
+    EXPECT_EQ(runEnd(result, StopRule::Time, OutsideEnd::User).outcome, RecordingOutcome::EndedEarly)
+        << "before its time";
+    EXPECT_EQ(runEnd(result, StopRule::Manual, OutsideEnd::SystemEnding).outcome, RecordingOutcome::EndedEarly);
     result.files = 0;
-    EXPECT_EQ(runEnd(result, StopRule::Manual, OutsideEnd::User).outcome, Outcome::NothingRecorded);
+    EXPECT_EQ(runEnd(result, StopRule::Manual, OutsideEnd::User).outcome, RecordingOutcome::NothingRecorded);
     result.files = 1;
     result.code = StopCode::StopMeasuring;
     result.diskNearlyFull = true;
     const RunEnd full = runEnd(result, StopRule::Size, OutsideEnd::User);
-    EXPECT_EQ(full.outcome, Outcome::EndedEarly);
+    EXPECT_EQ(full.outcome, RecordingOutcome::EndedEarly);
     EXPECT_EQ(full.state, RunState::Stopped);
     EXPECT_EQ(full.message, TextId::DiskMarginReached);
     EXPECT_EQ(full.kind, MessageKind::Attention);

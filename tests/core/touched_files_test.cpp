@@ -22,8 +22,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr uint64_t kFrame = 6;
-constexpr uint64_t kRecord = 5 * kFrame;
+constexpr uint64_t kTouchedFrame = 6;
+constexpr uint64_t kTouchedRecord = 5 * kTouchedFrame;
 
 /// A recording of 3 channels that brings everything to the disk at once, fed with the stream of test samples.
 struct TouchedRig {
@@ -32,11 +32,11 @@ struct TouchedRig {
         setup.flushPeriodMs = 1;
     }
     [[nodiscard]] int32_t open() { return writer.open(setup, description); }
-    void feed(uint64_t bytes, uint64_t unit = kFrame) {
+    void feed(uint64_t bytes, uint64_t unit = kTouchedFrame) {
         const std::string data = streamBytes(position / 2, bytes / 2, 2);
-        std::vector<SynchroEvent> events(unit == kRecord ? bytes / kRecord : 0, {0, 2, 3, 0, 0, 1, 0.5});
+        std::vector<SynchroEvent> events(unit == kTouchedRecord ? bytes / kTouchedRecord : 0, {0, 2, 3, 0, 0, 1, 0.5});
         for (size_t i = 0; i < events.size(); ++i) {
-            events[i].point = 2 * (position / kRecord + i + 1);
+            events[i].point = 2 * (position / kTouchedRecord + i + 1);
         }
         EXPECT_EQ(writer.Write(reinterpret_cast<const std::byte*>(data.data()), bytes, unit, events), 0);
         position += bytes;
@@ -75,42 +75,42 @@ TEST(TouchedFiles, RecordingGoesOnInTheNextFile) {
         uint64_t pieceBytes;
         const char* next;
     } cases[] = {
-        {"removed", false, kFrame, 0, "run_1.dat"},
-        {"renamed", true, kFrame, 0, "run_1.dat"},
-        {"renamed, with records", true, kRecord, 0, "run_1.dat"},
-        {"renamed, the next file being made already", true, kFrame, 2000000 * kFrame, "run_1.dat"},
+        {"removed", false, kTouchedFrame, 0, "run_1.dat"},
+        {"renamed", true, kTouchedFrame, 0, "run_1.dat"},
+        {"renamed, with records", true, kTouchedRecord, 0, "run_1.dat"},
+        {"renamed, the next file being made already", true, kTouchedFrame, 2000000 * kTouchedFrame, "run_1.dat"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         TouchedRig rig;
         rig.setup.pieceBytes = c.pieceBytes;
         ASSERT_EQ(rig.open(), 0);
-        rig.feed(10 * kRecord, c.unit);
+        rig.feed(10 * kTouchedRecord, c.unit);
         ASSERT_TRUE(waitFor([&] { return rig.writer.waitingBytes() == 0; }));
         const std::string data = rig.folder.file("run.dat");
         ASSERT_TRUE(c.renamed ? renameFile(data, rig.folder.file("mine.bin")).ok() : removeFile(data).ok());
         // Until it is noticed data still go into the file, whatever it is called.
         ASSERT_TRUE(waitFor([&] {
-            rig.feed(kRecord, c.unit);
+            rig.feed(kTouchedRecord, c.unit);
             return rig.writer.fileCount() > 1;
         }));
-        rig.feed(kRecord, c.unit);
+        rig.feed(kTouchedRecord, c.unit);
         ASSERT_TRUE(rig.writer.Close());
         const std::string rest = readFile(rig.folder.file(c.next));
         const uint64_t kept = rig.position - rest.size();
         EXPECT_EQ(kept % c.unit, 0U);
         EXPECT_TRUE(rest == streamBytes(kept / 2, rest.size() / 2, 2));
-        EXPECT_EQ(rig.frames(c.next), rest.size() / kFrame);
+        EXPECT_EQ(rig.frames(c.next), rest.size() / kTouchedFrame);
         EXPECT_EQ(rig.writer.savedBytes(), rest.size());
         EXPECT_EQ(rig.writer.savedFiles(), 1U);
         EXPECT_EQ(rig.writer.writtenBytes(), rig.position);
         if (c.renamed) {
             EXPECT_TRUE(readFile(rig.folder.file("mine.bin")) == streamBytes(0, kept / 2, 2));
         }
-        if (c.unit == kRecord) {
+        if (c.unit == kTouchedRecord) {
             const std::string text = readFile(rig.folder.file("run_1.txt"));
-            EXPECT_THAT(text, HasSubstr("SynchroListCount = " + std::to_string(rest.size() / kRecord) + "\r\n"));
-            EXPECT_THAT(text, HasSubstr("SynchroListPoint = " + std::to_string(2 * (kept / kRecord + 1)) + " "));
+            EXPECT_THAT(text, HasSubstr("SynchroListCount = " + std::to_string(rest.size() / kTouchedRecord) + "\r\n"));
+            EXPECT_THAT(text, HasSubstr("SynchroListPoint = " + std::to_string(2 * (kept / kTouchedRecord + 1)) + " "));
         }
         EXPECT_EQ(rig.files().size(), c.renamed ? 3U : 2U) << "no journal, no description of what is gone";
         EXPECT_THAT(rig.writer.notice(), HasSubstr("run.dat\" was removed or renamed while it was recorded"));
@@ -125,7 +125,7 @@ TEST(TouchedFiles, OneThatIsGoneAtTheEndIsNotCounted) {
     TouchedRig rig;
     rig.setup.flushPeriodMs = 600000;
     ASSERT_EQ(rig.open(), 0);
-    rig.feed(10 * kFrame);
+    rig.feed(10 * kTouchedFrame);
     ASSERT_TRUE(removeFile(rig.folder.file("run.dat")).ok());
     EXPECT_TRUE(rig.writer.Close());
     EXPECT_EQ(rig.writer.savedFiles(), 0U);
@@ -136,14 +136,14 @@ TEST(TouchedFiles, OneThatIsGoneAtTheEndIsNotCounted) {
 TEST(TouchedFiles, AJournalIsMadeAnewAndDataFilesStayLockedWithoutOne) {
     TouchedRig rig;
     ASSERT_EQ(rig.open(), 0);
-    rig.feed(kFrame);
+    rig.feed(kTouchedFrame);
     ASSERT_TRUE(waitFor([&] { return rig.writer.waitingBytes() == 0; }));
     const std::string journal = RecordingName(rig.setup.fileName).journal();
     if (!removeFile(journal).ok()) {
         GTEST_SKIP() << "the system keeps the journal";
     }
     ASSERT_TRUE(waitFor([&] {
-        rig.feed(kFrame);
+        rig.feed(kTouchedFrame);
         File file;
         uint64_t size = 0;
         return file.open(journal, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite).ok() &&
@@ -151,7 +151,7 @@ TEST(TouchedFiles, AJournalIsMadeAnewAndDataFilesStayLockedWithoutOne) {
     }));
     EXPECT_EQ(recoverRecording(journal)->outcome, RecoveryReport::Outcome::InProgress);
     EXPECT_TRUE(rig.writer.Close());
-    EXPECT_EQ(rig.frames("run.dat"), rig.position / kFrame);
+    EXPECT_EQ(rig.frames("run.dat"), rig.position / kTouchedFrame);
     EXPECT_THAT(rig.files(), ElementsAre("run.dat", "run.txt"));
 
     languageTable().select(kLanguageEnglish);
@@ -170,7 +170,7 @@ TEST(TouchedFiles, AJournalIsMadeAnewAndDataFilesStayLockedWithoutOne) {
 TEST(TouchedFiles, ADescriptionIsTriedAgain) {
     for (const bool late : {true, false}) {
         TouchedRig rig;
-        rig.setup.pieceBytes = 10 * kFrame;
+        rig.setup.pieceBytes = 10 * kTouchedFrame;
         ASSERT_EQ(rig.open(), 0);
         const std::vector<std::string> inTheWay = {rig.folder.file("run.txt"), rig.folder.file("run_1.txt")};
         for (const std::string& folder : inTheWay) {
@@ -180,14 +180,14 @@ TEST(TouchedFiles, ADescriptionIsTriedAgain) {
             return std::all_of(inTheWay.begin(), inTheWay.end(),
                                [](const std::string& folder) { return removeDirectory(folder).ok(); });
         };
-        rig.feed(25 * kFrame);
+        rig.feed(25 * kTouchedFrame);
         ASSERT_TRUE(waitFor([&] { return rig.writer.waitingBytes() == 0; }));
         if (late) {
             ASSERT_TRUE(makeRoom());
             EXPECT_TRUE(waitFor([&] { return fileExists(inTheWay.back()); }));
         }
         EXPECT_EQ(rig.writer.Close(), late) << rig.writer.writeError();
-        EXPECT_EQ(rig.writer.savedBytes(), 25 * kFrame);
+        EXPECT_EQ(rig.writer.savedBytes(), 25 * kTouchedFrame);
         EXPECT_EQ(rig.writer.savedFiles(), 3U);
         EXPECT_EQ(rig.frames("run_2.dat"), 5U);
         if (!late) {

@@ -13,6 +13,14 @@
 
 namespace tarno2::test {
 
+struct FakeScanField {
+    bool bigEndian = false;
+    bool isSigned = false;
+    unsigned bits = 0;
+    unsigned length = 0;
+    unsigned shift = 0;
+};
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -21,16 +29,8 @@ constexpr const char* kDevice = "iio:device0";
 constexpr const char* kTrigger = "fakeadc-dev0";
 constexpr int kPollMilliseconds = 20;
 
-struct Field {
-    bool bigEndian = false;
-    bool isSigned = false;
-    unsigned bits = 0;
-    unsigned length = 0;
-    unsigned shift = 0;
-};
-
-Field fieldOf(const std::string& format) {
-    Field field;
+FakeScanField fieldOf(const std::string& format) {
+    FakeScanField field;
     char order = 'l';
     char sign = 's';
     if (std::sscanf(format.c_str(), "%ce:%c%u/%u>>%u", &order, &sign, &field.bits, &field.length, &field.shift) != 5) {
@@ -45,7 +45,7 @@ uint64_t mask(unsigned bits) {
     return bits >= 64 ? ~uint64_t{0} : (uint64_t{1} << bits) - 1;
 }
 
-void append(std::string& bytes, const Field& field, uint64_t code) {
+void append(std::string& bytes, const FakeScanField& field, uint64_t code) {
     // What lies beside the code in the field has no meaning: it is never 0 here.
     const uint64_t value = (code & mask(field.bits)) << field.shift | mask(field.shift);
     const size_t size = field.length / 8;
@@ -75,7 +75,7 @@ constexpr const char* kDocumentType =
 }  // namespace
 
 int64_t fakeCode(const std::string& format, size_t element, uint64_t frame) {
-    const Field field = fieldOf(format);
+    const FakeScanField field = fieldOf(format);
     const uint64_t code = (frame + 1000 * element) & mask(field.bits);
     const bool negative = field.isSigned && (code >> (field.bits - 1) & 1) != 0;
     return static_cast<int64_t>(negative ? code | ~mask(field.bits) : code);
@@ -174,7 +174,7 @@ private:
             }
         }
         if ((mask_ >> elements.size() & 1) != 0) {
-            fields_.emplace_back(elements.size(), Field{.isSigned = true, .bits = 64, .length = 64});
+            fields_.emplace_back(elements.size(), FakeScanField{.isSigned = true, .bits = 64, .length = 64});
         }
         position_ = 0;
         start_ = Clock::now();
@@ -288,7 +288,7 @@ private:
     FakeIiod& server_;
     const int socket_;
     std::string received_;
-    std::vector<std::pair<size_t, Field>> fields_;
+    std::vector<std::pair<size_t, FakeScanField>> fields_;
     uint32_t mask_ = 0;
     uint64_t position_ = 0;
     Clock::time_point start_;

@@ -56,12 +56,6 @@ Change both(const Change& first, const Change& second) {
 
 void nothing(SynchroSettings& /*settings*/) {}
 
-SynchroSettings analysis() {
-    SynchroSettings settings;
-    settings.SynchroAnalyzeMode = 1;
-    return settings;
-}
-
 /// 250 frames of four channels whose words are 0 but for one.
 Samples oneIn1000(size_t index) {
     Samples block(1000, 0);

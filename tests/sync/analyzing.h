@@ -8,6 +8,12 @@
 
 namespace tarno2::test {
 
+inline SynchroSettings analysis() {
+    SynchroSettings settings;
+    settings.SynchroAnalyzeMode = 1;
+    return settings;
+}
+
 /// Hands a block of samples of that width (16 or 32 bits) to the evaluator, record by record.
 inline Evaluated analyzeBlock(ConditionAnalyzer& analyzer, int width, const std::vector<int32_t>& block,
                               size_t channels, bool packed) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "sync/synchro_check.h"
+#include "tests/sync/analyzing.h"
 
 namespace tarno2::test {
 
@@ -26,12 +27,6 @@ SynchroSettings triggered(double value, int32_t unit, int32_t channel) {
     settings.SynchroAnalogValue = value;
     settings.SynchroAnalogUnit = unit;
     settings.SynchroAnalogChannelNumber = channel;
-    return settings;
-}
-
-SynchroSettings analysis() {
-    SynchroSettings settings;
-    settings.SynchroAnalyzeMode = 1;
     return settings;
 }
 

@@ -15,7 +15,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr size_t kLongestMessage = 3000;
+constexpr size_t kLongestLine = 3000;
 constexpr int kMostLogs = 99;
 constexpr std::chrono::milliseconds kPatience{1000};
 constexpr std::chrono::milliseconds kRetryPeriod{50};
@@ -58,7 +58,7 @@ void ConsoleLog::logV(const char* format, va_list arguments) {
     try {
         const std::string message = formatTextV(format, arguments);
         std::string line = systemTextToCp1251(message);
-        line.resize(std::min(line.size(), kLongestMessage));
+        line.resize(std::min(line.size(), kLongestLine));
         if (!writeLogLine(file_, line + "\r\n")) {
             std::fprintf(stderr, "%s\n", message.c_str());  // on a full disk nobody would be told otherwise
         }

@@ -7,13 +7,13 @@ namespace tarno2 {
 
 namespace {
 
-constexpr double kMebibyte = 1024.0 * 1024.0;
+constexpr double kBytesPerMebibyte = 1024.0 * 1024.0;
 
 /// Bytes of the pieces that the recording is cut into; 0: it is not cut.
 double pieceBytes(const RecordingWish& settings, const DiskFacts& disk, double frameBytes) {
     auto bytes = static_cast<double>(disk.maximumFileSize);
     if (settings.cut && !settings.automaticCut) {
-        const double asked = settings.cutMegabytes * kMebibyte;
+        const double asked = settings.cutMegabytes * kBytesPerMebibyte;
         if (asked > 0.0) {
             bytes = bytes > 0.0 ? std::min(bytes, asked) : asked;
         }

@@ -16,7 +16,6 @@ namespace tarno2::drivers {
 namespace {
 
 constexpr uint32_t kLargestRing = 4U << 20;
-constexpr uint32_t kMostChannels = 160;
 constexpr uint64_t kBlockFrames = 4096;  // read at a time when only some channels are asked for
 
 bool endsWith(const std::string& path, const char* extension) {

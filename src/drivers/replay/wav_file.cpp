@@ -10,7 +10,6 @@ namespace {
 constexpr uint32_t kUnknownSize = 0xFFFFFFFFU;
 constexpr uint16_t kFormatPcm = 1;
 constexpr uint16_t kFormatExtensible = 0xFFFE;
-constexpr uint32_t kMostChannels = 160;
 
 struct Chunk {
     char id[4] = {};

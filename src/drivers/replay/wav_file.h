@@ -7,6 +7,9 @@
 
 namespace tarno2::drivers {
 
+/// Channels that a file may have to be played.
+inline constexpr uint32_t kMostChannels = 160;
+
 /// Where the samples of a .wav file are, and what they are.
 struct WavInfo {
     uint32_t channels = 0;

@@ -7,9 +7,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr long kNanosecondsPerMillisecond = 1'000'000;
 constexpr int64_t kMillisecondsPerSecond = 1000;
-constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
@@ -17,7 +15,8 @@ LocalTime localTime(uint64_t millisecondsAgo) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     const int64_t milliseconds = int64_t{now.tv_sec} * kMillisecondsPerSecond +
-                                 now.tv_nsec / kNanosecondsPerMillisecond - static_cast<int64_t>(millisecondsAgo);
+                                 now.tv_nsec / static_cast<long>(kNanosecondsPerMillisecond) -
+                                 static_cast<int64_t>(millisecondsAgo);
     const auto seconds = static_cast<time_t>(milliseconds / kMillisecondsPerSecond);
     tm parts{};
     localtime_r(&seconds, &parts);

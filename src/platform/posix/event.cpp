@@ -13,9 +13,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kNanosecondsPerMillisecond = 1'000'000;
-constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
-
 /// What a thread wrote before `set` is seen by one that found the event signalled. The system call has that effect in
 /// practice, but only an atomic says so to the compiler.
 std::atomic<uint32_t> setCount{0};

@@ -7,8 +7,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kNanosecondsPerSecond = 1'000'000'000;
-constexpr uint64_t kNanosecondsPerMillisecond = 1'000'000;
 constexpr uint64_t kTicksPerMillisecond = 10'000;  // a FILETIME counts 100 ns
 
 uint64_t counterFrequency() {

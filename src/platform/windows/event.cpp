@@ -3,16 +3,9 @@
 #include <windows.h>
 
 #include "platform/clock.h"
+#include "platform/windows/native_handle.h"
 
 namespace tarno2 {
-
-namespace {
-
-HANDLE nativeHandle(intptr_t handle) {
-    return reinterpret_cast<HANDLE>(handle);
-}
-
-}  // namespace
 
 Event::Event() : handle_(reinterpret_cast<intptr_t>(CreateEventA(nullptr, TRUE, FALSE, nullptr))), owned_(true) {}
 

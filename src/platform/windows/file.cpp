@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include "platform/paths.h"
+#include "platform/windows/native_handle.h"
 
 namespace tarno2 {
 
@@ -18,10 +19,6 @@ constexpr size_t kLargestTransfer = size_t{1} << 30U;
 
 OsError result(BOOL returned) {
     return returned != 0 ? OsError() : OsError::last();
-}
-
-HANDLE nativeHandle(intptr_t handle) {
-    return reinterpret_cast<HANDLE>(handle);
 }
 
 DWORD disposition(FileMode mode) {

@@ -15,7 +15,7 @@
 namespace tarno2 {
 namespace {
 
-constexpr uint32_t kLong = 60'000;  // a wait for so long has failed the test
+constexpr uint32_t kLongWait = 60'000;  // a wait for so long has failed the test
 
 TEST(SerialPort, CarriesEveryByteAsItIs) {
     test::Pty line;
@@ -29,7 +29,7 @@ TEST(SerialPort, CarriesEveryByteAsItIs) {
     std::string got;
     while (got.size() < sent.size()) {
         char part[100];
-        const TimedRead read = port.read(part, sizeof part, kLong);
+        const TimedRead read = port.read(part, sizeof part, kLongWait);
         ASSERT_EQ(read.end, ReadEnd::Data);
         got.append(part, read.bytes);
     }
@@ -47,12 +47,12 @@ TEST(SerialPort, TellsSilenceCancellationAndAVanishedPortApart) {
     char byte = 0;
     EXPECT_EQ(port.read(&byte, 1, 0).end, ReadEnd::TimedOut);
     std::thread other([&] { port.cancel(); });
-    EXPECT_EQ(port.read(&byte, 1, kLong).end, ReadEnd::Cancelled);
+    EXPECT_EQ(port.read(&byte, 1, kLongWait).end, ReadEnd::Cancelled);
     other.join();
     ASSERT_TRUE(port.open(line.name(), {}).ok());
     EXPECT_EQ(port.read(&byte, 1, 0).end, ReadEnd::TimedOut) << "opened again, it is not cancelled any more";
     line.unplug();
-    EXPECT_EQ(port.read(&byte, 1, kLong).end, ReadEnd::Gone);
+    EXPECT_EQ(port.read(&byte, 1, kLongWait).end, ReadEnd::Gone);
     EXPECT_FALSE(port.write("x", 1).ok());
 }
 
@@ -120,7 +120,7 @@ TEST(Socket, TellsHowManyDatagramsTheSystemHadNoRoomFor) {
     }
     ASSERT_LT(got, kPackets);
     ASSERT_TRUE(sender.send("last", 4).ok());
-    ASSERT_EQ(receiver.read(bytes.data(), bytes.size(), kLong).end, ReadEnd::Data);
+    ASSERT_EQ(receiver.read(bytes.data(), bytes.size(), kLongWait).end, ReadEnd::Data);
     EXPECT_EQ(got + receiver.dropped(), kPackets);
 }
 

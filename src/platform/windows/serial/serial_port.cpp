@@ -4,6 +4,8 @@
 #include <array>
 #include <windows.h>
 
+#include "platform/windows/native_handle.h"
+
 namespace tarno2 {
 
 namespace {
@@ -12,10 +14,6 @@ namespace {
 constexpr DWORD kLookMilliseconds = 2;
 constexpr DWORD kInputBuffer = 1U << 20U;
 constexpr DWORD kWriteMilliseconds = 1000;
-
-HANDLE nativeHandle(intptr_t handle) {
-    return reinterpret_cast<HANDLE>(handle);
-}
 
 BYTE parityOf(Parity parity) {
     switch (parity) {
