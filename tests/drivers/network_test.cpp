@@ -17,14 +17,6 @@ Wish twoChannels(float frequency = 100'000.0F, int32_t ring = 4096) {
     return Wish::firstChannels(2, frequency, ring);
 }
 
-std::vector<uint32_t> counter(uint64_t first, size_t samples, uint32_t bits = 16) {
-    std::vector<uint32_t> words(samples);
-    for (size_t i = 0; i < samples; ++i) {
-        words[i] = drivers::counterWord(first + i, bits);
-    }
-    return words;
-}
-
 /// A driver that connects to this test.
 struct Client {
     explicit Client(const std::string& settings, const std::string& host = "127.0.0.1") {
@@ -69,7 +61,7 @@ TEST(Network, RecordsWholeFramesUpToTheOrderlyEnd) {
             sendInPieces(client.stream, counterBytes(0, kSamples, row.bytes) + row.torn);
             client.stream.close();
         });
-        EXPECT_EQ(client.rig->readToEnd(), counter(0, kSamples, 8 * row.bytes)) << row.format;
+        EXPECT_EQ(client.rig->readToEnd(), counterWords(0, kSamples, 8 * row.bytes)) << row.format;
         sender.join();
         EXPECT_EQ(client.rig->end().m_nCause, uint32_t{kADCEndOfSource});
         EXPECT_EQ(client.rig->end().m_nPosition, uint64_t{kSamples});
@@ -99,7 +91,7 @@ TEST(Network, TellsAConnectionThatWasBrokenOff) {
     ASSERT_TRUE(client.stream.write(bytes.data(), bytes.size(), kLong).ok());
     client.rig->waitFor(1000);
     client.stream.abort();
-    EXPECT_EQ(client.rig->readToEnd(), counter(0, 1000));
+    EXPECT_EQ(client.rig->readToEnd(), counterWords(0, 1000));
     if (kPathSeparator == '\\' && client.rig->end().m_nCause == kADCEndOfSource) {
         GTEST_SKIP() << "Wine tells of a connection that was broken off and of one that was closed alike";
     }
@@ -132,7 +124,7 @@ TEST(Network, WaitsForASenderThatConnects) {
         EXPECT_TRUE(stream.write(bytes.data(), bytes.size(), kLong).ok());
     });
     EXPECT_TRUE(rig.start(twoChannels())) << rig.error();
-    EXPECT_EQ(rig.readToEnd(), counter(0, 2000));
+    EXPECT_EQ(rig.readToEnd(), counterWords(0, 2000));
     sender.join();
     rig.driver()->Stop();
 }
@@ -206,7 +198,7 @@ TEST(Network, SeesByTheNumbersWhichPacketsAreMissing) {
         for (const std::string& one : row.packets) {
             ASSERT_TRUE(sender.send(one.data(), one.size()).ok());
         }
-        EXPECT_EQ(rig.readToEnd(), counter(0, row.position)) << row.what;
+        EXPECT_EQ(rig.readToEnd(), counterWords(0, row.position)) << row.what;
         EXPECT_EQ(rig.end().m_nCause, row.cause) << row.what;
         EXPECT_EQ(rig.end().m_nPosition, row.position) << row.what;
         EXPECT_EQ(rig.end().m_nLost, row.lost) << row.what;
@@ -255,7 +247,7 @@ TEST(Network, TakesASenderOfUnknownRateForAnExternalClock) {
     client.start(wish);
     sendInPieces(client.stream, counterBytes(0, 10'000, 2));
     client.stream.close();
-    EXPECT_EQ(client.rig->readToEnd(), counter(0, 10'000));
+    EXPECT_EQ(client.rig->readToEnd(), counterWords(0, 10'000));
 }
 
 TEST(Network, StartsAndStopsAHundredTimes) {
@@ -266,7 +258,7 @@ TEST(Network, StartsAndStopsAHundredTimes) {
         ASSERT_TRUE(client.stream.write(bytes.data(), bytes.size(), kLong).ok());
         ASSERT_TRUE(client.rig->reader().record(2048));
         client.rig->driver()->Stop();
-        ASSERT_EQ(client.rig->reader().words(), counter(0, client.rig->reader().position()));
+        ASSERT_EQ(client.rig->reader().words(), counterWords(0, client.rig->reader().position()));
         ASSERT_EQ(client.rig->end().m_nCause, uint32_t{kADCEndNone});
     }
 }

@@ -26,9 +26,7 @@ struct Check {
     size_t channels = 1;
     std::vector<uint32_t> first;  // frames
 
-    [[nodiscard]] size_t bytes() const {
-        return kind == "count24" || kind == "counter24" || kind == "counter32" || kind == "demo" ? 4 : 2;
-    }
+    [[nodiscard]] size_t bytes() const { return kind.ends_with("16") || kind == "count12" ? 2 : 4; }
 
     [[nodiscard]] bool right(uint32_t word, uint64_t sample) {
         const uint64_t frame = sample / channels;

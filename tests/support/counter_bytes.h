@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "drivers/simulator/counter_signal.h"
 
@@ -18,6 +19,15 @@ inline std::string counterBytes(uint64_t first, size_t samples, uint32_t bytes) 
         }
     }
     return text;
+}
+
+/// The same, as the words that a driver hands over.
+inline std::vector<uint32_t> counterWords(uint64_t first, size_t samples, uint32_t bits = 16) {
+    std::vector<uint32_t> words(samples);
+    for (size_t i = 0; i < samples; ++i) {
+        words[i] = drivers::counterWord(first + i, bits);
+    }
+    return words;
 }
 
 }  // namespace tarno2::test

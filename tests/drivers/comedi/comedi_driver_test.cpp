@@ -20,17 +20,14 @@ constexpr unsigned kStep = 1000;     // nanoseconds, of the board's clock
 /// A board behind the library's functions. At a command it counts, to the middle of a frame, and keeps most of that to
 /// itself until it is asked.
 struct Board {
-    explicit Board(unsigned bytes)
-        : bytesPerSample(bytes), flags(SDF_CMD_READ | SDF_GROUND | (bytes == 4 ? SDF_LSAMPL : 0)) {
-        EXPECT_EQ(pipe(ends), 0);
-    }
+    explicit Board(unsigned bytes) : bytesPerSample(bytes) { EXPECT_EQ(pipe(ends), 0); }
+    [[nodiscard]] unsigned flags() const { return SDF_CMD_READ | SDF_GROUND | (bytesPerSample == 4 ? SDF_LSAMPL : 0); }
     ~Board() { close(ends[0]); }
     void give(size_t bytes) {
         EXPECT_EQ(write(ends[1], held.data(), bytes), static_cast<ssize_t>(bytes));
         held.erase(0, bytes);
     }
     unsigned bytesPerSample;
-    unsigned flags;
     std::atomic<bool> present{true};
     int ends[2] = {-1, -1};
     std::string held;
@@ -59,7 +56,7 @@ ANSWER(int, comedi_get_read_subdevice, (comedi_t*), 0)
 ANSWER(int, comedi_lock, (comedi_t*, unsigned), 0)
 ANSWER(int, comedi_get_subdevice_type, (comedi_t*, unsigned), COMEDI_SUBD_AI)
 ANSWER(int, comedi_find_subdevice_by_type, (comedi_t*, int, unsigned first), first == 0 ? 0 : -1)
-ANSWER(int, comedi_get_subdevice_flags, (comedi_t*, unsigned), board->present ? static_cast<int>(board->flags) : -1)
+ANSWER(int, comedi_get_subdevice_flags, (comedi_t*, unsigned), board->present ? static_cast<int>(board->flags()) : -1)
 ANSWER(int, comedi_get_n_channels, (comedi_t*, unsigned), 8)
 ANSWER(lsampl_t, comedi_get_maxdata, (comedi_t*, unsigned, unsigned), board->bytesPerSample == 4 ? 0xFFFFFF : 0xFFFF)
 ANSWER(int, comedi_get_n_ranges, (comedi_t*, unsigned, unsigned), 1)
@@ -104,10 +101,7 @@ TEST(ComediDriver, StartsAndStopsAHundredTimesUntilTheBoardEnds) {
         Board made(bytes);
         board = &made;
         StreamingRig rig(COMEDI_LIBRARY, "TARNO2_COMEDI", "Device=/dev/fake");
-        std::vector<uint32_t> expected(kSamples);
-        for (size_t i = 0; i < kSamples; ++i) {
-            expected[i] = drivers::counterWord(i, 8 * bytes);
-        }
+        const std::vector<uint32_t> expected = counterWords(0, kSamples, 8 * bytes);
         for (unsigned i = 0; i < 100; ++i) {
             ASSERT_TRUE(rig.start(Wish::firstChannels(4, 21'000.0F, 3000))) << rig.error();
             EXPECT_FLOAT_EQ(rig.reader().accepted().m_fFreqStart, 20'833.334F) << "the nearest that the board has";

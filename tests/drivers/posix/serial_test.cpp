@@ -26,14 +26,6 @@ struct Line {
     StreamingRig rig;
 };
 
-std::vector<uint32_t> counter(size_t samples, uint32_t bits) {
-    std::vector<uint32_t> words(samples);
-    for (size_t i = 0; i < samples; ++i) {
-        words[i] = drivers::counterWord(i, bits);
-    }
-    return words;
-}
-
 TEST(Serial, RecordsWholeFramesUntilThePortVanishes) {
     for (const uint32_t bytes : {2U, 4U}) {
         constexpr size_t kSamples = 20'000;
@@ -44,7 +36,7 @@ TEST(Serial, RecordsWholeFramesUntilThePortVanishes) {
             line.rig.waitFor(kSamples);
             line.pty.unplug();
         });
-        EXPECT_EQ(line.rig.readToEnd(), counter(kSamples, 8 * bytes));
+        EXPECT_EQ(line.rig.readToEnd(), counterWords(0, kSamples, 8 * bytes));
         sender.join();
         EXPECT_EQ(line.rig.end().m_nCause, uint32_t{kADCEndUnplugged});
         EXPECT_EQ(line.rig.end().m_nPosition, uint64_t{kSamples});
