@@ -3,7 +3,7 @@
 // A driver for an instrument that sends its samples over TCP: two channels of signed 16-bit words, +-5 V, 1000 frames
 // per second. It shows what a real source adds to sdk/example: a connection that can't be made, that breaks, that ends.
 
-#include <atomic>
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,24 +14,29 @@
 #include <winsock2.h>
 #include <ws2tcpip.h>
 typedef SOCKET Socket;
+typedef u_long Flag;
+#define poll WSAPoll
 #else
 #include <netdb.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 typedef int Socket;
+typedef int Flag;
 #define INVALID_SOCKET (-1)
 #define closesocket ::close
+#define ioctlsocket ioctl
 #endif
 
 namespace {
-const size_t kChannels = 2;
+const int kChannels = 2, kFrameBytes = 4;
 
 class TcpDriver : public tarno2::sdk::Driver {
 public:
-    TcpDriver() : Driver("ExampleTcp"), socket_(INVALID_SOCKET), stop_(false) {
-        using tarno2::sdk::Setting;
-        settings().add(Setting::text("Host", "127.0.0.1", "Address", "Адрес"));
-        settings().add(Setting::integer("Port", 5025, 1, 65535, "Port", "Порт"));
+    TcpDriver() : Driver("ExampleTcp"), socket_(INVALID_SOCKET) {
+        settings().add(tarno2::sdk::Setting::text("Host", "127.0.0.1", "Address", "Адрес"));
+        settings().add(tarno2::sdk::Setting::integer("Port", 5025, 1, 65535, "Port", "Порт"));
 #ifdef _WIN32
         WSADATA data;
         static_cast<void>(WSAStartup(MAKEWORD(2, 2), &data));
@@ -45,7 +50,6 @@ protected:
         board.name = "Instrument at " + board.id + " (2 channels)";
         board.channels = kChannels;
         board.range = 5.0;
-        board.minimumRing = 1 << 16;  // what the network held up comes at once
         board.perChannelFrequency = true;
         board.frequencies.push_back(1000.0F);
         board.minimumFrequency = board.maximumFrequency = board.usualFrequency = 1000.0F;
@@ -62,48 +66,45 @@ protected:
             return fail("There is no address \"%s\".", host.c_str());
         }
         socket_ = socket(found->ai_family, found->ai_socktype, found->ai_protocol);
-        const bool connected = socket_ != INVALID_SOCKET &&
-                               connect(socket_, found->ai_addr, static_cast<socklen_t>(found->ai_addrlen)) == 0;
+        const bool connected = socket_ != INVALID_SOCKET && connectWithin(3000, *found);
         freeaddrinfo(found);
         if (!connected) {
-            end();
-            return fail("%s does not answer.", host.c_str());
+            closesocket(socket_);
+            return fail("%s does not answer on port %s within 3 s.", host.c_str(), port.c_str());
         }
-        stop_ = false;
         thread_ = std::thread(&TcpDriver::run, this);
         return true;
     }
 
     void end() override {
-        stop_ = true;
-        if (socket_ != INVALID_SOCKET) {
-            shutdown(socket_, 2);  // both ways: a read that waits returns
-        }
-        if (thread_.joinable()) {
-            thread_.join();
-        }
-        if (socket_ != INVALID_SOCKET) {
-            closesocket(socket_);
-        }
-        socket_ = INVALID_SOCKET;
+        shutdown(socket_, 2);  // both ways: a read that waits returns
+        thread_.join();
+        closesocket(socket_);
     }
 
 private:
+    bool connectWithin(int milliseconds, const addrinfo& to) {
+        Flag on = 1, off = 0;
+        ioctlsocket(socket_, FIONBIO, &on);  // `connect` returns at once
+        connect(socket_, to.ai_addr, static_cast<socklen_t>(to.ai_addrlen));
+        pollfd made = {socket_, POLLOUT, 0};
+        return poll(&made, 1, milliseconds) == 1 && made.revents == POLLOUT && ioctlsocket(socket_, FIONBIO, &off) == 0;
+    }
+
     void run() {
-        const size_t atOnce = 20;  // frames: 20 ms
-        int16_t words[atOnce * kChannels];
+        int16_t words[20 * kChannels];  // 20 ms
         std::vector<int16_t> samples;
-        while (true) {
-            const auto got = recv(socket_, reinterpret_cast<char*>(words), sizeof words, MSG_WAITALL);
-            const size_t frames = got > 0 ? static_cast<size_t>(got) / sizeof(int16_t) / kChannels : 0;
+        while (const size_t room = waitForRoom()) {  // without it the connection holds what comes
+            const int most = static_cast<int>(std::min<size_t>(room / channels_.size(), 20)) * kFrameBytes;
+            const int got = static_cast<int>(recv(socket_, reinterpret_cast<char*>(words), most, MSG_WAITALL));
             samples.clear();
-            for (size_t frame = 0; frame < frames; ++frame) {
+            for (int frame = 0; (frame + 1) * kFrameBytes <= got; ++frame) {
                 for (size_t i = 0; i < channels_.size(); ++i) {
-                    samples.push_back(words[frame * kChannels + static_cast<size_t>(channels_[i])]);
+                    samples.push_back(words[frame * kChannels + channels_[i]]);
                 }
             }
             push(samples.data(), samples.size());
-            if (stop_ || frames < atOnce) {
+            if (got < most) {
                 return gone(got < 0 ? kADCEndUnplugged : kADCEndOfSource, "The instrument closed the connection.");
             }
         }
@@ -112,7 +113,6 @@ private:
     std::vector<int32_t> channels_;
     Socket socket_;
     std::thread thread_;
-    std::atomic<bool> stop_;
 };
 }  // namespace
 

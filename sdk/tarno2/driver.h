@@ -88,8 +88,12 @@ protected:
     /// Appends samples: words as the board's format tells, whole frames. The host is told of each half. What it has not
     /// fetched in time is overwritten, and the recording ends with that loss.
     void push(const void* samples, size_t count) { ring_.write(samples, count); }
-    /// So many samples can be pushed before that.
+    /// So many samples can be pushed before that. The host takes a ring that is nearly full for one that has run over,
+    /// so there is never room for a whole ring.
     size_t room() const { return ring_.room(); }
+    /// Waits until there is room for a frame. Returns the room in whole frames, as samples; 0 when the measurement
+    /// ends, from just before `end` is called.
+    size_t waitForRoom() { return ring_.waitForRoom(measurement_.channels.size()); }
     /// The board lost samples after those that were pushed, so many (0: nobody knows). The recording ends here.
     void lost(uint64_t count = 0) {
         if (ring_.ended()) {
@@ -165,7 +169,9 @@ public:
         }
         // Asked around every transfer, so without the lock.
         if (code == kADCGetSamplesWritten) {
-            return put(result, ring_.written());
+            put(result, ring_.written());
+            ring_.release();
+            return 1;
         }
         if (code == kADCGetStreamEnd) {
             return put(result, ring_.streamEnd());
@@ -321,6 +327,7 @@ private:
     void stop() {
         if (running_) {
             running_ = false;
+            ring_.endWaiting();
             end();
         }
     }

@@ -269,6 +269,28 @@ TEST(Recording, OfAnInstrumentThatClosesItsConnection) {
     EXPECT_EQ(readFile(rig.file("run.dat")), std::string(reinterpret_cast<const char*>(sent.data()), sent.size() * 2));
 }
 
+TEST(Recording, IsNotMadeOfAnInstrumentThatNeverAnswers) {
+    const std::string folder = EXAMPLES "/example-tcp";
+    if (!fileExists(joinPath(folder, "TcpDriver.reg"))) {
+        GTEST_SKIP() << "ctest builds it before this test: " << folder;
+    }
+    const RecordingRig rig;
+    TcpListener listener;
+    ASSERT_TRUE(listener.open({"127.0.0.1", 0}).ok());
+    TcpStream callers[4];  // whom nobody answers, so that the next one waits
+    for (TcpStream& caller : callers) {
+        static_cast<void>(caller.connect({"127.0.0.1", listener.localPort()}, 100));
+    }
+    Wish wish;
+    wish.driver = "ExampleTcp";
+    wish.board = 1;
+    wish.frequency = 1000;
+    const std::string port = std::to_string(listener.localPort());
+    wish.more = "DriverSettings = \"Port=" + port + "\"";
+    recordWithExample(rig, folder, "TcpDriver", wish);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("127.0.0.1 does not answer on port " + port + " within 3 s."));
+}
+
 TEST(Recording, HasTheSignalViewBesideTheProgramWhateverTheRegistryLists) {
     if (kPathSeparator == '\\' || !fileExists(joinPath(TARNO2_BIN, "scopera.so"))) {
         GTEST_SKIP() << "no registry of the test's own, or a program without windows";

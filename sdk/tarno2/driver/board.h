@@ -56,7 +56,7 @@ struct Board {
     bool synchronousChannels = true;   ///< the channels of a frame are sampled at one moment
     float externalClockRate = 0.0F;    ///< Hz, total: what an external clock usually brings; 0: nobody knows
     uint32_t modes = 0;                ///< kADCMode...
-    uint32_t minimumRing = 0;          ///< samples; where samples come in bursts, at least two of them
+    uint32_t minimumRing = 0;          ///< samples; at least two bursts, where bursts can't wait for room
     uint32_t maximumRing = 1U << 24;   ///< samples
     bool hotPlug = false;              ///< can be pulled out: `Driver::present`
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 #include <stdint.h>
@@ -24,7 +25,16 @@ namespace sdk {
 class Ring {
 public:
     Ring()
-        : samples_(0), half_(0), bytes_(2), written_(0), fetched_(0), cause_(kADCEndNone), endPosition_(0), lost_(0) {}
+        : samples_(0),
+          half_(0),
+          bytes_(2),
+          written_(0),
+          fetched_(0),
+          released_(0),
+          cause_(kADCEndNone),
+          endPosition_(0),
+          lost_(0),
+          ending_(false) {}
 
     /// Makes it anew, `samples` long (a multiple of 2 x channels), all zero. Throws std::bad_alloc.
     void configure(uint32_t samples, uint32_t bytesPerSample) {
@@ -38,6 +48,8 @@ public:
     void begin() {
         written_ = 0;
         fetched_ = 0;
+        released_ = 0;
+        ending_ = false;
         cause_ = kADCEndNone;
         event_.reset();
     }
@@ -53,10 +65,32 @@ public:
     uint64_t written() const { return written_.load(std::memory_order_acquire); }
     /// How far a reader that reads in sequence has come, samples.
     uint64_t fetched() const { return fetched_.load(std::memory_order_acquire); }
-    /// Samples that can be written without overwriting what such a reader has not fetched.
+    /// Samples that can be written before such a reader takes the ring for one that has run over. It does so when ten
+    /// elevenths of it are unread, and what it has fetched counts as unread until it has asked for the count.
     size_t room() const {
-        const uint64_t unread = written() - fetched();
-        return unread < samples_ ? static_cast<size_t>(samples_ - unread) : 0;
+        const uint64_t samples = samples_;
+        const uint64_t fullest = std::max(samples * 10 / 11, static_cast<uint64_t>(half_) + 1) - 1;
+        const uint64_t end = std::min(released_.load(std::memory_order_acquire) + samples, fetched() + fullest);
+        return static_cast<size_t>(end - std::min(end, written()));
+    }
+    /// Writer: waits until there is room for a frame of so many samples, and returns the room in whole frames, as
+    /// samples; 0 after `endWaiting`.
+    size_t waitForRoom(size_t frame) {
+        std::unique_lock<std::mutex> lock(roomMutex_);
+        roomMade_.wait(lock, [this, frame] { return ending_ || room() >= frame; });
+        return ending_ ? 0 : room() / frame * frame;
+    }
+    /// Any thread: the writer waits no more, until `begin`.
+    void endWaiting() {
+        ending_ = true;
+        roomMade();
+    }
+    /// Reader: the count was asked for.
+    void release() {
+        const uint64_t position = fetched();
+        if (released_.exchange(position, std::memory_order_acq_rel) != position) {
+            roomMade();
+        }
     }
 
     /// Writer: appends samples, whatever the reader has fetched. Nothing after the end of the stream.
@@ -106,7 +140,8 @@ public:
     }
 
     /// Reader: copies samples; false when they don't lie in the ring. Reading on from where the reader stands moves it
-    /// forward; looking anywhere else does not.
+    /// forward, and one that never asks for the count has done then with what it fetched before; looking anywhere else
+    /// does neither.
     bool read(void* destination, uint32_t count, uint32_t offset) {
         if (offset > samples_ || count > samples_ - offset) {
             return false;
@@ -121,7 +156,9 @@ public:
             done += part;
         }
         if (position == fetched_.load(std::memory_order_relaxed)) {
+            released_.store(position, std::memory_order_release);
             fetched_.store(position + count, std::memory_order_release);
+            roomMade();
         }
         return true;
     }
@@ -135,6 +172,12 @@ private:
     Ring(const Ring&);
     Ring& operator=(const Ring&);
 
+    // With the lock, so that a writer that has just looked misses nothing.
+    void roomMade() {
+        const std::lock_guard<std::mutex> lock(roomMutex_);
+        roomMade_.notify_all();
+    }
+
     std::vector<unsigned char> memory_;
     uint32_t samples_;
     uint32_t half_;
@@ -143,9 +186,13 @@ private:
     DataEvent event_;
     std::atomic<uint64_t> written_;
     std::atomic<uint64_t> fetched_;
+    std::atomic<uint64_t> released_;  // all before may be overwritten
     std::atomic<uint32_t> cause_;
     std::atomic<uint64_t> endPosition_;
     std::atomic<uint64_t> lost_;
+    std::atomic<bool> ending_;
+    std::mutex roomMutex_;
+    std::condition_variable roomMade_;
 };
 
 }  // namespace sdk

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include <tarno2/driver.h>
@@ -25,28 +22,16 @@ protected:
 
     bool begin(const sdk::Board& board, const sdk::Measurement& measurement) final;
     void end() final;
-    void fetched() final;
-
-public:
-    int32_t TARNO2_CALL Get(uint32_t code, void* result) noexcept override;
 
 private:
     void run();
-    void release(uint64_t position);
-    [[nodiscard]] size_t roomForHost() const;
-    bool waitForRoom();
     bool take(const SourceRead& read);
 
     std::unique_ptr<PacedSource> source_;
     std::vector<std::byte> buffer_;
     size_t channels_ = 1;
-    size_t chunk_ = 1;                   ///< frames
-    uint64_t fetched_ = 0;               ///< how far the host had come with its last transfer
-    std::atomic<uint64_t> released_{0};  ///< all before may be overwritten
+    size_t chunk_ = 1;  ///< frames
     Thread thread_;
-    std::atomic<bool> stop_{false};
-    std::mutex roomMutex_;
-    std::condition_variable roomMade_;
 };
 
 }  // namespace tarno2::drivers
