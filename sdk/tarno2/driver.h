@@ -117,7 +117,6 @@ protected:
     /// For samples that are made where they stay.
     Ring& ring() { return ring_; }
     const Ring& ring() const { return ring_; }
-    bool running() const { return running_; }
 
 public:
     void TARNO2_CALL Release() noexcept override {
@@ -188,7 +187,7 @@ private:
         Board board;
         {
             const std::lock_guard<std::mutex> lock(mutex());
-            if (!boards_.find(number, look(), board)) {
+            if (!boards_.find(number, boardSearch(), board)) {
                 return number == 0 || board.name.empty() ? fail("There is no board %u.", number)
                                                          : fail("%s is not there any more.", board.name.c_str());
             }
@@ -212,24 +211,25 @@ private:
         }
     }
 
-    // A search with the settings of now; a long one has nothing else of the driver.
-    BoardList::Look look() {
+    // A long search has nothing of the driver but the settings of now.
+    BoardList::Search boardSearch() {
         if (!searchTakesLong()) {
-            return [this] { return search(this->settings()); };
+            return {[this] { return search(this->settings()); }, false};
         }
         const Settings settings = this->settings();
-        return [this, settings]() -> std::vector<Board> {
-            try {
-                return search(settings);
-            } catch (const std::exception& e) {
-                fail("The search for boards failed: %s", e.what());
-            } catch (...) {
-                fail("The search for boards failed.");
-            }
-            return std::vector<Board>();
-        };
+        return {[this, settings]() -> std::vector<Board> {
+                    try {
+                        return search(settings);
+                    } catch (const std::exception& e) {
+                        fail("The search for boards failed: %s", e.what());
+                    } catch (...) {
+                        fail("The search for boards failed.");
+                    }
+                    return std::vector<Board>();
+                },
+                true};
     }
-    void settingsWereRead() override { boards_.forget(searchTakesLong()); }
+    void settingsWereRead() override { boards_.forget(); }
 
     bool setup(bool apply, void* block) {
         if (board_ == nullptr) {
@@ -338,15 +338,22 @@ private:
         }
         const std::lock_guard<std::mutex> lock(mutex());
         if (code == kADCGetBoardList) {
-            return putBoards(result, running_ ? boards_.told() : boards_.ask(look()));
+            return answerBoardList(result);
         }
         if (code == kADCGetBoardSearch) {
-            return searchTakesLong() ? put(result, static_cast<uint32_t>(boards_.searching(look()))) : 0;
+            return searchTakesLong() ? put(result, static_cast<uint32_t>(boards_.searching(boardSearch()))) : 0;
         }
         if (code == kADCGetSettings) {
             return settings().answer(result);
         }
         return board_ != nullptr ? answerForBoard(code, result) : 0;
+    }
+
+    int32_t answerBoardList(void* result) {
+        ADCBoardList asked;
+        std::memcpy(&asked, result, sizeof asked);
+        const bool onlyCounts = asked.m_nCapacity == 0 || asked.m_pEntries == nullptr;
+        return putBoards(result, running_ ? boards_.told() : boards_.ask(boardSearch(), onlyCounts));
     }
 
     int32_t answerForBoard(uint32_t code, void* result) {
@@ -389,7 +396,7 @@ private:
     bool change(uint32_t code, const void* value) {
         if (code == kADCSetBoardSearch) {
             const std::lock_guard<std::mutex> lock(mutex());
-            boards_.searchAnew(look());
+            boards_.searchAnew(boardSearch());
             return true;
         }
         if (code != kADCSetSetting) {

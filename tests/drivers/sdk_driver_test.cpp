@@ -1,5 +1,6 @@
 // The base class for authors of drivers, called as the host does.
 
+#include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <functional>
@@ -48,9 +49,13 @@ public:
     using Driver::room;
     using Driver::waitForRoom;
 
+    std::atomic<bool> slow{true};
+    std::atomic<uint32_t> searches{0};
+
 protected:
     std::vector<sdk::Board> search(const sdk::Settings& given) override {
         const auto count = static_cast<size_t>(given.integer("Boards"));
+        ++searches;
         gate_.pass();
         sdk::Board board;
         board.id = board.name = given.text("Place");
@@ -59,7 +64,7 @@ protected:
         board.limits = {{0.0, 10.0}};
         return {count, board};
     }
-    bool searchTakesLong() const override { return true; }
+    bool searchTakesLong() const override { return slow; }
     bool settingsChanged() override { return settings().text("Place") != "nowhere" || fail("There is no such place."); }
     bool begin(const sdk::Board&, const sdk::Measurement&) override { return true; }
     void end() override {}
@@ -136,6 +141,25 @@ TEST(SdkDriver, SearchesForBoardsBesideItsHost) {
     const uint32_t one = 1;
     ASSERT_EQ(device.Set(kADCSetBoardSearch, &one), 1);
     device.Release();  // waits for the search
+}
+
+TEST(SdkDriver, SearchesWhenItsHostAsks) {
+    Gate gate;
+    auto& device = *new SlowDriver(gate);
+    EXPECT_EQ(get<uint32_t>(device, kADCGetBoardSearch), 1U) << "the question begins a long search";
+    gate.set(true);
+    EXPECT_EQ(boardsFound(device), 2U);
+    EXPECT_EQ(device.searches, 1U);
+    device.slow = false;
+    ADCBoardEntry entries[2];
+    for (const uint32_t searches : {2U, 3U}) {
+        EXPECT_EQ(get<ADCBoardList>(device, kADCGetBoardList).m_nCount, 2U);
+        EXPECT_EQ(get(device, kADCGetBoardList, ADCBoardList{2, 0, entries}).m_nCount, 2U);
+        EXPECT_EQ(device.searches, searches) << "the entries are those that were counted";
+    }
+    EXPECT_EQ(get(device, kADCGetBoardList, ADCBoardList{2, 0, entries}).m_nCount, 2U);
+    EXPECT_EQ(device.searches, 4U);
+    device.Release();
 }
 
 /// Sets up a measurement of both channels with a ring of 8 samples and starts it.

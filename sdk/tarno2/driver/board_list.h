@@ -101,22 +101,29 @@ private:
     std::thread thread_;
 };
 
-/// The boards of a driver as the host was told of them last. A search is quick, and then made whenever it is asked for,
-/// or long, and then made on a thread and when something has changed. The caller locks.
+/// The boards of a driver as the host was told of them last. A search is quick, and then made when the list is asked
+/// for, or long, and then made on a thread and when something has changed. The caller locks.
 class BoardList {
 public:
-    typedef BoardSearch::Look Look;
+    /// How to search with the settings of now.
+    struct Search {
+        BoardSearch::Look look;
+        bool isLong;
+    };
 
-    BoardList() : begun_(false), isLong_(false) {}
-    /// The settings have changed; `isLong` is what searches are like.
-    void forget(bool isLong) {
-        begun_ = false;
-        isLong_ = isLong;
-    }
-    /// What is there; of a long search that goes on, what it has told after 100 ms at most.
-    const std::vector<Board>& ask(const Look& look) {
-        beginOnce(look);
-        told_ = isLong_ ? search_.boards() : look();
+    BoardList() : begun_(false), counted_(false) {}
+    /// The settings have changed.
+    void forget() { begun_ = counted_ = false; }
+    /// What is there; of a long search that goes on, what it has told after 100 ms at most. A host asks for a list
+    /// twice, first only for the count: the entries are then those that were counted.
+    const std::vector<Board>& ask(const Search& search, bool onlyCounts) {
+        const bool wereCounted = counted_ && !onlyCounts;
+        counted_ = false;
+        if (!wereCounted) {
+            beginOnce(search);
+            told_ = search.isLong ? search_.boards() : search.look();
+        }
+        counted_ = onlyCounts && !told_.empty();
         return told_;
     }
     const std::vector<Board>& told() const { return told_; }
@@ -124,29 +131,31 @@ public:
     void end() { search_.end(); }
     /// Whether a long search goes on. The first one begins with this question at the latest: a host that asks it before
     /// the list must not take an incomplete list for all there is.
-    bool searching(const Look& look) {
-        beginOnce(look);
+    bool searching(const Search& search) {
+        beginOnce(search);
         return search_.goesOn();
     }
-    void searchAnew(const Look& look) {
-        if (isLong_) {
-            search_.begin(look);
+    void searchAnew(const Search& search) {
+        counted_ = false;
+        if (search.isLong) {
+            search_.begin(search.look);
             begun_ = true;
         }
     }
 
     /// The board that the host means by a number. Where that is quick it is looked for anew, for it may have been
     /// pulled out, and others have other numbers then. False when it is not there, with its name if it was.
-    bool find(uint32_t number, const Look& look, Board& board) {
-        const std::vector<Board> told = told_.empty() ? ask(look) : told_;
+    bool find(uint32_t number, const Search& search, Board& board) {
+        const bool wasTold = !told_.empty();
+        const std::vector<Board> told = wasTold ? told_ : ask(search, false);
         if (number == 0 || number > told.size()) {
             return false;
         }
         board = told[number - 1];
-        if (isLong_) {
+        if (search.isLong || !wasTold) {
             return true;
         }
-        const std::vector<Board> now = look();
+        const std::vector<Board> now = search.look();
         for (size_t i = 0; i < now.size(); ++i) {
             if (now[i].id == board.id && (!board.id.empty() || i == number - 1)) {
                 board = now[i];
@@ -157,17 +166,17 @@ public:
     }
 
 private:
-    void beginOnce(const Look& look) {
+    void beginOnce(const Search& search) {
         const uint32_t patience = 100;
-        if (!begun_ && isLong_) {
-            searchAnew(look);
+        if (!begun_ && search.isLong) {
+            searchAnew(search);
             search_.wait(patience);
         }
     }
 
     std::vector<Board> told_;
     bool begun_;
-    bool isLong_;
+    bool counted_;  // the entries of `told_` are asked for next
     BoardSearch search_;
 };
 
