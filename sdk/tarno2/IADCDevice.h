@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The driver interface of Tarno2: all that the author of a board driver includes. Plain C++11; no type of a standard
-// library and no exception crosses the boundary; integers are of fixed width; structures are packed and their pointers
-// are native. A driver is a shared library that exports one function, `StaticFactory`, and is listed in the registry
-// under HKEY_LOCAL_MACHINE\SOFTWARE\Kestrel Lines LTD\Drivers\1.0\<name>, value "path". docs/drivers.md tells how to
-// write, build and install one; sdk/example is a small one that builds alone.
+// The driver interface of Tarno2: what a host and a driver call. The author of a board driver includes driver.h beside
+// it, whose base class answers these calls. Plain C++11; no type of a standard library and no exception crosses the
+// boundary; integers are of fixed width; structures are packed and their pointers are native. A driver is a shared
+// library that exports one function, `StaticFactory`, and is listed in the registry under
+// HKEY_LOCAL_MACHINE\SOFTWARE\Kestrel Lines LTD\Drivers\1.0\<name>, value "path". docs/drivers.md tells how to write,
+// build and install one; sdk/example is a small one that builds alone.
 //
 // Texts are single-byte, zero-terminated, in the system's code page (UTF-8 outside Windows).
 // Unless a slot says otherwise, the host calls from one thread at a time, but not always from the same one: `Setup`,
