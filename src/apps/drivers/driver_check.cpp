@@ -26,6 +26,7 @@ namespace {
 constexpr uint32_t kNoCode = 0x5A5AFFFF;
 constexpr uint32_t kNoBoard = 0xFFFFF;
 constexpr uint64_t kMeasureMs = 1000;
+constexpr uint32_t kPeriodMs = 10;
 constexpr uint64_t kPatienceMs = 10000;
 constexpr int kRestarts = 3;
 constexpr double kRateTolerance = 0.05;
@@ -61,8 +62,12 @@ private:
     bool checkRing();
     void record(bool inDetail);
     void watchStream();
+    bool waitForHalf();
     void checkReading();
+    void measureRate();
+    uint64_t fetch();
     void needs(uint32_t code, const char* name, bool required);
+    [[nodiscard]] int32_t dataMode() const { return format_.m_nBytes == 4 ? kADCDataLong : kADCDataShort; }
     template <typename Call>
     auto timed(const char* what, Call call) {
         const CheckReport::Watch watch(report_, what);
@@ -78,6 +83,8 @@ private:
     float frequency_ = 0.0F;
     ADCRingInfo ring_{};
     bool counts_ = false;
+    uint64_t position_ = 0;  ///< all samples before were fetched
+    std::vector<std::byte> samples_;
 };
 
 void DriverCheck::checkQueries() {
@@ -285,9 +292,8 @@ void DriverCheck::watchStream() {
     if (!device_.get(kADCGetStreamEnd, end)) {
         report_.missing("kADCGetStreamEnd", "a board that fails can't say where");
     }
-    const Event event = Event::wrap(ring_.m_hDataEvent);
-    const bool came = event.wait(kPatienceMs) == WaitResult::Signalled;
-    report_.expect(came, "the data event", "was not set in 10 s");
+    samples_.resize(size_t{ring_.m_nRingSize} * format_.m_nBytes);
+    const bool came = waitForHalf();
     if (device_.get(kADCGetStreamEnd, end) && end.m_nCause != kADCEndNone) {
         report_.note("the stream",
                      formatText("ended after %llu samples: ", static_cast<unsigned long long>(end.m_nPosition)) +
@@ -297,31 +303,61 @@ void DriverCheck::watchStream() {
     if (came) {
         checkReading();
     }
-    const double wanted = double{frequency_} * (perChannel_ ? channels_ : 1);
-    if (counts_ && device_.get(kADCGetSamplesWritten, written)) {
-        const uint64_t first = written;
-        const uint64_t from = monotonicNanoseconds();
-        sleepMilliseconds(kMeasureMs);
-        static_cast<void>(device_.get(kADCGetSamplesWritten, written));
-        const double seconds = static_cast<double>(monotonicNanoseconds() - from) * 1e-9;
-        const double rate = static_cast<double>(written - first) / seconds;
-        report_.expect(written >= first, "kADCGetSamplesWritten", "goes back");
-        report_.note("rate", formatText("%.0f samples per second, %.0f were set up%s", rate, wanted,
-                                        std::fabs(rate - wanted) > kRateTolerance * wanted ? " (!)" : ""));
+    if (counts_) {
+        measureRate();
     }
+}
+
+bool DriverCheck::waitForHalf() {
+    const bool came = Event::wrap(ring_.m_hDataEvent).wait(kPatienceMs) == WaitResult::Signalled;
+    report_.expect(came, "the data event", "was not set in 10 s");
+    return came;
+}
+
+void DriverCheck::measureRate() {
+    const uint64_t first = fetch();
+    const uint64_t from = monotonicNanoseconds();
+    uint64_t written = first;
+    uint64_t elapsed = 0;
+    bool goesOn = true;
+    while (goesOn && elapsed < kMeasureMs * 1'000'000) {
+        sleepMilliseconds(kPeriodMs);
+        const uint64_t now = fetch();
+        elapsed = monotonicNanoseconds() - from;
+        goesOn = now >= written;
+        written = now;
+    }
+    report_.expect(goesOn, "kADCGetSamplesWritten", "goes back");
+    const double rate = static_cast<double>(written - first) * 1e9 / static_cast<double>(elapsed);
+    const double wanted = double{frequency_} * (perChannel_ ? channels_ : 1);
+    report_.note("rate", formatText("%.0f samples per second, %.0f were set up%s", rate, wanted,
+                                    std::fabs(rate - wanted) > kRateTolerance * wanted ? " (!)" : ""));
+}
+
+/// Fetches what is there, for a driver may wait until there is room for more; how many samples were counted.
+uint64_t DriverCheck::fetch() {
+    uint64_t written = 0;
+    static_cast<void>(device_.get(kADCGetSamplesWritten, written));
+    const uint32_t offset = static_cast<uint32_t>(position_ % ring_.m_nRingSize);
+    const uint64_t unread = written - std::min(written, position_);
+    const uint64_t count = std::min<uint64_t>(unread, ring_.m_nRingSize - offset) / channels_ * channels_;
+    if (count > 0 &&
+        device_.getData(dataMode(), samples_.data(), static_cast<uint32_t>(count), offset) != kADCDataFailed) {
+        position_ += count;
+    }
+    return written;
 }
 
 void DriverCheck::checkReading() {
     const uint32_t half = ring_.m_nRingSize / 2;
-    const int32_t mode = format_.m_nBytes == 4 ? kADCDataLong : kADCDataShort;
-    std::vector<std::byte> samples(size_t{half} * format_.m_nBytes);
     uint64_t written = 0;
     report_.expect(!counts_ || (device_.get(kADCGetSamplesWritten, written) && written >= half), "the data event",
                    "was set before a half was full");
     const bool read =
-        timed("GetData", [&] { return device_.getData(mode, samples.data(), half, 0) != kADCDataFailed; });
+        timed("GetData", [&] { return device_.getData(dataMode(), samples_.data(), half, 0) != kADCDataFailed; });
     report_.expect(read, "GetData", device_.lastError());
-    report_.expect(device_.getData(mode, samples.data(), half, ring_.m_nRingSize) == kADCDataFailed, "GetData",
+    position_ = read ? half : 0;
+    report_.expect(device_.getData(dataMode(), samples_.data(), half, ring_.m_nRingSize) == kADCDataFailed, "GetData",
                    "accepts an offset beyond the ring");
 }
 
