@@ -11,13 +11,14 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-/// A recording of one card by its definition.
+/// A recording of one card by its definition. A computer that is busy for half a second costs nothing of it.
 class SoundRecording {
 public:
     SoundRecording(uint32_t channels, uint32_t rate, uint32_t bits, const std::string& more)
         : cards_(rig.folder(),
-                 std::vector<SoundCards::Card>{{"card", "formats \"S16_LE S32_LE\" rates [ 48000 192000 ] channels " +
-                                                            std::to_string(channels) + ' ' + more}}),
+                 std::vector<SoundCards::Card>{
+                     {"card", "patient 1 formats \"S16_LE S32_LE\" rates [ 48000 192000 ] channels " +
+                                  std::to_string(channels) + ' ' + more}}),
           settings_("TARNO2_SOUND", "Device=card;Bits=" + std::to_string(bits)) {
         wish.driver = expected.driver = "Sound";
         wish.board = 1;

@@ -10,6 +10,7 @@
 //         overrun_at 96000              # frames that come before samples are lost,
 //         unplug_at 96000               # before the card is gone,
 //         silent_at 0                   # before nothing more comes; left out: never
+//         patient 1                     # what is not read in time waits instead of being lost; left out: 0
 //         first 0                       # index in the counter signal with which it begins
 //         title "counter card"          # what it says that it is
 //     }
@@ -64,6 +65,7 @@ private:
     long overrunAt_ = kNever;
     long unplugAt_ = kNever;
     long silentAt_ = kNever;
+    long patient_ = 0;
     long first_ = 0;
     std::chrono::steady_clock::time_point begin_;
     uint64_t taken_ = 0;  // frames that were read
@@ -101,7 +103,7 @@ int CounterCard::define(snd_config_t* definition) {
                 long& value;
             } numbers[] = {{"channels", channelsMin_},     {"channels", channelsMax_}, {"channels_min", channelsMin_},
                            {"channels_max", channelsMax_}, {"overrun_at", overrunAt_}, {"unplug_at", unplugAt_},
-                           {"silent_at", silentAt_},       {"first", first_}};
+                           {"silent_at", silentAt_},       {"patient", patient_},      {"first", first_}};
             for (const auto& known : numbers) {
                 if (key == known.name) {
                     known.value = number;
@@ -197,7 +199,8 @@ snd_pcm_sframes_t CounterCard::pointer() {
     }
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin_;
     const auto last = static_cast<uint64_t>(std::min({overrunAt_, unplugAt_, silentAt_}));
-    const auto made = std::min(static_cast<uint64_t>(passed.count() * io_.rate), last);
+    const uint64_t most = patient_ != 0 ? std::min(last, taken_ + io_.buffer_size - 1) : last;
+    const auto made = std::min(static_cast<uint64_t>(passed.count() * io_.rate), most);
     if (taken_ == last && silentAt_ != static_cast<long>(last)) {
         if (overrunAt_ == static_cast<long>(last)) {
             return -EPIPE;
