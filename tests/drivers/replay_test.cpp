@@ -246,7 +246,7 @@ TEST(Replay, FileFromSettingsAndProblemsByName) {
     };
     const Case cases[] = {{"File = \"a.wav\"\r\n", 1, 1, ""},
                           {"File = a.wav\r\n", 0, 0, "quotes"},
-                          {"Loop = 1\r\n", 0, 1, "TARNO2_REPLAY_FILE"},
+                          {"Loop = 1\r\n", 0, 1, "File: choose"},
                           {"File = \"b.wav\"\r\n", 0, 0, "b.wav"},
                           {"File = \"alone.dat\"\r\n", 0, 0, "alone.txt"},
                           {"File = \"broken.dat\"\r\n", 0, 0, "missing"}};
