@@ -160,6 +160,7 @@ private:
 
     // Recording (main_form_recording.cpp).
     void startRecording();
+    void startWhenFound();
     [[nodiscard]] bool answersAllowStart();
     void begin();
     void recover(const std::string& folder, const QString& nothingFound);
@@ -182,6 +183,7 @@ private:
     SessionHost host_;
     BoardSearch search_;                             ///< goes before what it looks with
     bool startWhenFound_ = false;                    ///< a start waits for the board
+    QPointer<QWidget> focusBeforeSearch_;            ///< what the search has taken the keys from
     QTimer searchTimer_;                             ///< runs while the driver searches for boards by itself
     std::function<void(ApplyOutcome)> afterSearch_;  ///< waits for the board; null: nobody does
 

@@ -65,6 +65,9 @@ void T_MainForm::followSearch() {
 }
 
 void T_MainForm::showLooking(bool looking) {
+    if (looking) {
+        focusBeforeSearch_ = focusWidget();
+    }
     panels_->setEnabled(!looking);
     channelsPanel_->table().setEnabled(!looking);
     boardPanel_->setLooking(looking);
@@ -73,6 +76,12 @@ void T_MainForm::showLooking(bool looking) {
     strip_->startButton().setEnabled(menu_.start->isEnabled());
     if (looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
+    } else if (focusBeforeSearch_ != nullptr) {
+        // What is switched off loses the keys.
+        if (focusWidget() == nullptr) {
+            focusBeforeSearch_->setFocus();
+        }
+        focusBeforeSearch_.clear();
     }
 }
 

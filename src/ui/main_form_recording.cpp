@@ -110,7 +110,7 @@ void T_MainForm::StartButtonClick() {
         boardPanel_->driverSettings().finish();
     }
     if (search_.busy() || afterSearch_) {
-        startWhenFound_ = true;
+        startWhenFound();
         return;
     }
     if (boardPanel_->driverSettings().refused()) {
@@ -131,7 +131,15 @@ void T_MainForm::StartButtonClick() {
                              startWhenFound_ = false;
                          }
                      });
+        if (afterSearch_) {
+            startWhenFound();
+        }
     });
+}
+
+void T_MainForm::startWhenFound() {
+    startWhenFound_ = true;
+    messages_->add(MessageList::Kind::Information, uiText(TextId::StartsWhenFound));
 }
 
 void T_MainForm::startRecording() {

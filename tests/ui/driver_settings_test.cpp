@@ -126,6 +126,10 @@ TEST_F(DriverSettingsWindow, ALongSearchIsFollowedAndTheBoardChosenAtItsEnd) {
     EXPECT_EQ(find<QLabel>("BoardFactsLabel")->text(), uiText(TextId::SearchingForBoards));
     EXPECT_EQ(board(), "001") << "nobody knows yet that it is missing";
     EXPECT_TRUE(find("DriverBox")->isEnabled());
+    press(Qt::Key_F5);
+    EXPECT_TRUE(listHas(uiText(TextId::StartsWhenFound)));
+    click("SearchAgainButton");
+    EXPECT_TRUE(form().followsSearch()) << "it has begun anew";
     type("DriverSetting_Asks", "2");
     ASSERT_TRUE(waitForSearch());
     EXPECT_EQ(board(), "001 .1002");
@@ -133,6 +137,10 @@ TEST_F(DriverSettingsWindow, ALongSearchIsFollowedAndTheBoardChosenAtItsEnd) {
     click("SearchAgainButton");
     ASSERT_TRUE(waitForSearch());
     EXPECT_TRUE(form().selection().driver().startAllowed());
+    type("DriverSetting_Pause", "700");
+    EXPECT_FALSE(find("DriverSetting_Pause")->isEnabled()) << "nobody else may use a driver that opens its board";
+    ASSERT_TRUE(waitForSearch());
+    EXPECT_EQ(QApplication::focusWidget(), find("DriverSetting_Pause"));
     form().DriverBoxChange("Simulator");
     ASSERT_TRUE(waitForSearch());
     EXPECT_EQ(form().findChild<QWidget*>("DriverSetting_Label"), nullptr);

@@ -2,10 +2,12 @@
 // boards ends after as many questions as it was told.
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
@@ -40,7 +42,8 @@ public:
                      setting("Host", kADCSettingText, "Host", "Узел"),
                      setting("Asks", kADCSettingInteger, "Length of the search, in questions",
                              "Длительность поиска, в вопросах"),
-                     setting("Invert", kADCSettingInteger, "Inverted", "Инвертировать")};
+                     setting("Invert", kADCSettingInteger, "Inverted", "Инвертировать"),
+                     setting("Pause", kADCSettingInteger, "Time to open, ms", "Время открытия, мс")};
         at("Label").m_sValue[0] = 'A';
         at("Channels").m_fMinimum = 1;
         at("Channels").m_fMaximum = 16;
@@ -60,11 +63,16 @@ public:
         put(at("Asks").m_sValue, "0");
         at("Invert").m_fMaximum = 1;
         put(at("Invert").m_sValue, "0");
+        at("Pause").m_fMaximum = 1000;
+        put(at("Pause").m_sValue, "0");
     }
 
     void* TARNO2_CALL QueryInterface(const char* /*name*/) override { return nullptr; }
     void TARNO2_CALL Release() override { delete this; }
-    int32_t TARNO2_CALL SelectBoard(uint32_t number) override { return number == 1 ? 1 : 0; }
+    int32_t TARNO2_CALL SelectBoard(uint32_t number) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::atoi(at("Pause").m_sValue)));
+        return number == 1 ? 1 : 0;
+    }
     int32_t TARNO2_CALL CloseBoard() override { return 1; }
     int32_t TARNO2_CALL Setup(int32_t /*apply*/, void* /*block*/, int32_t /*zero*/) override { return 0; }
     int32_t TARNO2_CALL Start() override { return 0; }
