@@ -11,15 +11,6 @@
 namespace tarno2::test {
 namespace {
 
-TEST(RecordingProgress, WithoutAnEndHasNeitherPercentNorRemainder) {
-    RecordingProgress progress;
-    progress.begin(StopRule::Manual, 0.0, 0, 5000);
-    const RecordingFigures figures = progress.update(1000, 7500);
-    EXPECT_EQ(figures.elapsedSeconds, 2U);
-    EXPECT_FALSE(figures.percent);
-    EXPECT_FALSE(figures.remainingSeconds);
-}
-
 TEST(RecordingProgress, ASteadyStreamHasASteadyRateHoweverLongItsBlocksAre) {
     for (const uint64_t period : {40U, 333U, 1250U, 10000U}) {
         RecordingProgress progress;

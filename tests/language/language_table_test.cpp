@@ -119,14 +119,5 @@ TEST(LanguageTable, UnderlinesEachLetterOnceInAMenu) {
     }
 }
 
-TEST(LanguageTable, NamesFollowTheProgramsLanguage) {
-    const uint16_t before = languageTable().selected();
-    languageTable().select(kLanguageEnglish);
-    EXPECT_EQ(text(TextId::PacketModeOneChannel), "Enabled packet mode, but channels count = 1.");
-    languageTable().select(0);
-    EXPECT_EQ(text(TextId::PacketModeOneChannel), "");
-    languageTable().select(before);
-}
-
 }  // namespace
 }  // namespace tarno2

@@ -1,5 +1,7 @@
 #include "tests/support/process.h"
 
+#include <gtest/gtest.h>
+
 #if defined(_WIN32)
 #include <windows.h>
 #else
@@ -48,6 +50,8 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info) != 0) {
         handle_ = info.hProcess;
         CloseHandle(info.hThread);
+    } else {
+        ADD_FAILURE() << line << ": error " << GetLastError();
     }
     CloseHandle(out);
 }

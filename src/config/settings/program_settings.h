@@ -18,6 +18,8 @@ struct WindowPlace {
     int32_t top = 100;
     int32_t width = 900;
     int32_t height = 600;
+
+    friend bool operator==(const WindowPlace&, const WindowPlace&) = default;
 };
 
 /// One row of the channel table.
