@@ -338,7 +338,7 @@ void DriverCheck::measureRate() {
 uint64_t DriverCheck::fetch() {
     uint64_t written = 0;
     static_cast<void>(device_.get(kADCGetSamplesWritten, written));
-    const uint32_t offset = static_cast<uint32_t>(position_ % ring_.m_nRingSize);
+    const auto offset = static_cast<uint32_t>(position_ % ring_.m_nRingSize);
     const uint64_t unread = written - std::min(written, position_);
     const uint64_t count = std::min<uint64_t>(unread, ring_.m_nRingSize - offset) / channels_ * channels_;
     if (count > 0 &&
