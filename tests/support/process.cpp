@@ -47,12 +47,14 @@ ChildProcess::ChildProcess(const std::string& program, const std::vector<std::st
     start.hStdOutput = out;
     start.hStdError = out;
     PROCESS_INFORMATION info{};
-    if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info) != 0) {
-        handle_ = info.hProcess;
-        CloseHandle(info.hThread);
-    } else {
-        ADD_FAILURE() << line << ": error " << GetLastError();
+    // Wine loses a new process now and then before any of the program has run, and gives no other reason.
+    bool made = false;
+    for (int i = 0; !made && i < 3 && (i == 0 || GetLastError() == ERROR_INTERNAL_ERROR); ++i) {
+        made = CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &start, &info) != 0;
     }
+    EXPECT_TRUE(made) << line << ": error " << GetLastError();
+    handle_ = info.hProcess;
+    CloseHandle(info.hThread);
     CloseHandle(out);
 }
 
