@@ -30,6 +30,12 @@ struct LocalTime {
 /// Nanoseconds of a clock that never goes back; its zero is arbitrary. Any thread.
 [[nodiscard]] uint64_t monotonicNanoseconds();
 
+/// Microseconds since 1970-01-01T00:00:00Z by the system's clock, which may be set at any time. Any thread.
+[[nodiscard]] int64_t utcMicroseconds();
+
+/// By how many minutes local time was ahead of UTC at that moment (microseconds since 1970). Any thread.
+[[nodiscard]] int32_t utcOffsetMinutes(int64_t utc);
+
 /// Gives the processor away for at least so many milliseconds.
 void sleepMilliseconds(uint32_t milliseconds);
 

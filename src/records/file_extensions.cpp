@@ -9,8 +9,8 @@ namespace tarno2 {
 
 namespace {
 
-constexpr std::array kOtherExtensions = {kDescriptionExtension, kLossExtension, kJournalExtension,
-                                         kEarlierJournalExtension};
+constexpr std::array kOtherExtensions = {kDescriptionExtension, kLossExtension,    kPassportExtension,
+                                         kChecksumExtension,    kJournalExtension, kEarlierJournalExtension};
 
 }  // namespace
 

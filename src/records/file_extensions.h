@@ -8,6 +8,9 @@ namespace tarno2 {
 inline constexpr std::string_view kDataExtension = ".dat";  ///< unless another was chosen
 inline constexpr std::string_view kDescriptionExtension = ".txt";
 inline constexpr std::string_view kLossExtension = ".log";
+inline constexpr std::string_view kPassportExtension = ".json";
+inline constexpr std::string_view kMarksEnding = ".marks.csv";  ///< ends in a "." of its own: it is no extension
+inline constexpr std::string_view kChecksumExtension = ".sha256";
 inline constexpr std::string_view kJournalExtension = ".tarno2-journal";
 inline constexpr std::string_view kEarlierJournalExtension = ".journal";  ///< of earlier versions; only read
 

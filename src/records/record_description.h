@@ -30,6 +30,8 @@ struct SynchroEvent {
     int32_t condition = 0;    ///< 0 leading edge, 1 falling edge
     int32_t channel = 0;      ///< position of the channel in the frame, or the port's bit
     double value = 0.0;       ///< threshold as typed
+    /// The frame that triggered, in the stream that the board gave. A description does not tell it.
+    uint64_t streamFrame = 0;
 };
 
 /// Collects what a later reader has to know of one data file and writes the description beside it.

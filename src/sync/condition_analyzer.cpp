@@ -206,10 +206,12 @@ int32_t ConditionAnalyzer::synchronise(const Block<Width>& block, bool packed, O
     const Condition<Width> trigger = triggerCondition<Width>(block.channels, packed);
     if (holding_) {
         std::memcpy(held_.data() + frameBytes, block.words, frameBytes);
+        consumeFrom_ = blockStart_ - 1;
         // A record without history leaves the frame that triggered it to the next record.
         holding_ = consume<Width>({reinterpret_cast<const Word*>(held_.data()), block.channels, 1}, trigger,
                                   2 * block.channels) == 0;
     }
+    consumeFrom_ = blockStart_;
     const size_t frames = event_.complete() ? 0 : consume<Width>(block, trigger, block.size());
     if (event_.complete()) {
         addEvent();
@@ -271,6 +273,7 @@ bool ConditionAnalyzer::search(const Block<Width>& block, const Condition<Width>
     frame = stop;
     if (found) {
         event_.trigger();
+        triggerFrame_ = consumeFrom_ + frame;
     }
     return found;
 }
@@ -282,6 +285,7 @@ void ConditionAnalyzer::addEvent() {
     event.point = eventCount_ * prehistory_;
     event.prehistory = prehistory_;
     event.history = history_;
+    event.streamFrame = triggerFrame_;
     if (settings_.synchroOnAnalog) {
         event.mode = 0;
         event.condition = settings_.SynchroAnalogMode;
@@ -329,6 +333,7 @@ int32_t ConditionAnalyzer::call(const typename Width::Word* samples, size_t samp
             output = {samples, sampleCount};
         } else if (block.frames > 0) {
             result = synchronise<Width>(block, packed, output);
+            blockStart_ += samplesTaken_ / channels;
         }
     } catch (const std::bad_alloc&) {
         events_.clear();

@@ -88,6 +88,9 @@ private:
     bool previousKnown_ = false;   ///< not at the beginning, and not behind frames that were copied
     std::vector<std::byte> held_;  ///< two frames: one whose sample is the next block's, and that block's first
     bool holding_ = false;
+    uint64_t blockStart_ = 0;    ///< frame of the stream that the block begins with
+    uint64_t consumeFrom_ = 0;   ///< the one that `consume` begins with
+    uint64_t triggerFrame_ = 0;  ///< that triggered the record being gathered
     uint64_t eventCount_ = 0;
     bool recordInBlock_ = false;  ///< one became complete in the block of which a rest is awaited
     EventBuffer event_;

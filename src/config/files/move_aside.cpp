@@ -35,6 +35,9 @@ std::vector<Renaming> filesOf(const RecordingName& name, const RecordingName& ne
         files.push_back({name.description(k), newName.description(k)});
     }
     files.push_back({name.losses(), newName.losses()});
+    files.push_back({name.passport(), newName.passport()});
+    files.push_back({name.marks(), newName.marks()});
+    files.push_back({name.checksums(), newName.checksums()});
     std::erase_if(files, [&error](const Renaming& file) {
         bool found = false;
         const OsError looked = findFile(file.from, found);

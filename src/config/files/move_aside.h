@@ -21,9 +21,9 @@ struct MovedAside {
 /// Whether a recording has left anything that `moveAside` would move.
 [[nodiscard]] bool hasFilesToMove(const RecordingName& name);
 
-/// Renames what a recording has left (data files and descriptions of all pieces, list of losses) to `name.old(n)`: all
-/// of it or, after a failure, nothing. It fails when another program is writing one of them. What an interrupted move
-/// has left is moved when it is done again with the same n.
+/// Renames what a recording has left (data files and descriptions of all pieces, lists of losses and marks, passport,
+/// checksums) to `name.old(n)`: all of it or, after a failure, nothing. It fails when another program is writing one of
+/// them. What an interrupted move has left is moved when it is done again with the same n.
 [[nodiscard]] MovedAside moveAside(const RecordingName& name, uint32_t n);
 
 }  // namespace tarno2

@@ -106,6 +106,18 @@ std::string RecordingName::losses() const {
     return base().append(kLossExtension);
 }
 
+std::string RecordingName::passport() const {
+    return base().append(kPassportExtension);
+}
+
+std::string RecordingName::marks() const {
+    return base().append(kMarksEnding);
+}
+
+std::string RecordingName::checksums() const {
+    return base().append(kChecksumExtension);
+}
+
 RecordingName RecordingName::old(uint32_t n) const {
     RecordingName name;
     name.data_ = base() + formatText("_old%u", n);

@@ -15,6 +15,9 @@ namespace tarno2 {
 ///     <base>.txt         <base>_<k>.txt          the description of each
 ///     <base>.tarno2-journal                      while the recording is not finished
 ///     <base>.log                                 what was lost
+///     <base>.json                                the passport: everything that is known of it
+///     <base>.marks.csv                           what was marked
+///     <base>.sha256                              checksums of the data files
 ///
 /// A value that knows names alone: which of the files are there only the disk tells. Letters' case is ignored where
 /// names are compared, for a disk may do so; who must know asks the disk.
@@ -50,6 +53,10 @@ public:
     [[nodiscard]] std::string earlierJournal() const;
     /// The list of what was lost.
     [[nodiscard]] std::string losses() const;
+    [[nodiscard]] std::string passport() const;
+    /// The list of marks.
+    [[nodiscard]] std::string marks() const;
+    [[nodiscard]] std::string checksums() const;
 
     /// "<base>_old<n><extension>": what this recording is called once it has made way for another one.
     [[nodiscard]] RecordingName old(uint32_t n) const;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/storage/cache_pool.h"
@@ -62,6 +63,8 @@ public:
     /// Where a block of `size` bytes may be put so that the next `Write`, given this place, need not copy it; null when
     /// such a block does not fit in the current cache.
     [[nodiscard]] std::byte* room(uint64_t size) { return pool_.room(size); }
+    /// How the recording ended, for its passport; before `Close`.
+    void setEnd(PassportEnd end) { disk_.setEnd(std::move(end)); }
     /// Writes what is left in memory, then the description; closes the files and deletes one without samples.
     /// False when something did not reach the disk.
     bool Close();

@@ -34,7 +34,7 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
         margin_.watch(parentFolder(setup.fileName), setup.bytesPerSecond);
     }
     if (!pieces_.begin(0)) {
-        static_cast<void>(pieces_.finish());
+        static_cast<void>(pieces_.finish(0));
         return false;
     }
     reader_.pieceBegins(0);
@@ -42,7 +42,7 @@ bool DiskThread::start(const WriterSetup& setup, RecordDescription& description,
     if (!closed_.valid() || !thread_.create([this] { run(); })) {
         DEBUG_LOG("!!!!! The disk thread could not be made");
         static_cast<void>(pieces_.end());
-        static_cast<void>(pieces_.finish());
+        static_cast<void>(pieces_.finish(0));
         return false;
     }
     thread_.resume();
@@ -93,7 +93,8 @@ void DiskThread::run() noexcept {
             }
         }
         const bool ended = pieces_.end();
-        if (!pieces_.finish() || !ended) {
+        pieces_.setEnd(std::move(end_));
+        if (!pieces_.finish(pool_.filled()) || !ended) {
             fail();
         }
     } catch (...) {

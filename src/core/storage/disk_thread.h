@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "core/storage/cache_pool.h"
 #include "core/storage/disk_margin.h"
@@ -40,6 +41,8 @@ public:
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
     /// When the first of them came.
     void setCreateTime(const LocalTime& time);
+    /// How the recording ended, for its passport; before `close`.
+    void setEnd(PassportEnd end) { end_ = std::move(end); }
 
     /// Writes everything that is in the pool, ends the last piece and waits for it. Nothing may be appended any more.
     void close();
@@ -87,6 +90,7 @@ private:
     std::atomic<bool> failed_{false};
     std::atomic<bool> nearlyFull_{false};
     std::atomic<uint32_t> extraFiles_{0};
+    PassportEnd end_;  ///< the thread's once it is closing
 
     // Of the thread, once it runs.
     PieceWriter pieces_;

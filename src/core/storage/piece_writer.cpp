@@ -28,6 +28,7 @@ void PieceWriter::open(const WriterSetup& setup, RecordDescription& description,
     description_ = &description;
     journal_ = &journal;
     state_ = setup.journalState();
+    passport_.open(setup.fileName, setup.passport);
 }
 
 OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
@@ -53,7 +54,15 @@ bool PieceWriter::begin(uint32_t number) {
     if (!setup_->facts.describe(*description_)) {
         return fail("!!!!! What describes \"%s\" could not be kept: %s", "no memory");
     }
-    return beginFile(number);
+    if (!beginFile(number)) {
+        return false;
+    }
+    if (number == 0) {
+        if (const std::string problem = passport_.begin(); !problem.empty()) {
+            notice(problem);
+        }
+    }
+    return true;
 }
 
 bool PieceWriter::beginFile(uint32_t number) {
@@ -142,6 +151,9 @@ bool PieceWriter::closeFile() {
     } else {
         savedBytes_ += fileBytes_;
         ++savedFiles_;
+        const uint64_t record = state_.piece->recordBytes;
+        passport_.addPiece(current_.name, fileBytes_, setup_->frameBytes(),
+                           record == 0 ? 0 : (fileBytes_ + record - 1) / record);
         if (!unfinished_.describe(current_.name, fileBytes_, state_, *description_)) {
             listUndescribed();
         }
@@ -263,8 +275,19 @@ void PieceWriter::dropPrepared() {
     }
 }
 
-bool PieceWriter::finish() {
+void PieceWriter::finishPassport(uint64_t accepted) {
+    if (!problem_.empty()) {
+        const uint64_t lost = (accepted - std::min(writtenBytes_, accepted)) / setup_->sampleWidth;
+        passport_.setDiskFailure(problem_, {"disk", writtenBytes_ / setup_->sampleWidth, lost});
+    }
+    if (const std::string problem = passport_.finish(); !problem.empty()) {
+        notice(problem);
+    }
+}
+
+bool PieceWriter::finish(uint64_t accepted) {
     dropPrepared();
+    finishPassport(accepted);
     for (const std::string& problem : unfinished_.removeLate()) {
         notice(problem);
     }
@@ -301,6 +324,7 @@ void PieceWriter::addEvent(const SynchroEvent& event, uint64_t recordBytes) {
         journalIsOld_ = true;
     }
     ++events_;
+    passport_.addTrigger(event.streamFrame);
     if (!description_->addSynchroEvent(event)) {
         notice(formatText("The description of \"%s\" lacks an event: no memory", current_.name.c_str()));
     }

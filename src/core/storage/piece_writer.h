@@ -5,7 +5,9 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
+#include "core/storage/passport_file.h"
 #include "core/storage/recording_journal.h"
 #include "core/storage/unfinished_files.h"
 #include "core/storage/writer_setup.h"
@@ -51,9 +53,12 @@ public:
     /// Makes the file of the next piece ahead of time once at most `left` bytes fit in this one. Failures count when
     /// the piece is begun.
     void prepareNext(uint64_t left);
-    /// After the last piece: removes a file that was made ahead of time and not used, and the journal. False when a
-    /// file could not be described: the journal stays then, so that it can be done later.
-    [[nodiscard]] bool finish();
+    /// How the recording ended, for its passport; before `finish`.
+    void setEnd(PassportEnd end) { passport_.setEnd(std::move(end)); }
+    /// After the last piece: completes the passport, removes a file that was made ahead of time and not used, and the
+    /// journal. False when a file could not be described: the journal stays then, so that it can be done later.
+    /// `accepted`: bytes of the stream that were to be written.
+    [[nodiscard]] bool finish(uint64_t accepted);
 
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
     /// When the first sample of the current piece came.
@@ -87,6 +92,7 @@ private:
     void listUndescribed();
     void updateJournal();
     void dropPrepared();
+    void finishPassport(uint64_t accepted);
 
     const WriterSetup* setup_ = nullptr;
     RecordDescription* description_ = nullptr;
@@ -104,6 +110,7 @@ private:
     RecordingJournal* journal_ = nullptr;
     bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
     UnfinishedFiles unfinished_;
+    PassportFile passport_;
     std::string problem_;
     std::string notice_;
 };

@@ -11,6 +11,7 @@
 #include "config/files/file_naming.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
+#include "core/storage/passport_file.h"
 #include "core/storage/recovery_files.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
@@ -193,6 +194,9 @@ std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {
     const FinishedFiles files = finishFiles(journal);
     if (!files.problem.empty()) {
         return failed(dataName, files.problem);
+    }
+    if (const std::string problem = completePassport(journal); !problem.empty()) {
+        DEBUG_LOG("!!!!! %s", problem.c_str());
     }
     if (!journal.state().piece) {
         return std::nullopt;

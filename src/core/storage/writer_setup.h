@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "core/storage/data_file.h"
 #include "platform/memory.h"
 #include "records/journal_text.h"
+#include "records/passport.h"
 #include "records/recording_facts.h"
 
 namespace tarno2 {
@@ -20,6 +22,7 @@ struct WriterSetup {
     uint64_t pieceBytes = 0;      ///< size of a piece, cut down to whole frames; 0: one file
     double bytesPerSecond = 0.0;  ///< of the kept stream; 0: not known
     RecordingFacts facts;
+    std::optional<Passport> passport;  ///< what it tells before the first sample; nothing: none is made
 
     uint64_t bufferBytes = 0;       ///< memory for what waits for the disk; a few caches are had in any case
     uint32_t longestWaitMs = 1000;  ///< after so long at most data are on their way to the disk

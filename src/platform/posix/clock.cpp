@@ -8,6 +8,8 @@ namespace tarno2 {
 namespace {
 
 constexpr int64_t kMillisecondsPerSecond = 1000;
+constexpr int64_t kMicrosecondsPerSecond = 1'000'000;
+constexpr long kNanosecondsPerMicrosecond = 1000;
 
 }  // namespace
 
@@ -41,6 +43,19 @@ uint64_t monotonicNanoseconds() {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     return static_cast<uint64_t>(now.tv_sec) * kNanosecondsPerSecond + static_cast<uint64_t>(now.tv_nsec);
+}
+
+int64_t utcMicroseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return int64_t{now.tv_sec} * kMicrosecondsPerSecond + now.tv_nsec / kNanosecondsPerMicrosecond;
+}
+
+int32_t utcOffsetMinutes(int64_t utc) {
+    const auto seconds = static_cast<time_t>(utc / kMicrosecondsPerSecond);
+    tm parts{};
+    localtime_r(&seconds, &parts);
+    return static_cast<int32_t>(parts.tm_gmtoff / 60);
 }
 
 void sleepMilliseconds(uint32_t milliseconds) {

@@ -1,6 +1,7 @@
 #include "platform/clock.h"
 
 #include <algorithm>
+#include <cmath>
 #include <windows.h>
 
 namespace tarno2 {
@@ -8,6 +9,18 @@ namespace tarno2 {
 namespace {
 
 constexpr uint64_t kTicksPerMillisecond = 10'000;  // a FILETIME counts 100 ns
+constexpr int64_t kTicksPerMicrosecond = 10;
+constexpr double kTicksPerMinute = 600'000'000.0;
+constexpr int64_t kTicksTo1970 = 116'444'736'000'000'000;  // a FILETIME begins in 1601
+
+int64_t ticksOf(const FILETIME& time) {
+    return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32U | time.dwLowDateTime);
+}
+
+FILETIME fileTimeOf(int64_t ticks) {
+    const auto bits = static_cast<uint64_t>(ticks);
+    return {static_cast<DWORD>(bits), static_cast<DWORD>(bits >> 32U)};
+}
 
 uint64_t counterFrequency() {
     LARGE_INTEGER frequency{};
@@ -44,6 +57,24 @@ uint64_t monotonicNanoseconds() {
     const auto count = static_cast<uint64_t>(counter.QuadPart);
     // Whole seconds apart, so that the product stays in 64 bits.
     return count / frequency * kNanosecondsPerSecond + count % frequency * kNanosecondsPerSecond / frequency;
+}
+
+int64_t utcMicroseconds() {
+    FILETIME time{};
+    GetSystemTimePreciseAsFileTime(&time);
+    return (ticksOf(time) - kTicksTo1970) / kTicksPerMicrosecond;
+}
+
+int32_t utcOffsetMinutes(int64_t utc) {
+    const FILETIME time = fileTimeOf(utc * kTicksPerMicrosecond + kTicksTo1970);
+    SYSTEMTIME universal{};
+    SYSTEMTIME local{};
+    FILETIME localTime{};
+    FileTimeToSystemTime(&time, &universal);
+    SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local);
+    SystemTimeToFileTime(&local, &localTime);
+    // The calendar drops what is below a millisecond.
+    return static_cast<int32_t>(std::lround(static_cast<double>(ticksOf(localTime) - ticksOf(time)) / kTicksPerMinute));
 }
 
 void sleepMilliseconds(uint32_t milliseconds) {

@@ -14,4 +14,12 @@ std::string utf16ToSystem(std::u16string_view utf16) {
     return text;
 }
 
+std::string systemToUtf8(const std::string& text) {
+    const int bytes = static_cast<int>(text.size());
+    const int units = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+    std::wstring wide(static_cast<size_t>(units), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), units);
+    return utf16ToUtf8(std::u16string(wide.begin(), wide.end()));
+}
+
 }  // namespace tarno2

@@ -1,0 +1,120 @@
+#include "core/storage/passport_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "config/files/recording_name.h"
+#include "core/storage/recovery_files.h"
+#include "platform/clock.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+#include "platform/utf.h"
+#include "records/passport_keys.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint64_t kLongestPassport = uint64_t{1} << 30;
+
+std::string inWords(const std::string& name, const OsError& error) {
+    return "\"" + name + "\" could not be written: " + error.text();
+}
+
+uint64_t recordsIn(uint64_t frames, uint32_t recordFrames) {
+    return recordFrames == 0 ? 0 : (frames + recordFrames - 1) / recordFrames;
+}
+
+}  // namespace
+
+void PassportFile::open(const std::string& dataName, std::optional<Passport> known) {
+    name_ = RecordingName(dataName).passport();
+    passport_ = std::move(known);
+    if (passport_) {
+        passport_->state = Passport::State::Recording;
+    }
+}
+
+std::string PassportFile::begin() const {
+    return passport_ ? write() : std::string();
+}
+
+std::string PassportFile::write() const {
+    const OsError error = replaceWholeFile(name_, passportText(*passport_));
+    return error.ok() ? std::string() : inWords(name_, error);
+}
+
+void PassportFile::addPiece(const std::string& name, uint64_t bytes, uint64_t frameBytes, uint64_t records) {
+    if (passport_) {
+        passport_->pieces.push_back({systemToUtf8(fileNameOf(name)), bytes / frameBytes, bytes, records, {}});
+    }
+}
+
+void PassportFile::addTrigger(uint64_t streamFrame) {
+    if (passport_ && passport_->triggers.size() < kMostPassportTriggers) {
+        passport_->triggers.push_back(streamFrame);
+    }
+}
+
+void PassportFile::setEnd(PassportEnd end) {
+    if (passport_) {
+        passport_->end = std::move(end);
+    }
+}
+
+void PassportFile::setDiskFailure(const std::string& words, const PassportLoss& loss) {
+    if (passport_) {
+        passport_->end.reason = "write error";
+        passport_->end.words = words;
+        if (loss.count > 0) {
+            passport_->end.losses.push_back(loss);
+        }
+    }
+}
+
+std::string PassportFile::finish() {
+    if (!passport_) {
+        return {};
+    }
+    if (passport_->pieces.empty()) {
+        const OsError error = fileExists(name_) ? removeFile(name_) : OsError();
+        return error.ok() ? std::string() : "\"" + name_ + "\" could not be removed: " + error.text();
+    }
+    passport_->state = Passport::State::Complete;
+    passport_->triggers.resize(std::min<uint64_t>(passport_->triggers.size(), passport_->records()));
+    return write();
+}
+
+std::string completePassport(const RecordingJournal& journal) {
+    const RecordingName name(dataNameOf(journal));
+    if (!plainFileSize(name.passport())) {
+        return {};
+    }
+    std::string contents;
+    std::string problem;
+    if (const OsError error = readWholeFile(name.passport(), kLongestPassport, FileShare::Read, contents);
+        !error.ok()) {
+        return "\"" + name.passport() + "\" could not be read: " + error.text();
+    }
+    auto passport = readPassport(contents, problem);
+    if (!passport || passport->state != Passport::State::Recording) {
+        return {};
+    }
+    const uint64_t frameBytes = journal.state().frameBytes();
+    const uint32_t last = journal.state().piece ? journal.state().piece->number : 0;
+    for (uint32_t k = 0; k <= last; ++k) {
+        const uint64_t bytes = plainFileSize(name.piece(k)).value_or(0);
+        const uint64_t frames = bytes / frameBytes;
+        if (frames > 0) {
+            passport->pieces.push_back({systemToUtf8(fileNameOf(name.piece(k))), frames, bytes,
+                                        recordsIn(frames, passport->recordFrames()), {}});
+        }
+    }
+    passport->state = Passport::State::Recovered;
+    passport->end = {utcMicroseconds(), "cut off", {}, {}, {}};
+    const OsError error = passport->pieces.empty() ? removeFile(name.passport())
+                                                   : replaceWholeFile(name.passport(), passportText(*passport));
+    return error.ok() ? std::string() : inWords(name.passport(), error);
+}
+
+}  // namespace tarno2
