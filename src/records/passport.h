@@ -60,11 +60,11 @@ struct PassportRate {
 
 /// One condition of the synchronisation.
 struct PassportCondition {
-    std::string role;         ///< "start", "write", "stop", "trigger"
-    int32_t channel = -1;     ///< position in the frame; -1: a line of the port is asked
-    int32_t line = -1;        ///< -1: a channel is asked
-    std::string when;         ///< "above", "below", "rises", "falls", "high", "low"
-    double threshold = 0.0;   ///< volts, of a channel
+    std::string role;        ///< "start", "write", "stop", "trigger"
+    int32_t channel = -1;    ///< position in the frame; -1: a line of the port is asked
+    int32_t line = -1;       ///< -1: a channel is asked
+    std::string when;        ///< "above", "below", "rises", "falls", "high", "low"
+    double threshold = 0.0;  ///< volts, of a channel
 };
 
 struct PassportSynchronisation {
@@ -92,7 +92,9 @@ struct PassportLoss {
 };
 
 struct PassportEnd {
-    int64_t utc = 0;     ///< microseconds since 1970
+    int64_t begun =
+        0;            ///< when the first frame came, microseconds since 1970; 0: the passport told it when it was begun
+    int64_t utc = 0;  ///< microseconds since 1970
     std::string reason;  ///< "user", "time", "size", ... as docs/formats.md lists them
     std::string words;   ///< what else is known; may be empty
     std::vector<PassportLoss> losses;
@@ -113,8 +115,8 @@ struct Passport {
     std::string board;
     std::string computer;
     std::string comment;
-    int64_t start = 0;             ///< microseconds since 1970
-    int32_t startOffset = 0;       ///< minutes east of Greenwich, where it was recorded
+    int64_t start = 0;        ///< microseconds since 1970
+    int32_t startOffset = 0;  ///< minutes east of Greenwich, where it was recorded
     PassportRate rate;
     PassportSample sample;
     std::vector<PassportChannel> channels;

@@ -40,7 +40,8 @@ public:
             if (value.is_number()) {
                 return value.get<Number>();
             }
-        } else if (value.is_number_unsigned() && value.get<uint64_t>() <= uint64_t{std::numeric_limits<Number>::max()}) {
+        } else if (value.is_number_unsigned() &&
+                   value.get<uint64_t>() <= uint64_t{std::numeric_limits<Number>::max()}) {
             return value.get<Number>();
         } else if (value.is_number_integer() && !value.is_number_unsigned() &&
                    value.get<int64_t>() >= int64_t{std::numeric_limits<Number>::min()}) {
@@ -50,7 +51,8 @@ public:
     }
     bool flag(const char* key) const {
         const Json& value = at(key);
-        return value.is_boolean() ? value.get<bool>() : throw Unreadable{name_ + '.' + key + " is neither true nor false"};
+        return value.is_boolean() ? value.get<bool>()
+                                  : throw Unreadable{name_ + '.' + key + " is neither true nor false"};
     }
     std::string text(const char* key) const {
         const Json& value = at(key);

@@ -39,8 +39,8 @@ Json sampleOf(const PassportSample& sample) {
 }
 
 Json channelOf(const PassportChannel& channel) {
-    return {{"number", channel.number}, {"name", channel.name},     {"unit", channel.unit},
-            {"gain", channel.gain},     {"upper", channel.upper},   {"lower", channel.lower},
+    return {{"number", channel.number}, {"name", channel.name},    {"unit", channel.unit},
+            {"gain", channel.gain},     {"upper", channel.upper},  {"lower", channel.lower},
             {"factor", channel.factor}, {"offset", channel.offset}};
 }
 
@@ -132,18 +132,18 @@ Json lossesOf(const std::vector<PassportLoss>& losses) {
 
 std::string passportText(const Passport& passport) {
     const bool records = passport.recordFrames() != 0;
-    Json json = {{"format", kPassportFormat},
-                 {"formatVersion", kPassportVersion},
-                 {"state", kPassportStates[static_cast<size_t>(passport.state)]},
-                 {"program", {{"name", "Tarno2"}, {"version", passport.version}}},
-                 {"driver", passport.driver},
-                 {"board", passport.board},
-                 {"computer", passport.computer},
-                 {"comment", passport.comment},
-                 {"start",
-                  {{"local", localTimeText(passport.start, passport.startOffset)}, {"utc", utcText(passport.start)}}},
-                 {"rate", rateOf(passport.rate)},
-                 {"sample", sampleOf(passport.sample)}};
+    Json json = {
+        {"format", kPassportFormat},
+        {"formatVersion", kPassportVersion},
+        {"state", kPassportStates[static_cast<size_t>(passport.state)]},
+        {"program", {{"name", "Tarno2"}, {"version", passport.version}}},
+        {"driver", passport.driver},
+        {"board", passport.board},
+        {"computer", passport.computer},
+        {"comment", passport.comment},
+        {"start", {{"local", localTimeText(passport.start, passport.startOffset)}, {"utc", utcText(passport.start)}}},
+        {"rate", rateOf(passport.rate)},
+        {"sample", sampleOf(passport.sample)}};
     json["channels"] = Json::array();
     for (const PassportChannel& channel : passport.channels) {
         json["channels"].push_back(channelOf(channel));

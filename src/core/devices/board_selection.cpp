@@ -129,6 +129,7 @@ bool BoardSelection::BaseBoxChange(uint32_t number) {
     anyBoard_ = false;
     const auto board = std::ranges::find(boards_, number, [](const ADCBoardEntry& entry) { return entry.m_nNumber; });
     boardName_ = board == boards_.end() ? std::string() : nameBehindNumber(*board);
+    driver_.setBoardName(boardName_);
     if (!driver_.selectBoard(number, problem_)) {
         DEBUG_LOG("!!!! Board 0x%x can't be used: %s", number, problem_.c_str());
         return false;

@@ -41,6 +41,9 @@ public:
     void FREE();
 
     [[nodiscard]] const std::string& name() const { return name_; }
+    /// Of the chosen board, as the driver's list has it; empty while nobody has told.
+    [[nodiscard]] const std::string& boardName() const { return boardName_; }
+    void setBoardName(const std::string& name) { boardName_ = name; }
     /// Why the loaded driver can't use its settings file, for the log; empty when it can, or has none.
     [[nodiscard]] const std::string& settingsProblem() const { return settingsProblem_; }
     [[nodiscard]] Device& device() { return device_; }
@@ -75,6 +78,7 @@ private:
     Library library_;
     Device device_;
     std::string name_;
+    std::string boardName_;
     std::string settingsProblem_;
     std::string setupProblem_;
     BoardFacts facts_;

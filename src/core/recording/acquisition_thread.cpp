@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "config/logs/debug_log.h"
+#include "core/recording/passport_facts.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
 
@@ -125,6 +126,7 @@ bool AcquisitionThread::startBoard() {
         fail(ErrorDetail::Start, driver_.device().lastError());
         return false;
     }
+    begunAt_ = utcMicroseconds();
     uint64_t written = 0;
     counts_ = driver_.device().get(kADCGetSamplesWritten, written);
     startAwaited_ = board_.settings.externalStart;
@@ -167,6 +169,8 @@ void AcquisitionThread::fail(ErrorDetail detail, const std::string& problem) {
 
 void AcquisitionThread::closeFiles() {
     bool saved = false;
+    decideCode();
+    tellPassport();
     try {
         saved = board_.writer().Close();
     } catch (...) {
@@ -179,14 +183,28 @@ void AcquisitionThread::closeFiles() {
     }
 }
 
-void AcquisitionThread::completeReport(bool saved) {
-    report_.bytes = board_.writer().savedBytes();
-    report_.files = board_.writer().savedFiles();
-    report_.events = link_.eventCount();
+void AcquisitionThread::decideCode() {
     if (report_.code == StopCode::Running) {
         report_.code = unplugged_ && result_ >= kGoOn ? StopCode::Unplug : stopCodeOf(result_);
     }
     report_.diskNearlyFull = report_.code == StopCode::StopMeasuring && board_.writer().diskNearlyFull();
+}
+
+void AcquisitionThread::tellPassport() {
+    try {
+        PassportEnd end = passportEnd(report_, link_.outsideEnd());
+        end.begun = begunAt_;
+        end.clock.assign(clock_.pairs().begin(), clock_.pairs().end());
+        board_.writer().setEnd(std::move(end));
+    } catch (const std::bad_alloc&) {
+        DEBUG_LOG("!!!!! No memory for the passport");
+    }
+}
+
+void AcquisitionThread::completeReport(bool saved) {
+    report_.bytes = board_.writer().savedBytes();
+    report_.files = board_.writer().savedFiles();
+    report_.events = link_.eventCount();
     if (!saved && (report_.code == StopCode::User || report_.code == StopCode::StopMeasuring ||
                    report_.code == StopCode::SourceEnd)) {
         report_.code = StopCode::WriteError;

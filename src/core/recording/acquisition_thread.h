@@ -14,6 +14,7 @@
 #include "core/recording/ring_reader.h"
 #include "core/recording/session_link.h"
 #include "core/recording/stop_code.h"
+#include "records/clock_pairs.h"
 
 namespace tarno2 {
 
@@ -52,6 +53,7 @@ private:
     [[nodiscard]] WaitPlan waitPlan() const;
     void updatePositions();
     void askCount();
+    void noteClock(bool last);
     void askEnd();
     void readHalves();
     void readCounted();
@@ -74,6 +76,8 @@ private:
     void fail(ErrorDetail detail);
     void fail(ErrorDetail detail, const std::string& problem);
     void closeFiles();
+    void decideCode();
+    void tellPassport();
     void completeReport(bool saved);
     bool notify();
     void notifyProgress();
@@ -106,6 +110,8 @@ private:
     std::optional<ADCStreamEnd> end_;  ///< the board's stream has ended by itself
     std::string endWords_;             ///< of the driver, why
     DiskWatch diskWatch_;
+    ClockPairs clock_;
+    int64_t begunAt_ = 0;  ///< microseconds since 1970
     RecordingResult report_;
 };
 

@@ -77,6 +77,7 @@ void AcquisitionThread::updatePositions() {
     ring_->halvesFilled(halves);
     askCount();
     askEnd();
+    noteClock(false);
     const auto load = static_cast<uint32_t>(std::min(ring_->load(), 1000.0) * 1000.0);
     if (load > link_.worstLoad()) {
         link_.setWorstLoad(load);
@@ -89,6 +90,15 @@ void AcquisitionThread::askCount() {
     countAnswered_ = counts_ && driver_.device().get(kADCGetSamplesWritten, written);
     if (countAnswered_) {
         ring_->samplesWritten(written);
+    }
+}
+
+// The newest frame that the board is known to have given, as close to the moment as the driver tells it. Nothing
+// follows from the count of a source that has ended.
+void AcquisitionThread::noteClock(bool last) {
+    const uint64_t now = monotonicNanoseconds();
+    if (!end_ && (last || clock_.isDue(now))) {
+        clock_.add({ring_->written() / board_.settings.channelCount() / board_.decimation, now, utcMicroseconds()});
     }
 }
 
@@ -235,7 +245,9 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     int32_t result = kGoOn;
     if (!block.empty()) {
         if (!begun_ && board_.settings.externalStart) {
-            board_.writer().setCreateTime(localTime(board_.writer().millisecondsOf(block.size())));
+            const uint64_t ago = board_.writer().millisecondsOf(block.size());
+            board_.writer().setCreateTime(localTime(ago));
+            begunAt_ = utcMicroseconds() - static_cast<int64_t>(ago) * 1000;
         }
         begun_ = true;
         if (board_.liveTap != nullptr) {
@@ -289,6 +301,7 @@ int32_t AcquisitionThread::write(const EvaluatedBlock& block) {
 void AcquisitionThread::drain(DataWait::Wake wake) {
     draining_ = true;
     updatePositions();
+    noteClock(true);
     if (end_) {
         result_ = kGoOn;
         unplugged_ = end_->m_nCause == kADCEndUnplugged;

@@ -47,6 +47,8 @@ public:
     void Begin() { link_.begin(); }
     /// Asks the thread to end the recording, whatever it waits for. Any thread.
     void requestStop() { link_.requestStop(); }
+    /// Why it is asked to, for the passport; before `requestStop`. Window thread.
+    void setOutsideEnd(OutsideEnd end) { link_.setOutsideEnd(end); }
     /// Asks the thread to end, and waits for it without limit.
     void endThread();
     /// Checks the settings with the driver, takes over its corrections and sets the board up. Acquisition thread, while
@@ -55,6 +57,7 @@ public:
 
     [[nodiscard]] uint32_t number() const { return number_; }
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
+    [[nodiscard]] const T_DRIVER& driver() const { return driver_; }
     [[nodiscard]] DataWriter& writer() { return writer_; }
     [[nodiscard]] uint32_t maxBufferSamples() const { return maxBufferSamples_; }
     /// Why `StartThread` has failed.

@@ -94,6 +94,7 @@ bool RecordingControl::cycleGoesOn() {
 void RecordingControl::StopButtonClick() {
     DEBUG_LOG("StopButtonClick");
     if (session_) {
+        session_->setOutsideEnd(outsideEnd_);
         session_->requestStop();
     }
     DEBUG_LOG("KillTimer");

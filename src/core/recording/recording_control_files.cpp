@@ -5,6 +5,7 @@
 
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
+#include "core/recording/passport_facts.h"
 #include "core/recording/recording_control.h"
 #include "core/recording/static_parameters.h"
 #include "core/recording/synchro_preparation.h"
@@ -112,6 +113,9 @@ bool RecordingControl::createFiles() {
         setup.bytesPerSecond = session_->sampleRate() * setup.sampleWidth / session_->decimation;
     }
     setup.facts = facts_;
+    if (settings_.passport) {
+        setup.passport = passportAtStart(settings_, *session_, facts_);
+    }
     setup.bufferBytes =
         bufferFor(setup.bytesPerSecond, static_cast<uint64_t>(settings_.writeBufferMegabytes) * kMebibyte);
     setup.longestWaitMs = static_cast<uint32_t>(settings_.longestWriteWaitMs);

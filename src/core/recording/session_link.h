@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/recording/notification.h"
+#include "core/recording/run_end.h"
 #include "platform/event.h"
 
 namespace tarno2 {
@@ -61,6 +62,9 @@ public:
 
     /// Samples of the whole stream that were read so far. Any thread; the acquisition thread sets it.
     [[nodiscard]] uint64_t samplesRead() const { return samplesRead_.load(std::memory_order_relaxed); }
+    /// Why a recording ends that is ended from outside. Any thread; the session sets it before it asks for the stop.
+    [[nodiscard]] OutsideEnd outsideEnd() const { return outsideEnd_.load(std::memory_order_relaxed); }
+    void setOutsideEnd(OutsideEnd end) { outsideEnd_.store(end, std::memory_order_relaxed); }
     void setSamplesRead(uint64_t samples) { samplesRead_.store(samples, std::memory_order_relaxed); }
     /// How full the ring was at the worst read, thousandths. Any thread; the acquisition thread sets it.
     [[nodiscard]] uint32_t worstLoad() const { return worstLoad_.load(std::memory_order_relaxed); }
@@ -79,6 +83,7 @@ private:
     StartFailure failure_;  ///< the thread's until the ready event is set
     bool answered_ = false;
     std::atomic<bool> stopRequest_{false};
+    std::atomic<OutsideEnd> outsideEnd_{OutsideEnd::User};
     std::atomic<uint64_t> samplesRead_{0};
     std::atomic<uint32_t> worstLoad_{0};
     std::atomic<uint64_t> eventCount_{0};

@@ -11,20 +11,6 @@ namespace tarno2 {
 
 namespace {
 
-const char* causeName(LossCause cause) {
-    switch (cause) {
-        case LossCause::Overwritten:
-            return "overwritten";
-        case LossCause::Transfer:
-            return "transfer";
-        case LossCause::Board:
-            return "board";
-        case LossCause::Disk:
-            break;
-    }
-    return "disk";
-}
-
 TextId causeText(LossCause cause) {
     switch (cause) {
         case LossCause::Overwritten:
@@ -41,6 +27,20 @@ TextId causeText(LossCause cause) {
 
 }  // namespace
 
+const char* lossCauseName(LossCause cause) {
+    switch (cause) {
+        case LossCause::Overwritten:
+            return "overwritten";
+        case LossCause::Transfer:
+            return "transfer";
+        case LossCause::Board:
+            return "board";
+        case LossCause::Disk:
+            break;
+    }
+    return "disk";
+}
+
 std::string lossText(const Loss& loss) {
     return formatText(text(TextId::LossAtSample).c_str(), formatCount(loss.sample).c_str(),
                       text(causeText(loss.cause)).c_str());
@@ -51,7 +51,7 @@ bool writeLossLedger(const std::string& dataName, std::span<const Loss> losses) 
     for (const Loss& loss : losses) {
         const std::string line =
             formatText("sample = %llu, count = %llu, cause = %s", static_cast<unsigned long long>(loss.sample),
-                       static_cast<unsigned long long>(loss.count), causeName(loss.cause));
+                       static_cast<unsigned long long>(loss.count), lossCauseName(loss.cause));
         DEBUG_LOG("!!!!! Data lost: %s", line.c_str());
         contents += line + "\r\n";
     }

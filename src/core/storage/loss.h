@@ -23,6 +23,9 @@ struct Loss {
     friend bool operator==(const Loss&, const Loss&) = default;
 };
 
+/// What the list of losses calls it: "overwritten", "transfer", "disk", "board".
+[[nodiscard]] const char* lossCauseName(LossCause cause);
+
 /// What to tell the user of a loss, in the current language. Window thread.
 [[nodiscard]] std::string lossText(const Loss& loss);
 

@@ -57,6 +57,10 @@ void PassportFile::addTrigger(uint64_t streamFrame) {
 }
 
 void PassportFile::setEnd(PassportEnd end) {
+    if (passport_ && end.begun != 0) {
+        passport_->start = end.begun;
+        passport_->startOffset = utcOffsetMinutes(end.begun);
+    }
     if (passport_) {
         passport_->end = std::move(end);
     }
@@ -106,12 +110,15 @@ std::string completePassport(const RecordingJournal& journal) {
         const uint64_t bytes = plainFileSize(name.piece(k)).value_or(0);
         const uint64_t frames = bytes / frameBytes;
         if (frames > 0) {
-            passport->pieces.push_back({systemToUtf8(fileNameOf(name.piece(k))), frames, bytes,
-                                        recordsIn(frames, passport->recordFrames()), {}});
+            passport->pieces.push_back({systemToUtf8(fileNameOf(name.piece(k))),
+                                        frames,
+                                        bytes,
+                                        recordsIn(frames, passport->recordFrames()),
+                                        {}});
         }
     }
     passport->state = Passport::State::Recovered;
-    passport->end = {utcMicroseconds(), "cut off", {}, {}, {}};
+    passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}};
     const OsError error = passport->pieces.empty() ? removeFile(name.passport())
                                                    : replaceWholeFile(name.passport(), passportText(*passport));
     return error.ok() ? std::string() : inWords(name.passport(), error);
