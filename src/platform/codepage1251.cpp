@@ -83,6 +83,10 @@ std::string cp1251ToUtf8(std::string_view text) {
     return utf16ToUtf8(cp1251ToUtf16(text));
 }
 
+std::string typedToUtf8(std::string_view text) {
+    return utf8ToUtf16(text) ? std::string(text) : cp1251ToUtf8(text);
+}
+
 std::optional<std::string> utf8ToCp1251(std::string_view utf8) {
     const auto utf16 = utf8ToUtf16(utf8);
     return utf16 ? utf16ToCp1251(*utf16) : std::nullopt;

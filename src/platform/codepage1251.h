@@ -15,6 +15,8 @@ namespace tarno2 {
 [[nodiscard]] std::string systemTextToCp1251(const std::string& text);
 /// Code page 1251 as UTF-8. Byte 0x98 becomes U+FFFD.
 [[nodiscard]] std::string cp1251ToUtf8(std::string_view text);
+/// Words that somebody typed into a file, as UTF-8: they are UTF-8 or, when they can't be, code page 1251.
+[[nodiscard]] std::string typedToUtf8(std::string_view text);
 /// Code page 1251 as UTF-16, one unit a byte.
 [[nodiscard]] std::u16string cp1251ToUtf16(std::string_view text);
 /// UTF-16 as code page 1251; nothing when a character is not in the page.

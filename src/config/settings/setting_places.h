@@ -60,6 +60,16 @@ template <auto... Path>
 constexpr IntegerSetting rareInteger(int32_t lowest, int32_t highest) {
     IntegerSetting setting = integer<Path...>(lowest, highest);
     setting.rare = true;
+    setting.usual = lowest;
+    return setting;
+}
+
+/// A flag that is on, and that few operators switch off.
+template <auto... Path>
+constexpr IntegerSetting rareOff() {
+    IntegerSetting setting = integer<Path...>(0, 1);
+    setting.rare = true;
+    setting.usual = 1;
     return setting;
 }
 

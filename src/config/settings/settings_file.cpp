@@ -109,7 +109,7 @@ public:
 
     void operator()(const IntegerSetting& setting) {
         const int32_t value = setting.get(settings_);
-        if (setting.rare && value == setting.lowest) {
+        if (setting.rare && value == setting.usual) {
             return;
         }
         if (setting.byte) {

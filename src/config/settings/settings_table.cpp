@@ -46,7 +46,7 @@ constexpr AutoRule kStopRule = {.turn = AutoTurn::StopRule,
                                 .absent = "Parameter \"MeasureFileMode\" is absent - Set to 0(Manual mode)",
                                 .odd = "Invalid value for \"MeasureFileMode\" ... MeasureFileMode = 0(Manual mode)"};
 constexpr AutoRule kDecimationRule = {.turn = AutoTurn::Others, .odd = "Decimation <1... Decimation disable"};
-constexpr AutoRule kBufferRule = {.turn = AutoTurn::Others, .odd = kUseStart};
+constexpr AutoRule kBoundedRule = {.turn = AutoTurn::Others, .odd = kUseStart};
 constexpr AutoRule kSynchro = {.turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true};
 constexpr AutoRule kSynchroChannel = {
     .turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true, .anyFromZero = true};
@@ -166,9 +166,9 @@ constexpr SettingRow kTable[] = {
     {TextId::DecimationHint, "Decimation", rareInteger<&Settings::wish, &Wish::decimation>(1, kMost), kDecimationRule},
     {TextId::WriteBufferComment, "WriteBuffer",
      integer<&Settings::wish, &Wish::writeBufferMegabytes>(kLeastWriteBufferMegabytes, kMostWriteBufferMegabytes),
-     kBufferRule},
+     kBoundedRule},
     {TextId::WriteAgeComment, "WriteAge",
-     integer<&Settings::wish, &Wish::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs), kBufferRule},
+     integer<&Settings::wish, &Wish::longestWriteWaitMs>(kLeastWriteWaitMs, kMostWriteWaitMs), kBoundedRule},
     {TextId::CommentAxisYLimit, "AxisYLower", rareReal<&Settings::axisYLower>()},
     {TextId::CommentAxisYLimit, "AxisYUpper", rareReal<&Settings::axisYUpper>()},
     {TextId::CommentPartShown, "ViewLegend", rareInteger<&Settings::viewLegend>(0, 1)},
@@ -181,6 +181,8 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentPartSize, "SignalHeight", rareInteger<&Settings::signalHeight>(0, kFarthestPixel)},
     {TextId::CommentPartSize, "ViewSettingsWidth", rareInteger<&Settings::viewSettingsWidth>(0, kFarthestPixel)},
     {TextId::CommentDriverSettings, "DriverSettings", rareText<&Settings::driverSettings>()},
+    {TextId::CommentPassport, "Passport", rareOff<&Settings::wish, &Wish::passport>(), kBoundedRule},
+    {TextId::CommentComment, "Comment", rareText<&Settings::wish, &Wish::comment>(), {.turn = AutoTurn::Others}},
     {kAutoOnly,
      "DriverSettings",
      text<&Settings::wish, &Wish::driverSettings>(),

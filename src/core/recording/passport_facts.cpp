@@ -151,7 +151,7 @@ Passport passportAtStart(const RecordingWish& wish, const T_BOARD& session, cons
     passport.driver = systemToUtf8(driver.name());
     passport.board = systemToUtf8(driver.boardName());
     passport.computer = computerName();
-    passport.comment = wish.comment;
+    passport.comment = typedToUtf8(wish.comment);
     passport.start = utcMicroseconds();
     passport.startOffset = utcOffsetMinutes(passport.start);
     passport.rate = rateOf(wish, session, driver.facts());

@@ -15,6 +15,7 @@
 
 #include "config/files/figure_text.h"
 #include "core/devices/board_options.h"
+#include "platform/codepage1251.h"
 #include "ui/number_box.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
@@ -25,6 +26,7 @@ namespace tarno2 {
 namespace {
 
 constexpr double kLargestStopValue = 1e9;
+constexpr int kLongestComment = 1000;
 constexpr std::array kStopRules = {TextId::StopByHand, TextId::StopAfterTime, TextId::StopAfterSize};
 constexpr std::array kTimeUnits = {TextId::AxisXSeconds, TextId::AxisXMinutes, TextId::AxisXHours};
 constexpr std::array kSizeUnits = {TextId::UnitBytes, TextId::UnitKilobytes, TextId::UnitMegabytes};
@@ -59,6 +61,8 @@ FilePanel::FilePanel(QWidget* parent)
       nameEdit_(new QLineEdit(this)),
       chooseButton_(new QPushButton(this)),
       problemLabel_(makeText(this, QStringLiteral("FileProblemLabel"))),
+      commentLabel_(new QLabel(this)),
+      commentEdit_(new QLineEdit(this)),
       stopLabel_(new QLabel(this)),
       stopMode_(makeList(this, QStringLiteral("StopModeBox"))),
       stopValue_(new NumberBox(this)),
@@ -74,6 +78,8 @@ FilePanel::FilePanel(QWidget* parent)
       piecesLabel_(makeText(this, QStringLiteral("PiecesLabel"))),
       warningLabel_(makeText(this, QStringLiteral("DiskWarningLabel"))) {
     nameEdit_->setObjectName(QStringLiteral("FileNameEdit"));
+    commentEdit_->setObjectName(QStringLiteral("CommentEdit"));
+    commentEdit_->setMaxLength(kLongestComment);
     chooseButton_->setObjectName(QStringLiteral("ButtonSetFileName"));
     stopValue_->setObjectName(QStringLiteral("StopValueBox"));
     cutMode_->setObjectName(QStringLiteral("CutModeBox"));
@@ -89,7 +95,7 @@ FilePanel::FilePanel(QWidget* parent)
     chooseButton_->setText(QStringLiteral("\u2026"));
     chooseButton_->setFixedWidth(chooseButton_->fontMetrics().averageCharWidth() * 6);
     layOut();
-    for (QWidget* control : std::initializer_list<QWidget*>{nameEdit_, chooseButton_, stopMode_, stopValue_, stopUnit_,
+    for (QWidget* control : std::initializer_list<QWidget*>{nameEdit_, chooseButton_, commentEdit_, stopMode_, stopValue_, stopUnit_,
                                                             cutMode_, cutValue_, automaticCut_, speedCheck_}) {
         manage(control);
     }
@@ -102,6 +108,7 @@ void FilePanel::layOut() {
     layout->addRow(nameLabel_);
     layout->addRow(makeRow(nameEdit_, chooseButton_));
     layout->addRow(problemLabel_);
+    layout->addRow(commentLabel_, commentEdit_);
     layout->addRow(stopLabel_, stopMode_);
     layout->addRow(makeRow(stopValue_, stopUnit_));
     layout->addRow(cutMode_);
@@ -114,6 +121,7 @@ void FilePanel::layOut() {
     layout->addRow(piecesLabel_);
     layout->addRow(warningLabel_);
     nameLabel_->setBuddy(nameEdit_);
+    commentLabel_->setBuddy(commentEdit_);
 }
 
 void FilePanel::connectControls() {
@@ -125,6 +133,7 @@ void FilePanel::connectControls() {
         }
     });
     connect(chooseButton_, &QPushButton::clicked, this, &FilePanel::chooseFileName);
+    connect(commentEdit_, &QLineEdit::textEdited, this, &SettingsPanel::changed);
     connect(stopMode_, &QComboBox::activated, this, [this] {
         fillUnits();
         showAvailability();
@@ -149,6 +158,7 @@ void FilePanel::load(const ProgramSettings& settings) {
     stopMode_->setCurrentIndex(static_cast<int>(settings.wish.stopRule));
     fillUnits();
     stopUnit_->setCurrentIndex(settings.stopPower);
+    commentEdit_->setText(QString::fromStdString(typedToUtf8(settings.wish.comment)));
     const QSignalBlocker quietStop(stopValue_);
     const QSignalBlocker quietCut(cutValue_);
     stopValue_->setValue(settings.stopValue);
@@ -160,6 +170,7 @@ void FilePanel::load(const ProgramSettings& settings) {
 }
 
 void FilePanel::store(ProgramSettings& settings) const {
+    settings.wish.comment = commentEdit_->text().trimmed().toStdString();
     settings.wish.stopRule = static_cast<StopRule>(stopMode_->currentIndex());
     settings.stopPower = stopUnit_->currentIndex();
     settings.stopValue = stopValue_->value();
@@ -185,6 +196,8 @@ void FilePanel::retranslate() {
     setHint(chooseButton_, plainText(TextId::MenuChooseFile));
     chooseButton_->setAccessibleName(plainText(TextId::MenuChooseFile));
     nameEdit_->setAccessibleName(uiText(TextId::DataFile));
+    commentLabel_->setText(uiText(TextId::OperatorComment));
+    setHint(commentEdit_, uiText(TextId::OperatorCommentHint));
     setHint(stopMode_, uiText(TextId::StopRule));
     setHint(cutMode_, uiText(TextId::CutMode));
     setHint(cutValue_, uiText(TextId::CutMode));

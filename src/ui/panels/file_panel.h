@@ -18,7 +18,7 @@ namespace tarno2 {
 class OptionBox;
 
 /// Where the recording goes and when it ends: `FileNameEdit`, `ButtonSetFileName`, `StopModeBox`, `StopValueBox`,
-/// `StopPowerBox`, `CutModeBox`, `CutModeValueBox`, `AutoModeCutBox`, `HDDTestSpeedBox`, and the labels
+/// `StopPowerBox`, `CutModeBox`, `CutModeValueBox`, `AutoModeCutBox`, `HDDTestSpeedBox`, `CommentEdit`, and the labels
 /// `FreeSpaceLabel`, `DiskSpeedLabel`, `NeedLabel`, `DiskLastsLabel`, `PiecesLabel`, `FileProblemLabel`,
 /// `DiskWarningLabel`.
 class FilePanel final : public SettingsPanel {
@@ -64,6 +64,8 @@ private:
     QLineEdit* nameEdit_;
     QPushButton* chooseButton_;
     QLabel* problemLabel_;
+    QLabel* commentLabel_;
+    QLineEdit* commentEdit_;
     QLabel* stopLabel_;
     QComboBox* stopMode_;
     QDoubleSpinBox* stopValue_;
