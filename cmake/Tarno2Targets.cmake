@@ -46,14 +46,17 @@ function(tarno2_development_program name folder)
     install(TARGETS ${name} RUNTIME DESTINATION ${TARNO2_PROGRAM_FOLDER} COMPONENT development EXCLUDE_FROM_ALL)
 endfunction()
 
-# One test program a folder, one ctest entry a program.
+# One test program a folder, one ctest entry a program. BESIDE_OTHERS: other tests may use the processor meanwhile.
 function(tarno2_test)
-    cmake_parse_arguments(ARG "" "NAME" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "BESIDE_OTHERS" "NAME" "SOURCES;LINKS" ${ARGN})
     add_executable(test_${ARG_NAME} ${ARG_SOURCES})
     set_target_properties(test_${ARG_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${TARNO2_TEST_BIN})
     target_link_libraries(test_${ARG_NAME} PRIVATE ${ARG_LINKS} tarno2_test_support GTest::gmock GTest::gtest_main)
     tarno2_warnings(test_${ARG_NAME})
     add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${TARNO2_TEST_BIN})
+    if(NOT ARG_BESIDE_OTHERS)
+        set_tests_properties(${ARG_NAME} PROPERTIES RUN_SERIAL ON)
+    endif()
 endfunction()
 
 # Sets the environment of a test. Wine keeps the host's QT_ variables to itself and takes them with a prefix.
@@ -76,6 +79,7 @@ function(tarno2_gui_test)
     tarno2_warnings(test_${ARG_NAME})
     tarno2_stage_qt(test_${ARG_NAME})
     add_test(NAME ${ARG_NAME} COMMAND test_${ARG_NAME} WORKING_DIRECTORY ${TARNO2_TEST_BIN})
+    set_tests_properties(${ARG_NAME} PROPERTIES RUN_SERIAL ON)
     tarno2_test_environment(${ARG_NAME} QT_QPA_PLATFORM=offscreen)
     if(CMAKE_CROSSCOMPILING)
         # A fresh Wine has no fonts: what fits in a window is measured with those of the host.

@@ -50,7 +50,7 @@ fi
 
 log=build/$preset/ctest.log
 status=0
-"${prefix[@]}" ctest --preset "$preset" -V --timeout "${TARNO2_TEST_TIMEOUT:-900}" --no-tests=error \
+"${prefix[@]}" ctest --preset "$preset" -V -j "$(nproc)" --timeout "${TARNO2_TEST_TIMEOUT:-900}" --no-tests=error \
     </dev/null >"$log" 2>&1 || status=$?
 
 # Of a run that went well the table is enough; of another, all but the cases that passed.

@@ -42,8 +42,6 @@ bool inRange(const Setting& setting, int32_t value) {
     return value >= setting.lowest && value <= setting.highest;
 }
 
-constexpr size_t kLongText = 0x100000;
-
 /// Takes what the file says of one entry.
 class SettingReader {
 public:
@@ -69,7 +67,7 @@ public:
             file_.GetStringCopy(key_.c_str(), setting.at(settings_));
             return;
         }
-        std::string buffer(kLongText, '\0');
+        std::string buffer(file_.FindRaw(key_.c_str(), false).size() + 1, '\0');
         if (file_.GetString(key_.c_str(), buffer)) {
             setting.at(settings_).assign(buffer, 0, buffer.find('\0'));
         }
