@@ -10,7 +10,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev qt6
     libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
 # display that goes away.
-TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb)
+TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsonschema)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix wine wine64)
 # The packages for Windows, and a display on which the installed program is tried.

@@ -1,13 +1,11 @@
 // Recordings that are ended from outside: killed, asked to end, or stopped by a full disk.
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "tests/apps/recording_rig.h"
+#include "tests/apps/small_disk.h"
 
 namespace tarno2::test {
 namespace {
@@ -97,29 +95,6 @@ TEST(AskedToEnd, ARecordingEndsWithWholeFiles) {
     }
 }
 
-/// A file system in memory of its own, as small as wished.
-class SmallDisk {
-public:
-    SmallDisk(const std::string& folder, uint64_t bytes) : folder_(folder) {
-        std::filesystem::create_directory(folder);
-        const std::string command =
-            "mount -t tmpfs -o size=" + std::to_string(bytes) + " tmpfs \"" + folder + "\" 2>&1";
-        mounted_ = std::system(command.c_str()) == 0;
-    }
-    ~SmallDisk() {
-        if (mounted_) {
-            EXPECT_EQ(std::system(("umount \"" + folder_ + '"').c_str()), 0);
-        }
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-    [[nodiscard]] bool mounted() const { return mounted_; }
-
-private:
-    std::string folder_;
-    bool mounted_ = false;
-};
-
 TEST(FullDisk, IsNotFilledByARecording) {
     for (const uint32_t cut : {0U, 3U}) {
         SCOPED_TRACE("pieces of " + std::to_string(cut) + " MiB");
@@ -143,14 +118,6 @@ TEST(FullDisk, IsNotFilledByARecording) {
     }
 }
 
-/// Takes what is left of a disk.
-void fill(const std::string& fileName) {
-    std::ofstream filler(fileName, std::ios::binary);
-    const std::string block(4096, 'x');
-    while (filler.write(block.data(), 4096).flush()) {
-    }
-}
-
 TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
     for (const uint32_t cut : {0U, 2U}) {
         SCOPED_TRACE("pieces of " + std::to_string(cut) + " MiB");
@@ -167,7 +134,7 @@ TEST(FullDisk, EndsARecordingThatKeepsWhatFitted) {
         wish.cut = cut;
         auto process = rig.start(wish, "Signal=Counter");
         ASSERT_TRUE(waitUntil([&] { return rig.size("small/run.dat") > kMebibyte; })) << rig.autoLog();
-        fill(rig.file("small/other"));
+        disk.fill();
         EXPECT_EQ(process->waitForEnd(kGuard), 0);
         EXPECT_THAT(rig.autoLog(),
                     AllOf(HasSubstr("\r\nStop - By error\r\nAttention: Error in writing the data file\r\n"),

@@ -147,7 +147,7 @@ TEST(RecordingCycle, CutNumber) {
             rig.attach();
             ASSERT_TRUE(rig.control.StartButtonClick());
             EXPECT_EQ(rig.pump().result.code, StopCode::StopMeasuring);
-            EXPECT_EQ(rig.files().size(), 2 * c.pieces);
+            EXPECT_EQ(rig.files().size(), 2 * c.pieces + 1) << "a data file and a description each, one passport";
             EXPECT_EQ(rig.shell.ended.bytes, 1572864U);
             EXPECT_EQ(rig.shell.ended.files, c.pieces);
         }
