@@ -23,11 +23,13 @@ Passport everything() {
     passport.sample = {2, true, 14, 2, 0xFFFC, -8192, 8191, 2, 0, 3, true};
     passport.channels = {{0, "inlet", "bar", 2, 2.5, -2.5, 4.0, -1.0}, {7, "", "V", 1, 5.0, -5.0, 1.0, 0.0}};
     passport.lines = {{0, "pump"}, {1, ""}};
-    passport.synchronisation = {"records", 10, 30, true, {{"trigger", 0, -1, "rises", 0.5}, {"start", -1, 1, "high", 0.0}}};
+    passport.synchronisation = {
+        "records", 10, 30, true, {{"trigger", 0, -1, "rises", 0.5}, {"start", -1, 1, "high", 0.0}}};
     passport.pieces = {{"run.dat", 80, 320, 2, std::string(64, 'a')}, {"run_1.dat", 40, 160, 1, {}}};
     passport.triggers = {1000, 2000, 3000};
-    passport.end = {0, kMoment + 60'000'000, "size", "as asked", {{"board", 12345, 7}},
-                    {{0, 5, kMoment}, {299985, 60'000'000'005, kMoment + 60'000'000}}};
+    passport.end = {
+        0,          kMoment + 60'000'000,  "size",
+        "as asked", {{"board", 12345, 7}}, {{0, 5, kMoment}, {299985, 60'000'000'005, kMoment + 60'000'000}}};
     return passport;
 }
 
@@ -65,7 +67,11 @@ TEST(Passport, OthersAreRefusedWithAReason) {
         std::string text = whole;
         return text.replace(text.find(from), from.size(), to);
     };
-    const std::string texts[] = {"", "{}", "[]", "null", whole.substr(0, whole.size() / 2),
+    const std::string texts[] = {"",
+                                 "{}",
+                                 "[]",
+                                 "null",
+                                 whole.substr(0, whole.size() / 2),
                                  changed("\"formatVersion\": 1", "\"formatVersion\": 2"),
                                  changed("\"decimation\": 2", "\"decimation\": -2"),
                                  changed("\"decimation\": 2", "\"decimation\": 4294967296"),

@@ -22,7 +22,7 @@ struct IntegerSetting {
     bool byte;  ///< an 8-bit value
     int32_t (*get)(const ProgramSettings&);
     void (*set)(ProgramSettings&, int32_t);
-    bool rare = false;   ///< written only when it is not `usual`, which it starts with
+    bool rare = false;  ///< written only when it is not `usual`, which it starts with
     int32_t usual = 0;
 };
 

@@ -95,8 +95,9 @@ FilePanel::FilePanel(QWidget* parent)
     chooseButton_->setText(QStringLiteral("\u2026"));
     chooseButton_->setFixedWidth(chooseButton_->fontMetrics().averageCharWidth() * 6);
     layOut();
-    for (QWidget* control : std::initializer_list<QWidget*>{nameEdit_, chooseButton_, commentEdit_, stopMode_, stopValue_, stopUnit_,
-                                                            cutMode_, cutValue_, automaticCut_, speedCheck_}) {
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{nameEdit_, chooseButton_, commentEdit_, stopMode_, stopValue_, stopUnit_,
+                                         cutMode_, cutValue_, automaticCut_, speedCheck_}) {
         manage(control);
     }
     connectControls();

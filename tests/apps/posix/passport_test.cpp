@@ -41,7 +41,7 @@ Wish recordingOf(uint32_t board, double frequency, uint64_t bytes, std::string m
     return wish;
 }
 
-constexpr const char* kRecords =
+constexpr const char* kTriggeredRecords =
     "SynchroAnalyzeMode = 2\r\nSynchroAnalogMode = 0\r\nSynchroAllSize = 30000\r\nSynchroPrehistorySize = 1000\r\n";
 
 TEST(Passport, TellsOfRecordingsThatEndByThemselves) {
@@ -49,7 +49,7 @@ TEST(Passport, TellsOfRecordingsThatEndByThemselves) {
     timed.seconds = 2.5;
     Wish pieces = recordingOf(2, 1e6, 3 * kMebibyte);
     pieces.cut = 1;
-    Wish recordsInPieces = recordingOf(2, 1e6, 2 * kMebibyte, std::string(kRecords) + "Decimation = 2\r\n");
+    Wish recordsInPieces = recordingOf(2, 1e6, 2 * kMebibyte, std::string(kTriggeredRecords) + "Decimation = 2\r\n");
     recordsInPieces.cut = 1;
     const Wish endless = recordingOf(4, 100e3, 0);
     const struct {
@@ -66,10 +66,10 @@ TEST(Passport, TellsOfRecordingsThatEndByThemselves) {
          ";RealTime=0",
          {"end.reason=size", "channels.0.gain=4", "channels.0.upper=0.625"}},
         {"pieces", pieces, ";RealTime=0", {"end.reason=size", "pieces.2.file=run_2.dat"}},
-        {"records", recordingOf(2, 1e6, 600000, kRecords), ";RealTime=0", {"end.reason=size"}, 16},
+        {"records", recordingOf(2, 1e6, 600000, kTriggeredRecords), ";RealTime=0", {"end.reason=size"}, 16},
         {"records in pieces", recordsInPieces, ";RealTime=0", {"end.reason=size", "rate.decimation=2"}, 16},
         {"one record",
-         recordingOf(2, 1e6, 0, std::string(kRecords) + "StopAfterTrigged = 1\r\n"),
+         recordingOf(2, 1e6, 0, std::string(kTriggeredRecords) + "StopAfterTrigged = 1\r\n"),
          ";RealTime=0",
          {"end.reason=condition", "synchronisation.stopAfterRecord=True"},
          16},
@@ -80,7 +80,10 @@ TEST(Passport, TellsOfRecordingsThatEndByThemselves) {
          ";RealTime=0;Signal=Sine",
          {"end.reason=condition", "synchronisation.conditions.0.role=stop"}},
         {"unplugged", endless, ";RealTime=0;UnplugAfter=1001", {"end.reason=unplugged", "frames=500"}},
-        {"overflow", endless, ";RealTime=0;OverflowAfter=1000000", {"end.reason=overflow", "losses.0.cause=board"}},
+        {"overflow",
+         endless,
+         ";RealTime=0;OverflowAfter=1000000",
+         {"end.reason=overflow", "losses.0.cause=overwritten"}},
         {"broken transfer", endless, ";RealTime=0;FailGetDataAt=100000", {"end.reason=transfer error"}},
     };
     for (const auto& each : cases) {
@@ -112,7 +115,7 @@ TEST(Passport, OfAKilledRecordingIsCompletedByItsRecovery) {
     for (const bool records : {false, true}) {
         SCOPED_TRACE(records);
         const RecordingRig rig;
-        Wish wish = recordingOf(2, 4e6, 0, records ? kRecords : "");
+        Wish wish = recordingOf(2, 4e6, 0, records ? kTriggeredRecords : "");
         wish.cut = 1;
         auto process = rig.start(wish, "Signal=Counter");
         ASSERT_TRUE(waitUntil([&] { return rig.size("run_1.dat") > 0; })) << rig.autoLog();
