@@ -21,7 +21,7 @@ bool beginsWithNumber(const ADCBoardEntry& entry, uint32_t number) {
 
 std::string nameBehindNumber(const ADCBoardEntry& entry) {
     const std::string text = entry.m_sName;
-    return text.substr(std::min(kBaseDigits, text.size()));
+    return text.substr(std::min(text.find_first_not_of(' ', kBaseDigits), text.size()));
 }
 
 }  // namespace

@@ -69,6 +69,8 @@ constexpr std::pair<const char*, Signal> kSignals[] = {
     {"Mixed", Signal::Mixed}, {"Sine", Signal::Sine},   {"Square", Signal::Square},  {"Ramp", Signal::Ramp},
     {"Noise", Signal::Noise}, {"Level", Signal::Level}, {"Counter", Signal::Counter}};
 
+constexpr double kLargestClockError = 1e5;
+
 SimulatorDriver::SimulatorDriver() : GeneratorDriver("Simulator") {
     std::vector<std::string> signals;
     for (const auto& [name, signal] : kSignals) {
@@ -82,6 +84,8 @@ SimulatorDriver::SimulatorDriver() : GeneratorDriver("Simulator") {
     all.add(Setting::integer("DigitalPeriod", 64, 1, 1 << 30, "Frames until line 0 toggles",
                              "Кадров до переключения линии 0"));
     all.add(Setting::integer("RealTime", 1, 0, 1, "At the rate that was asked for", "С заданной частотой"));
+    all.add(Setting::real("ClockError", 0.0, -kLargestClockError, kLargestClockError,
+                          "Error of the board's clock, millionths", "Погрешность генератора платы, миллионные доли"));
     all.add(Setting::integer("ExternalStartAfter", 1000, -1, 0x7FFFFFFF, "External start after, ms (-1: never)",
                              "Внешний старт через, мс (-1: никогда)"));
     all.add(Setting::real("ExternalClockRate", 10000.0, 1.0, 40e6, "Rate of the external clock, Hz",
@@ -258,6 +262,7 @@ std::unique_ptr<SampleSource> SimulatorDriver::prepare(const sdk::Board& board, 
     if (!settings().flag("RealTime")) {
         plan.framesPerSecond = 0.0;
     }
+    plan.framesPerSecond *= 1.0 + settings().real("ClockError") * 1e-6;
     if (measurement.externalStart) {
         const int64_t delay = settings().integer("ExternalStartAfter");
         plan.startDelay = delay < 0 ? kWaitForever : static_cast<uint32_t>(delay);
