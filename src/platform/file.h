@@ -73,6 +73,9 @@ public:
 
     /// Reads up to `size` bytes; `done` gets how many (less at the end of the file).
     OsError read(void* data, size_t size, size_t& done);
+    /// The same, without waiting for the disk: what the system has in its memory from the position on, at most `size`
+    /// bytes; none when it has none. Where the system can't tell, it is read as always.
+    OsError readCached(void* data, size_t size, size_t& done);
     /// Writes `size` bytes in as many system calls as it takes; `done` gets how many were taken, also on failure.
     OsError write(const void* data, size_t size, size_t& done);
     /// Moves the position to `offset` bytes from the start.

@@ -37,6 +37,10 @@ private:
     std::shared_ptr<State> state_;
 };
 
+/// Lets the thread that calls it run only where others leave the processors room, and have the disk after them. Whether
+/// the system does so is of no consequence.
+void giveWayToOthers();
+
 /// English words for the log.
 [[nodiscard]] const char* describe(PriorityResult result);
 

@@ -8,6 +8,7 @@
 #include <limits>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 #include <utility>
 
@@ -263,6 +264,20 @@ OsError File::read(void* data, size_t size, size_t& done) {
         }
     }
     return {};
+}
+
+OsError File::readCached(void* data, size_t size, size_t& done) {
+    constexpr off_t kOwnPosition = -1;
+    const iovec part{data, std::min(size, kLargestTransfer)};
+    ssize_t got = 0;
+    do {
+        got = preadv2(descriptor(handle_), &part, 1, kOwnPosition, RWF_NOWAIT);
+    } while (got < 0 && errno == EINTR);
+    done = got > 0 ? static_cast<size_t>(got) : 0;
+    if (got >= 0 || errno == EAGAIN) {
+        return {};
+    }
+    return errno == EOPNOTSUPP || errno == ENOSYS ? read(data, size, done) : OsError::last();
 }
 
 OsError File::write(const void* data, size_t size, size_t& done) {

@@ -72,6 +72,11 @@ PriorityResult Thread::raisePriority() {
     return raised ? PriorityResult::Raised : PriorityResult::Unchanged;
 }
 
+void giveWayToOthers() {
+    constexpr int kLast = 19;
+    static_cast<void>(setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kLast));
+}
+
 void Thread::resume() {
     if (state_) {
         const std::scoped_lock lock(state_->mutex);

@@ -227,6 +227,10 @@ OsError File::read(void* data, size_t size, size_t& done) {
     return {};
 }
 
+OsError File::readCached(void* data, size_t size, size_t& done) {
+    return read(data, size, done);
+}
+
 OsError File::write(const void* data, size_t size, size_t& done) {
     done = 0;
     while (done < size) {

@@ -40,6 +40,10 @@ PriorityResult Thread::raisePriority() {
     return raised ? PriorityResult::Realtime : PriorityResult::Unchanged;
 }
 
+void giveWayToOthers() {
+    static_cast<void>(SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_LOWEST));
+}
+
 void Thread::resume() {
     if (state_ && !std::exchange(state_->resumed, true)) {
         ResumeThread(state_->handle);
