@@ -143,4 +143,8 @@ struct Passport {
 /// std::bad_alloc.
 [[nodiscard]] std::optional<Passport> readPassport(std::string_view text, std::string& problem);
 
+/// What in a passport contradicts itself: figures that do not follow from the others as they should, and such as can't
+/// be. In English, one each. `text`: what `passport` was read from. Throws std::bad_alloc.
+[[nodiscard]] std::vector<std::string> passportContradictions(std::string_view text, const Passport& passport);
+
 }  // namespace tarno2

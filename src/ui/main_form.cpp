@@ -38,6 +38,7 @@ namespace {
 
 constexpr int kRefreshPeriodMs = 100;
 constexpr int kSearchPeriodMs = 250;
+constexpr int kChecksumPeriodMs = 500;
 constexpr uint32_t kDisplaylessPeriodMs = 20;
 
 }  // namespace
@@ -61,6 +62,9 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish
     connect(&searchTimer_, &QTimer::timeout, this, [this] { guarded("FollowSearch", [this] { followSearch(); }); });
     connect(&search_, &BoardSearch::slow, this, [this] { showLooking(true); });
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { guarded("Refresh", [this] { host_.follow(); }); });
+    checksumTimer_.setInterval(kChecksumPeriodMs);
+    connect(&checksumTimer_, &QTimer::timeout, this, [this] { strip_->setChecksums(host_.checksumProgress()); });
+    checksumTimer_.start();
     additionalWindow_ = new T_AdditionalModeWindow(settings_.wish.synchro, settings_.wish.synchroSizes, this);
     additionalWindow_->setQuiet(host_.consoleMode());
     connect(additionalWindow_, &QDialog::finished, this, &T_MainForm::showConditions);
@@ -142,6 +146,7 @@ void T_MainForm::buildCenter() {
 
 void T_MainForm::connectStrip() {
     connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
+    connect(&strip_->noChecksumsButton(), &QPushButton::clicked, this, [this] { host_.giveUpChecksums(); });
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
     connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
     connect(&strip_->conditionsButton(), &QToolButton::clicked, menu_.additional, &QAction::trigger);

@@ -61,6 +61,7 @@ public:
 
     [[nodiscard]] ProgramSettings& programSettings() { return settings_; }
     [[nodiscard]] RecordingControl& control() { return host_.control(); }
+    [[nodiscard]] SessionHost& host() { return host_; }
     [[nodiscard]] BoardSelection& selection() { return host_.selection(); }
     /// A driver looks for its board: until it has come back nobody else may ask it.
     [[nodiscard]] bool looksForBoard() const { return search_.busy(); }
@@ -190,6 +191,7 @@ private:
     QTimer stopTimer_;
     SleepInhibitor sleepInhibitor_;
     QTimer refreshTimer_;
+    QTimer checksumTimer_;
     QElapsedTimer diskClock_;      ///< since the free space was looked at
     bool settingsUnread_ = false;  ///< those of the last run are there, but could not be read
     bool closed_ = false;

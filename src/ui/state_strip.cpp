@@ -12,6 +12,7 @@
 
 #include "config/files/disk_info.h"
 #include "config/files/figure_text.h"
+#include "platform/paths.h"
 #include "ui/figure_cell.h"
 #include "ui/text.h"
 #include "ui/view_icons.h"
@@ -50,6 +51,7 @@ const StateLook& lookOf(RunState state) {
 }
 
 const QString kUnknown = QStringLiteral("\u2013");
+constexpr uint64_t kBytesWorthShowing = uint64_t{64} << 20U;
 constexpr double kStateFont = 2.3;   // times the window's font
 constexpr double kStateSmall = 1.1;  // for words that need two lines
 
@@ -75,6 +77,7 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     column->setSpacing(4);
     buildUpperRow(column);
     buildLowerRow(column);
+    buildChecksums(column);
     attention_ = new QLabel(this);
     attention_->setObjectName(QStringLiteral("AttentionLabel"));
     attention_->setTextFormat(Qt::PlainText);
@@ -160,6 +163,32 @@ void StateStrip::buildLowerRow(QVBoxLayout* column) {
     column->addLayout(row);
 }
 
+// Beside each other as long as something is computed after the end of a recording.
+void StateStrip::buildChecksums(QVBoxLayout* column) {
+    checksums_ = new QLabel(this);
+    checksums_->setObjectName(QStringLiteral("ChecksumsLabel"));
+    checksums_->setTextFormat(Qt::PlainText);
+    noChecksums_ = new QPushButton(this);
+    noChecksums_->setObjectName(QStringLiteral("NoChecksumsButton"));
+    auto* row = new QHBoxLayout;
+    row->addWidget(checksums_);
+    row->addWidget(noChecksums_);
+    row->addStretch(1);
+    column->addLayout(row);
+    setChecksums(std::nullopt);
+}
+
+void StateStrip::setChecksums(const std::optional<ChecksumThread::Progress>& progress) {
+    // What takes but a moment would only make the window restless.
+    const bool shown = progress && progress->bytes >= kBytesWorthShowing;
+    checksums_->setVisible(shown);
+    noChecksums_->setVisible(shown);
+    if (shown) {
+        checksums_->setText(uiText(TextId::ChecksumsProgress, {fromFileName(fileNameOf(progress->dataName)),
+                                                               QString::number(progress->percent())}));
+    }
+}
+
 void StateStrip::setState(RunState state) {
     if (state_ == state) {
         return;
@@ -241,6 +270,8 @@ void StateStrip::retranslate() {
     files_->setCaption(uiText(TextId::RunFiles));
     events_->setCaption(uiText(TextId::RunEvents));
     losses_->setCaption(uiText(TextId::RunLosses));
+    noChecksums_->setText(uiText(TextId::ChecksumsCancel));
+    noChecksums_->setToolTip(uiText(TextId::ChecksumsCancelHint));
     setLossList(lossList_);
     setConditions(conditionsWord_);
     const QFontMetrics metrics(scaled(font(), kStateFont, true));

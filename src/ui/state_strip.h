@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "core/recording/run_watch.h"
+#include "core/storage/checksum_thread.h"
 #include "language/text_ids.h"
 
 class QLabel;
@@ -33,6 +34,8 @@ public:
     void setFigures(const RunFigures& figures);
     /// Stays until the next one; empty takes it away.
     void setAttention(const QString& message);
+    /// How far the checksums of finished recordings are; nothing when none is computed.
+    void setChecksums(const std::optional<ChecksumThread::Progress>& progress);
     /// Conditions choose what is recorded: the word for them stands beside the start button. Nothing: all is recorded.
     void setConditions(std::optional<TextId> word);
     /// How many losses the recording has had.
@@ -44,6 +47,7 @@ public:
     [[nodiscard]] QPushButton& startButton() { return *start_; }
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
+    [[nodiscard]] QPushButton& noChecksumsButton() { return *noChecksums_; }
     [[nodiscard]] QToolButton& conditionsButton() { return *conditions_; }
 
 protected:
@@ -52,6 +56,7 @@ protected:
 private:
     void buildUpperRow(QVBoxLayout* column);
     void buildLowerRow(QVBoxLayout* column);
+    void buildChecksums(QVBoxLayout* column);
     void drawIcons();
     void showState();
     void showFigures();
@@ -74,6 +79,8 @@ private:
     FigureCell* files_ = nullptr;
     FigureCell* events_ = nullptr;
     FigureCell* losses_ = nullptr;
+    QLabel* checksums_ = nullptr;
+    QPushButton* noChecksums_ = nullptr;
     QLabel* attention_ = nullptr;
     QString lossList_;
 };

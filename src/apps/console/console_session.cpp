@@ -24,6 +24,7 @@ void ConsoleSession::run() {
     host_.start();
     queue_.run();
     host_.waitForRecovery();
+    host_.waitForChecksums();
     DEBUG_LOG("WriteConfig consolemode");
 }
 

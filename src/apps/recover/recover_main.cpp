@@ -5,11 +5,14 @@
 #include <vector>
 
 #include "config/logs/program_version.h"
+#include "core/storage/checksum_thread.h"
 #include "core/storage/recovery.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/file.h"
 #include "platform/run_program.h"
+#include "platform/terminal.h"
+#include "platform/termination.h"
 
 namespace {
 
@@ -52,7 +55,33 @@ bool tell(const RecoveryReport& report) {
     return false;
 }
 
-int recover(const std::string& path) {
+/// Computes the checksums of what was recovered; how far it is stands on the error output, where that is a terminal.
+void computeChecksums(const std::vector<RecoveryReport>& reports) {
+    constexpr uint32_t kPeriodMs = 500;
+    ChecksumThread checksums([](const std::string& /*dataName*/, const std::string& problem) {
+        if (!problem.empty()) {
+            complain(formatText(english(TextId::ChecksumsNotDone).c_str(), problem.c_str()));
+        }
+    });
+    for (const RecoveryReport& report : reports) {
+        if (report.outcome == RecoveryReport::Outcome::Recovered && report.frames > 0) {
+            checksums.add(report.name, report.lastPiece);
+        }
+    }
+    const TerminationWatcher watcher([&checksums] { checksums.stop(); });
+    const bool terminal = errorOutputIsTerminal();
+    while (!checksums.wait(kPeriodMs)) {
+        if (const auto progress = checksums.progress(); progress && terminal) {
+            std::cerr << '\r'
+                      << formatText(english(TextId::ChecksumsProgress).c_str(), progress->dataName.c_str(),
+                                    progress->percent())
+                      << std::flush;
+        }
+    }
+    std::cerr << (terminal && !reports.empty() ? "\n" : "") << std::flush;
+}
+
+int recover(const std::string& path, bool withChecksums) {
     // One that the system can't tell anything of may be a folder all the same.
     OsError notListed;
     static_cast<void>(listDirectory(path, &notListed));
@@ -72,6 +101,9 @@ int recover(const std::string& path) {
     for (const RecoveryReport& report : reports) {
         good = tell(report) && good;
     }
+    if (withChecksums) {
+        computeChecksums(reports);
+    }
     if (reports.empty() && folder) {
         std::cout << formatText(english(TextId::NothingToRecover).c_str(), path.c_str()) << '\n';
     } else if (reports.empty()) {
@@ -84,7 +116,9 @@ int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
     CLI::App app{
         "Finishes recordings of Tarno2 that were cut off by a crash or a power cut: cuts the last data file to whole "
-        "frames and writes its description, from the journal beside it. Nothing else is changed.",
+        "frames, writes its description, from the journal beside it, completes the passport and computes the "
+        "checksums. "
+        "Nothing else is changed.",
         "tarno2-recover"};
     app.footer(
         "Recordings that a program still writes are left alone. Those of other users are recovered when FILE names "
@@ -95,9 +129,11 @@ int parseAndRun(int argc, char** argv) {
     app.add_option("FILE-OR-FOLDER", path,
                    "A file of the recording (data, piece, description or journal), or a folder with recordings")
         ->required();
+    bool noChecksums = false;
+    app.add_flag("--no-checksums", noChecksums, "Compute no checksums of what is recovered");
     try {
         app.parse(argc, argv);
-        return recover(path);
+        return recover(path, !noChecksums);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? kDone : kBadUse;
     }

@@ -55,6 +55,7 @@ int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopR
         };
         const OnDisplayLoss withoutDisplay([&form, &status] {
             form.runWithoutDisplay();
+            form.host().waitForChecksums();
             const int code = status();
             logConsoleExit();
             std::_Exit(code);
@@ -63,11 +64,14 @@ int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopR
         QObject::connect(
             qApp, &QGuiApplication::commitDataRequest, &form, [&form] { form.requestShutdown(); },
             Qt::DirectConnection);
-        const StopRelay::Attached attached(
-            relay, [&form] { QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection); });
+        const StopRelay::Attached attached(relay, [&form] {
+            QMetaObject::invokeMethod(&form, &T_MainForm::requestEnd, Qt::QueuedConnection);
+            form.host().endWaiting();
+        });
         const DisplayWatch displayWatch;
         form.present();
         QApplication::exec();
+        form.host().waitForChecksums();
         return status();
     } catch (const std::exception& error) {
         DEBUG_LOG("!!!! Exception: %s", error.what());

@@ -55,6 +55,7 @@ struct RecordingWish {
     bool automaticCut = false;                             ///< pieces as large as the volume holds
     bool passport = true;                                  ///< make a passport beside the data
     std::string comment;                                   ///< what the operator says of it; typed, see `typedToUtf8`
+    bool checksums = true;                                 ///< compute checksums of the data files
     int32_t decimation = 1;                                ///< keep the first of so many frames
     int32_t writeBufferMegabytes = kWriteBufferMegabytes;  ///< memory for what waits for the disk, MiB at most
     int32_t longestWriteWaitMs = kLongestWriteWaitMs;      ///< after so long data are on their way to the disk

@@ -183,6 +183,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentDriverSettings, "DriverSettings", rareText<&Settings::driverSettings>()},
     {TextId::CommentPassport, "Passport", rareOff<&Settings::wish, &Wish::passport>(), kBoundedRule},
     {TextId::CommentComment, "Comment", rareText<&Settings::wish, &Wish::comment>(), {.turn = AutoTurn::Others}},
+    {TextId::CommentChecksums, "Checksums", rareOff<&Settings::wish, &Wish::checksums>(), kBoundedRule},
     {kAutoOnly,
      "DriverSettings",
      text<&Settings::wish, &Wish::driverSettings>(),

@@ -52,6 +52,8 @@ public:
     /// Gets the frames of the recordings from the next one on, for the signal view; null: nobody does. It outlives them
     /// and still holds the last frames of a recording when its session is gone.
     void setLiveTap(LiveTap* tap) { liveTap_ = tap; }
+    /// Computes the checksums of the recordings from the next one on; null: nobody does. It outlives them.
+    void setChecksums(ChecksumThread* checksums) { checksums_ = checksums; }
     /// How long a board may give no data event, milliseconds at least.
     void setDataWait(uint32_t milliseconds) { dataWaitMs_ = milliseconds; }
 
@@ -93,6 +95,7 @@ private:
     std::set<uint32_t> refusedSessions_;  ///< shown as refused: what their threads still say is only logged
     uint32_t dataWaitMs_ = 10000;
     LiveTap* liveTap_ = nullptr;
+    ChecksumThread* checksums_ = nullptr;
     bool closing_ = false;
 
     RecordingWish settings_;

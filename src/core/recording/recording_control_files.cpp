@@ -116,16 +116,24 @@ bool RecordingControl::createFiles() {
     if (settings_.passport) {
         setup.passport = passportAtStart(settings_, *session_, facts_);
     }
+    setup.checksums = settings_.checksums ? checksums_ : nullptr;
     setup.bufferBytes =
         bufferFor(setup.bytesPerSecond, static_cast<uint64_t>(settings_.writeBufferMegabytes) * kMebibyte);
     setup.longestWaitMs = static_cast<uint32_t>(settings_.longestWriteWaitMs);
     setup.keepDiskMargin = true;
-    int32_t code = session_->writer().open(setup, description_);
+    const auto open = [&] {
+        // An earlier recording of this name is moved aside, and nobody may go on writing beside it.
+        if (checksums_ != nullptr) {
+            checksums_->release(fileName_);
+        }
+        return session_->writer().open(setup, description_);
+    };
+    int32_t code = open();
     // Two programs may have come to the same free name: a generated one stands for any other.
     for (int i = 0; i < kNameAttempts && code == kNameInUse && RecordingName(fileName_).isGenerated(); ++i) {
         GenerateFileName();
         fileName_ = setup.fileName = RecordingName::typed(shell_.fileName()).data();
-        code = session_->writer().open(setup, description_);
+        code = open();
     }
     for (const std::string& name : session_->writer().movedAside()) {
         attention(formatText(text(TextId::EarlierRecordingMoved).c_str(), systemTextToCp1251(name).c_str()));

@@ -18,7 +18,10 @@ SessionHost::SessionHost(SessionFront& front, std::string programDirectory, std:
       programDirectory_(std::move(programDirectory)),
       console_(std::move(console)),
       selection_([this](const std::string& fault) { front_.faultFound(fault); }, programDirectory_),
-      control_(*this, selection_.driver(), naming_) {}
+      checksums_([this](const std::string& /*dataName*/, const std::string& problem) { tellChecksums(problem); }),
+      control_(*this, selection_.driver(), naming_) {
+    control_.setChecksums(&checksums_);
+}
 
 bool SessionHost::applyConsoleSettings(uint32_t longestSearchMs) {
     DEBUG_LOG("LoadConfig consolemode");
@@ -142,8 +145,48 @@ bool SessionHost::boardFoundForStart(ApplyOutcome outcome) {
 void SessionHost::recover(const RecoveryThread::Report& told, const std::string& folder) {
     const std::set<std::string> folders =
         folder.empty() ? foldersOf({fileName(), savedFileName()}) : std::set<std::string>{folder};
-    if (!recovery_.recover(folders, told)) {
+    const auto toldAndComputed = [this, told,
+                                  wanted = settings().checksums](const std::vector<RecoveryReport>& reports) {
+        told(reports);
+        for (const RecoveryReport& report : reports) {
+            if (wanted && report.outcome == RecoveryReport::Outcome::Recovered) {
+                checksums_.add(report.name, report.lastPiece);
+            }
+        }
+    };
+    if (!recovery_.recover(folders, toldAndComputed)) {
         consoleLog().log("No unfinished recordings were looked for: the system has no thread for it");
+    }
+}
+
+void SessionHost::tellChecksums(const std::string& problem) {
+    if (!problem.empty()) {
+        const std::string told =
+            formatText(text(TextId::ChecksumsNotDone).c_str(), systemTextToCp1251(problem).c_str());
+        consoleLog().log("%s", told.c_str());
+        front_.post([this, told] { front_.showDetail(told); });
+    }
+}
+
+void SessionHost::waitForChecksums() {
+    constexpr uint32_t kPeriodMs = 10000;
+    constexpr uint32_t kShortWhileMs = 2000;
+    waiting_ = true;
+    if (!consoleMode()) {
+        static_cast<void>(checksums_.wait(kShortWhileMs));
+        return;
+    }
+    while (!checksums_.wait(kPeriodMs)) {
+        if (const auto progress = checksums_.progress()) {
+            consoleLog().log(text(TextId::ChecksumsProgress).c_str(), systemTextToCp1251(progress->dataName).c_str(),
+                             progress->percent());
+        }
+    }
+}
+
+void SessionHost::endWaiting() {
+    if (waiting_) {
+        checksums_.stop();
     }
 }
 
@@ -182,6 +225,7 @@ void SessionHost::shutdown() {
 
 void SessionHost::requestStop(bool systemEnds) {
     recovery_.stop();
+    endWaiting();
     stopAsked_.set();
     front_.post([this, systemEnds] {
         const bool whole = perform("StopButtonClick", [this, systemEnds] {

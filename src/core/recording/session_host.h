@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -14,6 +15,7 @@
 #include "core/recording/recording_control.h"
 #include "core/recording/recording_shell.h"
 #include "core/recording/run_watch.h"
+#include "core/storage/checksum_thread.h"
 #include "core/storage/recovery_thread.h"
 #include "platform/event.h"
 
@@ -102,6 +104,14 @@ public:
     void recover(const RecoveryThread::Report& told, const std::string& folder = {});
     /// Waits until that is done.
     void waitForRecovery() { recovery_.wait(); }
+    /// At the program's end: waits until the checksums of what was recorded are there, and tells in the console log how
+    /// far they are. With a window it does not wait for long: what the operator saw coming he may give up.
+    void waitForChecksums();
+    /// The program is asked to end: what it waits for is given up. Any thread.
+    void endWaiting();
+    /// How far those of finished recordings are; nothing when none is computed.
+    [[nodiscard]] std::optional<ChecksumThread::Progress> checksumProgress() { return checksums_.progress(); }
+    void giveUpChecksums() { checksums_.stop(); }
 
     void start();
     void stop();
@@ -148,6 +158,7 @@ private:
     [[nodiscard]] ApplyOutcome waitForSearch(uint32_t longestMs);
     void handle(const Notification& notification);
     void beginRun(T_BOARD& session);
+    void tellChecksums(const std::string& problem);
     static void logException(const char* name, const char* what) noexcept;
 
     SessionFront& front_;
@@ -157,6 +168,8 @@ private:
     BoardSelection selection_;
     RunWatch watch_;
     TimerTicks ticks_;
+    std::atomic<bool> waiting_{false};  ///< for checksums alone
+    ChecksumThread checksums_;          ///< outlives the recordings that it follows
     RecordingControl control_;
     std::string keptFile_;
     bool ending_ = false;

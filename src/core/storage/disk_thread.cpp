@@ -11,6 +11,8 @@ namespace {
 
 /// The disk is looked after at least so often, however long data may wait for it.
 constexpr uint64_t kLookPeriodMs = 500;
+/// Checksums are computed while at most this part of the memory holds what the disk has not taken.
+constexpr uint64_t kRoomShare = 4;
 /// That may wait for the disk: ten seconds of 3000 records each.
 constexpr size_t kMostNotes = 32768;
 
@@ -152,6 +154,7 @@ bool DiskThread::write(uint64_t end, bool rest) {
             return false;
         }
         pool_.take(part);
+        pieces_.setRoom(pool_.filled() - pool_.emptied() <= pool_.capacity() / kRoomShare);
         if (!lookAfterDisk()) {
             return false;
         }

@@ -76,6 +76,11 @@ void PassportFile::setDiskFailure(const std::string& words, const PassportLoss& 
     }
 }
 
+std::optional<Passport> PassportFile::take() {
+    return passport_ && passport_->state == Passport::State::Complete ? std::exchange(passport_, std::nullopt)
+                                                                      : std::nullopt;
+}
+
 std::string PassportFile::finish() {
     if (!passport_) {
         return {};
@@ -106,7 +111,7 @@ std::string completePassport(const RecordingJournal& journal) {
     }
     const uint64_t frameBytes = journal.state().frameBytes();
     const uint32_t last = journal.state().piece ? journal.state().piece->number : 0;
-    for (uint32_t k = 0; k <= last; ++k) {
+    for (const uint32_t k : piecesUpTo(name, last)) {
         const uint64_t bytes = plainFileSize(name.piece(k)).value_or(0);
         const uint64_t frames = bytes / frameBytes;
         if (frames > 0) {

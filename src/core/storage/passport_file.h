@@ -29,6 +29,8 @@ public:
     /// Puts the whole passport in place of the first one, or removes that of a recording without a sample. What went
     /// wrong, empty when nothing did.
     [[nodiscard]] std::string finish();
+    /// The passport that `finish` has written; nothing when there is none.
+    [[nodiscard]] std::optional<Passport> take();
 
 private:
     [[nodiscard]] std::string write() const;

@@ -21,6 +21,9 @@ constexpr uint64_t kReserveBytes = 64 * 1024;
 
 PieceWriter::~PieceWriter() {
     dropPrepared();
+    if (checksums_) {
+        checksums_->leave();
+    }
 }
 
 void PieceWriter::open(const WriterSetup& setup, RecordDescription& description, RecordingJournal& journal) {
@@ -29,6 +32,7 @@ void PieceWriter::open(const WriterSetup& setup, RecordDescription& description,
     journal_ = &journal;
     state_ = setup.journalState();
     passport_.open(setup.fileName, setup.passport);
+    checksums_ = setup.checksums != nullptr ? setup.checksums->begin(setup.fileName) : nullptr;
 }
 
 OsError PieceWriter::make(uint32_t number, MadeFile& made) const {
@@ -79,6 +83,9 @@ bool PieceWriter::beginFile(uint32_t number) {
             return fail("!!!!! \"%s\" could not be made: %s", error.text());
         }
     }
+    if (checksums_) {
+        checksums_->pieceBegins(current_.name);
+    }
     if (const OsError error = reserve_.hold(parentFolder(current_.name), kReserveBytes); !error.ok()) {
         DEBUG_LOG("No space could be reserved for the description: %s", error.text().c_str());
     }
@@ -99,6 +106,9 @@ bool PieceWriter::write(std::span<const std::byte> data) {
     const OsError error = current_.file->write(data.data(), data.size(), done);
     fileBytes_ += done;
     if (error.ok() && done == data.size()) {
+        if (checksums_) {
+            checksums_->written(fileBytes_);
+        }
         return true;
     }
     cutToWholeFrames();
@@ -143,6 +153,9 @@ bool PieceWriter::closeFile() {
     }
     reserve_.release();
     writtenBytes_ += fileBytes_;
+    if (checksums_) {
+        checksums_->pieceEnds(gone_ || fileBytes_ < setup_->frameBytes() ? 0 : fileBytes_);
+    }
     if (gone_) {
         return whole;
     }
@@ -285,7 +298,21 @@ void PieceWriter::finishPassport(uint64_t accepted) {
     }
 }
 
+// The files are whole from here on, and nobody is waited for.
+void PieceWriter::leaveToChecksums() {
+    if (checksums_) {
+        checksums_->finish(passport_.take());
+        checksums_.reset();
+    }
+}
+
 bool PieceWriter::finish(uint64_t accepted) {
+    const bool described = finishFiles(accepted);
+    leaveToChecksums();
+    return described;
+}
+
+bool PieceWriter::finishFiles(uint64_t accepted) {
     dropPrepared();
     finishPassport(accepted);
     for (const std::string& problem : unfinished_.removeLate()) {

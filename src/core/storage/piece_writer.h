@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "core/storage/passport_file.h"
+#include "core/storage/recording_checksums.h"
 #include "core/storage/recording_journal.h"
 #include "core/storage/unfinished_files.h"
 #include "core/storage/writer_setup.h"
@@ -60,6 +61,12 @@ public:
     /// `accepted`: bytes of the stream that were to be written.
     [[nodiscard]] bool finish(uint64_t accepted);
 
+    /// Whether the disk keeps up, so that checksums may be computed beside it.
+    void setRoom(bool room) {
+        if (checksums_) {
+            checksums_->setRoom(room);
+        }
+    }
     void addEvent(const SynchroEvent& event, uint64_t recordBytes);
     /// When the first sample of the current piece came.
     void setCreateTime(const LocalTime& time);
@@ -93,6 +100,8 @@ private:
     void updateJournal();
     void dropPrepared();
     void finishPassport(uint64_t accepted);
+    void leaveToChecksums();
+    [[nodiscard]] bool finishFiles(uint64_t accepted);
 
     const WriterSetup* setup_ = nullptr;
     RecordDescription* description_ = nullptr;
@@ -111,6 +120,7 @@ private:
     bool journalIsOld_ = false;  ///< it does not tell of `state_` yet
     UnfinishedFiles unfinished_;
     PassportFile passport_;
+    std::shared_ptr<RecordingChecksums> checksums_;  ///< null: none are computed
     std::string problem_;
     std::string notice_;
 };

@@ -74,12 +74,12 @@ private:
 
 RecoveryReport failed(std::string name, const std::string& problem) {
     DEBUG_LOG("!!!!! \"%s\" not recovered: %s", name.c_str(), problem.c_str());
-    return {Outcome::Failed, std::move(name), 0, problem};
+    return {Outcome::Failed, std::move(name), 0, 0, problem};
 }
 
 RecoveryReport untouched(Outcome outcome, const std::string& name, const char* line) {
     DEBUG_LOG(line, name.c_str());
-    return {outcome, name, 0, {}};
+    return {outcome, name, 0, 0, {}};
 }
 
 /// There is nothing more to do: the journal goes. What to report then.
@@ -202,7 +202,7 @@ std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {
         return std::nullopt;
     }
     DEBUG_LOG("\"%s\" recovered, %llu frames", dataName.c_str(), static_cast<unsigned long long>(files.frames));
-    return RecoveryReport{Outcome::Recovered, dataName, files.frames, {}};
+    return RecoveryReport{Outcome::Recovered, dataName, files.frames, journal.state().piece->number, {}};
 }
 
 std::optional<RecoveryReport> recoverRecording(const std::string& journalName) {

@@ -22,6 +22,7 @@ struct RecoveryReport {
     Outcome outcome = Outcome::Failed;
     std::string name;     ///< its first data file; its journal when that can't be read
     uint64_t frames = 0;  ///< in all its files
+    uint32_t lastPiece = 0;
     std::string problem;  ///< why it failed, in English
 
     /// What to tell the user, in the current language.

@@ -215,12 +215,8 @@ private:
         }
         uint64_t frames = 0;
         const RecordingName name(dataName_);
-        const std::string folder = name.folder();
-        for (const std::string& file : listDirectory(folder.empty() ? "." : folder)) {
-            const auto number = name.pieceOf(file);
-            if (number && *number <= state_.piece->number && file == fileNameOf(name.piece(*number))) {
-                frames += plainFileSize(joinPath(folder, file)).value_or(0) / state_.frameBytes();
-            }
+        for (const uint32_t number : piecesUpTo(name, state_.piece->number)) {
+            frames += plainFileSize(name.piece(number)).value_or(0) / state_.frameBytes();
         }
         return frames;
     }
@@ -231,6 +227,18 @@ private:
 };
 
 }  // namespace
+
+// A folder has fewer names than a journal may count pieces.
+std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last) {
+    std::set<uint32_t> pieces;
+    for (const std::string& file : listDirectory(name.folder().empty() ? "." : name.folder())) {
+        const auto number = name.pieceOf(file);
+        if (number && *number <= last && file == fileNameOf(name.piece(*number))) {
+            pieces.insert(*number);
+        }
+    }
+    return pieces;
+}
 
 std::string dataNameOf(const RecordingJournal& journal) {
     return RecordingName::ofJournal(journal.name(), journal.state().extension).data();

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 
+#include "config/files/recording_name.h"
 #include "core/storage/recording_journal.h"
 
 namespace tarno2 {
@@ -18,6 +20,9 @@ struct FinishedFiles {
 /// the journal's own folder are opened, changed or removed, and none that another program writes or that has a journal
 /// or a name besides. Interrupted and done again it comes to the same end.
 [[nodiscard]] FinishedFiles finishFiles(RecordingJournal& journal);
+
+/// The numbers of a recording's data files that are there, up to `last`, in ascending order.
+[[nodiscard]] std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last);
 
 /// The first data file of the recording with this journal.
 [[nodiscard]] std::string dataNameOf(const RecordingJournal& journal);

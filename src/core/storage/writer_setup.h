@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "core/storage/checksum_thread.h"
 #include "core/storage/data_file.h"
 #include "platform/memory.h"
 #include "records/journal_text.h"
@@ -23,6 +24,8 @@ struct WriterSetup {
     double bytesPerSecond = 0.0;  ///< of the kept stream; 0: not known
     RecordingFacts facts;
     std::optional<Passport> passport;  ///< what it tells before the first sample; nothing: none is made
+
+    ChecksumThread* checksums = nullptr;  ///< computes those of the files; null: nobody does. It outlives the writer
 
     uint64_t bufferBytes = 0;       ///< memory for what waits for the disk; a few caches are had in any case
     uint32_t longestWaitMs = 1000;  ///< after so long at most data are on their way to the disk
