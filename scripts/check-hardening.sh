@@ -42,7 +42,7 @@ check() {
     fi
 }
 
-for file in Tarno2 tarno2-console tarno2-drivers tarno2-export tarno2-recover simulator.so replay.so serial.so network.so sound.so; do
+for file in Tarno2 tarno2-console tarno2-drivers tarno2-export tarno2-recover tarno2-verify simulator.so replay.so serial.so network.so sound.so; do
     check "$bin/$file"
 done
 [ ! -e "$bin/scopera.so" ] || check "$bin/scopera.so"

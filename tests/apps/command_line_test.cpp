@@ -33,7 +33,7 @@ TEST(CommandLine, ThatIsWrongSaysHowToUseTheProgram) {
 TEST(CommandLine, TellsTheVersion) {
     const RecordingRig rig;
     for (const std::string program :
-         {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-console", "Tarno2"}) {
+         {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-verify", "tarno2-console", "Tarno2"}) {
         const std::string name = program == "tarno2-console" ? "Tarno2" : program;
         EXPECT_EQ(rig.run(program, {"--version"}), name + ' ' + versionText() + '\n');
     }
