@@ -148,7 +148,8 @@ void ChecksumThread::run() {
         {
             const std::scoped_lock lock(mutex_);
             idle = jobs_.empty();
-            if (idle && ending_) {
+            // What is not finished by now never will be.
+            if (ending_ && std::ranges::none_of(jobs_, [](const Job& job) { return job.checksums->finished(); })) {
                 return;
             }
         }

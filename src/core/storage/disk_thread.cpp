@@ -138,6 +138,7 @@ bool DiskThread::bringToDisk(uint64_t end, bool rest) {
 
 bool DiskThread::write(uint64_t end, bool rest) {
     for (;;) {
+        pieces_.setRoom(pool_.filled() - pool_.emptied() <= pool_.capacity() / kRoomShare);
         const std::span<const std::byte> data = pool_.pending(end);
         const bool wholeCache = (pool_.emptied() + data.size()) % CachePool::kCacheBytes == 0;
         if (data.empty() || (!rest && !wholeCache)) {
@@ -154,7 +155,6 @@ bool DiskThread::write(uint64_t end, bool rest) {
             return false;
         }
         pool_.take(part);
-        pieces_.setRoom(pool_.filled() - pool_.emptied() <= pool_.capacity() / kRoomShare);
         if (!lookAfterDisk()) {
             return false;
         }
