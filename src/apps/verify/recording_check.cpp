@@ -1,7 +1,10 @@
 #include "apps/verify/recording_check.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <functional>
+#include <future>
 #include <memory>
 #include <utility>
 
@@ -28,18 +31,32 @@ bool isClose(double a, double b) {
     return std::abs(a - b) <= 1e-4 * std::max(std::abs(a), std::abs(b));
 }
 
-/// The checksum of a file; empty when it can't be read, or the reading was stopped: `problem`.
+/// The checksum of a file; empty when it can't be read, or the reading was stopped: `problem`. The next block is read
+/// while one is computed.
 std::string sha256Of(const std::string& file, const std::atomic<bool>& stop, std::string& problem) {
+    struct Block {
+        std::unique_ptr<std::byte[]> bytes = std::make_unique<std::byte[]>(kBlockBytes);
+        size_t size = 0;
+        OsError error;
+    };
+    std::array<Block, 2> blocks;
     File data;
     Sha256 hash;
-    OsError error = data.open(file, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
-    const auto buffer = std::make_unique<std::byte[]>(kBlockBytes);
-    size_t got = kBlockBytes;
-    while (error.ok() && got == kBlockBytes && !stop) {
-        error = data.read(buffer.get(), kBlockBytes, got);
-        hash.add({buffer.get(), got});
+    const auto read = [&data](Block& block) { block.error = data.read(block.bytes.get(), kBlockBytes, block.size); };
+    size_t at = 0;
+    blocks[at].error = data.open(file, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
+    if (blocks[at].error.ok()) {
+        read(blocks[at]);
     }
-    problem = stop ? "stopped" : error.ok() ? (hash.valid() ? "" : "no memory") : error.text();
+    for (; blocks[at].error.ok() && blocks[at].size > 0 && !stop; at = 1 - at) {
+        std::future<void> next = std::async(read, std::ref(blocks[1 - at]));
+        hash.add({blocks[at].bytes.get(), blocks[at].size});
+        next.get();
+    }
+    problem = stop                     ? "stopped"
+              : !blocks[at].error.ok() ? blocks[at].error.text()
+              : !hash.valid()          ? "no memory"
+                                       : std::string();
     return problem.empty() ? hash.take() : std::string();
 }
 
