@@ -63,7 +63,7 @@ TEST(Verify, FindsTheOneThingThatIsWrong) {
          1, "run_2.dat ends with a torn frame"},
         {"a gap", remove("run_1.dat"), 1, "run_1.dat is missing: the recording has a gap there"},
         {"no description", remove("run_1.txt"), 1, "run_1.txt: "},
-        {"another description", put("run_2.txt", "FrameCount", "FrameKount"), 1, "run_2.txt: "},
+        {"another description", put("run_2.txt", "DataCountPerChannel", "DataKountPerChannel"), 1, "run_2.txt: "},
         {"a count that lies", put("run.json", "\"frames\": 525", "\"frames\": 625"), 1, "run.json: frames is 625"},
         {"no passport at all", put("run.json", "Tarno2 passport", "a poem"), 1, "it is no passport of this version"},
         {"a range that lies", put("run.json", "\"lower\": -", "\"lower\": 1"), 1, "its range has no width"},
