@@ -177,10 +177,12 @@ void SessionHost::waitForChecksums() {
         return;
     }
     while (!checksums_.wait(kPeriodMs)) {
-        if (const auto progress = checksums_.progress()) {
-            consoleLog().log(text(TextId::ChecksumsProgress).c_str(), systemTextToCp1251(progress->dataName).c_str(),
-                             progress->percent());
-        }
+        guarded("Checksums", [this] {
+            if (const auto progress = checksums_.progress()) {
+                consoleLog().log(text(TextId::ChecksumsProgress).c_str(),
+                                 systemTextToCp1251(progress->dataName).c_str(), progress->percent());
+            }
+        });
     }
 }
 

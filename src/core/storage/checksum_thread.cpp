@@ -140,9 +140,12 @@ std::optional<ChecksumThread::Progress> ChecksumThread::progress() {
 void ChecksumThread::run() {
     giveWayToOthers();
     for (;;) {
-        bool working = true;
-        while (working) {
-            working = work();
+        try {
+            while (work()) {
+            }
+        } catch (const std::exception& error) {
+            DEBUG_LOG("!!!!! Checksums: %s", error.what());
+            giveUpFinished();
         }
         bool idle = false;
         {
@@ -187,6 +190,13 @@ bool ChecksumThread::work() {
         }
     }
     return false;
+}
+
+// Nobody waits for what can't be computed.
+void ChecksumThread::giveUpFinished() {
+    const std::scoped_lock lock(mutex_);
+    std::erase_if(jobs_, [](const Job& job) { return job.checksums->finished(); });
+    changed_.notify_all();
 }
 
 void ChecksumThread::end(const std::shared_ptr<RecordingChecksums>& checksums) {

@@ -60,6 +60,7 @@ private:
     [[nodiscard]] bool take(std::shared_ptr<RecordingChecksums> checksums);
     void run();
     [[nodiscard]] bool work();
+    void giveUpFinished();
     void end(const std::shared_ptr<RecordingChecksums>& checksums);
 
     const Report report_;

@@ -1,6 +1,7 @@
 #include "core/storage/recording_checksums.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -33,16 +34,26 @@ bool isListOf(const RecordingName& name, const std::string& text) {
 
 }  // namespace
 
-void RecordingChecksums::pieceBegins(const std::string& name) {
+// A recording does not end because there is no memory for its checksums.
+void RecordingChecksums::pieceBegins(const std::string& name) noexcept {
     const std::scoped_lock lock(mutex_);
     written_.store(0, std::memory_order_relaxed);
-    pieces_.emplace_back().name = name;
+    pieceOpen_ = false;
+    try {
+        std::string own(name);
+        pieces_.emplace_back().name = std::move(own);
+        pieceOpen_ = true;
+    } catch (const std::bad_alloc&) {
+        lacksPiece_ = true;
+    }
 }
 
-void RecordingChecksums::pieceEnds(uint64_t bytes) {
+void RecordingChecksums::pieceEnds(uint64_t bytes) noexcept {
     const std::scoped_lock lock(mutex_);
-    pieces_.back().bytes = bytes;
-    pieces_.back().ended = true;
+    if (std::exchange(pieceOpen_, false)) {
+        pieces_.back().bytes = bytes;
+        pieces_.back().ended = true;
+    }
 }
 
 void RecordingChecksums::finish(std::optional<Passport> passport) {
@@ -161,8 +172,9 @@ bool RecordingChecksums::isStillThere() {
 }
 
 std::string RecordingChecksums::complete() {
-    const bool all =
-        std::ranges::none_of(pieces_, [](const Piece& piece) { return piece.bytes != 0 && piece.sha256.empty(); });
+    const bool all = !lacksPiece_ && std::ranges::none_of(pieces_, [](const Piece& piece) {
+        return piece.bytes != 0 && piece.sha256.empty();
+    });
     if (!all && problem_.empty()) {
         problem_ = inWords(dataName_, "not every data file has a checksum");
     }

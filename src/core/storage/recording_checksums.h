@@ -28,11 +28,11 @@ public:
     [[nodiscard]] const std::string& dataName() const { return dataName_; }
 
     // The thread that writes the files.
-    void pieceBegins(const std::string& name);
+    void pieceBegins(const std::string& name) noexcept;
     /// So many bytes of the current piece were given to the system.
     void written(uint64_t bytes) { written_.store(bytes, std::memory_order_relaxed); }
     /// The current piece has so many bytes; 0: there is no such file.
-    void pieceEnds(uint64_t bytes);
+    void pieceEnds(uint64_t bytes) noexcept;
     /// Whether the writer keeps up, so that somebody else may have a little of the machine.
     void setRoom(bool room) { room_.store(room, std::memory_order_relaxed); }
     /// All files are there. `passport`: as it stands beside them.
@@ -80,6 +80,8 @@ private:
     const std::string dataName_;
     std::mutex mutex_;
     std::deque<Piece> pieces_;  ///< grows at its end alone, so that a piece stays where it is
+    bool pieceOpen_ = false;    ///< the last one is being written; like the next, guarded by the mutex
+    bool lacksPiece_ = false;   ///< there was no memory for one
     std::atomic<uint64_t> written_{0};
     std::atomic<bool> room_{true};
     std::atomic<bool> finished_{false};

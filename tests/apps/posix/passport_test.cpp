@@ -30,6 +30,7 @@ void expectTrue(const RecordingRig& rig, const std::string& passport, std::vecto
     }
     arguments.push_back(passport);
     EXPECT_EQ(objections(rig, arguments), "") << readFile(passport);
+    EXPECT_EQ(rig.run("tarno2-verify", {"--quiet", passport}), "");
 }
 
 Wish recordingOf(uint32_t board, double frequency, uint64_t bytes, std::string more = "") {
