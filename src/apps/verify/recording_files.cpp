@@ -10,6 +10,7 @@
 #include "platform/utf.h"
 #include "records/file_extensions.h"
 #include "records/record_description.h"
+#include "records/recorded_format.h"
 
 namespace tarno2 {
 
@@ -49,6 +50,12 @@ std::string dataFileOf(const std::string& base) {
     }
     // Without a data file there is still a recording when its passport says so.
     return fileExists(named.passport()) || fileExists(named.checksums()) ? named.data() : std::string();
+}
+
+/// Whether a text is a description, be it a damaged one.
+bool describes(const std::string& text) {
+    const RecordedKeys keys = readRecordedKeys(text);
+    return keys.layout || keys.channelCount || keys.frames;
 }
 
 /// The recording that a data file is a piece of; itself when it is none.
@@ -99,8 +106,9 @@ std::set<std::string> recordingsIn(const std::string& folder) {
         const bool tells = name.extension() == kPassportExtension || name.extension() == kChecksumExtension;
         const bool described = name.extension() == kDescriptionExtension;
         std::string data = tells || described ? dataFileOf(name.base()) : std::string();
-        // Other programs write such texts too.
-        if (data.empty() || (described && !fileExists(data)) ||
+        // Other programs write such texts too, also beside files of theirs.
+        const bool foreign = described && RecordingName(data).extension() != kDataExtension && !describes(name.data());
+        if (data.empty() || foreign || (described && !fileExists(data)) ||
             (name.extension() == kPassportExtension && !findPassport(name).passport && !fileExists(data))) {
             continue;
         }
