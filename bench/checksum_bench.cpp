@@ -37,7 +37,8 @@ void print(const char* what, const Ratio& ratio) {
 /// read after the end.
 Ratio compareWay(Pace pace, size_t pairs, double& late) {
     const ScratchFolder folder;
-    SimulatedBoard board(folder.path(), 160, uint64_t{20} << 20U, pace);
+    const uint64_t half = uint64_t{pace == Pace::RealTime ? 20U : 4U} << 20U;
+    SimulatedBoard board(folder.path(), 160, half, pace);
     const uint64_t bytes = board.wholeHalves(kFileBytes);
     late = 0.0;
     const auto record = [&](ChecksumThread* checksums) {

@@ -79,7 +79,7 @@ const char* nameOf(Signal signal) {
 
 SimulatedBoard::SimulatedBoard(const std::string& folder, uint32_t channels, uint64_t halfBytes, Pace pace,
                                Signal signal)
-    : driver_(complain) {
+    : driver_(complain), pace_(pace) {
     KeyValueFile cfg;
     require(cfg.createForWriting(joinPath(folder, "Simulator.cfg")), folder + ": no settings can be written");
     cfg.writeUInt32("RealTime", pace == Pace::RealTime ? 1 : 0);
@@ -112,7 +112,10 @@ RecordedRun SimulatedBoard::run(WriterSetup setup, LiveTap* tap) {
     PassWatch& passes = *watchedPasses;
     board.evaluator = std::move(watchedPasses);
     require(board.StartThread(&lastWord, [&passes](int, int) { passes.written(); }), "the session does not start");
-    require(uint64_t{board.maxBufferSamples()} * driver_.facts().sampleWidth() == 2 * halfBytes_, "another ring");
+    // In real time the board announces what there is, whatever the ring.
+    require(
+        pace_ == Pace::RealTime || uint64_t{board.maxBufferSamples()} * driver_.facts().sampleWidth() == 2 * halfBytes_,
+        "another ring");
     std::string missing;
     require(calculateStaticParameters(driver_, board, setup.facts, missing), "the driver does not tell " + missing);
     setup.sampleWidth = driver_.facts().sampleWidth();

@@ -64,6 +64,7 @@ private:
     T_DRIVER driver_;
     BoardSettings settings_;
     uint64_t halfBytes_ = 0;
+    Pace pace_;
 };
 
 }  // namespace tarno2::bench
