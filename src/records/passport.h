@@ -12,7 +12,7 @@ namespace tarno2 {
 
 // What `<base>.json` tells of a recording. All texts are UTF-8. A frame of the stream counts frames at the recorded
 // rate from the first one that the board gave on; where nothing chose among them it is the frame of the files, one
-// behind the other. docs/formats.md explains the fields, docs/passport.schema.json their form.
+// behind the other. docs/passport.md explains the fields, docs/passport.schema.json their form.
 
 /// A channel, in the order of the frames.
 struct PassportChannel {
@@ -84,7 +84,7 @@ struct PassportPiece {
     std::string sha256;    ///< hexadecimal; empty while it is not known
 };
 
-/// Samples that were lost; see docs/formats.md on the list of losses.
+/// Samples that were lost; see docs/passport.md on the list of losses.
 struct PassportLoss {
     std::string cause;
     uint64_t sample = 0;
@@ -95,7 +95,7 @@ struct PassportEnd {
     int64_t begun =
         0;            ///< when the first frame came, microseconds since 1970; 0: the passport told it when it was begun
     int64_t utc = 0;  ///< microseconds since 1970
-    std::string reason;  ///< "user", "time", "size", ... as docs/formats.md lists them
+    std::string reason;  ///< "user", "time", "size", ... as docs/passport.md lists them
     std::string words;   ///< what else is known; may be empty
     std::vector<PassportLoss> losses;
     std::vector<ClockPair> clock;

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Reads the passport of a recording and compares all it says with the data files, the descriptions beside them, and
-with itself. Written from docs/formats.md, with the standard library alone.
+with itself. Written from docs/passport.md, with the standard library alone.
 
   read_passport.py [--lies] [--counter BITS] [--expect KEY=VALUE]... BASE.json
 
@@ -214,8 +214,7 @@ class Reader:
         mean_s, mean_f = sum(seconds) / count, sum(frames) / count
         rate = (sum((s - mean_s) * (f - mean_f) for s, f in zip(seconds, frames)) /
                 sum((s - mean_s) ** 2 for s in seconds))
-        utc = sum(moment(pair["utc"]) - moment(pairs[0]["utc"]) for pair in pairs) / count
-        return moment(pairs[0]["utc"]) + utc - (mean_f + pairs[0]["frame"]) / rate, rate
+        return moment(pairs[0]["utc"]) + mean_s - (mean_f + pairs[0]["frame"]) / rate, rate
 
     def end(self, passport):
         self.must(passport["state"] in ("complete", "recovered"), "state")
