@@ -8,14 +8,14 @@ namespace tarno2 {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
-Json rateOf(const PassportRate& rate) {
-    Json json = {{"asked", rate.asked},
-                 {"given", rate.given},
-                 {"decimation", rate.decimation},
-                 {"recorded", rate.recorded},
-                 {"externalClock", rate.externalClock}};
+OrderedJson rateOf(const PassportRate& rate) {
+    OrderedJson json = {{"asked", rate.asked},
+                        {"given", rate.given},
+                        {"decimation", rate.decimation},
+                        {"recorded", rate.recorded},
+                        {"externalClock", rate.externalClock}};
     if (rate.packetsAsked && rate.packetsGiven) {
         json["packetsAsked"] = *rate.packetsAsked;
         json["packetsGiven"] = *rate.packetsGiven;
@@ -23,7 +23,7 @@ Json rateOf(const PassportRate& rate) {
     return json;
 }
 
-Json sampleOf(const PassportSample& sample) {
+OrderedJson sampleOf(const PassportSample& sample) {
     return {{"bytes", sample.bytes},
             {"byteOrder", "little"},
             {"signed", sample.signedCodes},
@@ -38,22 +38,22 @@ Json sampleOf(const PassportSample& sample) {
             {"backwardOrder", sample.backwardOrder}};
 }
 
-Json channelOf(const PassportChannel& channel) {
+OrderedJson channelOf(const PassportChannel& channel) {
     return {{"number", channel.number}, {"name", channel.name},    {"unit", channel.unit},
             {"gain", channel.gain},     {"upper", channel.upper},  {"lower", channel.lower},
             {"factor", channel.factor}, {"offset", channel.offset}};
 }
 
-Json synchronisationOf(const PassportSynchronisation& synchronisation) {
-    Json json = {{"mode", synchronisation.mode}};
+OrderedJson synchronisationOf(const PassportSynchronisation& synchronisation) {
+    OrderedJson json = {{"mode", synchronisation.mode}};
     if (synchronisation.mode == "records") {
         json["prehistory"] = synchronisation.prehistory;
         json["history"] = synchronisation.history;
         json["stopAfterRecord"] = synchronisation.stopAfterRecord;
     }
-    json["conditions"] = Json::array();
+    json["conditions"] = OrderedJson::array();
     for (const PassportCondition& condition : synchronisation.conditions) {
-        Json entry = {{"role", condition.role}, {"when", condition.when}};
+        OrderedJson entry = {{"role", condition.role}, {"when", condition.when}};
         if (condition.channel >= 0) {
             entry["channel"] = condition.channel;
             entry["threshold"] = condition.threshold;
@@ -65,8 +65,8 @@ Json synchronisationOf(const PassportSynchronisation& synchronisation) {
     return json;
 }
 
-Json pieceOf(const PassportPiece& piece, bool records) {
-    Json json = {{"file", piece.file}, {"frames", piece.frames}, {"bytes", piece.bytes}};
+OrderedJson pieceOf(const PassportPiece& piece, bool records) {
+    OrderedJson json = {{"file", piece.file}, {"frames", piece.frames}, {"bytes", piece.bytes}};
     if (records) {
         json["records"] = piece.records;
     }
@@ -77,14 +77,14 @@ Json pieceOf(const PassportPiece& piece, bool records) {
 }
 
 /// Every record that is known: its piece, its first frame there, its trigger in the stream and when that was.
-Json recordsOf(const Passport& passport) {
+OrderedJson recordsOf(const Passport& passport) {
     const auto line = ClockLine::through(passport.end.clock);
     const uint64_t length = passport.recordFrames();
-    Json list = Json::array();
+    OrderedJson list = OrderedJson::array();
     size_t known = 0;
     for (size_t piece = 0; piece < passport.pieces.size(); ++piece) {
         for (uint64_t i = 0; i < passport.pieces[piece].records; ++i) {
-            Json record = {{"piece", piece}, {"frame", i * length}};
+            OrderedJson record = {{"piece", piece}, {"frame", i * length}};
             if (known < passport.triggers.size()) {
                 const uint64_t trigger = passport.triggers[known++];
                 record["trigger"] = trigger;
@@ -100,28 +100,28 @@ Json recordsOf(const Passport& passport) {
     return list;
 }
 
-Json clockOf(const std::vector<ClockPair>& pairs) {
-    Json json = Json::object();
+OrderedJson clockOf(const std::vector<ClockPair>& pairs) {
+    OrderedJson json = OrderedJson::object();
     if (const auto line = ClockLine::through(pairs)) {
         json["measuredFrequency"] = line->frequency();
     }
-    json["pairs"] = Json::array();
+    json["pairs"] = OrderedJson::array();
     for (const ClockPair& pair : pairs) {
         json["pairs"].push_back({{"frame", pair.frame}, {"monotonic", pair.monotonic}, {"utc", utcText(pair.utc)}});
     }
     return json;
 }
 
-Json endOf(const PassportEnd& end) {
-    Json json = {{"utc", utcText(end.utc)}, {"reason", end.reason}};
+OrderedJson endOf(const PassportEnd& end) {
+    OrderedJson json = {{"utc", utcText(end.utc)}, {"reason", end.reason}};
     if (!end.words.empty()) {
         json["words"] = end.words;
     }
     return json;
 }
 
-Json lossesOf(const std::vector<PassportLoss>& losses) {
-    Json list = Json::array();
+OrderedJson lossesOf(const std::vector<PassportLoss>& losses) {
+    OrderedJson list = OrderedJson::array();
     for (const PassportLoss& loss : losses) {
         list.push_back({{"sample", loss.sample}, {"count", loss.count}, {"cause", loss.cause}});
     }
@@ -132,7 +132,7 @@ Json lossesOf(const std::vector<PassportLoss>& losses) {
 
 std::string passportText(const Passport& passport) {
     const bool records = passport.recordFrames() != 0;
-    Json json = {
+    OrderedJson json = {
         {"format", kPassportFormat},
         {"formatVersion", kPassportVersion},
         {"state", kPassportStates[static_cast<size_t>(passport.state)]},
@@ -144,18 +144,18 @@ std::string passportText(const Passport& passport) {
         {"start", {{"local", localTimeText(passport.start, passport.startOffset)}, {"utc", utcText(passport.start)}}},
         {"rate", rateOf(passport.rate)},
         {"sample", sampleOf(passport.sample)}};
-    json["channels"] = Json::array();
+    json["channels"] = OrderedJson::array();
     for (const PassportChannel& channel : passport.channels) {
         json["channels"].push_back(channelOf(channel));
     }
-    json["lines"] = Json::array();
+    json["lines"] = OrderedJson::array();
     for (const PassportLine& line : passport.lines) {
         json["lines"].push_back({{"number", line.number}, {"name", line.name}});
     }
     json["synchronisation"] = synchronisationOf(passport.synchronisation);
     if (passport.state != Passport::State::Recording) {
         json["frames"] = passport.frames();
-        json["pieces"] = Json::array();
+        json["pieces"] = OrderedJson::array();
         for (const PassportPiece& piece : passport.pieces) {
             json["pieces"].push_back(pieceOf(piece, records));
         }
@@ -166,7 +166,7 @@ std::string passportText(const Passport& passport) {
         json["clock"] = clockOf(passport.end.clock);
         json["end"] = endOf(passport.end);
     }
-    return json.dump(1, ' ', false, Json::error_handler_t::replace) + '\n';
+    return json.dump(1, ' ', false, OrderedJson::error_handler_t::replace) + '\n';
 }
 
 }  // namespace tarno2
