@@ -93,4 +93,9 @@ std::string utf16ToUtf8(std::u16string_view utf16) {
     return utf8;
 }
 
+std::string utf8ToSystem(const std::string& utf8) {
+    const auto utf16 = utf8ToUtf16(utf8);
+    return utf16 ? utf16ToSystem(*utf16) : utf8;
+}
+
 }  // namespace tarno2

@@ -14,6 +14,8 @@ namespace tarno2 {
 /// becomes "?", which no name of a file has there, and not some similar letter, which may name another file.
 [[nodiscard]] std::string utf16ToSystem(std::u16string_view utf16);
 
+/// UTF-8 in that encoding. What is no UTF-8 stays as it is.
+[[nodiscard]] std::string utf8ToSystem(const std::string& utf8);
 /// A text in that encoding, such as the name of a file, as UTF-8. What is no letter there becomes U+FFFD.
 [[nodiscard]] std::string systemToUtf8(const std::string& text);
 

@@ -22,11 +22,6 @@ namespace {
 constexpr size_t kBlockBytes = size_t{4} << 20U;
 constexpr uint64_t kLongestList = uint64_t{1} << 28U;
 
-std::string nameInSystem(const std::string& utf8) {
-    const auto utf16 = utf8ToUtf16(utf8);
-    return utf16 ? utf16ToSystem(*utf16) : utf8;
-}
-
 bool isClose(double a, double b) {
     return std::abs(a - b) <= 1e-4 * std::max(std::abs(a), std::abs(b));
 }
@@ -130,7 +125,7 @@ void RecordingCheck::enter(const std::string& listedAs, const std::string& sha25
 }
 
 void RecordingCheck::readPassport() {
-    found_ = findPassport(name_);
+    found_ = findPassport(name_.passport());
     const std::string file = fileNameOf(name_.passport());
     if (!found_.there) {
         note("there is no passport");
@@ -156,13 +151,13 @@ void RecordingCheck::readPassport() {
         note("lost: " + std::to_string(loss.count) + " samples from sample " + std::to_string(loss.sample) + " on (" +
              loss.cause + ")");
     }
-    if (!passport.pieces.empty() && !pieceOf(nameInSystem(passport.pieces.front().file))) {
-        formerName_ = RecordingName(nameInSystem(passport.pieces.front().file));
+    if (!passport.pieces.empty() && !pieceOf(utf8ToSystem(passport.pieces.front().file))) {
+        formerName_ = RecordingName(utf8ToSystem(passport.pieces.front().file));
         note("it was recorded as \"" + formerName_->data() + "\"");
     }
     uint32_t next = 0;
     for (const PassportPiece& piece : passport.pieces) {
-        const std::string listed = nameInSystem(piece.file);
+        const std::string listed = utf8ToSystem(piece.file);
         const auto k = pieceOf(listed);
         if (!k) {
             wrong(file + " tells of \"" + listed + "\", which is no file of this recording");

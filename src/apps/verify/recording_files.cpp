@@ -16,22 +16,15 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kLongestPassport = uint64_t{1} << 30U;
-
 bool hasOwnList(const RecordingName& name) {
     return fileExists(name.passport()) || fileExists(name.checksums()) || fileExists(name.journal());
-}
-
-std::string nameInSystem(const std::string& utf8) {
-    const auto utf16 = utf8ToUtf16(utf8);
-    return utf16 ? utf16ToSystem(*utf16) : utf8;
 }
 
 /// The first data file with this base, by what stands beside it; empty when none is told.
 std::string dataFileOf(const std::string& base) {
     const RecordingName named(base + std::string(kDataExtension));
-    if (const FoundPassport found = findPassport(named); found.passport && !found.passport->pieces.empty()) {
-        const std::string extension = RecordingName(nameInSystem(found.passport->pieces.front().file)).extension();
+    if (const FoundPassport found = findPassport(named.passport()); found.passport && !found.passport->pieces.empty()) {
+        const std::string extension = RecordingName(utf8ToSystem(found.passport->pieces.front().file)).extension();
         return base + extension;
     }
     if (fileExists(named.data())) {
@@ -72,21 +65,6 @@ std::string baseOf(const std::string& file) {
 
 }  // namespace
 
-FoundPassport findPassport(const RecordingName& name) {
-    FoundPassport found;
-    found.there = fileExists(name.passport());
-    if (!found.there) {
-        return found;
-    }
-    const OsError error = readWholeFile(name.passport(), kLongestPassport, FileShare::ReadWrite, found.text);
-    if (error.ok()) {
-        found.passport = readPassport(found.text, found.problem);
-    } else {
-        found.problem = error.text();
-    }
-    return found;
-}
-
 std::string recordingOf(const std::string& file) {
     const RecordingName name(file);
     if (isDataExtension(name.extension()) && !file.ends_with(kMarksEnding)) {
@@ -109,7 +87,7 @@ std::set<std::string> recordingsIn(const std::string& folder) {
         // Other programs write such texts too, also beside files of theirs.
         const bool foreign = described && RecordingName(data).extension() != kDataExtension && !describes(name.data());
         if (data.empty() || foreign || (described && !fileExists(data)) ||
-            (name.extension() == kPassportExtension && !findPassport(name).passport && !fileExists(data))) {
+            (name.extension() == kPassportExtension && !findPassport(name.passport()).passport && !fileExists(data))) {
             continue;
         }
         recordings.insert(wholeOf(data));

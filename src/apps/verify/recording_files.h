@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <set>
 #include <string>
 
 #include "config/files/recording_name.h"
-#include "records/passport.h"
+#include "records/found_passport.h"
 
 namespace tarno2 {
 
@@ -17,14 +16,5 @@ namespace tarno2 {
 [[nodiscard]] std::set<std::string> recordingsIn(const std::string& folder);
 /// The numbers of a recording's data files that are there. One that is a recording of its own is none of them.
 [[nodiscard]] std::set<uint32_t> piecesOf(const RecordingName& name);
-
-/// A passport as it stands beside a recording.
-struct FoundPassport {
-    bool there = false;
-    std::string text;
-    std::optional<Passport> passport;
-    std::string problem;  ///< why it can't be read
-};
-[[nodiscard]] FoundPassport findPassport(const RecordingName& name);
 
 }  // namespace tarno2

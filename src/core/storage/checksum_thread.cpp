@@ -11,6 +11,7 @@
 #include "config/logs/debug_log.h"
 #include "core/storage/recovery_files.h"
 #include "platform/paths.h"
+#include "records/found_passport.h"
 
 namespace tarno2 {
 
@@ -20,18 +21,11 @@ namespace {
 constexpr size_t kBlockBytes = size_t{1} << 20U;
 /// How often a recording that runs is looked after.
 constexpr uint32_t kFollowPeriodMs = 20;
-constexpr uint64_t kLongestPassport = uint64_t{1} << 30U;
 
+/// One that says more than this version reads stays as it is.
 std::optional<Passport> passportOf(const RecordingName& name) {
-    std::string text;
-    std::string problem;
-    if (!isPlainFile(name.passport()) ||
-        !readWholeFile(name.passport(), kLongestPassport, FileShare::ReadWrite, text).ok()) {
-        return std::nullopt;
-    }
-    auto passport = readPassport(text, problem);
-    // One that says more than this version reads stays as it is.
-    return passport && passportText(*passport) == text ? std::move(passport) : std::nullopt;
+    FoundPassport found = findPassport(name.passport());
+    return found.passport && passportText(*found.passport) == found.text ? std::move(found.passport) : std::nullopt;
 }
 
 }  // namespace

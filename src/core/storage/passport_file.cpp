@@ -9,13 +9,12 @@
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "platform/utf.h"
+#include "records/found_passport.h"
 #include "records/passport_keys.h"
 
 namespace tarno2 {
 
 namespace {
-
-constexpr uint64_t kLongestPassport = uint64_t{1} << 30;
 
 std::string inWords(const std::string& name, const OsError& error) {
     return "\"" + name + "\" could not be written: " + error.text();
@@ -96,16 +95,11 @@ std::string PassportFile::finish() {
 
 std::string completePassport(const RecordingJournal& journal) {
     const RecordingName name(dataNameOf(journal));
-    if (!plainFileSize(name.passport())) {
-        return {};
+    FoundPassport found = findPassport(name.passport());
+    if (!found.error.ok()) {
+        return "\"" + name.passport() + "\" could not be read: " + found.problem;
     }
-    std::string contents;
-    std::string problem;
-    if (const OsError error = readWholeFile(name.passport(), kLongestPassport, FileShare::Read, contents);
-        !error.ok()) {
-        return "\"" + name.passport() + "\" could not be read: " + error.text();
-    }
-    auto passport = readPassport(contents, problem);
+    std::optional<Passport>& passport = found.passport;
     if (!passport || passport->state != Passport::State::Recording) {
         return {};
     }
