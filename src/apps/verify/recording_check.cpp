@@ -140,9 +140,8 @@ void RecordingCheck::readPassport() {
         wrong(file + " tells of no end");
     }
     const auto problems = passportContradictions(found_.text, passport);
-    for (const std::string& problem : problems) {
-        wrong(file + ": " + problem);
-    }
+    const auto bad = [&](const std::string& what) { wrong(file + ": " + what); };
+    std::ranges::for_each(problems, bad);
     if (problems.empty() && passport.state != Passport::State::Recording) {
         right(file + " is one: " + std::to_string(passport.frames()) + " frames in " +
               std::to_string(passport.pieces.size()) + " files, " + stateText(passport));
@@ -155,16 +154,24 @@ void RecordingCheck::readPassport() {
         formerName_ = RecordingName(utf8ToSystem(passport.pieces.front().file));
         note("it was recorded as \"" + formerName_->data() + "\"");
     }
+    takePieces(passport, file);
+}
+
+void RecordingCheck::takePieces(const Passport& passport, const std::string& file) {
+    const auto strange = [&](const std::string& listed) {
+        wrong(file + " tells of \"" + listed + "\", which is no file of this recording");
+    };
+    const auto outOfOrder = [&](const std::string& listed) { wrong(file + ": \"" + listed + "\" is out of order"); };
     uint32_t next = 0;
     for (const PassportPiece& piece : passport.pieces) {
         const std::string listed = utf8ToSystem(piece.file);
         const auto k = pieceOf(listed);
         if (!k) {
-            wrong(file + " tells of \"" + listed + "\", which is no file of this recording");
+            strange(listed);
             continue;
         }
         if (*k < next) {
-            wrong(file + ": \"" + listed + "\" is out of order");
+            outOfOrder(listed);
         }
         next = *k + 1;
         told_[*k] = piece;

@@ -39,6 +39,7 @@ private:
 
     [[nodiscard]] bool mayBeChecked();
     void readPassport();
+    void takePieces(const Passport& passport, const std::string& file);
     void readList();
     void enter(const std::string& listedAs, const std::string& sha256, const std::string& source);
     [[nodiscard]] std::optional<uint32_t> pieceOf(const std::string& listed) const;
