@@ -9,6 +9,7 @@
 #include "core/storage/data_writer.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "platform/utf.h"
 #include "records/checksum_list.h"
 #include "tests/core/faulty_disk.h"
 #include "tests/core/rig.h"
@@ -114,10 +115,16 @@ TEST(Checksums, AreThoseOfTheFilesHoweverTheRecordingWent) {
             std::string problem;
             const auto passport = readPassport(readFile(RecordingName(dataName).passport()), problem);
             ASSERT_TRUE(passport) << problem;
-            ASSERT_EQ(passport->pieces.size(), files.size());
-            for (size_t i = 0; i < files.size(); ++i) {
-                EXPECT_EQ(passport->pieces[i].sha256, files[i].sha256) << files[i].file;
+            // A file that was removed under the writer's hands may have vanished only when it was closed: it is told
+            // of, and has no checksum.
+            std::vector<FileChecksum> told;
+            for (const PassportPiece& piece : passport->pieces) {
+                if (!piece.sha256.empty()) {
+                    told.push_back({utf8ToSystem(piece.file), piece.sha256});
+                }
             }
+            EXPECT_EQ(told, files);
+            EXPECT_LE(passport->pieces.size(), c.files == 9 ? 10 : files.size());
         }
     }
 }
