@@ -57,6 +57,7 @@ private:
 
     TemporaryFolder folder_;
     std::string programs_;
+    std::string settings_;
     std::string signal_ = "Counter";
     Files earlier_;
     Files cutOff_;
