@@ -19,7 +19,7 @@ double voltsOf(double value, int32_t unit) {
     return value * kVolts[static_cast<size_t>(std::clamp(unit, 0, 2))];
 }
 
-/// The conditions of a start, write or stop: modes 0 and 1 ask for what `names` tells, 2 for nothing.
+/// Gathers conditions: modes 0 and 1 ask for something, 2 for nothing.
 class Conditions {
 public:
     explicit Conditions(std::vector<PassportCondition>& conditions) : conditions_(conditions) {}
