@@ -78,10 +78,11 @@ ensure_russian_locale() {
     locale -a 2>/dev/null | grep -qi '^ru_RU\.utf-\?8$' || as_root localedef -i ru_RU -f UTF-8 ru_RU.UTF-8
 }
 
-# Compiles through ccache where there is one.
+# Compiles through ccache where there is one. What one checkout has compiled serves the next, wherever it lies.
 use_ccache() {
     if command -v ccache >/dev/null; then
         export CMAKE_CXX_COMPILER_LAUNCHER=ccache CMAKE_C_COMPILER_LAUNCHER=ccache
+        export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
     fi
 }
 
