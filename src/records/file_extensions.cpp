@@ -30,6 +30,11 @@ bool isExtensionOfOtherFiles(std::string_view extension) {
                        [extension](std::string_view other) { return sameIgnoringCase(extension, other); });
 }
 
+bool isMarksName(std::string_view name) {
+    return name.size() >= kMarksEnding.size() &&
+           sameIgnoringCase(name.substr(name.size() - kMarksEnding.size()), kMarksEnding);
+}
+
 bool isDataExtension(std::string_view extension) {
     return isExtension(extension) && !isExtensionOfOtherFiles(extension);
 }

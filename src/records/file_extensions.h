@@ -18,6 +18,8 @@ inline constexpr std::string_view kEarlierJournalExtension = ".journal";  ///< o
 [[nodiscard]] bool isExtension(std::string_view text);
 /// Whether it is that of a file beside the data; letters' case does not count.
 [[nodiscard]] bool isExtensionOfOtherFiles(std::string_view extension);
+/// Whether a file of this name is a list of marks; letters' case does not count.
+[[nodiscard]] bool isMarksName(std::string_view name);
 /// Whether data files may have it.
 [[nodiscard]] bool isDataExtension(std::string_view extension);
 

@@ -53,7 +53,8 @@ NameProblem checkDataFileName(const std::string& name) {
     if (last.empty() || last == "." || last == ".." || isDirectory(name) || isDirectory(recording.data())) {
         return NameProblem::IsFolder;
     }
-    return isDataExtension(recording.extension()) ? NameProblem::None : NameProblem::EqualsDescription;
+    return isDataExtension(recording.extension()) && !isMarksName(last) ? NameProblem::None
+                                                                        : NameProblem::EqualsDescription;
 }
 
 std::optional<TextId> nameText(NameProblem problem) {

@@ -8,6 +8,7 @@
 #include "core/recording/acquisition_thread.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
+#include "platform/clock.h"
 
 namespace tarno2 {
 
@@ -77,6 +78,15 @@ void T_BOARD::endThread() {
 bool T_BOARD::dataBegun() {
     uint64_t written = 0;
     return samplesRead() > 0 || (driver_.device().get(kADCGetSamplesWritten, written) && written > 0);
+}
+
+// The newest frame that the board is known to have given: what it has counted, or what was read of one that counts not.
+std::optional<RecordingMark> T_BOARD::mark() {
+    const int64_t now = utcMicroseconds();
+    uint64_t written = 0;
+    static_cast<void>(driver_.device().get(kADCGetSamplesWritten, written));
+    const uint64_t frames = std::max(written, samplesRead()) / settings.channelCount();
+    return marks_.add(frames / decimation, now);
 }
 
 StartFailure T_BOARD::Init() {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/devices/driver.h"
@@ -10,6 +11,7 @@
 #include "core/recording/live_tap.h"
 #include "core/recording/session_link.h"
 #include "core/storage/data_writer.h"
+#include "core/storage/mark_writer.h"
 #include "platform/sleep_prevention.h"
 #include "platform/thread.h"
 #include "platform/timer_resolution.h"
@@ -59,6 +61,10 @@ public:
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
     [[nodiscard]] const T_DRIVER& driver() const { return driver_; }
     [[nodiscard]] DataWriter& writer() { return writer_; }
+    /// What is marked while it records.
+    [[nodiscard]] MarkWriter& marks() { return marks_; }
+    /// The operator marks this moment; nothing when there is no room for it. Window thread.
+    std::optional<RecordingMark> mark();
     [[nodiscard]] uint32_t maxBufferSamples() const { return maxBufferSamples_; }
     /// Why `StartThread` has failed.
     [[nodiscard]] const StartFailure& failure() const { return failure_; }
@@ -83,6 +89,7 @@ private:
     T_DRIVER& driver_;
     uint32_t number_;
     HolderCount holders_;
+    MarkWriter marks_;  ///< outlives the writer
     DataWriter writer_;
     SessionLink link_;
     StartFailure failure_;

@@ -106,6 +106,7 @@ void RecordingControl::StopButtonClick() {
     DEBUG_LOG("Stoping");
     DEBUG_LOG("Stoping by User");
     session_->endThread();
+    warnOfMarks(true);
     diskNearlyFull_ = session_->writer().diskNearlyFull();
     DEBUG_LOG("Generate new file name");
     GenerateFileName();
@@ -134,6 +135,7 @@ void RecordingControl::OnNotification(const Notification& notification) {
     const bool current = session_ && session_->number() == notification.session;
     if (current) {
         warnOfSmallBuffer();
+        warnOfMarks(result.code != StopCode::Running);
     }
     if (result.code == StopCode::Running) {
         if (current) {

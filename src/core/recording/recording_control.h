@@ -72,6 +72,7 @@ private:
     void warnOfFreeSpace();
     [[nodiscard]] bool createFiles();
     void warnOfSmallBuffer();
+    void warnOfMarks(bool ended);
     void prepareLiveTap();
 
     // Its course and end.
@@ -104,6 +105,7 @@ private:
     RecordingFacts facts_;
     uint64_t pieceBytes_ = 0;
     uint64_t wantedBuffer_ = 0;    ///< bytes; 0 once it was told that there are fewer
+    uint64_t lostMarks_ = 0;       ///< that were told of
     bool diskNearlyFull_ = false;  ///< as the last recording left it
     OutsideEnd outsideEnd_ = OutsideEnd::User;
     RecordingOutcome outcome_ = RecordingOutcome::NothingRecorded;

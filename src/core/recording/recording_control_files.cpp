@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "config/files/figure_text.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
 #include "core/recording/passport_facts.h"
@@ -116,6 +117,7 @@ bool RecordingControl::createFiles() {
     if (settings_.passport) {
         setup.passport = passportAtStart(settings_, *session_, facts_);
     }
+    setup.marks = &session_->marks();
     setup.checksums = settings_.checksums ? checksums_ : nullptr;
     setup.bufferBytes =
         bufferFor(setup.bytesPerSecond, static_cast<uint64_t>(settings_.writeBufferMegabytes) * kMebibyte);
@@ -145,6 +147,10 @@ bool RecordingControl::createFiles() {
         // What says that a file is in use names it.
         return refuse(TextId::FileNameError, code == kNameInUse ? problem : '"' + fileName_ + "\": " + problem);
     }
+    if (!session_->marks().open(fileName_)) {
+        DEBUG_LOG("!!!!! No thread or memory for marks");
+    }
+    lostMarks_ = 0;
     wantedBuffer_ = setup.bufferBytes;
     warnOfSmallBuffer();
     return true;
@@ -157,6 +163,20 @@ void RecordingControl::warnOfSmallBuffer() {
         attention(formatText(text(TextId::WriteBufferSmaller).c_str(), formatFreeSpace(got).c_str(),
                              formatFreeSpace(wantedBuffer_).c_str()));
         wantedBuffer_ = 0;
+    }
+}
+
+// What goes wrong with marks ends nothing.
+void RecordingControl::warnOfMarks(bool ended) {
+    if (const std::string problem = session_->marks().takeProblem(); !problem.empty()) {
+        attention(text(TextId::MarksNotWritten));
+        shell_.showDetail(problem);
+    }
+    // Once while they come, and their whole number with the end.
+    const uint64_t lost = session_->marks().lost();
+    if (lost > lostMarks_ && (lostMarks_ == 0 || ended)) {
+        lostMarks_ = lost;
+        attention(formatText(text(TextId::MarksLost).c_str(), formatCount(lost).c_str()));
     }
 }
 

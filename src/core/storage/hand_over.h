@@ -24,6 +24,10 @@ public:
         sent_.store(sent + 1, std::memory_order_release);
         return true;
     }
+    /// Sending thread: the next `push` finds room.
+    [[nodiscard]] bool hasRoom() const {
+        return sent_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_acquire) < room_;
+    }
     /// Sending thread: just half of the room is taken up.
     [[nodiscard]] bool halfFull() const {
         return sent_.load(std::memory_order_relaxed) - taken_.load(std::memory_order_relaxed) == room_ / 2;

@@ -11,6 +11,7 @@
 #include "config/files/file_naming.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
+#include "core/storage/mark_writer.h"
 #include "core/storage/passport_file.h"
 #include "core/storage/recovery_files.h"
 #include "language/language_table.h"
@@ -195,8 +196,10 @@ std::optional<RecoveryReport> recoverRecording(RecordingJournal& journal) {
     if (!files.problem.empty()) {
         return failed(dataName, files.problem);
     }
-    if (const std::string problem = completePassport(journal); !problem.empty()) {
-        DEBUG_LOG("!!!!! %s", problem.c_str());
+    for (const std::string& problem : {completeMarks(journal, files.frames), completePassport(journal)}) {
+        if (!problem.empty()) {
+            DEBUG_LOG("!!!!! %s", problem.c_str());
+        }
     }
     if (!journal.state().piece) {
         return std::nullopt;

@@ -7,6 +7,7 @@
 
 #include "core/storage/checksum_thread.h"
 #include "core/storage/data_file.h"
+#include "core/storage/mark_writer.h"
 #include "platform/memory.h"
 #include "records/journal_text.h"
 #include "records/passport.h"
@@ -25,6 +26,7 @@ struct WriterSetup {
     RecordingFacts facts;
     std::optional<Passport> passport;  ///< what it tells before the first sample; nothing: none is made
 
+    MarkWriter* marks = nullptr;  ///< finished with the recording; null: nothing is marked. It outlives the writer
     ChecksumThread* checksums = nullptr;  ///< computes those of the files; null: nobody does. It outlives the writer
 
     uint64_t bufferBytes = 0;       ///< memory for what waits for the disk; a few caches are had in any case

@@ -1,0 +1,166 @@
+#include "records/mark_list.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+#include <optional>
+
+#include "platform/file.h"
+#include "platform/utf.h"
+#include "records/utc_text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr std::string_view kHeader = "mark,frame,utc,source,text";
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr uint64_t kLongestFile = uint64_t{1} << 30U;
+
+std::string quotedWhereNeeded(const std::string& field) {
+    if (field.find_first_of(",\"\r\n") == std::string::npos) {
+        return field;
+    }
+    std::string quoted = "\"";
+    for (const char c : field) {
+        quoted.append(c == '"' ? 2 : 1, c);
+    }
+    return quoted + '"';
+}
+
+/// Takes the fields of one line from the front of a text. Nothing when the text ends before the line does.
+std::optional<std::vector<std::string>> takeLine(std::string_view& text) {
+    std::vector<std::string> fields(1);
+    bool quoted = false;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == '"') {
+            // Two of them within quotes are one of the text.
+            const bool doubled = quoted && i + 1 < text.size() && text[i + 1] == '"';
+            if (doubled) {
+                fields.back() += text[++i];
+            } else {
+                quoted = !quoted;
+            }
+        } else if (!quoted && c == '\n') {
+            text.remove_prefix(i + 1);
+            if (fields.back().ends_with('\r')) {
+                fields.back().pop_back();
+            }
+            return fields;
+        } else if (!quoted && c == ',') {
+            fields.emplace_back();
+        } else {
+            fields.back() += c;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<uint64_t> wholeNumber(std::string_view digits) {
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    return error == std::errc() && end == digits.data() + digits.size() ? std::optional(number) : std::nullopt;
+}
+
+std::optional<RecordingMark> markOf(const std::vector<std::string>& fields) {
+    if (fields.size() != 5) {
+        return std::nullopt;
+    }
+    const auto number = wholeNumber(fields[0]), frame = wholeNumber(fields[1]);
+    const auto utc = parseUtcText(fields[2]);
+    const auto* const source = std::ranges::find(kMarkSources, fields[3]);
+    if (!number || *number == 0 || *number > kMostMarks || !frame || !utc || source == kMarkSources.end()) {
+        return std::nullopt;
+    }
+    return RecordingMark{*number, *frame, *utc, static_cast<MarkSource>(source - kMarkSources.begin()), fields[4]};
+}
+
+}  // namespace
+
+std::string marksHeader() {
+    return std::string(kHeader).append(kLineEnd);
+}
+
+std::string markLine(const RecordingMark& mark) {
+    return std::to_string(mark.number) + ',' + std::to_string(mark.frame) + ',' + utcText(mark.utc) + ',' +
+           std::string(kMarkSources[static_cast<size_t>(mark.source)]) + ',' +
+           quotedWhereNeeded(mark.text).append(kLineEnd);
+}
+
+std::string marksText(std::span<const RecordingMark> marks) {
+    std::string text = marksHeader();
+    for (const RecordingMark& mark : marks) {
+        text += markLine(mark);
+    }
+    return text;
+}
+
+MarkList readMarks(std::string_view text) {
+    MarkList list;
+    text.remove_prefix(text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+    std::map<uint64_t, RecordingMark> byNumber;
+    size_t line = 1;
+    const std::string_view whole = text;
+    for (auto fields = takeLine(text); fields && list.problem.empty(); fields = takeLine(text), ++line) {
+        auto mark = markOf(*fields);
+        if (line == 1) {
+            const bool known = whole.substr(0, whole.find_first_of("\r\n")) == kHeader;
+            list.problem = known ? "" : "it is no list of marks";
+        } else if (mark) {
+            byNumber[mark->number] = std::move(*mark);
+        } else {
+            list.problem = "line " + std::to_string(line) + " is no mark";
+        }
+    }
+    if (line == 1 && !kHeader.starts_with(whole.substr(0, whole.find('\r')))) {
+        list.problem = "it is no list of marks";
+    }
+    for (auto& [number, mark] : byNumber) {
+        list.marks.push_back(std::move(mark));
+    }
+    return list;
+}
+
+FoundMarks findMarks(const std::string& fileName) {
+    FoundMarks found;
+    found.there = plainFileSize(fileName).has_value();
+    if (!found.there) {
+        return found;
+    }
+    found.error = readWholeFile(fileName, kLongestFile, FileShare::ReadWrite, found.text);
+    if (found.error.ok()) {
+        static_cast<MarkList&>(found) = readMarks(found.text);
+    } else {
+        found.problem = found.error.text();
+    }
+    return found;
+}
+
+std::string cleanMarkText(std::string_view text) {
+    const auto control = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
+    std::string clean;
+    // Letter by letter, so that one that is cut in half takes no other with it.
+    for (size_t i = 0; i < text.size();) {
+        size_t length = 1;
+        const auto lead = static_cast<unsigned char>(text[i]);
+        for (size_t tried = lead < 0x80 ? 0 : 2; tried >= 2 && tried <= 4 && i + tried <= text.size(); ++tried) {
+            if (utf8ToUtf16(text.substr(i, tried))) {
+                length = tried;
+                break;
+            }
+        }
+        const bool broken = lead >= 0x80 && length == 1;
+        const std::string_view letter = broken ? "\xEF\xBF\xBD" : text.substr(i, length);
+        if (clean.size() + letter.size() > kLongestMarkText) {
+            break;
+        }
+        clean += letter.size() == 1 && control(letter.front()) ? " " : letter;
+        i += length;
+    }
+    const size_t last = clean.find_last_not_of(' ');
+    clean.resize(last == std::string::npos ? 0 : last + 1);
+    return clean.erase(0, clean.find_first_not_of(' '));
+}
+
+}  // namespace tarno2
