@@ -142,6 +142,13 @@ struct ADCInputLimits {
     double m_fUpper;  // volts, above m_fLower
 };
 
+// kADCGetChannelName, kADCGetChannelUnit: the host fills the channel; the driver gives a text in UTF-8 on every system,
+// ended by a zero, without control characters and semicolons.
+struct ADCChannelText {
+    int32_t m_nChannel;
+    char m_sText[124];
+};
+
 // Answer to kADCGetStreamEnd.
 struct ADCStreamEnd {
     uint32_t m_nCause;     // kADCEnd...
@@ -235,8 +242,12 @@ enum {
                                               // LastError has the words. The host then reads what lies before it.
     kADCGetSettings = 0x5A5A0216,     // ADCSettingList  before SelectBoard too: what the driver wants to be told
     kADCGetInputLimits = 0x5A5A0217,  // ADCInputLimits  board: without it the range of kADCGetInputRange
-    kADCGetBoardSearch = 0x5A5A0218   // uint32_t  before SelectBoard too: 1 - boards are still being searched for
+    kADCGetBoardSearch = 0x5A5A0218,  // uint32_t  before SelectBoard too: 1 - boards are still being searched for
                                       // and kADCGetBoardList may grow; without it 0
+    kADCGetChannelName = 0x5A5A0219,  // ADCChannelText  board: what an input is called where its user has no name for
+                                      // it; without it its number alone
+    kADCGetChannelUnit = 0x5A5A021A   // ADCChannelText  board: what the volts of an input really are ("mA"), where its
+                                      // user names no unit; without it volts
 };
 
 // Why a stream has ended (ADCStreamEnd::m_nCause).
@@ -373,6 +384,7 @@ static_assert(offsetof(ADCInputRange, m_fRange) == 8, "");
 static_assert(sizeof(ADCIntList) == 8 + sizeof(void*) && offsetof(ADCIntList, m_pnValues) == 8, "");
 static_assert(sizeof(ADCFloatList) == 8 + sizeof(void*) && offsetof(ADCFloatList, m_pfValues) == 8, "");
 static_assert(sizeof(ADCInputLimits) == 24 && offsetof(ADCInputLimits, m_fLower) == 8, "");
+static_assert(sizeof(ADCChannelText) == 128 && offsetof(ADCChannelText, m_sText) == 4, "");
 static_assert(sizeof(ADCStreamEnd) == 24 && offsetof(ADCStreamEnd, m_nPosition) == 8, "");
 static_assert(offsetof(ADCStreamEnd, m_nLost) == 16, "");
 static_assert(sizeof(ADCSetting) == 9016 && offsetof(ADCSetting, m_nType) == 32, "");

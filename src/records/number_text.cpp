@@ -1,5 +1,6 @@
 #include "records/number_text.h"
 
+#include <array>
 #include <charconv>
 
 namespace tarno2 {
@@ -83,6 +84,12 @@ std::optional<float> parseFloat(std::string_view text) {
 
 std::optional<double> parseDouble(std::string_view text) {
     return parseReal<double>(text);
+}
+
+std::string exactNumberText(double value) {
+    std::array<char, 32> text{};  // 24 at most
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
 }
 
 }  // namespace tarno2

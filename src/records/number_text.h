@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace tarno2 {
@@ -22,5 +23,8 @@ namespace tarno2 {
 [[nodiscard]] std::optional<float> parseFloat(std::string_view text);
 /// "%lf", likewise.
 [[nodiscard]] std::optional<double> parseDouble(std::string_view text);
+
+/// The shortest text that `parseDouble` makes the same number of.
+[[nodiscard]] std::string exactNumberText(double value);
 
 }  // namespace tarno2

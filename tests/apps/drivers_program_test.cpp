@@ -83,6 +83,8 @@ TEST_F(DriversProgram, ChecksADriverLikeARecording) {
         const char* finding;
     } cases[] = {{"", 0, " 0 wrong\n"},
                  {"AnswerCount=0", 0, "missing kADCGetSamplesWritten: "},
+                 {"ChannelNames=in|out", 0, "ok      kADCGetChannelName"},
+                 {"ChannelUnits=a\tb", 1, "wrong   kADCGetChannelUnit: the text of channel 0 "},
                  {"AnswerFacts=0", 1, "wrong   kADCGetSampleFormat: has no answer"},
                  {"RingMisfit=1", 1, "wrong   the ring: "},
                  {"RefuseStart=1", 1, "wrong   Start: The start was refused"},

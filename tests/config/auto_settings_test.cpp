@@ -137,6 +137,15 @@ TEST(AutoSettings, EndsWithTheReason) {
         {{{"ChannelsNumber", "1, two"}}, {"ChannelsNumber elements count != ChannelCount... Program aborted"}},
         {{{"ChannelsGain", "1"}}, {"ChannelsGain elements count != ChannelCount... Program aborted"}},
         {{{"ChannelsGain", "1,1,1"}}, {"ChannelsGain elements count != ChannelCount... Program aborted"}},
+        {{{"ChannelsName", "\"a;b;c\""}}, {"ChannelsName elements count > ChannelCount... Program aborted"}},
+        {{{"ChannelsName", "a"}}, {"Value ChannelsName invalid... Program aborted"}},
+        {{{"ChannelsUnit", "\"a;\x01\""}}, {"Value ChannelsUnit invalid... Program aborted"}},
+        {{{"ChannelsFactor", "1"}}, {"ChannelsFactor elements count != ChannelCount... Program aborted"}},
+        {{{"ChannelsFactor", "1e999, 1"}}, {"ChannelsFactor elements count != ChannelCount... Program aborted"}},
+        {{{"ChannelsFactor", "1, 0"}}, {"Value ChannelsFactor invalid... Program aborted"}},
+        {{{"ChannelsFactor", "nan, 1"}}, {"Value ChannelsFactor invalid... Program aborted"}},
+        {{{"ChannelsOffset", "1, -inf"}}, {"Value ChannelsOffset invalid... Program aborted"}},
+        {{{"LinesName", "\";;;;;;;;;;;;;;;;;;;;;;;;;;;;;;;;\""}}, {"Value LinesName invalid... Program aborted"}},
         {{{"Frequency", kAbsent}}, {"Required parameters \"Frequency\" is absent... Program aborted"}},
         {{{"Frequency", "nan"}}, {"Required parameters \"Frequency\" is absent... Program aborted"}},
         {{{"Frequency", "1e999"}}, {"Required parameters \"Frequency\" is absent... Program aborted"}},
@@ -200,6 +209,20 @@ TEST(AutoSettings, TellsEveryDefaultItTakes) {
         EXPECT_EQ(load.settings->decimation, 1);
         EXPECT_EQ(load.settings->gains.size(), 2U);
     }
+}
+
+TEST(AutoSettings, ChannelsAndLinesHaveLabels) {
+    // Letters of the code page become UTF-8.
+    const auto wish = readAutoSettings(settingsText({{"ChannelsName", "\"inlet;out, let\""},
+                                                     {"ChannelsUnit", "\"\xEC\xE1\xE0\xF0 \""},
+                                                     {"ChannelsFactor", "-2.5, 1e-9"},
+                                                     {"ChannelsOffset", "0, 0.125"},
+                                                     {"LinesName", "\";gate\""}}));
+    ASSERT_TRUE(wish);
+    EXPECT_THAT(wish->labels, ElementsAre(ChannelLabel{"inlet", "\xD0\xBC\xD0\xB1\xD0\xB0\xD1\x80", -2.5, 0.0},
+                                          ChannelLabel{"out, let", "", 1e-9, 0.125}));
+    EXPECT_THAT(wish->lineNames, ElementsAre("", "gate"));
+    EXPECT_THAT(readAutoSettings(settingsText({}))->labels, ElementsAre(ChannelLabel(), ChannelLabel()));
 }
 
 TEST(AutoSettings, StopRulesAreHeldInSecondsAndBytes) {

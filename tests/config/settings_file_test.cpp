@@ -73,7 +73,7 @@ ProgramSettings goldenSettings() {
     const int32_t colors[] = {0, 1, 0xff, 0xff00, 0xff0000, 0xffffff, 0x123456, 7, 8, 0xabcdef};
     const int32_t gains[] = {1, 2, 5, 10, 1, 2, 5, 10, 100, 1000};
     for (size_t i = 0; i < 10; ++i) {
-        s.channels[i] = {colors[i], i % 2 == 0 || i == 9, gains[i]};
+        s.channels[i] = {colors[i], i % 2 == 0 || i == 9, gains[i], {}};
     }
     s.frequencyList = {1000.0, 44100.5};
     SynchroSettings& synchro = s.wish.synchro;
@@ -125,6 +125,16 @@ std::vector<std::string> valuesOf(ProgramSettings settings) {
         void operator()(const IntegerListSetting& setting) {
             for (size_t i = 0; i < setting.count(settings); ++i) {
                 add(std::to_string(setting.get(settings, i)));
+            }
+        }
+        void operator()(const ExactListSetting& setting) {
+            for (size_t i = 0; i < setting.count(settings); ++i) {
+                add(formatText("%.17g", setting.at(settings, i)));
+            }
+        }
+        void operator()(const NameListSetting& setting) {
+            for (size_t i = 0; i < setting.most(settings); ++i) {
+                add(setting.get(settings, i));
             }
         }
         void operator()(const RealListSetting& /*setting*/) {}  // its length may change; see FrequencyListCount
@@ -400,6 +410,34 @@ TEST_F(SettingsFile, WhatDriversAreToldIsKeptWhole) {
     const std::string text = saved(settings);
     EXPECT_THAT(text, testing::EndsWith("\r\nDriverSettings = " + settings.driverSettings + "\r\n\r\n"));
     EXPECT_EQ(loaded(text).driverSettings, settings.driverSettings);
+}
+
+TEST_F(SettingsFile, LabelsOfChannelsAreKeptToTheLastLetterAndDigit) {
+    ProgramSettings settings;
+    settings.channelCount = 12;
+    settings.channels[1].label = {"inlet // \xD0\xB2\xD1\x85\xD0\xBE\xD0\xB4 1",
+                                  "\xC2\xB0"
+                                  "C",
+                                  -1.0 / 3.0, 1e-7};
+    settings.channels[11].label = {"last", "", 5e-324, -1.7976931348623157e308};
+    settings.wish.lineNames = {"", "", "gate = open"};
+    ProgramSettings read = loaded(saved(settings));
+    EXPECT_EQ(valuesOf(read)[0], valuesOf(settings)[0]);
+    for (size_t i = 0; i < read.channels.size(); ++i) {
+        EXPECT_EQ(read.channels[i].label, settings.channels[i].label) << i;
+    }
+    EXPECT_EQ(read.wish.lineNames, settings.wish.lineNames);
+
+    // What can't be a label leaves the start value; what nearly is one becomes it. A file by hand may be of the page.
+    read = loaded(
+        "ChannelsName =  a;\xE2\xF5\xEE\xE4 ;\x01 c\x02 \nChannelsFactor = 0 2 nan 1e999 x 1e400 -4\n"
+        "ChannelsOffset = inf -0.5\nLinesName = ;;\n");
+    EXPECT_EQ(read.channels[0].label, (ChannelLabel{"a", "", 1.0, 0.0}));
+    EXPECT_EQ(read.channels[1].label, (ChannelLabel{"\xD0\xB2\xD1\x85\xD0\xBE\xD0\xB4", "", 2.0, -0.5}));
+    EXPECT_EQ(read.channels[2].label, (ChannelLabel{"c", "", 1.0, 0.0}));
+    EXPECT_EQ(read.channels[6].label.factor, -4.0);
+    EXPECT_THAT(saved(ProgramSettings()),
+                Not(AnyOf(HasSubstr("ChannelsName"), HasSubstr("ChannelsFactor"), HasSubstr("LinesName"))));
 }
 
 TEST_F(SettingsFile, AFailedSaveLeavesWhatWasThere) {

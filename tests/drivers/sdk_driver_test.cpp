@@ -62,6 +62,10 @@ protected:
         board.channels = 2;
         board.maximumFrequency = 1e6F;
         board.limits = {{0.0, 10.0}};
+        board.channelNames = {"", std::string(122, 'a') + "\xC2\xB0"};  // a letter that is cut in two is left out
+        board.channelUnits = {
+            "\xC2\xB0"
+            "C"};
         return {count, board};
     }
     bool searchTakesLong() const override { return slow; }
@@ -235,6 +239,24 @@ TEST(SdkDriver, EndsItsStreamAtTheFrameAndToldOnce) {
         EXPECT_EQ(device.GetData(kADCDataShort, read.data(), 6, 0), 1);
         EXPECT_EQ(read, samples);
         device.Stop();
+    }
+    device.Release();
+}
+
+TEST(SdkDriver, TellsNamesAndUnitsOfChannels) {
+    Gate gate;
+    gate.set(true);
+    auto& device = *new SlowDriver(gate);
+    ASSERT_EQ(boardsFound(device), 2U);
+    ASSERT_EQ(device.SelectBoard(1), 1);
+    EXPECT_STREQ(get(device, kADCGetChannelName, ADCChannelText{1, {}}).m_sText, std::string(122, 'a').c_str());
+    EXPECT_STREQ(get(device, kADCGetChannelUnit, ADCChannelText{0, {}}).m_sText,
+                 "\xC2\xB0"
+                 "C");
+    for (const int32_t channel : {-1, 0, 2}) {
+        ADCChannelText untouched{channel, "x"};
+        EXPECT_EQ(device.Get(kADCGetChannelName, &untouched), 0) << channel;
+        EXPECT_STREQ(untouched.m_sText, "x");
     }
     device.Release();
 }

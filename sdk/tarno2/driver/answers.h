@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <stdint.h>
+#include <string>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
@@ -80,6 +81,24 @@ inline int32_t putInputLimits(void* result, const ADCInputRange& asked, const In
     return put(result, answer);
 }
 
+/// The text of a channel, cut to whole letters where it is too long; no answer for one that is empty or of no channel.
+inline int32_t putChannelText(void* result, const Board& board, const std::vector<std::string>& texts) {
+    ADCChannelText answer;
+    std::memcpy(&answer, result, sizeof answer);
+    const size_t channel = static_cast<size_t>(answer.m_nChannel);
+    if (channel >= board.channels || channel >= texts.size() || texts[channel].empty()) {
+        return 0;
+    }
+    const std::string& text = texts[channel];
+    size_t length = std::min(text.size(), sizeof answer.m_sText - 1);
+    while (length > 0 && length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0U) == 0x80U) {
+        --length;
+    }
+    std::memset(answer.m_sText, 0, sizeof answer.m_sText);
+    std::memcpy(answer.m_sText, text.data(), length);
+    return put(result, answer);
+}
+
 /// The queries that a board's facts answer; 0 for another.
 inline int32_t answerFacts(const Board& board, uint32_t code, void* result) {
     switch (code) {
@@ -116,6 +135,10 @@ inline int32_t answerFacts(const Board& board, uint32_t code, void* result) {
             return put(result, static_cast<uint32_t>(board.synchronousChannels));
         case kADCGetBoardFrequency:
             return put(result, board.usualFrequency);
+        case kADCGetChannelName:
+            return putChannelText(result, board, board.channelNames);
+        case kADCGetChannelUnit:
+            return putChannelText(result, board, board.channelUnits);
         default:
             return 0;
     }

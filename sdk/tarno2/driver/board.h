@@ -42,14 +42,16 @@ struct Board {
     std::string name;  ///< what the user reads behind its number: "ADC16 (16 channels)"
     ADCSampleFormat format = plainWords(2, 16, true);
     ADCCodeRange codes = allCodes(16, true);
-    uint32_t channels = 1;              ///< 1 to 160
-    double range = 1.0;                 ///< an input goes from -range / gain to +range / gain, volts
-    std::vector<double> channelRanges;  ///< the range of each channel, where they differ
-    std::vector<int32_t> gains;         ///< to choose from, from 1 up; empty: only 1
-    std::vector<InputLimits> limits;    ///< of each of `gains` (or of gain 1): in place of `range`, for boards that are
-                                        ///< not symmetric. `Driver::inputLimits` tells of channels that differ
-    std::vector<float> frequencies;     ///< the only ones, Hz; empty: any within the limits
-    float minimumFrequency = 1.0F;      ///< Hz, total over all channels ...
+    uint32_t channels = 1;                  ///< 1 to 160
+    double range = 1.0;                     ///< an input goes from -range / gain to +range / gain, volts
+    std::vector<double> channelRanges;      ///< the range of each channel, where they differ
+    std::vector<std::string> channelNames;  ///< of each channel that has one, UTF-8; empty: its number alone
+    std::vector<std::string> channelUnits;  ///< what its volts really are, likewise ("mA"); empty: volts
+    std::vector<int32_t> gains;             ///< to choose from, from 1 up; empty: only 1
+    std::vector<InputLimits> limits;  ///< of each of `gains` (or of gain 1): in place of `range`, for boards that are
+                                      ///< not symmetric. `Driver::inputLimits` tells of channels that differ
+    std::vector<float> frequencies;   ///< the only ones, Hz; empty: any within the limits
+    float minimumFrequency = 1.0F;    ///< Hz, total over all channels ...
     float maximumFrequency = 1.0F;
     float usualFrequency = 1.0F;
     bool perChannelFrequency = false;  ///< ... or of a channel: all frequencies, in the block too

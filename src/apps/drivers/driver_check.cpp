@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iostream>
 #include <iterator>
+#include <string_view>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
@@ -18,6 +19,8 @@
 #include "platform/clock.h"
 #include "platform/event.h"
 #include "platform/paths.h"
+#include "platform/utf.h"
+#include "records/channel_label.h"
 
 namespace tarno2 {
 
@@ -58,6 +61,7 @@ private:
     void checkFormat();
     void checkRates();
     void checkInputs();
+    void checkLabels();
     bool setUp();
     bool checkRing();
     void record(bool inDetail);
@@ -150,6 +154,7 @@ void DriverCheck::checkFacts() {
     report_.expect(channels_ >= 1 && channels_ <= 160, "kADCGetChannelCount",
                    formatText("%u channels, not 1 to 160", channels_));
     checkInputs();
+    checkLabels();
     checkRates();
     needs(kADCGetMaxBuffer, "kADCGetMaxBuffer", false);
     needs(kADCGetExtendedBlock, "kADCGetExtendedBlock", false);
@@ -189,6 +194,29 @@ void DriverCheck::checkInputs() {
                            "kADCGetInputRange", which + "no range above 0 V");
             report_.expect(!device_.get(kADCGetInputLimits, limits) || limits.m_fLower < limits.m_fUpper,
                            "kADCGetInputLimits", which + "a lower limit that is not below its upper one");
+        }
+    }
+}
+
+void DriverCheck::checkLabels() {
+    const struct {
+        uint32_t code;
+        const char* name;
+    } codes[] = {{kADCGetChannelName, "kADCGetChannelName"}, {kADCGetChannelUnit, "kADCGetChannelUnit"}};
+    for (const auto& each : codes) {
+        ADCChannelText answer{static_cast<int32_t>(channels_), {}};
+        report_.expect(!device_.get(each.code, answer), each.name, "is answered for a channel that is not there");
+        for (uint32_t channel = 0; channel < std::min(channels_, 160U); ++channel) {
+            answer = {static_cast<int32_t>(channel), {}};
+            if (!device_.get(each.code, answer)) {
+                continue;
+            }
+            const std::string_view all(answer.m_sText, sizeof answer.m_sText);
+            const std::string_view text = all.substr(0, all.find('\0'));
+            report_.expect(text.size() < all.size() && isLabelText(text) && utf8ToUtf16(text), each.name,
+                           formatText("the text of channel %u is not ended, is no UTF-8, or has a semicolon or control "
+                                      "characters in it",
+                                      channel));
         }
     }
 }

@@ -15,8 +15,10 @@
 #include "config/settings/driver_values.h"
 #include "config/settings/settings_table.h"
 #include "platform/clock.h"
+#include "platform/codepage1251.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "records/channel_label.h"
 #include "records/key_value_file.h"
 #include "records/key_value_text.h"
 
@@ -63,7 +65,7 @@ public:
         }
         const bool bounded = rule_.number == AutoNumber::Decimal;
         if (bounded && value_ < (rule_.anyFromZero ? 0 : setting.lowest)) {
-            return rule_.tooLow != nullptr ? rule_.tooLow : rule_.odd;
+            return lineOfElement();
         }
         if (bounded && value_ > highest_) {
             return rule_.odd;
@@ -109,6 +111,42 @@ public:
 
     const char* operator()(const RealListSetting& /*setting*/) { return nullptr; }  // only the settings file has some
 
+    const char* operator()(const ExactListSetting& setting) {
+        std::vector<double> values(setting.count(settings_));
+        uint32_t found = 0;
+        if (!file_.readDoubleArray(key_, values, found)) {
+            return rule_.absent;
+        }
+        if (found != values.size()) {
+            return rule_.odd;
+        }
+        for (size_t i = 0; i < values.size(); ++i) {
+            if (!setting.takes(values[i])) {
+                return lineOfElement();
+            }
+            setting.at(settings_, i) = values[i];
+        }
+        return nullptr;
+    }
+
+    const char* operator()(const NameListSetting& setting) {
+        std::string list;
+        if (!file_.readString(key_, list, {})) {
+            return findKeyValue(normalised_, key_) ? lineOfElement() : rule_.absent;
+        }
+        const std::vector<std::string> names = labelParts(typedToUtf8(list));
+        if (names.size() > setting.most(settings_)) {
+            return rule_.odd;
+        }
+        for (size_t i = 0; i < names.size(); ++i) {
+            if (!isLabelText(names[i])) {
+                return lineOfElement();
+            }
+            setting.set(settings_, i, usableLabelText(names[i]));
+        }
+        return nullptr;
+    }
+
     void log(const char* line) const {
         std::string told = filled(line, "{key}", key_);
         told = filled(told, "{value}", std::to_string(value_));
@@ -126,6 +164,7 @@ private:
         }
         return file_.readInt32(key_, value_, 0, rule_.number == AutoNumber::Hexadecimal);
     }
+    [[nodiscard]] const char* lineOfElement() const { return rule_.tooLow != nullptr ? rule_.tooLow : rule_.odd; }
     [[nodiscard]] const char* lineWithoutNumber() const {
         return rule_.strict && findKeyValue(normalised_, key_) ? rule_.odd : rule_.absent;
     }

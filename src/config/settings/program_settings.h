@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config/settings/recording_wish.h"
+#include "records/channel_label.h"
 
 namespace tarno2 {
 
@@ -27,6 +28,7 @@ struct ChannelSettings {
     int32_t color = 0;  ///< 0xBBGGRR
     bool active = false;
     int32_t gain = 1;
+    ChannelLabel label;  ///< what the operator calls it
 };
 
 /// How the signal view draws one line of the digital port.
@@ -39,7 +41,7 @@ struct DigitalLineSettings {
 /// What the conversion of a recording to text was last set to.
 struct TextExportSettings {
     int32_t firstColumnMode = 0;    ///< 0 absent, 1 samples, 2 seconds, 3 "HH:MM:SS:ms"
-    int32_t dataColumnMode = 0;     ///< 0 ADC codes, 1 volts
+    int32_t dataColumnMode = 0;     ///< 0 ADC codes, 1 volts, 2 the channels' units
     int32_t timePrecision = 6;      ///< decimals; the dialog takes what is above 9 for 9
     int32_t voltagePrecision = 6;   ///< likewise
     int32_t fractionalDivider = 0;  ///< 0 point, 1 comma
@@ -47,6 +49,7 @@ struct TextExportSettings {
     uint8_t columnDivider = ';';
     uint8_t columnDividerCount = 1;  ///< the dialog takes what is above 99 for 99
     int32_t maxLineCount = 0;        ///< lines in a file; 0: all in one
+    int32_t header = 0;              ///< 1: a first line of headings
 };
 
 /// The whole interactive state that is kept between runs, with its start values.
@@ -82,7 +85,7 @@ struct ProgramSettings {
     int32_t axisXUnit = 3;       ///< 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h
     int32_t axisYMode = -1;      ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes
     int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
-    static constexpr size_t kDigitalLineCount = 32;
+    static constexpr size_t kDigitalLineCount = kMaximumLineCount;
     std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
     /// Where the user has zoomed the Y axis to, microvolts or codes; taken while the scale is not automatic. Equal:
     /// nowhere.

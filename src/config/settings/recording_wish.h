@@ -4,12 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "records/channel_label.h"
 #include "sync/synchro_settings.h"
 
 namespace tarno2 {
 
 /// Most channels that can be recorded.
 inline constexpr int32_t kMaximumChannelCount = 160;
+/// Most lines of a digital port that can have a name.
+inline constexpr size_t kMaximumLineCount = 32;
 
 /// How a recording ends by itself.
 enum class StopRule { Manual = 0, Time = 1, Size = 2 };
@@ -39,11 +42,13 @@ struct RecordingWish {
     std::string driverSettings;  ///< what an unattended recording tells that driver, as `parseDriverValues` reads it
     std::string fileName;  ///< where it goes, empty: a name is generated. Kept between runs: where the last one went
 
-    std::vector<int32_t> channels;    ///< their numbers in recording order
-    std::vector<int32_t> gains;       ///< one a channel; 1 where there is none
-    double frequency = 100000.0;      ///< Hz; a start refuses what is not above 0
-    uint32_t boardMode = 0;           ///< BoardModeBits
-    double packetFrequency = 1000.0;  ///< Hz
+    std::vector<int32_t> channels;       ///< their numbers in recording order
+    std::vector<int32_t> gains;          ///< one a channel; 1 where there is none
+    std::vector<ChannelLabel> labels;    ///< one a channel; what the driver says counts where there is none
+    std::vector<std::string> lineNames;  ///< of the lines of the digital port, as many as have one; UTF-8
+    double frequency = 100000.0;         ///< Hz; a start refuses what is not above 0
+    uint32_t boardMode = 0;              ///< BoardModeBits
+    double packetFrequency = 1000.0;     ///< Hz
 
     StopRule stopRule = StopRule::Manual;
     double stopSeconds = 0.0;  ///< for StopRule::Time

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <string>
 #include <type_traits>
 #include <vector>
 
@@ -222,6 +223,40 @@ constexpr IntegerListSetting digitalColumn(int32_t lowest, int32_t highest) {
             [](Settings& settings, size_t i, int32_t value) { settings.digitalLines[i].*Column = value; }};
 }
 
+/// A text or a number in the labels of the channel table.
+template <auto Field>
+constexpr NameListSetting labelColumn() {
+    return {channelCount, [](const Settings& settings, size_t i) { return settings.channels[i].label.*Field; },
+            [](Settings& settings, size_t i, const std::string& text) { settings.channels[i].label.*Field = text; }};
+}
+
+inline bool isFactor(double value) {
+    return isScale(value, 0.0);
+}
+
+inline bool isOffset(double value) {
+    return isScale(1.0, value);
+}
+
+template <auto Field>
+constexpr ExactListSetting scaleColumn(double usual, bool (*takes)(double)) {
+    return {usual, takes, channelCount,
+            [](Settings& settings, size_t i) -> double& { return settings.channels[i].label.*Field; }};
+}
+
+constexpr NameListSetting lineNames() {
+    return {[](const Settings&) { return kMaximumLineCount; },
+            [](const Settings& settings, size_t i) {
+                const auto& names = settings.wish.lineNames;
+                return i < names.size() ? names[i] : std::string();
+            },
+            [](Settings& settings, size_t i, const std::string& name) {
+                auto& names = settings.wish.lineNames;
+                names.resize(std::max(names.size(), i + 1));
+                names[i] = name;
+            }};
+}
+
 // What only an autosettings file has.
 
 constexpr IntegerSetting channelCountOfList() {
@@ -230,6 +265,7 @@ constexpr IntegerSetting channelCountOfList() {
             [](Settings& settings, int32_t value) {
                 settings.wish.channels.resize(static_cast<size_t>(value));
                 settings.wish.gains.assign(static_cast<size_t>(value), 1);
+                settings.wish.labels.assign(static_cast<size_t>(value), {});
             }};
 }
 
@@ -242,6 +278,22 @@ constexpr IntegerListSetting listOfChannels() {
             [](const Settings& settings) { return (settings.wish.*List).size(); },
             [](const Settings& settings, size_t i) { return (settings.wish.*List)[i]; },
             [](Settings& settings, size_t i, int32_t value) { (settings.wish.*List)[i] = value; }};
+}
+
+inline size_t labelCount(const Settings& settings) {
+    return settings.wish.labels.size();
+}
+
+template <auto Field>
+constexpr NameListSetting labelsOfChannels() {
+    return {labelCount, [](const Settings& settings, size_t i) { return settings.wish.labels[i].*Field; },
+            [](Settings& settings, size_t i, const std::string& text) { settings.wish.labels[i].*Field = text; }};
+}
+
+template <auto Field>
+constexpr ExactListSetting scalesOfChannels(double usual, bool (*takes)(double)) {
+    return {usual, takes, labelCount,
+            [](Settings& settings, size_t i) -> double& { return settings.wish.labels[i].*Field; }};
 }
 
 /// Size of a piece, MiB; 0: the recording is not cut.

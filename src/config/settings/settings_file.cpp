@@ -1,6 +1,8 @@
 #include "config/settings/settings_file.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -9,8 +11,11 @@
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 #include "platform/clock.h"
+#include "platform/codepage1251.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "records/channel_label.h"
+#include "records/number_text.h"
 
 namespace tarno2 {
 
@@ -67,9 +72,8 @@ public:
             file_.GetStringCopy(key_.c_str(), setting.at(settings_));
             return;
         }
-        std::string buffer(file_.FindRaw(key_.c_str(), false).size() + 1, '\0');
-        if (file_.GetString(key_.c_str(), buffer)) {
-            setting.at(settings_).assign(buffer, 0, buffer.find('\0'));
+        if (std::string text = longText(); !text.empty()) {
+            setting.at(settings_) = std::move(text);
         }
     }
 
@@ -93,7 +97,34 @@ public:
         std::erase_if(values, [](double value) { return !std::isfinite(value) || value <= 0.0; });
     }
 
+    void operator()(const ExactListSetting& setting) {
+        std::vector<std::string> texts(setting.count(settings_));
+        file_.GetStringArrayCopy(key_.c_str(), texts);
+        for (size_t i = 0; i < texts.size(); ++i) {
+            if (const auto value = parseDouble(texts[i]); value && setting.takes(*value)) {
+                setting.at(settings_, i) = *value;
+            }
+        }
+    }
+
+    void operator()(const NameListSetting& setting) {
+        const std::vector<std::string> names = labelParts(typedToUtf8(longText()));
+        for (size_t i = 0; i < std::min(names.size(), setting.most(settings_)); ++i) {
+            setting.set(settings_, i, usableLabelText(names[i]));
+        }
+    }
+
 private:
+    /// The whole text of the entry; empty when there is none.
+    std::string longText() {
+        std::string buffer(file_.FindRaw(key_.c_str(), false).size() + 1, '\0');
+        if (!file_.GetString(key_.c_str(), buffer)) {
+            return {};
+        }
+        buffer.resize(buffer.find('\0'));
+        return buffer;
+    }
+
     CConfigWork& file_;
     std::string key_;
     ProgramSettings& settings_;
@@ -146,6 +177,31 @@ public:
 
     void operator()(const RealListSetting& setting) {
         file_.WriteDoubleArray(key_.c_str(), setting.at(settings_), comment_.c_str());
+    }
+
+    void operator()(const ExactListSetting& setting) {
+        std::vector<std::string> texts(setting.count(settings_));
+        std::vector<const char*> values;
+        bool usual = true;
+        for (size_t i = 0; i < texts.size(); ++i) {
+            const double value = setting.at(settings_, i);
+            usual = usual && value == setting.usual;
+            texts[i] = exactNumberText(value);
+            values.push_back(texts[i].c_str());
+        }
+        if (!usual) {
+            file_.WriteStringArray(key_.c_str(), values, comment_.c_str());
+        }
+    }
+
+    void operator()(const NameListSetting& setting) {
+        std::vector<std::string> names(setting.most(settings_));
+        for (size_t i = 0; i < names.size(); ++i) {
+            names[i] = setting.get(settings_, i);
+        }
+        if (const std::string list = labelList(names); !list.empty()) {
+            file_.WriteString(key_.c_str(), list.c_str(), comment_.c_str());
+        }
     }
 
 private:

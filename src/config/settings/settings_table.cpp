@@ -47,6 +47,10 @@ constexpr AutoRule kStopRule = {.turn = AutoTurn::StopRule,
                                 .odd = "Invalid value for \"MeasureFileMode\" ... MeasureFileMode = 0(Manual mode)"};
 constexpr AutoRule kDecimationRule = {.turn = AutoTurn::Others, .odd = "Decimation <1... Decimation disable"};
 constexpr AutoRule kBoundedRule = {.turn = AutoTurn::Others, .odd = kUseStart};
+constexpr const char* kTooManyNames = "{key} elements count > ChannelCount... Program aborted";
+constexpr const char* kOtherCount = "{key} elements count != ChannelCount... Program aborted";
+constexpr AutoRule kNamesRule = {.turn = AutoTurn::Channels, .odd = kTooManyNames, .tooLow = kInvalid};
+constexpr AutoRule kScaleRule = {.turn = AutoTurn::Channels, .odd = kOtherCount, .tooLow = kInvalid};
 constexpr AutoRule kSynchro = {.turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true};
 constexpr AutoRule kSynchroChannel = {
     .turn = AutoTurn::SynchroNumbers, .odd = kInvalid, .strict = true, .anyFromZero = true};
@@ -148,7 +152,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentTextFirstColumnMode, nullptr,
      integer<&Settings::textExport, &TextExportSettings::firstColumnMode>(0, 3)},
     {TextId::CommentTextDataColumnMode, nullptr,
-     integer<&Settings::textExport, &TextExportSettings::dataColumnMode>(0, 1)},
+     integer<&Settings::textExport, &TextExportSettings::dataColumnMode>(0, 2)},
     {TextId::CommentTextTimePrecision, nullptr,
      integer<&Settings::textExport, &TextExportSettings::timePrecision>(0, kMost)},
     {TextId::CommentTextVoltagePrecision, nullptr,
@@ -184,6 +188,12 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentPassport, "Passport", rareOff<&Settings::wish, &Wish::passport>(), kBoundedRule},
     {TextId::CommentComment, "Comment", rareText<&Settings::wish, &Wish::comment>(), {.turn = AutoTurn::Others}},
     {TextId::CommentChecksums, "Checksums", rareOff<&Settings::wish, &Wish::checksums>(), kBoundedRule},
+    {TextId::CommentChannelsName, "ChannelsName", labelColumn<&ChannelLabel::name>()},
+    {TextId::CommentChannelsUnit, "ChannelsUnit", labelColumn<&ChannelLabel::unit>()},
+    {TextId::CommentChannelsFactor, "ChannelsFactor", scaleColumn<&ChannelLabel::factor>(1.0, isFactor)},
+    {TextId::CommentChannelsOffset, "ChannelsOffset", scaleColumn<&ChannelLabel::offset>(0.0, isOffset)},
+    {TextId::CommentLinesName, "LinesName", lineNames(), {.turn = AutoTurn::Others, .odd = kInvalid}},
+    {TextId::CommentTextHeader, "TextHeader", rareInteger<&Settings::textExport, &TextExportSettings::header>(0, 1)},
     {kAutoOnly,
      "DriverSettings",
      text<&Settings::wish, &Wish::driverSettings>(),
@@ -207,6 +217,10 @@ constexpr SettingRow kTable[] = {
      {.turn = AutoTurn::Channels,
       .absent = "Parameters \"ChannelsGain\" is absent... Use gain 1 to all channels",
       .odd = "ChannelsGain elements count != ChannelCount... Program aborted"}},
+    {kAutoOnly, "ChannelsName", labelsOfChannels<&ChannelLabel::name>(), kNamesRule},
+    {kAutoOnly, "ChannelsUnit", labelsOfChannels<&ChannelLabel::unit>(), kNamesRule},
+    {kAutoOnly, "ChannelsFactor", scalesOfChannels<&ChannelLabel::factor>(1.0, isFactor), kScaleRule},
+    {kAutoOnly, "ChannelsOffset", scalesOfChannels<&ChannelLabel::offset>(0.0, isOffset), kScaleRule},
     {kAutoOnly, "CutMode", cutMode(), {.turn = AutoTurn::Rates, .odd = "Cut mode <0... Cut mode disable"}},
     {kAutoOnly,
      "TimeNeed",

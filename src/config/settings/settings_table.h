@@ -53,7 +53,25 @@ struct RealListSetting {
     std::vector<double>& (*at)(ProgramSettings&);
 };
 
-using SettingPlace = std::variant<IntegerSetting, RealSetting, TextSetting, IntegerListSetting, RealListSetting>;
+/// A list of numbers whose length the settings tell, each kept to its last digit. Written only when one of them is not
+/// `usual`, with which they start.
+struct ExactListSetting {
+    double usual;
+    bool (*takes)(double);
+    size_t (*count)(const ProgramSettings&);
+    double& (*at)(ProgramSettings&, size_t);
+};
+
+/// A list of names in one text, as `labelList` makes it; at most as many as the settings tell. Written only when there
+/// is one.
+struct NameListSetting {
+    size_t (*most)(const ProgramSettings&);
+    std::string (*get)(const ProgramSettings&, size_t);
+    void (*set)(ProgramSettings&, size_t, const std::string&);
+};
+
+using SettingPlace = std::variant<IntegerSetting, RealSetting, TextSetting, IntegerListSetting, RealListSetting,
+                                  ExactListSetting, NameListSetting>;
 
 /// When the reader of an autosettings file comes to a key. Keys of one turn are read in the order of the table.
 enum class AutoTurn : uint8_t {
@@ -80,8 +98,8 @@ struct AutoRule {
     AutoTurn turn = AutoTurn::Never;
     const char* key = nullptr;     ///< null: as in the settings file
     const char* absent = nullptr;  ///< no such key, or what it has is no number; an empty text that may be left out
-    const char* odd = nullptr;     ///< out of bounds; for a list: of another length
-    const char* tooLow = nullptr;  ///< below the lowest; null: as `odd`
+    const char* odd = nullptr;     ///< out of bounds; for a list: of another length, of names: too long
+    const char* tooLow = nullptr;  ///< below the lowest; for a list: an element that can't be; null: as `odd`
     bool strict = false;           ///< what is no number is odd
     bool anyFromZero = false;      ///< bounds of its own: what is not negative
     AutoNumber number = AutoNumber::Decimal;

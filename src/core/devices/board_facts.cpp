@@ -1,12 +1,28 @@
 #include "core/devices/board_facts.h"
 
+#include <algorithm>
+
 namespace tarno2 {
+
+namespace {
+
+std::vector<std::string> channelTexts(Device& device, uint32_t code, uint32_t channels) {
+    std::vector<std::string> texts;
+    for (uint32_t i = 0; i < std::min(channels, kMaximumChannels); ++i) {
+        texts.push_back(device.channelText(code, i));
+    }
+    return texts;
+}
+
+}  // namespace
 
 BoardFacts readBoardFacts(Device& device) {
     BoardFacts facts;
     facts.formatKnown = device.get(kADCGetSampleFormat, facts.format);
     facts.codeRangeKnown = device.get(kADCGetCodeRange, facts.codeRange);
     facts.channelCount = device.number(kADCGetChannelCount, 0);
+    facts.channelNames = channelTexts(device, kADCGetChannelName, facts.channelCount);
+    facts.channelUnits = channelTexts(device, kADCGetChannelUnit, facts.channelCount);
     facts.gains = device.integers(kADCGetGainList);
     if (facts.gains.empty()) {
         facts.gains = {1};
@@ -27,6 +43,18 @@ BoardFacts readBoardFacts(Device& device) {
     facts.preHistory = device.number(kADCGetPreHistory, 0) != 0;
     facts.synchronousChannels = device.number(kADCGetSynchronousChannels, 0) != 0;
     return facts;
+}
+
+ChannelLabel channelLabel(const BoardFacts& board, int32_t channel, ChannelLabel given) {
+    const auto takeOver = [channel](std::string& text, const std::vector<std::string>& told) {
+        const auto index = static_cast<size_t>(channel);
+        if (text.empty() && index < told.size()) {
+            text = told[index];
+        }
+    };
+    takeOver(given.name, board.channelNames);
+    takeOver(given.unit, board.channelUnits);
+    return given;
 }
 
 }  // namespace tarno2

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <tarno2/IADCDevice.h>
 
 #include "core/devices/device.h"
+#include "records/channel_label.h"
 
 namespace tarno2 {
 
@@ -18,9 +20,11 @@ struct BoardFacts {
     ADCSampleFormat format{};
     bool codeRangeKnown = false;
     ADCCodeRange codeRange{};
-    uint32_t channelCount = 0;       ///< physical channels
-    std::vector<int32_t> gains;      ///< to choose from; gain 1 alone when the driver tells none
-    std::vector<float> frequencies;  ///< the only ones, Hz; empty: any within the limits
+    uint32_t channelCount = 0;              ///< physical channels
+    std::vector<std::string> channelNames;  ///< of each channel, in UTF-8, where the driver has one
+    std::vector<std::string> channelUnits;  ///< likewise; what its volts really are
+    std::vector<int32_t> gains;             ///< to choose from; gain 1 alone when the driver tells none
+    std::vector<float> frequencies;         ///< the only ones, Hz; empty: any within the limits
     ADCFrequencyLimits frequencyLimits{};
     float boardFrequency = 0.0F;  ///< Hz, to start a selector with
     uint32_t boardModes = 0;      ///< kADCMode... bits
@@ -39,5 +43,9 @@ struct BoardFacts {
 };
 
 [[nodiscard]] BoardFacts readBoardFacts(Device& device);
+
+/// What a channel of the board is called and told in: as its operator says, and where he says nothing, as the driver
+/// does.
+[[nodiscard]] ChannelLabel channelLabel(const BoardFacts& board, int32_t channel, ChannelLabel given);
 
 }  // namespace tarno2

@@ -4,8 +4,11 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <string_view>
 
 #include "config/logs/debug_log.h"
+#include "platform/codepage1251.h"
+#include "records/channel_label.h"
 
 namespace tarno2 {
 
@@ -110,6 +113,15 @@ bool Device::query(uint32_t code, void* result) noexcept {
 uint32_t Device::number(uint32_t code, uint32_t otherwise) noexcept {
     uint32_t value = otherwise;
     return get(code, value) ? value : otherwise;
+}
+
+std::string Device::channelText(uint32_t code, uint32_t channel) {
+    ADCChannelText answer{static_cast<int32_t>(channel), {}};
+    if (!get(code, answer)) {
+        return {};
+    }
+    const std::string_view text(answer.m_sText, sizeof answer.m_sText);
+    return usableLabelText(typedToUtf8(text.substr(0, text.find('\0'))));
 }
 
 bool Device::set(uint32_t code, const void* value) noexcept {

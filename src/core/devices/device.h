@@ -35,6 +35,8 @@ public:
     }
     /// A uint32_t answer, or `otherwise` when the driver has none.
     [[nodiscard]] uint32_t number(uint32_t code, uint32_t otherwise) noexcept;
+    /// A name or unit of a channel (kADCGetChannelName, kADCGetChannelUnit), in UTF-8; empty when the driver has none.
+    [[nodiscard]] std::string channelText(uint32_t code, uint32_t channel);
     [[nodiscard]] bool set(uint32_t code, const void* value) noexcept;
 
     // Texts in the entries of lists are ended, however the driver left them.

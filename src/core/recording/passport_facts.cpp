@@ -159,12 +159,19 @@ Passport passportAtStart(const RecordingWish& wish, const T_BOARD& session, cons
     for (size_t i = 0; i < facts.ranges.size(); ++i) {
         PassportChannel& channel = passport.channels.emplace_back();
         channel.number = session.settings.channels[i];
+        const ChannelLabel given = i < wish.labels.size() ? wish.labels[i] : ChannelLabel();
+        const ChannelLabel label = channelLabel(driver.facts(), channel.number, given);
+        channel.name = label.name;
+        channel.unit = label.unitText();
+        channel.factor = label.factor;
+        channel.offset = label.offset;
         channel.gain = session.settings.gains[i];
         channel.upper = facts.ranges[i].upper;
         channel.lower = facts.ranges[i].lower;
     }
-    for (int32_t line = 0; line < static_cast<int32_t>(passport.sample.lineCount); ++line) {
-        passport.lines.push_back({line, {}});
+    for (size_t line = 0; line < passport.sample.lineCount; ++line) {
+        passport.lines.push_back(
+            {static_cast<int32_t>(line), line < wish.lineNames.size() ? wish.lineNames[line] : std::string()});
     }
     passport.synchronisation = synchronisationOf(wish);
     return passport;

@@ -13,6 +13,7 @@ namespace {
 void takeChannels(const ProgramSettings& settings, const BoardFacts& board, RecordingWish& wish) {
     wish.channels.clear();
     wish.gains.clear();
+    wish.labels.clear();
     // Without a board the start is refused, and says why, after the channels were counted.
     const auto known = static_cast<size_t>(std::max(settings.channelCount, 0));
     const size_t count = std::min(board.channelCount != 0 ? board.channelCount : known, settings.channels.size());
@@ -20,6 +21,7 @@ void takeChannels(const ProgramSettings& settings, const BoardFacts& board, Reco
         if (settings.channels[i].active) {
             wish.channels.push_back(static_cast<int32_t>(i));
             wish.gains.push_back(usableGain(board, settings.channels[i].gain));
+            wish.labels.push_back(settings.channels[i].label);
         }
     }
 }
@@ -104,6 +106,7 @@ void showWish(const RecordingWish& wish, ProgramSettings& shown) {
         if (number < shown.channels.size()) {
             shown.channels[number].active = true;
             shown.channels[number].gain = i < wish.gains.size() ? wish.gains[i] : 1;
+            shown.channels[number].label = i < wish.labels.size() ? wish.labels[i] : ChannelLabel();
         }
     }
 }

@@ -52,6 +52,12 @@ std::vector<sdk::InputLimits> limitsOf(comedi_t* device, const Input& input) {
     return limits;
 }
 
+/// What the numbers of the ranges are, where not volts.
+std::string unitOf(comedi_t* device, const Input& input) {
+    const comedi_range* range = comedi_get_range(device, input.subdevice, 0, 0);
+    return range != nullptr && range->unit == UNIT_mA ? "mA" : "";
+}
+
 std::string nameOf(comedi_t* device, const Place& place) {
     std::string name = comedi_get_board_name(device);
     const std::string driver = comedi_get_driver_name(device);
@@ -140,6 +146,9 @@ std::vector<sdk::Board> boardsOf(comedi_t* device, const std::string& path) {
         board.limits = limitsOf(device, *input);
         if (board.limits.empty()) {
             continue;
+        }
+        if (const std::string unit = unitOf(device, *input); !unit.empty()) {
+            board.channelUnits.assign(board.channels, unit);
         }
         for (size_t gain = 1; gain <= board.limits.size(); ++gain) {
             board.gains.push_back(static_cast<int32_t>(gain));

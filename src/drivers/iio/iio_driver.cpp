@@ -58,6 +58,10 @@ sdk::Board describe(const ScanDevice& device, const sdk::Settings& settings) {
     board.format = sdk::plainWords(device.word().bytes, 8 * device.word().bytes, device.word().isSigned);
     board.codes = {device.word().minimum, device.word().maximum};
     board.channels = static_cast<uint32_t>(device.channels().size());
+    for (const ScanChannel& channel : device.channels()) {
+        board.channelNames.push_back(channel.name);
+        board.channelUnits.push_back(channel.scale > 0.0 ? channel.unit : std::string());
+    }
     board.range = 0.0;
     for (const sdk::InputLimits& limits : limitsOf(device, settings)) {
         board.range = std::max({board.range, std::abs(limits.lower), std::abs(limits.upper)});

@@ -30,6 +30,42 @@ double baseUnits(iio_chan_type type) {
     }
 }
 
+/// The unit in which a channel of that kind is recorded; empty for volts and where the kernel knows none.
+const char* unitOf(iio_chan_type type) {
+    switch (type) {
+        case IIO_CURRENT:
+            return "A";
+        case IIO_POWER:
+            return "W";
+        case IIO_TEMP:
+            return "\xC2\xB0"
+                   "C";
+        case IIO_HUMIDITYRELATIVE:
+            return "%";
+        case IIO_ACCEL:
+            return "m/s\xC2\xB2";
+        case IIO_ANGL_VEL:
+            return "rad/s";
+        case IIO_MAGN:
+            return "G";
+        case IIO_PRESSURE:
+            return "kPa";
+        case IIO_RESISTANCE:
+            return "Ohm";
+        case IIO_LIGHT:
+            return "lx";
+        default:
+            return "";
+    }
+}
+
+/// As the board's author calls it, or else the kernel.
+std::string nameOf(const iio_channel& channel) {
+    const char* const name = iio_channel_get_name(&channel);
+    const char* const id = iio_channel_get_id(&channel);
+    return name != nullptr ? name : id != nullptr ? id : "";
+}
+
 double numberOf(const iio_channel& channel, const char* attribute, double otherwise) {
     double value = 0.0;
     if (iio_channel_find_attr(&channel, attribute) == nullptr ||
@@ -120,6 +156,8 @@ void ScanDevice::addChannels(iio_channel& channel) {
     }
     const iio_data_format& data = *iio_channel_get_data_format(&channel);
     ScanChannel scan{.channel = &channel,
+                     .name = nameOf(channel),
+                     .unit = unitOf(iio_channel_get_type(&channel)),
                      .format = {.bits = data.bits,
                                 .length = data.length,
                                 .shift = data.shift,

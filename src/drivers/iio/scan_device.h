@@ -26,6 +26,8 @@ using ContextHandle = std::unique_ptr<iio_context, ContextDeleter>;
 /// One channel of a board.
 struct ScanChannel {
     iio_channel* channel = nullptr;
+    std::string name;
+    std::string unit;  ///< empty: volts
     ScanFormat format;
     size_t element = 0;   ///< which of the values of a field that has several
     double scale = 0.0;   ///< volts (or units of another quantity) for a step of the code; 0: not told

@@ -65,6 +65,8 @@ public:
     [[nodiscard]] const std::shared_ptr<Library>& library() const { return library_; }
     [[nodiscard]] std::string name() const;
     [[nodiscard]] const std::vector<sr_channel*>& analog() const { return analog_; }
+    /// What they are called on the device.
+    [[nodiscard]] std::vector<std::string> analogNames() const;
     [[nodiscard]] const std::vector<sr_channel*>& logic() const { return logic_; }
 
     [[nodiscard]] bool isContinuous() const { return continuous_; }

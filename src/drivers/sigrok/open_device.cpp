@@ -80,6 +80,14 @@ void OpenDevice::learn() {
     rate_ = can(device_, nullptr, SR_CONF_SAMPLERATE, SR_CONF_SET);
 }
 
+std::vector<std::string> OpenDevice::analogNames() const {
+    std::vector<std::string> names;
+    for (const sr_channel* const channel : analog_) {
+        names.push_back(wordOf(channel->name));
+    }
+    return names;
+}
+
 std::string OpenDevice::name() const {
     std::string name = wordOf(sr_dev_inst_vendor_get(device_));
     for (const std::string& word : {wordOf(sr_dev_inst_model_get(device_)), wordOf(sr_dev_inst_version_get(device_))}) {

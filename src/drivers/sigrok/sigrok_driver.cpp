@@ -68,6 +68,7 @@ sdk::Board describe(const OpenDevice& device, const sdk::Settings& settings) {
     } else {
         board.codes = sdk::allCodes(shape.codeBits, true);
         board.channelRanges = rangesOf(device, settings);
+        board.channelNames = device.analogNames();
         board.range = *std::max_element(board.channelRanges.begin(), board.channelRanges.end());
     }
     if (holds(device, settings)) {

@@ -98,6 +98,17 @@ bool SimulatorDriver::settingsChanged() {
     return takeSignal();
 }
 
+/// The parts of a text, parted by vertical bars.
+std::vector<std::string> partsOf(const std::string& text) {
+    std::vector<std::string> parts;
+    for (size_t at = 0; at < text.size();) {
+        const size_t end = std::min(text.find('|', at), text.size());
+        parts.push_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    return parts;
+}
+
 std::vector<sdk::Board> SimulatorDriver::search(const sdk::Settings& settings) {
     std::vector<sdk::Board> boards = simulatedBoards();
     const int64_t largest = settings.integer("MaxBuffer", 0);
@@ -105,6 +116,8 @@ std::vector<sdk::Board> SimulatorDriver::search(const sdk::Settings& settings) {
         if (largest > 0) {
             board.maximumRing = static_cast<uint32_t>(std::min<int64_t>(largest, 1 << 28));
         }
+        board.channelNames = partsOf(settings.text("ChannelNames"));
+        board.channelUnits = partsOf(settings.text("ChannelUnits"));
         board.externalClockRate =
             std::clamp(static_cast<float>(settings.real("ExternalClockRate")), 1.0F, board.maximumFrequency);
     }

@@ -66,6 +66,13 @@ TEST(Passport, TellsOfRecordingsThatEndByThemselves) {
          recordingOf(3, 800e3, 80000, "ChannelsGain = 4, 1\r\n"),
          ";RealTime=0",
          {"end.reason=size", "channels.0.gain=4", "channels.0.upper=0.625"}},
+        {"labels",
+         recordingOf(3, 800e3, 80000,
+                     "ChannelsName = \"inlet\"\r\nChannelsUnit = \";bar\"\r\nChannelsFactor = 1, -2.5\r\n"
+                     "ChannelsOffset = 0, 0.1\r\nLinesName = \";gate\"\r\n"),
+         ";RealTime=0;ChannelNames=AI0|AI1;ChannelUnits=mA|kPa",
+         {"channels.0.name=inlet", "channels.0.unit=mA", "channels.1.name=AI1", "channels.1.unit=bar",
+          "channels.1.factor=-2.5", "channels.1.offset=0.1", "lines.1.name=gate", "lines.0.name="}},
         {"pieces", pieces, ";RealTime=0", {"end.reason=size", "pieces.2.file=run_2.dat"}},
         {"records", recordingOf(2, 1e6, 600000, kTriggeredRecords), ";RealTime=0", {"end.reason=size"}, 16},
         {"records in pieces", recordsInPieces, ";RealTime=0", {"end.reason=size", "rate.decimation=2"}, 16},
@@ -116,13 +123,14 @@ TEST(Passport, OfAKilledRecordingIsCompletedByItsRecovery) {
     for (const bool records : {false, true}) {
         SCOPED_TRACE(records);
         const RecordingRig rig;
-        Wish wish = recordingOf(2, 4e6, 0, records ? kTriggeredRecords : "");
+        Wish wish =
+            recordingOf(2, 4e6, 0, std::string("ChannelsName = \"a;b\"\r\n") + (records ? kTriggeredRecords : ""));
         wish.cut = 1;
         auto process = rig.start(wish, "Signal=Counter");
         ASSERT_TRUE(waitUntil([&] { return rig.size("run_1.dat") > 0; })) << rig.autoLog();
         process->kill();
         rig.run("tarno2-recover", {rig.file("run.dat")});
-        expectTrue(rig, rig.file("run.json"), {"end.reason=cut off", "state=recovered"}, 0);
+        expectTrue(rig, rig.file("run.json"), {"end.reason=cut off", "state=recovered", "channels.1.name=b"}, 0);
     }
 }
 
