@@ -157,6 +157,14 @@ struct ADCStreamEnd {
     uint64_t m_nLost;      // samples that were lost from there on; 0: not known
 };
 
+// Answer to kADCGetMark: something that happened, to be marked in the stream.
+struct ADCMark {
+    uint32_t m_nThere;     // 1: this is one; 0: there is none now
+    uint32_t m_nReserved;  // the driver writes 0
+    uint64_t m_nPosition;  // samples since Start: the sample at which it happened
+    char m_sText[240];     // what happened; may be empty
+};
+
 // One thing that a driver wants to be told: an entry of kADCGetSettings. Texts are zero-terminated; the captions are
 // UTF-8 on every system, key and values are single-byte as elsewhere (UTF-8 outside Windows).
 struct ADCSetting {
@@ -246,8 +254,11 @@ enum {
                                       // and kADCGetBoardList may grow; without it 0
     kADCGetChannelName = 0x5A5A0219,  // ADCChannelText  board: what an input is called where its user has no name for
                                       // it; without it its number alone
-    kADCGetChannelUnit = 0x5A5A021A   // ADCChannelText  board: what the volts of an input really are ("mA"), where its
+    kADCGetChannelUnit = 0x5A5A021A,  // ADCChannelText  board: what the volts of an input really are ("mA"), where its
                                       // user names no unit; without it volts
+    kADCGetMark = 0x5A5A021B          // ADCMark  running: the oldest mark that was not asked for yet. Answered from
+                              // `Start` on, or it isn't asked again. The host asks with every look at the ring, until
+                              // there is none
 };
 
 // Why a stream has ended (ADCStreamEnd::m_nCause).

@@ -24,6 +24,8 @@
 #include <tarno2/driver/board.h>
 #include <tarno2/driver/board_list.h>
 #include <tarno2/driver/device.h>
+#include <tarno2/driver/factory.h>
+#include <tarno2/driver/marks.h>
 #include <tarno2/driver/ring.h>
 #include <tarno2/driver/settings.h>
 #include <tarno2/driver/setup.h>
@@ -114,6 +116,10 @@ protected:
         fail("%s", why.c_str());
         ring_.end(cause, 0);
     }
+    /// Something happened at this sample since the start: the host marks it in the recording, with this text (239 bytes
+    /// at most, in the system's code page). Any thread, while a measurement runs. False when the host has not yet asked
+    /// for too many of them.
+    bool mark(uint64_t position, const std::string& text = std::string()) { return marks_.put(position, text); }
     /// For samples that are made where they stay.
     Ring& ring() { return ring_; }
     const Ring& ring() const { return ring_; }
@@ -174,6 +180,9 @@ public:
         }
         if (code == kADCGetStreamEnd) {
             return put(result, ring_.streamEnd());
+        }
+        if (code == kADCGetMark) {
+            return put(result, marks_.take());
         }
         return guarded([&] { return answer(code, result); });
     }
@@ -321,6 +330,7 @@ private:
             return fail("The system gave no event.");
         }
         ring_.begin();
+        marks_.clear();
         running_ = begin(*board_, measurement_);
         return running_;
     }
@@ -416,30 +426,11 @@ private:
     std::atomic<bool> configured_;
     std::atomic<bool> running_;
     Ring ring_;
+    Marks marks_;
     BoardList boards_;  // last: its thread ends first
 };
 
-/// What `StaticFactory` returns: a new `DriverType`; null for another interface or when it can't be made.
-template <typename DriverType>
-void* makeDevice(const char* interfaceName) noexcept {
-    if (interfaceName == nullptr || std::strcmp(interfaceName, TARNO2_DEVICE_INTERFACE) != 0) {
-        return nullptr;
-    }
-    try {
-        return static_cast<IADCDevice*>(new DriverType);
-    } catch (...) {
-        return nullptr;
-    }
-}
-
 }  // namespace sdk
 }  // namespace tarno2
-
-/// The library's export, for a driver with a constructor without arguments. Outside every namespace.
-#define TARNO2_DRIVER(DriverType)                                                             \
-    TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t flags); \
-    TARNO2_EXPORT void* TARNO2_CALL StaticFactory(const char* interfaceName, uint32_t) {      \
-        return ::tarno2::sdk::makeDevice<DriverType>(interfaceName);                          \
-    }
 
 #endif  // TARNO2_DRIVER_H

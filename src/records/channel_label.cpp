@@ -24,7 +24,7 @@ bool isScale(double factor, double offset) {
 
 std::optional<UnitScale> scaleThrough(double volts1, double value1, double volts2, double value2) {
     const UnitScale scale{(value2 - value1) / (volts2 - volts1),
-                            value1 - volts1 * ((value2 - value1) / (volts2 - volts1))};
+                          value1 - volts1 * ((value2 - value1) / (volts2 - volts1))};
     return isScale(scale.factor, scale.offset) ? std::optional(scale) : std::nullopt;
 }
 

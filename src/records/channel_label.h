@@ -10,10 +10,10 @@ namespace tarno2 {
 
 /// What a channel is called, and what its volts mean: a value in its unit is volts * factor + offset. Texts are UTF-8.
 struct ChannelLabel {
-    std::string name;      ///< empty: the channel has its number alone
-    std::string unit;      ///< empty: volts
-    double factor = 1.0;   ///< finite and not 0
-    double offset = 0.0;   ///< finite
+    std::string name;     ///< empty: the channel has its number alone
+    std::string unit;     ///< empty: volts
+    double factor = 1.0;  ///< finite and not 0
+    double offset = 0.0;  ///< finite
 
     [[nodiscard]] double inUnit(double volts) const { return volts * factor + offset; }
     [[nodiscard]] double inVolts(double value) const { return (value - offset) / factor; }

@@ -45,6 +45,7 @@ public:
     }
     using Driver::gone;
     using Driver::lost;
+    using Driver::mark;
     using Driver::push;
     using Driver::room;
     using Driver::waitForRoom;
@@ -210,6 +211,33 @@ TEST(SdkDriver, WaitsForRoomUntilTheHostHasDoneWithIt) {
         EXPECT_EQ(begins ? device.waitForRoom() : room.get(), each.room);
         device.push(words.data(), device.room());
     }
+    device.Release();
+}
+
+TEST(SdkDriver, HandsOutItsMarksOnceAndForgetsThoseOfTheLastMeasurement) {
+    Gate gate;
+    gate.set(true);
+    auto& device = *new SlowDriver(gate);
+    ASSERT_EQ(device.SetProgramDirectory("."), 1);
+    ASSERT_EQ(boardsFound(device), 2U);
+    ASSERT_EQ(device.SelectBoard(1), 1);
+    start(device);
+    EXPECT_EQ(uint32_t{get<ADCMark>(device, kADCGetMark).m_nThere}, 0U);
+    EXPECT_TRUE(device.mark(6, "valve"));
+    EXPECT_TRUE(device.mark(3, std::string(500, 'x')));
+    const auto first = get<ADCMark>(device, kADCGetMark);
+    EXPECT_EQ(uint64_t{first.m_nPosition}, 6U);
+    EXPECT_STREQ(first.m_sText, "valve");
+    EXPECT_EQ(get<ADCMark>(device, kADCGetMark).m_sText, std::string(239, 'x'));
+    EXPECT_EQ(uint32_t{get<ADCMark>(device, kADCGetMark).m_nThere}, 0U);
+    size_t taken = 0;
+    for (; device.mark(taken); ++taken) {
+    }
+    EXPECT_EQ(taken, size_t{sdk::Marks::kMost});
+    device.Stop();
+    start(device);
+    EXPECT_EQ(uint32_t{get<ADCMark>(device, kADCGetMark).m_nThere}, 0U);
+    device.Stop();
     device.Release();
 }
 

@@ -320,6 +320,10 @@ void DriverCheck::watchStream() {
     if (!device_.get(kADCGetStreamEnd, end)) {
         report_.missing("kADCGetStreamEnd", "a board that fails can't say where");
     }
+    ADCMark mark{};
+    if (!device_.get(kADCGetMark, mark)) {
+        report_.missing("kADCGetMark", "the board marks nothing in its stream");
+    }
     samples_.resize(size_t{ring_.m_nRingSize} * format_.m_nBytes);
     const bool came = waitForHalf();
     if (device_.get(kADCGetStreamEnd, end) && end.m_nCause != kADCEndNone) {

@@ -24,6 +24,7 @@ inline constexpr int32_t kLargestColor = 0xFFFFFF;
 inline constexpr int32_t kLargestFont = 200;
 inline constexpr int32_t kLastChannel = kMaximumChannelCount - 1;
 inline constexpr int32_t kLastPortBit = 15;
+inline constexpr int32_t kLastLine = 31;
 inline constexpr int32_t kMostFrequencies = 1000;
 inline constexpr int32_t kLargestBuffer = 0x500000;  // frames
 inline constexpr int32_t kFarthestPixel = 100000;

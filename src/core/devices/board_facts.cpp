@@ -16,6 +16,14 @@ std::vector<std::string> channelTexts(Device& device, uint32_t code, uint32_t ch
 
 }  // namespace
 
+uint32_t BoardFacts::lineMask(int32_t line) const {
+    if (!formatKnown || line < 0 || static_cast<uint32_t>(line) >= format.m_nDigitalLines) {
+        return 0;
+    }
+    const uint32_t bit = format.m_nDigitalShift + static_cast<uint32_t>(line);
+    return bit < 32 ? format.m_nDigitalMask & (1U << bit) : 0;
+}
+
 BoardFacts readBoardFacts(Device& device) {
     BoardFacts facts;
     facts.formatKnown = device.get(kADCGetSampleFormat, facts.format);

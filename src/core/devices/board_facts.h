@@ -40,6 +40,8 @@ struct BoardFacts {
     [[nodiscard]] uint32_t sampleWidth() const { return formatKnown ? format.m_nBytes : 2; }
     /// The digital port's lines share the sample word with the code.
     [[nodiscard]] bool packed() const { return formatKnown && format.m_nDigitalMask != 0; }
+    /// The bit of a digital line, from 0, in the first word of a frame; 0 when there is no such line.
+    [[nodiscard]] uint32_t lineMask(int32_t line) const;
 };
 
 [[nodiscard]] BoardFacts readBoardFacts(Device& device);

@@ -105,6 +105,9 @@ StartFailure AcquisitionThread::prepare() {
     if (board_.decimation > 1) {
         decimator_.emplace(board_.decimation, uint64_t{sampleWidth_} * settings.channelCount(), bufferBytes);
     }
+    if (const uint32_t mask = driver_.facts().lineMask(board_.markedLine.line); mask != 0) {
+        edges_.emplace(mask, sampleWidth_, size_t{sampleWidth_} * settings.channelCount(), board_.markedLine.edge);
+    }
     additionalMode_ = driver_.facts().preHistory;
     return {};
 }
@@ -134,6 +137,7 @@ bool AcquisitionThread::startBoard() {
     ADCStreamEnd end{};
     tellsEnd_ = driver_.device().get(kADCGetStreamEnd, end);
     askEnd();
+    askMarks();
     return true;
 }
 

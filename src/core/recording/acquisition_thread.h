@@ -6,10 +6,12 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "core/recording/board.h"
 #include "core/recording/data_wait.h"
 #include "core/recording/decimator.h"
+#include "core/recording/line_edges.h"
 #include "core/recording/recording_progress.h"
 #include "core/recording/ring_reader.h"
 #include "core/recording/session_link.h"
@@ -55,6 +57,9 @@ private:
     void askCount();
     void noteClock(bool last);
     void askEnd();
+    void askMarks();
+    void markEdges(std::span<const std::byte> block);
+    void markAt(MarkSource source, uint64_t position, std::string_view text);
     void readHalves();
     void readCounted();
     void readUpTo(uint64_t end);
@@ -91,12 +96,14 @@ private:
     std::unique_ptr<std::byte[]> buffer_;
     std::byte* block_ = nullptr;  ///< the block that was read last: in the buffer, or in the writer's cache
     std::optional<Decimator> decimator_;
+    std::optional<LineEdges> edges_;  ///< nothing: no line is watched
     std::optional<RingReader> ring_;
     DataWait wait_;
     bool draining_ = false;        ///< the recording has ended, the rest of the ring is being read
     bool counts_ = false;          ///< the driver has told how many samples it has put into the ring
     bool countAnswered_ = false;   ///< and did so when it was asked last
     bool tellsEnd_ = false;        ///< the driver tells whether its stream has ended
+    bool tellsMarks_ = true;       ///< the driver has always told what it has marked
     bool startAwaited_ = false;    ///< the external start has not come
     bool eventCame_ = false;       ///< with this pass
     bool additionalMode_ = false;  ///< the pre-history portion is being read

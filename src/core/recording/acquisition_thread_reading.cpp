@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "config/logs/debug_log.h"
@@ -77,6 +79,7 @@ void AcquisitionThread::updatePositions() {
     ring_->halvesFilled(halves);
     askCount();
     askEnd();
+    askMarks();
     noteClock(false);
     const auto load = static_cast<uint32_t>(std::min(ring_->load(), 1000.0) * 1000.0);
     if (load > link_.worstLoad()) {
@@ -114,6 +117,46 @@ void AcquisitionThread::askEnd() {
     DEBUG_LOG("Stream end: cause = %u, position = %llu, lost = %llu, taken at %llu", end.m_nCause,
               static_cast<unsigned long long>(end.m_nPosition), static_cast<unsigned long long>(end.m_nLost),
               static_cast<unsigned long long>(ring_->written()));
+}
+
+// What the driver has marked meanwhile; the rest of very many with the next pass.
+void AcquisitionThread::askMarks() {
+    ADCMark mark{};
+    size_t count = 0;
+    while (tellsMarks_ && count < MarkWriter::kMostWaiting) {
+        tellsMarks_ = driver_.device().get(kADCGetMark, mark);
+        if (!tellsMarks_ || mark.m_nThere == 0) {
+            break;
+        }
+        const char* const end = std::find(std::begin(mark.m_sText), std::end(mark.m_sText), '\0');
+        markAt(MarkSource::Driver, mark.m_nPosition, {mark.m_sText, static_cast<size_t>(end - mark.m_sText)});
+        ++count;
+    }
+    if (count > 0) {
+        board_.marks().wake();
+    }
+}
+
+// A mark's moment follows from its distance to the newest sample.
+void AcquisitionThread::markAt(MarkSource source, uint64_t position, std::string_view text) {
+    const uint64_t newest = std::max(ring_->written(), position);
+    const double rate = board_.settings.externalClock ? 0.0 : board_.sampleRate();
+    const double ago = rate > 0.0 ? static_cast<double>(newest - position) / rate : 0.0;
+    const uint64_t frame = position / board_.settings.channelCount() / board_.decimation;
+    board_.marks().note(source, frame, utcMicroseconds() - std::llround(ago * 1e6), text);
+}
+
+// Before the decimation: a pulse between two frames that are kept counts too.
+void AcquisitionThread::markEdges(std::span<const std::byte> block) {
+    const uint64_t begin = ring_->readPosition();
+    bool found = false;
+    edges_->scan(block, [&](size_t frame) {
+        markAt(MarkSource::Line, begin + frame * board_.settings.channelCount(), {});
+        found = true;
+    });
+    if (found) {
+        board_.marks().wake();
+    }
 }
 
 void AcquisitionThread::readHalves() {
@@ -239,6 +282,9 @@ bool AcquisitionThread::fetch(std::byte* destination, uint32_t count, uint32_t o
 
 int32_t AcquisitionThread::processBlock(uint32_t samples) {
     std::span<const std::byte> block{block_, size_t{samples} * sampleWidth_};
+    if (edges_) {
+        markEdges(block);
+    }
     if (decimator_) {
         block = decimator_->process(block);
     }

@@ -8,6 +8,7 @@
 #include "core/devices/driver.h"
 #include "core/devices/holder_count.h"
 #include "core/devices/parameter_blocks.h"
+#include "core/recording/line_edges.h"
 #include "core/recording/live_tap.h"
 #include "core/recording/session_link.h"
 #include "core/storage/data_writer.h"
@@ -38,6 +39,7 @@ public:
 
     BoardSettings settings;       ///< corrected by the driver once the thread is started
     uint32_t decimation = 1;      ///< keep the first of so many frames
+    MarkedLine markedLine;        ///< edges of a digital line that mark the recording
     uint32_t dataWaitMs = 10000;  ///< least time without a data event that ends the recording
     std::unique_ptr<BlockEvaluator> evaluator;
     LiveTap* liveTap = nullptr;  ///< takes every block before the evaluator; outlives the session. Null: nobody does

@@ -9,6 +9,8 @@
 #include "config/logs/debug_log.h"
 #include "core/recording/recording_control.h"
 #include "core/recording/recording_settings.h"
+#include "language/language_table.h"
+#include "platform/c_locale.h"
 
 namespace tarno2 {
 
@@ -67,6 +69,7 @@ bool RecordingControl::checkSettings() {
     board.packetMode = settings_.hasMode(kBoardPacketMode);
     board.externalClock = settings_.hasMode(kBoardExternalClock);
     board.packetFrequency = static_cast<float>(settings_.packetFrequency);
+    session_->markedLine = {settings_.markLine, settings_.markEdge};
     session_->decimation = static_cast<uint32_t>(std::max(settings_.decimation, 1));
 
     DEBUG_LOG("Save to file \"%s\"", fileName_.c_str());
@@ -94,6 +97,9 @@ bool RecordingControl::checkSettings() {
     const bool packetUsable = !board.packetMode || (std::isfinite(board.packetFrequency) && board.packetFrequency > 0);
     if (!std::isfinite(board.frequency) || !(board.frequency > 0.0F) || !packetUsable) {
         return refuse(TextId::FrequencyIncorrect);
+    }
+    if (settings_.markLine >= 0 && driver_.facts().lineMask(settings_.markLine) == 0) {
+        attention(formatText(text(TextId::MarkLineMissing).c_str(), settings_.markLine));
     }
     if (const auto beyond = beyondBoard(settings_, driver_.facts())) {
         DEBUG_LOG("!!!!! %s", beyond->detail.c_str());

@@ -11,6 +11,7 @@
 #include "config/logs/debug_log.h"
 #include "core/storage/recovery_files.h"
 #include "platform/paths.h"
+#include "platform/utf.h"
 #include "records/found_passport.h"
 
 namespace tarno2 {
@@ -185,8 +186,8 @@ void MarkWriter::take() {
     log_.insert(log_.end(), typed_.begin(), typed_.end());
     typed_.clear();
     for (const Note* note = notes_->front(); note != nullptr; note = notes_->front()) {
-        log_.push_back({note->number, note->frame, note->utc, note->source,
-                        cleanMarkText(std::string_view(note->text, note->length))});
+        const std::string text(note->text, note->length);
+        log_.push_back({note->number, note->frame, note->utc, note->source, cleanMarkText(systemToUtf8(text))});
         notes_->pop();
     }
     if (finishing_.load(std::memory_order_acquire) && draft_) {

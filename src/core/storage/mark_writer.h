@@ -45,7 +45,7 @@ public:
     /// Room for so many until the thread has taken them.
     static constexpr size_t kMostWaiting = 4096;
     static constexpr size_t kLongestNote = 240;  ///< bytes of a text; the rest of a longer one is left out
-    /// A line of the port or the driver marks a frame. After some of them: `wake`.
+    /// A line of the port or the driver marks a frame, with a text in the system's code page. After some: `wake`.
     void note(MarkSource source, uint64_t frame, int64_t utc, std::string_view text);
     void wake() { static_cast<void>(wake_.set()); }
 
@@ -95,10 +95,10 @@ private:
 
     mutable std::mutex mutex_;
     bool open_ = false;
-    std::vector<RecordingMark> typed_;      ///< by the operator, not taken yet
-    std::optional<RecordingMark> draft_;    ///< what he is typing
-    std::vector<RecordingMark> log_;        ///< in the order of the lines; changed by the thread alone
-    std::string problem_;                   ///< not told yet
+    std::vector<RecordingMark> typed_;    ///< by the operator, not taken yet
+    std::optional<RecordingMark> draft_;  ///< what he is typing
+    std::vector<RecordingMark> log_;      ///< in the order of the lines; changed by the thread alone
+    std::string problem_;                 ///< not told yet
 
     // Of the thread.
     File file_;

@@ -60,8 +60,12 @@ private:
     [[nodiscard]] uint64_t sampleNumber(const char* key);
     int32_t answerRing(void* result);
 
+    void markFrames();
+
     SignalSettings signal_;
     Faults faults_;
+    uint64_t frameSamples_ = 1;
+    uint64_t marked_ = 0;  ///< marks since the start
     std::atomic<uint32_t> ringAnswers_{0};
 };
 
@@ -83,6 +87,8 @@ SimulatorDriver::SimulatorDriver() : GeneratorDriver("Simulator") {
     all.add(Setting::integer("Amplitude", 80, 0, 1000, "Amplitude, % of the range", "Амплитуда, % диапазона"));
     all.add(Setting::integer("DigitalPeriod", 64, 1, 1 << 30, "Frames until line 0 toggles",
                              "Кадров до переключения линии 0"));
+    all.add(Setting::integer("MarkEvery", 0, 0, 0x7FFFFFFF, "Frames from mark to mark (0: no marks)",
+                             "Кадров от метки до метки (0: без меток)"));
     all.add(Setting::integer("RealTime", 1, 0, 1, "At the rate that was asked for", "С заданной частотой"));
     all.add(Setting::real("ClockError", 0.0, -kLargestClockError, kLargestClockError,
                           "Error of the board's clock, millionths", "Погрешность генератора платы, миллионные доли"));
@@ -197,7 +203,17 @@ int32_t SimulatorDriver::Start() noexcept {
     if (faults_.refuseStart) {
         return fail("The start was refused (RefuseStart).") ? 1 : 0;
     }
+    marked_ = 0;
     return Driver::Start();
+}
+
+/// Marks every so many frames of what has been made by now.
+void SimulatorDriver::markFrames() {
+    const auto every = static_cast<uint64_t>(settings().integer("MarkEvery"));
+    while (every != 0 && (marked_ + 1) * every * frameSamples_ <= ring().written() &&
+           mark((marked_ + 1) * every * frameSamples_, "Mark " + std::to_string(marked_ + 1))) {
+        ++marked_;
+    }
 }
 
 int32_t SimulatorDriver::GetData(int32_t mode, void* destination, uint32_t count, uint32_t offset) noexcept {
@@ -232,6 +248,9 @@ int32_t SimulatorDriver::Get(uint32_t code, void* result) noexcept {
             return faults_.answerFacts ? Driver::Get(code, result) : 0;
         case kADCGetRing:
             return answerRing(result);
+        case kADCGetMark:
+            markFrames();
+            return Driver::Get(code, result);
         case kADCGetHotPlugPresence: {
             const bool gone = faults_.unplugAfter != kNever && producer().silent();
             const int32_t answered = Driver::Get(code, result);
@@ -275,6 +294,7 @@ std::unique_ptr<SampleSource> SimulatorDriver::prepare(const sdk::Board& board, 
     if (!settings().flag("RealTime")) {
         plan.framesPerSecond = 0.0;
     }
+    frameSamples_ = measurement.channels.size();
     plan.framesPerSecond *= 1.0 + settings().real("ClockError") * 1e-6;
     if (measurement.externalStart) {
         const int64_t delay = settings().integer("ExternalStartAfter");
