@@ -257,8 +257,8 @@ enum {
     kADCGetChannelUnit = 0x5A5A021A,  // ADCChannelText  board: what the volts of an input really are ("mA"), where its
                                       // user names no unit; without it volts
     kADCGetMark = 0x5A5A021B          // ADCMark  running: the oldest mark that was not asked for yet. Answered from
-                              // `Start` on, or it isn't asked again. The host asks with every look at the ring, until
-                              // there is none
+                                      // `Start` on, or it isn't asked again. The host asks with every look at the ring,
+                                      // until there is none
 };
 
 // Why a stream has ended (ADCStreamEnd::m_nCause).
