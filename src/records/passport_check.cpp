@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <string>
 
+#include "records/json_tree.h"
 #include "records/passport.h"
 #include "records/utc_text.h"
 
@@ -10,21 +10,22 @@ namespace tarno2 {
 
 namespace {
 
-using Json = nlohmann::json;
 using Problems = std::vector<std::string>;
 
 constexpr size_t kMostProblems = 20;
 
-bool isSame(const Json& told, const Json& expected) {
+bool isSame(const JsonTree& told, const JsonTree& expected) {
     // Where numbers were rounded on another machine the last digit may differ.
-    if (expected.is_number_float() && told.is_number()) {
-        const double a = told.get<double>();
-        const double b = expected.get<double>();
+    if (expected.get<double>() != nullptr && told.number()) {
+        const double a = *told.number();
+        const double b = *expected.number();
         return std::abs(a - b) <= 1e-9 * std::max(std::abs(a), std::abs(b));
     }
-    if (expected.is_string() && told.is_string() && told != expected) {
-        const auto a = parseUtcText(told.get<std::string>());
-        const auto b = parseUtcText(expected.get<std::string>());
+    const auto* toldText = told.get<std::string>();
+    const auto* expectedText = expected.get<std::string>();
+    if (toldText != nullptr && expectedText != nullptr && *toldText != *expectedText) {
+        const auto a = parseUtcText(*toldText);
+        const auto b = parseUtcText(*expectedText);
         return a && b && std::abs(*a - *b) <= 1;
     }
     return told == expected;
@@ -32,14 +33,15 @@ bool isSame(const Json& told, const Json& expected) {
 
 /// Holds what is told against what follows; members that only one of both has are of no interest when it is the told
 /// one.
-void compare(const Json& told, const Json& expected, const std::string& path, Problems& problems) {
+void compare(const JsonTree& told, const JsonTree& expected, const std::string& path, Problems& problems) {
     if (problems.size() >= kMostProblems) {
         return;
     }
-    if (expected.is_object() && told.is_object()) {
-        for (const auto& [key, value] : expected.items()) {
-            const auto found = told.find(key);
-            if (found == told.end()) {
+    const auto* object = expected.get<JsonTree::Object>();
+    if (object != nullptr && told.get<JsonTree::Object>() != nullptr) {
+        for (const auto& [key, value] : object->members()) {
+            const JsonTree* found = told.find(key);
+            if (found == nullptr) {
                 problems.push_back(path + key + " is missing");
             } else {
                 compare(*found, value, path + key + '.', problems);
@@ -47,22 +49,22 @@ void compare(const Json& told, const Json& expected, const std::string& path, Pr
         }
         return;
     }
-    if (expected.is_array() && told.is_array() && expected.size() == told.size()) {
-        for (size_t i = 0; i < expected.size(); ++i) {
-            compare(told[i], expected[i], path + std::to_string(i) + '.', problems);
+    const auto* toldList = told.get<JsonTree::List>();
+    const auto* expectedList = expected.get<JsonTree::List>();
+    const bool lists = toldList != nullptr && expectedList != nullptr;
+    if (lists && toldList->size() == expectedList->size()) {
+        for (size_t i = 0; i < expectedList->size(); ++i) {
+            compare((*toldList)[i], (*expectedList)[i], path + std::to_string(i) + '.', problems);
         }
         return;
     }
     if (!isSame(told, expected)) {
         const std::string name = path.substr(0, path.size() - std::min<size_t>(path.size(), 1));
-        if (expected.is_array() && told.is_array()) {
-            problems.push_back(name + " has " + std::to_string(told.size()) + " entries, not " +
-                               std::to_string(expected.size()));
+        if (lists) {
+            problems.push_back(name + " has " + std::to_string(toldList->size()) + " entries, not " +
+                               std::to_string(expectedList->size()));
         } else {
-            const auto shown = [](const Json& json) {
-                return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-            };
-            problems.push_back(name + " is " + shown(told) + ", not " + shown(expected));
+            problems.push_back(name + " is " + jsonText(told, false) + ", not " + jsonText(expected, false));
         }
     }
 }
@@ -122,9 +124,14 @@ void checkCourse(const Passport& passport, Problems& problems) {
 
 std::vector<std::string> passportContradictions(std::string_view text, const Passport& passport) {
     Problems problems;
-    const Json told = Json::parse(text, nullptr, false);
-    const Json expected = Json::parse(passportText(passport), nullptr, false);
-    compare(told, expected, "", problems);
+    std::string problem;
+    const auto told = parseJson(text, problem);
+    const auto expected = parseJson(passportText(passport), problem);
+    if (told && expected) {
+        compare(*told, *expected, "", problems);
+    } else {
+        problems.push_back(problem);
+    }
     checkRanges(passport, problems);
     if (passport.state != Passport::State::Recording) {
         checkPieces(passport, problems);

@@ -1,7 +1,9 @@
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <numeric>
+#include <type_traits>
+#include <utility>
 
+#include "records/json_tree.h"
 #include "records/passport.h"
 #include "records/passport_keys.h"
 #include "records/utc_text.h"
@@ -9,8 +11,6 @@
 namespace tarno2 {
 
 namespace {
-
-using Json = nlohmann::json;
 
 /// Ends the reading of a passport; does not leave this file.
 struct Unreadable {
@@ -20,44 +20,35 @@ struct Unreadable {
 /// Members of an object of the passport, each of the type that it has to have.
 class Fields {
 public:
-    Fields(const Json& json, std::string name) : json_(json), name_(std::move(name)) {
-        if (!json_.is_object()) {
+    Fields(const JsonTree& json, std::string name) : json_(json), name_(std::move(name)) {
+        if (json_.get<JsonTree::Object>() == nullptr) {
             throw Unreadable{name_ + " is no object"};
         }
     }
 
-    const Json& at(const char* key) const {
-        const auto found = json_.find(key);
-        return found != json_.end() ? *found : throw Unreadable{name_ + " lacks \"" + key + '"'};
-    }
-    bool has(const char* key) const { return json_.contains(key); }
+    bool has(const char* key) const { return json_.find(key) != nullptr; }
     Fields object(const char* key) const { return {at(key), name_ + '.' + key}; }
 
     template <typename Number>
     Number number(const char* key) const {
-        const Json& value = at(key);
+        const JsonTree& value = at(key);
         if constexpr (std::is_floating_point_v<Number>) {
-            if (value.is_number()) {
-                return value.get<Number>();
+            if (const auto number = value.number()) {
+                return *number;
             }
-        } else if (value.is_number_unsigned() &&
-                   value.get<uint64_t>() <= uint64_t{std::numeric_limits<Number>::max()}) {
-            return value.get<Number>();
-        } else if (value.is_number_integer() && !value.is_number_unsigned() &&
-                   value.get<int64_t>() >= int64_t{std::numeric_limits<Number>::min()}) {
-            return value.get<Number>();
+        } else if (const auto* whole = value.get<uint64_t>()) {
+            if (std::in_range<Number>(*whole)) {
+                return static_cast<Number>(*whole);
+            }
+        } else if (const auto* negative = value.get<int64_t>()) {
+            if (std::in_range<Number>(*negative)) {
+                return static_cast<Number>(*negative);
+            }
         }
         throw Unreadable{name_ + '.' + key + " is no such number"};
     }
-    bool flag(const char* key) const {
-        const Json& value = at(key);
-        return value.is_boolean() ? value.get<bool>()
-                                  : throw Unreadable{name_ + '.' + key + " is neither true nor false"};
-    }
-    std::string text(const char* key) const {
-        const Json& value = at(key);
-        return value.is_string() ? value.get<std::string>() : throw Unreadable{name_ + '.' + key + " is no text"};
-    }
+    bool flag(const char* key) const { return *typed<bool>(key, " is neither true nor false"); }
+    std::string text(const char* key) const { return *typed<std::string>(key, " is no text"); }
     std::string textIfThere(const char* key) const { return has(key) ? text(key) : std::string(); }
     int64_t time(const char* key) const {
         const auto utc = parseUtcText(text(key));
@@ -66,17 +57,23 @@ public:
     /// Calls `read` with the fields of each object of a list.
     template <typename Read>
     void each(const char* key, Read read) const {
-        const Json& list = at(key);
-        if (!list.is_array()) {
-            throw Unreadable{name_ + '.' + key + " is no list"};
-        }
-        for (const Json& entry : list) {
+        for (const JsonTree& entry : *typed<JsonTree::List>(key, " is no list")) {
             read(Fields(entry, name_ + '.' + key));
         }
     }
 
 private:
-    const Json& json_;
+    const JsonTree& at(const char* key) const {
+        const JsonTree* found = json_.find(key);
+        return found != nullptr ? *found : throw Unreadable{name_ + " lacks \"" + key + '"'};
+    }
+    template <typename Type>
+    const Type* typed(const char* key, const char* complaint) const {
+        const Type* value = at(key).get<Type>();
+        return value != nullptr ? value : throw Unreadable{name_ + '.' + key + complaint};
+    }
+
+    const JsonTree& json_;
     std::string name_;
 };
 
@@ -220,12 +217,11 @@ uint64_t Passport::records() const {
 
 std::optional<Passport> readPassport(std::string_view text, std::string& problem) {
     try {
-        const Json json = Json::parse(text);
-        return passportOf(Fields(json, "the passport"));
+        if (const auto json = parseJson(text, problem)) {
+            return passportOf(Fields(*json, "the passport"));
+        }
     } catch (const Unreadable& unreadable) {
         problem = unreadable.problem;
-    } catch (const Json::exception& error) {
-        problem = error.what();
     }
     return std::nullopt;
 }

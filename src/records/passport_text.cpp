@@ -1,5 +1,4 @@
-#include <nlohmann/json.hpp>
-
+#include "records/json_tree.h"
 #include "records/passport.h"
 #include "records/passport_keys.h"
 #include "records/utc_text.h"
@@ -8,122 +7,164 @@ namespace tarno2 {
 
 namespace {
 
-using OrderedJson = nlohmann::ordered_json;
+using Object = JsonTree::Object;
+using List = JsonTree::List;
 
-OrderedJson rateOf(const PassportRate& rate) {
-    OrderedJson json = {{"asked", rate.asked},
-                        {"given", rate.given},
-                        {"decimation", rate.decimation},
-                        {"recorded", rate.recorded},
-                        {"externalClock", rate.externalClock}};
+Object rateOf(const PassportRate& rate) {
+    Object json;
+    json.add("asked", rate.asked)
+        .add("given", rate.given)
+        .add("decimation", rate.decimation)
+        .add("recorded", rate.recorded)
+        .add("externalClock", rate.externalClock);
     if (rate.packetsAsked && rate.packetsGiven) {
-        json["packetsAsked"] = *rate.packetsAsked;
-        json["packetsGiven"] = *rate.packetsGiven;
+        json.add("packetsAsked", *rate.packetsAsked).add("packetsGiven", *rate.packetsGiven);
     }
     return json;
 }
 
-OrderedJson sampleOf(const PassportSample& sample) {
-    return {{"bytes", sample.bytes},
-            {"byteOrder", "little"},
-            {"signed", sample.signedCodes},
-            {"codeBits", sample.codeBits},
-            {"codeShift", sample.codeShift},
-            {"codeMask", sample.codeMask},
-            {"codeMinimum", sample.codeMinimum},
-            {"codeMaximum", sample.codeMaximum},
-            {"lines", sample.lineCount},
-            {"lineShift", sample.lineShift},
-            {"lineMask", sample.lineMask},
-            {"backwardOrder", sample.backwardOrder}};
+Object sampleOf(const PassportSample& sample) {
+    Object json;
+    json.add("bytes", sample.bytes)
+        .add("byteOrder", "little")
+        .add("signed", sample.signedCodes)
+        .add("codeBits", sample.codeBits)
+        .add("codeShift", sample.codeShift)
+        .add("codeMask", sample.codeMask)
+        .add("codeMinimum", sample.codeMinimum)
+        .add("codeMaximum", sample.codeMaximum)
+        .add("lines", sample.lineCount)
+        .add("lineShift", sample.lineShift)
+        .add("lineMask", sample.lineMask)
+        .add("backwardOrder", sample.backwardOrder);
+    return json;
 }
 
-OrderedJson channelOf(const PassportChannel& channel) {
-    return {{"number", channel.number}, {"name", channel.name},    {"unit", channel.unit},
-            {"gain", channel.gain},     {"upper", channel.upper},  {"lower", channel.lower},
-            {"factor", channel.factor}, {"offset", channel.offset}};
-}
-
-OrderedJson synchronisationOf(const PassportSynchronisation& synchronisation) {
-    OrderedJson json = {{"mode", synchronisation.mode}};
-    if (synchronisation.mode == "records") {
-        json["prehistory"] = synchronisation.prehistory;
-        json["history"] = synchronisation.history;
-        json["stopAfterRecord"] = synchronisation.stopAfterRecord;
+List channelsOf(const std::vector<PassportChannel>& channels) {
+    List list;
+    for (const PassportChannel& channel : channels) {
+        Object json;
+        json.add("number", channel.number)
+            .add("name", channel.name)
+            .add("unit", channel.unit)
+            .add("gain", channel.gain)
+            .add("upper", channel.upper)
+            .add("lower", channel.lower)
+            .add("factor", channel.factor)
+            .add("offset", channel.offset);
+        list.emplace_back(std::move(json));
     }
-    json["conditions"] = OrderedJson::array();
-    for (const PassportCondition& condition : synchronisation.conditions) {
-        OrderedJson entry = {{"role", condition.role}, {"when", condition.when}};
+    return list;
+}
+
+List linesOf(const std::vector<PassportLine>& lines) {
+    List list;
+    for (const PassportLine& line : lines) {
+        Object json;
+        json.add("number", line.number).add("name", line.name);
+        list.emplace_back(std::move(json));
+    }
+    return list;
+}
+
+List conditionsOf(const std::vector<PassportCondition>& conditions) {
+    List list;
+    for (const PassportCondition& condition : conditions) {
+        Object entry;
+        entry.add("role", condition.role).add("when", condition.when);
         if (condition.channel >= 0) {
-            entry["channel"] = condition.channel;
-            entry["threshold"] = condition.threshold;
+            entry.add("channel", condition.channel).add("threshold", condition.threshold);
         } else {
-            entry["line"] = condition.line;
+            entry.add("line", condition.line);
         }
-        json["conditions"].push_back(std::move(entry));
+        list.emplace_back(std::move(entry));
     }
+    return list;
+}
+
+Object synchronisationOf(const PassportSynchronisation& synchronisation) {
+    Object json;
+    json.add("mode", synchronisation.mode);
+    if (synchronisation.mode == "records") {
+        json.add("prehistory", synchronisation.prehistory)
+            .add("history", synchronisation.history)
+            .add("stopAfterRecord", synchronisation.stopAfterRecord);
+    }
+    json.add("conditions", conditionsOf(synchronisation.conditions));
     return json;
 }
 
-OrderedJson pieceOf(const PassportPiece& piece, bool records) {
-    OrderedJson json = {{"file", piece.file}, {"frames", piece.frames}, {"bytes", piece.bytes}};
-    if (records) {
-        json["records"] = piece.records;
+List piecesOf(const Passport& passport) {
+    List list;
+    for (const PassportPiece& piece : passport.pieces) {
+        Object json;
+        json.add("file", piece.file).add("frames", piece.frames).add("bytes", piece.bytes);
+        if (passport.recordFrames() != 0) {
+            json.add("records", piece.records);
+        }
+        if (!piece.sha256.empty()) {
+            json.add("sha256", piece.sha256);
+        }
+        list.emplace_back(std::move(json));
     }
-    if (!piece.sha256.empty()) {
-        json["sha256"] = piece.sha256;
-    }
-    return json;
+    return list;
 }
 
 /// Every record that is known: its piece, its first frame there, its trigger in the stream and when that was.
-OrderedJson recordsOf(const Passport& passport) {
+List recordsOf(const Passport& passport) {
     const auto line = ClockLine::through(passport.end.clock);
     const uint64_t length = passport.recordFrames();
-    OrderedJson list = OrderedJson::array();
+    List list;
     size_t known = 0;
     for (size_t piece = 0; piece < passport.pieces.size(); ++piece) {
         for (uint64_t i = 0; i < passport.pieces[piece].records; ++i) {
-            OrderedJson record = {{"piece", piece}, {"frame", i * length}};
+            Object record;
+            record.add("piece", uint64_t{piece}).add("frame", i * length);
             if (known < passport.triggers.size()) {
                 const uint64_t trigger = passport.triggers[known++];
-                record["trigger"] = trigger;
+                record.add("trigger", trigger);
                 if (line) {
-                    record["utc"] = utcText(line->utcOf(static_cast<double>(trigger)));
+                    record.add("utc", utcText(line->utcOf(static_cast<double>(trigger))));
                 }
             } else if (known >= kMostPassportTriggers) {
                 return list;
             }
-            list.push_back(std::move(record));
+            list.emplace_back(std::move(record));
         }
     }
     return list;
 }
 
-OrderedJson clockOf(const std::vector<ClockPair>& pairs) {
-    OrderedJson json = OrderedJson::object();
+Object clockOf(const std::vector<ClockPair>& pairs) {
+    Object json;
     if (const auto line = ClockLine::through(pairs)) {
-        json["measuredFrequency"] = line->frequency();
+        json.add("measuredFrequency", line->frequency());
     }
-    json["pairs"] = OrderedJson::array();
+    List list;
     for (const ClockPair& pair : pairs) {
-        json["pairs"].push_back({{"frame", pair.frame}, {"monotonic", pair.monotonic}, {"utc", utcText(pair.utc)}});
+        Object entry;
+        entry.add("frame", pair.frame).add("monotonic", pair.monotonic).add("utc", utcText(pair.utc));
+        list.emplace_back(std::move(entry));
     }
+    json.add("pairs", std::move(list));
     return json;
 }
 
-OrderedJson endOf(const PassportEnd& end) {
-    OrderedJson json = {{"utc", utcText(end.utc)}, {"reason", end.reason}};
+Object endOf(const PassportEnd& end) {
+    Object json;
+    json.add("utc", utcText(end.utc)).add("reason", end.reason);
     if (!end.words.empty()) {
-        json["words"] = end.words;
+        json.add("words", end.words);
     }
     return json;
 }
 
-OrderedJson lossesOf(const std::vector<PassportLoss>& losses) {
-    OrderedJson list = OrderedJson::array();
+List lossesOf(const std::vector<PassportLoss>& losses) {
+    List list;
     for (const PassportLoss& loss : losses) {
-        list.push_back({{"sample", loss.sample}, {"count", loss.count}, {"cause", loss.cause}});
+        Object entry;
+        entry.add("sample", loss.sample).add("count", loss.count).add("cause", loss.cause);
+        list.emplace_back(std::move(entry));
     }
     return list;
 }
@@ -131,42 +172,35 @@ OrderedJson lossesOf(const std::vector<PassportLoss>& losses) {
 }  // namespace
 
 std::string passportText(const Passport& passport) {
-    const bool records = passport.recordFrames() != 0;
-    OrderedJson json = {
-        {"format", kPassportFormat},
-        {"formatVersion", kPassportVersion},
-        {"state", kPassportStates[static_cast<size_t>(passport.state)]},
-        {"program", {{"name", "Tarno2"}, {"version", passport.version}}},
-        {"driver", passport.driver},
-        {"board", passport.board},
-        {"computer", passport.computer},
-        {"comment", passport.comment},
-        {"start", {{"local", localTimeText(passport.start, passport.startOffset)}, {"utc", utcText(passport.start)}}},
-        {"rate", rateOf(passport.rate)},
-        {"sample", sampleOf(passport.sample)}};
-    json["channels"] = OrderedJson::array();
-    for (const PassportChannel& channel : passport.channels) {
-        json["channels"].push_back(channelOf(channel));
-    }
-    json["lines"] = OrderedJson::array();
-    for (const PassportLine& line : passport.lines) {
-        json["lines"].push_back({{"number", line.number}, {"name", line.name}});
-    }
-    json["synchronisation"] = synchronisationOf(passport.synchronisation);
+    Object program;
+    program.add("name", "Tarno2").add("version", passport.version);
+    Object start;
+    start.add("local", localTimeText(passport.start, passport.startOffset)).add("utc", utcText(passport.start));
+    Object json;
+    json.add("format", kPassportFormat)
+        .add("formatVersion", kPassportVersion)
+        .add("state", kPassportStates[static_cast<size_t>(passport.state)])
+        .add("program", std::move(program))
+        .add("driver", passport.driver)
+        .add("board", passport.board)
+        .add("computer", passport.computer)
+        .add("comment", passport.comment)
+        .add("start", std::move(start))
+        .add("rate", rateOf(passport.rate))
+        .add("sample", sampleOf(passport.sample))
+        .add("channels", channelsOf(passport.channels))
+        .add("lines", linesOf(passport.lines))
+        .add("synchronisation", synchronisationOf(passport.synchronisation));
     if (passport.state != Passport::State::Recording) {
-        json["frames"] = passport.frames();
-        json["pieces"] = OrderedJson::array();
-        for (const PassportPiece& piece : passport.pieces) {
-            json["pieces"].push_back(pieceOf(piece, records));
+        json.add("frames", passport.frames()).add("pieces", piecesOf(passport));
+        if (passport.recordFrames() != 0) {
+            json.add("records", recordsOf(passport));
         }
-        if (records) {
-            json["records"] = recordsOf(passport);
-        }
-        json["losses"] = lossesOf(passport.end.losses);
-        json["clock"] = clockOf(passport.end.clock);
-        json["end"] = endOf(passport.end);
+        json.add("losses", lossesOf(passport.end.losses))
+            .add("clock", clockOf(passport.end.clock))
+            .add("end", endOf(passport.end));
     }
-    return json.dump(1, ' ', false, OrderedJson::error_handler_t::replace) + '\n';
+    return jsonText(std::move(json), true) + '\n';
 }
 
 }  // namespace tarno2

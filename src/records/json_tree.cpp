@@ -1,0 +1,212 @@
+#include "records/json_tree.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <type_traits>
+
+namespace tarno2 {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr size_t kDeepest = 32;
+
+class Writer {
+public:
+    explicit Writer(bool inLines) : inLines_(inLines) {}
+
+    void add(const JsonTree& tree, size_t depth) {
+        if (const auto* list = tree.get<JsonTree::List>()) {
+            addAll(*list, '[', ']', depth, [&](const JsonTree& entry) { add(entry, depth + 1); });
+        } else if (const auto* object = tree.get<JsonTree::Object>()) {
+            addAll(object->members(), '{', '}', depth, [&](const JsonMember& member) {
+                addSingle(member.key);
+                text_ += inLines_ ? ": " : ":";
+                add(member.value, depth + 1);
+            });
+        } else {
+            addSingleOf(tree);
+        }
+    }
+    std::string take() { return std::move(text_); }
+
+private:
+    template <typename Entries, typename Add>
+    void addAll(const Entries& entries, char open, char close, size_t depth, Add addEntry) {
+        text_ += open;
+        bool first = true;
+        for (const auto& entry : entries) {
+            if (!first) {
+                text_ += ',';
+            }
+            first = false;
+            beginLine(depth + 1);
+            addEntry(entry);
+        }
+        if (!entries.empty()) {
+            beginLine(depth);
+        }
+        text_ += close;
+    }
+
+    void beginLine(size_t depth) {
+        if (inLines_) {
+            text_ += '\n';
+            text_.append(depth, ' ');
+        }
+    }
+
+    void addSingleOf(const JsonTree& tree) {
+        if (const auto* text = tree.get<std::string>()) {
+            addSingle(*text);
+        } else if (const auto* flag = tree.get<bool>()) {
+            addSingle(*flag);
+        } else if (const auto* whole = tree.get<uint64_t>()) {
+            addSingle(*whole);
+        } else if (const auto* negative = tree.get<int64_t>()) {
+            addSingle(*negative);
+        } else if (const auto* real = tree.get<double>()) {
+            addSingle(*real);
+        } else {
+            text_ += "null";
+        }
+    }
+
+    template <typename Value>
+    void addSingle(const Value& value) {
+        text_ += Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
+    }
+
+    bool inLines_;
+    std::string text_;
+};
+
+/// Gathers what the library's reader tells, value by value.
+class Reader : public nlohmann::json_sax<Json> {
+public:
+    explicit Reader(std::string& problem) : problem_(problem) {}
+
+    bool null() override { return add(JsonTree()); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(number_integer_t value) override { return add(int64_t{value}); }
+    bool number_unsigned(number_unsigned_t value) override { return add(uint64_t{value}); }
+    bool number_float(number_float_t value, const string_t& /*text*/) override { return add(value); }
+    bool string(string_t& value) override { return add(std::move(value)); }
+    bool binary(binary_t& /*value*/) override { return false; }
+    bool start_object(size_t /*count*/) override { return open(JsonTree(JsonTree::Object())); }
+    bool start_array(size_t /*count*/) override { return open(JsonTree(JsonTree::List())); }
+    bool key(string_t& name) override {
+        open_.back()->get<JsonTree::Object>()->add(std::move(name), {});
+        return true;
+    }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+    bool parse_error(size_t /*place*/, const std::string& /*token*/, const Json::exception& error) override {
+        problem_ = error.what();
+        return false;
+    }
+
+    JsonTree take() { return std::move(root_); }
+
+private:
+    JsonTree* place(JsonTree tree) {
+        JsonTree* at = &root_;
+        if (!open_.empty()) {
+            if (auto* list = open_.back()->get<JsonTree::List>()) {
+                at = &list->emplace_back();
+            } else {
+                at = &open_.back()->get<JsonTree::Object>()->last();
+            }
+        }
+        *at = std::move(tree);
+        return at;
+    }
+    bool add(JsonTree tree) {
+        place(std::move(tree));
+        return true;
+    }
+    bool open(JsonTree tree) {
+        if (open_.size() >= kDeepest) {
+            problem_ = "it is too deep";
+            return false;
+        }
+        open_.push_back(place(std::move(tree)));
+        return true;
+    }
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    std::string& problem_;
+    JsonTree root_;
+    /// The lists and objects that are not at their end yet, the outermost first. Each is the last entry of the one
+    /// before, which gets no other until then, so that none of them moves.
+    std::vector<JsonTree*> open_;
+};
+
+}  // namespace
+
+JsonTree::Object& JsonTree::Object::add(std::string key, JsonTree value) {
+    std::erase_if(members_, [&](const JsonMember& member) { return member.key == key; });
+    JsonMember& member = members_.emplace_back();
+    member.key = std::move(key);
+    member.value = std::move(value);
+    return *this;
+}
+
+JsonTree& JsonTree::Object::last() {
+    return members_.back().value;
+}
+
+bool operator==(const JsonTree::Object& a, const JsonTree::Object& b) {
+    return a.members_ == b.members_;
+}
+
+JsonTree::JsonTree(int64_t number) {
+    if (number < 0) {
+        value_ = number;
+    } else {
+        value_ = static_cast<uint64_t>(number);
+    }
+}
+
+std::optional<double> JsonTree::number() const {
+    return std::visit(
+        [](const auto& value) -> std::optional<double> {
+            using Type = std::decay_t<decltype(value)>;
+            if constexpr (std::is_arithmetic_v<Type> && !std::is_same_v<Type, bool>) {
+                return static_cast<double>(value);
+            } else {
+                return std::nullopt;
+            }
+        },
+        value_);
+}
+
+const JsonTree* JsonTree::find(std::string_view key) const {
+    const auto* object = get<Object>();
+    if (object == nullptr) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find(object->members(), key, &JsonMember::key);
+    return found == object->members().end() ? nullptr : &found->value;
+}
+
+bool operator==(const JsonTree& a, const JsonTree& b) {
+    return a.value_ == b.value_;
+}
+
+std::string jsonText(const JsonTree& tree, bool inLines) {
+    Writer writer(inLines);
+    writer.add(tree, 0);
+    return writer.take();
+}
+
+std::optional<JsonTree> parseJson(std::string_view text, std::string& problem) {
+    Reader reader(problem);
+    return Json::sax_parse(text, &reader) ? std::optional(reader.take()) : std::nullopt;
+}
+
+}  // namespace tarno2
