@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/c_locale.h"
@@ -78,16 +79,26 @@ OsError createFolders(const std::string& path) {
     return isDirectory(path) ? OsError() : error;
 }
 
+namespace {
+
+constexpr std::string_view kTemporaryEnding = ".tmp";
+
+}  // namespace
+
 OsError createTemporaryFile(const std::string& folder, const std::string& prefix, std::string& path) {
     constexpr int kAttempts = 100;
     OsError error;
     for (int i = 0; i < kAttempts; ++i) {
         const auto number = static_cast<unsigned long long>(monotonicNanoseconds());
-        path = joinPath(folder, formatText("%s%llx.tmp", prefix.c_str(), number));
+        path = joinPath(folder, formatText("%s%llx%s", prefix.c_str(), number, kTemporaryEnding.data()));
         File file;
         error = file.openPlain(path, FileMode::CreateNew, FileAccess::Write, FileShare::ReadWrite);
         if (error.ok()) {
-            return file.close();
+            error = file.close();
+            if (!error.ok()) {
+                removeFile(path);
+            }
+            return error;
         }
         if (!error.alreadyExists()) {
             break;
@@ -148,6 +159,23 @@ OsError replaceWholeFile(const std::string& path, std::string_view contents) {
         removeFile(temporary);
     }
     return error;
+}
+
+void removeTemporaries(const std::string& path) {
+    const std::string prefix = fileNameOf(path);
+    for (const std::string& name : listDirectory(parentFolder(path).empty() ? "." : parentFolder(path))) {
+        if (!name.starts_with(prefix) || !name.ends_with(kTemporaryEnding)) {
+            continue;
+        }
+        std::string_view number(name);
+        number.remove_prefix(prefix.size());
+        number.remove_suffix(std::min(kTemporaryEnding.size(), number.size()));
+        const std::string temporary = joinPath(parentFolder(path), name);
+        if (!number.empty() && number.find_first_not_of("0123456789abcdef") == std::string_view::npos &&
+            isPlainFile(temporary)) {
+            removeFile(temporary);
+        }
+    }
 }
 
 }  // namespace tarno2

@@ -126,5 +126,8 @@ OsError readWholeFile(const std::string& path, uint64_t limit, FileShare share, 
 /// Writes a whole file in one step: through a temporary file beside it, so that a crash leaves the old contents or the
 /// new ones.
 OsError replaceWholeFile(const std::string& path, std::string_view contents);
+/// Removes the temporary files that a program has left beside the file which was ended while it replaced it. Nobody
+/// else may be replacing it.
+void removeTemporaries(const std::string& path);
 
 }  // namespace tarno2

@@ -77,11 +77,16 @@ std::shared_ptr<RecordingChecksums> ChecksumThread::begin(const std::string& dat
 void ChecksumThread::add(const std::string& dataName, uint32_t lastPiece) {
     const RecordingName name(dataName);
     auto checksums = std::make_shared<RecordingChecksums>(dataName);
-    for (const uint32_t k : piecesUpTo(name, lastPiece)) {
+    OsError listed;
+    for (const uint32_t k : piecesUpTo(name, lastPiece, &listed)) {
         if (const uint64_t bytes = plainFileSize(name.piece(k)).value_or(0); bytes != 0) {
             checksums->pieceBegins(name.piece(k));
             checksums->pieceEnds(bytes);
         }
+    }
+    if (!listed.ok()) {
+        DEBUG_LOG("!!!!! No checksums of \"%s\": %s", dataName.c_str(), listed.text().c_str());
+        return;
     }
     checksums->finish(passportOf(name));
     if (!take(std::move(checksums))) {

@@ -35,7 +35,11 @@ void PassportFile::open(const std::string& dataName, std::optional<Passport> kno
 }
 
 std::string PassportFile::begin() const {
-    return passport_ ? write() : std::string();
+    if (!passport_) {
+        return {};
+    }
+    removeTemporaries(name_);
+    return write();
 }
 
 std::string PassportFile::write() const {
@@ -95,6 +99,9 @@ std::string PassportFile::finish() {
 
 std::string completePassport(const RecordingJournal& journal) {
     const RecordingName name(dataNameOf(journal));
+    for (const std::string& replaced : {name.passport(), name.marks(), name.checksums()}) {
+        removeTemporaries(replaced);
+    }
     FoundPassport found = findPassport(name.passport());
     if (!found.error.ok()) {
         return "\"" + name.passport() + "\" could not be read: " + found.problem;
@@ -105,16 +112,20 @@ std::string completePassport(const RecordingJournal& journal) {
     }
     const uint64_t frameBytes = journal.state().frameBytes();
     const uint32_t last = journal.state().piece ? journal.state().piece->number : 0;
-    for (const uint32_t k : piecesUpTo(name, last)) {
-        const uint64_t bytes = plainFileSize(name.piece(k)).value_or(0);
-        const uint64_t frames = bytes / frameBytes;
-        if (frames > 0) {
-            passport->pieces.push_back({systemToUtf8(fileNameOf(name.piece(k))),
-                                        frames,
-                                        bytes,
-                                        recordsIn(frames, passport->recordFrames()),
-                                        {}});
+    OsError listed;
+    for (const uint32_t k : piecesUpTo(name, last, &listed)) {
+        const std::string piece = name.piece(k);
+        const auto bytes = plainFileSize(piece);
+        if (!bytes) {
+            return "\"" + name.passport() + "\" stays as it was begun: \"" + piece + "\" could not be looked at";
         }
+        if (const uint64_t frames = *bytes / frameBytes; frames > 0) {
+            passport->pieces.push_back(
+                {systemToUtf8(fileNameOf(piece)), frames, *bytes, recordsIn(frames, passport->recordFrames()), {}});
+        }
+    }
+    if (!listed.ok()) {
+        return "\"" + name.passport() + "\" stays as it was begun: its folder could not be read: " + listed.text();
     }
     passport->state = Passport::State::Recovered;
     passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}};

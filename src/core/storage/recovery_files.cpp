@@ -229,9 +229,9 @@ private:
 }  // namespace
 
 // A folder has fewer names than a journal may count pieces.
-std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last) {
+std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last, OsError* error) {
     std::set<uint32_t> pieces;
-    for (const std::string& file : listDirectory(name.folder().empty() ? "." : name.folder())) {
+    for (const std::string& file : listDirectory(name.folder().empty() ? "." : name.folder(), error)) {
         const auto number = name.pieceOf(file);
         if (number && *number <= last && file == fileNameOf(name.piece(*number))) {
             pieces.insert(*number);

@@ -6,6 +6,7 @@
 
 #include "config/files/recording_name.h"
 #include "core/storage/recording_journal.h"
+#include "platform/os_error.h"
 
 namespace tarno2 {
 
@@ -21,8 +22,9 @@ struct FinishedFiles {
 /// or a name besides. Interrupted and done again it comes to the same end.
 [[nodiscard]] FinishedFiles finishFiles(RecordingJournal& journal);
 
-/// The numbers of a recording's data files that are there, up to `last`, in ascending order.
-[[nodiscard]] std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last);
+/// The numbers of a recording's data files that are there, up to `last`, in ascending order. When the folder can't be
+/// read to its end some may be missing; `error`, unless null, gets the reason, or ok.
+[[nodiscard]] std::set<uint32_t> piecesUpTo(const RecordingName& name, uint32_t last, OsError* error = nullptr);
 
 /// The first data file of the recording with this journal.
 [[nodiscard]] std::string dataNameOf(const RecordingJournal& journal);
