@@ -31,6 +31,8 @@ Field::Field(std::string programs) : programs_(std::move(programs)) {
     makeRecordings();
 }
 
+// Without checksums: their thread reads when there is room, so that the calls would not have the same numbers each
+// time.
 void Field::writeSettings(const std::string& name, uint64_t bytes, uint32_t frequency) {
     settings_ = "DebugMode = 0\r\nDriverName = \"Simulator\"\r\nBaseNumber = 2\r\nFileName = " +
                 quoted(folder_.file("data/" + name)) +
@@ -73,7 +75,7 @@ void Field::makeRecordings() {
     recovered_ = files();
     clear();
     writeSettings("run.dat", kRecordedBytes);
-    if (earlier_.size() != 4 || count < 3 || recovered_.size() < 4) {
+    if (earlier_.size() != 5 || count < 3 || recovered_.size() < 5) {
         throw std::runtime_error("The recordings to begin with are not there: " + std::to_string(earlier_.size()) +
                                  " files, " + std::to_string(count) + " cut off, " + std::to_string(recovered_.size()) +
                                  " files of them recovered");
@@ -111,11 +113,7 @@ Outcome Field::run(const std::string& program, const std::string& fault) {
     const ScopedEnvironment report(kFaultReportVariable,
                                    folder_.write("report", std::string(sizeof(FaultReport), '\0')));
     const ScopedEnvironment library("LD_PRELOAD", joinPath(executableFolder(), "tarno2-fault.so"));
-    // What makes a passport's text takes memory to give memory back: without any, the program ends there, and its
-    // recording waits for a recovery.
-    const bool withPassport = !fault.starts_with("memory");
-    const std::vector<std::string> record{
-        "/c", folder_.write("auto.txt", settings_ + (withPassport ? "" : "Passport = 0\r\n"))};
+    const std::vector<std::string> record{"/c", folder_.write("auto.txt", settings_)};
     const std::vector<std::string> recover{"--no-checksums", folder_.file("data")};
     ChildProcess process(programs_ + '/' + program, program == kRecord ? record : recover, output);
     Outcome outcome;
@@ -137,8 +135,7 @@ Outcome Field::run(const std::string& program, const std::string& fault) {
 Files Field::files() const {
     Files files;
     for (const std::string& name : listDirectory(folder_.file("data"))) {
-        // A passport tells times, and a recording is whole without one, or with one half made.
-        if (!bait_.front().has(name) && name.find(".json") == std::string::npos) {
+        if (!bait_.front().has(name)) {
             files[name] = readFile(folder_.file("data/" + name));
         }
     }

@@ -8,6 +8,7 @@
 
 #include "drivers/simulator/counter_signal.h"
 #include "platform/file.h"
+#include "records/passport.h"
 #include "records/recorded_format.h"
 
 namespace tarno2::test {
@@ -56,6 +57,7 @@ public:
                 continue;
             }
             checkPieces(base, pieces);
+            checkPassport(base, pieces);
         }
         checkEarlier();
         checkCutOff();
@@ -77,6 +79,8 @@ private:
             unfinished(file + " is there");
         } else if (name.extension == ".txt" && !files_.contains(file.substr(0, file.size() - 3) + "dat")) {
             unfinished(file + " describes nothing");
+        } else if (name.extension == ".json") {
+            passports_[name.base] = contents;
         } else if (name.extension != ".txt" && name.extension != ".log") {
             unfinished(file + " is left over");
         }
@@ -137,6 +141,30 @@ private:
         }
     }
 
+    /// A recording may have no passport, or one that never got its end; one with an end agrees with the files.
+    void checkPassport(const std::string& base, const Pieces& pieces) {
+        const auto found = passports_.find(base);
+        if (found == passports_.end() || journals_.contains(base)) {
+            return;
+        }
+        std::string problem;
+        const auto passport = readPassport(found->second, problem);
+        if (!passport) {
+            fault(base + ".json is no passport: " + problem);
+        } else if (passport->state != Passport::State::Recording) {
+            // It keeps the names that the pieces had, also when it was moved aside with them.
+            for (const PassportPiece& piece : passport->pieces) {
+                const auto file = pieces.find(partsOf(piece.file).number);
+                if (file == pieces.end() || files_.at(file->second).size() != piece.bytes) {
+                    fault(base + ".json tells of another " + piece.file);
+                }
+            }
+            if (passport->pieces.size() != pieces.size() || !passportContradictions(found->second, *passport).empty()) {
+                fault(base + ".json does not fit the recording");
+            }
+        }
+    }
+
     /// All files of the earlier recording have one base, and are what they were.
     void checkEarlier() {
         std::set<std::string> bases;
@@ -164,6 +192,9 @@ private:
         for (const auto& [file, contents] : field_.recovered()) {
             const auto found = files_.find(file);
             const bool waits = journals_.contains(partsOf(file).base);
+            if (file.ends_with(".json") && found != files_.end()) {
+                continue;  // it tells when it was recovered
+            }
             // A description that could not be written whole is removed, data never.
             if (found == files_.end() ? !waits || (file.ends_with(".dat") && field_.cutOff().contains(file))
                                       : found->second != contents && !waits) {
@@ -177,6 +208,7 @@ private:
     const Field& field_;
     Files files_;
     std::map<std::string, Pieces> recordings_;
+    std::map<std::string, std::string> passports_;
     std::set<std::string> journals_;
     Verdict verdict_;
 };
