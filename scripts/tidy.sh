@@ -47,12 +47,12 @@ chosen_files() {
 built_files() {
     local file
     while read -r file; do
-        ! grep -qF "\"file\": \"$PWD/$file\"" build/release/compile_commands.json || echo "$file"
+        ! grep -qF "\"file\": \"$PWD/$file\"" build/debug/compile_commands.json || echo "$file"
     done
 }
 
-# With Ninja the database comes with the configuration; no build is needed.
-cmake --preset release -DTARNO2_TESTS=ON >/dev/null
+# With Ninja the database comes with the configuration; no build is needed. Only "debug" compiles each test by itself.
+cmake --preset debug -DTARNO2_TESTS=ON >/dev/null
 mapfile -t files < <(chosen_files "$@" | built_files)
 [ ${#files[@]} -gt 0 ] || fail "No file to check"
 
@@ -65,7 +65,7 @@ printf '%s\n' "${files[@]}" | xargs -d '\n' -P "$(nproc)" -n 1 bash -c '
     result=$results/${1//\//_}
     if [ "$(date +%s)" -ge "$deadline" ]; then
         echo "$1" >"$result.late"
-    elif clang-tidy-14 -p build/release --extra-arg=-Wno-unknown-warning-option --quiet "$1" >"$result.out" 2>&1; then
+    elif clang-tidy-14 -p build/debug --extra-arg=-Wno-unknown-warning-option --quiet "$1" >"$result.out" 2>&1; then
         touch "$result.passed"
     else
         grep -v " warnings\? generated\|^Suppressed \|^Use -header-filter" "$result.out" >"$result.failed"
