@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "records/column_text.h"
 
@@ -25,11 +26,20 @@ size_t longestText(const ExportFormat& format, const ConversionInputs& inputs, s
     for (const uint64_t bits : extremes) {
         std::array<char, kLongestNumber> text{};
         const double value = columnValue(format, inputs, channel, wordOf(inputs, bits));
+        if (!std::isfinite(value)) {
+            return format.divider.size() + kLongestNumber;  // codes nearer to zero may have finite ones
+        }
         const char* end = writeFixed(text.data(), value, format.voltagePrecision, format.decimal);
         longest = std::max(longest, static_cast<size_t>(end - text.data()));
     }
     constexpr size_t kSign = 1;
     return format.divider.size() + longest + kSign;
+}
+
+bool haveOneScale(const ConversionInputs& inputs, size_t a, size_t b) {
+    const ChannelLabel& first = inputs.labels.labelOf(a);
+    const ChannelLabel& second = inputs.labels.labelOf(b);
+    return first.factor == second.factor && first.offset == second.offset;
 }
 
 std::vector<char> makeTable(const ExportFormat& format, const ConversionInputs& inputs, size_t channel, size_t entries,
@@ -50,7 +60,11 @@ std::vector<char> makeTable(const ExportFormat& format, const ConversionInputs& 
 
 double columnValue(const ExportFormat& format, const ConversionInputs& inputs, size_t channel, uint32_t word) {
     const int64_t code = inputs.code(word);
-    return format.volts ? inputs.volts(channel, code) : static_cast<double>(code);
+    if (!format.volts) {
+        return static_cast<double>(code);
+    }
+    const double volts = inputs.volts(channel, code);
+    return format.units ? inputs.labels.labelOf(channel).inUnit(volts) : volts;
 }
 
 ColumnTables::ColumnTables(const ExportFormat& format, const ConversionInputs& inputs) {
@@ -70,7 +84,8 @@ void ColumnTables::shareTables(const ExportFormat& format, const ConversionInput
     std::vector<size_t> tableOfChannel;
     for (size_t channel = 0; channel < inputs.channelCount; ++channel) {
         const auto known = std::find_if(firstOfRange.begin(), firstOfRange.end(), [&](size_t first) {
-            return !format.volts || inputs.ranges[first] == inputs.ranges[channel];
+            return !format.volts || (inputs.ranges[first] == inputs.ranges[channel] &&
+                                     (!format.units || haveOneScale(inputs, first, channel)));
         });
         tableOfChannel.push_back(static_cast<size_t>(known - firstOfRange.begin()));
         if (known == firstOfRange.end()) {

@@ -39,7 +39,7 @@ private:
     std::vector<size_t> longest_;
 };
 
-/// The value of a column: the code itself, or its volts.
+/// The value of a column: the code itself, its volts, or those in the unit of the channel.
 [[nodiscard]] double columnValue(const ExportFormat& format, const ConversionInputs& inputs, size_t channel,
                                  uint32_t word);
 

@@ -8,6 +8,7 @@
 
 #include "records/export_format.h"
 #include "records/recorded_format.h"
+#include "records/recorded_labels.h"
 
 namespace tarno2 {
 
@@ -28,6 +29,7 @@ struct ConversionInputs {
     /// Upper and lower limit of each channel, volts.
     std::vector<std::pair<double, double>> ranges;
     double frequency = 0.0;  ///< frames per second of the time column, Hz
+    RecordedLabels labels;   ///< what is known of the columns; may be nothing
 
     [[nodiscard]] uint32_t frameBytes() const { return bytesPerSample * channelCount; }
     /// The analog code of a sample word.

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <string>
 
+#include "records/channel_label.h"
 #include "records/json_tree.h"
 #include "records/passport.h"
 #include "records/utc_text.h"
@@ -94,6 +95,9 @@ void checkRanges(const Passport& passport, Problems& problems) {
     for (size_t i = 0; i < passport.channels.size(); ++i) {
         if (!(passport.channels[i].lower < passport.channels[i].upper)) {
             problems.push_back("channels." + std::to_string(i) + ": its range has no width");
+        }
+        if (!isScale(passport.channels[i].factor, passport.channels[i].offset)) {
+            problems.push_back("channels." + std::to_string(i) + ": its factor is 0");
         }
     }
     const double recorded = passport.rate.given / std::max<uint32_t>(passport.rate.decimation, 1);

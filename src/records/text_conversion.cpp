@@ -7,6 +7,7 @@
 #include "platform/file.h"
 #include "records/export_names.h"
 #include "records/frame_formatter.h"
+#include "records/heading_line.h"
 #include "records/text_blocks.h"
 #include "records/text_pieces.h"
 
@@ -86,7 +87,8 @@ void convertFrames(File& data, const std::string& dataFile, const std::string& o
     progress.totalLines = result.frames;
     progress.totalFiles = limit == 0 ? 1 : std::max<uint64_t>((result.frames + limit - 1) / limit, 1);
     TextBlocks blocks(data, formatter, inputs.frameBytes(), result.frames, limit, stop);
-    TextPieces pieces(dataFile, outputName, limit, progress);
+    TextPieces pieces(dataFile, outputName, format.headings ? headingLine(format, inputs) : std::string(), limit,
+                      progress);
     if (!pieces.open(result)) {
         return;
     }

@@ -7,9 +7,13 @@
 
 namespace tarno2 {
 
-TextPieces::TextPieces(const std::string& dataFile, std::string outputName, uint64_t linesPerFile,
+TextPieces::TextPieces(const std::string& dataFile, std::string outputName, std::string headings, uint64_t linesPerFile,
                        ConversionProgress& progress)
-    : dataFile_(dataFile), outputName_(std::move(outputName)), linesPerFile_(linesPerFile), progress_(progress) {}
+    : dataFile_(dataFile),
+      outputName_(std::move(outputName)),
+      headings_(std::move(headings)),
+      linesPerFile_(linesPerFile),
+      progress_(progress) {}
 
 bool TextPieces::fail(ConversionResult& result, ConversionResult::Status status, OsError error) const {
     result.status = status;
@@ -30,18 +34,19 @@ bool TextPieces::open(ConversionResult& result) {
     ++pieces_;
     linesInFile_ = 0;
     progress_.files.store(pieces_, std::memory_order_relaxed);
-    return true;
+    return headings_.empty() || put(headings_.data(), headings_.size(), result);
 }
 
-bool TextPieces::write(const char* text, size_t bytes, size_t lines, ConversionResult& result) {
-    if (!file_.isOpen() && !open(result)) {
-        return false;
-    }
+bool TextPieces::put(const char* text, size_t bytes, ConversionResult& result) {
     size_t done = 0;
     const OsError error = file_.write(text, bytes, done);
     progress_.bytes.fetch_add(done, std::memory_order_relaxed);
-    if (!error.ok()) {
-        return fail(result, ConversionResult::CannotWrite, error);
+    return error.ok() || fail(result, ConversionResult::CannotWrite, error);
+}
+
+bool TextPieces::write(const char* text, size_t bytes, size_t lines, ConversionResult& result) {
+    if ((!file_.isOpen() && !open(result)) || !put(text, bytes, result)) {
+        return false;
     }
     progress_.lines.fetch_add(lines, std::memory_order_relaxed);
     linesInFile_ += lines;

@@ -13,7 +13,8 @@ namespace tarno2 {
 class TextPieces {
 public:
     /// A file has `linesPerFile` lines (0: there is but one). Counts in `progress`.
-    TextPieces(const std::string& dataFile, std::string outputName, uint64_t linesPerFile,
+    /// Each begins with `headings`, which count as no line.
+    TextPieces(const std::string& dataFile, std::string outputName, std::string headings, uint64_t linesPerFile,
                ConversionProgress& progress);
 
     /// Begins the next file. Sets the result's failure and returns false when it can't be.
@@ -24,10 +25,12 @@ public:
     bool close(ConversionResult& result);
 
 private:
+    bool put(const char* text, size_t bytes, ConversionResult& result);
     bool fail(ConversionResult& result, ConversionResult::Status status, OsError error) const;
 
     const std::string& dataFile_;
     const std::string outputName_;
+    const std::string headings_;
     const uint64_t linesPerFile_;
     ConversionProgress& progress_;
     File file_;

@@ -81,6 +81,39 @@ TEST_F(ExportProgram, TakesOptionsForWhatTheDescriptionLacks) {
     EXPECT_EQ(readFile(rig.file("run.csv")), "\t32768\r\n\t32767\r\n\t0\r\n");
 }
 
+TEST_F(ExportProgram, TakesNamesAndUnitsFromThePassportOfAnyPiece) {
+    Wish wish;
+    wish.bytes = kMebibyte + 4000;
+    wish.cut = 1;
+    wish.more = "ChannelsName = \"inlet\"\r\nChannelsUnit = \";bar\"\r\nChannelsFactor = 1, 0\r\n";
+    rig.record(wish);
+    EXPECT_THAT(rig.autoLog(), HasSubstr("Value ChannelsFactor invalid... Program aborted"));
+    EXPECT_FALSE(rig.exists("run.dat"));
+    wish.more = "ChannelsName = \"inlet\"\r\nChannelsUnit = \";bar\"\r\nChannelsFactor = 1, -1000\r\n";
+    rig.record(wish);
+    const std::vector<std::string> units = {"--data=units", "--header", "--voltage-precision=1", "--divider=;"};
+    EXPECT_EQ(convert(units, 0, "run_1.dat"), "");
+    const std::string text = readFile(rig.file("run_1.csv"));
+    EXPECT_THAT(text, testing::StartsWith(";inlet [V];Channel 1 [bar]"));
+    EXPECT_EQ(convert({"--data=volts", "--voltage-precision=4", "--divider=;"}, 0, "run_1.dat"), "");
+    const std::string volts = readFile(rig.file("run_1.csv"));
+    const auto last = [](const std::string& line, size_t column) {
+        size_t at = 0;
+        for (size_t i = 0; i <= column; ++i) {
+            at = line.find(';', at) + 1;
+        }
+        return std::stod(line.substr(at));
+    };
+    EXPECT_NEAR(last(text.substr(text.find('\n')), 1), -1000.0 * last(volts, 1), 0.11);
+
+    rig.folder().write("run.json", "no passport");
+    EXPECT_THAT(convert(units),
+                AllOf(HasSubstr("warning: "), HasSubstr("run.json: "), HasSubstr("; the values are volts")));
+    EXPECT_THAT(readFile(rig.file("run.csv")), testing::StartsWith(";Channel 0 [V];Channel 1 [V]"));
+    std::filesystem::remove(rig.file("run.json"));
+    EXPECT_THAT(convert(units), HasSubstr("run.json: there is no passport; the values are volts"));
+}
+
 TEST_F(ExportProgram, NamesTheKeyThatIsDamagedAndWarnsOfWhatIsOdd) {
     recordFrames(4000);
     describe("DataFormat = 2 ", "DataFormat = 3 ");

@@ -10,7 +10,7 @@ namespace tarno2 {
 namespace {
 
 TEST(TextExport, PutsRightWhatIsOutOfRange) {
-    TextExportSettings wild{4, 2, 10, 99, 7, -1, ';', 200, -5};
+    TextExportSettings wild{4, 3, 10, 99, 7, -1, ';', 200, -5};
     const TextExportSettings kept = withinLimits(wild);
     EXPECT_EQ(kept.firstColumnMode, 0);
     EXPECT_EQ(kept.dataColumnMode, 0);

@@ -38,6 +38,7 @@ TEST(PassportContradictions, EachFigureThatLies) {
                             "records.1.utc is "},
                            {"\"trigger\": 2000", "\"trigger\": 900", "records: their triggers go back"},
                            {"\"lower\": -5", "\"lower\": 5", "channels.0: its range has no width"},
+                           {"\"factor\": 1.0", "\"factor\": 0", "channels.0: its factor is 0"},
                            {"\"codeBits\": 14", "\"codeBits\": 15", "sample: there is no such code"},
                            {"\"recorded\": 5000", "\"recorded\": 9000", "rate: the recorded one"},
                            {"\"measuredFrequency\": 5", "\"measuredFrequency\": 6", "clock.measuredFrequency is "},

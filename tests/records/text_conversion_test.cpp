@@ -166,6 +166,59 @@ TEST(TextConversion, CutsTheTextIntoPieces) {
     }
 }
 
+TEST(TextConversion, TellsUnitsAndHeadings) {
+    // Codes -32768, 0 and 32767 of three channels: 16 bits have tables, whose ranges are the same but not the scales.
+    const std::string data("\x00\x80\x00\x00\xFF\x7F", 6);
+    ConversionInputs inputs = simpleInputs();
+    inputs.channelCount = 3;
+    inputs.ranges.assign(3, {5.0, -5.0});
+    inputs.digitalLines = 1;
+    inputs.labels.channels = {{4, {"a \"b\", c", "bar", -2.0, 0.25}}, {0, {"", "", 1.0, 0.0}}, {7, {"d", "", 1e-3, 1}}};
+    inputs.labels.lines = {"gate"};
+    ExportFormat format;
+    format.volts = format.headings = true;
+    format.divider = ",";
+    format.voltagePrecision = 3;
+    format.maximumLines = 100;
+    const struct {
+        bool volts;
+        bool units;
+        const char* text;
+    } cases[] = {{true, true, ",\"a \"\"b\"\", c [bar]\",Channel 0 [V],d [V],gate\r\n,10.250,0.000,1.005,0\r\n"},
+                 {true, false, ",\"a \"\"b\"\", c [V]\",Channel 0 [V],d [V],gate\r\n,-5.000,0.000,5.000,0\r\n"},
+                 {false, false, ",\"a \"\"b\"\", c\",Channel 0,d,gate\r\n,-32768.000,0.000,32767.000,0\r\n"}};
+    for (const auto& each : cases) {
+        format.volts = each.volts;
+        format.units = each.units;
+        Conversion conversion;
+        ASSERT_EQ(conversion.run(data, format, inputs), ConversionResult::Finished);
+        EXPECT_EQ(conversion.text(), each.text);
+    }
+    // Every file has its headings, also one without a frame; they are no line.
+    inputs.labels = {};
+    format.firstColumn = FirstColumn::Seconds;
+    Conversion cut;
+    ASSERT_EQ(cut.run(std::string(101 * 6, '\0'), format, inputs), ConversionResult::Finished);
+    const std::string headings = "Time [s],Channel 0,Channel 1,Channel 2,Line 0\r\n";
+    EXPECT_EQ(cut.text("out_1.csv"), headings + "50.000000,0.000,0.000,0.000,0\r\n");
+    EXPECT_EQ(cut.progress.lines, 101U);
+    ASSERT_EQ(cut.run("", format, inputs), ConversionResult::Finished);
+    EXPECT_EQ(cut.text(), headings);
+    // Values beyond all numbers have short texts, those before them the longest there are.
+    format.volts = format.units = true;
+    inputs.labels.channels = {{0, {"", "", 1e308, 0.0}}, {1, {}}, {2, {}}};
+    std::string ramp;
+    for (int code = -32768; code < 32768; code += 64) {
+        for (int channel = 0; channel < 3; ++channel) {
+            ramp += static_cast<char>(code & 0xFF);
+            ramp += static_cast<char>((code >> 8) & 0xFF);
+        }
+    }
+    ASSERT_EQ(cut.run(ramp, format, inputs), ConversionResult::Finished);
+    EXPECT_THAT(cut.text(), HasSubstr(headings.substr(0, 9) + "Channel 0 [V],Channel 1 [V],"));
+    EXPECT_THAT(cut.text(), HasSubstr("\r\n0.000000,-inf,-5.000,-5.000,0\r\n"));
+}
+
 TEST(TextConversion, NamesItsFiles) {
     EXPECT_EQ(defaultOutputName("/a/run.1.dat"), "/a/run.1.csv");
     EXPECT_EQ(defaultOutputName("run"), "run.csv");

@@ -2,9 +2,11 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "apps/export/export_options.h"
 #include "apps/export/progress_line.h"
+#include "config/files/found_labels.h"
 #include "language/language_table.h"
 #include "platform/run_program.h"
 #include "platform/terminal.h"
@@ -69,7 +71,14 @@ void warn(const ConversionResult& result, const RecordedKeys& described, const E
 int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
     const std::string description = RecordDescription::fileNameFor(options.dataFile);
     const RecordedKeys described = readRecordedKeys(description);
-    const ConversionInputs inputs = conversionInputs(described, options.known);
+    ConversionInputs inputs = conversionInputs(described, options.known);
+    if (options.format.units || options.format.headings) {
+        FoundLabels found = findLabels(options.dataFile, inputs.channelCount);
+        inputs.labels = std::move(found.labels);
+        if (!options.quiet && options.format.units && !found.problem.empty()) {
+            complain("warning: " + found.problem + "; the values are volts");
+        }
+    }
     ConversionProgress progress;
     ConversionResult result;
     {

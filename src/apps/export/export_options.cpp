@@ -20,6 +20,8 @@ constexpr int kBadUse = 2;
 /// In the order of `FirstColumn`.
 const std::vector<std::string> kFirstColumns = {"none", "samples", "seconds", "clock"};
 
+const std::vector<std::string> kDataColumns = {"codes", "volts", "units"};
+
 /// What has to be worked on before it is a format or an input.
 struct RawOptions {
     std::string firstColumn = "none";
@@ -47,8 +49,9 @@ void addFormatOptions(CLI::App& app, ExportOptions& options, RawOptions& raw) {
     app.add_option("-o,--output", options.outputName, "Output file; without it RECORDING with .csv");
     app.add_option("--first-column", raw.firstColumn, "What a line begins with (none)")
         ->check(CLI::IsMember(kFirstColumns));
-    app.add_option("--data", raw.data, "What the columns of the channels hold (codes)")
-        ->check(CLI::IsMember(std::vector<std::string>{"codes", "volts"}));
+    app.add_option("--data", raw.data, "What the columns of the channels hold; units: as the passport tells (codes)")
+        ->check(CLI::IsMember(kDataColumns));
+    app.add_flag("--header", format.headings, "Begin with a line of headings: names and units of the passport");
     app.add_option("--time-precision", format.timePrecision, "Decimals of the seconds, 0 to 9 (6)")
         ->check(CLI::Range(0, ExportFormat::kMaximumPrecision));
     app.add_option("--voltage-precision", format.voltagePrecision, "Decimals of the values, codes too, 0 to 9 (6)")
@@ -112,7 +115,8 @@ void takeRanges(const std::vector<std::string>& texts, KnownInputs& known) {
 void finish(const RawOptions& raw, ExportOptions& options) {
     const auto column = std::find(kFirstColumns.begin(), kFirstColumns.end(), raw.firstColumn);
     options.format.firstColumn = static_cast<FirstColumn>(column - kFirstColumns.begin());
-    options.format.volts = raw.data == "volts";
+    options.format.volts = raw.data != "codes";
+    options.format.units = raw.data == "units";
     options.format.decimal = raw.decimal == "comma" ? ',' : '.';
     const std::string symbol = raw.divider == "tab" ? "\t" : raw.divider;
     if (symbol.size() != 1) {

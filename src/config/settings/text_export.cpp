@@ -23,7 +23,7 @@ std::string pairText(const std::string& done, const std::string& all) {
 
 TextExportSettings withinLimits(TextExportSettings settings) {
     settings.firstColumnMode = modeOrFirst(settings.firstColumnMode, kLastFirstColumn);
-    settings.dataColumnMode = modeOrFirst(settings.dataColumnMode, 1);
+    settings.dataColumnMode = modeOrFirst(settings.dataColumnMode, 2);
     settings.timePrecision = std::clamp(settings.timePrecision, 0, ExportFormat::kMaximumPrecision);
     settings.voltagePrecision = std::clamp(settings.voltagePrecision, 0, ExportFormat::kMaximumPrecision);
     settings.fractionalDivider = modeOrFirst(settings.fractionalDivider, 1);
@@ -31,6 +31,7 @@ TextExportSettings withinLimits(TextExportSettings settings) {
     settings.columnDividerCount =
         static_cast<uint8_t>(std::clamp<uint32_t>(settings.columnDividerCount, 1, ExportFormat::kMaximumDividerCount));
     settings.maxLineCount = std::max(settings.maxLineCount, 0);
+    settings.header = modeOrFirst(settings.header, 1);
     return settings;
 }
 
@@ -38,7 +39,9 @@ ExportFormat exportFormat(const TextExportSettings& settings) {
     const TextExportSettings kept = withinLimits(settings);
     ExportFormat format;
     format.firstColumn = static_cast<FirstColumn>(kept.firstColumnMode);
-    format.volts = kept.dataColumnMode == 1;
+    format.volts = kept.dataColumnMode != 0;
+    format.units = kept.dataColumnMode == 2;
+    format.headings = kept.header == 1;
     format.timePrecision = kept.timePrecision;
     format.voltagePrecision = kept.voltagePrecision;
     format.decimal = kept.fractionalDivider == 1 ? ',' : '.';
