@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tarno2 {
 
@@ -31,6 +32,10 @@ bool isRoomy(AxisRange shown, AxisRange visible) {
 
 }  // namespace
 
+AxisYKind kindOf(AxisYUnit unit) {
+    return unit == AxisYUnit::Codes ? AxisYKind::Codes : unit == AxisYUnit::Units ? AxisYKind::Units : AxisYKind::Volts;
+}
+
 double unitsPerVolt(AxisYUnit unit) {
     switch (unit) {
         case AxisYUnit::Millivolts:
@@ -49,14 +54,17 @@ LinearScale axisYScale(const SignalFormat& format, size_t channel, AxisYUnit uni
     }
     const SignalFormat::Channel& limits = format.channels[channel];
     const double factor = (limits.upper - limits.lower) / codes;
+    if (unit == AxisYUnit::Units) {
+        return {factor * limits.label.factor, limits.label.inUnit(limits.lower - format.minimumCode * factor)};
+    }
     return {factor * unitsPerVolt(unit), (limits.lower - format.minimumCode * factor) * unitsPerVolt(unit)};
 }
 
 LinearScale digitalAxisYScale(const SignalFormat& format, AxisYUnit unit) {
     size_t widest = 0;
     for (size_t i = 1; i < format.channels.size(); ++i) {
-        const auto& [position, upper, lower] = format.channels[i];
-        if (upper - lower > format.channels[widest].upper - format.channels[widest].lower) {
+        const SignalFormat::Channel& channel = format.channels[i];
+        if (channel.upper - channel.lower > format.channels[widest].upper - format.channels[widest].lower) {
             widest = i;
         }
     }
@@ -69,6 +77,21 @@ double fullScaleVolts(const SignalFormat& format) {
         volts = std::max({volts, std::abs(channel.upper), std::abs(channel.lower)});
     }
     return volts;
+}
+
+std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown) {
+    std::vector<std::string> units;
+    for (const size_t column : shown) {
+        if (std::string unit = format.channels[column].label.unitText();
+            std::ranges::find(units, unit) == units.end()) {
+            units.push_back(std::move(unit));
+        }
+    }
+    std::string list;
+    for (const std::string& unit : units) {
+        list += (list.empty() ? "" : ", ") + unit;
+    }
+    return list;
 }
 
 AxisYUnit unitForVolts(double largestVolts) {

@@ -1,13 +1,20 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "display/signal_format.h"
 
 namespace tarno2 {
 
 /// Units of the signal view's Y axis; the numbers are those of the settings files and of the menu items' tags.
-enum class AxisYUnit : int32_t { Automatic = -1, Volts = 0, Millivolts = 1, Microvolts = 2, Codes = 3 };
+enum class AxisYUnit : int32_t { Automatic = -1, Volts = 0, Millivolts = 1, Microvolts = 2, Codes = 3, Units = 4 };
+
+/// What values of a unit of the axis can be compared with: those of volts turn into each other.
+enum class AxisYKind : uint8_t { Volts, Codes, Units };
+[[nodiscard]] AxisYKind kindOf(AxisYUnit unit);
 
 /// A value on the Y axis is `code * factor + offset`.
 struct LinearScale {
@@ -16,7 +23,8 @@ struct LinearScale {
     [[nodiscard]] double of(double code) const { return code * factor + offset; }
 };
 
-/// Turns one channel's codes into a unit. `unit` must not be `Automatic`. A board without a code range gives codes.
+/// Turns one channel's codes into a unit, `Units` being the channel's own. `unit` must not be `Automatic`. A board
+/// without a code range gives codes.
 [[nodiscard]] LinearScale axisYScale(const SignalFormat& format, size_t channel, AxisYUnit unit);
 /// The same for the columns of digital lines, which are drawn against the code range: the smallest code lies at the
 /// lower limit of the widest channel, the largest at its upper limit.
@@ -25,8 +33,11 @@ struct LinearScale {
 [[nodiscard]] double fullScaleVolts(const SignalFormat& format);
 /// What `Automatic` stands for when the largest voltage shown is this: the largest unit in which it is 1 or more.
 [[nodiscard]] AxisYUnit unitForVolts(double largestVolts);
-/// Units in a volt; 1 for codes.
+/// Units in a volt; 1 for codes and for the units of the channels.
 [[nodiscard]] double unitsPerVolt(AxisYUnit unit);
+
+/// The units of the shown channels, each once, in their order: "bar", or "bar, V". `shown`: their columns.
+[[nodiscard]] std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown);
 
 /// Limits of an axis.
 struct AxisRange {

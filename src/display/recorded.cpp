@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "config/files/file_naming.h"
+#include "config/files/found_labels.h"
 #include "config/files/recording_name.h"
 #include "platform/file.h"
 #include "platform/paths.h"
@@ -82,6 +83,7 @@ std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile
     if (problem.kind != OpenProblem::None) {
         return nullptr;
     }
+    recording->takeLabels(findLabels(dataFile, recording->recorded_.channelCount).labels);
     for (uint32_t number = 1;; ++number) {
         const std::string name = RecordingName(dataFile).piece(number);
         RecordedFormat format;
@@ -90,6 +92,15 @@ std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile
             return recording;
         }
     }
+}
+
+void RecordedFrames::takeLabels(const RecordedLabels& labels) {
+    numbers_.resize(labels.channels.size());
+    for (size_t i = 0; i < labels.channels.size(); ++i) {
+        format_.channels[i].label = labels.channels[i].label;
+        numbers_[format_.channels[i].listPosition] = labels.channels[i].number;
+    }
+    format_.lineNames = labels.lines;
 }
 
 OpenProblem RecordedFrames::addPiece(const std::string& dataFile) {

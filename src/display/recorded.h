@@ -10,6 +10,7 @@
 #include "display/signal_format.h"
 #include "platform/file.h"
 #include "records/recorded_format.h"
+#include "records/recorded_labels.h"
 
 namespace tarno2 {
 
@@ -39,6 +40,8 @@ public:
 
     [[nodiscard]] const RecordedFormat& recordedFormat() const { return recorded_; }
     [[nodiscard]] const SignalFormat& format() const { return format_; }
+    /// Numbers of the board's inputs in the order of the channel list; none when no passport tells them.
+    [[nodiscard]] const std::vector<int32_t>& numbers() const { return numbers_; }
     [[nodiscard]] size_t pieceCount() const { return pieces_.size(); }
     /// Data files whose size is no whole number of frames: their last bytes are left out. For a warning.
     [[nodiscard]] const std::vector<std::string>& cutFiles() const { return cutFiles_; }
@@ -60,11 +63,13 @@ private:
     };
 
     RecordedFrames() = default;
+    void takeLabels(const RecordedLabels& labels);
     [[nodiscard]] OpenProblem addPiece(const std::string& dataFile);
     [[nodiscard]] File& fileOf(Piece& piece);
 
     RecordedFormat recorded_;
     SignalFormat format_;
+    std::vector<int32_t> numbers_;
     std::vector<Piece> pieces_;
     std::vector<std::string> cutFiles_;
     uint64_t frameCount_ = 0;

@@ -2,9 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "core/devices/board_facts.h"
+#include "records/channel_label.h"
 #include "records/recorded_format.h"
 #include "records/recording_facts.h"
 
@@ -31,12 +33,14 @@ struct SignalFormat {
         uint32_t listPosition = 0;  ///< in the channel list, which is the frame's order or its reverse
         double upper = 0.0;         ///< volts at the largest code
         double lower = 0.0;         ///< volts at the smallest code
+        ChannelLabel label = {};
     };
     SampleWordFormat word;
     std::vector<Channel> channels;  ///< in the frame's order
     double framesPerSecond = 0.0;   ///< of the frames that are shown; 0 when not known
     int32_t minimumCode = 0;
-    int32_t maximumCode = 0;  ///< the full-scale code of digital lines
+    int32_t maximumCode = 0;             ///< the full-scale code of digital lines
+    std::vector<std::string> lineNames;  ///< of digital lines, as many as have one
 
     [[nodiscard]] size_t channelCount() const { return channels.size(); }
     [[nodiscard]] size_t frameBytes() const { return channels.size() * word.sampleWidth; }

@@ -43,6 +43,12 @@ void T_MainForm::showRunningSignal() {
     LiveRecording recording;
     recording.format = signalFormatOf(selection().driver().facts(), control().facts());
     recording.channels = session.settings.channels;
+    for (SignalFormat::Channel& channel : recording.format.channels) {
+        const int32_t number = recording.channels[channel.listPosition];
+        channel.label = channelLabel(selection().driver().facts(), number,
+                                     settings_.channels[static_cast<size_t>(number) % settings_.channels.size()].label);
+    }
+    recording.format.lineNames = settings_.wish.lineNames;
     recording.fileName = host_.watch().facts().file;
     recording.everyFrameWritten = !host_.watch().facts().conditions;
     recording.writer = [this, number = session.number()]() -> DataWriter* {

@@ -13,8 +13,10 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <new>
 #include <utility>
 
+#include "config/files/found_labels.h"
 #include "platform/clock.h"
 #include "records/export_names.h"
 #include "records/record_description.h"
@@ -66,6 +68,7 @@ T_SaveAsTextForm::T_SaveAsTextForm(TextExportSettings& settings, TextExportSourc
       symbol_(new QLineEdit(dividerBox_)),
       symbolCountLabel_(new QLabel(dividerBox_)),
       symbolCount_(new QSpinBox(dividerBox_)),
+      headings_(new QCheckBox(controls_)),
       limitLines_(new QCheckBox(controls_)),
       maximumLines_(new QSpinBox(controls_)),
       progressBox_(new QGroupBox(this)),
@@ -116,6 +119,7 @@ void T_SaveAsTextForm::showSettings() {
     tabCount_->setValue(settings_.columnDividerCount);
     symbolCount_->setValue(settings_.columnDividerCount);
     symbol_->setText(fromCodePage(std::string(1, static_cast<char>(settings_.columnDivider))));
+    headings_->setChecked(settings_.header == 1);
     limitLines_->setChecked(settings_.maxLineCount > 0);
     maximumLines_->setValue(settings_.maxLineCount > 0 ? settings_.maxLineCount : kUsualLimit);
     maximumLines_->setEnabled(limitLines_->isChecked());
@@ -135,6 +139,7 @@ void T_SaveAsTextForm::readControls() {
     if (const std::string symbol = toCodePage(symbol_->text()); !symbol.empty()) {
         settings_.columnDivider = static_cast<uint8_t>(symbol.front());
     }
+    settings_.header = headings_->isChecked() ? 1 : 0;
     settings_.maxLineCount = limitLines_->isChecked() ? maximumLines_->value() : 0;
 }
 
@@ -197,8 +202,7 @@ void T_SaveAsTextForm::SaveButtonClick() {
     }
     const auto body = [this, output = toFileName(fileNameEdit_->text()), format = exportFormat(settings_),
                        inputs = conversionInputs(described_, source_.known)] {
-        const ConversionResult result = convertToText(source_.dataFile, output, format, inputs, progress_, stop_);
-        QCoreApplication::postEvent(this, new ConversionEnded(result));
+        QCoreApplication::postEvent(this, new ConversionEnded(convert(output, format, inputs)));
     };
     setRunning(true);
     if (!worker_.create(body)) {
@@ -209,6 +213,24 @@ void T_SaveAsTextForm::SaveButtonClick() {
     }
     worker_.resume();
     Timer1Timer();
+}
+
+// On the worker's thread: a passport may be long.
+ConversionResult T_SaveAsTextForm::convert(const std::string& output, const ExportFormat& format,
+                                           ConversionInputs inputs) {
+    try {
+        unitsKnown_ = true;
+        if (format.units || format.headings) {
+            FoundLabels found = findLabels(source_.dataFile, inputs.channelCount);
+            inputs.labels = std::move(found.labels);
+            unitsKnown_ = found.problem.empty() || !format.units;
+        }
+        return convertToText(source_.dataFile, output, format, inputs, progress_, stop_);
+    } catch (const std::bad_alloc&) {
+        ConversionResult result;
+        result.status = ConversionResult::NoMemory;
+        return result;
+    }
 }
 
 void T_SaveAsTextForm::CancelButtonClick() {
@@ -269,6 +291,9 @@ QString T_SaveAsTextForm::finishedText(const ConversionResult& result) const {
     QStringList lines{uiText(TextId::ExportFinished)};
     if (result.leftoverBytes != 0) {
         lines << uiText(TextId::LastFrameIncomplete, {fromFileName(source_.dataFile)});
+    }
+    if (!unitsKnown_) {
+        lines << uiText(TextId::ExportUnitsUnknown);
     }
     if (lacksPacketFrequency(described_, source_.known, exportFormat(settings_))) {
         lines << uiText(TextId::PacketFrequencyUnknown);

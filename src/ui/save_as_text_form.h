@@ -75,6 +75,8 @@ private:
     QMessageBox* report(QMessageBox::Icon icon, const QString& text);
     [[nodiscard]] QString failureText(const ConversionResult& result) const;
     [[nodiscard]] QString finishedText(const ConversionResult& result) const;
+    [[nodiscard]] ConversionResult convert(const std::string& output, const ExportFormat& format,
+                                           ConversionInputs inputs);
 
     TextExportSettings& settings_;
     const TextExportSource source_;
@@ -82,7 +84,8 @@ private:
     RecordedKeys described_;
     ConversionProgress progress_;
     std::atomic<bool> stop_{false};
-    uint64_t began_ = 0;  ///< ms of the tick counter
+    std::atomic<bool> unitsKnown_{true};  ///< the passport told them, or nobody asked
+    uint64_t began_ = 0;                  ///< ms of the tick counter
     uint64_t elapsed_ = 0;
     bool running_ = false;
     Thread worker_;
@@ -109,6 +112,7 @@ private:
     QLineEdit* symbol_;
     QLabel* symbolCountLabel_;
     QSpinBox* symbolCount_;
+    QCheckBox* headings_;
     QCheckBox* limitLines_;
     QSpinBox* maximumLines_;
     QGroupBox* progressBox_;

@@ -55,6 +55,7 @@ QWidget* T_SaveAsTextForm::buildColumns() {
     addRadio(firstColumn_, 3, "FirstColumnClock", firstColumnBox_);
     addRadio(dataColumn_, 0, "DataColumnCodes", dataColumnBox_);
     addRadio(dataColumn_, 1, "DataColumnVolts", dataColumnBox_);
+    addRadio(dataColumn_, 2, "DataColumnUnits", dataColumnBox_);
     addRadio(decimal_, 0, "DecimalPoint", decimalBox_);
     addRadio(decimal_, 1, "DecimalComma", decimalBox_);
     timePrecision_->setObjectName("TimePrecision");
@@ -128,6 +129,7 @@ void T_SaveAsTextForm::build() {
     setFileNameButton_->setObjectName("ButtonSetFileName");
     setFileNameButton_->setText(QStringLiteral("…"));
     setFileNameButton_->setAutoDefault(false);
+    headings_->setObjectName("Headings");
     limitLines_->setObjectName("LimitLines");
     maximumLines_->setObjectName("MaximumLines");
     maximumLines_->setRange(static_cast<int>(ExportFormat::kLeastLineLimit), std::numeric_limits<int>::max());
@@ -149,6 +151,7 @@ void T_SaveAsTextForm::build() {
     choices->addLayout(names);
     choices->addWidget(buildColumns());
     choices->addWidget(buildDivider());
+    choices->addWidget(headings_);
     choices->addLayout(limit);
 
     auto* buttons = new QHBoxLayout;
@@ -174,6 +177,7 @@ void T_SaveAsTextForm::loadCaptions() {
     dataColumnBox_->setTitle(uiText(TextId::ExportDataColumn));
     setCaption(dataColumn_, 0, TextId::ExportCodes);
     setCaption(dataColumn_, 1, TextId::ExportVolts);
+    setCaption(dataColumn_, 2, TextId::ExportUnits);
     voltagePrecisionLabel_->setText(uiText(TextId::ExportVoltagePrecision));
     decimalBox_->setTitle(uiText(TextId::ExportDecimal));
     setCaption(decimal_, 0, TextId::ExportDecimalPoint);
@@ -183,6 +187,7 @@ void T_SaveAsTextForm::loadCaptions() {
     setCaption(divider_, 1, TextId::ExportDividerSymbol);
     tabCountLabel_->setText(uiText(TextId::ExportDividerCount));
     symbolCountLabel_->setText(uiText(TextId::ExportDividerCount));
+    headings_->setText(uiText(TextId::ExportHeadings));
     limitLines_->setText(uiText(TextId::ExportMaxLines));
     progressBox_->setTitle(uiText(TextId::ExportProgress));
     filesLabel_->setText(uiText(TextId::ExportProgressFiles));

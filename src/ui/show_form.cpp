@@ -308,7 +308,9 @@ QString T_ShowForm::mousePlace() const {
     };
     return QStringLiteral("X %1 %2  Y %3 %4")
         .arg(place(x, mouse_->first, scoper_->PixelWidth()), uiText(unitText(drawing_->unitX(signal->format()))),
-             place(y, mouse_->second, picture_->height()), uiText(unitText(drawing_->unitY())));
+             place(y, mouse_->second, picture_->height()),
+             drawing_->unitY() == AxisYUnit::Units ? QString::fromStdString(drawing_->unitTextY())
+                                                   : uiText(unitText(drawing_->unitY())));
 }
 
 QString T_ShowForm::fileFacts() const {

@@ -103,7 +103,7 @@ public:
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
     void Samples1Click(int tag);
-    /// Y unit: -1 automatic, 0 V, 1 mV, 2 uV, 3 codes.
+    /// Y unit: -1 automatic, 0 V, 1 mV, 2 uV, 3 codes, 4 those of the channels.
     void ADCCodes1Click(int tag);
     void AxisXButtonClick();
     /// Enter (13) applies the span of X that was typed.

@@ -213,7 +213,8 @@ void T_ShowForm::zoomedX(double lower, double upper, int cause) {
 // The limits come in the unit that is shown; the scale of the settings is in the user's.
 void T_ShowForm::zoomedY(double lower, double upper) {
     const AxisYUnit shown = drawing_->unitY();
-    const double micro = unitsPerVolt(shown == AxisYUnit::Codes ? shown : AxisYUnit::Microvolts) / unitsPerVolt(shown);
+    const bool volts = kindOf(shown) == AxisYKind::Volts;
+    const double micro = volts ? unitsPerVolt(AxisYUnit::Microvolts) / unitsPerVolt(shown) : 1.0;
     settings_.axisYLower = lower * micro;
     settings_.axisYUpper = upper * micro;
     settings_.axisYAutoMode = false;
@@ -310,11 +311,11 @@ void T_ShowForm::Samples1Click(int tag) {
 }
 
 void T_ShowForm::ADCCodes1Click(int tag) {
-    constexpr int kCodes = static_cast<int>(AxisYUnit::Codes);
-    if ((tag == kCodes) != (settings_.axisYMode == kCodes)) {
+    tag = std::clamp(tag, -1, static_cast<int>(AxisYUnit::Units));
+    if (kindOf(static_cast<AxisYUnit>(tag)) != kindOf(static_cast<AxisYUnit>(settings_.axisYMode))) {
         forgetZoomY();
     }
-    settings_.axisYMode = std::clamp(tag, -1, kCodes);
+    settings_.axisYMode = tag;
     AxisXEditKeyDown(kEnter);
 }
 

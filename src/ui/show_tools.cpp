@@ -21,11 +21,9 @@ namespace {
 constexpr std::pair<TextId, int> kUnitsX[] = {{TextId::AxisXSamples, 0},      {TextId::AxisXMicroseconds, 1},
                                               {TextId::AxisXMilliseconds, 2}, {TextId::AxisXSeconds, 3},
                                               {TextId::AxisXMinutes, 4},      {TextId::AxisXHours, 5}};
-constexpr std::pair<TextId, int> kUnitsY[] = {{TextId::AxisYAuto, -1},
-                                              {TextId::Volts, 0},
-                                              {TextId::Millivolts, 1},
-                                              {TextId::Microvolts, 2},
-                                              {TextId::AxisYCodes, 3}};
+constexpr std::pair<TextId, int> kUnitsY[] = {{TextId::AxisYAuto, -1}, {TextId::Volts, 0},
+                                              {TextId::Millivolts, 1}, {TextId::Microvolts, 2},
+                                              {TextId::AxisYCodes, 3}, {TextId::AxisYUnits, 4}};
 constexpr std::pair<TextId, int> kFollowModes[] = {
     {TextId::FollowNone, 0}, {TextId::FollowRecorder, 1}, {TextId::FollowZeroing, 2}};
 

@@ -64,7 +64,7 @@ ScreenSource& LiveSignal::screens() {
 }
 
 RecordedSignal::RecordedSignal(std::unique_ptr<RecordedFrames> frames, Overview::Progress progress)
-    : ShownSignal(frames->format(), {}),
+    : ShownSignal(frames->format(), frames->numbers()),
       frames_(std::move(frames)),
       overview_(*frames_, frames_->format(), std::move(progress)) {}
 

@@ -30,6 +30,8 @@ TextId textOf(AxisYUnit unit) {
             return TextId::Microvolts;
         case AxisYUnit::Codes:
             return TextId::AxisYCodes;
+        case AxisYUnit::Units:
+            return TextId::AxisYUnits;
         case AxisYUnit::Automatic:
             return TextId::AxisYAuto;
         default:
@@ -37,9 +39,26 @@ TextId textOf(AxisYUnit unit) {
     }
 }
 
-/// What separates scales in volts from those in codes, which never turn into each other.
-bool showsCodes(const ProgramSettings& settings) {
-    return settings.axisYMode == static_cast<int32_t>(AxisYUnit::Codes);
+/// Volts, or another kind of values, which never turn into each other.
+AxisYKind kindOf(const ProgramSettings& settings) {
+    return kindOf(static_cast<AxisYUnit>(settings.axisYMode));
+}
+
+/// In which the settings keep where the user has zoomed to.
+double keptUnitsPerVolt(const ProgramSettings& settings) {
+    return kindOf(settings) == AxisYKind::Volts ? unitsPerVolt(AxisYUnit::Microvolts) : 1.0;
+}
+
+/// Nothing below 0 can come in the kind of values that is shown.
+bool isPositive(const SignalFormat& format, AxisYKind kind) {
+    if (kind == AxisYKind::Codes) {
+        return format.minimumCode >= 0;
+    }
+    return std::ranges::all_of(format.channels, [kind](const SignalFormat::Channel& channel) {
+        return kind == AxisYKind::Units
+                   ? std::min(channel.label.inUnit(channel.lower), channel.label.inUnit(channel.upper)) >= 0.0
+                   : channel.lower >= 0.0;
+    });
 }
 
 ShowMode showMode(const ProgramSettings& settings) {
@@ -107,7 +126,7 @@ void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t
     scoper_.SetOption(kScoperaOptionPoints, settings_.pixelsMode ? 1 : 0);
     scoper_.SetRange(kScoperaAxisX, axisOf(shown.low), axisOf(shown.high));
     scaleY(signal, nowMs);
-    setTexts(unit);
+    setTexts(signal, unit);
 }
 
 // Frames that are not in one piece (some were lost to the view) are drawn from the last gap on.
@@ -159,18 +178,42 @@ std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& s
         Column& column = columns[i];
         if (i < analog) {
             column.key = signal.channelNumber(i);
-            column.name = numbered(TextId::ChannelName, column.key);
+            column.name = channelName(signal, i);
             column.scale = axisYScale(format, i, unitY_);
         } else {
             const auto line = static_cast<int32_t>(i - analog);
             column.key = -1 - line;
-            column.name = numbered(TextId::DigitalLineName, line);
+            const auto& names = format.lineNames;
+            const bool named = static_cast<size_t>(line) < names.size() && !names[static_cast<size_t>(line)].empty();
+            column.name = named ? names[static_cast<size_t>(line)] : numbered(TextId::DigitalLineName, line);
             column.scale = digitalAxisYScale(format, unitY_);
         }
         column.color = i < columnColors_.size() ? static_cast<uint32_t>(columnColors_[i]) : 0;
         column.visible = !hidden_.contains(column.key);
     }
     return columns;
+}
+
+// Where channels have different units of their own, each is told with its name.
+std::string SignalDrawing::channelName(const ShownSignal& signal, size_t column) const {
+    const SignalFormat& format = signal.format();
+    const ChannelLabel& label = format.channels[column].label;
+    const std::string name =
+        label.name.empty() ? numbered(TextId::ChannelName, signal.channelNumber(column)) : label.name;
+    const bool differ = std::ranges::any_of(format.channels, [&](const SignalFormat::Channel& other) {
+        return other.label.unitText() != label.unitText();
+    });
+    return unitY_ == AxisYUnit::Units && differ ? name + " [" + label.unitText() + "]" : name;
+}
+
+std::vector<size_t> SignalDrawing::shownChannels(const ShownSignal& signal) const {
+    std::vector<size_t> shown;
+    for (size_t i = 0; i < signal.format().channelCount(); ++i) {
+        if (!hidden_.contains(signal.channelNumber(i))) {
+            shown.push_back(i);
+        }
+    }
+    return shown;
 }
 
 void SignalDrawing::setColumns(std::vector<Column> columns) {
@@ -206,23 +249,20 @@ bool SignalDrawing::moving() const {
 // Where the user has zoomed to. A scale that the user gives lies around 0, or above it when nothing below can come.
 AxisRange SignalDrawing::userRange(const SignalFormat& format) const {
     if (settings_.axisYLower < settings_.axisYUpper) {
-        const double units = unitsPerVolt(showsCodes(settings_) ? AxisYUnit::Codes : AxisYUnit::Microvolts);
+        const double units = keptUnitsPerVolt(settings_);
         return {settings_.axisYLower / units, settings_.axisYUpper / units};
     }
     const double value = settings_.axisYValue > 0.0 ? settings_.axisYValue : 1.0;
-    const bool positive = showsCodes(settings_)
-                              ? format.minimumCode >= 0
-                              : std::all_of(format.channels.begin(), format.channels.end(),
-                                            [](const SignalFormat::Channel& channel) { return channel.lower >= 0.0; });
     const double base = value / unitsPerVolt(unitY_);
-    return {positive ? 0.0 : -base, base};
+    return {isPositive(format, kindOf(settings_)) ? 0.0 : -base, base};
 }
 
 // Digital lines alone are drawn over the whole code range, so that they keep their places.
 AxisRange SignalDrawing::digitalRange(const SignalFormat& format) const {
-    const LinearScale scale = digitalAxisYScale(format, showsCodes(settings_) ? AxisYUnit::Codes : AxisYUnit::Volts);
-    const double low = scale.of(format.minimumCode);
-    const double high = scale.of(format.maximumCode);
+    const bool volts = kindOf(settings_) == AxisYKind::Volts;
+    const auto unit = volts ? AxisYUnit::Volts : static_cast<AxisYUnit>(settings_.axisYMode);
+    const LinearScale scale = digitalAxisYScale(format, unit);
+    const auto [low, high] = std::minmax({scale.of(format.minimumCode), scale.of(format.maximumCode)});
     const double margin = (high - low) / 50.0;
     return {low - margin, high + margin};
 }
@@ -230,7 +270,8 @@ AxisRange SignalDrawing::digitalRange(const SignalFormat& format) const {
 // A unit of the user's own choice stays; the automatic one follows the automatic scale, or the range of the board.
 AxisYUnit SignalDrawing::chooseUnitY(const SignalFormat& format) const {
     const bool automatic = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
-    return automatic && settings_.axisYAutoMode && unitY_ != AxisYUnit::Codes ? unitY_ : userUnitY(format);
+    const bool volts = kindOf(unitY_) == AxisYKind::Volts;
+    return automatic && settings_.axisYAutoMode && volts ? unitY_ : userUnitY(format);
 }
 
 AxisYUnit SignalDrawing::userUnitY(const SignalFormat& format) const {
@@ -276,18 +317,19 @@ AxisRange SignalDrawing::automaticRange(uint64_t nowMs) {
     return scale_.update(visible, nowMs);
 }
 
-void SignalDrawing::setTexts(AxisXUnit unitX) {
-    const std::pair labels{unitX, unitY_};
+void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX) {
+    unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal))
+                                            : uiText(textOf(unitY_)).toStdString();
+    const std::tuple labels{unitX, unitY_, unitTextY_};
     if (labels_ == labels) {
         return;
     }
     labels_ = labels;
     const QByteArray x = uiText(textOf(unitX)).toUtf8();
-    const QByteArray y = uiText(textOf(unitY_)).toUtf8();
     scoper_.SetText(kScoperaTextLabelX, x.constData());
     scoper_.SetText(kScoperaTextUnitX, x.constData());
-    scoper_.SetText(kScoperaTextLabelY, y.constData());
-    scoper_.SetText(kScoperaTextUnitY, y.constData());
+    scoper_.SetText(kScoperaTextLabelY, unitTextY_.c_str());
+    scoper_.SetText(kScoperaTextUnitY, unitTextY_.c_str());
 }
 
 }  // namespace tarno2

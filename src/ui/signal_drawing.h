@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -53,6 +54,8 @@ public:
     [[nodiscard]] AxisXUnit unitX(const SignalFormat& format) const;
     /// The unit that Y is shown in.
     [[nodiscard]] AxisYUnit unitY() const { return unitY_; }
+    /// Its text: of the units of the channels, those that are shown.
+    [[nodiscard]] const std::string& unitTextY() const { return unitTextY_; }
     /// Units of Y in a volt where the user gives the scale: what `axisYValue` is in. 1 for codes.
     [[nodiscard]] double userUnitsPerVolt(const SignalFormat& format) const;
     /// The automatic scale has not settled yet: draw again soon.
@@ -79,7 +82,9 @@ private:
     void scaleY(const ShownSignal& signal, uint64_t nowMs);
     [[nodiscard]] AxisRange userRange(const SignalFormat& format) const;
     [[nodiscard]] AxisRange digitalRange(const SignalFormat& format) const;
-    void setTexts(AxisXUnit unitX);
+    [[nodiscard]] std::string channelName(const ShownSignal& signal, size_t column) const;
+    [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
+    void setTexts(const ShownSignal& signal, AxisXUnit unitX);
 
     ISCOPERA& scoper_;
     const ProgramSettings& settings_;
@@ -90,8 +95,9 @@ private:
     std::vector<Column> columns_;
     std::set<int32_t> hidden_;  ///< keys of the columns that are switched off
     AxisYUnit unitY_ = AxisYUnit::Volts;
-    AutomaticScaleY scale_;  ///< volts, or codes
-    std::optional<std::pair<AxisXUnit, AxisYUnit>> labels_;
+    std::string unitTextY_;
+    AutomaticScaleY scale_;  ///< volts, or codes, or units
+    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string>> labels_;
 };
 
 }  // namespace tarno2

@@ -78,8 +78,8 @@ ProgramSettings changedEverywhere() {
     s.wish.cutMegabytes = 77;
     s.wish.decimation = 5;
     s.channelCount = 16;
-    s.channels[3] = {0x123456, true, 5};
-    s.channels[150] = {0x654321, true, 10};
+    s.channels[3] = {0x123456, true, 5, {}};
+    s.channels[150] = {0x654321, true, 10, {}};
     s.axisFontName = "Courier New";
     s.axisFontSize = 13;
     s.showSettingMember = 2;

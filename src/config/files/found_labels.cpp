@@ -22,8 +22,9 @@ FoundLabels findLabels(const std::string& dataFile, uint32_t channelCount) {
         return {{}, file + ": " + found.problem};
     }
     if (found.passport->channels.size() != channelCount) {
-        return {{}, file + ": tells of " + std::to_string(found.passport->channels.size()) + " channels, not " +
-                        std::to_string(channelCount)};
+        return {{},
+                file + ": tells of " + std::to_string(found.passport->channels.size()) + " channels, not " +
+                    std::to_string(channelCount)};
     }
     return {labelsOf(*found.passport), {}};
 }

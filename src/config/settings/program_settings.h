@@ -83,12 +83,12 @@ struct ProgramSettings {
     int32_t axisFontSize = 8;
     int32_t followToData = 1;    ///< 0 does not follow, 1 recorder, 2 recorder with zeroing
     int32_t axisXUnit = 3;       ///< 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h
-    int32_t axisYMode = -1;      ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes
+    int32_t axisYMode = -1;      ///< -1 automatic, 0 V, 1 mV, 2 uV, 3 ADC codes, 4 the channels' units
     int32_t showSignalMode = 0;  ///< 0 analog, 1 analog and digital, 2 digital
     static constexpr size_t kDigitalLineCount = kMaximumLineCount;
     std::array<DigitalLineSettings, kDigitalLineCount> digitalLines;
-    /// Where the user has zoomed the Y axis to, microvolts or codes; taken while the scale is not automatic. Equal:
-    /// nowhere.
+    /// Where the user has zoomed the Y axis to, microvolts, codes or units; taken while the scale is not automatic.
+    /// Equal: nowhere.
     double axisYLower = 0.0;
     double axisYUpper = 0.0;
     bool axisYAutoMode = true;

@@ -85,7 +85,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentAxisXValue, nullptr, real<&Settings::axisXValue>(kAnyReal)},
     {TextId::CommentAxisXUnit, nullptr, integer<&Settings::axisXUnit>(0, 5)},
     {TextId::CommentAxisYValue, nullptr, real<&Settings::axisYValue>(kAnyReal)},
-    {TextId::CommentAxisYMode, nullptr, integer<&Settings::axisYMode>(-1, 3)},
+    {TextId::CommentAxisYMode, nullptr, integer<&Settings::axisYMode>(-1, 4)},
     {TextId::CommentAxisYAutoMode, nullptr, flag<&Settings::axisYAutoMode>()},
     {TextId::CommentCutModeActive, nullptr, flag<&Settings::wish, &Wish::cut>()},
     {TextId::CommentAutoModeCut, nullptr, flag<&Settings::wish, &Wish::automaticCut>()},
