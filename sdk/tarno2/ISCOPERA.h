@@ -13,8 +13,8 @@
 //
 // What the user does with the mouse: the wheel zooms X (with Ctrl, or over the Y axis: Y), a drag moves the picture, a
 // drag with Shift zooms into a rectangle, a double click asks for the automatic ranges, a click on a name in the legend
-// switches its column, and the lines of the cursors are dragged. Zoom and move happen at once; the host is told after,
-// with the cause, and may set other ranges.
+// switches its column, a click on a flag is told, and the lines of the cursors are dragged. Zoom and move happen at
+// once; the host is told after, with the cause, and may set other ranges.
 //
 // Texts are UTF-8, zero-terminated, on every system; the library copies them. Null counts as empty.
 
@@ -36,13 +36,16 @@
 
 // Version of this interface. The host uses a library only when the answer to `AbiVersion` is the number that the host
 // was built with.
-static const uint32_t kScoperaAbiVersion = 2;
+static const uint32_t kScoperaAbiVersion = 3;
 
 // Most columns of a frame: 160 channels and 32 digital lines fit with room to spare.
 static const uint32_t kScoperaMaxColumns = 255;
 
 // How the samples lie in memory (m_nSampleFormat): little-endian words of 2 or 4 bytes.
 enum { kScoperaSigned16 = 0, kScoperaUnsigned16 = 1, kScoperaSigned32 = 2, kScoperaUnsigned32 = 3 };
+
+// Most flags of `SetFlags`: more than a picture has columns of pixels show nothing more.
+static const uint32_t kScoperaMaxFlags = 65536;
 
 enum { kScoperaAxisX = 0, kScoperaAxisY = 1 };
 
@@ -112,6 +115,14 @@ struct SCOPERACursors {
     double m_fY[2];
 };
 
+// A flag at a place of the X axis: a small one at the top of the picture with a thin line below it, and its text beside
+// it where there is room.
+struct SCOPERAFlag {
+    double m_fX;           // in the unit of the X axis
+    const char* m_sText;   // may be empty
+    uint64_t m_nIdentity;  // for m_pFlagClicked
+};
+
 // Calls back to the host. Each gets m_pContext first; those that are null are left out. During any of them the host may
 // call everything but `Release`.
 struct SCOPERAEvents {
@@ -133,6 +144,8 @@ struct SCOPERAEvents {
     // The picture is about to be drawn for the first time after the view was shown, or with a new width: a chance to
     // hand over frames that suit it. `pixels` is the width between the ends of the X axis, in the screen's pixels.
     void(TARNO2_CALL* m_pPaintWanted)(void* context, uint32_t pixels);
+    // The left button was pressed on a flag or its text.
+    void(TARNO2_CALL* m_pFlagClicked)(void* context, uint64_t identity);
 };
 
 #pragma pack(pop)
@@ -196,6 +209,9 @@ struct ISCOPERA {
     virtual int32_t TARNO2_CALL SavePicture(const char* file) = 0;
     // 19: puts the picture as it is shown on the clipboard. 1: done.
     virtual int32_t TARNO2_CALL CopyPicture() = 0;
+    // 20: shows these flags instead of the earlier ones; copied, in any order. 1: taken; 0: more than kScoperaMaxFlags,
+    // or a place is not finite, and the earlier ones stay.
+    virtual int32_t TARNO2_CALL SetFlags(const SCOPERAFlag* flags, uint32_t count) = 0;
 };
 
 // The library's only export. `interfaceName` is "ISCOPERA" and `flags` 0; null when the library has no such interface
@@ -224,7 +240,9 @@ static_assert(offsetof(SCOPERAFrames, m_nSampleFormat) == 12 + sizeof(void*), ""
 static_assert(offsetof(SCOPERAFrames, m_fFirstX) == 16 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_fStepX) == 24 + sizeof(void*), "");
 static_assert(sizeof(SCOPERACursors) == 32 && offsetof(SCOPERACursors, m_fY) == 16, "");
-static_assert(sizeof(SCOPERAEvents) == 8 * sizeof(void*), "");
+static_assert(sizeof(SCOPERAFlag) == 16 + sizeof(void*) && offsetof(SCOPERAFlag, m_nIdentity) == 8 + sizeof(void*), "");
+static_assert(sizeof(SCOPERAEvents) == 9 * sizeof(void*), "");
 static_assert(offsetof(SCOPERAEvents, m_pPaintWanted) == 7 * sizeof(void*), "");
+static_assert(offsetof(SCOPERAEvents, m_pFlagClicked) == 8 * sizeof(void*), "");
 
 #endif  // TARNO2_ISCOPERA_H

@@ -14,7 +14,10 @@ namespace tarno2 {
 namespace {
 
 const QString kCurveLayer = QStringLiteral("curves");
+const QString kFlagLayer = QStringLiteral("flags");
 const QString kCursorLayer = QStringLiteral("cursors");
+
+constexpr uint32_t kFlagColor = 0x2060E0;  // an orange that neither a light nor a dark picture swallows
 
 QColor fromBgr(uint32_t color) {
     return {static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF), static_cast<int>(color >> 16 & 0xFF)};
@@ -33,6 +36,7 @@ PlotView::PlotView(QWidget* parent)
       curves_(new Curves(xAxis, yAxis)),
       legend_(new Legend(this)),
       cursors_(new Cursors(xAxis, yAxis)),
+      flags_(new Flags(xAxis)),
       font_(QWidget::font()) {
     setAutoAddPlottableToLegend(false);
     addLayer(kCursorLayer, layer(QStringLiteral("overlay")), limBelow);
@@ -40,7 +44,10 @@ PlotView::PlotView(QWidget* parent)
     layer(QStringLiteral("overlay"))->setMode(QCPLayer::lmLogical);
     // Above the frame, which would hide a curve that runs along an end of the Y axis.
     addLayer(kCurveLayer, layer(QStringLiteral("axes")), limAbove);
+    addLayer(kFlagLayer, layer(kCurveLayer), limAbove);
     curves_->setLayer(kCurveLayer);
+    flags_->setLayer(kFlagLayer);
+    flags_->setParent(this);
     cursors_->setLayer(kCursorLayer);
     cursors_->setParent(this);
     cursors_->setVisible(false);
@@ -92,6 +99,11 @@ void PlotView::setColumns(const SCOPERAColumn* columns, uint32_t count) {
 
 void PlotView::setFrames(const SCOPERAFrames& frames) {
     curves_->setFrames(frames);
+    makeStale();
+}
+
+void PlotView::setFlags(const SCOPERAFlag* flags, uint32_t count) {
+    flags_->setFlags(flags, count);
     makeStale();
 }
 
@@ -204,6 +216,7 @@ void PlotView::applyFont() {
     }
     legend_->setFont(font_);
     cursors_->setFont(font_);
+    flags_->setFont(font_);
     // Room for usual numbers, so that the picture keeps its place when they get a digit more.
     const QFontMetrics metrics(font_);
     axisRect()->setMinimumMargins({metrics.horizontalAdvance(QStringLiteral("-00.000")) + metrics.height() + 12,
@@ -227,6 +240,7 @@ void PlotView::applyPalette() {
     QColor box = base;
     box.setAlpha(225);
     cursors_->setColors(mixed(base, text, 0.8), text, box);
+    flags_->setColors(mixed(base, fromBgr(kFlagColor), 0.85), text);
     selectionRect()->setPen(QPen(text, 0, Qt::DashLine));
     QColor shade = palette().color(QPalette::Highlight);
     shade.setAlpha(50);

@@ -11,6 +11,7 @@
 
 #include "scopera/cursors.h"
 #include "scopera/curves.h"
+#include "scopera/flags.h"
 #include "scopera/legend.h"
 
 namespace tarno2 {
@@ -25,6 +26,7 @@ public:
     void setEvents(const SCOPERAEvents& events) { events_ = events; }
     void setColumns(const SCOPERAColumn* columns, uint32_t count);
     void setFrames(const SCOPERAFrames& frames);
+    void setFlags(const SCOPERAFlag* flags, uint32_t count);
     void setAxisRange(int32_t axis, const QCPRange& range);
     [[nodiscard]] QCPRange axisRange(int32_t axis) const { return axisOf(axis)->range(); }
     [[nodiscard]] std::optional<QCPRange> extremes();
@@ -88,6 +90,7 @@ private:
     Curves* curves_;
     Legend* legend_;
     Cursors* cursors_;
+    Flags* flags_;
     QFont font_;
     QString units_[2];
     QString difference_;

@@ -56,6 +56,8 @@ void PlotView::mousePressEvent(QMouseEvent* event) {
             switchColumn(*column);
         } else if (inside && (event->modifiers() & Qt::ShiftModifier) != 0) {
             QCustomPlot::mousePressEvent(event);
+        } else if (const auto flag = inside ? flags_->flagAt(place) : std::nullopt) {
+            tell(events_.m_pFlagClicked, *flag);
         } else if (inside) {
             grip_ = cursors_->gripAt(place);
             if (!grip_) {

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QPointer>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <new>
@@ -167,6 +168,17 @@ public:
     int32_t TARNO2_CALL CopyPicture() override {
         return withView([](PlotView& view) {
             QApplication::clipboard()->setPixmap(view.picture());
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL SetFlags(const SCOPERAFlag* flags, uint32_t count) override {
+        return withView([&](PlotView& view) {
+            if (count > kScoperaMaxFlags || (flags == nullptr && count > 0) ||
+                !std::all_of(flags, flags + count, [](const SCOPERAFlag& flag) { return std::isfinite(flag.m_fX); })) {
+                return false;
+            }
+            view.setFlags(flags, count);
             return true;
         });
     }

@@ -18,6 +18,7 @@
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
 #include "ui/main_status_bar.h"
+#include "ui/mark_controls.h"
 #include "ui/message_list.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
@@ -150,6 +151,16 @@ void T_MainForm::connectStrip() {
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
     connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
     connect(&strip_->conditionsButton(), &QToolButton::clicked, menu_.additional, &QAction::trigger);
+    connect(&strip_->marks().button(), &QPushButton::clicked, this, &T_MainForm::MarkClick);
+    const auto tell = [this](void (MarkWriter::*told)(RecordingMark)) {
+        return [this, told](const RecordingMark& mark) {
+            if (T_BOARD* session = control().session(); session != nullptr) {
+                (session->marks().*told)(mark);
+            }
+        };
+    };
+    connect(&strip_->marks(), &MarkControls::typed, this, tell(&MarkWriter::setDraft));
+    connect(&strip_->marks(), &MarkControls::taken, this, tell(&MarkWriter::setText));
 }
 
 void T_MainForm::connectPanels() {

@@ -72,6 +72,7 @@ public:
     void StartButtonClick();
     void StopButtonClick();
     void btnAutoStartClick(bool down);
+    void MarkClick();
     void DriverBoxChange(const QString& name);
     void BaseBoxChange(uint32_t number);
     void DrqBoxChange(int number);

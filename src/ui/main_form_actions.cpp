@@ -33,6 +33,8 @@ void T_MainForm::connectMenu() {
     };
     does(menu_.start, &T_MainForm::StartButtonClick);
     does(menu_.stop, &T_MainForm::StopButtonClick);
+    does(menu_.mark, &T_MainForm::MarkClick);
+    connect(menu_.marks, &QAction::triggered, this, [this] { showForm_->MarksClick(); });
     does(menu_.chooseFile, &T_MainForm::ButtonSetFileNameClick);
     does(menu_.additional, &T_MainForm::AdditionalFileModeClick);
     does(menu_.saveAsText, &T_MainForm::SaveAsTextButtonClick);

@@ -9,6 +9,7 @@
 #include "config/files/recording_name.h"
 #include "ui/additional_mode_window.h"
 #include "ui/main_form.h"
+#include "ui/mark_controls.h"
 #include "ui/message_list.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/show_form.h"
@@ -25,6 +26,18 @@ constexpr qint64 kDiskPeriodMs = 5000;
 
 // What takes a moment keeps the event loop waiting, so it is painted before. Without a display the toolkit ends the
 // program when a title or a picture is to reach it.
+void T_MainForm::MarkClick() {
+    guarded("MarkClick", [this] {
+        T_BOARD* session = control().session();
+        if (session == nullptr) {
+            return;
+        }
+        if (const auto mark = session->mark()) {
+            strip_->marks().begin(*mark);
+        }
+    });
+}
+
 void T_MainForm::showState() {
     strip_->setState(host_.watch().state());
     if (!displayGone_) {
@@ -42,6 +55,8 @@ void T_MainForm::runBegun() {
     strip_->setLossList(fromFileName(RecordingName(file).losses()));
     messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(file)}));
     showRunningSignal();
+    strip_->marks().end();
+    strip_->marks().show();
     panels_->setLocked(true);
     menu_.setLocked(true);
     diskClock_.start();
@@ -54,6 +69,8 @@ void T_MainForm::runEnded() {
         return;
     }
     sleepInhibitor_.release();
+    strip_->marks().end();
+    strip_->marks().hide();
     showForm_->recordingStopped();
     refreshTimer_.stop();
     panels_->setLocked(false);
@@ -70,6 +87,7 @@ void T_MainForm::showRun() {
     menu_.start->setEnabled(!running && !search_.busy());
     strip_->startButton().setEnabled(menu_.start->isEnabled());
     menu_.stop->setEnabled(running);
+    menu_.mark->setEnabled(running);
     strip_->stopButton().setEnabled(running);
     showConditions();
     const RunFigures& figures = host_.watch().figures();

@@ -55,6 +55,10 @@ void T_MainForm::showRunningSignal() {
         T_BOARD* running = control().session();
         return running != nullptr && running->number() == number ? &running->writer() : nullptr;
     };
+    recording.marks = [this, number = session.number()]() -> const MarkWriter* {
+        T_BOARD* running = control().session();
+        return running != nullptr && running->number() == number ? &running->marks() : nullptr;
+    };
     showForm_->recordingStarted(std::move(recording));
 }
 

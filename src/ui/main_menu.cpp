@@ -16,10 +16,12 @@ MainMenu::MainMenu(QMainWindow& window)
       start(add(TextId::CommandStart, Qt::Key_F5)),
       stop(add(TextId::CommandStop, Qt::Key_F6)),
       cycle(addToggle(TextId::CommandCycleStart)),
+      mark(add(TextId::CommandMark, Qt::Key_F8)),
       chooseFile(add(TextId::MenuChooseFile, Qt::CTRL | Qt::Key_D)),
       additional(add(TextId::MenuAdditionalSettings, Qt::Key_F7)),
       saveAsText(add(TextId::MenuSaveAsText, Qt::CTRL | Qt::Key_T)),
       showSignal(addToggle(TextId::MenuShowSignal)),
+      marks(add(TextId::MenuMarks, Qt::CTRL | Qt::Key_M)),
       detachSignal(addToggle(TextId::MenuDetachSignal)),
       showPanels(addToggle(TextId::MenuShowPanels)),
       showMessages(addToggle(TextId::MenuShowMessages, Qt::CTRL | Qt::Key_L)),
@@ -41,6 +43,7 @@ MainMenu::MainMenu(QMainWindow& window)
     languages->addAction(english);
     showPanels->setChecked(true);
     showMessages->setChecked(true);
+    mark->setEnabled(false);
     buildMenus();
 }
 
@@ -70,11 +73,11 @@ void MainMenu::buildMenus() {
     file->addSeparator();
     file->addAction(exit);
     QMenu* recording = addMenu(TextId::MenuRecording);
-    recording->addActions({start, stop, cycle});
+    recording->addActions({start, stop, cycle, mark});
     recording->addSeparator();
     recording->addAction(additional);
     QMenu* view = addMenu(TextId::MenuView);
-    view->addActions({showSignal, detachSignal});
+    view->addActions({showSignal, detachSignal, marks});
     view->addSeparator();
     view->addActions({showPanels, showMessages, extendedChannels});
     QMenu* settings = addMenu(TextId::MenuSettings);

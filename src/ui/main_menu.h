@@ -36,10 +36,12 @@ public:
     QAction* const start;
     QAction* const stop;
     QAction* const cycle;
+    QAction* const mark;
     QAction* const chooseFile;
     QAction* const additional;
     QAction* const saveAsText;
     QAction* const showSignal;
+    QAction* const marks;
     QAction* const detachSignal;
     QAction* const showPanels;
     QAction* const showMessages;

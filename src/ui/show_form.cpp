@@ -74,6 +74,9 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
         position_ = 0.0;
         readingsAt_ = 0;
         live_ = std::make_unique<LiveSignal>(std::move(recording));
+        liveMarks_ = {};
+        marksSeen_ = 0;
+        showMarkList();
         tap_.setWatched(shown_);
         userChanged();
     });
@@ -86,6 +89,7 @@ void T_ShowForm::recordingStopped() {
             while (shown_ && !file_ && live_->fetch(tap_)) {
             }
             live_->finish();
+            takeFinishedMarks();
         }
         userChanged();
     });
@@ -202,6 +206,7 @@ void T_ShowForm::fetch() {
         return;
     }
     live_->fetch(tap_);
+    takeMarks();
     giveReadings();
 }
 
@@ -227,6 +232,7 @@ void T_ShowForm::draw() {
     showScrollBar();
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
+        showFlags();
     }
     showStatus();
 }

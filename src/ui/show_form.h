@@ -18,6 +18,7 @@
 #include "display/axis_x.h"
 #include "display/channel_reading.h"
 #include "display/repaint.h"
+#include "display/shown_marks.h"
 #include "language/text_ids.h"
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
@@ -31,6 +32,7 @@ class QSplitter;
 
 namespace tarno2 {
 
+class MarkListWindow;
 class ShowTools;
 class T_DigitalSignalSettings;
 
@@ -99,6 +101,10 @@ public:
     void OnlyDigitalDataClick();
     void ShowSettingsClick();
     void DigitalSignalSettingsClick();
+    /// The list of marks.
+    void MarksClick();
+    /// The flag of that mark was clicked.
+    void FlagClick(uint64_t number);
 
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
@@ -168,6 +174,14 @@ private:
     void savePicture();
     void rangeChanged(int axis, double lower, double upper, int cause);
     void zoomedX(double lower, double upper, int cause);
+    // Marks (show_form_marks.cpp).
+    void takeMarks();
+    void takeFinishedMarks();
+    void readMarks(const std::string& dataFile);
+    [[nodiscard]] ShownMarks& shownMarks() { return file_ ? fileMarks_ : liveMarks_; }
+    void showFlags();
+    void showMarkList();
+    void goToFrame(uint64_t frame);
     void openProblem(const std::string& dataFile, const OpenProblem& problem);
 
     ProgramSettings& settings_;
@@ -176,6 +190,10 @@ private:
     std::unique_ptr<SignalDrawing> drawing_;  ///< null without the plotting library
     std::unique_ptr<LiveSignal> live_;
     std::unique_ptr<RecordedSignal> file_;  ///< shown instead of the live signal
+
+    ShownMarks liveMarks_;
+    ShownMarks fileMarks_;
+    size_t marksSeen_ = 0;  ///< of those that the running recording has told
 
     double position_ = 0.0;            ///< frame at the left edge while the picture stays
     double scrollStep_ = 1.0;          ///< frames in a step of the scroll bar
@@ -208,6 +226,7 @@ private:
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
     QPointer<T_DigitalSignalSettings> digitalSettings_;
+    QPointer<MarkListWindow> markList_;
 };
 
 }  // namespace tarno2

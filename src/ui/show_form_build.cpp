@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "ui/digital_signal_settings.h"
+#include "ui/mark_list_window.h"
 #include "ui/show_form.h"
 #include "ui/show_tools.h"
 #include "ui/text.h"
@@ -89,6 +90,9 @@ void T_ShowForm::listenToScoper() {
         static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button);
     };
     events.m_pPaintWanted = [](void* context, uint32_t) { static_cast<T_ShowForm*>(context)->FormResize(); };
+    events.m_pFlagClicked = [](void* context, uint64_t number) {
+        static_cast<T_ShowForm*>(context)->FlagClick(number);
+    };
     scoper_->SetEvents(&events);
 }
 
@@ -129,6 +133,7 @@ void T_ShowForm::buildActions() {
     legend_ = part(TextId::ViewLegend, &ProgramSettings::viewLegend);
     cursors_ = part(TextId::ViewCursors, &ProgramSettings::viewCursors);
     menu_->addSeparator();
+    addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
     addAction(TextId::SavePicture, [this] { savePicture(); })->setEnabled(scoper_ != nullptr);
     addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); })->setEnabled(scoper_ != nullptr);
@@ -179,6 +184,9 @@ void T_ShowForm::retranslate() {
     }
     if (digitalSettings_) {
         digitalSettings_->loadCaptions();
+    }
+    if (markList_) {
+        markList_->retranslate();
     }
     userChanged();
 }

@@ -380,6 +380,8 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
         openedFile_ = dataFile;
         openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
         file_ = std::move(signal);
+        readMarks(dataFile);
+        showMarkList();
         opened = true;
         tap_.setWatched(false);
         position_ = 0.0;
@@ -419,9 +421,11 @@ void T_ShowForm::backToLive() {
             drawing_->reset();
         }
         file_.reset();
+        fileMarks_ = {};
         openedFile_.clear();
         position_ = 0.0;
         tap_.setWatched(shown_ && live_ != nullptr);
+        showMarkList();
         userChanged();
     });
 }

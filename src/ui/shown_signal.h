@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/recording/live_tap.h"
+#include "core/storage/mark_writer.h"
 #include "display/file_screens.h"
 #include "display/live_history.h"
 #include "display/overview.h"
@@ -44,6 +45,8 @@ struct LiveRecording {
     bool everyFrameWritten = true;  ///< false: synchronisation chooses, and the file has frames of its own
     /// The recording's writer; null once its session is gone. Asked before each use.
     std::function<DataWriter*()> writer;
+    /// Likewise, what is marked in it.
+    std::function<const MarkWriter*()> marks;
 };
 
 /// The running recording: its newest frames from memory, older ones from its file. When it is over the file is read as
@@ -58,6 +61,9 @@ public:
     /// The recording is over: the frames of its file come from the closed file.
     void finish();
     [[nodiscard]] bool running() const { return running_; }
+    [[nodiscard]] const std::string& fileName() const { return recording_.fileName; }
+    /// What is marked in it; null once its session is gone.
+    [[nodiscard]] const MarkWriter* marks() const { return recording_.marks ? recording_.marks() : nullptr; }
     [[nodiscard]] LiveHistory& history() { return history_; }
     [[nodiscard]] ScreenSource& screens() override;
 

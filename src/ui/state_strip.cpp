@@ -14,6 +14,7 @@
 #include "config/files/figure_text.h"
 #include "platform/paths.h"
 #include "ui/figure_cell.h"
+#include "ui/mark_controls.h"
 #include "ui/text.h"
 #include "ui/view_icons.h"
 
@@ -78,6 +79,9 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     buildUpperRow(column);
     buildLowerRow(column);
     buildChecksums(column);
+    marks_ = new MarkControls(this);
+    marks_->hide();
+    column->addWidget(marks_);
     attention_ = new QLabel(this);
     attention_->setObjectName(QStringLiteral("AttentionLabel"));
     attention_->setTextFormat(Qt::PlainText);
@@ -270,6 +274,7 @@ void StateStrip::retranslate() {
     files_->setCaption(uiText(TextId::RunFiles));
     events_->setCaption(uiText(TextId::RunEvents));
     losses_->setCaption(uiText(TextId::RunLosses));
+    marks_->retranslate();
     noChecksums_->setText(uiText(TextId::ChecksumsCancel));
     noChecksums_->setToolTip(uiText(TextId::ChecksumsCancelHint));
     setLossList(lossList_);

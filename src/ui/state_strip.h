@@ -17,6 +17,7 @@ class QVBoxLayout;
 namespace tarno2 {
 
 class FigureCell;
+class MarkControls;
 
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
@@ -47,6 +48,7 @@ public:
     [[nodiscard]] QPushButton& startButton() { return *start_; }
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
+    [[nodiscard]] MarkControls& marks() { return *marks_; }
     [[nodiscard]] QPushButton& noChecksumsButton() { return *noChecksums_; }
     [[nodiscard]] QToolButton& conditionsButton() { return *conditions_; }
 
@@ -66,6 +68,7 @@ private:
     QPushButton* start_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;
+    MarkControls* marks_ = nullptr;
     QToolButton* conditions_ = nullptr;
     std::optional<TextId> conditionsWord_;
     QLabel* word_ = nullptr;

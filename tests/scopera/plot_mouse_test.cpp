@@ -112,6 +112,31 @@ TEST_F(PlotMouseTest, TheHostIsToldOfClicksAndPlaces) {
     EXPECT_EQ(told_.mouseInside, 0);
 }
 
+TEST_F(PlotMouseTest, FlagsStandAtTheirPlacesAndTellOfClicks) {
+    const SCOPERAFlag flags[] = {{75.0, "far", 7}, {25.0, nullptr, 1}, {25.5, "close", 2}, {200.0, "outside", 3}};
+    ASSERT_EQ(scoper_->SetFlags(flags, 4), 1);
+    const QImage drawn = picture();
+    const auto inColumn = [&](double x) {
+        int marked = 0;
+        for (int y = pixelOf(0, 9).y(); y < pixelOf(0, -9).y(); ++y) {
+            marked += drawn.pixelColor(pixelOf(x, 0).x(), y) != QColor(Qt::white) ? 1 : 0;
+        }
+        return marked;
+    };
+    EXPECT_GT(inColumn(75.0), 100);
+    EXPECT_GT(inColumn(25.0), 100);
+    EXPECT_LT(inColumn(85.0), 30) << "the grid alone";
+    for (const double x : {75.0, 25.5, 50.0}) {
+        QTest::mouseClick(view_, Qt::LeftButton, Qt::NoModifier, pixelOf(x, 10) + QPoint(3, 4));
+    }
+    EXPECT_EQ(told_.flagsClicked, (std::vector<uint64_t>{7, 2}));
+    const SCOPERAFlag nowhere{std::numeric_limits<double>::infinity(), "", 0};
+    EXPECT_EQ(scoper_->SetFlags(&nowhere, 1), 0);
+    EXPECT_EQ(scoper_->SetFlags(nullptr, 0), 1);
+    QTest::mouseClick(view_, Qt::LeftButton, Qt::NoModifier, pixelOf(75, 10) + QPoint(3, 4));
+    EXPECT_EQ(told_.flagsClicked.size(), 2U);
+}
+
 TEST_F(PlotMouseTest, CursorsAreDraggedAndDrawn) {
     const QImage without = picture();
     ASSERT_EQ(scoper_->SetOption(kScoperaOptionCursors, 1), 1);

@@ -44,6 +44,7 @@ SCOPERAEvents eventsInto(Told& told) {
         toldOf(context).cursors = *cursors;
     };
     events.m_pPaintWanted = [](void* context, uint32_t pixels) { toldOf(context).paintsWanted.push_back(pixels); };
+    events.m_pFlagClicked = [](void* context, uint64_t flag) { toldOf(context).flagsClicked.push_back(flag); };
     return events;
 }
 

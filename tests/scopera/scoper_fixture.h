@@ -37,6 +37,7 @@ struct Told {
     int cursorCalls = 0;
     SCOPERACursors cursors{};
     std::vector<uint32_t> paintsWanted;
+    std::vector<uint64_t> flagsClicked;
 };
 
 /// A view of 700 x 500 with X from 0 to 100 and Y from -10 to 10, white below black text.

@@ -86,6 +86,13 @@ public:
     int32_t TARNO2_CALL Render() override { return 1; }
     int32_t TARNO2_CALL SavePicture(const char*) override { return 0; }
     int32_t TARNO2_CALL CopyPicture() override { return 1; }
+    int32_t TARNO2_CALL SetFlags(const SCOPERAFlag* given, uint32_t count) override {
+        flags.clear();
+        for (uint32_t i = 0; i < count; ++i) {
+            flags.emplace_back(given[i].m_fX, given[i].m_sText);
+        }
+        return 1;
+    }
 
     QPointer<QWidget> view;
     SCOPERAEvents events{};
@@ -93,6 +100,7 @@ public:
     SCOPERAFrames frames{};
     std::vector<int16_t> samples;
     std::array<std::pair<double, double>, 2> range{};
+    std::vector<std::pair<double, std::string>> flags;
     std::map<uint32_t, int32_t> options;
     std::map<uint32_t, std::string> texts;
     std::string font;

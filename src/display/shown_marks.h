@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "records/mark_list.h"
+#include "records/passport.h"
+
+namespace tarno2 {
+
+/// Which frame of a recording's files, one behind the other, is a frame of its stream.
+class StreamPlaces {
+public:
+    /// Every frame of the stream is in the files.
+    StreamPlaces() = default;
+    /// As the passport tells. What a level chose has no places that anybody knows.
+    explicit StreamPlaces(const Passport& passport);
+
+    /// Nothing when it is in no file.
+    [[nodiscard]] std::optional<uint64_t> of(uint64_t streamFrame) const;
+
+private:
+    struct Record {
+        uint64_t streamFrame;  ///< that it begins with
+        uint64_t fileFrame;
+        uint64_t frames;
+    };
+
+    bool all_ = true;
+    std::vector<Record> records_;  ///< in the order of the stream
+};
+
+/// A mark, and where it is in what is shown.
+struct ShownMark {
+    RecordingMark mark;
+    std::optional<uint64_t> frame;  ///< nothing: not in the files
+
+    /// The text, or its number where there is none.
+    [[nodiscard]] std::string label() const;
+};
+
+/// A flag over the picture: the first of the marks that fall into one column of it.
+struct MarkFlag {
+    uint64_t frame = 0;
+    uint64_t number = 0;
+    std::string label;  ///< UTF-8
+};
+
+/// The marks of the recording that is shown. One thread.
+class ShownMarks {
+public:
+    ShownMarks() = default;
+    explicit ShownMarks(StreamPlaces places) : places_(std::move(places)) {}
+
+    /// New ones, and such as have got their text.
+    void add(std::span<const RecordingMark> marks);
+    /// By number.
+    [[nodiscard]] const std::vector<ShownMark>& all() const { return marks_; }
+    /// Those from frame `low` to `high`, at most one a column of so many.
+    [[nodiscard]] std::vector<MarkFlag> flags(double low, double high, uint32_t columns) const;
+
+private:
+    StreamPlaces places_;
+    std::vector<ShownMark> marks_;
+    std::multimap<uint64_t, size_t> byFrame_;  ///< places in `marks_`
+};
+
+}  // namespace tarno2
