@@ -13,9 +13,10 @@ namespace tarno2 {
 
 namespace {
 
-constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber, TextId::ColorCaption,
-                                 TextId::ColumnGain,    TextId::ColumnRange,  TextId::ColumnValue,
-                                 TextId::ColumnMinimum, TextId::ColumnMaximum};
+constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber,  TextId::ColorCaption,
+                                 TextId::ColumnGain,    TextId::ColumnRange,   TextId::ColumnValue,
+                                 TextId::ColumnMinimum, TextId::ColumnMaximum, TextId::ColumnName,
+                                 TextId::ColumnUnit,    TextId::ColumnScale};
 
 /// A swatch that keeps its colour in a marked row, with a frame that tells it from any ground.
 QIcon makeSwatch(int32_t color) {
@@ -31,9 +32,9 @@ QIcon makeSwatch(int32_t color) {
     return icon;
 }
 
-/// Decimals that show about a ten-thousandth of the range.
-int decimalsFor(const InputLimits& limits) {
-    const double limit = std::max(std::abs(limits.lower), std::abs(limits.upper));
+/// Decimals that show about a ten-thousandth of the range, at so many units in a volt.
+int decimalsFor(const InputLimits& limits, double units) {
+    const double limit = std::max(std::abs(limits.lower), std::abs(limits.upper)) * std::abs(units);
     return limit > 0.0 ? std::clamp(4 - static_cast<int>(std::floor(std::log10(limit))), 0, 9) : 4;
 }
 
@@ -44,6 +45,18 @@ QString rangeText(const InputLimits& limits) {
     return limits.lower == -limits.upper
                ? QStringLiteral("\u00B1%1").arg(limits.upper, 0, 'g', 4)
                : QStringLiteral("%1 \u2026 %2").arg(limits.lower, 0, 'g', 4).arg(limits.upper, 0, 'g', 4);
+}
+
+QString scaleText(const ChannelLabel& label) {
+    if (label.factor == 1.0 && label.offset == 0.0) {
+        return {};
+    }
+    const QString factor = QStringLiteral("\u00D7 %1").arg(label.factor, 0, 'g', 6);
+    if (label.offset == 0.0) {
+        return factor;
+    }
+    const QString sign = label.offset < 0.0 ? QStringLiteral(" \u2212 ") : QStringLiteral(" + ");
+    return factor + sign + QString::number(std::abs(label.offset), 'g', 6);
 }
 
 }  // namespace
@@ -62,7 +75,7 @@ void ChannelModel::load(const ProgramSettings& settings) {
     for (int row = 0; row < rows_; ++row) {
         takeRange(row);
     }
-    rowsChanged(Active, Range);
+    rowsChanged(Active, Scale);
 }
 
 void ChannelModel::store(ProgramSettings& settings) const {
@@ -70,11 +83,13 @@ void ChannelModel::store(ProgramSettings& settings) const {
     settings.channelCount = rows_ > 0 ? rows_ : kMaximumChannelCount;
 }
 
-void ChannelModel::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, RangeOf rangeOf) {
+void ChannelModel::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, RangeOf rangeOf,
+                            LabelOf labelOf) {
     beginResetModel();
     rows_ = static_cast<int>(std::min<size_t>(channelCount, channels_.size()));
     gains_ = gains;
     rangeOf_ = std::move(rangeOf);
+    labelOf_ = std::move(labelOf);
     readings_.fill({});
     uneven_ = false;
     for (int row = 0; row < rows_; ++row) {
@@ -93,6 +108,10 @@ int32_t ChannelModel::gainOf(int row) const {
     const int32_t gain = channel(row).gain;
     const bool known = std::find(gains_.begin(), gains_.end(), gain) != gains_.end();
     return known || gains_.empty() ? gain : gains_.front();
+}
+
+ChannelLabel ChannelModel::labelOf(int row) const {
+    return labelOf_ ? labelOf_(row, channel(row).label) : channel(row).label;
 }
 
 void ChannelModel::takeRange(int row) {
@@ -150,6 +169,31 @@ void ChannelModel::setColor(int row, int32_t color) {
     emit edited();
 }
 
+void ChannelModel::setScale(const std::vector<int>& rows, double factor, double offset) {
+    if (locked_ || !isScale(factor, offset)) {
+        return;
+    }
+    for (const int row : rows) {
+        channels_[static_cast<size_t>(row)].label.factor = factor;
+        channels_[static_cast<size_t>(row)].label.offset = offset;
+    }
+    rowsChanged(Value, Scale);
+    emit edited();
+}
+
+// The values of a row follow its unit.
+bool ChannelModel::setLabelText(int row, int column, const QString& typed) {
+    ChannelLabel& label = channels_[static_cast<size_t>(row)].label;
+    std::string& text = column == Name ? label.name : label.unit;
+    const std::string usable = usableLabelText(typed.toStdString());
+    if (text != usable) {
+        text = usable;
+        emit dataChanged(index(row, Value), index(row, Scale));
+        emit edited();
+    }
+    return true;
+}
+
 void ChannelModel::setLive(std::span<const ChannelReading> readings) {
     for (const ChannelReading& reading : readings) {
         if (reading.channel < 0 || reading.channel >= rows_) {
@@ -183,12 +227,24 @@ int ChannelModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : ColumnCount;
 }
 
-QString ChannelModel::voltage(double volts, int row) const {
-    return QString::number(volts, 'f', decimalsFor(limits_[static_cast<size_t>(row)]));
+// The heading says volts, so another unit stands behind its number.
+QString ChannelModel::valueText(double volts, const ChannelLabel& label, int row) const {
+    const int decimals = decimalsFor(limits_[static_cast<size_t>(row)], label.factor);
+    const QString number = QString::number(label.inUnit(volts), 'f', decimals);
+    return label.hasUnit() ? number + QLatin1Char(' ') + QString::fromStdString(label.unitText()) : number;
+}
+
+QString ChannelModel::readingText(int row, int column) const {
+    const Reading& reading = readings_[static_cast<size_t>(row)];
+    if (!reading.known) {
+        return {};
+    }
+    const ChannelLabel label = labelOf(row);
+    const bool lowest = (column == Minimum) == (label.factor > 0.0);
+    return valueText(column == Value ? reading.value : lowest ? reading.minimum : reading.maximum, label, row);
 }
 
 QString ChannelModel::cellText(int row, int column) const {
-    const Reading& reading = readings_[static_cast<size_t>(row)];
     switch (column) {
         case Number:
             return QString::number(row);
@@ -197,14 +253,29 @@ QString ChannelModel::cellText(int row, int column) const {
         case Range:
             return rangeText(limits_[static_cast<size_t>(row)]);
         case Value:
-            return reading.known ? voltage(reading.value, row) : QString();
         case Minimum:
-            return reading.known ? voltage(reading.minimum, row) : QString();
         case Maximum:
-            return reading.known ? voltage(reading.maximum, row) : QString();
+            return readingText(row, column);
+        case Name:
+            return QString::fromStdString(labelOf(row).name);
+        case Unit:
+            return QString::fromStdString(labelOf(row).unitText());
+        case Scale:
+            return scaleText(channel(row).label);
         default:
             return {};
     }
+}
+
+/// Behind the values of the channels, with a blank; empty while all are told in volts.
+QString ChannelModel::longestUnit() const {
+    QString longest;
+    for (int row = 0; row < rows_; ++row) {
+        const ChannelLabel label = labelOf(row);
+        const QString unit = QLatin1Char(' ') + QString::fromStdString(label.unitText());
+        longest = label.hasUnit() && unit.size() > longest.size() ? unit : longest;
+    }
+    return longest;
 }
 
 QString ChannelModel::widestText(int column) const {
@@ -218,9 +289,28 @@ QString ChannelModel::widestText(int column) const {
         case Value:
         case Minimum:
         case Maximum:
-            return QStringLiteral("-88.88888");
+            return QStringLiteral("-88.88888") + longestUnit();
+        case Name:
+            return QStringLiteral("888888888888");
+        case Unit:
+            return QStringLiteral("88888");
+        case Scale:
+            return QStringLiteral("\u00D7 88.888 + 88.88");
         default:
             return QStringLiteral("88");
+    }
+}
+
+QVariant ChannelModel::editText(int row, int column) const {
+    switch (column) {
+        case Gain:
+            return gainOf(row);
+        case Name:
+            return QString::fromStdString(channel(row).label.name);
+        case Unit:
+            return QString::fromStdString(channel(row).label.unit);
+        default:
+            return {};
     }
 }
 
@@ -235,9 +325,10 @@ QVariant ChannelModel::data(const QModelIndex& index, int role) const {
         case Qt::DecorationRole:
             return column == Color ? QVariant(swatch(row)) : QVariant();
         case Qt::EditRole:
-            return column == Gain ? QVariant(gainOf(row)) : QVariant();
+            return editText(row, column);
         case Qt::TextAlignmentRole:
-            return column >= Number && column != Color ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+            return column >= Number && column < Name && column != Color ? QVariant(Qt::AlignRight | Qt::AlignVCenter)
+                                                                        : QVariant();
         case Qt::AccessibleTextRole:
             return column == Color ? QVariant(fromBgr(channel(row).color).name()) : QVariant();
         default:
@@ -248,6 +339,9 @@ QVariant ChannelModel::data(const QModelIndex& index, int role) const {
 QVariant ChannelModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal || section < 0 || section >= ColumnCount) {
         return {};
+    }
+    if (role == Qt::ToolTipRole && section >= Name) {
+        return uiText(TextId::ScaleColumnHint);
     }
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
         return uiText(kHeaders[static_cast<size_t>(section)]);
@@ -260,7 +354,7 @@ Qt::ItemFlags ChannelModel::flags(const QModelIndex& index) const {
     if (!locked_ && index.column() == Active) {
         flags |= Qt::ItemIsUserCheckable;
     }
-    if (!locked_ && index.column() == Gain) {
+    if (!locked_ && (index.column() == Gain || index.column() == Name || index.column() == Unit)) {
         flags |= Qt::ItemIsEditable;
     }
     return flags;
@@ -277,6 +371,9 @@ bool ChannelModel::setData(const QModelIndex& index, const QVariant& value, int 
     if (index.column() == Gain && role == Qt::EditRole) {
         setGain({index.row()}, value.toInt());
         return true;
+    }
+    if ((index.column() == Name || index.column() == Unit) && role == Qt::EditRole) {
+        return setLabelText(index.row(), index.column(), value.toString());
     }
     return false;
 }

@@ -19,14 +19,16 @@ class ChannelModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    enum Column { Active, Number, Color, Gain, Range, Value, Minimum, Maximum, ColumnCount };
+    enum Column { Active, Number, Color, Gain, Range, Value, Minimum, Maximum, Name, Unit, Scale, ColumnCount };
     using RangeOf = std::function<InputLimits(int32_t channel, int32_t gain)>;
+    /// What a channel is called and told in, where its operator says this.
+    using LabelOf = std::function<ChannelLabel(int32_t channel, const ChannelLabel& given)>;
 
     using QAbstractTableModel::QAbstractTableModel;
 
     void load(const ProgramSettings& settings);
     void store(ProgramSettings& settings) const;
-    void setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, RangeOf rangeOf);
+    void setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, RangeOf rangeOf, LabelOf labelOf);
     void setLocked(bool locked) { locked_ = locked; }
     void retranslate();
 
@@ -36,6 +38,7 @@ public:
     void setGain(const std::vector<int>& rows, int32_t gain);
     void stepGain(const std::vector<int>& rows, int step);
     void setColor(int row, int32_t color);
+    void setScale(const std::vector<int>& rows, double factor, double offset);
 
     void setLive(std::span<const ChannelReading> readings);
     void resetExtremes();
@@ -43,6 +46,8 @@ public:
     [[nodiscard]] const ChannelSettings& channel(int row) const { return channels_[static_cast<size_t>(row)]; }
     /// The gain that is recorded: the board's first where it lacks the one in the settings.
     [[nodiscard]] int32_t gainOf(int row) const;
+    /// With what the driver says where the operator says nothing.
+    [[nodiscard]] ChannelLabel labelOf(int row) const;
     [[nodiscard]] const std::vector<int32_t>& gains() const { return gains_; }
     [[nodiscard]] int activeCount() const;
     /// The widest text of a column, to lay it out by.
@@ -73,7 +78,11 @@ private:
     };
     [[nodiscard]] const QIcon& swatch(int row) const;
     [[nodiscard]] QString cellText(int row, int column) const;
-    [[nodiscard]] QString voltage(double volts, int row) const;
+    [[nodiscard]] QString valueText(double volts, const ChannelLabel& label, int row) const;
+    [[nodiscard]] QVariant editText(int row, int column) const;
+    [[nodiscard]] QString longestUnit() const;
+    [[nodiscard]] QString readingText(int row, int column) const;
+    bool setLabelText(int row, int column, const QString& typed);
     void takeRange(int row);
     void rowsChanged(int firstColumn, int lastColumn);
 
@@ -83,6 +92,7 @@ private:
     mutable std::array<Swatch, kMaximumChannelCount> swatches_;
     std::vector<int32_t> gains_;
     RangeOf rangeOf_;
+    LabelOf labelOf_;
     int rows_ = 0;
     bool uneven_ = false;  ///< an input does not lie evenly around zero
     bool locked_ = false;

@@ -5,14 +5,17 @@
 #include <QDateTime>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
+#include <QRegularExpressionValidator>
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <set>
 
 #include "ui/channel_model.h"
 #include "ui/color.h"
+#include "ui/scale_dialog.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -51,6 +54,21 @@ private:
     const ChannelModel& model_;
 };
 
+/// A name or a unit: what a list of them can't hold is not taken.
+class LabelDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
+                          const QModelIndex& /*index*/) const override {
+        static const QRegularExpression kUsable(QStringLiteral("[^;\\x{00}-\\x{1F}\\x{7F}]*"));
+        auto* edit = new QLineEdit(parent);
+        edit->setMaxLength(60);
+        edit->setValidator(new QRegularExpressionValidator(kUsable, edit));
+        return edit;
+    }
+};
+
 QIcon colorIcon(const QColor& color, int size) {
     QPixmap pixmap(size, size);
     pixmap.fill(color);
@@ -75,11 +93,21 @@ ChannelTable::ChannelTable(QWidget* parent) : QTableView(parent), model_(new Cha
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setMinimumSectionSize(16);
+    // A name is read first; the other columns of labels stand behind the values.
+    horizontalHeader()->moveSection(ChannelModel::Name, ChannelModel::Number + 1);
+    auto* const labels = new LabelDelegate(this);
+    setItemDelegateForColumn(ChannelModel::Name, labels);
+    setItemDelegateForColumn(ChannelModel::Unit, labels);
     setExtendedView(false);
-    connect(model_, &ChannelModel::edited, this, &ChannelTable::changed);
+    connect(model_, &ChannelModel::edited, this, [this] {
+        fitColumns();
+        emit changed();
+    });
     connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
         if (index.column() == ChannelModel::Color) {
             chooseColor(index.row());
+        } else if (index.column() == ChannelModel::Scale) {
+            askScale(index.row());
         }
     });
     retranslate();
@@ -93,8 +121,9 @@ void ChannelTable::store(ProgramSettings& settings) const {
     model_->store(settings);
 }
 
-void ChannelTable::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf) {
-    model_->setBoard(channelCount, gains, rangeOf);
+void ChannelTable::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf,
+                            const LabelOf& labelOf) {
+    model_->setBoard(channelCount, gains, rangeOf, labelOf);
     fitColumns();
     if (model_->rowCount() > 0) {
         setCurrentIndex(model_->index(0, ChannelModel::Number));
@@ -109,7 +138,8 @@ void ChannelTable::retranslate() {
 }
 
 void ChannelTable::setExtendedView(bool on) {
-    for (const int column : {ChannelModel::Value, ChannelModel::Minimum, ChannelModel::Maximum}) {
+    for (const int column : {ChannelModel::Value, ChannelModel::Minimum, ChannelModel::Maximum, ChannelModel::Name,
+                             ChannelModel::Unit, ChannelModel::Scale}) {
         setColumnHidden(column, !on);
     }
     updateGeometry();
@@ -221,9 +251,21 @@ bool ChannelTable::changedByKey(const QKeyEvent& event) {
         model_->stepGain(markedRows(), typed == QLatin1String("+") ? 1 : -1);
     } else if (typed.size() == 1 && typed[0].isDigit()) {
         digitTyped(typed);
-    } else if ((event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_F2) &&
-               currentIndex().column() == ChannelModel::Color) {
-        chooseColor(currentIndex().row());
+    } else if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_F2) {
+        return openedByKey();
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// False for cells that are edited in their place.
+bool ChannelTable::openedByKey() {
+    const QModelIndex cell = currentIndex();
+    if (cell.column() == ChannelModel::Color) {
+        chooseColor(cell.row());
+    } else if (cell.column() == ChannelModel::Scale) {
+        askScale(cell.row());
     } else {
         return false;
     }
@@ -263,6 +305,22 @@ void ChannelTable::chooseColor(int row) {
     }
     const QRect cell = visualRect(model_->index(row, ChannelModel::Color));
     menu.exec(viewport()->mapToGlobal(cell.bottomLeft()));
+}
+
+/// Of all marked rows, when this is one of them.
+void ChannelTable::askScale(int row) {
+    if (locked_) {
+        return;
+    }
+    std::vector<int> rows = markedRows();
+    if (std::find(rows.begin(), rows.end(), row) == rows.end()) {
+        rows = {row};
+    }
+    auto* const dialog = new ScaleDialog(row, model_->channel(row).label, this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &ScaleDialog::chosen, model_,
+            [this, rows](double factor, double offset) { model_->setScale(rows, factor, offset); });
+    dialog->open();
 }
 
 /// The widths come from captions and from the widest figures, so that nothing moves while the readings change.

@@ -14,10 +14,10 @@ namespace tarno2 {
 
 class ChannelModel;
 
-/// The board's channels, one a row: active, number, colour, gain, range; in the extended view the present value, the
-/// minimum and the maximum too. Made for 160 rows and for the keyboard alone: Space switches the marked rows, Ctrl+A
-/// marks all, Ctrl+I switches what was off on and the other way round, + and - step through the gains of the marked
-/// rows and digits choose one. Window thread.
+/// The board's channels, one a row: active, number, colour, gain, range; in the extended view the name, the present
+/// value, the minimum and the maximum, the unit and its scale too. Made for 160 rows and for the keyboard alone: Space
+/// switches the marked rows, Ctrl+A marks all, Ctrl+I switches what was off on and the other way round, + and - step
+/// through the gains of the marked rows and digits choose one. Window thread.
 class ChannelTable : public QTableView {
     Q_OBJECT
 
@@ -25,11 +25,14 @@ public:
     explicit ChannelTable(QWidget* parent = nullptr);
 
     using RangeOf = std::function<InputLimits(int32_t channel, int32_t gain)>;
+    using LabelOf = std::function<ChannelLabel(int32_t channel, const ChannelLabel& given)>;
 
     void load(const ProgramSettings& settings);
     void store(ProgramSettings& settings) const;
     /// So many rows, with these gains to choose from. A gain that the board lacks is shown and recorded as its first.
-    void setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf);
+    /// `labelOf` adds what the driver says of a channel to what its operator does.
+    void setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf,
+                  const LabelOf& labelOf = nullptr);
     void retranslate();
     void setExtendedView(bool on);
     /// Nothing can be changed; the table still scrolls and shows readings.
@@ -64,7 +67,9 @@ private:
     void toggleMarked();
     bool digitTyped(const QString& digit);
     [[nodiscard]] bool changedByKey(const QKeyEvent& event);
+    [[nodiscard]] bool openedByKey();
     void chooseColor(int row);
+    void askScale(int row);
     void fitColumns();
 
     ChannelModel* model_;

@@ -111,6 +111,63 @@ TEST_F(Channels, ReadingsKeepTheirExtremesUntilTheReset) {
     EXPECT_EQ(cell(0, ChannelModel::Maximum), "");
 }
 
+TEST_F(Channels, NamesUnitsAndScalesAreEnteredAndShown) {
+    table_.setBoard(4, {1}, evenly<10>, [](int32_t channel, ChannelLabel given) {
+        given.name = given.name.empty() && channel == 1 ? "AI1" : given.name;
+        return given;
+    });
+    table_.setExtendedView(true);
+    const auto enter = [this](int row, int column, const QString& text) {
+        return table_.model()->setData(table_.model()->index(row, column), text, Qt::EditRole);
+    };
+    EXPECT_TRUE(enter(0, ChannelModel::Name, QStringLiteral(" \u0432\u0445\u043E\u0434;1\n")));
+    EXPECT_TRUE(enter(0, ChannelModel::Unit, "bar"));
+    EXPECT_EQ(cell(0, ChannelModel::Name), QStringLiteral("\u0432\u0445\u043E\u0434,1"));
+    EXPECT_EQ(cell(1, ChannelModel::Name), "AI1");
+    EXPECT_EQ(cell(1, ChannelModel::Unit), "V");
+    EXPECT_EQ(stored().channels[1].label, ChannelLabel()) << "what the driver says is not the operator's";
+
+    const auto scaled = [this](int row, bool points, const std::vector<std::pair<const char*, const char*>>& fields) {
+        table_.clearSelection();
+        table_.setCurrentIndex(table_.model()->index(row, ChannelModel::Scale));
+        key(Qt::Key_F2);
+        auto* dialog = table_.findChild<QDialog*>("ScaleDialog");
+        findIn<QRadioButton>(*dialog, points ? "ScaleByPoints" : "ScaleByFactor")->setChecked(true);
+        for (const auto& [name, text] : fields) {
+            findIn<QLineEdit>(*dialog, name)->setText(text);
+        }
+        dialog->accept();
+        const bool taken = !dialog->isVisible();
+        delete dialog;
+        return taken;
+    };
+    EXPECT_TRUE(scaled(0, false, {{"ScaleFactor", "-2,5"}, {"ScaleOffset", "1"}}));
+    EXPECT_TRUE(
+        scaled(2, true, {{"ScaleVolts1", "1"}, {"ScaleValue1", "0"}, {"ScaleVolts2", "5"}, {"ScaleValue2", "100"}}));
+    for (const char* factor : {"0", "x", "", "inf"}) {
+        EXPECT_FALSE(scaled(0, false, {{"ScaleFactor", factor}})) << factor;
+    }
+    EXPECT_FALSE(scaled(2, true, {{"ScaleVolts1", "1"}, {"ScaleVolts2", "1"}}));
+    EXPECT_FALSE(scaled(2, true, {{"ScaleValue1", "3"}, {"ScaleValue2", "3"}}));
+    const ProgramSettings settings = stored();
+    EXPECT_EQ(settings.channels[0].label.factor, -2.5);
+    EXPECT_EQ(settings.channels[0].label.offset, 1.0);
+    EXPECT_EQ(settings.channels[2].label.factor, 25.0);
+    EXPECT_EQ(settings.channels[2].label.offset, -25.0);
+    EXPECT_EQ(cell(2, ChannelModel::Scale), QStringLiteral("\u00D7 25 \u2212 25"));
+
+    const ChannelReading readings[] = {{0, 1.0, -2.0, 3.0}, {1, 1.0, -2.0, 3.0}};
+    table_.setLive(readings);
+    EXPECT_EQ(cell(0, ChannelModel::Value), "-1.500 bar");
+    EXPECT_EQ(cell(0, ChannelModel::Minimum), "-6.500 bar");
+    EXPECT_EQ(cell(0, ChannelModel::Maximum), "6.000 bar");
+    EXPECT_EQ(cell(1, ChannelModel::Value), "1.000");
+    table_.setLocked(true);
+    EXPECT_FALSE(enter(0, ChannelModel::Name, "x"));
+    key(Qt::Key_F2);
+    EXPECT_EQ(table_.findChild<QDialog*>("ScaleDialog"), nullptr);
+}
+
 TEST_F(Channels, NothingChangesWhileLocked) {
     table_.setLocked(true);
     QSignalSpy changed(&table_, &ChannelTable::changed);

@@ -97,9 +97,10 @@ void ChannelsPanel::retranslate() {
 
 void ChannelsPanel::boardChanged(BoardSelection& selection) {
     const BoardFacts& facts = selection.driver().facts();
-    table_->setBoard(facts.channelCount, facts.gains, [&selection](int32_t channel, int32_t gain) {
-        return inputLimits(selection.driver().device(), channel, gain);
-    });
+    table_->setBoard(
+        facts.channelCount, facts.gains,
+        [&selection](int32_t channel, int32_t gain) { return inputLimits(selection.driver().device(), channel, gain); },
+        [facts](int32_t channel, const ChannelLabel& given) { return channelLabel(facts, channel, given); });
     gainBox_->clear();
     for (const int32_t gain : facts.gains) {
         gainBox_->addItem(QString::number(gain), gain);
