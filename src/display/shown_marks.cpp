@@ -40,8 +40,8 @@ std::string ShownMark::label() const {
 
 void ShownMarks::add(std::span<const RecordingMark> marks) {
     for (const RecordingMark& mark : marks) {
-        const auto place = std::ranges::lower_bound(marks_, mark.number, {},
-                                                    [](const ShownMark& shown) { return shown.mark.number; });
+        const auto place =
+            std::ranges::lower_bound(marks_, mark.number, {}, [](const ShownMark& shown) { return shown.mark.number; });
         if (place != marks_.end() && place->mark.number == mark.number) {
             place->mark.text = mark.text;
             continue;

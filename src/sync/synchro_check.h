@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "records/channel_label.h"
 #include "sync/synchro_settings.h"
 
 namespace tarno2 {
@@ -18,6 +19,7 @@ struct SynchroBoardFacts {
         float inputRange = 0.0F;  ///< R, volts at gain 1: the input goes from -R / gain to +R / gain
         double lower = 0.0;       ///< where R is 0: volts of the lowest code at this gain
         double upper = 0.0;       ///< and of the highest
+        ChannelLabel label = {};  ///< in which a window tells its levels; the check doesn't look at it
 
         /// The voltages that the input goes from and to; both the same when they are not known.
         [[nodiscard]] std::pair<double, double> limits() const;

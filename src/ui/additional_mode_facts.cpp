@@ -13,7 +13,9 @@ AdditionalModeFacts additionalModeFacts(const RecordingWish& settings, BoardSele
     for (size_t i = 0; i < settings.channels.size(); ++i) {
         const int32_t gain = i < settings.gains.size() ? settings.gains[i] : 1;
         const InputLimits limits = inputLimits(selection.driver().device(), settings.channels[i], gain);
-        facts.board.channels.push_back({settings.channels[i], gain, limits.range, limits.lower, limits.upper});
+        const ChannelLabel given = i < settings.labels.size() ? settings.labels[i] : ChannelLabel();
+        facts.board.channels.push_back({settings.channels[i], gain, limits.range, limits.lower, limits.upper,
+                                        channelLabel(board, settings.channels[i], given)});
     }
     facts.board.minimumCode = board.codeRange.m_nMinimum;
     facts.board.maximumCode = board.codeRange.m_nMaximum;

@@ -65,7 +65,7 @@ void T_AdditionalModeWindow::connectControls() {
     for (const auto& click : clicks) {
         connect(click.button, &QAbstractButton::clicked, this, click.handler);
     }
-    for (const AnalogConditionControls* condition : analogConditions()) {
+    for (const AnalogConditionControls* const condition : analogConditions()) {
         connect(condition->channel, &QComboBox::currentTextChanged, this, &Window::refresh);
         connect(condition->value, &QLineEdit::textChanged, this, &Window::refresh);
     }
@@ -85,7 +85,7 @@ void T_AdditionalModeWindow::connectPopups() {
     }
 }
 
-std::array<const AnalogConditionControls*, 4> T_AdditionalModeWindow::analogConditions() const {
+std::array<AnalogConditionControls*, 4> T_AdditionalModeWindow::analogConditions() {
     return {&start_, &write_, &stop_, &synchro_};
 }
 
@@ -100,7 +100,7 @@ void T_AdditionalModeWindow::setFacts(AdditionalModeFacts facts) {
 }
 
 void T_AdditionalModeWindow::fillBoxes() {
-    for (const AnalogConditionControls* condition : analogConditions()) {
+    for (AnalogConditionControls* condition : analogConditions()) {
         condition->fillChannels(facts_.board);
     }
     for (const PortConditionControls* condition : portConditions()) {
@@ -398,7 +398,7 @@ void T_AdditionalModeWindow::refresh() {
     SynchroSizes sizes = sizes_;
     const bool mistaken = readSynchroForm(form(), settings, sizes).mistake != SynchroField::None;
     picture_->setSketch(mistaken ? SynchroSketch{} : sketchSynchronisation(settings, sizes, facts_.board));
-    for (const AnalogConditionControls* condition : analogConditions()) {
+    for (AnalogConditionControls* condition : analogConditions()) {
         condition->showFacts(facts_.board);
     }
     for (QLabel* note : {analysisPortNote_, synchroPortNote_}) {

@@ -110,7 +110,7 @@ private:
     void complain(QWidget* offending);
     void refresh();
     void showRecordLength();
-    [[nodiscard]] std::array<const AnalogConditionControls*, 4> analogConditions() const;
+    [[nodiscard]] std::array<AnalogConditionControls*, 4> analogConditions();
     [[nodiscard]] std::array<const PortConditionControls*, 4> portConditions() const;
 
     SynchroSettings& settings_;

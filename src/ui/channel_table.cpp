@@ -8,13 +8,13 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
-#include <QRegularExpressionValidator>
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <set>
 
 #include "ui/channel_model.h"
 #include "ui/color.h"
+#include "ui/label_field.h"
 #include "ui/scale_dialog.h"
 #include "ui/text.h"
 
@@ -61,10 +61,9 @@ public:
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& /*option*/,
                           const QModelIndex& /*index*/) const override {
-        static const QRegularExpression kUsable(QStringLiteral("[^;\\x{00}-\\x{1F}\\x{7F}]*"));
         auto* edit = new QLineEdit(parent);
-        edit->setMaxLength(60);
-        edit->setValidator(new QRegularExpressionValidator(kUsable, edit));
+        edit->setMaxLength(kLongestLabel);
+        edit->setValidator(makeLabelValidator(edit));
         return edit;
     }
 };

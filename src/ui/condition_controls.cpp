@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "records/number_text.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"
 
@@ -48,19 +49,34 @@ void writeNumber(QComboBox* box, const std::string& number) {
     box->setEditText(text);
 }
 
-const SynchroBoardFacts::Channel* findChannel(const SynchroBoardFacts& board, const std::string& text) {
+using ActiveChannels = std::vector<SynchroBoardFacts::Channel>;
+
+const SynchroBoardFacts::Channel* findChannel(const ActiveChannels& channels, const std::string& text) {
     const auto number = typedInteger(text);
-    const auto found = std::find_if(board.channels.begin(), board.channels.end(),
+    const auto found = std::find_if(channels.begin(), channels.end(),
                                     [&](const auto& channel) { return number && channel.number == *number; });
-    return found == board.channels.end() ? nullptr : &*found;
+    return found == channels.end() ? nullptr : &*found;
+}
+
+/// Of a channel that is not active nothing is known but volts.
+ChannelLabel labelOf(const ActiveChannels& channels, const std::string& text) {
+    const auto* channel = findChannel(channels, text);
+    return channel != nullptr ? channel->label : ChannelLabel();
 }
 
 QString factsText(const SynchroBoardFacts::Channel& channel) {
     const auto [lower, upper] = channel.limits();
     const auto number = [](double volts) { return QString::number(volts, 'g', 4); };
     const QString gain = QString::number(channel.gain);
-    return lower == -upper ? uiText(TextId::SynchroChannelFacts, {gain, number(upper)})
-                           : uiText(TextId::SynchroChannelLimits, {gain, number(lower), number(upper)});
+    const ChannelLabel& label = channel.label;
+    const QString name = label.name.empty() ? QString() : QString::fromStdString(label.name) + QStringLiteral(". ");
+    if (label.hasUnit()) {
+        const auto [low, high] = std::minmax(label.inUnit(lower), label.inUnit(upper));
+        return name + uiText(TextId::SynchroChannelUnits,
+                             {gain, number(low), number(high), QString::fromStdString(label.unitText())});
+    }
+    return name + (lower == -upper ? uiText(TextId::SynchroChannelFacts, {gain, number(upper)})
+                                   : uiText(TextId::SynchroChannelLimits, {gain, number(lower), number(upper)}));
 }
 
 }  // namespace
@@ -126,36 +142,73 @@ void AnalogConditionControls::setTexts(const QString& title) {
     channelLabel->setText(uiText(TextId::SynchroChannel));
     valueLabel->setText(threshold);
     mode->setTag(mode->tag());
-    unit->setTag(unit->tag());
+    setLabel(label_);
     describe(mode, title);
     describe(channel, title, uiText(TextId::SynchroChannel));
     describe(value, title, threshold);
     describe(unit, title, threshold);
 }
 
-void AnalogConditionControls::fillChannels(const SynchroBoardFacts& board) const {
+void AnalogConditionControls::fillChannels(const SynchroBoardFacts& board) {
+    const AnalogConditionForm kept = read();
+    channels_ = board.channels;
     QStringList numbers;
-    for (const auto& active : board.channels) {
+    for (const auto& active : channels_) {
         numbers += QString::number(active.number);
     }
     refill(channel, numbers);
+    if (labelOf(channels_, kept.channel) != label_) {
+        write(kept);
+    }
 }
 
-void AnalogConditionControls::write(const AnalogConditionForm& form) const {
+void AnalogConditionControls::setLabel(const ChannelLabel& label) {
+    label_ = label;
+    unit->setEnabled(!label.hasUnit());
+    if (label.hasUnit()) {
+        unit->setText(QString::fromStdString(label.unitText()));
+    } else {
+        unit->setTag(unit->tag());
+    }
+}
+
+void AnalogConditionControls::write(const AnalogConditionForm& form) {
+    constexpr int kDigits = 10;
     mode->setTag(form.mode);
-    writeNumber(channel, form.channel);
-    value->setText(QString::fromStdString(form.value));
-    unit->setTag(form.unitTag);
+    const ChannelLabel label = labelOf(channels_, form.channel);
+    const auto level = typedReal(form.value);
+    QString text = QString::fromStdString(form.value);
+    if (label.hasUnit() && level) {
+        text = QString::number(label.inUnit(levelVolts(*level, 2 - form.unitTag)), 'g', kDigits);
+    }
+    {
+        // Whoever hears of the one asks for the other.
+        const QSignalBlocker quiet(channel);
+        writeNumber(channel, form.channel);
+        unit->setTag(form.unitTag);
+        setLabel(label);
+    }
+    value->setText(text);
 }
 
 AnalogConditionForm AnalogConditionControls::read() const {
-    return {mode->tag(), channel->currentText().toStdString(), value->text().toStdString(), unit->tag()};
+    AnalogConditionForm form{mode->tag(), channel->currentText().toStdString(), value->text().toStdString(),
+                             unit->tag()};
+    if (const auto level = typedReal(form.value); label_.hasUnit() && level) {
+        constexpr int32_t kVoltsTag = 2;
+        form.value = exactNumberText(label_.inVolts(*level));
+        form.unitTag = kVoltsTag;
+    }
+    return form;
 }
 
-void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) const {
+void AnalogConditionControls::showFacts(const SynchroBoardFacts& board) {
+    if (const ChannelLabel label = labelOf(channels_, channel->currentText().toStdString()); label != label_) {
+        setLabel(label);
+    }
     const AnalogConditionForm form = read();
     const bool used = form.mode != kConditionNotUsed;
-    const auto* active = findChannel(board, form.channel);
+    const auto* active = findChannel(board.channels, form.channel);
     if (active == nullptr) {
         const bool number = typedInteger(form.channel).has_value();
         const TextId text = number ? TextId::SynchroParametersMistake : TextId::SynchroValueMistake;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPushButton>
+#include <vector>
 
 #include "sync/synchro_check.h"
 #include "sync/synchro_form.h"
@@ -36,7 +37,8 @@ private:
     int32_t tag_ = 0;
 };
 
-/// The controls of one condition on the level of a channel, in a box.
+/// The controls of one condition on the level of a channel, in a box. A level of a channel that has a unit is told in
+/// that unit; what is read from the controls and written into them is volts then, as it is kept.
 struct AnalogConditionControls {
     struct Names {
         const char* box;
@@ -49,12 +51,13 @@ struct AnalogConditionControls {
     AnalogConditionControls(const Names& names, QMenu* modes, QMenu* units, QWidget* parent);
 
     void setTexts(const QString& title);
-    /// Lists the active channels; what the box says stays.
-    void fillChannels(const SynchroBoardFacts& board) const;
-    void write(const AnalogConditionForm& form) const;
+    /// Lists the active channels; what the box says stays, a level as so many volts.
+    void fillChannels(const SynchroBoardFacts& board);
+    void write(const AnalogConditionForm& form);
     [[nodiscard]] AnalogConditionForm read() const;
-    /// Tells the chosen channel's gain and range and the threshold's code, or what is wrong with them.
-    void showFacts(const SynchroBoardFacts& board) const;
+    /// Tells the chosen channel's gain and range and the threshold's code, or what is wrong with them. When another
+    /// channel was chosen the level stays as it was typed, and is in the unit of that one.
+    void showFacts(const SynchroBoardFacts& board);
 
     QGroupBox* box;
     TaggedButton* mode;
@@ -65,6 +68,12 @@ struct AnalogConditionControls {
     QLineEdit* value;
     TaggedButton* unit;
     QLabel* code;
+
+private:
+    void setLabel(const ChannelLabel& label);
+
+    std::vector<SynchroBoardFacts::Channel> channels_;
+    ChannelLabel label_;  ///< of the channel whose level the value is
 };
 
 /// The controls of one condition on a bit of the port, in a box.

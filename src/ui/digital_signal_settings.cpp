@@ -4,12 +4,16 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QSlider>
+#include <algorithm>
 #include <utility>
 
+#include "records/channel_label.h"
 #include "ui/color.h"
+#include "ui/label_field.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -35,13 +39,16 @@ void fillTrackBox(QGroupBox* box, QSlider* track, QLabel* value, int lowest, int
 
 }  // namespace
 
-T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> lines, std::function<void()> repaint,
-                                                 QWidget* parent)
+T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> lines, std::vector<std::string>& names,
+                                                 std::function<void()> repaint, QWidget* parent)
     : QDialog(parent),
       lines_(lines),
+      names_(names),
       repaint_(std::move(repaint)),
       lineNumberBox_(new QGroupBox(this)),
       lineList_(new QListWidget(lineNumberBox_)),
+      nameBox_(new QGroupBox(this)),
+      nameEdit_(new QLineEdit(nameBox_)),
       zeroLevelBox_(new QGroupBox(this)),
       zeroLevelTrack_(new QSlider(Qt::Horizontal, zeroLevelBox_)),
       zeroLevelValue_(new QLabel(zeroLevelBox_)),
@@ -56,10 +63,11 @@ T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> 
     loadCaptions();
     lineList_->clear();
     for (size_t i = 0; i < lines_.size(); ++i) {
-        lineList_->addItem(QString::number(i));
+        lineList_->addItem(itemText(i));
     }
     DigitalLineListClick();
     connect(lineList_, &QListWidget::itemSelectionChanged, this, &T_DigitalSignalSettings::DigitalLineListClick);
+    connect(nameEdit_, &QLineEdit::textEdited, this, &T_DigitalSignalSettings::LineNameEditChange);
     connect(zeroLevelTrack_, &QSlider::valueChanged, this, &T_DigitalSignalSettings::ZeroLevelTrackChange);
     connect(ampLevelTrack_, &QSlider::valueChanged, this, &T_DigitalSignalSettings::AmpLevelTrackChange);
     connect(chooseColorButton_, &QPushButton::clicked, this, [this] { ChooseColorButtonClick(); });
@@ -68,12 +76,16 @@ T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> 
 
 void T_DigitalSignalSettings::build() {
     lineList_->setObjectName("DigitalLineList");
+    nameEdit_->setObjectName("LineNameEdit");
+    nameEdit_->setMaxLength(kLongestLabel);
+    nameEdit_->setValidator(makeLabelValidator(nameEdit_));
     zeroLevelTrack_->setObjectName("ZeroLevelTrack");
     ampLevelTrack_->setObjectName("AmpLevelTrack");
     colorImage_->setObjectName("DigitalColorImage");
     chooseColorButton_->setObjectName("ChooseColorButton");
 
     (new QVBoxLayout(lineNumberBox_))->addWidget(lineList_);
+    (new QVBoxLayout(nameBox_))->addWidget(nameEdit_);
     fillTrackBox(zeroLevelBox_, zeroLevelTrack_, zeroLevelValue_, -1000, 1000);
     fillTrackBox(ampLevelBox_, ampLevelTrack_, ampLevelValue_, 0, 1000);
 
@@ -90,20 +102,23 @@ void T_DigitalSignalSettings::build() {
     colorLayout->addWidget(chooseColorButton_);
 
     auto* layout = new QGridLayout(this);
-    layout->addWidget(lineNumberBox_, 0, 0, 4, 1);
-    layout->addWidget(zeroLevelBox_, 0, 1);
-    layout->addWidget(ampLevelBox_, 1, 1);
-    layout->addWidget(colorBox_, 2, 1);
-    layout->setRowStretch(3, 1);
+    layout->addWidget(lineNumberBox_, 0, 0, 5, 1);
+    layout->addWidget(nameBox_, 0, 1);
+    layout->addWidget(zeroLevelBox_, 1, 1);
+    layout->addWidget(ampLevelBox_, 2, 1);
+    layout->addWidget(colorBox_, 3, 1);
+    layout->setRowStretch(4, 1);
     layout->setColumnStretch(0, 1);
     layout->setColumnStretch(1, 3);
-    layout->addWidget(closeButton_, 4, 1, Qt::AlignRight);
+    layout->addWidget(closeButton_, 5, 1, Qt::AlignRight);
     resize(480, sizeHint().height());
 }
 
 void T_DigitalSignalSettings::loadCaptions() {
     setWindowTitle(plainText(TextId::DigitalLineSettings));
     lineNumberBox_->setTitle(uiText(TextId::DigitalLineNumber));
+    nameBox_->setTitle(uiText(TextId::LineName));
+    nameEdit_->setAccessibleName(uiText(TextId::LineName));
     zeroLevelBox_->setTitle(uiText(TextId::DigitalZeroLevelCaption));
     ampLevelBox_->setTitle(uiText(TextId::DigitalSignalLevel));
     colorBox_->setTitle(uiText(TextId::ColorCaption));
@@ -120,13 +135,15 @@ void T_DigitalSignalSettings::DigitalLineListClick() {
     const DigitalLineSettings* line = selectedLine();
     for (QWidget* control : {static_cast<QWidget*>(zeroLevelTrack_), static_cast<QWidget*>(ampLevelTrack_),
                              static_cast<QWidget*>(zeroLevelValue_), static_cast<QWidget*>(ampLevelValue_),
-                             static_cast<QWidget*>(chooseColorButton_)}) {
+                             static_cast<QWidget*>(chooseColorButton_), static_cast<QWidget*>(nameEdit_)}) {
         control->setEnabled(line != nullptr);
     }
     if (line == nullptr) {
         colorImage_->hide();
+        nameEdit_->clear();
         return;
     }
+    nameEdit_->setText(nameOf(static_cast<size_t>(line - lines_.data())));
     fillSwatch();
     zeroLevelTrack_->setValue(line->zeroLevel);
     ampLevelTrack_->setValue(line->amplitude);
@@ -137,6 +154,26 @@ void T_DigitalSignalSettings::fillSwatch() {
     palette.setColor(QPalette::Window, fromBgr(selectedLine()->color));
     colorImage_->setPalette(palette);
     colorImage_->show();
+}
+
+QString T_DigitalSignalSettings::nameOf(size_t line) const {
+    return line < names_.size() ? QString::fromStdString(names_[line]) : QString();
+}
+
+QString T_DigitalSignalSettings::itemText(size_t line) const {
+    const QString name = nameOf(line);
+    return name.isEmpty() ? QString::number(line) : QStringLiteral("%1 %2").arg(line).arg(name);
+}
+
+void T_DigitalSignalSettings::LineNameEditChange() {
+    const DigitalLineSettings* line = selectedLine();
+    if (line == nullptr) {
+        return;
+    }
+    const auto index = static_cast<size_t>(line - lines_.data());
+    names_.resize(std::max(names_.size(), index + 1));
+    names_[index] = usableLabelText(nameEdit_->text().toStdString());
+    lineList_->item(static_cast<int>(index))->setText(itemText(index));
 }
 
 void T_DigitalSignalSettings::ZeroLevelTrackChange(int position) {

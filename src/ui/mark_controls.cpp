@@ -83,7 +83,8 @@ bool MarkControls::eventFilter(QObject* watched, QEvent* event) {
         finish(false);
         return true;
     }
-    if (event->type() == QEvent::FocusOut && mark_ && static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason &&
+    if (event->type() == QEvent::FocusOut && mark_ &&
+        static_cast<QFocusEvent*>(event)->reason() != Qt::ActiveWindowFocusReason &&
         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
         finish(true);
     }

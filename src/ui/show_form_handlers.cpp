@@ -276,7 +276,8 @@ void T_ShowForm::DigitalSignalSettingsClick() {
         digitalSettings_->close();
     }
     digitalSettings_ = new T_DigitalSignalSettings(
-        std::span(settings_.digitalLines).first(static_cast<size_t>(lines)), [this] { userChanged(); }, this);
+        std::span(settings_.digitalLines).first(static_cast<size_t>(lines)), settings_.wish.lineNames,
+        [this] { userChanged(); }, this);
     digitalSettings_->setAttribute(Qt::WA_DeleteOnClose);
     digitalSettings_->show();
 }

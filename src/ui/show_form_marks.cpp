@@ -52,8 +52,8 @@ void T_ShowForm::showFlags() {
     std::vector<SCOPERAFlag> flags;
     flags.reserve(marks.size());
     for (const MarkFlag& mark : marks) {
-        const double x = axisXOfFrame(static_cast<double>(mark.frame) - shown.origin,
-                                      drawing_->unitX(signal->format()), signal->format().framesPerSecond);
+        const double x = axisXOfFrame(static_cast<double>(mark.frame) - shown.origin, drawing_->unitX(signal->format()),
+                                      signal->format().framesPerSecond);
         flags.push_back({x, mark.label.c_str(), mark.number});
     }
     scoper_->SetFlags(flags.data(), static_cast<uint32_t>(flags.size()));

@@ -45,8 +45,8 @@ TEST(ShownMarks, StandWhereTheRecordsAreThatHoldThem) {
     const struct {
         uint64_t stream;
         std::optional<uint64_t> file;
-    } cases[] = {{0, {}},    {89, {}},   {90, 0},   {100, 10}, {119, 29}, {120, {}},
-                 {190, 30},  {219, 59},  {220, {}}, {290, 60}, {314, 84}, {315, {}}};
+    } cases[] = {{0, {}},   {89, {}},  {90, 0},   {100, 10}, {119, 29}, {120, {}},
+                 {190, 30}, {219, 59}, {220, {}}, {290, 60}, {314, 84}, {315, {}}};
     for (const auto& c : cases) {
         EXPECT_EQ(places.of(c.stream), c.file) << c.stream;
     }

@@ -35,7 +35,8 @@ protected:
 
     std::array<DigitalLineSettings, 2> lines_ = {{{-500, 250, 0x112233}, {100, 40, 0x445566}}};
     int repaints_ = 0;
-    T_DigitalSignalSettings window_{lines_, [this] { ++repaints_; }};
+    std::vector<std::string> names_ = {"gate"};
+    T_DigitalSignalSettings window_{lines_, names_, [this] { ++repaints_; }};
 };
 
 TEST_F(DigitalSignalSettings, NothingCanBeChangedWithoutALine) {
@@ -48,6 +49,21 @@ TEST_F(DigitalSignalSettings, NothingCanBeChangedWithoutALine) {
     window_.ChooseColorButtonClick();
     EXPECT_EQ(repaints_, 0);
     EXPECT_EQ(lines_[0].zeroLevel, -500);
+}
+
+TEST_F(DigitalSignalSettings, LinesHaveNames) {
+    window_.show();
+    auto* edit = window_.findChild<QLineEdit*>("LineNameEdit");
+    ASSERT_NE(edit, nullptr);
+    EXPECT_FALSE(edit->isEnabled());
+    EXPECT_EQ(list()->item(0)->text(), "0 gate");
+    selectLine(1);
+    EXPECT_EQ(edit->text(), "");
+    QTest::keyClicks(edit, " a;b\t");
+    EXPECT_EQ(names_, (std::vector<std::string>{"gate", "ab"})) << "what no list can hold is not typed";
+    EXPECT_EQ(list()->item(1)->text(), "1 ab");
+    selectLine(0);
+    EXPECT_EQ(edit->text(), "gate");
 }
 
 TEST_F(DigitalSignalSettings, EveryChangeIsDrawnAtOnceAndOnlyOfTheLineSelected) {
