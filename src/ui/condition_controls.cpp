@@ -71,7 +71,7 @@ QString factsText(const SynchroBoardFacts::Channel& channel) {
     const ChannelLabel& label = channel.label;
     const QString name = label.name.empty() ? QString() : QString::fromStdString(label.name) + QStringLiteral(". ");
     if (label.hasUnit()) {
-        const auto [low, high] = std::minmax(label.inUnit(lower), label.inUnit(upper));
+        const auto [low, high] = std::minmax({label.inUnit(lower), label.inUnit(upper)});
         return name + uiText(TextId::SynchroChannelUnits,
                              {gain, number(low), number(high), QString::fromStdString(label.unitText())});
     }
