@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace tarno2 {
 
@@ -79,12 +78,13 @@ double fullScaleVolts(const SignalFormat& format) {
     return volts;
 }
 
-std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown) {
+std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown, const std::string& volts) {
     std::vector<std::string> units;
     for (const size_t column : shown) {
-        if (std::string unit = format.channels[column].label.unitText();
-            std::ranges::find(units, unit) == units.end()) {
-            units.push_back(std::move(unit));
+        const std::string& told = format.channels[column].label.unit;
+        const std::string& unit = told.empty() ? volts : told;
+        if (std::ranges::find(units, unit) == units.end()) {
+            units.push_back(unit);
         }
     }
     std::string list;

@@ -36,8 +36,10 @@ struct LinearScale {
 /// Units in a volt; 1 for codes and for the units of the channels.
 [[nodiscard]] double unitsPerVolt(AxisYUnit unit);
 
-/// The units of the shown channels, each once, in their order: "bar", or "bar, V". `shown`: their columns.
-[[nodiscard]] std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown);
+/// The units of the shown channels, each once, in their order: "bar", or "bar, V". `shown`: their columns; `volts`:
+/// the word for a channel without a unit.
+[[nodiscard]] std::string unitsOf(const SignalFormat& format, const std::vector<size_t>& shown,
+                                  const std::string& volts);
 
 /// Limits of an axis.
 struct AxisRange {

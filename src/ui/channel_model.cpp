@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ui/color.h"
+#include "ui/label_field.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -231,7 +232,7 @@ int ChannelModel::columnCount(const QModelIndex& parent) const {
 QString ChannelModel::valueText(double volts, const ChannelLabel& label, int row) const {
     const int decimals = decimalsFor(limits_[static_cast<size_t>(row)], label.factor);
     const QString number = QString::number(label.inUnit(volts), 'f', decimals);
-    return label.hasUnit() ? number + QLatin1Char(' ') + QString::fromStdString(label.unitText()) : number;
+    return label.hasUnit() ? number + QLatin1Char(' ') + unitOf(label) : number;
 }
 
 QString ChannelModel::readingText(int row, int column) const {
@@ -259,7 +260,7 @@ QString ChannelModel::cellText(int row, int column) const {
         case Name:
             return QString::fromStdString(labelOf(row).name);
         case Unit:
-            return QString::fromStdString(labelOf(row).unitText());
+            return unitOf(labelOf(row));
         case Scale:
             return scaleText(channel(row).label);
         default:
@@ -272,7 +273,7 @@ QString ChannelModel::longestUnit() const {
     QString longest;
     for (int row = 0; row < rows_; ++row) {
         const ChannelLabel label = labelOf(row);
-        const QString unit = QLatin1Char(' ') + QString::fromStdString(label.unitText());
+        const QString unit = QLatin1Char(' ') + unitOf(label);
         longest = label.hasUnit() && unit.size() > longest.size() ? unit : longest;
     }
     return longest;

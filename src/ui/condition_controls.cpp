@@ -12,6 +12,7 @@
 #include <cmath>
 
 #include "records/number_text.h"
+#include "ui/label_field.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"
 
@@ -72,8 +73,7 @@ QString factsText(const SynchroBoardFacts::Channel& channel) {
     const QString name = label.name.empty() ? QString() : QString::fromStdString(label.name) + QStringLiteral(". ");
     if (label.hasUnit()) {
         const auto [low, high] = std::minmax({label.inUnit(lower), label.inUnit(upper)});
-        return name + uiText(TextId::SynchroChannelUnits,
-                             {gain, number(low), number(high), QString::fromStdString(label.unitText())});
+        return name + uiText(TextId::SynchroChannelUnits, {gain, number(low), number(high), unitOf(label)});
     }
     return name + (lower == -upper ? uiText(TextId::SynchroChannelFacts, {gain, number(upper)})
                                    : uiText(TextId::SynchroChannelLimits, {gain, number(lower), number(upper)}));
@@ -166,7 +166,7 @@ void AnalogConditionControls::setLabel(const ChannelLabel& label) {
     label_ = label;
     unit->setEnabled(!label.hasUnit());
     if (label.hasUnit()) {
-        unit->setText(QString::fromStdString(label.unitText()));
+        unit->setText(unitOf(label));
     } else {
         unit->setTag(unit->tag());
     }

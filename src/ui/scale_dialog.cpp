@@ -83,6 +83,10 @@ void ScaleDialog::build() {
     buttons->addButton(uiText(TextId::ButtonOk), QDialogButtonBox::AcceptRole);
     buttons->addButton(uiText(TextId::ButtonCancelScale), QDialogButtonBox::RejectRole);
     grid->addWidget(buttons, 8, 0, 1, 3);
+    setTabOrder(offset_, volts_[0]);
+    setTabOrder(volts_[0], values_[0]);
+    setTabOrder(values_[0], volts_[1]);
+    setTabOrder(volts_[1], values_[1]);
     connect(buttons, &QDialogButtonBox::accepted, this, &ScaleDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &ScaleDialog::reject);
     connect(byFactor_, &QRadioButton::toggled, this, &ScaleDialog::showWay);

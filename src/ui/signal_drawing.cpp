@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "display/axis_x.h"
+#include "ui/label_field.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -200,10 +201,9 @@ std::string SignalDrawing::channelName(const ShownSignal& signal, size_t column)
     const ChannelLabel& label = format.channels[column].label;
     const std::string name =
         label.name.empty() ? numbered(TextId::ChannelName, signal.channelNumber(column)) : label.name;
-    const bool differ = std::ranges::any_of(format.channels, [&](const SignalFormat::Channel& other) {
-        return other.label.unitText() != label.unitText();
-    });
-    return unitY_ == AxisYUnit::Units && differ ? name + " [" + label.unitText() + "]" : name;
+    const bool differ = std::ranges::any_of(
+        format.channels, [&](const SignalFormat::Channel& other) { return other.label.unit != label.unit; });
+    return unitY_ == AxisYUnit::Units && differ ? name + " [" + unitOf(label).toStdString() + "]" : name;
 }
 
 std::vector<size_t> SignalDrawing::shownChannels(const ShownSignal& signal) const {
@@ -318,7 +318,7 @@ AxisRange SignalDrawing::automaticRange(uint64_t nowMs) {
 }
 
 void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX) {
-    unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal))
+    unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal), unitOf({}).toStdString())
                                             : uiText(textOf(unitY_)).toStdString();
     const std::tuple labels{unitX, unitY_, unitTextY_};
     if (labels_ == labels) {

@@ -9,6 +9,7 @@
 #include "display/axis_y.h"
 #include "display/file_screens.h"
 #include "display/overview.h"
+#include "records/passport.h"
 #include "tests/display/signal_source.h"
 #include "tests/support/temporary_folder.h"
 
@@ -64,6 +65,30 @@ TEST(RecordedFrames, PutsPiecesTogetherWhileTheyAreOfOneRecording) {
     EXPECT_EQ(recording->format().channels[1].lower, -5.0);
     EXPECT_EQ(recording->format().minimumCode, -32768);
     EXPECT_EQ(recording->format().framesPerSecond, 1000.0);
+}
+
+TEST(RecordedFrames, TakeNamesAndUnitsFromThePassport) {
+    const TemporaryFolder folder;
+    folder.write("r.txt", kDescription);
+    const std::string name = folder.write("r.dat", text({1, 2}));
+    Passport passport;
+    passport.channels.resize(2);
+    passport.channels[0] = {5, "inlet", "bar", 1, 5.0, -5.0, 2.0, 1.0};
+    passport.channels[1] = {9, "", "V", 1, 1.0, -1.0, 0.0, 0.0};
+    passport.lines = {{0, "gate"}};
+    passport.sample.backwardOrder = true;  // as the description says
+    folder.write("r.json", passportText(passport));
+    OpenProblem problem;
+    const auto recording = RecordedFrames::open(name, problem);
+    ASSERT_NE(recording, nullptr);
+    EXPECT_EQ(recording->format().channels[1].label, (ChannelLabel{"inlet", "bar", 2.0, 1.0}));
+    EXPECT_EQ(recording->format().channels[0].label, ChannelLabel()) << "a scale that is none is left out";
+    EXPECT_THAT(recording->numbers(), ElementsAre(5, 9));
+    EXPECT_THAT(recording->format().lineNames, ElementsAre("gate"));
+
+    passport.channels.pop_back();
+    folder.write("r.json", passportText(passport));
+    EXPECT_THAT(RecordedFrames::open(name, problem)->numbers(), ElementsAre()) << "it is of other data";
 }
 
 TEST(RecordedFrames, SayWhyTheyCannotBeOpened) {

@@ -102,6 +102,16 @@ TEST(AxisY, TurnsCodesIntoUnits) {
     }
     EXPECT_NEAR(digitalAxisYScale(format, AxisYUnit::Volts).of(2047), 5.0, 1e-12);
     EXPECT_EQ(fullScaleVolts(format), 5.0);
+    // A channel's own unit; lines lie against the widest channel.
+    SignalFormat labelled = format;
+    labelled.channels[0].label = {"inlet", "bar", -2.0, 0.5};
+    const double volts = axisYScale(format, 0, AxisYUnit::Volts).of(100);
+    EXPECT_NEAR(axisYScale(labelled, 0, AxisYUnit::Units).of(100), -2.0 * volts + 0.5, 1e-9);
+    EXPECT_NEAR(axisYScale(labelled, 1, AxisYUnit::Units).of(100), axisYScale(format, 1, AxisYUnit::Volts).of(100),
+                1e-9);
+    EXPECT_EQ(unitsOf(labelled, {0, 1, 0}, "V"), "bar, V");
+    EXPECT_EQ(unitsOf(labelled, {1}, "V"), "V");
+    EXPECT_EQ(unitsOf(labelled, {}, "V"), "");
     EXPECT_EQ(axisYScale(SignalFormat{}, 0, AxisYUnit::Volts).of(7), 7.0);
     EXPECT_EQ(unitForVolts(5.0), AxisYUnit::Volts);
     EXPECT_EQ(unitForVolts(0.5), AxisYUnit::Millivolts);

@@ -32,10 +32,11 @@ protected:
         }
         return words;
     }
-    void begin(T_ShowForm& form) {
+    void begin(T_ShowForm& form, const ChannelLabel& first = {}) {
         ASSERT_TRUE(form.tap().prepare(4, 4096, 4000.0));
         LiveRecording recording;
         recording.format = format16(2, 2);
+        recording.format.channels[0].label = first;
         recording.channels = {3, 7};
         recording.everyFrameWritten = false;
         form.recordingStarted(std::move(recording));
@@ -172,6 +173,32 @@ TEST_F(ShowForm, AxesAndShowModesAreThoseOfTheSettings) {
     settings_.axisFontSize = 14;
     form.settingsChanged();
     EXPECT_EQ(scoper_.font, settings_.axisFontName + "14");
+}
+
+TEST_F(ShowForm, ChannelsAreToldByNameAndInTheirUnits) {
+    settings_.axisYMode = 0;
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    begin(form, {"inlet", "bar", -100.0, 1000.0});
+    feed(form, 0, 50);
+    EXPECT_EQ(scoper_.columns[0].name, "inlet");
+    EXPECT_EQ(scoper_.texts[kScoperaTextLabelY], "Volts");
+    const auto volts = scoper_.columns[0];
+    zoom(kScoperaAxisY, -0.1, 0.2);
+    form.ADCCodes1Click(4);
+    EXPECT_EQ(settings_.axisYLower, settings_.axisYUpper) << "a zoom in volts means nothing in units";
+    EXPECT_NEAR(scoper_.columns[0].scale, -100.0 * volts.scale, 1e-9);
+    EXPECT_NEAR(scoper_.columns[0].offset, -100.0 * volts.offset + 1000.0, 1e-9);
+    EXPECT_NEAR(scoper_.columns[1].scale, volts.scale, 1e-9);
+    EXPECT_EQ(scoper_.columns[0].name, "inlet [bar]") << "units differ";
+    EXPECT_EQ(scoper_.texts[kScoperaTextLabelY], "bar, V");
+    EXPECT_EQ(scoper_.texts[kScoperaTextUnitY], "bar, V");
+    scoper_.events.m_pColumnSwitched(scoper_.events.m_pContext, 1, 0);
+    form.settingsChanged();
+    EXPECT_EQ(scoper_.texts[kScoperaTextLabelY], "bar") << "the other channel is not shown";
+    zoom(kScoperaAxisY, 900.0, 1100.0);
+    EXPECT_EQ(scoper_.range[kScoperaAxisY], std::pair(900.0, 1100.0));
+    EXPECT_EQ(settings_.axisYUpper, 1100.0);
 }
 
 TEST_F(ShowForm, TheMouseHoldsThePictureAndADoubleClickLetsItGo) {
