@@ -6,38 +6,6 @@
 
 namespace tarno2 {
 
-StreamPlaces::StreamPlaces(const Passport& passport) : all_(passport.synchronisation.mode == "off") {
-    const uint64_t length = passport.recordFrames();
-    size_t known = 0;
-    uint64_t pieceBegin = 0;
-    for (const PassportPiece& piece : passport.pieces) {
-        for (uint64_t i = 0; i < piece.records && known < passport.triggers.size() && i * length < piece.frames; ++i) {
-            const uint64_t trigger = passport.triggers[known++];
-            const uint64_t begin = trigger - std::min<uint64_t>(trigger, passport.synchronisation.prehistory);
-            records_.push_back({begin, pieceBegin + i * length, std::min(length, piece.frames - i * length)});
-        }
-        pieceBegin += piece.frames;
-    }
-    std::ranges::stable_sort(records_, {}, &Record::streamFrame);
-}
-
-std::optional<uint64_t> StreamPlaces::of(uint64_t streamFrame) const {
-    if (all_) {
-        return streamFrame;
-    }
-    const auto next = std::ranges::upper_bound(records_, streamFrame, {}, &Record::streamFrame);
-    if (next == records_.begin()) {
-        return std::nullopt;
-    }
-    const Record& record = *std::prev(next);
-    const uint64_t into = streamFrame - record.streamFrame;
-    return into < record.frames ? std::optional(record.fileFrame + into) : std::nullopt;
-}
-
-std::string ShownMark::label() const {
-    return mark.text.empty() ? std::to_string(mark.number) : mark.text;
-}
-
 void ShownMarks::add(std::span<const RecordingMark> marks) {
     for (const RecordingMark& mark : marks) {
         const auto place =
@@ -72,7 +40,7 @@ std::vector<MarkFlag> ShownMarks::flags(double low, double high, uint32_t column
         const double end = low + (std::floor((static_cast<double>(next->first) - low) / width) + 1.0) * width;
         const auto after = byFrame_.lower_bound(static_cast<uint64_t>(std::ceil(std::min(end, high + 1.0))));
         const bool alone = std::next(next) == after || after == next;
-        flags.push_back({next->first, first.mark.number, first.label() + (alone ? "" : " \xE2\x80\xA6")});
+        flags.push_back({next->first, first.mark.number, first.mark.label() + (alone ? "" : " \xE2\x80\xA6")});
         next = after == next ? std::next(next) : after;
     }
     return flags;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -29,7 +30,9 @@ struct ConversionInputs {
     /// Upper and lower limit of each channel, volts.
     std::vector<std::pair<double, double>> ranges;
     double frequency = 0.0;  ///< frames per second of the time column, Hz
-    RecordedLabels labels;   ///< what is known of the columns; may be nothing
+    /// What was marked, by the frame of the data file; one entry a frame, UTF-8.
+    std::map<uint64_t, std::string> marks;
+    RecordedLabels labels;  ///< what is known of the columns; may be nothing
 
     [[nodiscard]] uint32_t frameBytes() const { return bytesPerSample * channelCount; }
     /// The analog code of a sample word.

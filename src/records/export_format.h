@@ -24,6 +24,7 @@ struct ExportFormat {
     bool volts = false;        ///< false: codes
     bool units = false;        ///< volts, each channel's in its unit
     bool headings = false;     ///< each output file begins with a line of headings
+    bool marks = false;        ///< a last column holds the marks
     int timePrecision = 6;     ///< decimals of the seconds; above 9 counts as 9
     int voltagePrecision = 6;  ///< decimals of the values, codes too; above 9 counts as 9
     char decimal = '.';

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "records/column_text.h"
+#include "records/heading_line.h"
 #include "records/line_formatter.h"
 
 namespace tarno2 {
@@ -33,6 +34,7 @@ FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInput
     : inputs_(inputs),
       format_(withinLimits(format)),
       tables_(format_, inputs),
+      marks_(markColumn(format_, inputs.marks)),
       longestLine_(calculateLongestLine(frames)) {
     if (tables_.stride() != 0) {
         for (size_t bit = 0; bit < digitalTexts_.size(); ++bit) {
@@ -40,6 +42,29 @@ FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInput
                 static_cast<char>('0' + bit);
         }
     }
+}
+
+FrameFormatter::Marks FrameFormatter::markColumn(const ExportFormat& format, const Marks& marks) {
+    Marks column;
+    const char divider = format.divider.empty() ? '\t' : format.divider.front();
+    for (const auto& [frame, text] : format.marks ? marks : Marks()) {
+        column.emplace(frame, quotedColumn(text, divider));
+    }
+    return column;
+}
+
+// The column of the marks, when there is one, and the line end.
+char* FrameFormatter::endLine(char* to, uint64_t frame, Marks::const_iterator& nextMark) const {
+    if (format_.marks) {
+        to = std::copy(format_.divider.begin(), format_.divider.end(), to);
+        if (nextMark != marks_.end() && nextMark->first == frame) {
+            to = std::copy(nextMark->second.begin(), nextMark->second.end(), to);
+            ++nextMark;
+        }
+    }
+    *to++ = '\r';
+    *to++ = '\n';
+    return to;
 }
 
 size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
@@ -52,7 +77,11 @@ size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
     for (size_t channel = 0; channel < inputs_.channelCount; ++channel) {
         longest += tables_.longestColumn(channel);
     }
-    return longest + inputs_.digitalLines * (format_.divider.size() + 1) + kLineEndLength;
+    size_t longestMark = format_.marks ? format_.divider.size() : 0;
+    for (const auto& [frame, mark] : marks_) {
+        longestMark = std::max(longestMark, format_.divider.size() + mark.size());
+    }
+    return longest + inputs_.digitalLines * (format_.divider.size() + 1) + longestMark + kLineEndLength;
 }
 
 double FrameFormatter::seconds(uint64_t frame) const {
@@ -85,6 +114,7 @@ FrameFormatter::Text FrameFormatter::formatFromTables(const uint8_t* frames, siz
     const uint32_t shift = inputs_.codeShift;
     const uint32_t codeMask = (uint32_t{1} << inputs_.codeBits) - 1;
     const size_t digitalLength = format_.divider.size() + 1;
+    auto nextMark = marks_.lower_bound(firstFrame);
     char* to = out;
     size_t line = 0;
     while (line < count) {
@@ -102,8 +132,7 @@ FrameFormatter::Text FrameFormatter::formatFromTables(const uint8_t* frames, siz
             to += digitalLength;
             digital >>= 1U;
         }
-        *to++ = '\r';
-        *to++ = '\n';
+        to = endLine(to, firstFrame + line, nextMark);
         ++line;
         if (stop.load(std::memory_order_relaxed)) {
             break;
@@ -118,6 +147,7 @@ FrameFormatter::Text FrameFormatter::formatFromValues(const uint8_t* frames, siz
     std::vector<double> row(inputs_.channelCount);
     std::vector<int8_t> digital(inputs_.digitalLines);
     const size_t space = count * longestLine_ + kSlack;
+    auto nextMark = marks_.lower_bound(firstFrame);
     Text text;
     while (text.lines < count) {
         const uint32_t bits = port(word(frames));
@@ -134,6 +164,11 @@ FrameFormatter::Text FrameFormatter::formatFromValues(const uint8_t* frames, siz
             break;
         }
         text.bytes += length;
+        if (format_.marks) {
+            constexpr size_t kLineEndLength = 2;
+            char* const end = out + text.bytes - kLineEndLength;
+            text.bytes = static_cast<size_t>(endLine(end, firstFrame + text.lines, nextMark) - out);
+        }
         ++text.lines;
         if (stop.load(std::memory_order_relaxed)) {
             break;

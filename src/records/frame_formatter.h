@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include "records/column_tables.h"
@@ -43,10 +44,14 @@ private:
     [[nodiscard]] uint32_t port(uint32_t firstWord) const;
     [[nodiscard]] uint32_t word(const uint8_t* sample) const;
     [[nodiscard]] size_t calculateLongestLine(uint64_t frames) const;
+    using Marks = std::map<uint64_t, std::string>;
+    [[nodiscard]] static Marks markColumn(const ExportFormat& format, const Marks& marks);
+    char* endLine(char* to, uint64_t frame, Marks::const_iterator& nextMark) const;
 
     const ConversionInputs& inputs_;
     ExportFormat format_;
     ColumnTables tables_;
+    Marks marks_;                                                                ///< as they stand in their lines
     std::array<std::array<char, ColumnTables::kLongStride>, 2> digitalTexts_{};  ///< divider and "0" or "1"
     size_t longestLine_;
 };

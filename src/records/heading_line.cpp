@@ -18,7 +18,9 @@ std::string firstHeading(FirstColumn column) {
     return {};
 }
 
-std::string quoted(const std::string& heading, char divider) {
+}  // namespace
+
+std::string quotedColumn(const std::string& heading, char divider) {
     if (heading.find(divider) == std::string::npos && heading.find('"') == std::string::npos) {
         return heading;
     }
@@ -29,23 +31,21 @@ std::string quoted(const std::string& heading, char divider) {
     return text + '"';
 }
 
-}  // namespace
-
 std::string headingLine(const ExportFormat& format, const ConversionInputs& inputs) {
     const char divider = format.divider.empty() ? '\t' : format.divider.front();
-    std::string line = quoted(firstHeading(format.firstColumn), divider);
+    std::string line = quotedColumn(firstHeading(format.firstColumn), divider);
     for (size_t channel = 0; channel < inputs.channelCount; ++channel) {
         std::string heading = inputs.labels.channelName(channel);
         if (format.volts) {
             const ChannelLabel label = format.units ? inputs.labels.labelOf(channel) : ChannelLabel();
             heading += " [" + label.unitText() + "]";
         }
-        line += format.divider + quoted(heading, divider);
+        line += format.divider + quotedColumn(heading, divider);
     }
     for (size_t i = 0; i < inputs.digitalLines; ++i) {
-        line += format.divider + quoted(inputs.labels.lineName(i), divider);
+        line += format.divider + quotedColumn(inputs.labels.lineName(i), divider);
     }
-    return line + "\r\n";
+    return line + (format.marks ? format.divider + "Mark" : std::string()) + "\r\n";
 }
 
 }  // namespace tarno2

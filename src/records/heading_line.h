@@ -12,4 +12,7 @@ namespace tarno2 {
 /// quotes, those inside of it doubled.
 [[nodiscard]] std::string headingLine(const ExportFormat& format, const ConversionInputs& inputs);
 
+/// A text of a column: between double quotes when it holds the divider or a double quote.
+[[nodiscard]] std::string quotedColumn(const std::string& text, char divider);
+
 }  // namespace tarno2

@@ -78,6 +78,10 @@ std::optional<RecordingMark> markOf(const std::vector<std::string>& fields) {
 
 }  // namespace
 
+std::string RecordingMark::label() const {
+    return text.empty() ? std::to_string(number) : text;
+}
+
 std::string marksHeader() {
     return std::string(kHeader).append(kLineEnd);
 }

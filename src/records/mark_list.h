@@ -28,6 +28,8 @@ struct RecordingMark {
     MarkSource source = MarkSource::Operator;
     std::string text;  ///< UTF-8
 
+    /// The text, or its number where there is none.
+    [[nodiscard]] std::string label() const;
     friend bool operator==(const RecordingMark&, const RecordingMark&) = default;
 };
 

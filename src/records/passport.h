@@ -91,6 +91,12 @@ struct PassportLoss {
     uint64_t count = 0;
 };
 
+/// The list of marks beside the data.
+struct PassportMarks {
+    std::string file;    ///< without its folder
+    uint64_t count = 0;  ///< marks in it
+};
+
 struct PassportEnd {
     int64_t begun =
         0;            ///< when the first frame came, microseconds since 1970; 0: the passport told it when it was begun
@@ -127,6 +133,7 @@ struct Passport {
     /// off are not known.
     std::vector<uint64_t> triggers;
     PassportEnd end;
+    std::optional<PassportMarks> marks;  ///< nothing: there are none
 
     [[nodiscard]] uint64_t frames() const;
     [[nodiscard]] uint64_t records() const;

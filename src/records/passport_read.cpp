@@ -170,6 +170,10 @@ void readCourse(const Fields& fields, Passport& passport) {
     passport.end.utc = end.time("utc");
     passport.end.reason = end.text("reason");
     passport.end.words = end.textIfThere("words");
+    if (fields.has("marks")) {
+        const Fields marks = fields.object("marks");
+        passport.marks = {marks.text("file"), marks.number<uint64_t>("count")};
+    }
 }
 
 Passport passportOf(const Fields& fields) {

@@ -199,6 +199,11 @@ std::string passportText(const Passport& passport) {
         json.add("losses", lossesOf(passport.end.losses))
             .add("clock", clockOf(passport.end.clock))
             .add("end", endOf(passport.end));
+        if (passport.marks) {
+            Object marks;
+            marks.add("file", passport.marks->file).add("count", passport.marks->count);
+            json.add("marks", std::move(marks));
+        }
     }
     return jsonText(std::move(json), true) + '\n';
 }

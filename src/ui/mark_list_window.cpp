@@ -89,7 +89,7 @@ MarkListWindow::MarkListWindow(QWidget* parent)
     table_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     table_->horizontalHeader()->setStretchLastSection(true);
     const int letter = fontMetrics().averageCharWidth();
-    for (const auto& [column, letters] : {std::pair(0, 8), std::pair(1, 16), std::pair(2, 16)}) {
+    for (const auto& [column, letters] : {std::pair(0, 8), std::pair(1, 16), std::pair(2, 20)}) {
         table_->setColumnWidth(column, letter * letters);
     }
     hint_->setWordWrap(true);

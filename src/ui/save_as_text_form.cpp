@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "config/files/found_labels.h"
+#include "config/files/found_marks.h"
 #include "platform/clock.h"
 #include "records/export_names.h"
 #include "records/record_description.h"
@@ -69,6 +70,7 @@ T_SaveAsTextForm::T_SaveAsTextForm(TextExportSettings& settings, TextExportSourc
       symbolCountLabel_(new QLabel(dividerBox_)),
       symbolCount_(new QSpinBox(dividerBox_)),
       headings_(new QCheckBox(controls_)),
+      marks_(new QCheckBox(controls_)),
       limitLines_(new QCheckBox(controls_)),
       maximumLines_(new QSpinBox(controls_)),
       progressBox_(new QGroupBox(this)),
@@ -120,6 +122,7 @@ void T_SaveAsTextForm::showSettings() {
     symbolCount_->setValue(settings_.columnDividerCount);
     symbol_->setText(fromCodePage(std::string(1, static_cast<char>(settings_.columnDivider))));
     headings_->setChecked(settings_.header == 1);
+    marks_->setChecked(settings_.marks == 1);
     limitLines_->setChecked(settings_.maxLineCount > 0);
     maximumLines_->setValue(settings_.maxLineCount > 0 ? settings_.maxLineCount : kUsualLimit);
     maximumLines_->setEnabled(limitLines_->isChecked());
@@ -140,6 +143,7 @@ void T_SaveAsTextForm::readControls() {
         settings_.columnDivider = static_cast<uint8_t>(symbol.front());
     }
     settings_.header = headings_->isChecked() ? 1 : 0;
+    settings_.marks = marks_->isChecked() ? 1 : 0;
     settings_.maxLineCount = limitLines_->isChecked() ? maximumLines_->value() : 0;
 }
 
@@ -224,6 +228,9 @@ ConversionResult T_SaveAsTextForm::convert(const std::string& output, const Expo
             FoundLabels found = findLabels(source_.dataFile, inputs.channelCount);
             inputs.labels = std::move(found.labels);
             unitsKnown_ = found.problem.empty() || !format.units;
+        }
+        if (format.marks) {
+            inputs.marks = findFileMarks(source_.dataFile, inputs.frameBytes()).texts;
         }
         return convertToText(source_.dataFile, output, format, inputs, progress_, stop_);
     } catch (const std::bad_alloc&) {

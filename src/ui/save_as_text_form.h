@@ -113,6 +113,7 @@ private:
     QLabel* symbolCountLabel_;
     QSpinBox* symbolCount_;
     QCheckBox* headings_;
+    QCheckBox* marks_;
     QCheckBox* limitLines_;
     QSpinBox* maximumLines_;
     QGroupBox* progressBox_;

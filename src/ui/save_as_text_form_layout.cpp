@@ -130,6 +130,7 @@ void T_SaveAsTextForm::build() {
     setFileNameButton_->setText(QStringLiteral("…"));
     setFileNameButton_->setAutoDefault(false);
     headings_->setObjectName("Headings");
+    marks_->setObjectName("Marks");
     limitLines_->setObjectName("LimitLines");
     maximumLines_->setObjectName("MaximumLines");
     maximumLines_->setRange(static_cast<int>(ExportFormat::kLeastLineLimit), std::numeric_limits<int>::max());
@@ -152,6 +153,7 @@ void T_SaveAsTextForm::build() {
     choices->addWidget(buildColumns());
     choices->addWidget(buildDivider());
     choices->addWidget(headings_);
+    choices->addWidget(marks_);
     choices->addLayout(limit);
 
     auto* buttons = new QHBoxLayout;
@@ -188,6 +190,7 @@ void T_SaveAsTextForm::loadCaptions() {
     tabCountLabel_->setText(uiText(TextId::ExportDividerCount));
     symbolCountLabel_->setText(uiText(TextId::ExportDividerCount));
     headings_->setText(uiText(TextId::ExportHeadings));
+    marks_->setText(uiText(TextId::ExportMarks));
     limitLines_->setText(uiText(TextId::ExportMaxLines));
     progressBox_->setTitle(uiText(TextId::ExportProgress));
     filesLabel_->setText(uiText(TextId::ExportProgressFiles));

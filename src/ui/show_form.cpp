@@ -89,6 +89,8 @@ void T_ShowForm::recordingStopped() {
             while (shown_ && !file_ && live_->fetch(tap_)) {
             }
             live_->finish();
+        }
+        if (live_) {
             takeFinishedMarks();
         }
         userChanged();

@@ -193,7 +193,9 @@ private:
 
     ShownMarks liveMarks_;
     ShownMarks fileMarks_;
-    size_t marksSeen_ = 0;  ///< of those that the running recording has told
+    size_t marksSeen_ = 0;      ///< of those that the running recording has told
+    bool marksToList_ = false;  ///< the list of marks is older than they are
+    uint64_t marksListedAt_ = 0;
 
     double position_ = 0.0;            ///< frame at the left edge while the picture stays
     double scrollStep_ = 1.0;          ///< frames in a step of the scroll bar

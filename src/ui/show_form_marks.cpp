@@ -11,6 +11,12 @@
 
 namespace tarno2 {
 
+namespace {
+
+constexpr uint64_t kListPeriodMs = 200;
+
+}  // namespace
+
 void T_ShowForm::takeMarks() {
     const MarkWriter* writer = live_ && live_->running() ? live_->marks() : nullptr;
     if (writer == nullptr) {
@@ -18,8 +24,12 @@ void T_ShowForm::takeMarks() {
     }
     std::vector<RecordingMark> taken;
     writer->read(marksSeen_, taken);
-    if (!taken.empty()) {
-        liveMarks_.add(taken);
+    liveMarks_.add(taken);
+    marksToList_ = marksToList_ || !taken.empty();
+    // Very many of them in a list cost time.
+    if (const auto now = static_cast<uint64_t>(clock_.elapsed());
+        marksToList_ && now - marksListedAt_ >= kListPeriodMs) {
+        marksListedAt_ = now;
         showMarkList();
     }
 }
@@ -80,6 +90,7 @@ void T_ShowForm::FlagClick(uint64_t number) {
 }
 
 void T_ShowForm::showMarkList() {
+    marksToList_ = false;
     if (markList_) {
         const ShownSignal* signal = shownSignal();
         markList_->setMarks(shownMarks().all(), signal != nullptr ? signal->format().framesPerSecond : 0.0);

@@ -5,11 +5,13 @@
 #include <gmock/gmock.h>
 #include <iostream>
 #include <random>
+#include <sstream>
 #include <thread>
 
 #include "drivers/simulator/counter_signal.h"
 #include "platform/file.h"
 #include "platform/paths.h"
+#include "records/mark_list.h"
 #include "records/record_description.h"
 #include "tests/apps/recording_rig.h"
 #include "tests/core/bait_files.h"
@@ -114,6 +116,30 @@ struct Way {
     uint32_t packets = 0;  // a second
 };
 
+/// The marks of which a program said that they were on the disk; the last line may be torn.
+std::vector<RecordingMark> toldMarks(const std::string& output) {
+    std::string lines;
+    std::istringstream stream(output);
+    for (std::string line; std::getline(stream, line);) {
+        lines += line.ends_with('\r') ? line + '\n' : "";
+    }
+    const MarkList list = readMarks(marksHeader() + lines);
+    EXPECT_EQ(list.problem, "");
+    return list.marks;
+}
+
+/// Each of them is there, with its word, in a list that is whole.
+void checkMarks(const RecordingRig& rig, const std::vector<RecordingMark>& told, bool recorded) {
+    const FoundMarks found = findMarks(rig.file("run.marks.csv"));
+    EXPECT_EQ(found.there, recorded && (found.there || !told.empty()));
+    EXPECT_TRUE(!found.there || found.text == marksText(found.marks));
+    for (const RecordingMark& mark : recorded ? told : std::vector<RecordingMark>()) {
+        const auto kept = std::ranges::find(found.marks, mark.number, &RecordingMark::number);
+        ASSERT_NE(kept, found.marks.end()) << mark.number;
+        EXPECT_TRUE(*kept == mark || (mark.text.empty() && kept->frame == mark.frame)) << mark.number;
+    }
+}
+
 /// Records, kills, recovers and checks. Returns the age of the oldest data that are missing, ns.
 uint64_t crash(const Way& way) {
     const RecordingRig rig;
@@ -131,13 +157,14 @@ uint64_t crash(const Way& way) {
     const std::string notesFile = rig.file("notes.bin");
     {
         const ScopedEnvironment home("TARNO2_HOME", rig.path());
-        const ScopedEnvironment simulator("TARNO2_SIMULATOR", "Signal=Counter");
+        const ScopedEnvironment simulator("TARNO2_SIMULATOR", "Signal=Counter;MarkEvery=5000");
         ChildProcess process(builtFile("crash_recorder", executableFolder()), {settings, notesFile},
                              rig.file("output.txt"));
         EXPECT_TRUE(waitUntil([&] { return rig.size("notes.bin") >= sizeof(Note); })) << rig.autoLog();
         std::this_thread::sleep_for(std::chrono::milliseconds(way.killAfterMs));
         process.kill();
     }
+    const std::vector<RecordingMark> told = toldMarks(readFile(rig.file("output.txt")));
     const std::vector<Note> notes = notesOf(notesFile);
     const std::string printed = rig.run("tarno2-recover", {rig.path()});
     EXPECT_FALSE(rig.exists("run.tarno2-journal")) << printed;
@@ -150,6 +177,7 @@ uint64_t crash(const Way& way) {
         checkEvents(files);
     }
     EXPECT_EQ(bait.touched(), "");
+    checkMarks(rig, told, !files.empty());
     // What came first and is not there had come by this note.
     const uint64_t frameBytes = way.channels * sizeof(uint16_t);
     for (const Note& note : notes) {

@@ -81,6 +81,24 @@ TEST_F(ExportProgram, TakesOptionsForWhatTheDescriptionLacks) {
     EXPECT_EQ(readFile(rig.file("run.csv")), "\t32768\r\n\t32767\r\n\t0\r\n");
 }
 
+TEST_F(ExportProgram, PutsMarksIntoTheLinesOfTheirPiece) {
+    Wish wish;
+    wish.bytes = kMebibyte + 4000;
+    wish.cut = 1;
+    rig.record(wish, "RealTime=0;Signal=Counter;MarkEvery=262000");
+    EXPECT_EQ(convert({"--marks", "--first-column=samples", "--voltage-precision=0"}, 0, "run.dat"), "");
+    EXPECT_THAT(readFile(rig.file("run.csv")), HasSubstr("\tMark 1\r\n262001\t"));
+    // The first piece has 262144 frames.
+    std::string text = readFile(rig.file("run.marks.csv"));
+    rig.folder().write("run.marks.csv", text +
+                                            "2,262146,2026-01-01T00:00:00.000000Z,line,\r\n3,262146,"
+                                            "2026-01-01T00:00:00.000000Z,operator,valve\r\n");
+    EXPECT_EQ(convert({"--marks", "--first-column=samples", "--voltage-precision=0"}, 0, "run_1.dat"), "");
+    EXPECT_THAT(readFile(rig.file("run_1.csv")), HasSubstr("\t2; valve\r\n3\t"));
+    std::filesystem::remove(rig.file("run.marks.csv"));
+    EXPECT_THAT(convert({"--marks"}, 0, "run_1.dat"), HasSubstr("warning: "));
+}
+
 TEST_F(ExportProgram, TakesNamesAndUnitsFromThePassportOfAnyPiece) {
     Wish wish;
     wish.bytes = kMebibyte + 4000;

@@ -26,7 +26,7 @@ void recordPieces(const RecordingRig& rig) {
     Wish wish;
     wish.cut = 1;
     wish.bytes = 2 * kMebibyte + 4000;
-    rig.record(wish);
+    rig.record(wish, "RealTime=0;Signal=Counter;MarkEvery=100000");
 }
 
 TEST(Verify, FindsTheOneThingThatIsWrong) {
@@ -44,6 +44,13 @@ TEST(Verify, FindsTheOneThingThatIsWrong) {
     };
     const std::vector<Case> cases = {
         {"nothing", [](const RecordingRig&) {}, 0, "run_2.dat: checksum"},
+        {"nothing in the marks", [](const RecordingRig&) {}, 0, "run.marks.csv: checksum"},
+        {"no marks", remove("run.marks.csv"), 1, "run.marks.csv is missing"},
+        {"a mark less", put("run.marks.csv", "\r\n3,", "\r\n9,"), 1, "mark 3 is missing"},
+        {"another word", put("run.marks.csv", "Mark 2", "Mark X"), 1,
+         "run.marks.csv has another checksum than run.sha256 tells"},
+        {"marks that are none", put("run.marks.csv", "driver", "nobody"), 1, "line 2 is no mark"},
+        {"another count", put("run.json", "\"count\": ", "\"count\": 9"), 1, " marks, the passport tells of 9"},
         {"no passport", remove("run.json"), 0, "there is no passport"},
         {"no list", remove("run.sha256"), 0, "run_1.dat: checksum"},
         {"a list that lies", put("run.sha256", "  run_1.dat", "  run_3.dat"), 1, "run_3.dat is missing"},

@@ -219,6 +219,29 @@ TEST(TextConversion, TellsUnitsAndHeadings) {
     EXPECT_THAT(cut.text(), HasSubstr("\r\n0.000000,-inf,-5.000,-5.000,0\r\n"));
 }
 
+TEST(TextConversion, EndsLinesWithTheMarksOfTheirFrames) {
+    for (const uint32_t width : {2U, 4U}) {  // with tables and without
+        ConversionInputs inputs = simpleInputs();
+        inputs.bytesPerSample = width;
+        inputs.marks = {{0, "start"}, {2, "a,b; \"c\""}, {300, "late"}, {1000, "behind the end"}};
+        ExportFormat format;
+        format.marks = format.headings = true;
+        format.divider = ",";
+        format.voltagePrecision = 0;
+        format.maximumLines = 200;
+        Conversion conversion;
+        ASSERT_EQ(conversion.run(std::string(301 * size_t{width} * inputs.channelCount, '\0'), format, inputs),
+                  ConversionResult::Finished);
+        const std::string begin = ",Channel 0,Mark\r\n,0,start\r\n,0,\r\n,0,\"a,b; \"\"c\"\"\"\r\n,0,\r\n";
+        EXPECT_EQ(conversion.text().substr(0, begin.size()), begin) << width;
+        EXPECT_TRUE(conversion.text("out_1.csv").ends_with(",0,\r\n,0,late\r\n")) << width;
+        format.marks = format.headings = false;
+        ASSERT_EQ(conversion.run(std::string(size_t{width} * inputs.channelCount, '\0'), format, inputs),
+                  ConversionResult::Finished);
+        EXPECT_EQ(conversion.text(), ",0\r\n");
+    }
+}
+
 TEST(TextConversion, NamesItsFiles) {
     EXPECT_EQ(defaultOutputName("/a/run.1.dat"), "/a/run.1.csv");
     EXPECT_EQ(defaultOutputName("run"), "run.csv");

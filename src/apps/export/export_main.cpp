@@ -7,6 +7,7 @@
 #include "apps/export/export_options.h"
 #include "apps/export/progress_line.h"
 #include "config/files/found_labels.h"
+#include "config/files/found_marks.h"
 #include "language/language_table.h"
 #include "platform/run_program.h"
 #include "platform/terminal.h"
@@ -77,6 +78,13 @@ int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
         inputs.labels = std::move(found.labels);
         if (!options.quiet && options.format.units && !found.problem.empty()) {
             complain("warning: " + found.problem + "; the values are volts");
+        }
+    }
+    if (options.format.marks) {
+        FileMarks marks = findFileMarks(options.dataFile, inputs.frameBytes());
+        inputs.marks = std::move(marks.texts);
+        if (!options.quiet && !marks.problem.empty()) {
+            complain("warning: " + marks.problem);
         }
     }
     ConversionProgress progress;

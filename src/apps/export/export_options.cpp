@@ -52,6 +52,7 @@ void addFormatOptions(CLI::App& app, ExportOptions& options, RawOptions& raw) {
     app.add_option("--data", raw.data, "What the columns of the channels hold; units: as the passport tells (codes)")
         ->check(CLI::IsMember(kDataColumns));
     app.add_flag("--header", format.headings, "Begin with a line of headings: names and units of the passport");
+    app.add_flag("--marks", format.marks, "End lines with a column of what was marked there");
     app.add_option("--time-precision", format.timePrecision, "Decimals of the seconds, 0 to 9 (6)")
         ->check(CLI::Range(0, ExportFormat::kMaximumPrecision));
     app.add_option("--voltage-precision", format.voltagePrecision, "Decimals of the values, codes too, 0 to 9 (6)")

@@ -77,6 +77,7 @@ void RecordingCheck::run() {
         checkPiece(k);
         checkSums(k);
     }
+    checkMarks();
     if (found_.passport && format_) {
         checkFormat(*format_);
     }
@@ -119,6 +120,8 @@ std::optional<uint32_t> RecordingCheck::pieceOf(const std::string& listed) const
 void RecordingCheck::enter(const std::string& listedAs, const std::string& sha256, const std::string& source) {
     if (const auto k = pieceOf(listedAs)) {
         sums_[*k].push_back({sha256, source});
+    } else if (isOwnMarks(listedAs)) {
+        marksSums_.push_back({sha256, source});
     } else {
         wrong(source + " tells of \"" + listedAs + "\", which is no file of this recording");
     }
@@ -314,14 +317,21 @@ void RecordingCheck::checkSums(uint32_t k) {
         }
         return;
     }
+    compareSums(shown, name_.piece(k), sums->second);
+}
+
+void RecordingCheck::compareSums(const std::string& shown, const std::string& file, const std::vector<Sum>& sums) {
+    if (sums.empty()) {
+        return;
+    }
     std::string problem;
-    const std::string computed = sha256Of(name_.piece(k), stop_, problem);
+    const std::string computed = sha256Of(file, stop_, problem);
     if (computed.empty()) {
         tell_(Verdict::Unchecked, shown + ": " + problem);
         return;
     }
     bool good = true;
-    for (const Sum& sum : sums->second) {
+    for (const Sum& sum : sums) {
         if (sum.sha256 != computed) {
             wrong(shown + " has another checksum than " + sum.source + " tells");
             good = false;

@@ -10,6 +10,7 @@
 
 #include "apps/verify/recording_files.h"
 #include "records/checksum_list.h"
+#include "records/mark_list.h"
 #include "records/recorded_format.h"
 
 namespace tarno2 {
@@ -52,6 +53,12 @@ private:
         std::string sha256;
         std::string source;
     };
+    void compareSums(const std::string& shown, const std::string& file, const std::vector<Sum>& sums);
+
+    // recording_check_marks.cpp
+    void checkMarks();
+    [[nodiscard]] bool isOwnMarks(const std::string& listed) const;
+    void noteMarksBehindTheEnd(const std::vector<RecordingMark>& marks);
 
     const RecordingName name_;
     const Tell tell_;
@@ -61,6 +68,7 @@ private:
     std::set<uint32_t> pieces_;                ///< that are there
     std::map<uint32_t, PassportPiece> told_;   ///< by the passport
     std::map<uint32_t, std::vector<Sum>> sums_;
+    std::vector<Sum> marksSums_;            ///< of the list of marks
     std::optional<RecordedFormat> format_;  ///< of the first piece
 };
 

@@ -49,6 +49,7 @@ struct TextExportSettings {
     uint8_t columnDivider = ';';
     uint8_t columnDividerCount = 1;  ///< the dialog takes what is above 99 for 99
     int32_t maxLineCount = 0;        ///< lines in a file; 0: all in one
+    int32_t marks = 0;               ///< 1: a last column of marks
     int32_t header = 0;              ///< 1: a first line of headings
 };
 

@@ -194,6 +194,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentChannelsOffset, "ChannelsOffset", scaleColumn<&ChannelLabel::offset>(0.0, isOffset)},
     {TextId::CommentLinesName, "LinesName", lineNames(), {.turn = AutoTurn::Others, .odd = kInvalid}},
     {TextId::CommentTextHeader, "TextHeader", rareInteger<&Settings::textExport, &TextExportSettings::header>(0, 1)},
+    {TextId::CommentTextMarks, "TextMarks", rareInteger<&Settings::textExport, &TextExportSettings::marks>(0, 1)},
     {TextId::CommentMarkLine, "MarkLine", rareInteger<&Settings::wish, &Wish::markLine>(-1, kLastLine), kBoundedRule},
     {TextId::CommentMarkEdge, "MarkEdge", rareInteger<&Settings::wish, &Wish::markEdge>(0, 2), kBoundedRule},
     {kAutoOnly,

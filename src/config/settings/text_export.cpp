@@ -32,6 +32,7 @@ TextExportSettings withinLimits(TextExportSettings settings) {
         static_cast<uint8_t>(std::clamp<uint32_t>(settings.columnDividerCount, 1, ExportFormat::kMaximumDividerCount));
     settings.maxLineCount = std::max(settings.maxLineCount, 0);
     settings.header = modeOrFirst(settings.header, 1);
+    settings.marks = modeOrFirst(settings.marks, 1);
     return settings;
 }
 
@@ -42,6 +43,7 @@ ExportFormat exportFormat(const TextExportSettings& settings) {
     format.volts = kept.dataColumnMode != 0;
     format.units = kept.dataColumnMode == 2;
     format.headings = kept.header == 1;
+    format.marks = kept.marks == 1;
     format.timePrecision = kept.timePrecision;
     format.voltagePrecision = kept.voltagePrecision;
     format.decimal = kept.fractionalDivider == 1 ? ',' : '.';

@@ -10,6 +10,7 @@
 #include "platform/paths.h"
 #include "platform/utf.h"
 #include "records/found_passport.h"
+#include "records/mark_list.h"
 #include "records/passport_keys.h"
 
 namespace tarno2 {
@@ -66,6 +67,12 @@ void PassportFile::setEnd(PassportEnd end) {
     }
     if (passport_) {
         passport_->end = std::move(end);
+    }
+}
+
+void PassportFile::setMarks(const std::string& name, uint64_t count) {
+    if (passport_ && count > 0) {
+        passport_->marks = {systemToUtf8(fileNameOf(name)), count};
     }
 }
 
@@ -129,6 +136,9 @@ std::string completePassport(const RecordingJournal& journal) {
     }
     passport->state = Passport::State::Recovered;
     passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}};
+    if (const size_t count = findMarks(name.marks()).marks.size(); count > 0) {
+        passport->marks = {systemToUtf8(fileNameOf(name.marks())), count};
+    }
     const OsError error = passport->pieces.empty() ? removeFile(name.passport())
                                                    : replaceWholeFile(name.passport(), passportText(*passport));
     return error.ok() ? std::string() : inWords(name.passport(), error);

@@ -24,6 +24,8 @@ public:
     void addTrigger(uint64_t streamFrame);
     /// How the recording ended.
     void setEnd(PassportEnd end);
+    /// So many moments were marked, as that file lists.
+    void setMarks(const std::string& name, uint64_t count);
     /// The disk did not take the last samples.
     void setDiskFailure(const std::string& words, const PassportLoss& loss);
     /// Puts the whole passport in place of the first one, or removes that of a recording without a sample. What went

@@ -315,7 +315,7 @@ bool PieceWriter::finish(uint64_t accepted) {
 bool PieceWriter::finishFiles(uint64_t accepted) {
     dropPrepared();
     if (setup_->marks != nullptr) {
-        static_cast<void>(setup_->marks->finish(savedFiles_ > 0));
+        passport_.setMarks(RecordingName(setup_->fileName).marks(), setup_->marks->finish(savedFiles_ > 0));
     }
     finishPassport(accepted);
     for (const std::string& problem : unfinished_.removeLate()) {

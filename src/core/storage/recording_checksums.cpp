@@ -28,7 +28,7 @@ bool isListOf(const RecordingName& name, const std::string& text) {
     const auto files = readChecksumList(text);
     return files && std::ranges::all_of(*files, [&](const FileChecksum& file) {
                const auto piece = name.pieceOf(file.file);
-               return piece && fileNameOf(name.piece(*piece)) == file.file;
+               return (piece && fileNameOf(name.piece(*piece)) == file.file) || file.file == fileNameOf(name.marks());
            });
 }
 
@@ -196,6 +196,14 @@ std::string RecordingChecksums::writeList() {
     for (const Piece& piece : pieces_) {
         if (!piece.sha256.empty()) {
             files.push_back({fileNameOf(piece.name), piece.sha256});
+        }
+    }
+    if (std::string marks;
+        isPlainFile(name.marks()) && readWholeFile(name.marks(), kLongestText, FileShare::ReadWrite, marks).ok()) {
+        Sha256 hash;
+        hash.add(std::as_bytes(std::span(marks)));
+        if (std::string sha256 = hash.take(); !sha256.empty()) {
+            files.push_back({fileNameOf(name.marks()), std::move(sha256)});
         }
     }
     std::string earlier;

@@ -10,6 +10,7 @@
 #include "core/devices/board_options.h"
 #include "platform/c_locale.h"
 #include "ui/panels/driver_settings_form.h"
+#include "ui/panels/mark_line_row.h"
 #include "ui/panels/option_box.h"
 #include "ui/panels/panel_layout.h"
 #include "ui/text.h"
@@ -37,6 +38,8 @@ BoardPanel::BoardPanel(QWidget* parent)
       differential_(new OptionBox(this)),
       digitalPort_(new OptionBox(this)),
       hardwareAverage_(new OptionBox(this)),
+      markLabel_(new QLabel(this)),
+      markLine_(new MarkLineRow(this)),
       factsLabel_(makeText(this, QStringLiteral("BoardFactsLabel"))) {
     differential_->setObjectName(QStringLiteral("DiffModeBox"));
     digitalPort_->setObjectName(QStringLiteral("DigitalPortBox"));
@@ -52,8 +55,10 @@ BoardPanel::BoardPanel(QWidget* parent)
         layout->addRow(box);
         connect(box, &OptionBox::clicked, this, &SettingsPanel::changed);
     }
-    for (QWidget* control : std::initializer_list<QWidget*>{driverBox_, settings_, baseBox_, searchButton_, drqBox_,
-                                                            differential_, digitalPort_, hardwareAverage_}) {
+    layout->addRow(markLabel_, markLine_);
+    connect(markLine_, &MarkLineRow::changed, this, &SettingsPanel::changed);
+    for (QWidget* control : std::initializer_list<QWidget*>{markLine_, driverBox_, settings_, baseBox_, searchButton_,
+                                                            drqBox_, differential_, digitalPort_, hardwareAverage_}) {
         manage(control);
     }
     connect(driverBox_, &QComboBox::activated, this, [this](int row) {
@@ -81,6 +86,7 @@ void BoardPanel::load(const ProgramSettings& settings) {
     differential_->setWish(settings.wish.hasMode(kBoardDifferential));
     digitalPort_->setWish(settings.wish.useDigitalPort);
     hardwareAverage_->setWish(settings.hardwareAverage);
+    markLine_->setWish(settings.wish.markLine, settings.wish.markEdge);
 }
 
 void BoardPanel::store(ProgramSettings& settings) const {
@@ -94,6 +100,8 @@ void BoardPanel::store(ProgramSettings& settings) const {
     settings.wish.setMode(kBoardDifferential, differential_->wish());
     settings.wish.useDigitalPort = digitalPort_->wish();
     settings.hardwareAverage = hardwareAverage_->wish();
+    settings.wish.markLine = markLine_->line();
+    settings.wish.markEdge = markLine_->edge();
 }
 
 void BoardPanel::retranslate() {
@@ -105,6 +113,8 @@ void BoardPanel::retranslate() {
     differential_->setText(uiText(TextId::DifferentialInputs));
     digitalPort_->setText(uiText(TextId::UseDigitalPort));
     hardwareAverage_->setText(uiText(TextId::HardwareAverage));
+    markLabel_->setText(uiText(TextId::MarkLineLabel));
+    markLine_->retranslate();
     if (baseBox_->count() == 1 && baseBox_->itemData(0).toUInt() == 0) {
         baseBox_->setItemText(0, uiText(TextId::UnknownBoard));
     }
@@ -131,6 +141,7 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
     driverName_ = fromFileName(selection.driverName());
     problem_ = fromMessage(selection.problem());
     searching_ = selection.searching();
+    markLine_->setLines(facts_.formatKnown ? facts_.format.m_nDigitalLines : 0);
     fillDrivers(selection);
     settings_->showSettings(selection.driverName(), selection.settings());
     fillBoards(selection);

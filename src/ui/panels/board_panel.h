@@ -12,6 +12,7 @@ class QPushButton;
 namespace tarno2 {
 
 class DriverSettingsForm;
+class MarkLineRow;
 class OptionBox;
 
 /// Driver and what it wants to be told, board, DRQ number, and what the board can switch: `DriverBox`,
@@ -59,6 +60,8 @@ private:
     OptionBox* differential_;
     OptionBox* digitalPort_;
     OptionBox* hardwareAverage_;
+    QLabel* markLabel_;
+    MarkLineRow* markLine_;
     QLabel* factsLabel_;
     BoardFacts facts_;
     QString driverName_;

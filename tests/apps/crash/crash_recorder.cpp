@@ -1,10 +1,13 @@
 // Records until it is killed, and notes once a millisecond how far the recording has come by then.
 // Usage: crash_recorder SETTINGS NOTES. NOTES gets 64-bit numbers: nanoseconds, bytes that the data file writer has
-// been given, samples that the board has taken; and so on.
+// been given, samples that the board has taken; and so on. It marks each of these moments, and prints the lines of the
+// marks that are on the disk.
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <vector>
 
 #include "config/files/file_naming.h"
 #include "config/settings/auto_settings.h"
@@ -64,11 +67,26 @@ int record(const char* settingsFile, const char* notesFile) {
     if (selection.apply(settings->driver, settings->base) != ApplyOutcome::Done || !control.StartButtonClick()) {
         return EXIT_FAILURE;
     }
+    size_t told = 0;
     for (;;) {
         std::array<uint64_t, 3> note = {monotonicNanoseconds(), control.session()->writer().totalBytes(), 0};
         if (!selection.driver().device().get(kADCGetSamplesWritten, note[2])) {
             return EXIT_FAILURE;
         }
+        // What is marked is told once it is on the disk.
+        MarkWriter& marks = control.session()->marks();
+        if (auto mark = control.session()->mark(); mark) {
+            mark->text = "word, " + std::to_string(mark->number);
+            marks.setText(*mark);
+        }
+        const size_t written = marks.written();
+        std::vector<RecordingMark> lines;
+        size_t seen = 0;
+        marks.read(seen, lines);
+        for (; told < written; ++told) {
+            std::printf("%s", markLine(lines[told]).c_str());
+        }
+        std::fflush(stdout);
         size_t done = 0;
         if (!notes.write(note.data(), sizeof note, done).ok()) {
             return EXIT_FAILURE;

@@ -13,6 +13,7 @@ Each contradiction is a line; the status is 1 if there is one.
 
 import argparse
 import copy
+import csv
 import datetime
 import json
 import os
@@ -69,7 +70,7 @@ class Reader:
         self.problems = []
         try:
             for part in (self.head, self.rates, self.sample, self.channels, self.pieces, self.synchronisation,
-                         self.records, self.clock, self.end, self.wishes):
+                         self.records, self.clock, self.end, self.marks, self.wishes):
                 part(passport)
         except (KeyError, ValueError, TypeError, IndexError, OverflowError, OSError) as error:
             self.problems.append("%s: %s" % (type(error).__name__, error))
@@ -233,6 +234,20 @@ class Reader:
                 told = [line.strip() for line in file if line.strip()]
         ours = ["sample = %(sample)d, count = %(count)d, cause = %(cause)s" % loss for loss in passport["losses"]]
         self.must(ours == told, "losses and the list of losses: %s, %s" % (ours, told))
+
+    def marks(self, passport):
+        path = os.path.join(self.folder, self.base + ".marks.csv")
+        self.must(os.path.exists(path) == ("marks" in passport), "marks and their list")
+        if "marks" not in passport:
+            return
+        self.must(passport["marks"]["file"] == os.path.basename(path), "file of the marks")
+        with open(path, encoding="utf-8", newline="") as file:
+            rows = list(csv.DictReader(file, strict=True))
+        self.must(passport["marks"]["count"] == len(rows), "count of the marks")
+        self.must([int(row["mark"]) for row in rows] == list(range(1, len(rows) + 1)), "numbers of the marks")
+        for row in rows:
+            self.must(row["source"] in ("operator", "line", "driver"), "source of a mark")
+            self.must(moment(row["utc"]) <= moment(passport["end"]["utc"]), "a mark after the end")
 
     def wishes(self, passport):
         for path, value in self.expected:

@@ -60,6 +60,7 @@ public:
     int32_t TARNO2_CALL Render() override { return 0; }
     int32_t TARNO2_CALL SavePicture(const char*) override { return 0; }
     int32_t TARNO2_CALL CopyPicture() override { return 0; }
+    int32_t TARNO2_CALL SetFlags(const SCOPERAFlag*, uint32_t) override { return 0; }
 };
 
 }  // namespace
