@@ -16,6 +16,13 @@ constexpr float kHighestLevel = 0.9F;  // levels beyond are drawn here, where th
 constexpr int32_t kRecordPoints = 360;
 constexpr int32_t kRecordBegin = 120;
 
+/// Whether the values of a channel fall while its volts rise.
+bool isTurned(int32_t number, const SynchroBoardFacts& board) {
+    return std::any_of(board.channels.begin(), board.channels.end(), [number](const auto& channel) {
+        return channel.number == number && channel.label.factor < 0.0;
+    });
+}
+
 /// A threshold as part of its channel's range.
 SynchroSketch::Level levelOf(SketchCondition condition, double volts, int32_t number, const SynchroBoardFacts& board) {
     const auto found = std::find_if(board.channels.begin(), board.channels.end(),
@@ -28,7 +35,8 @@ SynchroSketch::Level levelOf(SketchCondition condition, double volts, int32_t nu
         upper = std::max(2.0 * std::abs(volts), 1.0);
         lower = -upper;
     }
-    const double height = (volts - (lower + upper) / 2.0) / ((upper - lower) / 2.0);
+    const double part = (volts - (lower + upper) / 2.0) / ((upper - lower) / 2.0);
+    const double height = isTurned(number, board) ? -part : part;
     return {condition, static_cast<float>(std::clamp(height, double{-kHighestLevel}, double{kHighestLevel})),
             std::abs(height) <= 1.0};
 }
@@ -124,7 +132,7 @@ void sketchAnalogAnalysis(const SynchroSettings& s, const SynchroBoardFacts& boa
             return Met{};
         }
         sketch.levels.push_back(levelOf(condition, levelVolts(value, unit), channel, board));
-        return metByLevel(sketch, sketch.levels.back(), mode == 1);
+        return metByLevel(sketch, sketch.levels.back(), (mode == 1) != isTurned(channel, board));
     };
     const Met start = ask(SketchCondition::Start, s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartValue,
                           s.AnalyzeAnalogStartUnit, s.AnalyzeAnalogStartChannel);
@@ -171,7 +179,7 @@ void sketchRecord(const SynchroSettings& s, const SynchroSizes& sizes, const Syn
     const int32_t trigger = kRecordBegin + static_cast<int32_t>(before * kRecordPoints);
     const int32_t mode = s.synchroOnPort ? s.SynchroPortMode : s.SynchroAnalogMode;
     const bool asked = (s.synchroOnPort || s.synchroOnAnalog) && mode != kNotUsed;
-    sketch.falling = mode == 1;
+    sketch.falling = (mode == 1) != (!s.synchroOnPort && isTurned(s.SynchroAnalogChannelNumber, board));
     if (s.synchroOnPort) {
         sketch.lanes.push_back(step(s.SynchroPortBit, sketch.falling, trigger));
     } else if (asked) {

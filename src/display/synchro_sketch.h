@@ -40,6 +40,7 @@ struct SynchroSketch {
 };
 
 /// `settings` as the user has them, with channel numbers. Channels that are not active have the first one's range.
+/// Signals are told in the values of their channels, which may fall while their volts rise.
 [[nodiscard]] SynchroSketch sketchSynchronisation(const SynchroSettings& settings, const SynchroSizes& sizes,
                                                   const SynchroBoardFacts& board);
 

@@ -59,6 +59,11 @@ const SynchroBoardFacts::Channel* findChannel(const ActiveChannels& channels, co
     return found == channels.end() ? nullptr : &*found;
 }
 
+/// The mode that asks of the volts of a channel what this one asks of its values, and the other way round.
+int32_t modeOver(const ChannelLabel& label, int32_t mode) {
+    return label.factor < 0.0 && mode != kConditionNotUsed ? 1 - mode : mode;
+}
+
 /// Of a channel that is not active nothing is known but volts.
 ChannelLabel labelOf(const ActiveChannels& channels, const std::string& text) {
     const auto* channel = findChannel(channels, text);
@@ -174,8 +179,8 @@ void AnalogConditionControls::setLabel(const ChannelLabel& label) {
 
 void AnalogConditionControls::write(const AnalogConditionForm& form) {
     constexpr int kDigits = 10;
-    mode->setTag(form.mode);
     const ChannelLabel label = labelOf(channels_, form.channel);
+    mode->setTag(modeOver(label, form.mode));
     const auto level = typedReal(form.value);
     QString text = QString::fromStdString(form.value);
     if (label.hasUnit() && level) {
@@ -192,8 +197,8 @@ void AnalogConditionControls::write(const AnalogConditionForm& form) {
 }
 
 AnalogConditionForm AnalogConditionControls::read() const {
-    AnalogConditionForm form{mode->tag(), channel->currentText().toStdString(), value->text().toStdString(),
-                             unit->tag()};
+    AnalogConditionForm form{modeOver(label_, mode->tag()), channel->currentText().toStdString(),
+                             value->text().toStdString(), unit->tag()};
     if (const auto level = typedReal(form.value); label_.hasUnit() && level) {
         constexpr int32_t kVoltsTag = 2;
         form.value = exactNumberText(label_.inVolts(*level));

@@ -38,7 +38,8 @@ private:
 };
 
 /// The controls of one condition on the level of a channel, in a box. A level of a channel that has a unit is told in
-/// that unit; what is read from the controls and written into them is volts then, as it is kept.
+/// that unit; what is read from the controls and written into them is of its volts, as it is kept. Where its values
+/// fall while the volts rise, above is below, and a rising edge a falling one.
 struct AnalogConditionControls {
     struct Names {
         const char* box;

@@ -25,6 +25,20 @@ int64_t keptPoints(const SynchroSketch& sketch) {
     return std::count(sketch.kept.begin(), sketch.kept.end(), true);
 }
 
+TEST(SynchroSketch, ATurnedScaleTurnsTheSignal) {
+    SynchroBoardFacts turned = board();
+    turned.channels[0].label.factor = -2.0;
+    const SynchroSketch volts = sketchSynchronisation(record(5.0, 0), {250, 750}, board());
+    const SynchroSketch values = sketchSynchronisation(record(5.0, 0), {250, 750}, turned);
+    EXPECT_EQ(values.levels.front().height, -volts.levels.front().height);
+    EXPECT_TRUE(values.falling);
+    const auto& signal = values.lanes.front().signal;
+    const auto at = static_cast<size_t>(values.trigger);
+    EXPECT_GT(signal[at - 2], values.levels.front().height);
+    EXPECT_LT(signal[at + 2], values.levels.front().height);
+    EXPECT_FALSE(sketchSynchronisation(record(5.0, 0, 3), {250, 750}, turned).falling);
+}
+
 TEST(SynchroSketch, TheEdgeIsAtTheTriggerForEveryLevelOfTheRange) {
     for (const double volts : {-10.0, -8.5, -3.0, 0.0, 0.7, 6.0, 10.0}) {
         for (const int32_t mode : {0, 1}) {

@@ -94,17 +94,21 @@ TEST_F(AdditionalMode, AThresholdIsInTheUnitOfItsChannelAndKeptInVolts) {
     window_->setFacts(labelled);
     window_->ReloadControls();
     open();
+    EXPECT_EQ(find<TaggedButton>("AnalogSynchroModeButton")->tag(), 1) << "falling bar are rising volts";
     const auto* unit = find<QPushButton>("SynchroValueUnit");
     EXPECT_EQ(typed("SynchroValueEdit"), "3");
     EXPECT_EQ(unit->text(), "bar");
     EXPECT_FALSE(unit->isEnabled());
     window_->close();
     EXPECT_EQ(settings_.SynchroAnalogValue, -1.0) << "the same volts";
+    EXPECT_EQ(settings_.SynchroAnalogMode, 0);
     EXPECT_EQ(settings_.SynchroAnalogUnit, 0);
 
     open();
     type("SynchroValueEdit", "5,5");
+    choose("AnalogSynchroModeButton", 0);
     click("AcceptButton");
+    EXPECT_EQ(settings_.SynchroAnalogMode, 1);
     EXPECT_EQ(settings_.SynchroAnalogValue, -2.0);
     // Another scale shows other numbers of the same volts.
     labelled.board.channels[0].label = {"", "K", 1000.0, 0.0};

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/file.h"
+#include "records/passport.h"
 #include "records/record_description.h"
 #include "tests/ui/widgets.h"
 
@@ -105,6 +107,29 @@ TEST_F(SaveAsTextForm, EveryControlReachesTheText) {
     EXPECT_EQ(text("ProgressFiles"), "1 / 1");
     EXPECT_EQ(text("ProgressLines"), "3 / 3");
     EXPECT_EQ(find<QProgressBar>("ProgressBar")->value(), 1000);
+}
+
+TEST_F(SaveAsTextForm, UnitsAndHeadingsComeFromThePassport) {
+    Passport passport;
+    passport.channels.push_back({3, "inlet", "bar", 1, 5.0, -5.0, -2.0, 1.0});
+    const std::string json = folder_.write("run.json", passportText(passport));
+    settings_.voltagePrecision = 1;
+    open();
+    EXPECT_FALSE(find<QCheckBox>("Headings")->isChecked());
+    click("DataColumnUnits");
+    click("Headings");
+    save();
+    EXPECT_EQ(report_, "Conversion finished");
+    EXPECT_EQ(csv(), "\tinlet [bar]\r\n\t11.0\r\n\t1.0\r\n\t-9.0\r\n");
+    EXPECT_EQ(settings_.dataColumnMode, 2);
+    EXPECT_EQ(settings_.header, 1);
+
+    removeFile(json);
+    open();
+    EXPECT_TRUE(find<QCheckBox>("Headings")->isChecked());
+    save();
+    EXPECT_TRUE(report_.contains("the values are volts")) << report_.toStdString();
+    EXPECT_EQ(csv(), "\tChannel 0 [V]\r\n\t-5.0\r\n\t0.0\r\n\t5.0\r\n");
 }
 
 TEST_F(SaveAsTextForm, TheOtherModesToo) {
