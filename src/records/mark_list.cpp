@@ -14,7 +14,7 @@ namespace tarno2 {
 namespace {
 
 constexpr std::string_view kHeader = "mark,frame,utc,source,text";
-constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kMarkLineEnd = "\r\n";
 constexpr uint64_t kLongestFile = uint64_t{1} << 30U;
 
 std::string quotedWhereNeeded(const std::string& field) {
@@ -83,13 +83,13 @@ std::string RecordingMark::label() const {
 }
 
 std::string marksHeader() {
-    return std::string(kHeader).append(kLineEnd);
+    return std::string(kHeader).append(kMarkLineEnd);
 }
 
 std::string markLine(const RecordingMark& mark) {
     return std::to_string(mark.number) + ',' + std::to_string(mark.frame) + ',' + utcText(mark.utc) + ',' +
            std::string(kMarkSources[static_cast<size_t>(mark.source)]) + ',' +
-           quotedWhereNeeded(mark.text).append(kLineEnd);
+           quotedWhereNeeded(mark.text).append(kMarkLineEnd);
 }
 
 std::string marksText(std::span<const RecordingMark> marks) {

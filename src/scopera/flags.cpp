@@ -9,7 +9,7 @@ namespace tarno2 {
 namespace {
 
 constexpr double kPennantWidth = 8.0;
-constexpr double kGap = 3.0;
+constexpr double kTextGap = 3.0;
 constexpr int kFewestLetters = 2;  // a text with less room than for these is left out
 
 }  // namespace
@@ -64,8 +64,8 @@ void Flags::drawFlag(QCPPainter* painter, const Flag& flag, double pixel, double
                                             QPointF(pixel + kPennantWidth, area.top() + 1 + height / 4),
                                             QPointF(pixel, area.top() + 1 + height / 2)};
     painter->drawPolygon(pennant.data(), static_cast<int>(pennant.size()));
-    const double textLeft = pixel + kPennantWidth + kGap;
-    const auto textRoom = static_cast<int>(room - kPennantWidth - 2 * kGap);
+    const double textLeft = pixel + kPennantWidth + kTextGap;
+    const auto textRoom = static_cast<int>(room - kPennantWidth - 2 * kTextGap);
     QString text;
     if (textRoom >= metrics.averageCharWidth() * kFewestLetters) {
         text = metrics.elidedText(flag.text, Qt::ElideRight, textRoom);
@@ -73,7 +73,7 @@ void Flags::drawFlag(QCPPainter* painter, const Flag& flag, double pixel, double
         painter->setPen(textColor_);
         painter->drawText(QRectF(textLeft, area.top() + 1, textRoom, height), Qt::AlignLeft | Qt::AlignTop, text);
     }
-    const double width = text.isEmpty() ? kPennantWidth : kPennantWidth + kGap + metrics.horizontalAdvance(text);
+    const double width = text.isEmpty() ? kPennantWidth : kPennantWidth + kTextGap + metrics.horizontalAdvance(text);
     drawn_.push_back({QRectF(pixel, area.top(), width, height), flag.identity});
 }
 

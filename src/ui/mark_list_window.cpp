@@ -78,7 +78,10 @@ QVariant MarkListModel::headerData(int section, Qt::Orientation orientation, int
 }
 
 MarkListWindow::MarkListWindow(QWidget* parent)
-    : QDialog(parent), model_(new MarkListModel(this)), table_(new QTableView(this)), hint_(new QLabel(this)) {
+    : QDialog(parent, Qt::Tool),
+      model_(new MarkListModel(this)),
+      table_(new QTableView(this)),
+      hint_(new QLabel(this)) {
     setObjectName(QStringLiteral("MarkListWindow"));
     table_->setObjectName(QStringLiteral("MarkTable"));
     table_->setModel(model_);

@@ -34,7 +34,7 @@ private:
     double framesPerSecond_ = 0.0;
 };
 
-/// The marks of the recording that the signal view shows. Window thread.
+/// The marks of the recording that the signal view shows; the keys of the main window work in it, too. Window thread.
 class MarkListWindow : public QDialog {
     Q_OBJECT
 

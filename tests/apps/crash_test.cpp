@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <iostream>
 #include <random>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -140,8 +141,9 @@ void checkMarks(const RecordingRig& rig, const std::vector<RecordingMark>& told,
     }
 }
 
-/// Records, kills, recovers and checks. Returns the age of the oldest data that are missing, ns.
-uint64_t crash(const Way& way) {
+/// Records, kills, recovers and checks. Returns the age of the oldest data that are missing, ns. `sources`: of the
+/// marks that had to be there.
+uint64_t crash(const Way& way, std::set<MarkSource>& sources) {
     const RecordingRig rig;
     layOwnFiles(rig.folder(), ".");
     const Bait bait(rig.path());
@@ -178,6 +180,9 @@ uint64_t crash(const Way& way) {
     }
     EXPECT_EQ(bait.touched(), "");
     checkMarks(rig, told, !files.empty());
+    for (const RecordingMark& mark : told) {
+        sources.insert(mark.source);
+    }
     // What came first and is not there had come by this note.
     const uint64_t frameBytes = way.channels * sizeof(uint16_t);
     for (const Note& note : notes) {
@@ -202,6 +207,7 @@ TEST(Crash, AtRandomMomentsCostsASecondAtMost) {
     const double frequencies[] = {100.0, 20e3, 1e6, 5e6};
     const bool slow = environmentVariable("TARNO2_KILL_SLOW_BOARDS").has_value();
     uint64_t worst = 0;
+    std::set<MarkSource> sources;
     for (uint32_t i = 0; i < killCount(); ++i) {
         Way way{frequencies[i % 4], i / 4 % 2, i / 8 % 2 == 1,
                 std::uniform_int_distribution<uint32_t>(0, 2500)(random)};
@@ -211,10 +217,11 @@ TEST(Crash, AtRandomMomentsCostsASecondAtMost) {
         SCOPED_TRACE(testing::Message() << way.frequency << " Hz, packets " << way.packets << ", cut " << way.cut
                                         << ", records " << way.records << ", killed after " << way.killAfterMs
                                         << " ms");
-        const uint64_t lost = crash(way);
+        const uint64_t lost = crash(way, sources);
         EXPECT_LE(lost, kMostLost);
         worst = std::max(worst, lost);
     }
+    EXPECT_TRUE(sources.contains(MarkSource::Operator) && (slow || sources.contains(MarkSource::Driver)));
     std::cout << killCount() << " kills, worst loss " << static_cast<double>(worst) / 1e6 << " ms\n";
 }
 

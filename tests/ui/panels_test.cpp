@@ -72,6 +72,8 @@ ProgramSettings changedEverywhere() {
     s.wish.useDigitalPort = s.hardwareAverage = s.wish.cycleStart = s.autoStartOnRun = true;
     s.wish.cut = s.wish.automaticCut = s.stayOnTop = s.extendedChannelMode = true;
     s.checkDiskSpeed = false;
+    s.wish.markLine = 1;
+    s.wish.markEdge = 2;
     s.wish.stopRule = StopRule::Size;
     s.stopValue = 12.125;
     s.stopPower = 2;
