@@ -52,7 +52,7 @@ QString scaleText(const ChannelLabel& label) {
     if (label.factor == 1.0 && label.offset == 0.0) {
         return {};
     }
-    const QString factor = QStringLiteral("\u00D7 %1").arg(label.factor, 0, 'g', 6);
+    QString factor = QStringLiteral("\u00D7 %1").arg(label.factor, 0, 'g', 6);
     if (label.offset == 0.0) {
         return factor;
     }
