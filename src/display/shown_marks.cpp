@@ -6,6 +6,11 @@
 
 namespace tarno2 {
 
+std::optional<uint64_t> ShownMarks::placeOf(uint64_t streamFrame) const {
+    const auto frame = places_.of(streamFrame);
+    return frame && *frame >= firstFrame_ ? std::optional(*frame - firstFrame_) : std::nullopt;
+}
+
 void ShownMarks::add(std::span<const RecordingMark> marks) {
     for (const RecordingMark& mark : marks) {
         const auto place =
@@ -21,7 +26,7 @@ void ShownMarks::add(std::span<const RecordingMark> marks) {
                 index += index >= at ? 1 : 0;
             }
         }
-        marks_.insert(place, {mark, places_.of(mark.frame)});
+        marks_.insert(place, {mark, placeOf(mark.frame)});
         if (marks_[at].frame) {
             byFrame_.emplace(*marks_[at].frame, at);
         }

@@ -30,7 +30,9 @@ struct MarkFlag {
 class ShownMarks {
 public:
     ShownMarks() = default;
-    explicit ShownMarks(StreamPlaces places) : places_(std::move(places)) {}
+    /// `firstFrame`: of the data files, the one that what is shown begins with.
+    explicit ShownMarks(StreamPlaces places, uint64_t firstFrame = 0)
+        : places_(std::move(places)), firstFrame_(firstFrame) {}
 
     /// New ones, and such as have got their text.
     void add(std::span<const RecordingMark> marks);
@@ -40,7 +42,10 @@ public:
     [[nodiscard]] std::vector<MarkFlag> flags(double low, double high, uint32_t columns) const;
 
 private:
+    [[nodiscard]] std::optional<uint64_t> placeOf(uint64_t streamFrame) const;
+
     StreamPlaces places_;
+    uint64_t firstFrame_ = 0;
     std::vector<ShownMark> marks_;
     std::multimap<uint64_t, size_t> byFrame_;  ///< places in `marks_`
 };

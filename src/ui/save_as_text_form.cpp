@@ -230,7 +230,8 @@ ConversionResult T_SaveAsTextForm::convert(const std::string& output, const Expo
             unitsKnown_ = found.problem.empty() || !format.units;
         }
         if (format.marks) {
-            inputs.marks = findFileMarks(source_.dataFile, inputs.frameBytes()).texts;
+            const uint64_t frameBytes = inputs.frameBytes();
+            inputs.marks = marksOfFile(findRecordedMarks(source_.dataFile, frameBytes), source_.dataFile, frameBytes);
         }
         return convertToText(source_.dataFile, output, format, inputs, progress_, stop_);
     } catch (const std::bad_alloc&) {

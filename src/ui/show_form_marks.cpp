@@ -1,10 +1,11 @@
 // The marks of what the signal view shows: as flags in the picture, and as a list.
 
+#include <utility>
 #include <vector>
 
+#include "config/files/found_marks.h"
 #include "config/files/recording_name.h"
 #include "display/axis_x.h"
-#include "records/found_passport.h"
 #include "ui/mark_list_window.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
@@ -41,14 +42,12 @@ void T_ShowForm::takeFinishedMarks() {
 }
 
 void T_ShowForm::readMarks(const std::string& dataFile) {
-    const RecordingName name(dataFile);
-    const FoundMarks found = findMarks(name.marks());
-    if (!found.problem.empty()) {
-        emit message(uiText(TextId::RecordingNotRead, {fromFileName(name.marks()), fromFileName(found.problem)}));
+    RecordedMarks recorded = findRecordedMarks(dataFile, file_->frames().frameBytes());
+    if (!recorded.problem.empty()) {
+        emit message(uiText(TextId::MarksNotRead, {fromFileName(recorded.problem)}));
     }
-    const auto passport = found.marks.empty() ? std::nullopt : findPassport(name.passport()).passport;
-    fileMarks_ = ShownMarks(passport ? StreamPlaces(*passport) : StreamPlaces());
-    fileMarks_.add(found.marks);
+    fileMarks_ = ShownMarks(std::move(recorded.places), recorded.firstFrame);
+    fileMarks_.add(recorded.marks);
 }
 
 void T_ShowForm::showFlags() {

@@ -50,6 +50,10 @@ TEST(ShownMarks, StandWhereTheRecordsAreThatHoldThem) {
     for (const auto& c : cases) {
         EXPECT_EQ(places.of(c.stream), c.file) << c.stream;
     }
+    ShownMarks ofSecondPiece(places, 60);
+    ofSecondPiece.add(std::vector{markAt(1, 100), markAt(2, 301)});
+    EXPECT_FALSE(ofSecondPiece.all()[0].frame);
+    EXPECT_EQ(ofSecondPiece.all()[1].frame, 11U);
     passport.synchronisation.mode = "analysis";
     EXPECT_FALSE(StreamPlaces(passport).of(0)) << "nobody knows";
     EXPECT_EQ(StreamPlaces().of(7), 7U);

@@ -81,10 +81,10 @@ int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
         }
     }
     if (options.format.marks) {
-        FileMarks marks = findFileMarks(options.dataFile, inputs.frameBytes());
-        inputs.marks = std::move(marks.texts);
-        if (!options.quiet && !marks.problem.empty()) {
-            complain("warning: " + marks.problem);
+        const RecordedMarks recorded = findRecordedMarks(options.dataFile, inputs.frameBytes());
+        inputs.marks = marksOfFile(recorded, options.dataFile, inputs.frameBytes());
+        if (!options.quiet && (!recorded.problem.empty() || recorded.marks.empty())) {
+            complain("warning: " + (recorded.problem.empty() ? "nothing was marked" : recorded.problem));
         }
     }
     ConversionProgress progress;

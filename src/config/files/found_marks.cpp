@@ -1,12 +1,11 @@
 #include "config/files/found_marks.h"
 
-#include <optional>
+#include <algorithm>
+#include <utility>
 
 #include "config/files/recording_name.h"
 #include "platform/file.h"
 #include "records/found_passport.h"
-#include "records/mark_list.h"
-#include "records/stream_places.h"
 
 namespace tarno2 {
 
@@ -18,43 +17,48 @@ constexpr size_t kLongestJoined = 4000;  // bytes of the texts of one frame
 uint64_t framesBefore(const RecordingName& recording, uint32_t piece, uint64_t frameBytes) {
     uint64_t frames = 0;
     for (uint32_t k = 0; k < piece; ++k) {
-        frames += plainFileSize(recording.piece(k)).value_or(0) / frameBytes;
+        frames += plainFileSize(recording.piece(k)).value_or(0) / std::max<uint64_t>(frameBytes, 1);
     }
     return frames;
 }
 
 }  // namespace
 
-FileMarks findFileMarks(const std::string& dataFile, uint64_t frameBytes) {
+RecordedMarks findRecordedMarks(const std::string& dataFile, uint64_t frameBytes) {
     RecordingName recording(dataFile);
-    FoundMarks found = findMarks(recording.marks());
-    if (const auto whole = recording.whole(); !found.there && whole && fileExists(whole->marks())) {
-        found = findMarks(whole->marks());
+    if (const auto whole = recording.whole(); whole && !fileExists(recording.marks()) && fileExists(whole->marks())) {
         recording = *whole;
     }
-    FileMarks marks;
-    marks.problem = found.there ? found.problem : "there is none";
-    marks.problem = marks.problem.empty() ? std::string() : recording.marks() + ": " + marks.problem;
-    const uint64_t bytes = plainFileSize(dataFile).value_or(0);
-    const auto piece = recording.pieceOf(dataFile);
-    if (found.marks.empty() || frameBytes == 0 || !piece) {
-        return marks;
+    FoundMarks found = findMarks(recording.marks());
+    RecordedMarks recorded;
+    recorded.problem = found.problem.empty() ? std::string() : recording.marks() + ": " + found.problem;
+    if (found.marks.empty()) {
+        return recorded;
     }
-    const auto passport = findPassport(recording.passport()).passport;
-    const StreamPlaces places = passport ? StreamPlaces(*passport) : StreamPlaces();
-    const uint64_t begin = framesBefore(recording, *piece, frameBytes);
-    for (const RecordingMark& mark : found.marks) {
-        const auto frame = places.of(mark.frame);
-        if (!frame || *frame < begin || *frame - begin >= bytes / frameBytes) {
+    recorded.marks = std::move(found.marks);
+    if (const auto passport = findPassport(recording.passport()).passport) {
+        recorded.places = StreamPlaces(*passport);
+    }
+    recorded.firstFrame = framesBefore(recording, recording.pieceOf(dataFile).value_or(0), frameBytes);
+    return recorded;
+}
+
+std::map<uint64_t, std::string> marksOfFile(const RecordedMarks& recorded, const std::string& dataFile,
+                                            uint64_t frameBytes) {
+    const uint64_t frames = plainFileSize(dataFile).value_or(0) / std::max<uint64_t>(frameBytes, 1);
+    std::map<uint64_t, std::string> texts;
+    for (const RecordingMark& mark : recorded.marks) {
+        const auto frame = recorded.places.of(mark.frame);
+        if (!frame || *frame < recorded.firstFrame || *frame - recorded.firstFrame >= frames) {
             continue;
         }
-        std::string& text = marks.texts[*frame - begin];
+        std::string& text = texts[*frame - recorded.firstFrame];
         const std::string label = cleanMarkText(mark.label());
         if (text.size() + label.size() < kLongestJoined) {
             text += (text.empty() ? "" : "; ") + label;
         }
     }
-    return marks;
+    return texts;
 }
 
 }  // namespace tarno2

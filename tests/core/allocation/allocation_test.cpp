@@ -1,6 +1,7 @@
 // A program of its own, since it replaces the global operator new.
 
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <new>
 
@@ -90,16 +91,28 @@ TEST(Allocation, NoneBetweenTheFirstBlockAndTheLast) {
         rig.board->decimation = way.decimation;
         // The cache is written several times.
         rig.board->evaluator = std::make_unique<CountingEvaluator>(100, way.recordFrames, counted);
+        // The driver marks something with every other look, and the edges of a line do, more often than there is room.
+        bool mark = false;
+        device.answer = [&mark](uint32_t code, void* result) {
+            const ADCMark told{mark ? 1U : 0U, 0, 7, "a mark"};
+            mark = !mark;
+            std::memcpy(result, &told, code == kADCGetMark ? sizeof told : 0);
+            return code == kADCGetMark ? 1 : 0;
+        };
+        rig.board->markedLine = {1, 2};
+        rig.setup.marks = &rig.board->marks();
         LiveTap tap;  // somebody watches
         tap.setWatched(true);
         ASSERT_TRUE(rig.prepare(4, 1e6F));
         ASSERT_TRUE(tap.prepare(8, 200000, 2e6));
         rig.board->liveTap = &tap;
+        ASSERT_TRUE(rig.board->marks().open(rig.dataName));
         rig.board->Begin();
         EXPECT_EQ(rig.end().code, StopCode::StopMeasuring);
         EXPECT_EQ(counted, 0U) << "decimation " << way.decimation << ", records of " << way.recordFrames;
         EXPECT_EQ(rig.board->eventCount(), way.recordFrames == 0 ? 0U : 100000U);
         EXPECT_GT(tap.frameCount(), 0U);
+        EXPECT_GT(rig.board->marks().written(), 0U);
         EXPECT_GT(rig.board->writer().totalBytes(), DataWriter::kCacheBytes);
     }
 }
