@@ -114,6 +114,7 @@ ChannelTable::ChannelTable(QWidget* parent) : QTableView(parent), model_(new Cha
 
 void ChannelTable::load(const ProgramSettings& settings) {
     model_->load(settings);
+    fitColumns();
 }
 
 void ChannelTable::store(ProgramSettings& settings) const {

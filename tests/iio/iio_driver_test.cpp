@@ -118,6 +118,24 @@ TEST_F(IioDriver, TellsWhatTheBoardIs) {
     EXPECT_EQ(limits.m_fMaximum, 200000.0F);
 }
 
+TEST_F(IioDriver, TellsNamesAndUnitsOfItsChannels) {
+    FakeIioBoard board;
+    board.elements = {
+        {"voltage0", "le:s16/16>>0", "1", ""}, {"temp", "le:s16/16>>0", "10", ""}, {"accel_x", "le:s16/16>>0", "", ""}};
+    serve(board);
+    const char* const names[] = {"voltage0", "temp", "accel_x"};
+    for (int32_t channel = 0; channel < 3; ++channel) {
+        EXPECT_STREQ(driver_->get(kADCGetChannelName, ADCChannelText{channel, {}}).m_sText, names[channel]);
+    }
+    EXPECT_STREQ(driver_->get(kADCGetChannelUnit, ADCChannelText{1, {}}).m_sText,
+                 "\xC2\xB0"
+                 "C");
+    for (const int32_t channel : {0, 2}) {
+        ADCChannelText unit{channel, {}};
+        EXPECT_EQ(driver_->device()->Get(kADCGetChannelUnit, &unit), 0) << "volts, or a scale that nobody knows";
+    }
+}
+
 TEST_F(IioDriver, RecordsEveryFormatInEveryChoiceOfChannels) {
     struct Row {
         FakeIioBoard board;

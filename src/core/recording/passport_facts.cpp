@@ -81,6 +81,15 @@ PassportSynchronisation synchronisationOf(const RecordingWish& wish) {
     return told;
 }
 
+/// What was asked to be told of the channel in this place. A driver may have corrected the list of channels.
+ChannelLabel givenLabel(const RecordingWish& wish, size_t place, int32_t number) {
+    const auto& asked = wish.channels;
+    if (place >= asked.size() || asked[place] != number) {
+        place = static_cast<size_t>(std::ranges::find(asked, number) - asked.begin());
+    }
+    return place < wish.labels.size() ? wish.labels[place] : ChannelLabel();
+}
+
 PassportSample sampleOf(const BoardFacts& board) {
     const ADCSampleFormat& format = board.format;
     PassportSample sample;
@@ -159,8 +168,7 @@ Passport passportAtStart(const RecordingWish& wish, const T_BOARD& session, cons
     for (size_t i = 0; i < facts.ranges.size(); ++i) {
         PassportChannel& channel = passport.channels.emplace_back();
         channel.number = session.settings.channels[i];
-        const ChannelLabel given = i < wish.labels.size() ? wish.labels[i] : ChannelLabel();
-        const ChannelLabel label = channelLabel(driver.facts(), channel.number, given);
+        const ChannelLabel label = channelLabel(driver.facts(), channel.number, givenLabel(wish, i, channel.number));
         channel.name = label.name;
         channel.unit = label.unitText();
         channel.factor = label.factor;
