@@ -311,5 +311,25 @@ TEST(RecordingControl, TellsOfASlowDiskAndOfTheEndOfTheSystem) {
     EXPECT_EQ(rig.control.lastResult().bytes, 2000U);
 }
 
+TEST(RecordingControl, TellsOfMarksThatCanNotBeWrittenAndRecordsOn) {
+    ControlRig rig;
+    rig.shell.wanted.markLine = 9;  // the board has two
+    rig.attach();
+    rig.control.setDataWait(60000);
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    EXPECT_TRUE(rig.shell.hasShown("Attention: The board has no digital line 9"));
+    rig.folder.write("run.marks.csv", "somebody's");
+    ASSERT_TRUE(rig.control.session()->mark());
+    ASSERT_TRUE(rig.device.waitForCall("Start"));
+    rig.device.produce(500);
+    ASSERT_TRUE(rig.device.waitForReads(500));
+    rig.control.StopButtonClick();
+    rig.pump();
+    EXPECT_TRUE(rig.shell.hasShown("Attention: The marks can't be written"));
+    EXPECT_EQ(readFile(rig.folder.file("run.marks.csv")), "somebody's");
+    EXPECT_EQ(rig.shell.ended.code, StopCode::User);
+    EXPECT_EQ(readFile(rig.folder.file("run.dat")).size(), 1000U);
+}
+
 }  // namespace
 }  // namespace tarno2::test
