@@ -18,12 +18,12 @@ public:
 
     void add(const JsonTree& tree, size_t depth) {
         if (const auto* list = tree.get<JsonTree::List>()) {
-            addAll(*list, '[', ']', depth, [&](const JsonTree& entry) { add(entry, depth + 1); });
+            addAll(list->size(), '[', ']', depth, [&](size_t i) { add((*list)[i], depth + 1); });
         } else if (const auto* object = tree.get<JsonTree::Object>()) {
-            addAll(object->members(), '{', '}', depth, [&](const JsonMember& member) {
-                addSingle(member.key);
+            addAll(object->keys().size(), '{', '}', depth, [&](size_t i) {
+                addSingle(object->keys()[i]);
                 text_ += inLines_ ? ": " : ":";
-                add(member.value, depth + 1);
+                add(object->values()[i], depth + 1);
             });
         } else {
             addSingleOf(tree);
@@ -32,19 +32,17 @@ public:
     std::string take() { return std::move(text_); }
 
 private:
-    template <typename Entries, typename Add>
-    void addAll(const Entries& entries, char open, char close, size_t depth, Add addEntry) {
+    template <typename Add>
+    void addAll(size_t count, char open, char close, size_t depth, Add addEntry) {
         text_ += open;
-        bool first = true;
-        for (const auto& entry : entries) {
-            if (!first) {
+        for (size_t i = 0; i < count; ++i) {
+            if (i > 0) {
                 text_ += ',';
             }
-            first = false;
             beginLine(depth + 1);
-            addEntry(entry);
+            addEntry(i);
         }
-        if (!entries.empty()) {
+        if (count > 0) {
             beginLine(depth);
         }
         text_ += close;
@@ -88,16 +86,16 @@ public:
     explicit Reader(std::string& problem) : problem_(problem) {}
 
     bool null() override { return add(JsonTree()); }
-    bool boolean(bool value) override { return add(value); }
-    bool number_integer(number_integer_t value) override { return add(int64_t{value}); }
-    bool number_unsigned(number_unsigned_t value) override { return add(uint64_t{value}); }
-    bool number_float(number_float_t value, const string_t& /*text*/) override { return add(value); }
-    bool string(string_t& value) override { return add(std::move(value)); }
+    bool boolean(bool value) override { return add(JsonTree(value)); }
+    bool number_integer(number_integer_t value) override { return add(JsonTree(int64_t{value})); }
+    bool number_unsigned(number_unsigned_t value) override { return add(JsonTree(uint64_t{value})); }
+    bool number_float(number_float_t value, const string_t& /*text*/) override { return add(JsonTree(value)); }
+    bool string(string_t& value) override { return add(JsonTree(std::move(value))); }
     bool binary(binary_t& /*value*/) override { return false; }
     bool start_object(size_t /*count*/) override { return open(JsonTree(JsonTree::Object())); }
     bool start_array(size_t /*count*/) override { return open(JsonTree(JsonTree::List())); }
     bool key(string_t& name) override {
-        open_.back()->get<JsonTree::Object>()->add(std::move(name), {});
+        member_ = &open_.back()->get<JsonTree::Object>()->put(std::move(name));
         return true;
     }
     bool end_object() override { return close(); }
@@ -113,11 +111,8 @@ private:
     JsonTree* place(JsonTree tree) {
         JsonTree* at = &root_;
         if (!open_.empty()) {
-            if (auto* list = open_.back()->get<JsonTree::List>()) {
-                at = &list->emplace_back();
-            } else {
-                at = &open_.back()->get<JsonTree::Object>()->last();
-            }
+            auto* list = open_.back()->get<JsonTree::List>();
+            at = list != nullptr ? &list->emplace_back() : member_;
         }
         *at = std::move(tree);
         return at;
@@ -144,24 +139,18 @@ private:
     /// The lists and objects that are not at their end yet, the outermost first. Each is the last entry of the one
     /// before, which gets no other until then, so that none of them moves.
     std::vector<JsonTree*> open_;
+    JsonTree* member_ = nullptr;  ///< whose name was read last
 };
 
 }  // namespace
 
-JsonTree::Object& JsonTree::Object::add(std::string key, JsonTree value) {
-    std::erase_if(members_, [&](const JsonMember& member) { return member.key == key; });
-    JsonMember& member = members_.emplace_back();
-    member.key = std::move(key);
-    member.value = std::move(value);
-    return *this;
-}
-
-JsonTree& JsonTree::Object::last() {
-    return members_.back().value;
-}
-
-bool operator==(const JsonTree::Object& a, const JsonTree::Object& b) {
-    return a.members_ == b.members_;
+JsonTree& JsonTree::Object::put(std::string key) {
+    if (const auto earlier = std::ranges::find(keys_, key); earlier != keys_.end()) {
+        values_.erase(values_.begin() + (earlier - keys_.begin()));
+        keys_.erase(earlier);
+    }
+    keys_.push_back(std::move(key));
+    return values_.emplace_back();
 }
 
 JsonTree::JsonTree(int64_t number) {
@@ -190,12 +179,9 @@ const JsonTree* JsonTree::find(std::string_view key) const {
     if (object == nullptr) {
         return nullptr;
     }
-    const auto found = std::ranges::find(object->members(), key, &JsonMember::key);
-    return found == object->members().end() ? nullptr : &found->value;
-}
-
-bool operator==(const JsonTree& a, const JsonTree& b) {
-    return a.value_ == b.value_;
+    const auto& keys = object->keys();
+    const auto found = std::ranges::find(keys, key);
+    return found == keys.end() ? nullptr : &object->values()[static_cast<size_t>(found - keys.begin())];
 }
 
 std::string jsonText(const JsonTree& tree, bool inLines) {

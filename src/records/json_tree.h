@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,8 +10,6 @@
 #include <vector>
 
 namespace tarno2 {
-
-struct JsonMember;
 
 /// A value of JSON with all that it holds; texts are UTF-8. The library that reads and writes the single values has a
 /// tree of its own, but allocates when it gives one back: a recording that runs out of memory would end there.
@@ -22,28 +21,34 @@ public:
     class Object {
     public:
         /// Puts a member at the end, and takes out an earlier one of that name.
-        Object& add(std::string key, JsonTree value);
-        /// The value of the last member.
-        [[nodiscard]] JsonTree& last();
-        [[nodiscard]] const std::vector<JsonMember>& members() const { return members_; }
-        friend bool operator==(const Object& a, const Object& b);
+        template <typename Value>
+        Object& add(std::string key, Value&& value) {
+            put(std::move(key)) = JsonTree(std::forward<Value>(value));
+            return *this;
+        }
+        /// The same with null for a value, which may be changed until the next call.
+        JsonTree& put(std::string key);
+        [[nodiscard]] const std::vector<std::string>& keys() const { return keys_; }
+        [[nodiscard]] const List& values() const { return values_; }  ///< in the order of `keys`
+        friend bool operator==(const Object&, const Object&) = default;
 
     private:
-        std::vector<JsonMember> members_;
+        std::vector<std::string> keys_;
+        List values_;
     };
 
     JsonTree() = default;
-    JsonTree(bool flag) : value_(flag) {}
-    JsonTree(double number) : value_(number) {}
-    JsonTree(int32_t number) : JsonTree(int64_t{number}) {}
-    JsonTree(uint32_t number) : value_(uint64_t{number}) {}
-    JsonTree(uint64_t number) : value_(number) {}
+    explicit JsonTree(bool flag) : value_(flag) {}
+    explicit JsonTree(double number) : value_(number) {}
+    explicit JsonTree(int32_t number) : JsonTree(int64_t{number}) {}
+    explicit JsonTree(uint32_t number) : value_(uint64_t{number}) {}
+    explicit JsonTree(uint64_t number) : value_(number) {}
     /// What is not negative is kept without a sign, as it is read.
-    JsonTree(int64_t number);
-    JsonTree(std::string text) : value_(std::move(text)) {}
-    JsonTree(const char* text) : value_(std::string(text)) {}
-    JsonTree(List list) : value_(std::move(list)) {}
-    JsonTree(Object object) : value_(std::move(object)) {}
+    explicit JsonTree(int64_t number);
+    explicit JsonTree(std::string text) : value_(std::move(text)) {}
+    explicit JsonTree(const char* text) : value_(std::string(text)) {}
+    explicit JsonTree(List list) : value_(std::move(list)) {}
+    explicit JsonTree(Object object) : value_(std::move(object)) {}
 
     template <typename Type>
     [[nodiscard]] const Type* get() const {
@@ -58,17 +63,10 @@ public:
     /// The member of that name; null when there is none, or this is no object.
     [[nodiscard]] const JsonTree* find(std::string_view key) const;
 
-    friend bool operator==(const JsonTree& a, const JsonTree& b);
+    friend bool operator==(const JsonTree&, const JsonTree&) = default;
 
 private:
     std::variant<std::nullptr_t, bool, int64_t, uint64_t, double, std::string, List, Object> value_;
-};
-
-struct JsonMember {
-    std::string key;
-    JsonTree value;
-
-    friend bool operator==(const JsonMember&, const JsonMember&) = default;
 };
 
 /// The value as text: in lines, each deeper one indented by a blank more, or on one line. Letters that are no UTF-8

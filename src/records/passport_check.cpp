@@ -40,12 +40,13 @@ void compare(const JsonTree& told, const JsonTree& expected, const std::string& 
     }
     const auto* object = expected.get<JsonTree::Object>();
     if (object != nullptr && told.get<JsonTree::Object>() != nullptr) {
-        for (const auto& [key, value] : object->members()) {
+        for (size_t i = 0; i < object->keys().size(); ++i) {
+            const std::string& key = object->keys()[i];
             const JsonTree* found = told.find(key);
             if (found == nullptr) {
                 problems.push_back(path + key + " is missing");
             } else {
-                compare(*found, value, path + key + '.', problems);
+                compare(*found, object->values()[i], path + key + '.', problems);
             }
         }
         return;

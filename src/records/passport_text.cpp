@@ -205,7 +205,7 @@ std::string passportText(const Passport& passport) {
             json.add("marks", std::move(marks));
         }
     }
-    return jsonText(std::move(json), true) + '\n';
+    return jsonText(JsonTree(std::move(json)), true) + '\n';
 }
 
 }  // namespace tarno2

@@ -11,7 +11,6 @@ namespace tarno2::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 /// Puts `to` for the first `from` in a file.
 void change(const RecordingRig& rig, const std::string& name, const std::string& from, const std::string& to) {

@@ -12,7 +12,7 @@ namespace {
 using Request = ChildProcess::Request;
 
 /// Runs a Python program to its end; what it printed, empty when it has nothing to object to.
-std::string objections(const RecordingRig& rig, std::vector<std::string> arguments) {
+std::string objections(const RecordingRig& rig, const std::vector<std::string>& arguments) {
     ChildProcess python("/usr/bin/python3", arguments, rig.file("python.txt"));
     const std::optional<int> status = python.waitForEnd(kGuard);
     const std::string printed = readFile(rig.file("python.txt"));
