@@ -10,6 +10,7 @@ cd "$(dirname "$0")/.."
 source scripts/common.sh
 
 install_packages "${BUILD_PACKAGES[@]}" "${FUZZ_PACKAGES[@]}"
+use_ccache
 
 readers=()
 for source in fuzz/*_fuzz.cpp; do

@@ -118,6 +118,9 @@ List recordsOf(const Passport& passport) {
     size_t known = 0;
     for (size_t piece = 0; piece < passport.pieces.size(); ++piece) {
         for (uint64_t i = 0; i < passport.pieces[piece].records; ++i) {
+            if (list.size() >= kMostPassportTriggers) {
+                return list;
+            }
             Object record;
             record.add("piece", uint64_t{piece}).add("frame", i * length);
             if (known < passport.triggers.size()) {
@@ -126,8 +129,6 @@ List recordsOf(const Passport& passport) {
                 if (line) {
                     record.add("utc", utcText(line->utcOf(static_cast<double>(trigger))));
                 }
-            } else if (known >= kMostPassportTriggers) {
-                return list;
             }
             list.emplace_back(std::move(record));
         }

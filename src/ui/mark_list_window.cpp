@@ -55,7 +55,7 @@ QVariant MarkListModel::data(const QModelIndex& index, int role) const {
         return shown.frame ? QVariant() : uiText(TextId::MarkNotInFiles);
     }
     if (role == Qt::TextAlignmentRole && index.column() < 2) {
-        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+        return static_cast<int>(Qt::AlignRight | Qt::AlignVCenter);
     }
     if (role != Qt::DisplayRole) {
         return {};

@@ -20,7 +20,7 @@ std::optional<double> numberIn(const QLineEdit& edit) {
     return parseNumberField(edit.text().toStdString());
 }
 
-void showNumber(QLineEdit& edit, double value) {
+void putNumber(QLineEdit& edit, double value) {
     edit.setText(QString::fromStdString(exactNumberText(value)));
     edit.setCursorPosition(0);
 }
@@ -41,11 +41,11 @@ ScaleDialog::ScaleDialog(int32_t channel, const ChannelLabel& label, QWidget* pa
       note_(makeText(this, QStringLiteral("ScaleNote"))) {
     setObjectName(QStringLiteral("ScaleDialog"));
     setWindowTitle(uiText(TextId::ScaleWindow, {QString::number(channel)}));
-    showNumber(*factor_, label.factor);
-    showNumber(*offset_, label.offset);
+    putNumber(*factor_, label.factor);
+    putNumber(*offset_, label.offset);
     for (int i = 0; i < 2; ++i) {
-        showNumber(*volts_[i], i);
-        showNumber(*values_[i], label.inUnit(i));
+        putNumber(*volts_[i], i);
+        putNumber(*values_[i], label.inUnit(i));
     }
     build();
     byFactor_->setChecked(true);

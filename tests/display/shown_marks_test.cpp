@@ -11,6 +11,7 @@ RecordingMark markAt(uint64_t number, uint64_t frame, const char* text = "") {
 
 std::vector<uint64_t> numbersOf(const std::vector<MarkFlag>& flags) {
     std::vector<uint64_t> numbers;
+    numbers.reserve(flags.size());
     for (const MarkFlag& flag : flags) {
         numbers.push_back(flag.number);
     }
