@@ -67,7 +67,13 @@ LinearScale digitalAxisYScale(const SignalFormat& format, AxisYUnit unit) {
             widest = i;
         }
     }
-    return axisYScale(format, widest, unit);
+    const LinearScale scale = axisYScale(format, widest, unit);
+    if (scale.factor >= 0.0) {
+        return scale;
+    }
+    // High lies above low, whichever way the channel's unit runs.
+    const double ends = static_cast<double>(format.minimumCode) + format.maximumCode;
+    return {-scale.factor, scale.factor * ends + scale.offset};
 }
 
 double fullScaleVolts(const SignalFormat& format) {

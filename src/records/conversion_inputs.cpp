@@ -1,5 +1,6 @@
 #include "records/conversion_inputs.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarno2 {
@@ -79,6 +80,12 @@ ConversionInputs conversionInputs(const RecordedKeys& described, const KnownInpu
     inputs.frequency =
         known.packetFrequency.value_or(known.frequency.value_or(described.frequencyPerChannel.value_or(0.0)));
     return inputs;
+}
+
+void putRangesInOrder(ConversionInputs& inputs, const RecordedKeys& described) {
+    if (described.backwardOrder) {
+        std::ranges::reverse(inputs.ranges);
+    }
 }
 
 std::string missingInput(const ConversionInputs& inputs, const ExportFormat& format) {

@@ -62,6 +62,10 @@ struct KnownInputs {
 /// Puts both together. Codes run as far as their bits let them, unless their limits are known.
 [[nodiscard]] ConversionInputs conversionInputs(const RecordedKeys& described, const KnownInputs& known);
 
+/// Puts the description's ranges in the order of the columns: a board may send the channels backward. Volts alone have
+/// always been told by the ranges as they are listed, and stay so for who reads them by programs.
+void putRangesInOrder(ConversionInputs& inputs, const RecordedKeys& described);
+
 /// The description's key of the first input that this format needs and that is missing or makes no sense; empty when
 /// the conversion can begin. The frequency is needed for a time column alone, the ranges for volts alone.
 [[nodiscard]] std::string missingInput(const ConversionInputs& inputs, const ExportFormat& format);

@@ -11,6 +11,8 @@ namespace {
 using Json = nlohmann::json;
 
 constexpr size_t kDeepest = 32;
+constexpr size_t kMostMembers = 256;        // of an object, which are looked through one by one
+constexpr size_t kMostValues = 10'000'000;  // of a text: the memory that they take is many times as long
 
 class Writer {
 public:
@@ -95,7 +97,12 @@ public:
     bool start_object(size_t /*count*/) override { return open(JsonTree(JsonTree::Object())); }
     bool start_array(size_t /*count*/) override { return open(JsonTree(JsonTree::List())); }
     bool key(string_t& name) override {
-        member_ = &open_.back()->get<JsonTree::Object>()->put(std::move(name));
+        JsonTree::Object& object = *open_.back()->get<JsonTree::Object>();
+        if (object.keys().size() >= kMostMembers) {
+            problem_ = "an object of it has too many members";
+            return false;
+        }
+        member_ = &object.put(std::move(name));
         return true;
     }
     bool end_object() override { return close(); }
@@ -118,12 +125,16 @@ private:
         return at;
     }
     bool add(JsonTree tree) {
+        if (++count_ > kMostValues) {
+            problem_ = "it is too long";
+            return false;
+        }
         place(std::move(tree));
         return true;
     }
     bool open(JsonTree tree) {
-        if (open_.size() >= kDeepest) {
-            problem_ = "it is too deep";
+        if (open_.size() >= kDeepest || ++count_ > kMostValues) {
+            problem_ = open_.size() >= kDeepest ? "it is too deep" : "it is too long";
             return false;
         }
         open_.push_back(place(std::move(tree)));
@@ -140,6 +151,7 @@ private:
     /// before, which gets no other until then, so that none of them moves.
     std::vector<JsonTree*> open_;
     JsonTree* member_ = nullptr;  ///< whose name was read last
+    size_t count_ = 0;
 };
 
 }  // namespace

@@ -73,8 +73,8 @@ private:
 /// become U+FFFD. Throws std::bad_alloc.
 [[nodiscard]] std::string jsonText(const JsonTree& tree, bool inLines);
 
-/// A text of JSON. Nothing when it is none, or too deep, with the reason in English. Of members of one name the last
-/// one counts. Throws std::bad_alloc.
+/// A text of JSON. Nothing when it is none, too deep or too long, with the reason in English. Of members of one name
+/// the last one counts. Throws std::bad_alloc.
 [[nodiscard]] std::optional<JsonTree> parseJson(std::string_view text, std::string& problem);
 
 }  // namespace tarno2

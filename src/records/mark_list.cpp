@@ -16,6 +16,8 @@ namespace {
 constexpr std::string_view kHeader = "mark,frame,utc,source,text";
 constexpr std::string_view kMarkLineEnd = "\r\n";
 constexpr uint64_t kLongestFile = uint64_t{1} << 30U;
+constexpr size_t kFields = 5;
+constexpr size_t kLongestLine = 4 * kLongestMarkText;  // bytes
 
 std::string quotedWhereNeeded(const std::string& field) {
     if (field.find_first_of(",\"\r\n") == std::string::npos) {
@@ -28,33 +30,45 @@ std::string quotedWhereNeeded(const std::string& field) {
     return quoted + '"';
 }
 
-/// Takes the fields of one line from the front of a text. Nothing when the text ends before the line does.
-std::optional<std::vector<std::string>> takeLine(std::string_view& text) {
-    std::vector<std::string> fields(1);
-    bool quoted = false;
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (c == '"') {
-            // Two of them within quotes are one of the text.
-            const bool doubled = quoted && i + 1 < text.size() && text[i + 1] == '"';
-            if (doubled) {
-                fields.back() += text[++i];
-            } else {
-                quoted = !quoted;
+/// The field at the front of a line, with the comma behind it; nothing when its quotes stand where none can be.
+std::optional<std::string> takeField(std::string_view& line) {
+    const bool quoted = line.starts_with('"');
+    std::string field;
+    size_t i = quoted ? 1 : 0;
+    for (; i < line.size() && (quoted || line[i] != ','); ++i) {
+        if (line[i] == '"') {
+            // Within quotes two of them are one of the text.
+            if (!quoted) {
+                return std::nullopt;
             }
-        } else if (!quoted && c == '\n') {
-            text.remove_prefix(i + 1);
-            if (fields.back().ends_with('\r')) {
-                fields.back().pop_back();
+            if (i + 1 >= line.size() || line[i + 1] != '"') {
+                break;
             }
-            return fields;
-        } else if (!quoted && c == ',') {
-            fields.emplace_back();
-        } else {
-            fields.back() += c;
+            ++i;
         }
+        field += line[i];
     }
-    return std::nullopt;
+    if (quoted && (i >= line.size() || (++i < line.size() && line[i] != ','))) {
+        return std::nullopt;
+    }
+    line.remove_prefix(i);
+    return field;
+}
+
+/// The fields of a line; none when it has more than a mark, or stray quotes.
+std::vector<std::string> fieldsOf(std::string_view line) {
+    std::vector<std::string> fields;
+    for (;;) {
+        auto field = takeField(line);
+        if (!field || fields.size() == kFields) {
+            return {};
+        }
+        fields.push_back(std::move(*field));
+        if (line.empty()) {
+            return fields;
+        }
+        line.remove_prefix(1);
+    }
 }
 
 std::optional<uint64_t> wholeNumber(std::string_view digits) {
@@ -64,7 +78,7 @@ std::optional<uint64_t> wholeNumber(std::string_view digits) {
 }
 
 std::optional<RecordingMark> markOf(const std::vector<std::string>& fields) {
-    if (fields.size() != 5) {
+    if (fields.size() != kFields) {
         return std::nullopt;
     }
     const auto number = wholeNumber(fields[0]), frame = wholeNumber(fields[1]);
@@ -73,7 +87,8 @@ std::optional<RecordingMark> markOf(const std::vector<std::string>& fields) {
     if (!number || *number == 0 || *number > kMostMarks || !frame || !utc || source == kMarkSources.end()) {
         return std::nullopt;
     }
-    return RecordingMark{*number, *frame, *utc, static_cast<MarkSource>(source - kMarkSources.begin()), fields[4]};
+    return RecordingMark{*number, *frame, *utc, static_cast<MarkSource>(source - kMarkSources.begin()),
+                         cleanMarkText(fields[4])};
 }
 
 }  // namespace
@@ -103,22 +118,28 @@ std::string marksText(std::span<const RecordingMark> marks) {
 MarkList readMarks(std::string_view text) {
     MarkList list;
     text.remove_prefix(text.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+    if (!kHeader.starts_with(text.substr(0, text.find_first_of("\r\n")))) {
+        list.problem = "it is no list of marks";
+        return list;
+    }
     std::map<uint64_t, RecordingMark> byNumber;
     size_t line = 1;
-    const std::string_view whole = text;
-    for (auto fields = takeLine(text); fields && list.problem.empty(); fields = takeLine(text), ++line) {
-        auto mark = markOf(*fields);
+    // No text of a mark has a line's end in it, and what stands behind the last one was torn.
+    for (size_t end = text.find('\n'); end != std::string_view::npos && list.problem.empty(); ++line) {
+        std::string_view row = text.substr(0, end);
+        row.remove_suffix(row.ends_with('\r') ? 1 : 0);
+        text.remove_prefix(end + 1);
+        end = text.find('\n');
         if (line == 1) {
-            const bool known = whole.substr(0, whole.find_first_of("\r\n")) == kHeader;
-            list.problem = known ? "" : "it is no list of marks";
-        } else if (mark) {
+            list.problem = row == kHeader ? "" : "it is no list of marks";
+            continue;
+        }
+        auto mark = row.size() <= kLongestLine ? markOf(fieldsOf(row)) : std::nullopt;
+        if (mark) {
             byNumber[mark->number] = std::move(*mark);
         } else {
             list.problem = "line " + std::to_string(line) + " is no mark";
         }
-    }
-    if (line == 1 && !kHeader.starts_with(whole.substr(0, whole.find('\r')))) {
-        list.problem = "it is no list of marks";
     }
     for (auto& [number, mark] : byNumber) {
         list.marks.push_back(std::move(mark));
@@ -128,7 +149,7 @@ MarkList readMarks(std::string_view text) {
 
 FoundMarks findMarks(const std::string& fileName) {
     FoundMarks found;
-    found.there = plainFileSize(fileName).has_value();
+    found.there = isPlainFile(fileName);
     if (!found.there) {
         return found;
     }

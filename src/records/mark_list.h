@@ -17,8 +17,10 @@ namespace tarno2 {
 enum class MarkSource : uint8_t { Operator, Line, Driver };
 inline constexpr std::array<std::string_view, 3> kMarkSources = {"operator", "line", "driver"};
 
-/// So many marks a recording can have, and so many bytes the text of each.
+/// So many marks a recording can have, of which so many are the operator's whatever a line and the driver set, and so
+/// many bytes the text of each.
 inline constexpr uint64_t kMostMarks = 1'000'000;
+inline constexpr uint64_t kOperatorsMarks = 10'000;
 inline constexpr size_t kLongestMarkText = 1000;
 
 struct RecordingMark {

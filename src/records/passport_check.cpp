@@ -90,7 +90,8 @@ void checkPieces(const Passport& passport, Problems& problems) {
 
 void checkRanges(const Passport& passport, Problems& problems) {
     const PassportSample& sample = passport.sample;
-    if ((sample.bytes != 2 && sample.bytes != 4) || sample.codeBits + sample.codeShift > sample.bytes * 8 ||
+    if ((sample.bytes != 2 && sample.bytes != 4) ||
+        uint64_t{sample.codeBits} + sample.codeShift > uint64_t{sample.bytes} * 8 ||
         sample.codeMinimum > sample.codeMaximum) {
         problems.emplace_back("sample: there is no such code");
     }
@@ -100,6 +101,12 @@ void checkRanges(const Passport& passport, Problems& problems) {
         }
         if (!isScale(passport.channels[i].factor, passport.channels[i].offset)) {
             problems.push_back("channels." + std::to_string(i) + ": its factor is 0");
+        }
+    }
+    for (size_t i = 0; i < passport.lines.size(); ++i) {
+        if (passport.lines[i].number != static_cast<int32_t>(i)) {
+            problems.push_back("lines." + std::to_string(i) + ": its number is not " + std::to_string(i));
+            break;
         }
     }
     const double recorded = passport.rate.given / std::max<uint32_t>(passport.rate.decimation, 1);

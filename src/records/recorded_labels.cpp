@@ -4,6 +4,12 @@
 
 namespace tarno2 {
 
+namespace {
+
+constexpr int32_t kMostLines = 32;
+
+}  // namespace
+
 std::string RecordedLabels::channelName(size_t column) const {
     if (column < channels.size() && !channels[column].label.name.empty()) {
         return channels[column].label.name;
@@ -37,7 +43,12 @@ RecordedLabels labelsOf(const Passport& passport) {
         std::ranges::reverse(labels.channels);
     }
     for (const PassportLine& line : passport.lines) {
-        labels.lines.push_back(usableLabelText(line.name));
+        if (line.number < 0 || line.number >= kMostLines) {
+            continue;
+        }
+        const auto number = static_cast<size_t>(line.number);
+        labels.lines.resize(std::max(labels.lines.size(), number + 1));
+        labels.lines[number] = usableLabelText(line.name);
     }
     return labels;
 }

@@ -11,8 +11,8 @@ namespace tarno2 {
 /// Which frame of a recording's files, one behind the other, is a frame of its stream.
 class StreamPlaces {
 public:
-    /// Every frame of the stream is in the files.
-    StreamPlaces() = default;
+    /// Every frame of the stream is in the files, or it is not known which.
+    explicit StreamPlaces(bool all = true) : all_(all) {}
     /// As the passport tells. What a level chose has no places that anybody knows.
     explicit StreamPlaces(const Passport& passport);
 
@@ -26,7 +26,7 @@ private:
         uint64_t frames;
     };
 
-    bool all_ = true;
+    bool all_;
     std::vector<Record> records_;  ///< in the order of the stream
 };
 

@@ -394,13 +394,14 @@ void T_AdditionalModeWindow::complain(QWidget* offending) {
 }
 
 void T_AdditionalModeWindow::refresh() {
+    // The channel first: what is typed counts in its unit.
+    for (AnalogConditionControls* condition : analogConditions()) {
+        condition->showFacts(facts_.board);
+    }
     SynchroSettings settings = settings_;
     SynchroSizes sizes = sizes_;
     const bool mistaken = readSynchroForm(form(), settings, sizes).mistake != SynchroField::None;
     picture_->setSketch(mistaken ? SynchroSketch{} : sketchSynchronisation(settings, sizes, facts_.board));
-    for (AnalogConditionControls* condition : analogConditions()) {
-        condition->showFacts(facts_.board);
-    }
     for (QLabel* note : {analysisPortNote_, synchroPortNote_}) {
         showText(note, facts_.board.useDigitalPort ? QString() : uiText(TextId::SynchroPortNotUsed), true);
     }

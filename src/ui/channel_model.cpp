@@ -36,7 +36,7 @@ QIcon makeSwatch(int32_t color) {
 /// Decimals that show about a ten-thousandth of the range, at so many units in a volt.
 int decimalsFor(const InputLimits& limits, double units) {
     const double limit = std::max(std::abs(limits.lower), std::abs(limits.upper)) * std::abs(units);
-    return limit > 0.0 ? std::clamp(4 - static_cast<int>(std::floor(std::log10(limit))), 0, 9) : 4;
+    return limit > 0.0 ? static_cast<int>(std::clamp(4.0 - std::floor(std::log10(limit)), 0.0, 9.0)) : 4;
 }
 
 QString rangeText(const InputLimits& limits) {

@@ -194,12 +194,17 @@ void AnalogConditionControls::write(const AnalogConditionForm& form) {
         setLabel(label);
     }
     value->setText(text);
+    written_ = {form, label, text};
 }
 
 AnalogConditionForm AnalogConditionControls::read() const {
     AnalogConditionForm form{modeOver(label_, mode->tag()), channel->currentText().toStdString(),
                              value->text().toStdString(), unit->tag()};
-    if (const auto level = typedReal(form.value); label_.hasUnit() && level) {
+    if (label_.hasUnit() && label_ == written_.label && value->text() == written_.text) {
+        // What nobody has changed stays as it was given, to the last digit.
+        form.value = written_.form.value;
+        form.unitTag = written_.form.unitTag;
+    } else if (const auto level = typedReal(form.value); label_.hasUnit() && level) {
         constexpr int32_t kVoltsTag = 2;
         form.value = exactNumberText(label_.inVolts(*level));
         form.unitTag = kVoltsTag;

@@ -75,6 +75,12 @@ private:
 
     std::vector<SynchroBoardFacts::Channel> channels_;
     ChannelLabel label_;  ///< of the channel whose level the value is
+    struct Written {
+        AnalogConditionForm form;
+        ChannelLabel label;
+        QString text;  ///< of the value, in the unit
+    };
+    Written written_;  ///< what was shown last
 };
 
 /// The controls of one condition on a bit of the port, in a box.

@@ -34,6 +34,8 @@ void T_MainForm::MarkClick() {
         }
         if (const auto mark = session->mark()) {
             strip_->marks().begin(*mark);
+        } else {
+            messages_->add(MessageList::Kind::Attention, uiText(TextId::MarkRefused));
         }
     });
 }

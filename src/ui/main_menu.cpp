@@ -44,6 +44,7 @@ MainMenu::MainMenu(QMainWindow& window)
     showPanels->setChecked(true);
     showMessages->setChecked(true);
     mark->setEnabled(false);
+    mark->setAutoRepeat(false);
     buildMenus();
 }
 

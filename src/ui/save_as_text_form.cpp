@@ -227,6 +227,9 @@ ConversionResult T_SaveAsTextForm::convert(const std::string& output, const Expo
         if (format.units || format.headings) {
             FoundLabels found = findLabels(source_.dataFile, inputs.channelCount);
             inputs.labels = std::move(found.labels);
+            if (format.units && source_.known.ranges.empty()) {
+                putRangesInOrder(inputs, described_);
+            }
             unitsKnown_ = found.problem.empty() || !format.units;
         }
         if (format.marks) {

@@ -76,6 +76,9 @@ int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
     if (options.format.units || options.format.headings) {
         FoundLabels found = findLabels(options.dataFile, inputs.channelCount);
         inputs.labels = std::move(found.labels);
+        if (options.format.units && options.known.ranges.empty()) {
+            putRangesInOrder(inputs, described);
+        }
         if (!options.quiet && options.format.units && !found.problem.empty()) {
             complain("warning: " + found.problem + "; the values are volts");
         }

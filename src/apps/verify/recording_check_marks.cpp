@@ -13,11 +13,12 @@ namespace tarno2 {
 namespace {
 
 /// What is wrong with the order of the marks; empty when nothing is. Frames of the driver come as it likes.
-std::string disorderOf(const std::vector<RecordingMark>& marks) {
+/// A crash may have taken some.
+std::string disorderOf(const std::vector<RecordingMark>& marks, bool whole) {
     std::array<uint64_t, kMarkSources.size()> newest{};
     for (size_t i = 0; i < marks.size(); ++i) {
         const RecordingMark& mark = marks[i];
-        if (mark.number != i + 1) {
+        if (whole && mark.number != i + 1) {
             return "mark " + std::to_string(i + 1) + " is missing";
         }
         uint64_t& before = newest[static_cast<size_t>(mark.source)];
@@ -46,7 +47,10 @@ void RecordingCheck::checkMarks() {
         }
         return;
     }
-    std::string problem = found.problem.empty() ? disorderOf(found.marks) : found.problem;
+    std::string problem =
+        found.problem.empty()
+            ? disorderOf(found.marks, found_.passport && found_.passport->state == Passport::State::Complete)
+            : found.problem;
     if (problem.empty() && told && !isOwnMarks(utf8ToSystem(told->file))) {
         problem = "the passport tells of \"" + utf8ToSystem(told->file) + "\"";
     } else if (problem.empty() && ended && (told ? told->count : 0) != found.marks.size()) {

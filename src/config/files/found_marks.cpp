@@ -1,11 +1,16 @@
 #include "config/files/found_marks.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
 #include <utility>
 
 #include "config/files/recording_name.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "records/found_passport.h"
+#include "records/record_description.h"
+#include "records/recorded_format.h"
 
 namespace tarno2 {
 
@@ -13,10 +18,21 @@ namespace {
 
 constexpr size_t kLongestJoined = 4000;  // bytes of the texts of one frame
 
-/// How many frames of the recording lie in the data files before that piece.
-uint64_t framesBefore(const RecordingName& recording, uint32_t piece, uint64_t frameBytes) {
+/// How many frames of the recording lie in the data files before that piece; nothing when one of them is not there. A
+/// number in a file's name need not be that of a piece, and may be long.
+std::optional<uint64_t> framesBefore(const RecordingName& recording, uint32_t piece, uint64_t frameBytes) {
+    std::set<uint32_t> pieces;
+    for (const std::string& file : listDirectory(recording.folder().empty() ? "." : recording.folder())) {
+        const auto k = recording.pieceOf(file);
+        if (k && *k < piece && file == fileNameOf(recording.piece(*k))) {
+            pieces.insert(*k);
+        }
+    }
+    if (pieces.size() != piece) {
+        return std::nullopt;
+    }
     uint64_t frames = 0;
-    for (uint32_t k = 0; k < piece; ++k) {
+    for (const uint32_t k : pieces) {
         frames += plainFileSize(recording.piece(k)).value_or(0) / std::max<uint64_t>(frameBytes, 1);
     }
     return frames;
@@ -26,11 +42,14 @@ uint64_t framesBefore(const RecordingName& recording, uint32_t piece, uint64_t f
 
 RecordedMarks findRecordedMarks(const std::string& dataFile, uint64_t frameBytes) {
     RecordingName recording(dataFile);
+    RecordedMarks recorded;
     if (const auto whole = recording.whole(); whole && !fileExists(recording.marks()) && fileExists(whole->marks())) {
-        recording = *whole;
+        if (const auto before = framesBefore(*whole, whole->pieceOf(fileNameOf(dataFile)).value_or(0), frameBytes)) {
+            recorded.firstFrame = *before;
+            recording = *whole;
+        }
     }
     FoundMarks found = findMarks(recording.marks());
-    RecordedMarks recorded;
     recorded.problem = found.problem.empty() ? std::string() : recording.marks() + ": " + found.problem;
     if (found.marks.empty()) {
         return recorded;
@@ -38,8 +57,10 @@ RecordedMarks findRecordedMarks(const std::string& dataFile, uint64_t frameBytes
     recorded.marks = std::move(found.marks);
     if (const auto passport = findPassport(recording.passport()).passport) {
         recorded.places = StreamPlaces(*passport);
+    } else if (readRecordedKeys(RecordDescription::fileNameFor(recording.data())).triggered) {
+        recorded.places = StreamPlaces(false);
+        recorded.problem = "where the marks lie is not known without the passport";
     }
-    recorded.firstFrame = framesBefore(recording, recording.pieceOf(dataFile).value_or(0), frameBytes);
     return recorded;
 }
 

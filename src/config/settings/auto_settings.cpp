@@ -117,6 +117,11 @@ public:
         if (!file_.readDoubleArray(key_, values, found)) {
             return rule_.absent;
         }
+        // What is no number is passed over: the rest would go to other channels.
+        const auto text = findKeyValue(normalised_, key_);
+        if (text && static_cast<size_t>(std::ranges::count(*text, ',')) + 1 != found) {
+            return lineOfElement();
+        }
         if (found != values.size()) {
             return rule_.odd;
         }
@@ -134,7 +139,10 @@ public:
         if (!file_.readString(key_, list, {})) {
             return findKeyValue(normalised_, key_) ? lineOfElement() : rule_.absent;
         }
-        const std::vector<std::string> names = labelParts(typedToUtf8(list));
+        std::vector<std::string> names = labelParts(typedToUtf8(list));
+        while (names.size() > setting.most(settings_) && names.back().empty()) {
+            names.pop_back();
+        }
         if (names.size() > setting.most(settings_)) {
             return rule_.odd;
         }

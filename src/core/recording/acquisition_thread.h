@@ -59,7 +59,7 @@ private:
     void askEnd();
     void askMarks();
     void markEdges(std::span<const std::byte> block);
-    void markAt(MarkSource source, uint64_t position, std::string_view text);
+    void markAt(MarkSource source, uint64_t position, int64_t now, std::string_view text);
     void readHalves();
     void readCounted();
     void readUpTo(uint64_t end);

@@ -123,13 +123,15 @@ void AcquisitionThread::askEnd() {
 void AcquisitionThread::askMarks() {
     ADCMark mark{};
     size_t count = 0;
+    int64_t now = 0;
     while (tellsMarks_ && count < MarkWriter::kMostWaiting) {
         tellsMarks_ = driver_.device().get(kADCGetMark, mark);
         if (!tellsMarks_ || mark.m_nThere == 0) {
             break;
         }
+        now = now != 0 ? now : utcMicroseconds();
         const char* const end = std::find(std::begin(mark.m_sText), std::end(mark.m_sText), '\0');
-        markAt(MarkSource::Driver, mark.m_nPosition, {mark.m_sText, static_cast<size_t>(end - mark.m_sText)});
+        markAt(MarkSource::Driver, mark.m_nPosition, now, {mark.m_sText, static_cast<size_t>(end - mark.m_sText)});
         ++count;
     }
     if (count > 0) {
@@ -138,20 +140,21 @@ void AcquisitionThread::askMarks() {
 }
 
 // A mark's moment follows from its distance to the newest sample.
-void AcquisitionThread::markAt(MarkSource source, uint64_t position, std::string_view text) {
+void AcquisitionThread::markAt(MarkSource source, uint64_t position, int64_t now, std::string_view text) {
     const uint64_t newest = std::max(ring_->written(), position);
     const double rate = board_.settings.externalClock ? 0.0 : board_.sampleRate();
     const double ago = rate > 0.0 ? static_cast<double>(newest - position) / rate : 0.0;
     const uint64_t frame = position / board_.settings.channelCount() / board_.decimation;
-    board_.marks().note(source, frame, utcMicroseconds() - std::llround(ago * 1e6), text);
+    board_.marks().note(source, frame, now - std::llround(ago * 1e6), text);
 }
 
 // Before the decimation: a pulse between two frames that are kept counts too.
 void AcquisitionThread::markEdges(std::span<const std::byte> block) {
     const uint64_t begin = ring_->readPosition();
+    const int64_t now = utcMicroseconds();
     bool found = false;
     edges_->scan(block, [&](size_t frame) {
-        markAt(MarkSource::Line, begin + frame * board_.settings.channelCount(), {});
+        markAt(MarkSource::Line, begin + frame * board_.settings.channelCount(), now, {});
         found = true;
     });
     if (found) {

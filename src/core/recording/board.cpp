@@ -86,7 +86,9 @@ std::optional<RecordingMark> T_BOARD::mark() {
     uint64_t written = 0;
     static_cast<void>(driver_.device().get(kADCGetSamplesWritten, written));
     const uint64_t frames = std::max(written, samplesRead()) / settings.channelCount();
-    return marks_.add(frames / decimation, now);
+    // A board that is gone tells no count any more.
+    newestMark_ = std::max(newestMark_, frames / decimation);
+    return marks_.add(newestMark_, now);
 }
 
 StartFailure T_BOARD::Init() {

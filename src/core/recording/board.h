@@ -91,7 +91,8 @@ private:
     T_DRIVER& driver_;
     uint32_t number_;
     HolderCount holders_;
-    MarkWriter marks_;  ///< outlives the writer
+    MarkWriter marks_;         ///< outlives the writer
+    uint64_t newestMark_ = 0;  ///< frame that the operator marked last
     DataWriter writer_;
     SessionLink link_;
     StartFailure failure_;

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <span>
 
 namespace tarno2 {
@@ -44,7 +43,7 @@ private:
         if (frames == 0) {
             return;
         }
-        bool level = high_ ? *high_ : levelOf(0);
+        bool level = begun_ ? high_ : levelOf(0);
         for (size_t frame = 0; frame < frames; ++frame) {
             if (levelOf(frame) != level) {
                 level = !level;
@@ -54,13 +53,15 @@ private:
             }
         }
         high_ = level;
+        begun_ = true;
     }
 
     uint32_t mask_;
     uint32_t width_;
     size_t frameBytes_;
     int32_t edge_;
-    std::optional<bool> high_;  ///< the level of the last frame
+    bool begun_ = false;
+    bool high_ = false;  ///< the level of the last frame, once there was one
 };
 
 }  // namespace tarno2

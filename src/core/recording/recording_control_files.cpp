@@ -149,6 +149,7 @@ bool RecordingControl::createFiles() {
     }
     if (!session_->marks().open(fileName_)) {
         DEBUG_LOG("!!!!! No thread or memory for marks");
+        attention(text(TextId::MarksOff));
     }
     lostMarks_ = 0;
     wantedBuffer_ = setup.bufferBytes;

@@ -1,7 +1,6 @@
 #include "core/storage/mark_writer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <new>
 #include <span>
@@ -10,6 +9,7 @@
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
 #include "core/storage/recovery_files.h"
+#include "platform/clock.h"
 #include "platform/paths.h"
 #include "platform/utf.h"
 #include "records/found_passport.h"
@@ -20,6 +20,7 @@ namespace {
 
 /// What the disk did not take is tried again after this time.
 constexpr uint32_t kRetryMs = 1000;
+constexpr uint64_t kNanosecondsPerMs = 1'000'000;
 
 /// One line a mark, the last one of each, by number.
 std::vector<RecordingMark> lastLines(std::span<const RecordingMark> log) {
@@ -64,8 +65,8 @@ bool MarkWriter::open(const std::string& dataName) {
     return true;
 }
 
-uint64_t MarkWriter::takeNumber() {
-    if (number_.load(std::memory_order_relaxed) < kMostMarks) {
+uint64_t MarkWriter::takeNumber(uint64_t most) {
+    if (number_.load(std::memory_order_relaxed) < most) {
         if (const uint64_t number = number_.fetch_add(1, std::memory_order_relaxed) + 1; number <= kMostMarks) {
             return number;
         }
@@ -81,7 +82,7 @@ std::optional<RecordingMark> MarkWriter::add(uint64_t frame, int64_t utc) {
     }
     typed_.reserve(typed_.size() + 1);
     const bool room = typed_.size() < kMostWaiting;
-    const RecordingMark mark{room ? takeNumber() : 0, frame, utc, MarkSource::Operator, {}};
+    const RecordingMark mark{room ? takeNumber(kMostMarks) : 0, frame, utc, MarkSource::Operator, {}};
     if (mark.number == 0) {
         lost_.fetch_add(room ? 0 : 1, std::memory_order_relaxed);
         return std::nullopt;
@@ -113,12 +114,11 @@ void MarkWriter::note(MarkSource source, uint64_t frame, int64_t utc, std::strin
         return;
     }
     Note note;
-    note.number = takeNumber();
+    note.number = takeNumber(kMostMarks - kOperatorsMarks);
     note.frame = frame;
     note.utc = utc;
     note.source = source;
-    note.length = static_cast<uint8_t>(std::min(text.size(), kLongestNote));
-    std::memcpy(note.text, text.data(), note.length);
+    note.length = static_cast<uint8_t>(text.copy(note.text, kLongestNote));
     if (note.number != 0) {
         static_cast<void>(notes_->push(note));
     }
@@ -183,6 +183,7 @@ void MarkWriter::run() noexcept {
 
 void MarkWriter::take() {
     const std::scoped_lock lock(mutex_);
+    const auto before = static_cast<std::ptrdiff_t>(log_.size());
     log_.insert(log_.end(), typed_.begin(), typed_.end());
     typed_.clear();
     for (const Note* note = notes_->front(); note != nullptr; note = notes_->front()) {
@@ -193,6 +194,8 @@ void MarkWriter::take() {
     if (finishing_.load(std::memory_order_acquire) && draft_) {
         log_.push_back(*std::exchange(draft_, std::nullopt));
     }
+    // Where a crash tears the list, none of lower numbers is missing.
+    std::ranges::stable_sort(log_.begin() + before, log_.end(), {}, &RecordingMark::number);
 }
 
 /// The file that is open, or a new one when there is none or somebody took it away.
@@ -236,10 +239,16 @@ void MarkWriter::append() {
     if (log_.size() == written()) {
         return;
     }
+    // However often it is woken meanwhile: a full disk has others to serve.
+    const uint64_t now = monotonicNanoseconds();
+    if (triedAt_ != 0 && now - triedAt_ < kRetryMs * kNanosecondsPerMs && !finishing_.load(std::memory_order_acquire)) {
+        return;
+    }
     OsError error = openFile();
     if (error.ok()) {
         error = writeNew();
     }
+    triedAt_ = error.ok() ? 0 : std::max<uint64_t>(now, 1);
     if (error.ok()) {
         lastProblem_.clear();
     } else {

@@ -73,7 +73,7 @@ private:
         char text[kLongestNote] = {};
     };
 
-    [[nodiscard]] uint64_t takeNumber();
+    [[nodiscard]] uint64_t takeNumber(uint64_t most);
     void run() noexcept;
     void take();
     void append();
@@ -104,6 +104,7 @@ private:
     File file_;
     uint64_t bytes_ = 0;  ///< of the file that are whole lines
     std::string lastProblem_;
+    uint64_t triedAt_ = 0;  ///< when the disk took nothing, monotonic ns; 0: it takes
 
     Thread thread_;
 };

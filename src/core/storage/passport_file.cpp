@@ -136,8 +136,8 @@ std::string completePassport(const RecordingJournal& journal) {
     }
     passport->state = Passport::State::Recovered;
     passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}};
-    if (const size_t count = findMarks(name.marks()).marks.size(); count > 0) {
-        passport->marks = {systemToUtf8(fileNameOf(name.marks())), count};
+    if (const FoundMarks marks = findMarks(name.marks()); marks.problem.empty() && !marks.marks.empty()) {
+        passport->marks = {systemToUtf8(fileNameOf(name.marks())), marks.marks.size()};
     }
     const OsError error = passport->pieces.empty() ? removeFile(name.passport())
                                                    : replaceWholeFile(name.passport(), passportText(*passport));

@@ -198,8 +198,15 @@ std::string RecordingChecksums::writeList() {
             files.push_back({fileNameOf(piece.name), piece.sha256});
         }
     }
-    if (std::string marks;
-        isPlainFile(name.marks()) && readWholeFile(name.marks(), kLongestText, FileShare::ReadWrite, marks).ok()) {
+    std::string marks;
+    OsError marksRead;
+    const bool marked = isPlainFile(name.marks());
+    if (marked) {
+        marksRead = readWholeFile(name.marks(), kLongestText, FileShare::ReadWrite, marks);
+    }
+    if (!marksRead.ok()) {
+        DEBUG_LOG("!!!!! Checksums: %s", inWords(name.marks(), marksRead.text()).c_str());
+    } else if (marked) {
         Sha256 hash;
         hash.add(std::as_bytes(std::span(marks)));
         if (std::string sha256 = hash.take(); !sha256.empty()) {

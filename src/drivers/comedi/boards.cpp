@@ -52,10 +52,15 @@ std::vector<sdk::InputLimits> limitsOf(comedi_t* device, const Input& input) {
     return limits;
 }
 
-/// What the numbers of the ranges are, where not volts.
-std::string unitOf(comedi_t* device, const Input& input) {
-    const comedi_range* range = comedi_get_range(device, input.subdevice, 0, 0);
-    return range != nullptr && range->unit == UNIT_mA ? "mA" : "";
+/// What the numbers of all so many ranges are, where not volts.
+std::string unitOf(comedi_t* device, const Input& input, size_t ranges) {
+    for (unsigned i = 0; i < ranges; ++i) {
+        const comedi_range* range = comedi_get_range(device, input.subdevice, 0, i);
+        if (range == nullptr || range->unit != UNIT_mA) {
+            return {};
+        }
+    }
+    return ranges > 0 ? "mA" : "";
 }
 
 std::string nameOf(comedi_t* device, const Place& place) {
@@ -147,7 +152,7 @@ std::vector<sdk::Board> boardsOf(comedi_t* device, const std::string& path) {
         if (board.limits.empty()) {
             continue;
         }
-        if (const std::string unit = unitOf(device, *input); !unit.empty()) {
+        if (const std::string unit = unitOf(device, *input, board.limits.size()); !unit.empty()) {
             board.channelUnits.assign(board.channels, unit);
         }
         for (size_t gain = 1; gain <= board.limits.size(); ++gain) {

@@ -375,6 +375,16 @@ private:
     int end_ = 0;  // the error that ended the stream
 };
 
+/// What the library has read of its configuration stays until it is told that nobody needs it any more: with a driver
+/// that is unloaded it would be left behind, each time.
+struct Configuration {
+    Configuration() = default;
+    Configuration(const Configuration&) = delete;
+    Configuration& operator=(const Configuration&) = delete;
+    ~Configuration() { snd_config_update_free_global(); }
+};
+const Configuration configuration;
+
 }  // namespace
 
 std::vector<SoundDevice> soundInputs() {

@@ -1,7 +1,10 @@
 #include "tests/core/clock/stepping_clock.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <thread>
+#include <tuple>
 
 #include "platform/clock.h"
 
@@ -16,11 +19,25 @@ std::atomic<std::thread::id> recording;
 /// What that thread read last of the monotonic clock, which has moved on.
 std::atomic<uint64_t> seen{0};
 
-/// The board reads the monotonic clock, then makes what is due: at the second look it has made all of it.
+size_t ownPlace() {
+    static std::atomic<size_t> threads{0};
+    thread_local const size_t place = threads.fetch_add(1);
+    return place % std::tuple_size_v<decltype(test::SteppingClock::looksOfThreads)>;
+}
+
+/// The board reads the monotonic clock, makes what is due, and reads it once more for its wait: after four looks it has
+/// made all of it. Others look too, to wait for something, but none as often as the board.
 void letTheBoardCatchUp(test::SteppingClock& clock) {
-    const uint64_t looks = clock.looks.load();
-    while (clock.looks.load() < looks + 2) {
-        std::this_thread::yield();
+    constexpr uint64_t kLooks = 4;
+    auto& looks = clock.looksOfThreads;
+    std::array<uint64_t, std::tuple_size_v<decltype(test::SteppingClock::looksOfThreads)>> before{};
+    std::ranges::transform(looks, before.begin(), [](const auto& count) { return count.load(); });
+    for (bool done = false; !done; std::this_thread::yield()) {
+        size_t board = ownPlace() == 0 ? 1 : 0;
+        for (size_t i = 0; i < looks.size(); ++i) {
+            board = i != ownPlace() && looks[i] > looks[board] ? i : board;
+        }
+        done = looks[board] >= before[board] + kLooks;
     }
 }
 
@@ -38,6 +55,7 @@ SteppingClock& steppingClock() {
 uint64_t monotonicNanoseconds() {
     test::SteppingClock& clock = test::steppingClock();
     clock.looks.fetch_add(1);
+    clock.looksOfThreads[ownPlace()].fetch_add(1);
     const uint64_t now = clock.now.load();
     if (recording.load() == std::this_thread::get_id()) {
         seen.store(now);

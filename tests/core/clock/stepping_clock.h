@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 
@@ -14,7 +15,9 @@ struct SteppingClock {
     std::atomic<uint64_t> now{0};    ///< nanoseconds since the program began
     std::atomic<uint32_t> steps{0};  ///< that are left
     std::atomic<uint64_t> looks{0};  ///< how often the monotonic clock was read
-    std::atomic<int64_t> setBy{0};   ///< microseconds by which somebody has set the system's clock
+    /// The same by each thread that ever read it, in the order of their first looks.
+    std::array<std::atomic<uint64_t>, 64> looksOfThreads{};
+    std::atomic<int64_t> setBy{0};  ///< microseconds by which somebody has set the system's clock
 };
 [[nodiscard]] SteppingClock& steppingClock();
 
