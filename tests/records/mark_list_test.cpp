@@ -11,7 +11,7 @@ TEST(MarkList, IsReadBackAsItWasWritten) {
     const std::vector<RecordingMark> marks = {
         {1, 0, 0, MarkSource::Operator, ""},
         {2, 18'000'000'000'000'000'000U, 1'795'370'489'123'456, MarkSource::Line, "a \"word\", and another"},
-        {3, 5, 1, MarkSource::Driver, "two\r\nlines"}};
+        {3, 5, 1, MarkSource::Driver, "; 5' pipe"}};
     const std::string text = marksText(marks);
     EXPECT_TRUE(text.starts_with(kHead + "1,0,1970-01-01T00:00:00.000000Z,operator,\r\n")) << text;
     EXPECT_NE(text.find(",line,\"a \"\"word\"\", and another\"\r\n"), std::string::npos) << text;

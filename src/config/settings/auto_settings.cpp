@@ -117,13 +117,13 @@ public:
         if (!file_.readDoubleArray(key_, values, found)) {
             return rule_.absent;
         }
-        // What is no number is passed over: the rest would go to other channels.
+        if (found != values.size()) {
+            return rule_.odd;
+        }
+        // What is no number was passed over: the rest would go to other channels.
         const auto text = findKeyValue(normalised_, key_);
         if (text && static_cast<size_t>(std::ranges::count(*text, ',')) + 1 != found) {
             return lineOfElement();
-        }
-        if (found != values.size()) {
-            return rule_.odd;
         }
         for (size_t i = 0; i < values.size(); ++i) {
             if (!setting.takes(values[i])) {
