@@ -119,7 +119,8 @@ TEST(Marks, GoOnWhenSomebodyHasTheirNameOrTakesTheirFile) {
         ASSERT_TRUE(removeFile(file).ok());
         static_cast<void>(marks.add(11, 8));
         waitForWritten(marks, 2);
-        ASSERT_TRUE(removeFile(file).ok());
+        // On Windows it goes with what is written to it later.
+        ASSERT_TRUE(kPathSeparator != '/' || removeFile(file).ok());
         marks.note(MarkSource::Line, 12, 9, {});
         marks.wake();
         waitForWritten(marks, 3);

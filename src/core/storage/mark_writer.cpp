@@ -206,7 +206,8 @@ OsError MarkWriter::openFile() {
     file_.close();
     bytes_ = 0;
     written_.store(0, std::memory_order_release);
-    OsError error = file_.open(name_, FileMode::CreateNew, FileAccess::ReadWriteRemove, FileShare::Read);
+    // Who could remove it by this would keep those from opening it who want to look at the marks meanwhile.
+    OsError error = file_.open(name_, FileMode::CreateNew, FileAccess::ReadWrite, FileShare::Read);
     if (error.ok()) {
         error = flushFolder(parentFolder(name_));
     }
@@ -261,17 +262,16 @@ void MarkWriter::complete() {
     if (!file_.isOpen()) {
         return;
     }
-    if (!kept_) {
-        if (const OsError error = file_.removeNamed(name_); !error.ok()) {
-            tell(error.text());
-        }
-        file_.close();
-        return;
-    }
     const bool ours = file_.named(name_) != Named::No;
     file_.close();
     if (!ours) {
         tell("it was removed or renamed");
+        return;
+    }
+    if (!kept_) {
+        if (const OsError error = removeFile(name_); !error.ok()) {
+            tell(error.text());
+        }
         return;
     }
     const std::vector<RecordingMark> marks = lastLines(std::span(log_).first(written()));
