@@ -15,7 +15,6 @@ namespace tarno2::test {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kHead = "mark,frame,utc,source,text\r\n";
 const std::string kOne = "1,10,1970-01-01T00:00:00.000007Z,operator,\r\n";

@@ -43,7 +43,7 @@ TEST(MarkList, TellsWhatIsNoMark) {
          {std::string("\r\n"), std::string("2,3\r\n"), std::string("0,1,1970-01-01T00:00:00.000000Z,line,\r\n"),
           std::string("2,-1,1970-01-01T00:00:00.000000Z,line,\r\n"), std::string("2,1,yesterday,line,\r\n"),
           std::string("2,1,1970-01-01T00:00:00.000000Z,somebody,\r\n")}) {
-        const MarkList read = readMarks(kHead + good + bad + good);
+        const MarkList read = readMarks(std::string(kHead).append(good).append(bad).append(good));
         EXPECT_EQ(read.problem, "line 3 is no mark") << bad;
         EXPECT_EQ(read.marks.size(), 1U) << bad;
     }
