@@ -108,7 +108,7 @@ AxisYUnit unitForVolts(double largestVolts) {
 }
 
 AxisRange AutomaticScaleY::update(AxisRange visible, uint64_t nowMs) {
-    const double passed = static_cast<double>(nowMs - std::min(lastMs_, nowMs));
+    const auto passed = static_cast<double>(nowMs - std::min(lastMs_, nowMs));
     lastMs_ = nowMs;
     if (!(visible.low <= visible.high) || !std::isfinite(visible.low) || !std::isfinite(visible.high)) {
         return shown_;
