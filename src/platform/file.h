@@ -50,6 +50,9 @@ public:
     /// The same for a regular file that is reached by no link: anything else of that name is an error, stays as it is
     /// and is not even opened. For files in folders where others may have put something in the way.
     OsError openPlain(const std::string& path, FileMode mode, FileAccess access, FileShare share);
+    /// Takes the program's standard output, byte for byte, which stays open when this is closed. It may be a pipe,
+    /// which has neither size nor positions.
+    OsError openStandardOutput();
     /// Makes a new file with these contents, brings it to the disk and keeps it open, to read, write and remove,
     /// sharing it with nobody. Where the file system can, the name appears together with the contents; where it can't,
     /// a crash may leave a part of them. Fails (alreadyExists) when the name is taken.

@@ -9,6 +9,9 @@ namespace tarno2 {
 /// The longest name of an output file, characters.
 inline constexpr size_t kMaximumOutputName = 259;
 
+/// In place of a name: what is written goes to the program's standard output.
+inline constexpr const char* kStandardOutput = "-";
+
 /// Whether the name is given and not too long.
 [[nodiscard]] bool isOutputName(const std::string& name);
 

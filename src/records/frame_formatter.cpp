@@ -30,8 +30,11 @@ ExportFormat withinLimits(ExportFormat format) {
 
 }  // namespace
 
-FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInputs& inputs, uint64_t frames)
+FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInputs& inputs, uint64_t frames,
+                               const FrameChoice& choice)
     : inputs_(inputs),
+      from_(choice.from),
+      every_(choice.every),
       format_(withinLimits(format)),
       tables_(format_, inputs),
       marks_(markColumn(format_, inputs.marks)),
@@ -71,7 +74,7 @@ size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
     constexpr size_t kLineEndLength = 2;
     constexpr size_t kLongestClock = 48;
     std::array<char, kLongestFirstColumn> text{};
-    const char* const end = writeFirstColumn(text.data(), format_, frames, seconds(frames));
+    const char* const end = writeFirst(text.data(), frames);
     const auto lastFirstColumn = static_cast<size_t>(end - text.data());
     size_t longest = format_.firstColumn == FirstColumn::Clock ? kLongestClock : lastFirstColumn;
     for (size_t channel = 0; channel < inputs_.channelCount; ++channel) {
@@ -84,8 +87,13 @@ size_t FrameFormatter::calculateLongestLine(uint64_t frames) const {
     return longest + inputs_.digitalLines * (format_.divider.size() + 1) + longestMark + kLineEndLength;
 }
 
-double FrameFormatter::seconds(uint64_t frame) const {
-    return format_.hasTime() ? static_cast<double>(frame) / inputs_.frequency : 0.0;
+double FrameFormatter::seconds(uint64_t frameOfFile) const {
+    return format_.hasTime() ? static_cast<double>(frameOfFile) / inputs_.frequency : 0.0;
+}
+
+char* FrameFormatter::writeFirst(char* to, uint64_t frame) const {
+    const uint64_t ofFile = from_ + frame * every_;
+    return writeFirstColumn(to, format_, ofFile, seconds(ofFile));
 }
 
 uint32_t FrameFormatter::word(const uint8_t* sample) const {
@@ -118,7 +126,7 @@ FrameFormatter::Text FrameFormatter::formatFromTables(const uint8_t* frames, siz
     char* to = out;
     size_t line = 0;
     while (line < count) {
-        to = writeFirstColumn(to, format_, firstFrame + line, seconds(firstFrame + line));
+        to = writeFirst(to, firstFrame + line);
         uint32_t digital = port(word16(frames));
         for (const char* const table : tables_.channels()) {
             const char* const entry = table + ((word16(frames) >> shift) & codeMask) * Stride;
@@ -143,7 +151,7 @@ FrameFormatter::Text FrameFormatter::formatFromTables(const uint8_t* frames, siz
 
 FrameFormatter::Text FrameFormatter::formatFromValues(const uint8_t* frames, size_t count, uint64_t firstFrame,
                                                       char* out, const std::atomic<bool>& stop) const {
-    LineFormatter formatter(format_, firstFrame);
+    LineFormatter formatter(format_, from_ + firstFrame * every_, every_);
     std::vector<double> row(inputs_.channelCount);
     std::vector<int8_t> digital(inputs_.digitalLines);
     const size_t space = count * longestLine_ + kSlack;
@@ -159,8 +167,8 @@ FrameFormatter::Text FrameFormatter::formatFromValues(const uint8_t* frames, siz
             frames += inputs_.bytesPerSample;
         }
         size_t length = 0;
-        if (formatter.format(out + text.bytes, space - text.bytes, length, seconds(firstFrame + text.lines), row,
-                             digital) != 0) {
+        if (formatter.format(out + text.bytes, space - text.bytes, length,
+                             seconds(from_ + (firstFrame + text.lines) * every_), row, digital) != 0) {
             break;
         }
         text.bytes += length;

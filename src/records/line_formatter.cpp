@@ -15,8 +15,8 @@ constexpr size_t kLineEndLength = 2;
 
 }  // namespace
 
-LineFormatter::LineFormatter(ExportFormat format, uint64_t firstLine)
-    : format_(std::move(format)), lineCount_(firstLine) {
+LineFormatter::LineFormatter(ExportFormat format, uint64_t firstLine, uint64_t step)
+    : format_(std::move(format)), lineCount_(firstLine), step_(step) {
     format_.timePrecision = std::clamp(format_.timePrecision, 0, ExportFormat::kMaximumPrecision);
     format_.voltagePrecision = std::clamp(format_.voltagePrecision, 0, ExportFormat::kMaximumPrecision);
 }
@@ -28,7 +28,7 @@ int LineFormatter::format(char* out, size_t spaceLeft, size_t& lineLength, doubl
                            digital.size() * (divider + kLongestDigital) + kLineEndLength;
     if (longest < spaceLeft) {
         lineLength = static_cast<size_t>(writeLine(out, seconds, analog, digital) - out);
-        ++lineCount_;
+        lineCount_ += step_;
         return 0;
     }
     line_.resize(std::max(line_.size(), longest));
@@ -38,7 +38,7 @@ int LineFormatter::format(char* out, size_t spaceLeft, size_t& lineLength, doubl
     }
     std::copy_n(line_.data(), length, out);
     lineLength = length;
-    ++lineCount_;
+    lineCount_ += step_;
     return 0;
 }
 

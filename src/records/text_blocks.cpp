@@ -20,18 +20,17 @@ size_t threadCount(size_t maximum) {
 
 }  // namespace
 
-TextBlocks::TextBlocks(File& data, const FrameFormatter& formatter, size_t frameBytes, uint64_t frames,
-                       uint64_t linesPerFile, const std::atomic<bool>& stop)
-    : data_(data),
+TextBlocks::TextBlocks(FrameReader& reader, const FrameFormatter& formatter, uint64_t linesPerFile,
+                       const std::atomic<bool>& stop)
+    : reader_(reader),
       formatter_(formatter),
-      frameBytes_(frameBytes),
-      frames_(frames),
+      frames_(reader.total()),
       linesPerFile_(linesPerFile),
       stop_(stop),
-      framesPerBlock_(blockFrames(formatter, frameBytes)),
+      framesPerBlock_(blockFrames(formatter, reader.frameBytes())),
       blocks_(threadCount(kMaximumThreads) + 2) {
     for (TextBlock& block : blocks_) {
-        block.frames.resize(framesPerBlock_ * frameBytes_);
+        block.frames.resize(framesPerBlock_ * reader.frameBytes());
         block.characters = std::make_unique<char[]>(framesPerBlock_ * formatter.longestLine() + FrameFormatter::kSlack);
     }
     threads_.resize(threadCount(kMaximumThreads));
@@ -95,16 +94,16 @@ void TextBlocks::work() {
 }
 
 size_t TextBlocks::nextFrameCount() const {
-    uint64_t count = std::min<uint64_t>(framesPerBlock_, frames_ - nextFrame_);
+    uint64_t count = std::min<uint64_t>(framesPerBlock_, frames_ - reader_.taken());
     if (linesPerFile_ != 0) {
-        count = std::min(count, linesPerFile_ - nextFrame_ % linesPerFile_);
+        count = std::min(count, linesPerFile_ - reader_.taken() % linesPerFile_);
     }
     return static_cast<size_t>(count);
 }
 
 TextBlock* TextBlocks::readBlock() {
     const std::scoped_lock reading(reading_);
-    if (nextFrame_ == frames_) {
+    if (failed_ || reader_.taken() == frames_) {
         return nullptr;
     }
     TextBlock* block = nullptr;
@@ -117,14 +116,13 @@ TextBlock* TextBlocks::readBlock() {
         block = &blocks_[claimed_ % blocks_.size()];
         ++claimed_;
     }
-    block->firstFrame = nextFrame_;
+    block->firstFrame = reader_.taken();
     block->frameCount = nextFrameCount();
-    nextFrame_ += block->frameCount;
     block->text = {};
-    const size_t wanted = block->frameCount * frameBytes_;
     size_t got = 0;
-    block->readError = data_.read(block->frames.data(), wanted, got);
-    block->tooShort = got < wanted;
+    block->readError = reader_.read(block->frames.data(), block->frameCount, got);
+    block->tooShort = got < block->frameCount;
+    failed_ = block->tooShort || !block->readError.ok();
     return block;
 }
 

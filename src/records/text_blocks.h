@@ -9,9 +9,9 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/file.h"
 #include "platform/thread.h"
 #include "records/frame_formatter.h"
+#include "records/frame_reader.h"
 
 namespace tarno2 {
 
@@ -35,9 +35,9 @@ public:
     /// Room for the text of a block, bytes.
     static constexpr size_t kTextSize = 0x100000;
 
-    /// `data` stands at frame 0 of `frames`; it, the formatter and `stop` stay alive. A block never holds lines of two
-    /// output files, which have `linesPerFile` lines each (0: there is but one). Throws std::bad_alloc.
-    TextBlocks(File& data, const FrameFormatter& formatter, size_t frameBytes, uint64_t frames, uint64_t linesPerFile,
+    /// The reader, which stands at its first frame, the formatter and `stop` stay alive. A block never holds lines of
+    /// two output files, which have `linesPerFile` lines each (0: there is but one). Throws std::bad_alloc.
+    TextBlocks(FrameReader& reader, const FrameFormatter& formatter, uint64_t linesPerFile,
                const std::atomic<bool>& stop);
     /// Ends the threads; what they are at is not waited for longer than a block takes.
     ~TextBlocks();
@@ -57,16 +57,15 @@ private:
 
     static constexpr size_t kMaximumThreads = 4;
 
-    File& data_;
+    FrameReader& reader_;  ///< guarded by `reading_`
     const FrameFormatter& formatter_;
-    const size_t frameBytes_;
     const uint64_t frames_;
     const uint64_t linesPerFile_;
     const std::atomic<bool>& stop_;
     const size_t framesPerBlock_;
 
     std::mutex reading_;        ///< held while a block is read, so that blocks are read in order
-    uint64_t nextFrame_ = 0;    ///< guarded by `reading_`
+    bool failed_ = false;       ///< nothing more is read; guarded by `reading_`
     uint64_t takenFrames_ = 0;  ///< of the taking thread alone
 
     std::mutex mutex_;  ///< guards what follows

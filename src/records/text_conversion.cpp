@@ -7,6 +7,7 @@
 #include "platform/file.h"
 #include "records/export_names.h"
 #include "records/frame_formatter.h"
+#include "records/frame_reader.h"
 #include "records/heading_line.h"
 #include "records/text_blocks.h"
 #include "records/text_pieces.h"
@@ -31,8 +32,10 @@ uint64_t linesPerFile(uint64_t maximumLines) {
     return std::max(maximumLines, ExportFormat::kLeastLineLimit);
 }
 
-/// Counts the frames of the data file.
-ConversionResult measure(File& data, const std::string& dataFile, uint32_t frameBytes) {
+}  // namespace
+
+ConversionResult openRecordedData(File& data, const std::string& dataFile, uint32_t frameBytes,
+                                  const FrameChoice& choice) {
     if (const OsError error = data.open(dataFile, FileMode::OpenExisting, FileAccess::Read, FileShare::ReadWrite);
         !error.ok()) {
         return failure(ConversionResult::CannotRead, dataFile, error);
@@ -44,8 +47,14 @@ ConversionResult measure(File& data, const std::string& dataFile, uint32_t frame
     ConversionResult result;
     result.frames = size / frameBytes;
     result.leftoverBytes = static_cast<uint32_t>(size % frameBytes);
+    if (choice.count(result.frames) == 0 && (choice.from != 0 || choice.to == 0)) {
+        result.status = ConversionResult::NothingChosen;
+        result.subject = dataFile;
+    }
     return result;
 }
+
+namespace {
 
 void takeFault(const TextBlock& block, const std::string& dataFile, ConversionResult& result) {
     if (block.outOfMemory) {
@@ -74,19 +83,19 @@ void writeBlocks(TextBlocks& blocks, TextPieces& pieces, const std::string& data
     }
 }
 
-void convertFrames(File& data, const std::string& dataFile, const std::string& outputName, const ExportFormat& format,
-                   const ConversionInputs& inputs, ConversionProgress& progress, const std::atomic<bool>& stop,
-                   ConversionResult& result) {
-    const FrameFormatter formatter(format, inputs, result.frames);
+void convertFrames(FrameReader& reader, const std::string& dataFile, const std::string& outputName,
+                   const ExportFormat& format, const ConversionInputs& inputs, const FrameChoice& choice,
+                   ConversionProgress& progress, const std::atomic<bool>& stop, ConversionResult& result) {
+    const FrameFormatter formatter(format, inputs, reader.total(), choice);
     if (formatter.longestLine() > TextBlocks::kTextSize) {
         result.status = ConversionResult::BadInput;
         result.subject = "ChannelNumber";
         return;
     }
     const uint64_t limit = linesPerFile(format.maximumLines);
-    progress.totalLines = result.frames;
-    progress.totalFiles = limit == 0 ? 1 : std::max<uint64_t>((result.frames + limit - 1) / limit, 1);
-    TextBlocks blocks(data, formatter, inputs.frameBytes(), result.frames, limit, stop);
+    progress.totalLines = reader.total();
+    progress.totalFiles = limit == 0 ? 1 : std::max<uint64_t>((reader.total() + limit - 1) / limit, 1);
+    TextBlocks blocks(reader, formatter, limit, stop);
     TextPieces pieces(dataFile, outputName, format.headings ? headingLine(format, inputs) : std::string(), limit,
                       progress);
     if (!pieces.open(result)) {
@@ -108,7 +117,7 @@ void convertFrames(File& data, const std::string& dataFile, const std::string& o
 
 ConversionResult convertToText(const std::string& dataFile, const std::string& outputName, const ExportFormat& format,
                                const ConversionInputs& inputs, ConversionProgress& progress,
-                               const std::atomic<bool>& stop) {
+                               const std::atomic<bool>& stop, const FrameChoice& choice) {
     ConversionResult result;
     try {
         if (!isOutputName(outputName)) {
@@ -118,9 +127,11 @@ ConversionResult convertToText(const std::string& dataFile, const std::string& o
             return failure(ConversionResult::BadInput, std::move(key));
         }
         File data;
-        result = measure(data, dataFile, inputs.frameBytes());
+        result = openRecordedData(data, dataFile, inputs.frameBytes(), choice);
         if (result.status == ConversionResult::Finished) {
-            convertFrames(data, dataFile, outputName, format, inputs, progress, stop, result);
+            FrameReader reader(data, inputs, choice, result.frames);
+            convertFrames(reader, dataFile, outputName, format, chosenInputs(inputs, choice), choice, progress, stop,
+                          result);
         }
     } catch (const std::bad_alloc&) {
         result.status = ConversionResult::NoMemory;
@@ -148,6 +159,8 @@ std::string describe(const ConversionResult& result) {
             return result.subject + ": the text would replace the recording itself";
         case ConversionResult::BadName:
             return '"' + result.subject + "\" is no name for an output file: 1 to 259 characters are";
+        case ConversionResult::NothingChosen:
+            return result.subject + ": of its " + std::to_string(result.frames) + " frames none was chosen";
     }
     return {};
 }

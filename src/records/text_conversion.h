@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/os_error.h"
+#include "platform/file.h"
 #include "records/conversion_inputs.h"
 #include "records/export_format.h"
+#include "records/frame_choice.h"
 
 namespace tarno2 {
 
@@ -29,7 +30,8 @@ struct ConversionResult {
         CannotCreate = -4,
         CannotWrite = -5,
         OutputIsInput = -6,  ///< the text would replace the data file or its description
-        BadName = -7         ///< empty or too long
+        BadName = -7,        ///< empty or too long
+        NothingChosen = -8   ///< the data file ends before what was asked for begins
     };
     Status status = Finished;
     std::string subject;         ///< of a failure: the file it is about, or the key
@@ -38,14 +40,20 @@ struct ConversionResult {
     uint32_t leftoverBytes = 0;  ///< behind the last whole frame of the data file; they are not converted
 };
 
-/// Converts a recorded data file to lines of text, one a frame, on threads of its own; returns when it is done. The
-/// output is cut into pieces by `format.maximumLines`; files of their names are replaced. A data file without a frame
-/// gives one empty file. After a failure the pieces that were finished stay.
+/// Converts a recorded data file, or what is chosen of it, to lines of text, one a frame, on threads of its own;
+/// returns when it is done. The output is cut into pieces by `format.maximumLines`; files of their names are replaced.
+/// Without a frame there is one empty file. After a failure the pieces that were finished stay. `kStandardOutput` is
+/// the name of the program's output, into which all pieces go.
 ///
 /// `stop` is looked at after every frame. Memory stays below 64 MiB whatever the size of the file.
 [[nodiscard]] ConversionResult convertToText(const std::string& dataFile, const std::string& outputName,
                                              const ExportFormat& format, const ConversionInputs& inputs,
-                                             ConversionProgress& progress, const std::atomic<bool>& stop);
+                                             ConversionProgress& progress, const std::atomic<bool>& stop,
+                                             const FrameChoice& choice = {});
+
+/// Opens a data file and counts its frames, of which the choice takes some, for who converts it by other means.
+[[nodiscard]] ConversionResult openRecordedData(File& data, const std::string& dataFile, uint32_t frameBytes,
+                                                const FrameChoice& choice);
 
 /// What went wrong, in English and in one line; empty for `Finished` and `Stopped`.
 [[nodiscard]] std::string describe(const ConversionResult& result);

@@ -17,7 +17,7 @@ TextPieces::TextPieces(const std::string& dataFile, std::string outputName, std:
 
 bool TextPieces::fail(ConversionResult& result, ConversionResult::Status status, OsError error) const {
     result.status = status;
-    result.subject = name_;
+    result.subject = outputName_ == kStandardOutput ? "standard output" : name_;
     result.error = error;
     return false;
 }
@@ -27,7 +27,9 @@ bool TextPieces::open(ConversionResult& result) {
     if (isSameFile(name_, dataFile_) || isSameFile(name_, RecordDescription::fileNameFor(dataFile_))) {
         return fail(result, ConversionResult::OutputIsInput, {});
     }
-    if (const OsError error = file_.open(name_, FileMode::CreateAlways, FileAccess::Write, FileShare::None);
+    const bool named = outputName_ != kStandardOutput;
+    if (const OsError error = named ? file_.open(name_, FileMode::CreateAlways, FileAccess::Write, FileShare::None)
+                                    : file_.openStandardOutput();
         !error.ok()) {
         return fail(result, ConversionResult::CannotCreate, error);
     }

@@ -211,6 +211,12 @@ OsError File::removeNamed(const std::string& path) {
     return error;
 }
 
+OsError File::openStandardOutput() {
+    const OsError error = close();
+    handle_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    return isOpen() ? error : OsError::last();
+}
+
 OsError File::close() {
     if (!isOpen()) {
         return {};

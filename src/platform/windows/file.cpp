@@ -167,6 +167,17 @@ OsError File::removeNamed(const std::string& path) {
         SetFileInformationByHandle(nativeHandle(handle_), FileDispositionInfo, &disposition, sizeof disposition));
 }
 
+OsError File::openStandardOutput() {
+    const OsError error = close();
+    HANDLE copy = INVALID_HANDLE_VALUE;
+    if (DuplicateHandle(GetCurrentProcess(), GetStdHandle(STD_OUTPUT_HANDLE), GetCurrentProcess(), &copy, 0, FALSE,
+                        DUPLICATE_SAME_ACCESS) == 0) {
+        return OsError::last();
+    }
+    handle_ = reinterpret_cast<intptr_t>(copy);
+    return error;
+}
+
 OsError File::close() {
     return isOpen() ? result(CloseHandle(nativeHandle(std::exchange(handle_, kClosed)))) : OsError();
 }
