@@ -1,0 +1,122 @@
+"""The data files of a recording, read as one."""
+
+from __future__ import annotations
+
+from bisect import bisect_right
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any, Dict, Iterator, List, Sequence, Tuple, Union
+
+import numpy as np
+from numpy.typing import NDArray
+
+from .errors import RecordingError
+from .selection import Selection
+
+MOST_MAPPED = 16  # files that stay mapped: each holds a descriptor, and a recording may have thousands of pieces
+BLOCK_SAMPLES = 1 << 20
+
+
+@dataclass(frozen=True)
+class Piece:
+    """A data file."""
+
+    path: Path
+    number: int  #: 0 for ``<base>.dat``, k for ``<base>_k.dat``
+    begin: int  #: its first frame in the recording as it is here
+    frames: int
+
+    @property
+    def slice(self) -> slice:
+        """Its frames: ``rec.volts[rec.pieces[1].slice]``."""
+        return slice(self.begin, self.begin + self.frames)
+
+
+class Words:
+    """The sample words of all pieces, one behind the other: frames by channels. Nothing is read before it is asked
+    for."""
+
+    def __init__(self, pieces: Sequence[Piece], word: "np.dtype[Any]", channels: int) -> None:
+        self.pieces = tuple(pieces)
+        self.word = word
+        self.channels = channels
+        self.frames = pieces[-1].begin + pieces[-1].frames if pieces else 0
+        self._begins = [piece.begin for piece in pieces]
+        self._mapped: Dict[int, NDArray[Any]] = {}
+
+    def blocks(self, rows: Selection, columns: Union[slice, NDArray[Any]]) -> Iterator[Tuple[slice, NDArray[Any]]]:
+        """The words of a selection of frames, as the files hold them: where each block belongs in the result, and the
+        block, at most about a million samples."""
+        done = 0
+        for index, local in self._parts(rows):
+            words = self._map(index)
+            count = len(range(*local.indices(len(words)))) if isinstance(local, slice) else len(local)
+            width = len(range(*columns.indices(self.channels))) if isinstance(columns, slice) else len(columns)
+            step = max(BLOCK_SAMPLES // max(width, 1), 1)
+            for first in range(0, count, step):
+                last = min(first + step, count)
+                part = _part_of(local, first, last)
+                yield slice(done + first, done + last), words[part][:, columns]
+            done += count
+
+    def _parts(self, rows: Selection) -> "Iterator[Tuple[int, Union[slice, NDArray[Any]]]]":
+        """A selection as rows of pieces, in its order."""
+        if isinstance(rows.index, slice):
+            yield from self._parts_of_slice(rows.index)
+            return
+        owners = np.searchsorted(np.array(self._begins), rows.index, side="right") - 1
+        borders = np.flatnonzero(np.diff(owners)) + 1
+        for run in np.split(np.arange(len(owners)), borders):
+            if len(run):
+                index = int(owners[run[0]])
+                yield index, rows.index[run] - self._begins[index]
+
+    def _parts_of_slice(self, rows: slice) -> Iterator[Tuple[int, slice]]:
+        """`rows` has a start, a stop and a step, as range() has them."""
+        wanted = range(rows.start, rows.stop, rows.step)
+        i = 0
+        while i < len(wanted):
+            index = bisect_right(self._begins, wanted[i]) - 1
+            piece = self.pieces[index]
+            # As many as lie in this piece, from either side.
+            room = piece.begin + piece.frames - 1 - wanted[i] if wanted.step > 0 else wanted[i] - piece.begin
+            count = min(room // abs(wanted.step) + 1, len(wanted) - i)
+            first = wanted[i] - piece.begin
+            stop = first + count * wanted.step
+            yield index, slice(first, stop if stop >= 0 else None, wanted.step)
+            i += count
+
+    def _map(self, index: int) -> NDArray[Any]:
+        """The words of a piece."""
+        words = self._mapped.get(index)
+        if words is None:
+            piece = self.pieces[index]
+            try:
+                mapped = np.memmap(piece.path, self.word, "r", shape=(piece.frames, self.channels))
+            except (OSError, ValueError) as error:
+                raise RecordingError(f"{piece.path}: its {piece.frames} frames can't be read: {error}") from error
+            # Without the class: each index of a memmap makes another one, which costs more than the samples.
+            words = mapped.view(np.ndarray)
+            while len(self._mapped) >= MOST_MAPPED:
+                self._mapped.pop(next(iter(self._mapped)), None)
+            self._mapped[index] = words
+        return words
+
+
+def _part_of(local: Union[slice, NDArray[Any]], first: int, last: int) -> Union[slice, NDArray[Any]]:
+    """Elements `first` to `last` of what a slice or a list chooses."""
+    if not isinstance(local, slice):
+        return local[first:last]
+    stop = local.start + last * local.step
+    return slice(local.start + first * local.step, stop if stop >= 0 else None, local.step)
+
+
+def joined(files: Sequence[Tuple[Path, int, int]]) -> List[Piece]:
+    """Pieces of files, numbers and counts of frames; files without a frame are left out."""
+    pieces: List[Piece] = []
+    begin = 0
+    for path, number, frames in files:
+        if frames:
+            pieces.append(Piece(path, number, begin, frames))
+            begin += frames
+    return pieces

@@ -1,0 +1,82 @@
+"""What stands between the brackets: frames and columns that are chosen."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from typing import Any, Dict, List, Sequence, Tuple, Union
+
+import numpy as np
+from numpy.typing import NDArray
+
+
+@dataclass(frozen=True)
+class Selection:
+    """Indexes out of a known count: a slice with start, stop and step as range() takes them, or a list of them, none of
+    them negative."""
+
+    index: Union[slice, NDArray[Any]]
+    single: bool = False  #: a single one was asked for, so that the result lacks this dimension
+
+    def __len__(self) -> int:
+        if isinstance(self.index, slice):
+            return len(range(self.index.start, self.index.stop, self.index.step))
+        return len(self.index)
+
+    def numbers(self) -> NDArray[np.int64]:
+        """The indexes themselves."""
+        if isinstance(self.index, slice):
+            return np.arange(self.index.start, self.index.stop, self.index.step, dtype=np.int64)
+        return self.index.astype(np.int64)
+
+
+def select(key: Any, count: int, what: str) -> Selection:
+    """Chooses by a number, a slice, a list of numbers or one of truths, all as NumPy takes them."""
+    if key is None or key is Ellipsis:
+        key = slice(None)
+    if isinstance(key, slice):
+        return Selection(slice(*key.indices(count)))
+    numbers = np.asarray(key)
+    if numbers.dtype == np.bool_ and numbers.ndim == 1:
+        if len(numbers) != count:
+            raise IndexError(f"{len(numbers)} truths can't choose among {count} {what}s")
+        return Selection(np.flatnonzero(numbers))
+    if numbers.size == 0 and numbers.ndim == 1:
+        numbers = numbers.astype(np.int64)
+    if numbers.dtype.kind not in "iu" or numbers.ndim > 1:
+        raise IndexError(f"{key!r} is no number of a {what}, no slice and no list of numbers")
+    outside = (numbers < -count) | (numbers >= count)
+    if outside.any():
+        raise IndexError(f"{what} {np.atleast_1d(numbers)[np.atleast_1d(outside)][0]} is not among {count}")
+    index = np.atleast_1d(np.where(numbers < 0, numbers + count, numbers)).astype(np.int64)
+    single = numbers.ndim == 0
+    return Selection(slice(int(index[0]), int(index[0]) + 1, 1) if single else index, single)
+
+
+class Columns:
+    """The names of columns, by which they may be chosen."""
+
+    def __init__(self, names: Sequence[str], what: str) -> None:
+        self.names: Tuple[str, ...] = tuple(names)
+        self._what = what
+        self._places: Dict[str, List[int]] = {}
+        for place, name in enumerate(self.names):
+            self._places.setdefault(name, []).append(place)
+
+    def select(self, key: Any) -> Selection:
+        """Like `select`, by names too, and by lists in which numbers and names stand together."""
+        if isinstance(key, str):
+            key = self.place(key)
+        elif isinstance(key, np.ndarray) and key.dtype.kind == "U":
+            key = [self.place(name) for name in key.tolist()]
+        elif isinstance(key, (list, tuple)):
+            key = [self.place(entry) if isinstance(entry, str) else entry for entry in key]
+        return select(key, len(self.names), self._what)
+
+    def place(self, name: str) -> int:
+        """The column of that name. Raises KeyError."""
+        places = self._places.get(name, [])
+        if not places:
+            raise KeyError(f'no {self._what} is called "{name}"; there are: {", ".join(self.names) or "none"}')
+        if len(places) > 1:
+            raise KeyError(f'the {self._what}s {", ".join(map(str, places))} are all called "{name}": take a number')
+        return places[0]
