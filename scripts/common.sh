@@ -6,13 +6,13 @@ export DEBIAN_FRONTEND=noninteractive
 
 # Packages by purpose, for Debian 12.
 # qt6-translations-l10n has Qt's own texts in Russian; packages for Windows take them along.
-BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev libgcrypt20-dev qt6-base-dev libqcustomplot-dev qt6-translations-l10n
+BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev libgcrypt20-dev zlib1g-dev qt6-base-dev libqcustomplot-dev qt6-translations-l10n
     libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
 # display that goes away.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsonschema)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
-WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev wine wine64)
+WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libz-mingw-w64-dev wine wine64)
 # The packages for Windows, and a display on which the installed program is tried.
 PACKAGING_PACKAGES=(nsis zip unzip xvfb xauth)
 

@@ -35,6 +35,8 @@ struct ConversionInputs {
     RecordedLabels labels;  ///< what is known of the columns; may be nothing
 
     [[nodiscard]] uint32_t frameBytes() const { return bytesPerSample * channelCount; }
+    /// The digital port of a frame, line 0 in the lowest bit.
+    [[nodiscard]] uint32_t port(const uint8_t* frame) const;
     /// The analog code of a sample word.
     [[nodiscard]] int64_t code(uint32_t word) const;
     /// Volts of a code of channel `channel` (position in the frame).

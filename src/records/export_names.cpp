@@ -9,8 +9,8 @@ bool isOutputName(const std::string& name) {
     return !name.empty() && (characters ? characters->size() : name.size()) <= kMaximumOutputName;
 }
 
-std::string defaultOutputName(const std::string& dataFileName) {
-    return dataFileName.substr(0, dataFileName.rfind('.')) + ".csv";
+std::string defaultOutputName(const std::string& dataFileName, const std::string& extension) {
+    return dataFileName.substr(0, dataFileName.rfind('.')) + '.' + extension;
 }
 
 std::string outputPieceName(const std::string& outputName, uint32_t piece) {

@@ -18,8 +18,8 @@ public:
     /// std::bad_alloc.
     FrameReader(File& data, const ConversionInputs& inputs, const FrameChoice& choice, uint64_t frames);
 
-    [[nodiscard]] uint64_t total() const { return total_; }         ///< chosen frames
-    [[nodiscard]] uint64_t taken() const { return taken_; }         ///< read so far
+    [[nodiscard]] uint64_t total() const { return total_; }        ///< chosen frames
+    [[nodiscard]] uint64_t taken() const { return taken_; }        ///< read so far
     [[nodiscard]] size_t frameBytes() const { return outBytes_; }  ///< of a chosen frame
 
     /// Reads the next `count` frames, of which there must be as many left. `done`: fewer when the file has become

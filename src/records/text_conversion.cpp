@@ -159,6 +159,14 @@ std::string describe(const ConversionResult& result) {
             return result.subject + ": the text would replace the recording itself";
         case ConversionResult::BadName:
             return '"' + result.subject + "\" is no name for an output file: 1 to 259 characters are";
+        case ConversionResult::OutputExists:
+            return result.subject + ": is there already";
+        case ConversionResult::CodesTooWide:
+            return "the codes do not fit into " + result.subject + " bits";
+        case ConversionResult::TooManyChannels:
+            return "the format holds " + result.subject + " channels at most";
+        case ConversionResult::RateImpossible:
+            return "the format can not tell this rate";
         case ConversionResult::NothingChosen:
             return result.subject + ": of its " + std::to_string(result.frames) + " frames none was chosen";
     }

@@ -31,7 +31,11 @@ struct ConversionResult {
         CannotWrite = -5,
         OutputIsInput = -6,  ///< the text would replace the data file or its description
         BadName = -7,        ///< empty or too long
-        NothingChosen = -8   ///< the data file ends before what was asked for begins
+        NothingChosen = -8,  ///< the data file ends before what was asked for begins
+        OutputExists = -9,
+        CodesTooWide = -10,     ///< `subject`: the bits that the output has for a code
+        TooManyChannels = -11,  ///< `subject`: the most that the output can have
+        RateImpossible = -12    ///< the output can't tell the rate of the frames
     };
     Status status = Finished;
     std::string subject;         ///< of a failure: the file it is about, or the key

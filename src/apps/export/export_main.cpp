@@ -1,13 +1,12 @@
 #include <atomic>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "apps/export/export_options.h"
 #include "apps/export/progress_line.h"
-#include "config/files/found_labels.h"
-#include "config/files/found_marks.h"
+#include "exports/export_recording.h"
 #include "language/language_table.h"
 #include "platform/run_program.h"
 #include "platform/terminal.h"
@@ -51,64 +50,83 @@ void complainOfInput(const std::string& key, const RecordedKeys& described, cons
 
 /// What is odd about the recording, but does not keep it from being converted.
 void warn(const ConversionResult& result, const RecordedKeys& described, const ExportOptions& options) {
-    if (lacksPacketFrequency(described, options.known, options.format)) {
+    if (lacksPacketFrequency(described, options.known, options.task.format)) {
         complain(
             "warning: the recording was taken in packets; without --packet-frequency the time counts by the "
             "frequency of a channel");
     }
-    if (timeRunsOnOverGaps(described, options.format)) {
+    if (timeRunsOnOverGaps(described, options.task.format)) {
         complain("warning: the recording holds triggered records; its time runs on without the gaps between them");
     }
     if (result.leftoverBytes != 0) {
-        complain("warning: " + options.dataFile + ": " + std::to_string(result.leftoverBytes) +
+        complain("warning: " + options.task.dataFile + ": " + std::to_string(result.leftoverBytes) +
                  " bytes after the last whole frame were left out");
     }
     if (described.frames && *described.frames != result.frames) {
-        complain("warning: " + options.dataFile + " holds " + std::to_string(result.frames) +
+        complain("warning: " + options.task.dataFile + " holds " + std::to_string(result.frames) +
                  " frames, but its description counts " + std::to_string(*described.frames));
     }
 }
 
-int convert(const ExportOptions& options, const std::atomic<bool>& stop) {
-    const std::string description = RecordDescription::fileNameFor(options.dataFile);
-    const RecordedKeys described = readRecordedKeys(description);
-    ConversionInputs inputs = conversionInputs(described, options.known);
-    if (options.format.units || options.format.headings) {
-        FoundLabels found = findLabels(options.dataFile, inputs.channelCount);
-        inputs.labels = std::move(found.labels);
-        if (options.format.units && options.known.ranges.empty()) {
-            putRangesInOrder(inputs, described);
-        }
-        if (!options.quiet && options.format.units && !found.problem.empty()) {
-            complain("warning: " + found.problem + "; the values are volts");
-        }
+/// A lone number is how many channels a frame has, where nothing else tells.
+void takeChannelCount(ExportOptions& options, const RecordedKeys& described) {
+    std::string& list = options.task.wish.channels;
+    if (described.channelCount || options.known.channelCount || list.empty() ||
+        list.find_first_not_of("0123456789") != std::string::npos) {
+        return;
     }
-    if (options.format.marks) {
-        const RecordedMarks recorded = findRecordedMarks(options.dataFile, inputs.frameBytes());
-        inputs.marks = marksOfFile(recorded, options.dataFile, inputs.frameBytes());
-        if (!options.quiet && (!recorded.problem.empty() || recorded.marks.empty())) {
-            complain("warning: " + (recorded.problem.empty() ? "nothing was marked" : recorded.problem));
-        }
+    constexpr size_t kMostDigits = 9;
+    options.known.channelCount =
+        list.size() > kMostDigits ? std::numeric_limits<uint32_t>::max() : static_cast<uint32_t>(std::stoul(list));
+    list.clear();
+}
+
+void tellSurroundings(const ExportSurroundings& around) {
+    if (!around.unitsProblem.empty()) {
+        complain("warning: " + around.unitsProblem + "; the values are volts");
+    }
+    if (!around.marksProblem.empty()) {
+        complain("warning: " + around.marksProblem);
+    }
+}
+
+int convert(ExportOptions& options, const std::atomic<bool>& stop) {
+    ExportTask& task = options.task;
+    const std::string description = RecordDescription::fileNameFor(task.dataFile);
+    const RecordedKeys described = readRecordedKeys(description);
+    takeChannelCount(options, described);
+    const ExportSurroundings around = lookAround(task, described, options.known);
+    if (around.wishProblem != WishProblem::None) {
+        complain(task.dataFile + ": " + describe(around.wishProblem, around.wishSubject));
+        return kBad;
+    }
+    if (!options.quiet) {
+        tellSurroundings(around);
     }
     ConversionProgress progress;
     ConversionResult result;
+    ExportNotes notes;
     {
         std::unique_ptr<ProgressLine> line;
         if (!options.quiet && errorOutputIsTerminal()) {
             line = std::make_unique<ProgressLine>(progress);
         }
-        result = convertToText(options.dataFile, options.outputName, options.format, inputs, progress, stop);
+        result = exportRecording(task, progress, stop, notes);
     }
     if (result.status == ConversionResult::BadInput) {
         complainOfInput(result.subject, described, description);
         return kBad;
     }
     if (result.status < ConversionResult::Finished) {
-        complain(describe(result));
+        const bool there = result.status == ConversionResult::OutputExists;
+        complain(describe(result) + (there ? "; --overwrite replaces it" : ""));
         return kBad;
     }
     if (!options.quiet) {
         warn(result, described, options);
+        for (const ExportNote& note : notes) {
+            complain("note: " + describe(note));
+        }
     }
     return result.status == ConversionResult::Stopped ? kStopped : kDone;
 }

@@ -2,16 +2,14 @@
 
 #include <string>
 
+#include "exports/export_recording.h"
 #include "records/conversion_inputs.h"
-#include "records/export_format.h"
 
 namespace tarno2 {
 
 /// What the command line asks for.
 struct ExportOptions {
-    std::string dataFile;
-    std::string outputName;  ///< never empty once parsed
-    ExportFormat format;
+    ExportTask task;  ///< row, files, format and wish; the output's name is never empty once parsed
     KnownInputs known;
     bool quiet = false;
 };

@@ -1,0 +1,91 @@
+#include "exports/channel_scale.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kMostDigits = 17;
+
+std::string formatted(double value, std::chars_format format, int precision) {
+    std::array<char, 400> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, format, precision);
+    return {text.data(), end.ptr};
+}
+
+double readBack(const std::string& text) {
+    double value = 0.0;
+    std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
+
+/// Without zeros behind the point that say nothing.
+std::string trimmed(std::string text) {
+    if (text.find('.') != std::string::npos && text.find('e') == std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.') {
+            text.pop_back();
+        }
+    }
+    return text == "-0" ? "0" : text;
+}
+
+}  // namespace
+
+ChannelScale::ChannelScale(const ConversionInputs& inputs, size_t channel, bool inUnit) {
+    const auto [upper, lower] = inputs.ranges[channel];
+    step = (upper - lower) / (inputs.codeMaximum - inputs.codeMinimum);
+    zero = lower - inputs.codeMinimum * step;
+    if (inUnit) {
+        const ChannelLabel& label = inputs.labels.labelOf(channel);
+        step *= label.factor;
+        zero = zero * label.factor + label.offset;
+    }
+}
+
+std::string numberText(double value, size_t length) {
+    std::string best;
+    for (const auto format : {std::chars_format::fixed, std::chars_format::scientific}) {
+        for (int precision = 0; precision < kMostDigits; ++precision) {
+            std::string text = trimmed(formatted(value, format, precision));
+            const bool better = best.empty() || std::fabs(readBack(text) - value) < std::fabs(readBack(best) - value);
+            if (text.size() <= length && better) {
+                best = std::move(text);
+            }
+        }
+        if (!best.empty() && (value == 0.0 || readBack(best) != 0.0)) {
+            break;
+        }
+    }
+    return best;
+}
+
+std::string fullScaleText(const ConversionInputs& inputs, int64_t subtracted, size_t mostChannels) {
+    constexpr size_t kLength = 12;
+    const auto lowest = inputs.codeSigned ? -(int64_t{1} << (inputs.codeBits - 1)) : 0;
+    const int64_t highest = lowest + (int64_t{1} << inputs.codeBits) - 1;
+    std::string text;
+    for (size_t i = 0; i < inputs.channelCount; ++i) {
+        if (i == mostChannels) {
+            return text + "; ...";
+        }
+        text += (i == 0 ? "" : "; ") + inputs.labels.channelName(i) + ": ";
+        if (i >= inputs.ranges.size()) {
+            text += std::to_string(inputs.codeBits) + " bits";
+            continue;
+        }
+        const ChannelScale scale(inputs, i, true);
+        const std::string unit = " " + inputs.labels.labelOf(i).unitText();
+        text += std::to_string(lowest - subtracted) + " = " +
+                numberText(scale.value(static_cast<double>(lowest)), kLength) + unit + ", " +
+                std::to_string(highest - subtracted) + " = " +
+                numberText(scale.value(static_cast<double>(highest)), kLength) + unit;
+    }
+    return text;
+}
+
+}  // namespace tarno2

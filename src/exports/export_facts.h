@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "records/conversion_inputs.h"
+
+namespace tarno2 {
+
+/// What is known of a data file besides its samples.
+struct ExportFacts {
+    /// When its first frame came, by the clocks of the place where it was recorded: microseconds since 1970.
+    std::optional<int64_t> start;
+    std::string device;              ///< driver and board, UTF-8; may be empty
+    std::string comment;             ///< of the operator, UTF-8; may be empty
+    std::vector<uint64_t> triggers;  ///< the frames of the file that triggered a record
+};
+
+/// Looks for them: in the passport of the recording, of which the data file may be a piece, else in the description.
+/// Throws std::bad_alloc.
+[[nodiscard]] ExportFacts findExportFacts(const std::string& dataFile, const RecordedKeys& described);
+
+}  // namespace tarno2

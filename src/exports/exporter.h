@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "exports/export_facts.h"
+#include "exports/export_sink.h"
+#include "records/conversion_inputs.h"
+#include "records/export_format.h"
+
+namespace tarno2 {
+
+/// What an exporter is told of the frames that it will get.
+struct ExportSubject {
+    ConversionInputs inputs;  ///< of these frames: the chosen channels, marks by their numbers
+    ExportFormat format;      ///< how values are wanted: codes, volts or units
+    uint32_t sampleBits = 0;  ///< of a sample in the output; 0: what the codes need
+    double rate = 0.0;        ///< frames a second, Hz
+    uint64_t frames = 0;      ///< how many come, unless it is stopped
+    ExportFacts facts;        ///< their triggers by their numbers, too
+};
+
+/// What the user should know of an output that was made.
+struct ExportNote {
+    enum Kind : uint8_t {
+        FullScale,         ///< detail: what the numbers of the channels mean
+        LinesLeftOut,      ///< the format has no place for digital lines
+        LowBitsLeftOut,    ///< detail: how many bits of each code
+        RateRounded,       ///< detail: the rate that the output tells, Hz
+        LastRecordPadded,  ///< detail: by how many frames
+        NamesReplaced,     ///< letters that the format does not take
+        LimitsRounded,     ///< the limits of channels have more digits than the format
+        LongHeader         ///< detail: its bytes
+    };
+    Kind kind;
+    std::string detail;
+};
+using ExportNotes = std::vector<ExportNote>;
+
+/// The note in English, in one line.
+[[nodiscard]] std::string describe(const ExportNote& note);
+
+/// Writes frames in one form. `begin`, `frames` any number of times, `end`; false when the sink failed, which then has
+/// the error. Memory does not grow with the frames.
+class Exporter {
+public:
+    virtual ~Exporter() = default;
+    virtual bool begin(ExportSink& sink) = 0;
+    /// `count` frames, one behind the other.
+    virtual bool frames(ExportSink& sink, const uint8_t* frames, size_t count) = 0;
+    /// `frames`: how many there were; fewer than announced after a stop. What was begun becomes a file that opens.
+    virtual bool end(ExportSink& sink, uint64_t frames) = 0;
+};
+
+}  // namespace tarno2

@@ -1,0 +1,29 @@
+#include "exports/exporters.h"
+
+#include <algorithm>
+#include <array>
+
+#include "exports/make_exporters.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr std::array kRows = {
+    ExporterRow{"csv", "csv", "CSV", kTextOptions | kDataOption, false, false, false, false, nullptr},
+    ExporterRow{"wav", "wav", "WAV, RF64", kBitsOption, true, false, false, false, makeWav},
+    ExporterRow{"npy", "npy", "NumPy (NPY)", kDataOption, false, false, false, false, makeNpy},
+};
+
+}  // namespace
+
+std::span<const ExporterRow> exporters() {
+    return kRows;
+}
+
+const ExporterRow* findExporter(std::string_view name) {
+    const auto* const row = std::ranges::find(kRows, name, [](const ExporterRow& each) { return each.name; });
+    return row == kRows.end() ? nullptr : row;
+}
+
+}  // namespace tarno2
