@@ -48,9 +48,9 @@ def open_recording(path: "str | Path") -> Recording:
     return Recording(facts)
 
 
-def open_folder(folder: "str | Path", pattern: str = "*") -> List[Recording]:
-    """Opens every recording whose data file lies in a folder, in the order of the names; pieces once. Files that are no
-    recordings are passed over."""
+def open_folder(folder: "str | Path", pattern: str = "*.dat") -> List[Recording]:
+    """Opens every recording whose data file lies in a folder, in the order of the names; the pieces of each once. Data
+    without a description and a passport are passed over."""
     place = Path(folder)
     if not place.is_dir():
         raise RecordingError(f"{place}: there is no such folder")

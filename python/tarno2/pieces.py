@@ -11,7 +11,7 @@ import numpy as np
 from numpy.typing import NDArray
 
 from .errors import RecordingError
-from .selection import Selection
+from .selection import Selection, as_key
 
 MOST_MAPPED = 16  # files that stay mapped: each holds a descriptor, and a recording may have thousands of pieces
 BLOCK_SAMPLES = 1 << 20
@@ -44,25 +44,22 @@ class Words:
         self._begins = [piece.begin for piece in pieces]
         self._mapped: Dict[int, NDArray[Any]] = {}
 
-    def blocks(self, rows: Selection, columns: Union[slice, NDArray[Any]]) -> Iterator[Tuple[slice, NDArray[Any]]]:
-        """The words of a selection of frames, as the files hold them: where each block belongs in the result, and the
-        block, at most about a million samples."""
+    def blocks(self, rows: Selection, columns: Selection) -> Iterator[Tuple[slice, NDArray[Any]]]:
+        """The words of a selection, as the files hold them: where each block belongs in the result, and the block, at
+        most about a million samples."""
+        step = max(BLOCK_SAMPLES // max(len(columns), 1), 1)
         done = 0
         for index, local in self._parts(rows):
             words = self._map(index)
-            count = len(range(*local.indices(len(words)))) if isinstance(local, slice) else len(local)
-            width = len(range(*columns.indices(self.channels))) if isinstance(columns, slice) else len(columns)
-            step = max(BLOCK_SAMPLES // max(width, 1), 1)
-            for first in range(0, count, step):
-                last = min(first + step, count)
-                part = _part_of(local, first, last)
-                yield slice(done + first, done + last), words[part][:, columns]
-            done += count
+            for first in range(0, len(local), step):
+                part = local[first : first + step]
+                yield slice(done, done + len(part)), words[as_key(part)][:, columns.key]
+                done += len(part)
 
-    def _parts(self, rows: Selection) -> "Iterator[Tuple[int, Union[slice, NDArray[Any]]]]":
+    def _parts(self, rows: Selection) -> Iterator[Tuple[int, Union[range, NDArray[Any]]]]:
         """A selection as rows of pieces, in its order."""
-        if isinstance(rows.index, slice):
-            yield from self._parts_of_slice(rows.index)
+        if isinstance(rows.index, range):
+            yield from self._parts_of_range(rows.index)
             return
         owners = np.searchsorted(np.array(self._begins), rows.index, side="right") - 1
         borders = np.flatnonzero(np.diff(owners)) + 1
@@ -71,20 +68,15 @@ class Words:
                 index = int(owners[run[0]])
                 yield index, rows.index[run] - self._begins[index]
 
-    def _parts_of_slice(self, rows: slice) -> Iterator[Tuple[int, slice]]:
-        """`rows` has a start, a stop and a step, as range() has them."""
-        wanted = range(rows.start, rows.stop, rows.step)
-        i = 0
-        while i < len(wanted):
-            index = bisect_right(self._begins, wanted[i]) - 1
+    def _parts_of_range(self, rows: range) -> Iterator[Tuple[int, range]]:
+        while rows:
+            index = bisect_right(self._begins, rows[0]) - 1
             piece = self.pieces[index]
             # As many as lie in this piece, from either side.
-            room = piece.begin + piece.frames - 1 - wanted[i] if wanted.step > 0 else wanted[i] - piece.begin
-            count = min(room // abs(wanted.step) + 1, len(wanted) - i)
-            first = wanted[i] - piece.begin
-            stop = first + count * wanted.step
-            yield index, slice(first, stop if stop >= 0 else None, wanted.step)
-            i += count
+            room = piece.begin + piece.frames - 1 - rows[0] if rows.step > 0 else rows[0] - piece.begin
+            part = rows[: room // abs(rows.step) + 1]
+            yield index, range(part.start - piece.begin, part.stop - piece.begin, part.step)
+            rows = rows[len(part) :]
 
     def _map(self, index: int) -> NDArray[Any]:
         """The words of a piece."""
@@ -101,14 +93,6 @@ class Words:
                 self._mapped.pop(next(iter(self._mapped)), None)
             self._mapped[index] = words
         return words
-
-
-def _part_of(local: Union[slice, NDArray[Any]], first: int, last: int) -> Union[slice, NDArray[Any]]:
-    """Elements `first` to `last` of what a slice or a list chooses."""
-    if not isinstance(local, slice):
-        return local[first:last]
-    stop = local.start + last * local.step
-    return slice(local.start + first * local.step, stop if stop >= 0 else None, local.step)
 
 
 def joined(files: Sequence[Tuple[Path, int, int]]) -> List[Piece]:

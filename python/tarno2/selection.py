@@ -9,24 +9,38 @@ import numpy as np
 from numpy.typing import NDArray
 
 
+Key = Union[slice, NDArray[Any]]
+
+
 @dataclass(frozen=True)
 class Selection:
-    """Indexes out of a known count: a slice with start, stop and step as range() takes them, or a list of them, none of
-    them negative."""
+    """Indexes out of a known count, none of them negative."""
 
-    index: Union[slice, NDArray[Any]]
+    index: Union[range, NDArray[Any]]
     single: bool = False  #: a single one was asked for, so that the result lacks this dimension
 
     def __len__(self) -> int:
-        if isinstance(self.index, slice):
-            return len(range(self.index.start, self.index.stop, self.index.step))
         return len(self.index)
 
-    def numbers(self) -> NDArray[np.int64]:
+    @property
+    def key(self) -> Key:
+        """For the brackets of an array."""
+        return as_key(self.index)
+
+    def numbers(self) -> NDArray[Any]:
         """The indexes themselves."""
-        if isinstance(self.index, slice):
+        if isinstance(self.index, range):
             return np.arange(self.index.start, self.index.stop, self.index.step, dtype=np.int64)
-        return self.index.astype(np.int64)
+        return self.index
+
+
+def as_key(index: Union[range, NDArray[Any]]) -> Key:
+    """A slice where a range can be one: a backward one to the very first element has no stop."""
+    if not isinstance(index, range):
+        return index
+    if not index:
+        return slice(0, 0)
+    return slice(index.start, index.stop if index.stop >= 0 else None, index.step)
 
 
 def select(key: Any, count: int, what: str) -> Selection:
@@ -34,7 +48,7 @@ def select(key: Any, count: int, what: str) -> Selection:
     if key is None or key is Ellipsis:
         key = slice(None)
     if isinstance(key, slice):
-        return Selection(slice(*key.indices(count)))
+        return Selection(range(*key.indices(count)))
     numbers = np.asarray(key)
     if numbers.dtype == np.bool_ and numbers.ndim == 1:
         if len(numbers) != count:
@@ -49,7 +63,7 @@ def select(key: Any, count: int, what: str) -> Selection:
         raise IndexError(f"{what} {np.atleast_1d(numbers)[np.atleast_1d(outside)][0]} is not among {count}")
     index = np.atleast_1d(np.where(numbers < 0, numbers + count, numbers)).astype(np.int64)
     single = numbers.ndim == 0
-    return Selection(slice(int(index[0]), int(index[0]) + 1, 1) if single else index, single)
+    return Selection(range(int(index[0]), int(index[0]) + 1) if single else index, single)
 
 
 class Columns:

@@ -60,7 +60,7 @@ class Codes(View):
         self._words, self._layout = words, layout
 
     def _read(self, rows: Selection, columns: Selection, values: NDArray[Any]) -> None:
-        for place, words in self._words.blocks(rows, columns.index):
+        for place, words in self._words.blocks(rows, columns):
             values[place] = self._layout.codes(words)
 
 
@@ -74,8 +74,8 @@ class Scaled(View):
         self._words, self._layout, self._factors, self._offsets = words, layout, factors, offsets
 
     def _read(self, rows: Selection, columns: Selection, values: NDArray[Any]) -> None:
-        factors, offsets = self._factors[columns.index], self._offsets[columns.index]
-        for place, words in self._words.blocks(rows, columns.index):
+        factors, offsets = self._factors[columns.key], self._offsets[columns.key]
+        for place, words in self._words.blocks(rows, columns):
             np.multiply(self._layout.codes(words), factors, out=values[place])
             values[place] += offsets
 
@@ -88,8 +88,8 @@ class Lines(View):
         self._words, self._layout = words, layout
 
     def _read(self, rows: Selection, columns: Selection, values: NDArray[Any]) -> None:
-        for place, words in self._words.blocks(rows, slice(0, 1, 1)):
-            values[place] = self._layout.lines(words[:, 0])[:, columns.index]
+        for place, words in self._words.blocks(rows, Selection(range(1))):
+            values[place] = self._layout.lines(words[:, 0])[:, columns.key]
 
 
 class FrameView:
