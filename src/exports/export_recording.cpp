@@ -94,13 +94,13 @@ void writeOutput(const ExportTask& task, FrameReader& reader, Exporter& exporter
             exporter.end(sink, frames);
         }
     }
-    if (!sink.error().ok()) {
+    // What is there becomes a file that opens, if there is room for its end.
+    if (!sink.error().ok() && goodBytes != 0 && sink.cutBack(goodBytes)) {
+        exporter.end(sink, frames);
+    }
+    if (!sink.firstError().ok()) {
         result.status = ConversionResult::CannotWrite;
-        result.error = sink.error();
-        // What is there becomes a file that opens, if there is room for its end.
-        if (goodBytes != 0 && sink.cutBack(goodBytes)) {
-            exporter.end(sink, frames);
-        }
+        result.error = sink.firstError();
     }
     result.subject = result.status == ConversionResult::CannotRead ? task.dataFile : outputWords(task);
     if (const OsError error = sink.close(); !error.ok() && result.status >= ConversionResult::Finished) {

@@ -11,36 +11,39 @@ OsError ExportSink::open(const std::string& name, bool replace) {
                    : file_.openStandardOutput();
 }
 
-bool ExportSink::write(const void* data, size_t size) {
-    if (error_.ok()) {
-        size_t done = 0;
-        error_ = file_.write(data, size, done);
-        position_ += done;
+bool ExportSink::keep(const OsError& error) {
+    error_ = error;
+    if (firstError_.ok()) {
+        firstError_ = error;
     }
     return error_.ok();
 }
 
-bool ExportSink::patch(uint64_t offset, std::string_view bytes) {
-    if (error_.ok() && isFile_) {
-        size_t done = 0;
-        error_ = file_.seek(offset);
-        if (error_.ok()) {
-            error_ = file_.write(bytes.data(), bytes.size(), done);
-        }
-        if (error_.ok()) {
-            error_ = file_.seek(position_);
-        }
+bool ExportSink::write(const void* data, size_t size) {
+    if (!error_.ok()) {
+        return false;
     }
-    return error_.ok();
+    size_t done = 0;
+    const OsError error = file_.write(data, size, done);
+    position_ += done;
+    return keep(error);
+}
+
+bool ExportSink::patch(uint64_t offset, std::string_view bytes) {
+    if (!error_.ok() || !isFile_) {
+        return error_.ok();
+    }
+    size_t done = 0;
+    return keep(file_.seek(offset)) && keep(file_.write(bytes.data(), bytes.size(), done)) &&
+           keep(file_.seek(position_));
 }
 
 bool ExportSink::cutBack(uint64_t size) {
     if (!isFile_) {
         return false;
     }
-    error_ = file_.truncate(size);
     position_ = size;
-    return error_.ok();
+    return keep(file_.truncate(size));
 }
 
 }  // namespace tarno2

@@ -27,12 +27,17 @@ public:
     [[nodiscard]] uint64_t position() const { return position_; }  ///< bytes written
     [[nodiscard]] bool isFile() const { return isFile_; }
     [[nodiscard]] const OsError& error() const { return error_; }
+    /// The first error that there was, whatever was cut back since.
+    [[nodiscard]] const OsError& firstError() const { return firstError_; }
 
 private:
+    bool keep(const OsError& error);
+
     File file_;
     bool isFile_ = true;
     uint64_t position_ = 0;
     OsError error_;
+    OsError firstError_;
 };
 
 }  // namespace tarno2

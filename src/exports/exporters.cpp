@@ -12,7 +12,10 @@ namespace {
 constexpr std::array kRows = {
     ExporterRow{"csv", "csv", "CSV", kTextOptions | kDataOption, false, false, false, false, nullptr},
     ExporterRow{"wav", "wav", "WAV, RF64", kBitsOption, true, false, false, false, makeWav},
+    ExporterRow{"sr", "sr", "sigrok (SR)", kDataOption, true, true, false, true, makeSession},
     ExporterRow{"npy", "npy", "NumPy (NPY)", kDataOption, false, false, false, false, makeNpy},
+    ExporterRow{"edf", "edf", "EDF+", 0, true, true, true, false, makeEdf},
+    ExporterRow{"bdf", "bdf", "BDF+", 0, true, true, true, false, makeBdf},
 };
 
 }  // namespace

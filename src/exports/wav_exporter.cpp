@@ -36,9 +36,7 @@ public:
     WavExporter(const ExportSubject& subject, uint32_t bits)
         : subject_(subject), codes_(subject.inputs, true), bytes_(bits / kByteBits) {}
 
-    bool begin(ExportSink& sink) override {
-        return sink.write(headerOf(subject_.frames));
-    }
+    bool begin(ExportSink& sink) override { return sink.write(headerOf(subject_.frames)); }
 
     bool frames(ExportSink& sink, const uint8_t* frames, size_t count) override {
         const size_t samples = count * subject_.inputs.channelCount;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "exports/export_sink.h"
+
+namespace tarno2 {
+
+/// A file in a zip archive.
+struct ZipEntry {
+    std::string name;
+    uint64_t offset = 0;  ///< of its header in the archive, bytes
+    uint32_t checksum = 0;
+    uint32_t packed = 0;  ///< bytes in the archive
+    uint32_t size = 0;    ///< bytes of what it holds
+    bool deflated = false;
+};
+
+/// The list that ends an archive: its entries begin at `begin`. Numbers for which the form of 32 bits is too small stand
+/// in that of 64.
+[[nodiscard]] std::string zipDirectory(std::span<const ZipEntry> entries, uint64_t begin);
+
+/// Writes a zip archive from its begin to its end, so that it needs no file. Files in it are below 4 GiB each.
+class ZipWriter {
+public:
+    /// Packs a whole file into the archive. False when the sink failed. Throws std::bad_alloc.
+    bool add(ExportSink& sink, const std::string& name, std::string_view contents);
+    /// Ends the archive. Where the list does not fit onto the disk the newest files give way to it.
+    bool finish(ExportSink& sink);
+
+private:
+    std::vector<ZipEntry> entries_;
+    std::string packed_;
+};
+
+}  // namespace tarno2
