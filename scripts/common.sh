@@ -7,7 +7,7 @@ export DEBIAN_FRONTEND=noninteractive
 # Packages by purpose, for Debian 12.
 # qt6-translations-l10n has Qt's own texts in Russian; packages for Windows take them along.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev libgcrypt20-dev zlib1g-dev qt6-base-dev libqcustomplot-dev qt6-translations-l10n
-    libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev)
+    libfftw3-dev libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
 # display that goes away.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsonschema)

@@ -1,0 +1,50 @@
+#include "measure/edge_times.h"
+
+namespace tarno2 {
+
+void EdgeTimes::rise(double time) {
+    if (rises_ == 0) {
+        firstRise_ = time;
+    } else if (lastFall_) {
+        high_ += *lastFall_ - lastRise_;
+    }
+    lastRise_ = time;
+    lastFall_.reset();
+    ++rises_;
+}
+
+void EdgeTimes::fall(double time) {
+    (rises_ > 0 ? lastFall_ : firstFall_) = time;
+    ++falls_;
+}
+
+void EdgeTimes::join(const EdgeTimes& next) {
+    const uint64_t falls = falls_ + next.falls_;
+    if (next.firstFall_) {
+        fall(*next.firstFall_);
+    }
+    if (next.rises_ > 0) {
+        rise(next.firstRise_);
+        high_ += next.high_;
+        lastRise_ = next.lastRise_;
+        lastFall_ = next.lastFall_;
+        rises_ += next.rises_ - 1;
+    }
+    falls_ = falls;
+}
+
+std::optional<double> EdgeTimes::period() const {
+    if (rises_ < 2) {
+        return std::nullopt;
+    }
+    return (lastRise_ - firstRise_) / static_cast<double>(rises_ - 1);
+}
+
+std::optional<double> EdgeTimes::duty() const {
+    if (rises_ < 2 || !(lastRise_ > firstRise_)) {
+        return std::nullopt;
+    }
+    return high_ / (lastRise_ - firstRise_);
+}
+
+}  // namespace tarno2

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace tarno2 {
+
+/// Rising and falling edges of one signal, summed up as they come, in turns. Times are frames, broken ones too.
+class EdgeTimes {
+public:
+    void rise(double time);
+    void fall(double time);
+    /// Takes over the edges that followed, of a stretch that begins where this one ends.
+    void join(const EdgeTimes& next);
+
+    [[nodiscard]] uint64_t count() const { return rises_ + falls_; }
+    /// Of the whole periods from the first rising edge to the last, frames. Nothing with fewer than two.
+    [[nodiscard]] std::optional<double> period() const;
+    /// Part of those periods in which the signal was high, 0 to 1.
+    [[nodiscard]] std::optional<double> duty() const;
+
+private:
+    uint64_t rises_ = 0;
+    uint64_t falls_ = 0;
+    double firstRise_ = 0.0;
+    double lastRise_ = 0.0;
+    double high_ = 0.0;                ///< from the first rising edge to the last
+    std::optional<double> lastFall_;   ///< after the last rising edge
+    std::optional<double> firstFall_;  ///< before the first rising edge
+};
+
+}  // namespace tarno2
