@@ -6,9 +6,9 @@
 For each channel of each recording the power spectral density by Welch's method, in the channel's unit squared a hertz:
 segments of LENGTH frames with Hann's window, averaged. A chunk of the array is a part of one data file; a worker opens
 that file by itself, and only sums of spectra come back. They are added in the order of the recording, so any number of
-workers gives the same result to the last bit. With Client("tcp://host:8786") in place of the LocalCluster it runs on the
-computers of a network, which all must see the folder under the same path. Of a recording with triggers take a LENGTH
-that divides its records, else some segments reach from one record into the next.
+workers gives the same result to the last bit. With Client("tcp://host:8786") in place of the LocalCluster it runs on
+the computers of a network, which all must see the folder under the same path. Of a recording with triggers take a
+LENGTH that divides its records, else some segments reach from one record into the next.
 """
 
 from __future__ import annotations

@@ -7,9 +7,9 @@
     rec.units[::1000]                             # every channel, in its unit, each thousandth frame
     rec.lines[:, 0], rec.time[:1000], rec.utc[-1], rec.marks, rec.records[3]
 
-`open` takes a data file, its description or its passport and joins the pieces of a recording that was cut; `open_folder`
-opens all recordings of a folder. `Recording` tells what is there. NumPy is all that is needed; the exports
-(`to_hdf5`, `to_xarray`, `to_dask`, `to_mne`) want the libraries that they are called after.
+`open` takes a data file, its description or its passport and joins the pieces of a recording that was cut;
+`open_folder` opens all recordings of a folder. `Recording` tells what is there. NumPy is all that is needed; the
+exports (`to_hdf5`, `to_xarray`, `to_dask`, `to_mne`) want the libraries that they are called after.
 """
 
 from .clock import Clock

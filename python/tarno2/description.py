@@ -85,9 +85,7 @@ def _layout(path: Path, keys: KeyValueText) -> SampleLayout:
     ):
         raise _unusable(path, "DataFormat")
     # Where there is no port its fields may be -1, which is "undefined".
-    return SampleLayout(
-        width, shift, bits, signed == 1, max(line_shift, 0), line_mask & 0xFFFFFFFF, max(line_bits, 0)
-    )
+    return SampleLayout(width, shift, bits, signed == 1, max(line_shift, 0), line_mask & 0xFFFFFFFF, max(line_bits, 0))
 
 
 def _ranges(path: Path, keys: KeyValueText, channel_count: int) -> Tuple[Tuple[float, float], ...]:

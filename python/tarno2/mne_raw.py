@@ -1,8 +1,8 @@
 """Recordings for MNE-Python.
 
-The samples are volts, which is what MNE counts in; the digital lines are one stimulus channel `STI` whose bit *i* is line
-*i*. Marks are annotations, triggers too (`trigger`), and where frames do not follow each other there is the annotation
-`EDGE boundary`, over which MNE's filters do not reach.
+The samples are volts, which is what MNE counts in; the digital lines are one stimulus channel `STI` whose bit *i* is
+line *i*. Marks are annotations, triggers too (`trigger`), and where frames do not follow each other there is the
+annotation `EDGE boundary`, over which MNE's filters do not reach.
 """
 
 from __future__ import annotations

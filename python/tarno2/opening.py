@@ -167,7 +167,9 @@ def _facts(
     if places is None:
         notes.append(f"{files.data()}: the gaps between its frames are not known; its time runs on over them")
     if known and known.packets and not passport:
-        notes.append(f"{files.data()}: taken in packets, whose rate only a passport tells; its time counts by Frequency")
+        notes.append(
+            f"{files.data()}: taken in packets, whose rate only a passport tells; its time counts by Frequency"
+        )
     return Facts(
         path=pieces[0].path if pieces else files.data(),
         layout=layout,
@@ -199,7 +201,17 @@ def _rate(passport: Optional[Passport], known: Optional[Description]) -> float:
 def _channels(passport: Optional[Passport], known: Optional[Description], count: int) -> Tuple[Channel, ...]:
     if passport:
         told = [
-            Channel(0, c.number, c.name or f"Channel {c.number}", c.unit or "V", c.factor, c.offset, c.upper, c.lower, c.gain)
+            Channel(
+                0,
+                c.number,
+                c.name or f"Channel {c.number}",
+                c.unit or "V",
+                c.factor,
+                c.offset,
+                c.upper,
+                c.lower,
+                c.gain,
+            )
             for c in passport.channels
         ]
         backward = passport.backward

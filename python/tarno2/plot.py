@@ -16,7 +16,9 @@ POINTS = 2000  # of a curve: more than a picture has columns
 BLOCK_SAMPLES = 1 << 22
 
 
-def envelope(view: Any, first: int, last: int, columns: Any, points: int) -> Tuple[NDArray[Any], NDArray[Any], NDArray[Any]]:
+def envelope(
+    view: Any, first: int, last: int, columns: Any, points: int
+) -> Tuple[NDArray[Any], NDArray[Any], NDArray[Any]]:
     """The first frame, the lowest and the highest value of each of so many runs of frames, of each column. Reads every
     frame, block by block."""
     borders = np.unique(np.linspace(first, last, min(points, max(last - first, 1)) + 1).astype(np.int64))

@@ -64,9 +64,10 @@ class Facts:
 class Recording:
     """All data files of a recording as one, with their names, units, time, records and marks.
 
-    Samples stay on the disk until they are asked for: ``rec.volts[1_000_000:2_000_000, "bearing"]`` reads one channel of
-    a million frames. A *frame* is one sample of every channel; a column is told by its number, from 0, or by its name. An
-    object may be used by many threads at once, and be sent to other processes, which open the files themselves.
+    Samples stay on the disk until they are asked for: ``rec.volts[1_000_000:2_000_000, "bearing"]`` reads one channel
+    of a million frames. A *frame* is one sample of every channel; a column is told by its number, from 0, or by its
+    name. An object may be used by many threads at once, and be sent to other processes, which open the files
+    themselves.
     """
 
     def __init__(self, facts: Facts) -> None:
@@ -91,7 +92,7 @@ class Recording:
         self.lines = Lines(words, facts.layout, Columns(facts.line_names, "line"))
         #: Seconds from the first frame of the stream, of each frame.
         self.time = FrameView(words.frames, np.dtype(np.float64), self._seconds)
-        #: Time of each frame by the computer's clock, UTC, to the nanosecond as computed; RecordingError without a passport.
+        #: Time of each frame by the computer's clock, UTC; RecordingError without a passport.
         self.utc = FrameView(words.frames, np.dtype("datetime64[ns]"), self._utc)
         #: The frame of the stream that each frame is; RecordingError where nobody knows.
         self.stream = FrameView(words.frames, np.dtype(np.int64), self._stream)
@@ -198,7 +199,9 @@ class Recording:
     def breaks(self) -> NDArray[Any]:
         """Frames that do not follow the one before them by one period: first ones of records, and of pieces behind one
         that was taken away. Where nobody knows what was kept, first ones of records alone."""
-        begins = self.records.begins if len(self.records) else np.array([piece.begin for piece in self.pieces], np.int64)
+        begins = (
+            self.records.begins if len(self.records) else np.array([piece.begin for piece in self.pieces], np.int64)
+        )
         followers: NDArray[Any] = begins[1:]
         if self._facts.places is not None and len(followers):
             followers = followers[self._stream(followers) != self._stream(followers - 1) + 1]
@@ -234,7 +237,7 @@ class Recording:
         return dask_arrays.array(self, values, block)
 
     def to_xarray(self) -> Any:
-        """An xarray Dataset of volts, units, codes and lines that reads what is computed: see `tarno2.xarray_dataset`."""
+        """An xarray Dataset of volts, units, codes and lines, read when computed: see `tarno2.xarray_dataset`."""
         return xarray_dataset.dataset(self)
 
     def to_mne(self, frames: slice = slice(None), channels: Any = None, kind: str = "misc") -> Any:
@@ -254,7 +257,9 @@ class Recording:
     def __repr__(self) -> str:
         names: List[str] = [channel.name for channel in self.channels]
         shown = ", ".join(names[:4]) + (", ..." if len(names) > 4 else "")
-        return f"<Recording {self.path.name}: {self.frames} frames at {self.rate:g} Hz of {len(names)} channels ({shown})>"
+        return (
+            f"<Recording {self.path.name}: {self.frames} frames at {self.rate:g} Hz of {len(names)} channels ({shown})>"
+        )
 
 
 def _reopened(path: str) -> Recording:

@@ -59,10 +59,12 @@ class TriggerRecords(Sequence):  # type: ignore[type-arg]
         return len(self.begins)
 
     @overload
-    def __getitem__(self, key: int) -> TriggerRecord: ...
+    def __getitem__(self, key: int) -> TriggerRecord:
+        ...
 
     @overload
-    def __getitem__(self, key: slice) -> List[TriggerRecord]: ...
+    def __getitem__(self, key: slice) -> List[TriggerRecord]:
+        ...
 
     def __getitem__(self, key: Union[int, slice]) -> Union[TriggerRecord, List[TriggerRecord]]:
         if isinstance(key, slice):

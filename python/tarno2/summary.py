@@ -54,7 +54,10 @@ def _count(count: int, what: str) -> str:
 
 
 def _channel(channel: "Channel") -> str:
-    parts: List[str] = [f"{channel.index:3d}  {channel.name} [{channel.unit}]", f"{channel.lower:g} to {channel.upper:g} V"]
+    parts: List[str] = [
+        f"{channel.index:3d}  {channel.name} [{channel.unit}]",
+        f"{channel.lower:g} to {channel.upper:g} V",
+    ]
     if channel.factor != 1 or channel.offset != 0:
         parts.append(f"volts x {channel.factor:g} {'+' if channel.offset >= 0 else '-'} {abs(channel.offset):g}")
     return ", ".join(parts)
@@ -64,6 +67,7 @@ def _marks(recording: "Recording") -> Iterator[str]:
     if recording.marks:
         yield f"  marks      {len(recording.marks)}"
     for mark in recording.marks[:MOST_SHOWN]:
-        yield f"    {mark.number:3d}  frame {'-' if mark.frame is None else mark.frame}, {mark.utc}Z, {mark.source}  {mark.text}"
+        frame = "-" if mark.frame is None else mark.frame
+        yield f"    {mark.number:3d}  frame {frame}, {mark.utc}Z, {mark.source}  {mark.text}".rstrip()
     if len(recording.marks) > MOST_SHOWN:
         yield "    ..."

@@ -46,7 +46,9 @@ class View:
         return values if dtype is None else values.astype(dtype)
 
     def __repr__(self) -> str:
-        return f"<{type(self).__name__} {self.shape[0]} x {self.shape[1]}, {self.dtype}: {', '.join(self.columns.names)}>"
+        return (
+            f"<{type(self).__name__} {self.shape[0]} x {self.shape[1]}, {self.dtype}: {', '.join(self.columns.names)}>"
+        )
 
     def _read(self, rows: Selection, columns: Selection, values: NDArray[Any]) -> None:
         raise NotImplementedError
@@ -118,4 +120,3 @@ class FrameView:
 
     def __repr__(self) -> str:
         return f"<{self.shape[0]} frames, {self.dtype}>"
-

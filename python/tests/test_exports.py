@@ -68,7 +68,9 @@ def test_mne_has_marks_triggers_and_gaps(triggered):
     assert raw.ch_names == ["bearing", "Channel 5", "STI"] and raw.info["sfreq"] == triggered.rate
     assert np.allclose(raw.get_data()[:2].T, triggered.volts[2000:12000, [0, 2]])
     assert np.array_equal(raw.get_data()[2], triggered.lines[2000:12000, 0] + 2.0 * triggered.lines[2000:12000, 1])
-    found = {text: round(onset * triggered.rate) for onset, text in zip(raw.annotations.onset, raw.annotations.description)}
+    found = {
+        text: round(onset * triggered.rate) for onset, text in zip(raw.annotations.onset, raw.annotations.description)
+    }
     assert found["EDGE boundary"] == 8000 and found["trigger"] == 9000
     moment = np.datetime64(raw.info["meas_date"].replace(tzinfo=None), "us")
     assert abs(moment - triggered.utc[2000]) <= np.timedelta64(1, "us")
@@ -117,7 +119,9 @@ def test_one_sample_among_many_is_seen(cut):
 
     frames, lows, highs = envelope(cut.units, 10, cut.frames - 3, [2, 0], 777)
     values = cut.units[10 : cut.frames - 3, [2, 0]]
-    assert np.array_equal(highs.max(axis=0), values.max(axis=0)) and np.array_equal(lows.min(axis=0), values.min(axis=0))
+    assert np.array_equal(highs.max(axis=0), values.max(axis=0)) and np.array_equal(
+        lows.min(axis=0), values.min(axis=0)
+    )
     assert len(frames) == 777 and frames[0] == 10
 
 

@@ -173,7 +173,9 @@ def test_descriptions_made_by_hand(copied):
     whole = tarno2.open(folder / "board2.dat")
     edit(
         folder / "board2.txt",
-        lambda data: data.replace(b"\r\n", b"\n").replace(b"Frequency", b"; a comment\n\tFrequency  ").replace(b" , ", b","),
+        lambda data: data.replace(b"\r\n", b"\n")
+        .replace(b"Frequency", b"; a comment\n\tFrequency  ")
+        .replace(b" , ", b","),
     )
     rec = tarno2.open(folder / "board2.dat")
     assert rec.rate == whole.rate and np.array_equal(rec.volts[:9], whole.volts[:9])
