@@ -63,7 +63,7 @@ public:
         : scoper_(scoper), widget_(static_cast<QWidget*>(scoper.CreateView(nullptr))) {
         std::vector<SCOPERAColumn> curves;
         for (uint32_t i = 0; i < columns; ++i) {
-            curves.push_back({"", colorOf(i), 1, 1.0, 0.0});
+            curves.push_back({"", colorOf(i), 1, 1.0, 0.0, "", 0, 0});
         }
         scoper.SetColumns(curves.data(), columns);
         frames_ = {samples.data(), kFrames, columns, kScoperaSigned16, 0.0, 1.0};

@@ -9,12 +9,15 @@
 // Everything happens on the thread of the host's windows: every call, and every call back.
 //
 // The library draws frames: one sample of each column a frame, in the order of the columns. A column is a curve, of an
-// analog channel or of a digital line. All columns share both axes; each has its own way from code to Y.
+// analog channel or of a digital line. All columns share the X axis; each has its own way from code to Y. They share
+// the Y axis too, one upon the other, or they lie in lanes one below the other, each lane with a range of its own and a
+// head at its left: names, newest values and levels of its columns.
 //
-// What the user does with the mouse: the wheel zooms X (with Ctrl, or over the Y axis: Y), a drag moves the picture, a
-// drag with Shift zooms into a rectangle, a double click asks for the automatic ranges, a click on a name in the legend
-// switches its column, a click on a flag is told, and the lines of the cursors are dragged. Zoom and move happen at
-// once; the host is told after, with the cause, and may set other ranges.
+// What the user does with the mouse: the wheel or a pinch zooms X (with Ctrl, or over the Y axis: Y), a drag moves the
+// picture, a drag with Shift zooms into a rectangle, a double click asks for the automatic ranges, a click on a name in
+// the legend switches its column, a click on a flag is told, and the lines of cursors and levels are dragged. Of lanes
+// the border below is dragged, and the wheel over the heads scrolls; a head is clicked, or dragged onto another lane.
+// Zoom, move and height happen at once; the host is told after, with the cause, and may set others.
 //
 // Texts are UTF-8, zero-terminated, on every system; the library copies them. Null counts as empty.
 
@@ -36,7 +39,7 @@
 
 // Version of this interface. The host uses a library only when the answer to `AbiVersion` is the number that the host
 // was built with.
-static const uint32_t kScoperaAbiVersion = 3;
+static const uint32_t kScoperaAbiVersion = 4;
 
 // Most columns of a frame: 160 channels and 32 digital lines fit with room to spare.
 static const uint32_t kScoperaMaxColumns = 255;
@@ -79,7 +82,8 @@ enum {
     kScoperaCauseDrag = 2,       // moved with the mouse
     kScoperaCauseRectangle = 3,  // zoomed into a rectangle that was marked
     kScoperaCauseKey = 4,        // moved or zoomed with a key
-    kScoperaCauseProgram = 5     // the library by itself, without the user
+    kScoperaCauseProgram = 5,    // the library by itself, without the user
+    kScoperaCausePinch = 6       // zoomed with two fingers
 };
 
 #pragma pack(push, 1)
@@ -93,6 +97,34 @@ struct SCOPERAColumn {
     uint32_t m_nVisible;  // 0: neither drawn nor counted in the extremes; dimmed in the legend
     double m_fScale;
     double m_fOffset;
+    const char* m_sUnit;  // of its values, in the head of its lane
+    uint32_t m_nLane;     // the lane that it lies in; without lanes it counts for nothing
+    uint32_t m_nMarked;   // 1: drawn in front of the others, and thicker
+};
+
+// A lane. The first is the uppermost one. They share the height of the picture; where they would become too low to be
+// read they are scrolled.
+struct SCOPERALane {
+    double m_fLower;  // its range of Y
+    double m_fUpper;
+    uint32_t m_nHeight;  // in logical pixels; 0: what there is for it
+    uint32_t m_nLow;     // 1: half as high as the others, and without a scale, as digital lines are
+};
+
+// What the head of a lane tells of a column.
+struct SCOPERAReading {
+    const char* m_sText;  // its newest value, without the unit
+    double m_fLow;        // the least and the greatest value of late as parts of the full scale, 0 to 1, for the bar of
+    double m_fHigh;       // its level; greater than m_fHigh: no bar
+};
+
+// A line at a value of a column: a threshold.
+struct SCOPERALevel {
+    uint32_t m_nColumn;    // in its lane, in its colour
+    uint32_t m_nMovable;   // 1: the user may drag it
+    double m_fY;           // in the unit of the Y axis
+    const char* m_sText;   // at its right end; may be empty
+    uint64_t m_nIdentity;  // for m_pLevelMoved
 };
 
 // Frames to draw. Frame i lies at X = m_fFirstX + i * m_fStepX. They may cover a part of the X range, or more than it.
@@ -113,6 +145,7 @@ struct SCOPERAFrames {
 struct SCOPERACursors {
     double m_fX[2];
     double m_fY[2];
+    uint32_t m_nLane[2];  // where the values of Y count; without lanes nothing
 };
 
 // A flag at a place of the X axis: a small one at the top of the picture with a thin line below it, and its text beside
@@ -132,10 +165,12 @@ struct SCOPERAEvents {
     void(TARNO2_CALL* m_pRangeChanged)(void* context, int32_t axis, double lower, double upper, int32_t cause);
     // A double click: the user wants both axes as the host finds best.
     void(TARNO2_CALL* m_pAutomaticWanted)(void* context);
-    // A click on the legend switched a column; `SetColumns` with the same state need not follow.
+    // A click on the legend or in the head of a lane switched a column; `SetColumns` with the same state need not
+    // follow.
     void(TARNO2_CALL* m_pColumnSwitched)(void* context, uint32_t column, int32_t visible);
-    // The mouse is over the picture at this place, or has left it (inside 0, the place counts for nothing).
-    void(TARNO2_CALL* m_pMouseMoved)(void* context, double x, double y, int32_t inside);
+    // The mouse is over the picture at this place, or has left it (inside 0, the place counts for nothing). `lane` is
+    // the one that the place is in, to which `y` belongs; -1 without lanes.
+    void(TARNO2_CALL* m_pMouseMoved)(void* context, double x, double y, int32_t inside, int32_t lane);
     // A mouse button went down somewhere on the widget; the place is in the units of the axes, and may lie outside the
     // ranges. The right button means nothing to the library: it is the host's, for a menu.
     void(TARNO2_CALL* m_pMousePressed)(void* context, int32_t button, double x, double y);
@@ -146,6 +181,18 @@ struct SCOPERAEvents {
     void(TARNO2_CALL* m_pPaintWanted)(void* context, uint32_t pixels);
     // The left button was pressed on a flag or its text.
     void(TARNO2_CALL* m_pFlagClicked)(void* context, uint64_t identity);
+    // A lane was zoomed or moved, and has this range now.
+    void(TARNO2_CALL* m_pLaneRangeChanged)(void* context, uint32_t lane, double lower, double upper, int32_t cause);
+    // The border below a lane was dragged, and it has this height now, in logical pixels.
+    void(TARNO2_CALL* m_pLaneResized)(void* context, uint32_t lane, uint32_t height);
+    // The head of a column was clicked.
+    void(TARNO2_CALL* m_pHeadClicked)(void* context, uint32_t column);
+    // The head of a column was dragged onto that lane. The host gives columns and lanes anew.
+    void(TARNO2_CALL* m_pHeadDropped)(void* context, uint32_t column, uint32_t lane);
+    // The user wants to see the column alone, or all again.
+    void(TARNO2_CALL* m_pSoloWanted)(void* context, uint32_t column);
+    // The user drags a level, which lies there now. `done` is 0 while the mouse still holds it.
+    void(TARNO2_CALL* m_pLevelMoved)(void* context, uint64_t identity, double y, int32_t done);
 };
 
 #pragma pack(pop)
@@ -212,6 +259,19 @@ struct ISCOPERA {
     // 20: shows these flags instead of the earlier ones; copied, in any order. 1: taken; 0: more than kScoperaMaxFlags,
     // or a place is not finite, and the earlier ones stay.
     virtual int32_t TARNO2_CALL SetFlags(const SCOPERAFlag* flags, uint32_t count) = 0;
+    // 21: shows these lanes; copied. None: all columns lie on the Y axis. The columns that name a lane have to be set
+    // before or after it, before the picture is drawn; those of lanes that are not there are not drawn. 1: taken; 0:
+    // more than kScoperaMaxColumns, or a range is empty or not finite, and the earlier ones stay.
+    virtual int32_t TARNO2_CALL SetLanes(const SCOPERALane* lanes, uint32_t count) = 0;
+    // 22: like `GetExtremes`, of one column, whether it is visible or not.
+    virtual int32_t TARNO2_CALL GetColumnExtremes(uint32_t column, double* lowest, double* highest) = 0;
+    // 23: what the heads tell, in the order of the columns; copied. 1: taken.
+    virtual int32_t TARNO2_CALL SetReadings(const SCOPERAReading* readings, uint32_t count) = 0;
+    // 24: shows these levels instead of the earlier ones; copied. 1: taken; 0: more than kScoperaMaxFlags, or a value
+    // is not finite, and the earlier ones stay.
+    virtual int32_t TARNO2_CALL SetLevels(const SCOPERALevel* levels, uint32_t count) = 0;
+    // 25: scrolls so that the lane can be seen. 1: done; 0: no such lane.
+    virtual int32_t TARNO2_CALL ShowLane(uint32_t lane) = 0;
 };
 
 // The library's only export. `interfaceName` is "ISCOPERA" and `flags` 0; null when the library has no such interface
@@ -228,21 +288,29 @@ typedef void*(TARNO2_CALL* SCOPERAStaticFactory)(const char* interfaceName, uint
 // The layout, checked by every compiler that meets this header.
 
 static_assert(sizeof(double) == 8, "double is 64-bit");
-static_assert(sizeof(SCOPERAColumn) == 24 + sizeof(void*), "");
+static_assert(sizeof(SCOPERAColumn) == 32 + 2 * sizeof(void*), "");
 static_assert(offsetof(SCOPERAColumn, m_nColor) == sizeof(void*), "");
 static_assert(offsetof(SCOPERAColumn, m_nVisible) == 4 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAColumn, m_fScale) == 8 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAColumn, m_fOffset) == 16 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_sUnit) == 24 + sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_nLane) == 24 + 2 * sizeof(void*), "");
+static_assert(offsetof(SCOPERAColumn, m_nMarked) == 28 + 2 * sizeof(void*), "");
+static_assert(sizeof(SCOPERALane) == 24 && offsetof(SCOPERALane, m_nHeight) == 16, "");
+static_assert(sizeof(SCOPERAReading) == 16 + sizeof(void*) && offsetof(SCOPERAReading, m_fLow) == sizeof(void*), "");
+static_assert(sizeof(SCOPERALevel) == 24 + sizeof(void*) && offsetof(SCOPERALevel, m_fY) == 8, "");
+static_assert(offsetof(SCOPERALevel, m_nIdentity) == 16 + sizeof(void*), "");
 static_assert(sizeof(SCOPERAFrames) == 32 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_nFrames) == sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_nColumns) == 8 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_nSampleFormat) == 12 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_fFirstX) == 16 + sizeof(void*), "");
 static_assert(offsetof(SCOPERAFrames, m_fStepX) == 24 + sizeof(void*), "");
-static_assert(sizeof(SCOPERACursors) == 32 && offsetof(SCOPERACursors, m_fY) == 16, "");
+static_assert(sizeof(SCOPERACursors) == 40 && offsetof(SCOPERACursors, m_fY) == 16, "");
 static_assert(sizeof(SCOPERAFlag) == 16 + sizeof(void*) && offsetof(SCOPERAFlag, m_nIdentity) == 8 + sizeof(void*), "");
-static_assert(sizeof(SCOPERAEvents) == 9 * sizeof(void*), "");
+static_assert(sizeof(SCOPERAEvents) == 15 * sizeof(void*), "");
 static_assert(offsetof(SCOPERAEvents, m_pPaintWanted) == 7 * sizeof(void*), "");
 static_assert(offsetof(SCOPERAEvents, m_pFlagClicked) == 8 * sizeof(void*), "");
+static_assert(offsetof(SCOPERAEvents, m_pLevelMoved) == 14 * sizeof(void*), "");
 
 #endif  // TARNO2_ISCOPERA_H

@@ -16,6 +16,16 @@ int decimalsOf(double step) {
     return kMost;
 }
 
+double niceStep(double least) {
+    const double power = std::pow(10.0, std::floor(std::log10(least)));
+    for (const double part : {1.0, 2.0, 5.0}) {
+        if (part * power >= least * (1.0 - 1e-9)) {
+            return part * power;
+        }
+    }
+    return 10.0 * power;
+}
+
 QString plainNumber(double value, int decimals) {
     constexpr double kLargest = 1e15;
     if (std::abs(value) >= kLargest) {

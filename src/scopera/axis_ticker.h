@@ -7,6 +7,8 @@ namespace tarno2 {
 
 /// Decimals that tell values apart which differ by `step`: 0 for 5, 2 for 0.25; at most 12.
 [[nodiscard]] int decimalsOf(double step);
+/// The next number above 0 that is 1, 2 or 5 times a power of ten and not less than that.
+[[nodiscard]] double niceStep(double least);
 /// A number in plain decimal notation with a point, whatever the user's locale is; very large ones with an exponent.
 [[nodiscard]] QString plainNumber(double value, int decimals);
 

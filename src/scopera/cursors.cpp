@@ -14,11 +14,10 @@ constexpr double kReach = 5.0;  // pixels from a line within which the mouse tak
 constexpr int kPadding = 6;
 constexpr int kCellGap = 14;
 
-/// The power of ten below one pixel of the axis.
-double resolution(const QCPAxis* axis) {
-    const QSize size = axis->axisRect()->size();
-    const int pixels = std::max(axis->orientation() == Qt::Horizontal ? size.width() : size.height(), 1);
-    return std::pow(10.0, std::floor(std::log10(axis->range().size() / pixels)));
+/// A value with the decimals that a pixel of the range needs, unless it is told how many.
+QString valueText(double value, const QCPRange& range, int pixels, int digits) {
+    const double resolution = std::pow(10.0, std::floor(std::log10(range.size() / std::max(pixels, 1))));
+    return plainNumber(value, digits < 0 ? decimalsOf(resolution) : digits);
 }
 
 void bringIntoRange(double& first, double& second, const QCPRange& range) {
@@ -33,7 +32,12 @@ void bringIntoRange(double& first, double& second, const QCPRange& range) {
 
 }  // namespace
 
-Cursors::Cursors(QCPAxis* xAxis, QCPAxis* yAxis) : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), yAxis_(yAxis) {}
+Cursors::Cursors(QCPAxis* xAxis, const Lanes& lanes)
+    : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), lanes_(lanes) {}
+
+size_t Cursors::laneOf(size_t cursor) const {
+    return std::min<size_t>(places_.m_nLane[cursor], lanes_.count() - 1);
+}
 
 void Cursors::setColors(const QColor& line, const QColor& text, const QColor& background) {
     lineColor_ = line;
@@ -53,12 +57,13 @@ void Cursors::setDigits(int x, int y) {
 }
 
 void Cursors::bringIntoView() {
-    SCOPERACursors places = places_;
-    double x[] = {places.m_fX[0], places.m_fX[1]};
-    double y[] = {places.m_fY[0], places.m_fY[1]};
+    // Copies, because the fields are packed.
+    double x[] = {places_.m_fX[0], places_.m_fX[1]};
+    double y[] = {places_.m_fY[0], places_.m_fY[1]};
+    const auto first = static_cast<uint32_t>(laneOf(0));
     bringIntoRange(x[0], x[1], xAxis_->range());
-    bringIntoRange(y[0], y[1], yAxis_->range());
-    places_ = {{x[0], x[1]}, {y[0], y[1]}};
+    bringIntoRange(y[0], y[1], lanes_.range(first));
+    places_ = {{x[0], x[1]}, {y[0], y[1]}, {first, first}};
 }
 
 std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
@@ -67,7 +72,7 @@ std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
     }
     for (size_t i = 0; i < 2; ++i) {
         const bool vertical = std::abs(xAxis_->coordToPixel(places_.m_fX[i]) - place.x()) <= kReach;
-        const bool horizontal = std::abs(yAxis_->coordToPixel(places_.m_fY[i]) - place.y()) <= kReach;
+        const bool horizontal = std::abs(lanes_.pixelOf(laneOf(i), places_.m_fY[i]) - place.y()) <= kReach;
         if (vertical || horizontal) {
             return Grip{i, vertical, horizontal};
         }
@@ -81,26 +86,29 @@ void Cursors::move(const Grip& grip, const QPointF& place) {
         places_.m_fX[grip.cursor] = std::clamp(xAxis_->pixelToCoord(place.x()), range.lower, range.upper);
     }
     if (grip.horizontal) {
-        const QCPRange range = yAxis_->range();
-        places_.m_fY[grip.cursor] = std::clamp(yAxis_->pixelToCoord(place.y()), range.lower, range.upper);
+        // Dragged from lane to lane.
+        const size_t lane = lanes_.laneAt(place.y());
+        const QCPRange range = lanes_.range(lane);
+        places_.m_nLane[grip.cursor] = static_cast<uint32_t>(lane);
+        places_.m_fY[grip.cursor] = std::clamp(lanes_.valueAt(lane, place.y()), range.lower, range.upper);
     }
 }
 
-QString Cursors::valueText(double value, const QCPAxis* axis, int digits) const {
-    return plainNumber(value, digits < 0 ? decimalsOf(resolution(axis)) : digits);
-}
-
 QVector<QStringList> Cursors::table() const {
-    const auto row = [this](const QString& head, double x, double y) {
-        return QStringList{head, valueText(x, xAxis_, digitsX_), valueText(y, yAxis_, digitsY_)};
+    const auto row = [this](const QString& head, double x, double y, size_t lane) {
+        return QStringList{head, valueText(x, xAxis_->range(), clipRect().width(), digitsX_),
+                           valueText(y, lanes_.range(lane), lanes_.rows(lane).height(), digitsY_)};
     };
     QVector<QStringList> rows;
     if (!unitX_.isEmpty() || !unitY_.isEmpty()) {
         rows.append({QString(), unitX_, unitY_});
     }
-    rows.append(row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0]));
-    rows.append(row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1]));
-    rows.append(row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0]));
+    rows.append(row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0], laneOf(0)));
+    rows.append(row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1], laneOf(1)));
+    rows.append(row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0], laneOf(0)));
+    if (laneOf(0) != laneOf(1)) {
+        rows.back().back() = QStringLiteral("-");  // values of two scales have no difference
+    }
     return rows;
 }
 
@@ -123,10 +131,10 @@ void Cursors::drawLines(QCPPainter* painter) const {
     const int height = QFontMetrics(font_).height();
     for (size_t i = 0; i < 2; ++i) {
         const double x = xAxis_->coordToPixel(places_.m_fX[i]);
-        const double y = yAxis_->coordToPixel(places_.m_fY[i]);
+        const double y = lanes_.pixelOf(laneOf(i), places_.m_fY[i]);
         // Places far outside would overflow the painter's coordinates.
         const bool seenX = xAxis_->range().contains(places_.m_fX[i]);
-        const bool seenY = yAxis_->range().contains(places_.m_fY[i]);
+        const bool seenY = lanes_.range(laneOf(i)).contains(places_.m_fY[i]);
         painter->setPen(QPen(lineColor_, 0, i == 0 ? Qt::SolidLine : Qt::DashLine));
         const QString name = QString::number(i + 1);
         if (seenX) {

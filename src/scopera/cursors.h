@@ -8,6 +8,8 @@
 
 #include <tarno2/ISCOPERA.h>
 
+#include "scopera/lanes.h"
+
 namespace tarno2 {
 
 /// Two pairs of crossing lines over the picture, and a box with their places and the differences. They want a layer of
@@ -21,7 +23,7 @@ public:
         bool horizontal;
     };
 
-    Cursors(QCPAxis* xAxis, QCPAxis* yAxis);
+    Cursors(QCPAxis* xAxis, const Lanes& lanes);
 
     [[nodiscard]] const SCOPERACursors& places() const { return places_; }
     void setPlaces(const SCOPERACursors& places) { places_ = places; }
@@ -44,12 +46,12 @@ protected:
     void draw(QCPPainter* painter) override;
 
 private:
-    [[nodiscard]] QString valueText(double value, const QCPAxis* axis, int digits) const;
+    [[nodiscard]] size_t laneOf(size_t cursor) const;
     void drawLines(QCPPainter* painter) const;
     void drawTable(QCPPainter* painter) const;
 
     QCPAxis* xAxis_;
-    QCPAxis* yAxis_;
+    const Lanes& lanes_;
     SCOPERACursors places_{};
     QFont font_;
     QColor lineColor_;

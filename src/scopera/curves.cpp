@@ -5,7 +5,16 @@
 
 namespace tarno2 {
 
-Curves::Curves(QCPAxis* xAxis, QCPAxis* yAxis) : QCPAbstractPlottable(xAxis, yAxis) {
+namespace {
+
+// Logical pixels.
+constexpr double kPointsApart = 4.0;
+constexpr double kDotsApart = 12.0;  ///< samples that are so far apart are marked on their lines
+constexpr double kDot = 3.0;
+
+}  // namespace
+
+Curves::Curves(QCPAxis* xAxis, QCPAxis* yAxis, const Lanes& lanes) : QCPAbstractPlottable(xAxis, yAxis), lanes_(lanes) {
     setSelectable(QCP::stNone);
 }
 
@@ -43,18 +52,26 @@ void Curves::updateSpans(int width) {
 
 std::optional<QCPRange> Curves::extremes() {
     updateSpans(pixelSize().width());
-    CodeSpan all;
+    std::optional<QCPRange> all;
     for (size_t i = 0; i < std::min(styles_.size(), spans_.columns()); ++i) {
-        const CodeSpan& codes = spans_.whole(i);
-        if (styles_[i].visible && !codes.empty()) {
-            all.include(codes.low * styles_[i].scale + styles_[i].offset);
-            all.include(codes.high * styles_[i].scale + styles_[i].offset);
+        const auto one = styles_[i].visible ? extremes(i) : std::nullopt;
+        if (one) {
+            all = all ? all->expanded(*one) : *one;
         }
     }
-    if (all.empty()) {
+    return all;
+}
+
+std::optional<QCPRange> Curves::extremes(size_t column) {
+    updateSpans(pixelSize().width());
+    if (column >= std::min(styles_.size(), spans_.columns()) || spans_.whole(column).empty()) {
         return std::nullopt;
     }
-    return QCPRange(all.low, all.high);
+    const CodeSpan& codes = spans_.whole(column);
+    const CurveStyle& style = styles_[column];
+    const auto [low, high] =
+        std::minmax({codes.low * style.scale + style.offset, codes.high * style.scale + style.offset});
+    return QCPRange(low, high);
 }
 
 void Curves::draw(QCPPainter* painter) {
@@ -68,22 +85,48 @@ void Curves::draw(QCPPainter* painter) {
     }
     const double ratio = parentPlot()->bufferDevicePixelRatio();
     image_.setDevicePixelRatio(ratio);
-    const QCPRange y = valueAxis()->range();
     const PixelTarget target{reinterpret_cast<uint32_t*>(image_.bits()),
                              static_cast<size_t>(image_.bytesPerLine()) / sizeof(uint32_t),
                              static_cast<size_t>(size.width()), static_cast<size_t>(size.height())};
-    const auto thickness = static_cast<size_t>(std::max(ratio, 1.0));
-    if (points_) {
-        // Points that stand apart are drawn large enough to be seen.
-        const double distance = frames_.m_fStepX / spansRange_.size() * size.width();
-        const size_t dots = distance >= 4.0 * ratio ? 3 : 1;
-        drawPoints(frames_, spans_, styles_, {y.lower, y.upper}, dots * thickness, target);
-    } else {
-        drawLines(spans_, styles_, {y.lower, y.upper}, thickness, target);
-    }
+    drawOn(target, ratio);
     // Without it the painter is shifted by half a pixel, for lines.
     painter->setAntialiasing(true);
     painter->drawImage(clipRect().topLeft(), image_);
+}
+
+// In rows of the image.
+std::vector<RowBand> Curves::bands(double ratio) const {
+    std::vector<RowBand> bands;
+    for (size_t lane = 0; lane < lanes_.count(); ++lane) {
+        const QCPRange y = lanes_.range(lane);
+        if (lanes_.shown()) {
+            const QRect rows = lanes_.rows(lane);
+            bands.push_back({std::lround((rows.top() - clipRect().top()) * ratio), std::lround(rows.height() * ratio),
+                             y.lower, y.upper});
+        } else {
+            bands.push_back({0, pixelSize().height(), y.lower, y.upper});
+        }
+    }
+    return bands;
+}
+
+void Curves::drawOn(const PixelTarget& target, double ratio) const {
+    const auto thickness = static_cast<size_t>(std::max(ratio, 1.0));
+    std::vector<CurveStyle> styles = styles_;
+    if (!lanes_.shown()) {
+        std::ranges::for_each(styles, [](CurveStyle& style) { style.lane = 0; });
+    }
+    const auto curves = curvesInBands(styles, spans_.columns(), bands(ratio), thickness, target.height);
+    const double distance = frames_.m_fStepX / spansRange_.size() * static_cast<double>(target.width);
+    if (points_) {
+        // Points that stand apart are drawn large enough to be seen.
+        drawPoints(frames_, spans_, curves, (distance >= kPointsApart * ratio ? 3 : 1) * thickness, target);
+    } else if (distance > 1.0 || frames_.m_nFrames == 1) {
+        const bool dots = distance >= kDotsApart * ratio || frames_.m_nFrames == 1;
+        drawSparseLines(frames_, spansRange_.lower, spansRange_.upper, dots ? kDot * ratio : 0.0, curves, target);
+    } else {
+        drawSpans(spans_, curves, target);
+    }
 }
 
 void Curves::drawLegendIcon(QCPPainter* /*painter*/, const QRectF& /*rect*/) const {}

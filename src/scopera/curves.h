@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "scopera/curve_raster.h"
+#include "scopera/lanes.h"
 #include "scopera/pixel_spans.h"
 
 namespace tarno2 {
@@ -14,7 +15,7 @@ namespace tarno2 {
 /// frames, X range, width or the way of drawing change.
 class Curves : public QCPAbstractPlottable {
 public:
-    Curves(QCPAxis* xAxis, QCPAxis* yAxis);
+    Curves(QCPAxis* xAxis, QCPAxis* yAxis, const Lanes& lanes);
 
     void setStyles(std::vector<CurveStyle> styles) { styles_ = std::move(styles); }
     void setCurveVisible(size_t column, bool visible) { styles_[column].visible = visible; }
@@ -23,6 +24,8 @@ public:
     void setPoints(bool points);
     /// Least and greatest Y of the visible curves in the X range; nothing without samples.
     [[nodiscard]] std::optional<QCPRange> extremes();
+    /// The same of one curve, whether it is visible or not.
+    [[nodiscard]] std::optional<QCPRange> extremes(size_t column);
     /// Width of the picture in the pixels of the screen.
     [[nodiscard]] int pixelWidth() const { return pixelSize().width(); }
 
@@ -38,7 +41,10 @@ protected:
 private:
     [[nodiscard]] QSize pixelSize() const;
     void updateSpans(int width);
+    [[nodiscard]] std::vector<RowBand> bands(double ratio) const;
+    void drawOn(const PixelTarget& target, double ratio) const;
 
+    const Lanes& lanes_;
     std::vector<CurveStyle> styles_;
     SCOPERAFrames frames_{};
     bool points_ = false;

@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QFontMetrics>
 #include <QPalette>
+#include <QScrollBar>
 #include <utility>
 #include <vector>
 
@@ -33,10 +34,15 @@ QColor mixed(const QColor& under, const QColor& over, double part) {
 
 PlotView::PlotView(QWidget* parent)
     : QCustomPlot(parent),
-      curves_(new Curves(xAxis, yAxis)),
+      lanes_(yAxis),
+      curves_(new Curves(xAxis, yAxis, lanes_)),
       legend_(new Legend(this)),
-      cursors_(new Cursors(xAxis, yAxis)),
+      cursors_(new Cursors(xAxis, lanes_)),
       flags_(new Flags(xAxis)),
+      levels_(new LevelLines(xAxis, lanes_)),
+      laneGrid_(new LaneGrid(xAxis, lanes_)),
+      heads_(new LaneHeads(this, lanes_)),
+      laneScroll_(new QScrollBar(Qt::Vertical, this)),
       font_(QWidget::font()) {
     setAutoAddPlottableToLegend(false);
     addLayer(kCursorLayer, layer(QStringLiteral("overlay")), limBelow);
@@ -48,6 +54,12 @@ PlotView::PlotView(QWidget* parent)
     curves_->setLayer(kCurveLayer);
     flags_->setLayer(kFlagLayer);
     flags_->setParent(this);
+    levels_->setLayer(kFlagLayer);
+    levels_->setParent(this);
+    laneGrid_->setLayer(QStringLiteral("grid"));
+    laneGrid_->setParent(this);
+    heads_->setLayer(QStringLiteral("axes"));
+    heads_->setParent(this);
     cursors_->setLayer(kCursorLayer);
     cursors_->setParent(this);
     cursors_->setVisible(false);
@@ -73,6 +85,9 @@ PlotView::PlotView(QWidget* parent)
     // The rectangle begins when the base class is told of a press, which it is with Shift alone.
     setSelectionRectMode(QCP::srmCustom);
     connect(selectionRect(), &QCPSelectionRect::accepted, this, [this](const QRect& rect) { zoomInto(rect); });
+    laneScroll_->hide();
+    connect(laneScroll_, &QScrollBar::valueChanged, this, [this](int pixels) { scrollLanes(pixels); });
+    grabGesture(Qt::PinchGesture);
     applyPalette();
     applyFont();
 }
@@ -83,17 +98,32 @@ void PlotView::makeStale() {
 }
 
 void PlotView::setColumns(const SCOPERAColumn* columns, uint32_t count) {
-    std::vector<CurveStyle> styles;
-    std::vector<Legend::Entry> entries;
+    columns_.clear();
     for (uint32_t i = 0; i < count; ++i) {
         const SCOPERAColumn& column = columns[i];
-        const QColor color = fromBgr(column.m_nColor);
-        const bool visible = column.m_nVisible != 0;
-        styles.push_back({color.rgba(), visible, column.m_fScale, column.m_fOffset});
-        entries.push_back({QString::fromUtf8(column.m_sName), color, visible});
+        columns_.push_back({QString::fromUtf8(column.m_sName), QString::fromUtf8(column.m_sUnit),
+                            fromBgr(column.m_nColor), column.m_nVisible != 0, column.m_nMarked != 0, column.m_nLane,
+                            column.m_fScale, column.m_fOffset});
+    }
+    applyColumns();
+}
+
+void PlotView::applyColumns() {
+    std::vector<CurveStyle> styles;
+    std::vector<Legend::Entry> entries;
+    std::vector<LaneHeads::Entry> heads;
+    std::vector<LevelLines::Column> levels;
+    for (const Column& column : columns_) {
+        styles.push_back(
+            {column.color.rgba(), column.visible, column.marked, column.scale, column.offset, column.lane});
+        entries.push_back({column.name, column.color, column.visible});
+        heads.push_back({column.name, column.unit, column.color, column.visible, column.marked, column.lane});
+        levels.push_back({column.lane, column.color, column.visible});
     }
     curves_->setStyles(std::move(styles));
     legend_->setEntries(std::move(entries));
+    heads_->setEntries(std::move(heads));
+    levels_->setColumns(std::move(levels));
     makeStale();
 }
 
@@ -125,6 +155,7 @@ bool PlotView::setOption(uint32_t option, int32_t value) {
             grid_ = on;
             xAxis->grid()->setVisible(on);
             yAxis->grid()->setVisible(on);
+            laneGrid_->setLines(on);
             break;
         case kScoperaOptionLegend:
             legend_->setVisible(on);
@@ -217,10 +248,13 @@ void PlotView::applyFont() {
     legend_->setFont(font_);
     cursors_->setFont(font_);
     flags_->setFont(font_);
+    levels_->setFont(font_);
+    heads_->setFont(font_);
     // Room for usual numbers, so that the picture keeps its place when they get a digit more.
     const QFontMetrics metrics(font_);
-    axisRect()->setMinimumMargins({metrics.horizontalAdvance(QStringLiteral("-00.000")) + metrics.height() + 12,
-                                   metrics.height() / 2 + 4, metrics.averageCharWidth() * 3, 0});
+    const int left = metrics.horizontalAdvance(QStringLiteral("-00.000")) + metrics.height() + 12;
+    axisRect()->setMinimumMargins(
+        {lanes_.shown() ? heads_->width() : left, metrics.height() / 2 + 4, metrics.averageCharWidth() * 3, 0});
 }
 
 void PlotView::applyPalette() {
@@ -241,6 +275,9 @@ void PlotView::applyPalette() {
     box.setAlpha(225);
     cursors_->setColors(mixed(base, text, 0.8), text, box);
     flags_->setColors(mixed(base, fromBgr(kFlagColor), 0.85), text);
+    levels_->setTextColor(text);
+    laneGrid_->setColors(QPen(mixed(base, text, 0.18), 0, Qt::DotLine), line);
+    heads_->setColors(text, mixed(base, text, 0.6), line.color(), mixed(base, text, 0.12));
     selectionRect()->setPen(QPen(text, 0, Qt::DashLine));
     QColor shade = palette().color(QPalette::Highlight);
     shade.setAlpha(50);
@@ -249,6 +286,7 @@ void PlotView::applyPalette() {
 
 void PlotView::updateLayout() {
     QCustomPlot::updateLayout();
+    arrangeLanes();
     const uint32_t width = pixelWidth();
     if (!isVisible() || (!paintWanted_ && width == announcedWidth_)) {
         return;
@@ -258,6 +296,7 @@ void PlotView::updateLayout() {
     if (events_.m_pPaintWanted != nullptr) {
         tell(events_.m_pPaintWanted, width);
         QCustomPlot::updateLayout();
+        arrangeLanes();
     }
 }
 
@@ -275,6 +314,7 @@ void PlotView::fitViewport() {
     if (viewport() != rect()) {
         setViewport(rect());
         QCustomPlot::updateLayout();
+        arrangeLanes();
     }
 }
 

@@ -6,13 +6,20 @@
 #include <cstdint>
 #include <optional>
 #include <qcustomplot.h>
+#include <variant>
+#include <vector>
 
 #include <tarno2/ISCOPERA.h>
 
 #include "scopera/cursors.h"
 #include "scopera/curves.h"
 #include "scopera/flags.h"
+#include "scopera/lane_heads.h"
+#include "scopera/lanes.h"
 #include "scopera/legend.h"
+#include "scopera/level_lines.h"
+
+class QScrollBar;
 
 namespace tarno2 {
 
@@ -27,9 +34,14 @@ public:
     void setColumns(const SCOPERAColumn* columns, uint32_t count);
     void setFrames(const SCOPERAFrames& frames);
     void setFlags(const SCOPERAFlag* flags, uint32_t count);
+    void setLanes(const SCOPERALane* lanes, uint32_t count);
+    void setReadings(const SCOPERAReading* readings, uint32_t count);
+    void setLevels(const SCOPERALevel* levels, uint32_t count);
+    [[nodiscard]] bool showLane(uint32_t lane);
     void setAxisRange(int32_t axis, const QCPRange& range);
     [[nodiscard]] QCPRange axisRange(int32_t axis) const { return axisOf(axis)->range(); }
     [[nodiscard]] std::optional<QCPRange> extremes();
+    [[nodiscard]] std::optional<QCPRange> extremes(uint32_t column);
     [[nodiscard]] bool setOption(uint32_t option, int32_t value);
     [[nodiscard]] std::optional<int32_t> option(uint32_t option) const;
     [[nodiscard]] bool setText(uint32_t code, const QString& text);
@@ -42,6 +54,7 @@ public:
     [[nodiscard]] QPixmap picture();
 
 protected:
+    bool event(QEvent* event) override;
     void updateLayout() override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -60,9 +73,35 @@ private:
     struct Pan {
         QPointF begin;
         QCPRange x;
+        size_t lane;
         QCPRange y;
         bool movesX;
         bool movesY;
+    };
+
+    /// What else the mouse holds, from its press to its release.
+    struct HeldBorder {
+        size_t lane;
+    };
+    struct HeldLevel {
+        size_t level;
+    };
+    struct HeldHead {
+        size_t column;
+        QPointF begin;
+        bool moved;
+    };
+    using Held = std::variant<std::monostate, Pan, Cursors::Grip, HeldBorder, HeldLevel, HeldHead>;
+
+    struct Column {
+        QString name;
+        QString unit;
+        QColor color;
+        bool visible;
+        bool marked;
+        size_t lane;
+        double scale;
+        double offset;
     };
 
     template <typename... Arguments, typename... Values>
@@ -73,24 +112,46 @@ private:
     }
     [[nodiscard]] QCPAxis* axisOf(int32_t axis) const { return axis == kScoperaAxisX ? xAxis : yAxis; }
     void makeStale();
+    void applyColumns();
+    // Lanes (plot_view_lanes.cpp).
+    void arrangeLanes();
+    void scrollLanes(int pixels);
     /// Arranges the view anew when its size has changed since it was drawn.
     void fitViewport();
     void applyPalette();
     void applyFont();
     void showCursors(bool shown);
+    /// Neither too small nor too large to draw.
+    [[nodiscard]] static bool isDrawable(double lower, double upper);
     /// A range that the user chose; false when it would be too small or too large to draw.
     bool changeRange(int32_t axis, double lower, double upper, int32_t cause);
+    /// The same for a lane; without lanes it is the Y axis.
+    bool changeLaneRange(size_t lane, double lower, double upper, int32_t cause);
+    void zoom(const QPointF& place, double factor, bool vertical, int32_t cause);
+    void pinch(const QPointF& place, double factor);
     void zoomInto(const QRect& rect);
+    [[nodiscard]] Held holdAt(const QPointF& place);
+    void press(const LaneHeads::Place& head, const QPointF& place);
+    void dragBorder(const HeldBorder& held, const QPointF& place);
+    void dragLevel(const HeldLevel& held, const QPointF& place, bool done);
+    void dragHead(HeldHead& held, const QPointF& place);
+    void dropHead(const HeldHead& held, const QPointF& place);
     void switchColumn(size_t column);
-    void dragPicture(const QPointF& place);
-    void dragCursor(const QPointF& place);
+    void dragPicture(Pan& pan, const QPointF& place);
+    void dragCursor(const Cursors::Grip& grip, const QPointF& place);
     void showMouseShape(const QPointF& place);
 
     SCOPERAEvents events_{};
+    Lanes lanes_;
     Curves* curves_;
     Legend* legend_;
     Cursors* cursors_;
     Flags* flags_;
+    LevelLines* levels_;
+    LaneGrid* laneGrid_;
+    LaneHeads* heads_;
+    QScrollBar* laneScroll_;
+    std::vector<Column> columns_;
     QFont font_;
     QString units_[2];
     QString difference_;
@@ -100,8 +161,7 @@ private:
     bool stale_ = true;
     bool paintWanted_ = true;
     uint32_t announcedWidth_ = 0;
-    std::optional<Pan> pan_;
-    std::optional<Cursors::Grip> grip_;
+    Held held_;
 };
 
 }  // namespace tarno2

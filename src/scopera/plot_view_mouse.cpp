@@ -1,6 +1,11 @@
+#include <QGestureEvent>
 #include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPinchGesture>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "scopera/plot_view.h"
 
@@ -12,15 +17,19 @@ constexpr double kPanThreshold = 8.0;  // pixels along an axis
 constexpr int kSmallestZoom = 4;       // pixels of a rectangle's sides
 constexpr double kZoomStep = 0.8;      // of the range, for a notch of the wheel
 constexpr double kNotch = 120.0;
+constexpr double kScrollLines = 3.0;  // of text, for a notch
 
 }  // namespace
 
-bool PlotView::changeRange(int32_t axis, double lower, double upper, int32_t cause) {
+bool PlotView::isDrawable(double lower, double upper) {
     constexpr double kFinest = 1e-11;  // of the numbers themselves, beyond which they can't be told apart
     constexpr double kLargest = 1e18;
     const double most = std::max(std::abs(lower), std::abs(upper));
-    // Negated, so that no number is refused too.
-    if (!(upper - lower > most * kFinest && most < kLargest) || !QCPRange::validRange(lower, upper)) {
+    return upper - lower > most * kFinest && most < kLargest && QCPRange::validRange(lower, upper);
+}
+
+bool PlotView::changeRange(int32_t axis, double lower, double upper, int32_t cause) {
+    if (!isDrawable(lower, upper)) {
         return false;
     }
     axisOf(axis)->setRange(lower, upper);
@@ -35,17 +44,48 @@ void PlotView::zoomInto(const QRect& rect) {
         return;
     }
     const QCPRange x(xAxis->pixelToCoord(area.left()), xAxis->pixelToCoord(area.right()));
-    const QCPRange y(yAxis->pixelToCoord(area.bottom()), yAxis->pixelToCoord(area.top()));
+    const size_t lane = lanes_.laneAt(area.center().y());
+    const QRect place = lanes_.shown() ? area & lanes_.rect(lane) : area;
+    const QCPRange y(lanes_.valueAt(lane, place.bottom()), lanes_.valueAt(lane, place.top()));
     changeRange(kScoperaAxisX, x.lower, x.upper, kScoperaCauseRectangle);
-    changeRange(kScoperaAxisY, y.lower, y.upper, kScoperaCauseRectangle);
+    if (place.height() >= kSmallestZoom) {
+        changeLaneRange(lane, y.lower, y.upper, kScoperaCauseRectangle);
+    }
+}
+
+// About the place.
+void PlotView::zoom(const QPointF& place, double factor, bool vertical, int32_t cause) {
+    const size_t lane = lanes_.laneAt(place.y());
+    const double center = vertical ? lanes_.valueAt(lane, place.y()) : xAxis->pixelToCoord(place.x());
+    const QCPRange range = vertical ? lanes_.range(lane) : xAxis->range();
+    const double lower = center + (range.lower - center) * factor;
+    const double upper = center + (range.upper - center) * factor;
+    if (vertical) {
+        changeLaneRange(lane, lower, upper, cause);
+    } else {
+        changeRange(kScoperaAxisX, lower, upper, cause);
+    }
 }
 
 void PlotView::switchColumn(size_t column) {
     const bool visible = !legend_->entryVisible(column);
-    legend_->setEntryVisible(column, visible);
-    curves_->setCurveVisible(column, visible);
-    makeStale();
+    columns_[column].visible = visible;
+    applyColumns();
     tell(events_.m_pColumnSwitched, static_cast<uint32_t>(column), visible ? 1 : 0);
+}
+
+PlotView::Held PlotView::holdAt(const QPointF& place) {
+    if (const auto border = lanes_.borderAt(place.y())) {
+        return HeldBorder{*border};
+    }
+    if (const auto grip = cursors_->gripAt(place)) {
+        return *grip;
+    }
+    if (const auto level = levels_->levelAt(place)) {
+        return HeldLevel{*level};
+    }
+    const size_t lane = lanes_.laneAt(place.y());
+    return Pan{place, xAxis->range(), lane, lanes_.range(lane), false, false};
 }
 
 void PlotView::mousePressEvent(QMouseEvent* event) {
@@ -54,20 +94,21 @@ void PlotView::mousePressEvent(QMouseEvent* event) {
         const bool inside = axisRect()->rect().contains(place.toPoint());
         if (const auto column = legend_->entryAt(place)) {
             switchColumn(*column);
+        } else if (const auto border = inside ? std::nullopt : lanes_.borderAt(place.y())) {
+            held_ = HeldBorder{*border};
+        } else if (const auto head = heads_->placeAt(place)) {
+            press(*head, place);
         } else if (inside && (event->modifiers() & Qt::ShiftModifier) != 0) {
             QCustomPlot::mousePressEvent(event);
         } else if (const auto flag = inside ? flags_->flagAt(place) : std::nullopt) {
             tell(events_.m_pFlagClicked, *flag);
         } else if (inside) {
-            grip_ = cursors_->gripAt(place);
-            if (!grip_) {
-                pan_ = Pan{place, xAxis->range(), yAxis->range(), false, false};
-            }
+            held_ = holdAt(place);
         }
     }
     event->accept();
     tell(events_.m_pMousePressed, static_cast<int32_t>(event->button()), xAxis->pixelToCoord(place.x()),
-         yAxis->pixelToCoord(place.y()));
+         lanes_.valueAt(lanes_.laneAt(place.y()), place.y()));
 }
 
 void PlotView::mouseMoveEvent(QMouseEvent* event) {
@@ -75,15 +116,23 @@ void PlotView::mouseMoveEvent(QMouseEvent* event) {
     event->accept();
     if (selectionRect()->isActive()) {
         QCustomPlot::mouseMoveEvent(event);
-    } else if (grip_) {
-        dragCursor(place);
-    } else if (pan_) {
-        dragPicture(place);
+    } else if (auto* pan = std::get_if<Pan>(&held_)) {
+        dragPicture(*pan, place);
+    } else if (const auto* grip = std::get_if<Cursors::Grip>(&held_)) {
+        dragCursor(*grip, place);
+    } else if (const auto* border = std::get_if<HeldBorder>(&held_)) {
+        dragBorder(*border, place);
+    } else if (const auto* level = std::get_if<HeldLevel>(&held_)) {
+        dragLevel(*level, place, false);
+    } else if (auto* head = std::get_if<HeldHead>(&held_)) {
+        dragHead(*head, place);
     } else {
         showMouseShape(place);
     }
     const bool inside = axisRect()->rect().contains(place.toPoint());
-    tell(events_.m_pMouseMoved, xAxis->pixelToCoord(place.x()), yAxis->pixelToCoord(place.y()), inside ? 1 : 0);
+    const size_t lane = lanes_.laneAt(place.y());
+    tell(events_.m_pMouseMoved, xAxis->pixelToCoord(place.x()), lanes_.valueAt(lane, place.y()), inside ? 1 : 0,
+         lanes_.shown() ? static_cast<int32_t>(lane) : -1);
 }
 
 void PlotView::mouseReleaseEvent(QMouseEvent* event) {
@@ -94,8 +143,12 @@ void PlotView::mouseReleaseEvent(QMouseEvent* event) {
     if (selectionRect()->isActive()) {
         QCustomPlot::mouseReleaseEvent(event);
     }
-    pan_.reset();
-    grip_.reset();
+    const Held held = std::exchange(held_, {});
+    if (const auto* level = std::get_if<HeldLevel>(&held)) {
+        dragLevel(*level, event->position(), true);
+    } else if (const auto* head = std::get_if<HeldHead>(&held)) {
+        dropHead(*head, event->position());
+    }
     showMouseShape(event->position());
 }
 
@@ -106,6 +159,8 @@ void PlotView::mouseDoubleClickEvent(QMouseEvent* event) {
     }
     if (const auto column = legend_->entryAt(event->position())) {
         switchColumn(*column);
+    } else if (const auto head = heads_->placeAt(event->position())) {
+        press(*head, event->position());
     } else {
         tell(events_.m_pAutomaticWanted);
     }
@@ -121,43 +176,66 @@ void PlotView::wheelEvent(QWheelEvent* event) {
     if (notches == 0.0 || legend_->entryAt(place)) {
         return;
     }
+    if (place.x() < area.left() - heads_->scaleWidth() && lanes_.shown()) {
+        scrollLanes(lanes_.scroll() - static_cast<int>(std::lround(notches * kScrollLines * heads_->lineHeight())));
+        return;
+    }
     const bool vertical = (event->modifiers() & Qt::ControlModifier) != 0 || place.x() < area.left();
-    const int32_t axis = vertical ? kScoperaAxisY : kScoperaAxisX;
-    const double center = vertical ? yAxis->pixelToCoord(place.y()) : xAxis->pixelToCoord(place.x());
-    const double factor = std::pow(kZoomStep, notches);
-    const QCPRange range = axisRange(axis);
-    changeRange(axis, center + (range.lower - center) * factor, center + (range.upper - center) * factor,
-                kScoperaCauseWheel);
+    zoom(place, std::pow(kZoomStep, notches), vertical, kScoperaCauseWheel);
+}
+
+// Of a touch screen, or of a touch pad.
+bool PlotView::event(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture) {
+        const auto* gesture = static_cast<QNativeGestureEvent*>(event);
+        if (gesture->gestureType() == Qt::ZoomNativeGesture) {
+            pinch(gesture->position(), 1.0 + gesture->value());
+            return true;
+        }
+    } else if (event->type() == QEvent::Gesture) {
+        auto* gestures = static_cast<QGestureEvent*>(event);
+        if (const auto* two = static_cast<QPinchGesture*>(gestures->gesture(Qt::PinchGesture))) {
+            held_ = {};
+            pinch(mapFromGlobal(two->hotSpot()), two->scaleFactor());
+            return true;
+        }
+    }
+    return QCustomPlot::event(event);
+}
+
+void PlotView::pinch(const QPointF& place, double factor) {
+    if (factor > 0.0 && factor != 1.0) {
+        zoom(place, 1.0 / factor, false, kScoperaCausePinch);
+    }
 }
 
 void PlotView::leaveEvent(QEvent* event) {
-    tell(events_.m_pMouseMoved, 0.0, 0.0, 0);
+    tell(events_.m_pMouseMoved, 0.0, 0.0, 0, -1);
     QCustomPlot::leaveEvent(event);
 }
 
-void PlotView::dragPicture(const QPointF& place) {
-    const QPointF way = place - pan_->begin;
-    pan_->movesX = pan_->movesX || std::abs(way.x()) >= kPanThreshold;
-    pan_->movesY = pan_->movesY || std::abs(way.y()) >= kPanThreshold;
-    if (!pan_->movesX && !pan_->movesY) {
+void PlotView::dragPicture(Pan& held, const QPointF& place) {
+    const QPointF way = place - held.begin;
+    held.movesX = held.movesX || std::abs(way.x()) >= kPanThreshold;
+    held.movesY = held.movesY || std::abs(way.y()) >= kPanThreshold;
+    if (!held.movesX && !held.movesY) {
         return;
     }
     setCursor(Qt::ClosedHandCursor);
     // A call back may end the drag or the view's range may be another by then: work with a copy.
-    const Pan pan = *pan_;
-    const QSize size = axisRect()->size();
+    const Pan pan = held;
     if (pan.movesX) {
-        const double shift = -way.x() * pan.x.size() / size.width();
+        const double shift = -way.x() * pan.x.size() / axisRect()->width();
         changeRange(kScoperaAxisX, pan.x.lower + shift, pan.x.upper + shift, kScoperaCauseDrag);
     }
-    if (pan.movesY) {
-        const double shift = way.y() * pan.y.size() / size.height();
-        changeRange(kScoperaAxisY, pan.y.lower + shift, pan.y.upper + shift, kScoperaCauseDrag);
+    if (pan.movesY && pan.lane < lanes_.count()) {
+        const double shift = way.y() * pan.y.size() / lanes_.rows(pan.lane).height();
+        changeLaneRange(pan.lane, pan.y.lower + shift, pan.y.upper + shift, kScoperaCauseDrag);
     }
 }
 
-void PlotView::dragCursor(const QPointF& place) {
-    cursors_->move(*grip_, place);
+void PlotView::dragCursor(const Cursors::Grip& grip, const QPointF& place) {
+    cursors_->move(grip, place);
     if (stale_) {
         update();
     } else {
@@ -167,9 +245,24 @@ void PlotView::dragCursor(const QPointF& place) {
     tell(events_.m_pCursorsMoved, &places);
 }
 
+void PlotView::dropHead(const HeldHead& held, const QPointF& place) {
+    heads_->setDropLane(std::nullopt);
+    makeStale();
+    const auto column = static_cast<uint32_t>(held.column);
+    if (held.moved) {
+        tell(events_.m_pHeadDropped, column, static_cast<uint32_t>(lanes_.laneAt(place.y())));
+    } else {
+        tell(events_.m_pHeadClicked, column);
+    }
+}
+
 void PlotView::showMouseShape(const QPointF& place) {
     const auto grip = cursors_->gripAt(place);
-    if (!grip) {
+    const bool border =
+        lanes_.borderAt(place.y()).has_value() && place.x() <= axisRect()->right() && place.y() <= axisRect()->bottom();
+    if (border || (!grip && levels_->levelAt(place))) {
+        setCursor(Qt::SizeVerCursor);
+    } else if (!grip) {
         unsetCursor();
     } else if (grip->vertical && grip->horizontal) {
         setCursor(Qt::SizeAllCursor);

@@ -183,6 +183,57 @@ public:
         });
     }
 
+    int32_t TARNO2_CALL SetLanes(const SCOPERALane* lanes, uint32_t count) override {
+        return withView([&](PlotView& view) {
+            if (count > kScoperaMaxColumns || (lanes == nullptr && count > 0) ||
+                !std::all_of(lanes, lanes + count, [](const SCOPERALane& lane) {
+                    return lane.m_fLower < lane.m_fUpper && QCPRange::validRange(lane.m_fLower, lane.m_fUpper);
+                })) {
+                return false;
+            }
+            view.setLanes(lanes, count);
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL GetColumnExtremes(uint32_t column, double* lowest, double* highest) override {
+        return withView([&](PlotView& view) {
+            const auto extremes = view.extremes(column);
+            if (!extremes || lowest == nullptr || highest == nullptr) {
+                return false;
+            }
+            *lowest = extremes->lower;
+            *highest = extremes->upper;
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL SetReadings(const SCOPERAReading* readings, uint32_t count) override {
+        return withView([&](PlotView& view) {
+            if (count > kScoperaMaxColumns || (readings == nullptr && count > 0)) {
+                return false;
+            }
+            view.setReadings(readings, count);
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL SetLevels(const SCOPERALevel* levels, uint32_t count) override {
+        return withView([&](PlotView& view) {
+            if (count > kScoperaMaxFlags || (levels == nullptr && count > 0) ||
+                !std::all_of(levels, levels + count,
+                             [](const SCOPERALevel& level) { return std::isfinite(level.m_fY); })) {
+                return false;
+            }
+            view.setLevels(levels, count);
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL ShowLane(uint32_t lane) override {
+        return withView([&](PlotView& view) { return view.showLane(lane); });
+    }
+
 private:
     static bool isAxis(int32_t axis) { return axis == kScoperaAxisX || axis == kScoperaAxisY; }
 

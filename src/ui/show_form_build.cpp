@@ -83,7 +83,7 @@ void T_ShowForm::listenToScoper() {
         form->drawing_->switchColumn(column, visible != 0);
         form->userChanged();
     };
-    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside) {
+    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside, int32_t) {
         static_cast<T_ShowForm*>(context)->PaintBox1MouseMove(x, y, inside != 0);
     };
     events.m_pMousePressed = [](void* context, int32_t button, double, double) {

@@ -224,8 +224,8 @@ void SignalDrawing::setColumns(std::vector<Column> columns) {
     std::vector<SCOPERAColumn> handed;
     handed.reserve(columns_.size());
     for (const Column& column : columns_) {
-        handed.push_back(
-            {column.name.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor, column.scale.offset});
+        handed.push_back({column.name.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor,
+                          column.scale.offset, "", 0, 0});
     }
     scoper_.SetColumns(handed.data(), static_cast<uint32_t>(handed.size()));
 }

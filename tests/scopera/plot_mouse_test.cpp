@@ -10,22 +10,6 @@ namespace {
 
 class PlotMouseTest : public ScoperFixture {
 protected:
-    void wheel(const QPoint& place, int notches, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QWheelEvent event(place, view_->mapToGlobal(QPointF(place)), {}, QPoint(0, 120 * notches), Qt::NoButton,
-                          modifiers, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(view_, &event);
-    }
-    void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
-              Qt::KeyboardModifiers atRelease = Qt::NoModifier) {
-        QTest::mousePress(view_, Qt::LeftButton, modifiers, from);
-        for (int i = 1; i <= 4; ++i) {
-            const QPoint place = from + (to - from) * i / 4;
-            QMouseEvent move(QEvent::MouseMove, place, view_->mapToGlobal(QPointF(place)), Qt::NoButton, Qt::LeftButton,
-                             modifiers);
-            QApplication::sendEvent(view_, &move);
-        }
-        QTest::mouseRelease(view_, Qt::LeftButton, atRelease, to);
-    }
     void expectRange(int axis, double lower, double upper, double tolerance) {
         double low = 0;
         double high = 0;
@@ -154,7 +138,7 @@ TEST_F(PlotMouseTest, CursorsAreDraggedAndDrawn) {
     EXPECT_NEAR(cursors.m_fX[1], 80, kPixelX);
     EXPECT_NEAR(cursors.m_fY[1], -4, kPixelY);
     EXPECT_EQ(told_.rangeCalls[kScoperaAxisX], 0) << "a drag of a cursor moves no axis";
-    const SCOPERACursors set{{30, 60}, {1, 2}};
+    const SCOPERACursors set{{30, 60}, {1, 2}, {0, 0}};
     ASSERT_EQ(scoper_->SetCursors(&set), 1);
     const QImage image = picture();
     const QRgb background = image.pixel(pixelOf(45, -5));

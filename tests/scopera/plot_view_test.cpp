@@ -102,13 +102,13 @@ TEST_F(PlotViewTest, OneSampleAmongTenMillionIsSeen) {
 }
 
 TEST_F(PlotViewTest, TheFirstCurveLiesInFrontAndHiddenOnesDoNotCount) {
-    const SCOPERAColumn columns[] = {{"a", kRed, 1, 1.0, 0.0}, {"b", kBlue, 1, 1.0, 0.0}};
+    const SCOPERAColumn columns[] = {{"a", kRed, 1, 1.0, 0.0, "", 0, 0}, {"b", kBlue, 1, 1.0, 0.0, "", 0, 0}};
     ASSERT_EQ(scoper_->SetColumns(columns, 2), 1);
     setSamples({5, 5, 5, 5, 5, -7}, 2, 50.0);
     const QPoint shared = pixelOf(20, 5);
     EXPECT_TRUE(isColor(picture(), shared, kRed));
     EXPECT_FALSE(isColor(picture(), shared, kBlue));
-    const SCOPERAColumn hidden[] = {{"a", kRed, 0, 1.0, 0.0}, {"b", kBlue, 1, 0.5, 1.0}};
+    const SCOPERAColumn hidden[] = {{"a", kRed, 0, 1.0, 0.0, "", 0, 0}, {"b", kBlue, 1, 0.5, 1.0, "", 0, 0}};
     ASSERT_EQ(scoper_->SetColumns(hidden, 2), 1);
     EXPECT_TRUE(isColor(picture(), pixelOf(20, 3.5), kBlue));
     EXPECT_EQ(countColor(picture(), view_->rect(), kRed), 0);
@@ -124,12 +124,12 @@ TEST_F(PlotViewTest, LinesRunBetweenSamplesThatLieApart) {
     setSamples({-8, 8, 8}, 1, 50.0);
     const QImage image = picture();
     for (const double part : {0.1, 0.5, 0.9}) {
-        EXPECT_TRUE(isColor(image, pixelOf(50 * part, -8 + 16 * part), kRed)) << part;
+        EXPECT_TRUE(isTinted(image, pixelOf(50 * part, -8 + 16 * part), kRed)) << part;
     }
     EXPECT_TRUE(isColor(image, pixelOf(100, 8), kRed)) << "the last sample stands at the end of the axis";
     // A view between two samples still shows the line, though no sample lies in it.
     ASSERT_EQ(scoper_->SetRange(kScoperaAxisX, 20, 30), 1);
-    EXPECT_TRUE(isColor(picture(), pixelOf(25, 0), kRed));
+    EXPECT_TRUE(isTinted(picture(), pixelOf(25, 0), kRed));
     double low = 0;
     double high = 0;
     EXPECT_EQ(scoper_->GetExtremes(&low, &high), 0);
@@ -180,7 +180,7 @@ TEST_F(PlotViewTest, WhatIsOutsideTheYRangeIsCut) {
     EXPECT_EQ(countColor(picture(), view_->rect(), kRed) + countColor(picture(), view_->rect(), kBlue), 0);
     setSamples({300, 300, -300, -300}, 2, 50.0);
     const QPoint middle = pixelOf(25, 0);
-    EXPECT_TRUE(isColor(picture(), middle, kRed));
+    EXPECT_TRUE(isTinted(picture(), middle, kRed));
 }
 
 TEST_F(PlotViewTest, TheHostIsAskedForDataWhenTheViewIsShownAndWhenItsWidthChanges) {

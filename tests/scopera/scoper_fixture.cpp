@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPalette>
+#include <QTest>
+#include <QWheelEvent>
 #include <cmath>
+#include <limits>
 
 #include "platform/paths.h"
 #include "platform/registry.h"
@@ -31,10 +34,11 @@ SCOPERAEvents eventsInto(Told& told) {
         toldOf(context).switchedColumn = static_cast<int>(column);
         toldOf(context).switchedVisible = visible;
     };
-    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside) {
+    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside, int32_t lane) {
         toldOf(context).mouseX = x;
         toldOf(context).mouseY = y;
         toldOf(context).mouseInside = inside;
+        toldOf(context).mouseLane = lane;
     };
     events.m_pMousePressed = [](void* context, int32_t button, double, double) {
         toldOf(context).pressedButton = button;
@@ -45,6 +49,20 @@ SCOPERAEvents eventsInto(Told& told) {
     };
     events.m_pPaintWanted = [](void* context, uint32_t pixels) { toldOf(context).paintsWanted.push_back(pixels); };
     events.m_pFlagClicked = [](void* context, uint64_t flag) { toldOf(context).flagsClicked.push_back(flag); };
+    events.m_pLaneRangeChanged = [](void* context, uint32_t lane, double lower, double upper, int32_t cause) {
+        toldOf(context).lane = {lane, lower, upper, cause};
+    };
+    events.m_pLaneResized = [](void* context, uint32_t lane, uint32_t height) {
+        toldOf(context).laneHeight = {lane, height};
+    };
+    events.m_pHeadClicked = [](void* context, uint32_t column) { toldOf(context).clickedHead = column; };
+    events.m_pHeadDropped = [](void* context, uint32_t column, uint32_t lane) {
+        toldOf(context).droppedHead = {column, lane};
+    };
+    events.m_pSoloWanted = [](void* context, uint32_t column) { toldOf(context).solo = column; };
+    events.m_pLevelMoved = [](void* context, uint64_t identity, double y, int32_t done) {
+        toldOf(context).level = {identity, y, done};
+    };
     return events;
 }
 
@@ -86,7 +104,7 @@ void ScoperFixture::SetUp() {
 void ScoperFixture::setColumns(const std::vector<uint32_t>& colors, double scale, double offset) {
     std::vector<SCOPERAColumn> columns;
     for (const uint32_t color : colors) {
-        columns.push_back({"name", color, 1, scale, offset});
+        columns.push_back({"name", color, 1, scale, offset, "", 0, 0});
     }
     ASSERT_EQ(scoper_->SetColumns(columns.data(), static_cast<uint32_t>(columns.size())), 1);
 }
@@ -103,9 +121,7 @@ QPoint ScoperFixture::pixelOf(double x, double y) {
     double xs[2] = {};
     double ys[2] = {};
     for (int i = 0; i < 2; ++i) {
-        QMouseEvent move(QEvent::MouseMove, places[i], view_->mapToGlobal(QPointF(places[i])), Qt::NoButton,
-                         Qt::NoButton, Qt::NoModifier);
-        QApplication::sendEvent(view_, &move);
+        moveMouse(places[i]);
         xs[i] = told_.mouseX;
         ys[i] = told_.mouseY;
     }
@@ -113,6 +129,57 @@ QPoint ScoperFixture::pixelOf(double x, double y) {
         return static_cast<int>(std::lround(from + (value - ends[0]) / (ends[1] - ends[0]) * (to - from)));
     };
     return {between(x, xs, places[0].x(), places[1].x()), between(y, ys, places[0].y(), places[1].y())};
+}
+
+QPoint ScoperFixture::pixelOf(double x, int32_t lane, double y) {
+    const int column = pixelOf(x, 0.0).x();
+    QPoint nearest;
+    double distance = std::numeric_limits<double>::infinity();
+    for (int row = 0; row < view_->height(); ++row) {
+        moveMouse({column, row});
+        if (told_.mouseInside == 1 && told_.mouseLane == lane && std::abs(told_.mouseY - y) < distance) {
+            distance = std::abs(told_.mouseY - y);
+            nearest = {column, row};
+        }
+    }
+    return nearest;
+}
+
+bool ScoperFixture::isTinted(const QImage& image, const QPoint& place, uint32_t bgr) {
+    const QColor wanted(static_cast<int>(bgr & 0xFF), static_cast<int>(bgr >> 8 & 0xFF),
+                        static_cast<int>(bgr >> 16 & 0xFF));
+    const auto distance = [](const QColor& a, const QColor& b) {
+        return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue());
+    };
+    for (int y = place.y() - 1; y <= place.y() + 1; ++y) {
+        for (int x = place.x() - 1; x <= place.x() + 1; ++x) {
+            const QColor color = image.pixelColor(x, y);
+            if (distance(color, wanted) < distance(color, Qt::white)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+void ScoperFixture::moveMouse(const QPoint& place, Qt::MouseButtons held, Qt::KeyboardModifiers modifiers) {
+    QMouseEvent move(QEvent::MouseMove, place, view_->mapToGlobal(QPointF(place)), Qt::NoButton, held, modifiers);
+    QApplication::sendEvent(view_, &move);
+}
+
+void ScoperFixture::wheel(const QPoint& place, int notches, Qt::KeyboardModifiers modifiers) {
+    QWheelEvent event(place, view_->mapToGlobal(QPointF(place)), {}, QPoint(0, 120 * notches), Qt::NoButton, modifiers,
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(view_, &event);
+}
+
+void ScoperFixture::drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers,
+                         Qt::KeyboardModifiers atRelease) {
+    QTest::mousePress(view_, Qt::LeftButton, modifiers, from);
+    for (int i = 1; i <= 4; ++i) {
+        moveMouse(from + (to - from) * i / 4, Qt::LeftButton, modifiers);
+    }
+    QTest::mouseRelease(view_, Qt::LeftButton, atRelease, to);
 }
 
 bool ScoperFixture::isColor(const QImage& image, const QPoint& place, uint32_t bgr) {

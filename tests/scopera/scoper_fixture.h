@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -38,6 +40,22 @@ struct Told {
     SCOPERACursors cursors{};
     std::vector<uint32_t> paintsWanted;
     std::vector<uint64_t> flagsClicked;
+    int32_t mouseLane = -2;
+    struct {
+        uint32_t lane;
+        double lower;
+        double upper;
+        int32_t cause;
+    } lane{};
+    std::pair<uint32_t, uint32_t> laneHeight{};
+    std::optional<uint32_t> clickedHead;
+    std::optional<std::pair<uint32_t, uint32_t>> droppedHead;
+    std::optional<uint32_t> solo;
+    struct {
+        uint64_t identity;
+        double y;
+        int32_t done;
+    } level{};
 };
 
 /// A view of 700 x 500 with X from 0 to 100 and Y from -10 to 10, white below black text.
@@ -58,6 +76,15 @@ protected:
     [[nodiscard]] static bool isColor(const QImage& image, const QPoint& place, uint32_t bgr);
     [[nodiscard]] static int countColor(const QImage& image, const QRect& area, uint32_t bgr);
     [[nodiscard]] QRect pictureArea() { return {pixelOf(0, 10), pixelOf(100, -10)}; }
+
+    /// Where a place of a lane lies on the widget, as the view tells of the mouse.
+    [[nodiscard]] QPoint pixelOf(double x, int32_t lane, double y);
+    /// A pixel within one of that place whose colour comes nearer to that one than to white: a smoothed line.
+    [[nodiscard]] static bool isTinted(const QImage& image, const QPoint& place, uint32_t bgr);
+    void moveMouse(const QPoint& place, Qt::MouseButtons held = Qt::NoButton, Qt::KeyboardModifiers modifiers = {});
+    void wheel(const QPoint& place, int notches, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void drag(const QPoint& from, const QPoint& to, Qt::KeyboardModifiers modifiers = Qt::NoModifier,
+              Qt::KeyboardModifiers atRelease = Qt::NoModifier);
 
     std::unique_ptr<ISCOPERA, ReleaseScoper> scoper_;
     QWidget* view_ = nullptr;

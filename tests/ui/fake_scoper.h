@@ -4,6 +4,7 @@
 #include <QWidget>
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <map>
 #include <string>
 #include <tuple>
@@ -22,6 +23,8 @@ public:
         bool visible;
         double scale;
         double offset;
+        uint32_t lane;
+        bool marked;
     };
 
     uint32_t TARNO2_CALL AbiVersion() override { return kScoperaAbiVersion; }
@@ -34,8 +37,8 @@ public:
     int32_t TARNO2_CALL SetColumns(const SCOPERAColumn* given, uint32_t count) override {
         columns.clear();
         for (uint32_t i = 0; i < count; ++i) {
-            columns.push_back(
-                {given[i].m_sName, given[i].m_nColor, given[i].m_nVisible != 0, given[i].m_fScale, given[i].m_fOffset});
+            columns.push_back({given[i].m_sName, given[i].m_nColor, given[i].m_nVisible != 0, given[i].m_fScale,
+                               given[i].m_fOffset, given[i].m_nLane, given[i].m_nMarked != 0});
         }
         return 1;
     }
@@ -94,6 +97,39 @@ public:
         return 1;
     }
 
+    int32_t TARNO2_CALL SetLanes(const SCOPERALane* given, uint32_t count) override {
+        lanes.assign(given, given + count);
+        return 1;
+    }
+    int32_t TARNO2_CALL GetColumnExtremes(uint32_t column, double* lowest, double* highest) override {
+        if (samples.empty() || column >= columns.size()) {
+            return 0;
+        }
+        *lowest = std::numeric_limits<double>::infinity();
+        *highest = -*lowest;
+        for (size_t i = column; i < samples.size(); i += columns.size()) {
+            const double value = samples[i] * columns[column].scale + columns[column].offset;
+            *lowest = std::min(*lowest, value);
+            *highest = std::max(*highest, value);
+        }
+        return 1;
+    }
+    int32_t TARNO2_CALL SetReadings(const SCOPERAReading* given, uint32_t count) override {
+        readings.clear();
+        for (uint32_t i = 0; i < count; ++i) {
+            readings.emplace_back(given[i].m_sText);
+        }
+        return 1;
+    }
+    int32_t TARNO2_CALL SetLevels(const SCOPERALevel* given, uint32_t count) override {
+        levels.clear();
+        for (uint32_t i = 0; i < count; ++i) {
+            levels.emplace_back(given[i].m_nColumn, given[i].m_fY);
+        }
+        return 1;
+    }
+    int32_t TARNO2_CALL ShowLane(uint32_t) override { return 1; }
+
     QPointer<QWidget> view;
     SCOPERAEvents events{};
     std::vector<Column> columns;
@@ -101,6 +137,9 @@ public:
     std::vector<int16_t> samples;
     std::array<std::pair<double, double>, 2> range{};
     std::vector<std::pair<double, std::string>> flags;
+    std::vector<SCOPERALane> lanes;
+    std::vector<std::string> readings;
+    std::vector<std::pair<uint32_t, double>> levels;
     std::map<uint32_t, int32_t> options;
     std::map<uint32_t, std::string> texts;
     std::string font;

@@ -61,6 +61,11 @@ public:
     int32_t TARNO2_CALL SavePicture(const char*) override { return 0; }
     int32_t TARNO2_CALL CopyPicture() override { return 0; }
     int32_t TARNO2_CALL SetFlags(const SCOPERAFlag*, uint32_t) override { return 0; }
+    int32_t TARNO2_CALL SetLanes(const SCOPERALane*, uint32_t) override { return 0; }
+    int32_t TARNO2_CALL GetColumnExtremes(uint32_t, double*, double*) override { return 0; }
+    int32_t TARNO2_CALL SetReadings(const SCOPERAReading*, uint32_t) override { return 0; }
+    int32_t TARNO2_CALL SetLevels(const SCOPERALevel*, uint32_t) override { return 0; }
+    int32_t TARNO2_CALL ShowLane(uint32_t) override { return 0; }
 };
 
 }  // namespace

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QString>
+#include <optional>
+#include <qcustomplot.h>
+#include <vector>
+
+#include "scopera/lanes.h"
+
+namespace tarno2 {
+
+/// Lines at values of columns, thresholds for example, which can be dragged up and down.
+class LevelLines : public QCPLayerable {
+public:
+    struct Level {
+        size_t column;
+        double y;
+        QString text;
+        uint64_t identity;
+        bool movable;
+    };
+
+    /// Where a column is drawn, and how.
+    struct Column {
+        size_t lane;
+        QColor color;
+        bool visible;
+    };
+
+    LevelLines(QCPAxis* xAxis, const Lanes& lanes) : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), lanes_(lanes) {}
+
+    void setLevels(std::vector<Level> levels) { levels_ = std::move(levels); }
+    void setColumns(std::vector<Column> columns) { columns_ = std::move(columns); }
+    void setFont(const QFont& font) { font_ = font; }
+    void setTextColor(const QColor& text) { text_ = text; }
+    /// The movable level at a place.
+    [[nodiscard]] std::optional<size_t> levelAt(const QPointF& place) const;
+    /// Moves it to the height of that place, as far as its lane's range reaches.
+    const Level& move(size_t level, double pixel);
+
+protected:
+    void applyDefaultAntialiasingHint(QCPPainter* painter) const override { painter->setAntialiasing(false); }
+    QRect clipRect() const override { return xAxis_->axisRect()->rect(); }
+    void draw(QCPPainter* painter) override;
+
+private:
+    [[nodiscard]] size_t laneOf(const Level& level) const;
+    /// The height at which it is drawn; nothing outside of its lane's range, or while its column is not drawn.
+    [[nodiscard]] std::optional<double> pixelOf(const Level& level) const;
+
+    QCPAxis* xAxis_;
+    const Lanes& lanes_;
+    std::vector<Level> levels_;
+    std::vector<Column> columns_;
+    QFont font_;
+    QColor text_;
+};
+
+}  // namespace tarno2
