@@ -62,7 +62,11 @@ public:
         });
     }
 
-    bool begin(ExportSink& sink) override { return sink.write(header(subject_.frames)); }
+    bool begin(ExportSink& sink) override {
+        const bool done = sink.write(header(subject_.frames));
+        recordsEnd_ = sink.position();
+        return done;
+    }
 
     bool frames(ExportSink& sink, const uint8_t* frames, size_t count) override {
         const size_t channels = subject_.inputs.channelCount;
@@ -81,11 +85,14 @@ public:
         if (filled_ > 0) {
             padRecord();
             if (!writeRecord(sink, kClosing)) {
-                // No room for it: what was written before ends with a whole record.
-                return sink.cutBack(recordsEnd_) && sink.patch(0, header(written_ * records_.frames));
+                return false;
             }
         }
         return frames == subject_.frames || sink.patch(0, header(frames));
+    }
+
+    bool rescue(ExportSink& sink, uint64_t /*bytes*/, uint64_t /*frames*/) override {
+        return sink.cutBack(recordsEnd_) && sink.patch(0, header(written_ * records_.frames));
     }
 
 private:
@@ -180,10 +187,10 @@ private:
         const uint64_t end = written_ * records_.frames + std::exchange(filled_, 0);
         std::string notes = annotations_.ofRecord(written_, end % records_.frames == 0 ? std::string() : closing, end);
         notes.resize(annotationBytes_, '\0');
-        recordsEnd_ = sink.position();
         if (!sink.write(record_.data(), record_.size()) || !sink.write(notes)) {
             return false;
         }
+        recordsEnd_ = sink.position();
         ++written_;
         return true;
     }
@@ -200,7 +207,7 @@ private:
     std::vector<int32_t> codeBlock_;
     uint64_t filled_ = 0;      ///< frames of the record
     uint64_t written_ = 0;     ///< records
-    uint64_t recordsEnd_ = 0;  ///< bytes up to the last one that was begun
+    uint64_t recordsEnd_ = 0;  ///< bytes up to the end of the last one
 };
 
 std::unique_ptr<Exporter> makeWithBits(const ExportSubject& subject, uint32_t bits, ExportNotes& notes,

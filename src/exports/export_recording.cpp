@@ -94,9 +94,8 @@ void writeOutput(const ExportTask& task, FrameReader& reader, Exporter& exporter
             exporter.end(sink, frames);
         }
     }
-    // What is there becomes a file that opens, if there is room for its end.
-    if (!sink.error().ok() && goodBytes != 0 && sink.cutBack(goodBytes)) {
-        exporter.end(sink, frames);
+    if (!sink.error().ok() && goodBytes != 0) {
+        exporter.rescue(sink, goodBytes, frames);
     }
     if (!sink.firstError().ok()) {
         result.status = ConversionResult::CannotWrite;

@@ -52,6 +52,11 @@ public:
     virtual bool frames(ExportSink& sink, const uint8_t* frames, size_t count) = 0;
     /// `frames`: how many there were; fewer than announced after a stop. What was begun becomes a file that opens.
     virtual bool end(ExportSink& sink, uint64_t frames) = 0;
+    /// After the sink has failed: makes a file that opens of what it has taken, as far as that can be done. `bytes` and
+    /// `frames`: what there was after the last call of `frames` that went well.
+    virtual bool rescue(ExportSink& sink, uint64_t bytes, uint64_t frames) {
+        return sink.cutBack(bytes) && end(sink, frames);
+    }
 };
 
 }  // namespace tarno2

@@ -76,12 +76,10 @@ public:
     }
 
     bool end(ExportSink& sink, uint64_t /*frames*/) override {
-        const uint64_t good = sink.position();
-        if (filled_ > 0 && !writeChunk(sink) && !sink.cutBack(good)) {
-            return false;
-        }
-        return zip_.finish(sink);
+        return (filled_ == 0 || writeChunk(sink)) && zip_.finish(sink);
     }
+
+    bool rescue(ExportSink& sink, uint64_t /*bytes*/, uint64_t /*frames*/) override { return zip_.rescue(sink); }
 
 private:
     [[nodiscard]] std::string metadata() const {

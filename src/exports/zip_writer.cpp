@@ -101,22 +101,26 @@ bool ZipWriter::add(ExportSink& sink, const std::string& name, std::string_view 
         return false;
     }
     entries_.push_back(std::move(entry));
+    end_ = sink.position();
     return true;
 }
 
 bool ZipWriter::finish(ExportSink& sink) {
-    uint64_t end = sink.position();
-    while (!sink.write(zipDirectory(entries_, end))) {
-        if (entries_.empty() || !sink.isFile()) {
-            return false;
+    return sink.write(zipDirectory(entries_, end_));
+}
+
+bool ZipWriter::rescue(ExportSink& sink) {
+    while (sink.cutBack(end_)) {
+        if (finish(sink)) {
+            return true;
         }
-        end = entries_.back().offset;
+        if (entries_.empty()) {
+            break;
+        }
+        end_ = entries_.back().offset;
         entries_.pop_back();
-        if (!sink.cutBack(end)) {
-            return false;
-        }
     }
-    return true;
+    return false;
 }
 
 }  // namespace tarno2

@@ -29,12 +29,16 @@ class ZipWriter {
 public:
     /// Packs a whole file into the archive. False when the sink failed. Throws std::bad_alloc.
     bool add(ExportSink& sink, const std::string& name, std::string_view contents);
-    /// Ends the archive. Where the list does not fit onto the disk the newest files give way to it.
+    /// Ends the archive.
     bool finish(ExportSink& sink);
+    /// Likewise after the sink has failed, behind the last file that is whole. Where there is no room for the end the
+    /// newest files give way to it.
+    bool rescue(ExportSink& sink);
 
 private:
     std::vector<ZipEntry> entries_;
     std::string packed_;
+    uint64_t end_ = 0;  ///< bytes up to the end of the last file
 };
 
 }  // namespace tarno2
