@@ -105,7 +105,8 @@ private:
     }
 
     [[nodiscard]] size_t roomForAnnotations() const {
-        const size_t closing = annotations_.ofRecord(0, kClosing, subject_.frames).size() - annotations_.ofRecord(0).size();
+        const size_t closing =
+            annotations_.ofRecord(0, kClosing, subject_.frames).size() - annotations_.ofRecord(0).size();
         const size_t longest = annotations_.longest(countOf(subject_.frames)) + closing + kByteBits;
         return (longest + bytes_ - 1) / bytes_ * bytes_;
     }
@@ -127,8 +128,8 @@ private:
         }
         for (uint32_t i = 0; i < inputs.digitalLines; ++i) {
             const std::string name = inputs.labels.lineName(i);
-            signals.push_back({edfText(name) == name ? name : "Line " + std::to_string(i), "", 0.0, 1.0, 0, 1,
-                               records_.frames});
+            signals.push_back(
+                {edfText(name) == name ? name : "Line " + std::to_string(i), "", 0.0, 1.0, 0, 1, records_.frames});
         }
         const int64_t lowest = -(int64_t{1} << (bytes_ * kByteBits - 1));
         signals.push_back({bytes_ == 2 ? "EDF Annotations" : "BDF Annotations", "", -1.0, 1.0, lowest, -lowest - 1,
@@ -142,7 +143,8 @@ private:
             return name;
         }
         const auto& channels = subject_.inputs.labels.channels;
-        return "Channel " + std::to_string(column < channels.size() ? channels[column].number : static_cast<int>(column));
+        return "Channel " +
+               std::to_string(column < channels.size() ? channels[column].number : static_cast<int>(column));
     }
 
     [[nodiscard]] std::string header(uint64_t frames) const {

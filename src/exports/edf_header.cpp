@@ -84,8 +84,12 @@ std::string signalFields(const std::vector<EdfSignal>& signals) {
 }  // namespace
 
 std::string edfText(const std::string& utf8) {
-    static constexpr std::array<std::pair<char16_t, std::string_view>, 6> kSpelled = {
-        {{u'\u00B0', "deg"}, {u'\u00B5', "u"}, {u'\u03BC', "u"}, {u'\u00B2', "2"}, {u'\u00B3', "3"}, {u'\u03A9', "Ohm"}}};
+    static constexpr std::array<std::pair<char16_t, std::string_view>, 6> kSpelled = {{{u'\u00B0', "deg"},
+                                                                                       {u'\u00B5', "u"},
+                                                                                       {u'\u03BC', "u"},
+                                                                                       {u'\u00B2', "2"},
+                                                                                       {u'\u00B3', "3"},
+                                                                                       {u'\u03A9', "Ohm"}}};
     std::string text;
     for (const char16_t c : utf8ToUtf16(utf8).value_or(std::u16string(utf8.size(), u'?'))) {
         const auto* const spelled = std::ranges::find(kSpelled, c, [](const auto& pair) { return pair.first; });
@@ -104,8 +108,10 @@ std::string edfHeader(const EdfHeader& header) {
     std::ranges::replace(equipment, ' ', '_');
     const std::string recording =
         "Startdate " + start.spelled + " X Tarno2 " + (equipment.empty() ? std::string("X") : equipment);
-    return (header.bdf ? std::string("\xFF" "BIOSEMI") : field("0", kNumber)) + field("X X X X", kIdentity) +
-           field(recording, kIdentity) + start.fields +
+    return (header.bdf ? std::string("\xFF"
+                                     "BIOSEMI")
+                       : field("0", kNumber)) +
+           field("X X X X", kIdentity) + field(recording, kIdentity) + start.fields +
            field(std::to_string(kSignalBytes * (header.signals.size() + 1)), kNumber) +
            field(header.bdf ? "BDF+C" : "EDF+C", 44) + field(std::to_string(header.records), kNumber) +
            field(header.duration, kNumber) + field(std::to_string(header.signals.size()), 4) +

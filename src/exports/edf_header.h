@@ -30,8 +30,8 @@ struct EdfHeader {
 /// The bytes of the header.
 [[nodiscard]] std::string edfHeader(const EdfHeader& header);
 
-/// A text in the letters that the header may have, the degree sign, the letter for millionths and small numbers spelled;
-/// others become "?".
+/// A text in the letters that the header may have, the degree sign, the letter for millionths and small numbers
+/// spelled; others become "?".
 [[nodiscard]] std::string edfText(const std::string& utf8);
 
 }  // namespace tarno2

@@ -48,9 +48,9 @@ EdfRecords edfRecords(double rate, uint64_t frameBytes, uint64_t frames) {
         return count >= static_cast<double>(least) && count <= static_cast<double>(most) &&
                std::fabs(count - std::nearbyint(count)) <= kExact * count;
     };
-    static constexpr std::array kDurations = {1.0,   0.5,   0.2,   0.1,   0.05,   0.02,   0.01,  0.005, 0.002, 0.001,
-                                              5e-4,  2e-4,  1e-4,  5e-5,  2e-5,   1e-5,   5e-6,  2e-6,  1e-6,
-                                              2.0,   5.0,   10.0,  20.0,  50.0,   100.0,  1e3,   1e4,   1e5};
+    static constexpr std::array kDurations = {1.0,  0.5,  0.2,  0.1,  0.05,  0.02, 0.01, 0.005, 0.002, 0.001,
+                                              5e-4, 2e-4, 1e-4, 5e-5, 2e-5,  1e-5, 5e-6, 2e-6,  1e-6,  2.0,
+                                              5.0,  10.0, 20.0, 50.0, 100.0, 1e3,  1e4,  1e5};
     for (const double duration : kDurations) {
         if (fits(rate * duration)) {
             return ofFrames(static_cast<uint64_t>(std::llround(rate * duration)), rate);

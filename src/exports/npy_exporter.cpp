@@ -142,7 +142,8 @@ private:
         for (size_t i = 0; i < count * channels; ++i) {
             int32_t code = 0;
             std::memcpy(&code, &out_[i * sizeof code], sizeof code);
-            const double value = scales_[i % channels].value(plainUnsigned ? static_cast<uint32_t>(code) : code);
+            const double number = plainUnsigned ? static_cast<double>(static_cast<uint32_t>(code)) : code;
+            const double value = scales_[i % channels].value(number);
             std::memcpy(&values_[i * sizeof value], &value, sizeof value);
         }
         out_.swap(values_);

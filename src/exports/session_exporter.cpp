@@ -89,8 +89,9 @@ private:
         if (lines > 0) {
             text += "capturefile=logic-1\n";
         }
-        text += "total probes=" + std::to_string(lines) + "\nsamplerate=" +
-                std::to_string(std::llround(subject_.rate)) + " Hz\ntotal analog=" + std::to_string(channels_) + "\n";
+        text += "total probes=" + std::to_string(lines) +
+                "\nsamplerate=" + std::to_string(std::llround(subject_.rate)) +
+                " Hz\ntotal analog=" + std::to_string(channels_) + "\n";
         for (uint32_t i = 0; i < lines; ++i) {
             text += "probe" + std::to_string(i + 1) + "=" + keyFileText(inputs.labels.lineName(i)) + "\n";
         }

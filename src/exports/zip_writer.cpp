@@ -74,10 +74,10 @@ std::string zipDirectory(std::span<const ZipEntry> entries, uint64_t begin) {
     const uint64_t count = entries.size();
     if (begin >= kFull32 || bytes >= kFull32 || count >= kFull16) {
         list += littleEndian(kEnd64, 4) + littleEndian(kEnd64Bytes - 12, 8) + littleEndian(kVersion64, 2) +
-                littleEndian(kVersion64, 2) + littleEndian(0, 4 + 4) + littleEndian(count, 8) +
-                littleEndian(count, 8) + littleEndian(bytes, 8) + littleEndian(begin, 8);
-        list += littleEndian(kEnd64Locator, 4) + littleEndian(0, 4) + littleEndian(begin + bytes, 8) +
-                littleEndian(1, 4);
+                littleEndian(kVersion64, 2) + littleEndian(0, 4 + 4) + littleEndian(count, 8) + littleEndian(count, 8) +
+                littleEndian(bytes, 8) + littleEndian(begin, 8);
+        list +=
+            littleEndian(kEnd64Locator, 4) + littleEndian(0, 4) + littleEndian(begin + bytes, 8) + littleEndian(1, 4);
     }
     const uint64_t told = std::min<uint64_t>(count, kFull16);
     return list + littleEndian(kEnd, 4) + littleEndian(0, 2 + 2) + littleEndian(told, 2) + littleEndian(told, 2) +

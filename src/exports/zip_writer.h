@@ -20,8 +20,8 @@ struct ZipEntry {
     bool deflated = false;
 };
 
-/// The list that ends an archive: its entries begin at `begin`. Numbers for which the form of 32 bits is too small stand
-/// in that of 64.
+/// The list that ends an archive: its entries begin at `begin`. Numbers for which the form of 32 bits is too small
+/// stand in that of 64.
 [[nodiscard]] std::string zipDirectory(std::span<const ZipEntry> entries, uint64_t begin);
 
 /// Writes a zip archive from its begin to its end, so that it needs no file. Files in it are below 4 GiB each.

@@ -36,13 +36,13 @@ protected:
 // Between two bins each window loses as much as it is known to; the peak's place and power come out all the same.
 TEST_F(SpectrumOf, SineIsMeasuredWithEveryWindow) {
     constexpr double kAmplitude = 16000.0 * kVoltsPerCode;
-    for (const auto window : {SpectrumWindow::Hann, SpectrumWindow::FlatTop, SpectrumWindow::BlackmanHarris,
-                              SpectrumWindow::Rectangular}) {
+    for (const auto window :
+         {SpectrumWindow::Hann, SpectrumWindow::FlatTop, SpectrumWindow::BlackmanHarris, SpectrumWindow::Rectangular}) {
         for (const double beside : {0.0, 0.37, -0.5}) {
             const double bin = 200.0 + beside;
-            const Spectrum spectrum = of(
-                [bin](size_t, size_t i) { return 5000.0 + 16000.0 * std::sin(kTurn * bin * double(i) / 4096.0); }, 4096,
-                {.window = window, .length = 4096});
+            const Spectrum spectrum =
+                of([bin](size_t, size_t i) { return 5000.0 + 16000.0 * std::sin(kTurn * bin * double(i) / 4096.0); },
+                   4096, {.window = window, .length = 4096});
             EXPECT_EQ(spectrum.blocks, 1U);
             EXPECT_NEAR(std::sqrt(spectrum.powers[0][0]), 5000.0 * kVoltsPerCode, 0.03);
             const SpectrumFigures figures = figuresOf(spectrum, 0, 5);
@@ -54,13 +54,14 @@ TEST_F(SpectrumOf, SineIsMeasuredWithEveryWindow) {
 }
 
 TEST_F(SpectrumOf, ScalesAgreeWithTheirDefinitions) {
-    const Spectrum spectrum = of([](size_t, size_t i) { return -0.5 + 32767.5 * std::sin(kTurn * double(i) / 16.0); }, 65536,
-                                 {.window = SpectrumWindow::FlatTop, .length = 1024});
+    const Spectrum spectrum = of([](size_t, size_t i) { return -0.5 + 32767.5 * std::sin(kTurn * double(i) / 16.0); },
+                                 65536, {.window = SpectrumWindow::FlatTop, .length = 1024});
     EXPECT_EQ(spectrum.blocks, 127U);
     const double power = spectrum.powers[0][64];
     EXPECT_NEAR(spectrumValue(power, SpectrumScale::DbFs, 10.0, spectrum), 0.0, 1e-3);
     EXPECT_NEAR(spectrumValue(power, SpectrumScale::Volts, 10.0, spectrum), 10.0 / std::sqrt(2.0), 1e-3);
-    EXPECT_NEAR(spectrumValue(power, SpectrumScale::DbV, 10.0, spectrum), 20.0 * std::log10(10.0 / std::sqrt(2.0)), 1e-3);
+    EXPECT_NEAR(spectrumValue(power, SpectrumScale::DbV, 10.0, spectrum), 20.0 * std::log10(10.0 / std::sqrt(2.0)),
+                1e-3);
 }
 
 // White noise has the same density everywhere, whatever the window, and all of it is the variance.
@@ -86,8 +87,7 @@ TEST_F(SpectrumOf, DistortionNoiseAndSpuriousLines) {
         // Uniform noise of +-100 codes: a root mean square of 57.7.
         return channel == 1 ? 7.0 : line + double(noise.next() % 2001) / 10.0 - 100.0;
     };
-    const Spectrum spectrum =
-        of(signal, 65536, {.window = SpectrumWindow::BlackmanHarris, .length = 65536}, 2);
+    const Spectrum spectrum = of(signal, 65536, {.window = SpectrumWindow::BlackmanHarris, .length = 65536}, 2);
     const SpectrumFigures figures = figuresOf(spectrum, 0, 3);
     ASSERT_EQ(figures.peaks.size(), 3U);
     EXPECT_NEAR(figures.peaks[1].frequency, 2.0 * 1003.0 * 48000.0 / 65536.0, 0.05);

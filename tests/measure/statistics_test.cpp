@@ -1,8 +1,7 @@
 #include "measure/statistics.h"
 
-#include <gmock/gmock.h>
-
 #include <algorithm>
+#include <gmock/gmock.h>
 
 #include "display/sample_code.h"
 #include "measure/channel_sums.h"
@@ -30,19 +29,20 @@ TEST(Statistics, SineSquareAndRampWithOffsets) {
     const SignalFormat format = madeFormat(3);
     constexpr size_t kPeriod = 480;
     constexpr size_t kFrames = kPeriod * 2000;
-    const SpanStatistics all = measured(madeFrames<int16_t>(3, kFrames,
-                                                            [](size_t channel, size_t frame) {
-                                                                const double part = double(frame % kPeriod) / kPeriod;
-                                                                switch (channel) {
-                                                                    case 0:
-                                                                        return 1000.0 + 20000.0 * std::sin(kTurn * part);
-                                                                    case 1:
-                                                                        return part < 0.3 ? 12000.0 : -8000.0;
-                                                                    default:
-                                                                        return -240.0 + double(frame % kPeriod);
-                                                                }
-                                                            }),
-                                        format);
+    const SpanStatistics all =
+        measured(madeFrames<int16_t>(3, kFrames,
+                                     [](size_t channel, size_t frame) {
+                                         const double part = double(frame % kPeriod) / kPeriod;
+                                         switch (channel) {
+                                             case 0:
+                                                 return 1000.0 + 20000.0 * std::sin(kTurn * part);
+                                             case 1:
+                                                 return part < 0.3 ? 12000.0 : -8000.0;
+                                             default:
+                                                 return -240.0 + double(frame % kPeriod);
+                                         }
+                                     }),
+                 format);
     const SignalStatistics& sine = all.channels[0];
     EXPECT_EQ(sine.peakToPeak(), 40000.0);
     EXPECT_NEAR(*sine.mean, 1000.0, 1e-6);
@@ -83,8 +83,9 @@ TEST(Statistics, SmallSignalOnLargeConstantIsExact) {
 
 // Every layout of a word and number of channels against the plainest loop, however the frames are divided.
 TEST(Statistics, EveryFormatAddsUpLikeThePlainLoop) {
-    const SampleWordFormat words[] = {{2, 1, 0, 16, true}, {2, 1, 0, 12, true},  {2, 1, 0, 14, false}, {2, 0, 4, 0, true},
-                                      {2, 0, 3, 0, false}, {4, 1, 0, 24, true}, {4, 0, 8, 0, false}};
+    const SampleWordFormat words[] = {{2, 1, 0, 16, true}, {2, 1, 0, 12, true}, {2, 1, 0, 14, false},
+                                      {2, 0, 4, 0, true},  {2, 0, 3, 0, false}, {4, 1, 0, 24, true},
+                                      {4, 0, 8, 0, false}};
     for (const SampleWordFormat& word : words) {
         for (const size_t channels : {1U, 3U, 8U, 20U}) {
             const SignalFormat format = madeFormat(channels, word);
@@ -122,7 +123,8 @@ TEST(Statistics, EveryFormatAddsUpLikeThePlainLoop) {
     }
 }
 
-// The same edges, whether the frames come at once, in crumbs, or by two threads that are joined; of words of any layout.
+// The same edges, whether the frames come at once, in crumbs, or by two threads that are joined; of words of any
+// layout.
 TEST(Crossings, AreTheSameHoweverTheFramesAreDivided) {
     for (const bool wide : {false, true}) {
         const SignalFormat format = madeFormat(3, {wide ? 4U : 2U, 1, 0, 16, true});
@@ -173,12 +175,13 @@ TEST(Crossings, AreTheSameHoweverTheFramesAreDivided) {
 TEST(Crossings, NoiseAtTheMiddleIsNoEdge) {
     const SignalFormat format = madeFormat(1);
     Noise noise;
-    const SpanStatistics all = measured(madeFrames<int16_t>(1, 48000,
-                                                            [&noise](size_t, size_t frame) {
-                                                                return 10000.0 * std::sin(kTurn * double(frame) / 4800.0) +
-                                                                       double(noise.next() % 801) - 400.0;
-                                                            }),
-                                        format);
+    const SpanStatistics all =
+        measured(madeFrames<int16_t>(1, 48000,
+                                     [&noise](size_t, size_t frame) {
+                                         return 10000.0 * std::sin(kTurn * double(frame) / 4800.0) +
+                                                double(noise.next() % 801) - 400.0;
+                                     }),
+                 format);
     EXPECT_NEAR(*all.channels[0].frequency, 10.0, 0.02);
     const SpanStatistics once =
         measured(madeFrames<int16_t>(1, 1000, [](size_t, size_t frame) { return frame < 500 ? -5.0 : 5.0; }), format);
@@ -224,9 +227,8 @@ TEST(Statistics, ExtremesTellWhatIsLeft) {
     const SignalFormat format = madeFormat(2);
     Screen screen;
     screen.bucketFrames = 100;
-    screen.words = madeFrames<int16_t>(2, 4, [](size_t channel, size_t row) {
-        return (row % 2 == 0 ? -1.0 : 1.0) * double(100 * channel + row);
-    });
+    screen.words = madeFrames<int16_t>(
+        2, 4, [](size_t channel, size_t row) { return (row % 2 == 0 ? -1.0 : 1.0) * double(100 * channel + row); });
     screen.rows = 4;
     const auto all = measureExtremes(screen, format, {0, 200});
     ASSERT_TRUE(all);
