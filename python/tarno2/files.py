@@ -4,8 +4,9 @@ from __future__ import annotations
 
 import re
 from dataclasses import dataclass
+from itertools import count
 from pathlib import Path
-from typing import List, Optional, Tuple
+from typing import Iterator, Optional, Tuple
 
 from .errors import RecordingError
 
@@ -61,15 +62,15 @@ class RecordingFiles:
         name = re.fullmatch(r"(.+)_([1-9]\d*)", self.base, re.DOTALL)
         return (RecordingFiles(self.folder, name[1], self.extension), int(name[2])) if name else None
 
-    def following(self) -> List[int]:
+    def following(self) -> Iterator[int]:
         """The pieces that are there by their names, from 0 or 1 on without gaps. A file with a passport of its own is a
         recording of its own."""
-        pieces = [0] if self.data().is_file() else []
-        piece = 1
-        while self.data(piece).is_file() and not (self.folder / f"{self._base_of(piece)}.json").exists():
-            pieces.append(piece)
-            piece += 1
-        return pieces
+        if self.data().is_file():
+            yield 0
+        for piece in count(1):
+            if not self.data(piece).is_file() or (self.folder / f"{self._base_of(piece)}.json").exists():
+                return
+            yield piece
 
 
 def files_of(path: Path) -> RecordingFiles:
@@ -93,6 +94,8 @@ def _data_extension(path: Path, base: str) -> str:
         for sibling in sorted(path.parent.iterdir())
         if is_data_name(sibling) and split(sibling)[0] == base and sibling.is_file()
     ]
+    if not found and (path.parent / base).is_file():
+        return ""
     if not found:
         raise RecordingError(f"{path}: there is no data file {base}.dat beside it")
     if len(found) > 1:

@@ -42,18 +42,19 @@ class SampleLayout:
         return (1 << (self.code_bits - 1 if self.signed else self.code_bits)) - 1
 
     def codes(self, words: NDArray[Any]) -> NDArray[Any]:
-        """The codes of words, of the same shape."""
-        if self.code_bits == 8 * self.width and self.signed:
-            codes: NDArray[Any] = words.view(words.dtype.str.replace("u", "i")).astype(self.code)
-            return codes
-        field = (words >> words.dtype.type(self.code_shift)) & words.dtype.type((1 << self.code_bits) - 1)
-        codes = field.astype(self.code)
-        if self.signed:
-            # Turns the sign bit over and takes its weight off: what was set becomes negative.
-            sign = self.code.type(1 << (self.code_bits - 1))
-            codes ^= sign
-            codes -= sign
-        return codes
+        """The codes of words, of the same shape; may be the words themselves."""
+        if not self.signed:
+            field: NDArray[Any] = words >> words.dtype.type(self.code_shift)
+            field = field & words.dtype.type((1 << self.code_bits) - 1)
+            return field.astype(self.code, copy=False)
+        # The code is moved to the top of its word, and back with its sign.
+        rest = 8 * self.width - self.code_bits
+        above = rest - self.code_shift
+        top = words << words.dtype.type(above) if above else words
+        codes: NDArray[Any] = top.view(f"<i{self.width}")
+        if rest:
+            codes = codes >> codes.dtype.type(rest)
+        return codes.astype(self.code, copy=False)
 
     def lines(self, words: NDArray[Any]) -> NDArray[np.uint8]:
         """The lines in words, 0 or 1; one more dimension than the words have, of the lines from 0 on."""

@@ -31,7 +31,7 @@ def open_recording(path: "str | Path") -> Recording:
     notes: List[str] = []
     files, passport = _whole(files_of(Path(path)), notes)
     listed = len(passport.piece_frames) if passport else 0
-    numbers = [k for k in range(listed) if files.data(k).is_file()] if listed else files.following()
+    numbers = [k for k in range(listed) if files.data(k).is_file()] if listed else _following(files)
     if not numbers:
         raise RecordingError(f"{files.data()}: there is no such data file")
     descriptions = [_description(files, k, notes) for k in numbers]
@@ -72,10 +72,25 @@ def _whole(files: RecordingFiles, notes: List[str]) -> Tuple[RecordingFiles, Opt
         return files, own
     candidate, number = whole
     if not candidate.passport.exists():
-        return (candidate, None) if number in candidate.following() and candidate.data().is_file() else (files, None)
+        return (candidate, None) if number in _following(candidate) and candidate.data().is_file() else (files, None)
     passport = _passport(candidate, notes)
     listed = passport is not None and (number < len(passport.piece_frames) or passport.state == "recording")
     return (candidate, passport) if listed else (files, None)
+
+
+def _following(files: RecordingFiles) -> List[int]:
+    """The pieces of a recording without a passport, by their names, and by their descriptions: a file that has other
+    samples is no piece of it."""
+    numbers: List[int] = []
+    first: Optional[Description] = None
+    for number in files.following():
+        path = files.description(number)
+        description = read_description(path) if path.exists() else None
+        if first and description and not _alike(first, description):
+            break
+        first = first or description
+        numbers.append(number)
+    return numbers
 
 
 def _passport(files: RecordingFiles, notes: List[str]) -> Optional[Passport]:

@@ -5,6 +5,7 @@ from __future__ import annotations
 from bisect import bisect_right
 from dataclasses import dataclass
 from pathlib import Path
+from threading import Lock
 from typing import Any, Dict, Iterator, List, Sequence, Tuple, Union
 
 import numpy as np
@@ -43,6 +44,7 @@ class Words:
         self.frames = pieces[-1].begin + pieces[-1].frames if pieces else 0
         self._begins = [piece.begin for piece in pieces]
         self._mapped: Dict[int, NDArray[Any]] = {}
+        self._lock = Lock()
 
     def blocks(self, rows: Selection, columns: Selection) -> Iterator[Tuple[slice, NDArray[Any]]]:
         """The words of a selection, as the files hold them: where each block belongs in the result, and the block, at
@@ -80,19 +82,21 @@ class Words:
 
     def _map(self, index: int) -> NDArray[Any]:
         """The words of a piece."""
-        words = self._mapped.get(index)
-        if words is None:
-            piece = self.pieces[index]
-            try:
-                mapped = np.memmap(piece.path, self.word, "r", shape=(piece.frames, self.channels))
-            except (OSError, ValueError) as error:
-                raise RecordingError(f"{piece.path}: its {piece.frames} frames can't be read: {error}") from error
-            # Without the class: each index of a memmap makes another one, which costs more than the samples.
-            words = mapped.view(np.ndarray)
-            while len(self._mapped) >= MOST_MAPPED:
-                self._mapped.pop(next(iter(self._mapped)), None)
-            self._mapped[index] = words
-        return words
+        with self._lock:
+            words = self._mapped.get(index)
+            if words is None:
+                words = self._mapped[index] = self._opened(self.pieces[index])
+                if len(self._mapped) > MOST_MAPPED:
+                    del self._mapped[next(iter(self._mapped))]
+            return words
+
+    def _opened(self, piece: Piece) -> NDArray[Any]:
+        try:
+            mapped = np.memmap(piece.path, self.word, "r", shape=(piece.frames, self.channels))
+        except (OSError, ValueError) as error:
+            raise RecordingError(f"{piece.path}: its {piece.frames} frames can't be read: {error}") from error
+        # Without the class: each index of a memmap makes another one, which costs more than the samples.
+        return mapped.view(np.ndarray)
 
 
 def joined(files: Sequence[Tuple[Path, int, int]]) -> List[Piece]:

@@ -40,7 +40,7 @@ class View:
             values = values[:, 0]
         return values[0] if rows.single else values
 
-    def __array__(self, dtype: Any = None) -> NDArray[Any]:
+    def __array__(self, dtype: Any = None, copy: Any = None) -> NDArray[Any]:
         """All of it, for whoever takes arrays alone."""
         values: NDArray[Any] = self[:]
         return values if dtype is None else values.astype(dtype)
@@ -114,7 +114,7 @@ class FrameView:
         values = self._compute(rows.numbers())
         return values[0] if rows.single else values
 
-    def __array__(self, dtype: Any = None) -> NDArray[Any]:
+    def __array__(self, dtype: Any = None, copy: Any = None) -> NDArray[Any]:
         values: NDArray[Any] = self[:]
         return values if dtype is None else values.astype(dtype)
 

@@ -84,6 +84,30 @@ def test_a_short_file_and_an_odd_byte(copied):
     assert rec.codes[:].shape == (0, 4) and rec.time[:].shape == (0,)
 
 
+def test_a_file_with_other_samples_is_no_piece(copied):
+    folder = copied("board1")
+    for ending in (".dat", ".txt"):
+        shutil.copy(folder / f"board1{ending}", folder / f"board1_1{ending}")
+    (folder / "board1.json").unlink()
+    whole = tarno2.open(folder / "board1_1.dat")
+    assert len(whole.pieces) == 2 and whole.path.name == "board1.dat"
+    edit(folder / "board1_1.txt", lambda data: b"DataFormat = 2 , 0 , -1 , 16 , 0 , 0 , 0 , 1\r\n" + data)
+    assert len(tarno2.open(folder / "board1.dat").pieces) == 1
+    assert tarno2.open(folder / "board1_1.dat").path.name == "board1_1.dat"
+
+
+def test_channels_in_reverse(copied):
+    folder = copied("cut")
+    plain = tarno2.open(folder / "cut.dat")
+    edit(folder / "cut.json", lambda data: data.replace(b'"backwardOrder": false', b'"backwardOrder": true'))
+    rec = tarno2.open(folder / "cut.dat")
+    assert [channel.number for channel in rec.channels] == [5, 1, 0]
+    first = rec.channels[0]
+    assert (first.upper, first.unit) == (0.5, "V") and rec.channels[2].name == "bearing"
+    assert np.allclose(rec.volts[:99, 0] * 10, plain.volts[:99, 0], rtol=0, atol=1e-12)
+    assert np.array_equal(rec.lines[:99], plain.lines[:99])
+
+
 def test_a_missing_piece_leaves_a_gap(copied):
     folder = copied("cut")
     whole = tarno2.open(folder / "cut.dat")
