@@ -98,9 +98,10 @@ bool compare(const char* name, size_t channels, size_t half) {
         slowest = std::max(slowest, watch.seconds());
         return watch.seconds();
     };
-    const Ratio ratio = alternating(statistics, [&] { return sumSeconds(samples); }, 5);
-    std::printf("statistics / sum of 1 GiB, %3zu channels, %-28s %6.3f   (%.3f to %.3f)   slowest %.3f s\n", channels, name,
-                ratio.median, ratio.lowest, ratio.highest, slowest);
+    const Ratio ratio = alternating(
+        statistics, [&] { return sumSeconds(samples); }, 5);
+    std::printf("statistics / sum of 1 GiB, %3zu channels, %-28s %6.3f   (%.3f to %.3f)   slowest %.3f s\n", channels,
+                name, ratio.median, ratio.lowest, ratio.highest, slowest);
     return ratio.median >= kLeastRatio && slowest < kMostSeconds;
 }
 

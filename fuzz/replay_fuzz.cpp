@@ -20,7 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint32_t width = recording.board.format.m_nBytes;
     const uint64_t bytes = std::filesystem::file_size(path);
     require((width == 2 || width == 4) && recording.board.channels >= 1 && recording.board.channels <= 160);
-    require(recording.dataOffset + recording.frames * width * recording.board.channels <= bytes);
+    const uint32_t inFile = recording.sample ? bytesOf(*recording.sample) : width;
+    require(recording.dataOffset + recording.frames * inFile * recording.board.channels <= bytes);
     tarno2::sdk::Measurement measurement;
     measurement.frequency = recording.board.usualFrequency;
     for (uint32_t i = choice.has('c') ? recording.board.channels - 1 : 0; i < recording.board.channels; ++i) {

@@ -11,9 +11,9 @@ namespace tarno2 {
 namespace {
 
 constexpr int kGap = 5;
-constexpr int kBar = 4;              // height of the bar of a level
-constexpr int kNameLetters = 22;     // that a head has room for
-constexpr double kFull = 0.995;      // of the full scale: a level that comes so near to an end may have been cut
+constexpr int kBar = 4;           // height of the bar of a level
+constexpr int kNameLetters = 22;  // that a head has room for
+constexpr double kFull = 0.995;   // of the full scale: a level that comes so near to an end may have been cut
 
 template <typename Use>
 void forEachTick(const QCPRange& range, double step, Use use) {
@@ -139,7 +139,8 @@ void LaneHeads::drawEntry(QCPPainter* painter, size_t column, const QRect& row) 
     const int left = row.left() + 4 + kGap;
     const QRect name(left, row.top() + 1, buttonOf(row, Part::Solo).left() - left, line);
     painter->setPen(text_);
-    painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter, metrics.elidedText(entry.name, Qt::ElideRight, name.width()));
+    painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
+                      metrics.elidedText(entry.name, Qt::ElideRight, name.width()));
     drawButtons(painter, row);
     if (column >= readings_.size()) {
         return;
@@ -178,7 +179,9 @@ void LaneHeads::drawLevel(QCPPainter* painter, const Entry& entry, const Reading
         return;
     }
     painter->fillRect(bar, shade_);
-    const auto placeOf = [&](double part) { return static_cast<int>(std::lround(std::clamp(part, 0.0, 1.0) * bar.width())); };
+    const auto placeOf = [&](double part) {
+        return static_cast<int>(std::lround(std::clamp(part, 0.0, 1.0) * bar.width()));
+    };
     const int first = placeOf(reading.low);
     const int last = std::max(placeOf(reading.high), first + 2);
     const bool full = reading.high >= kFull || reading.low <= 1.0 - kFull;

@@ -10,8 +10,8 @@
 
 namespace tarno2 {
 
-/// Where values of Y lie in the picture: in lanes, one below the other, each with a range of its own; or, without lanes,
-/// on the Y axis, as if the whole picture were one lane. Places are logical pixels of the widget.
+/// Where values of Y lie in the picture: in lanes, one below the other, each with a range of its own; or, without
+/// lanes, on the Y axis, as if the whole picture were one lane. Places are logical pixels of the widget.
 class Lanes {
 public:
     explicit Lanes(QCPAxis* yAxis) : yAxis_(yAxis) {}

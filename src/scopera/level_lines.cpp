@@ -62,8 +62,8 @@ void LevelLines::draw(QCPPainter* painter) {
             painter->setPen(Qt::NoPen);
             painter->setBrush(color);
             const double right = area.right();
-            const std::array<QPointF, 3> handle = {QPointF(right - kHandle, *row),
-                                                   QPointF(right, *row - kHandle / 2), QPointF(right, *row + kHandle / 2)};
+            const std::array<QPointF, 3> handle = {QPointF(right - kHandle, *row), QPointF(right, *row - kHandle / 2),
+                                                   QPointF(right, *row + kHandle / 2)};
             painter->drawPolygon(handle.data(), static_cast<int>(handle.size()));
         }
         // Above the line, or below it where the picture ends.

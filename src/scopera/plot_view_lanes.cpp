@@ -36,8 +36,8 @@ void PlotView::setLevels(const SCOPERALevel* levels, uint32_t count) {
     std::vector<LevelLines::Level> taken;
     for (uint32_t i = 0; i < count; ++i) {
         const SCOPERALevel& level = levels[i];
-        taken.push_back({level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity,
-                         level.m_nMovable != 0});
+        taken.push_back(
+            {level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity, level.m_nMovable != 0});
     }
     if (std::holds_alternative<HeldLevel>(held_)) {
         held_ = {};

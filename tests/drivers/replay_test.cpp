@@ -1,6 +1,7 @@
 // Recorded files as boards.
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 #include "platform/file.h"
@@ -31,6 +32,12 @@ std::string pcm(uint32_t channels, uint32_t rate, uint32_t bits = 16, uint32_t t
 
 std::string riff(const std::string& chunks) {
     return "RIFF" + number(chunks.size() + 4, 4) + "WAVE" + chunks;
+}
+
+/// The form for sizes of 64 bits, which stand in front.
+std::string wave64(const char* id, uint64_t dataSize, const std::string& chunks) {
+    const std::string sizes = number(0, 8) + number(dataSize, 8) + number(0, 12);
+    return id + number(0xFFFFFFFF, 4) + "WAVE" + chunk("ds64", sizes) + chunks;
 }
 
 /// Samples that differ from each other, as bytes.
@@ -153,6 +160,9 @@ TEST(Replay, OddWavFiles) {
         {"data cut off", riff(fmt + chunk("data", data, 5000)), data},
         {"cut inside a sample", riff(fmt + chunk("data", data + "x", 5000)).substr(0, 44 + 181), data},
         {"streamed, size unknown", riff(fmt + chunk("data", data, 0xFFFFFFFF)), data},
+        {"64-bit sizes", wave64("RF64", 180, fmt + chunk("data", data + "more", 0xFFFFFFFF)), data},
+        {"64-bit sizes beyond the end", wave64("BW64", uint64_t{5} << 32, fmt + chunk("data", data, 0xFFFFFFFF)), data},
+        {"64-bit sizes cut off", wave64("RF64", 180, "").substr(0, 30), {}},
         {"streamed, size 0", riff(fmt + chunk("data", data, 0)), data},
         {"chunk after", riff(fmt + chunk("data", data) + chunk("LIST", "abcd")), data},
         {"empty file", "", {}},
@@ -164,9 +174,8 @@ TEST(Replay, OddWavFiles) {
         {"no format", riff(chunk("data", data)), {}},
         {"short format", riff(chunk("fmt ", "abcdefgh") + chunk("data", data)), {}},
         {"format cut off", riff(fmt).substr(0, 25), {}},
-        {"8 bits", riff(chunk("fmt ", pcm(1, 8000, 8)) + chunk("data", data)), {}},
-        {"24 bits", riff(chunk("fmt ", pcm(1, 8000, 24)) + chunk("data", data)), {}},
-        {"floats", riff(floating + chunk("data", data)), {}},
+        {"12 bits", riff(chunk("fmt ", pcm(1, 8000, 12)) + chunk("data", data)), {}},
+        {"floats of 16 bits", riff(floating + chunk("data", data)), {}},
         {"compressed", riff(chunk("fmt ", pcm(1, 8000, 16, 85)) + chunk("data", data)), {}},
         {"no channel", riff(chunk("fmt ", pcm(0, 8000)) + chunk("data", data)), {}},
         {"161 channels", riff(chunk("fmt ", pcm(161, 8000)) + chunk("data", samples(400))), {}},
@@ -188,6 +197,62 @@ TEST(Replay, OddWavFiles) {
         EXPECT_EQ(driver->SelectBoard(1), 0);
         EXPECT_NE(driver.lastError().find("case.wav"), std::string::npos) << driver.lastError();
     }
+}
+
+TEST(Replay, WavOfOtherSamples) {
+    const auto floats = [](auto... values) {
+        std::string bytes;
+        const auto add = [&](auto value) { bytes.append(reinterpret_cast<const char*>(&value), sizeof value); };
+        (add(values), ...);
+        return bytes;
+    };
+    struct Case {
+        std::string fmt;
+        std::string data;
+        uint32_t bits;
+        std::vector<int32_t> words;
+    };
+    const std::string nan = number(0x7FC00000, 4);
+    const Case cases[] = {
+        {pcm(1, 8000, 8), std::string("\0\x7F\x80\xFF", 4), 8, {0, 127, 128, 255}},
+        {pcm(1, 8000, 24), number(1, 3) + number(0xFFFFFF, 3) + number(0x800000, 3), 24, {1, -1, -0x800000}},
+        {pcm(1, 8000, 32), number(1, 4) + number(0x80000000, 4), 32, {1, std::numeric_limits<int32_t>::min()}},
+        {pcm(1, 8000, 32, 3),
+         floats(0.5F, -1.0F, 1.0F, -7.0F) + nan,
+         32,
+         {1 << 30, std::numeric_limits<int32_t>::min(), 0x7FFFFFFF, std::numeric_limits<int32_t>::min(), 0}},
+        {pcm(1, 8000, 64, 3), floats(-0.25, 1e300), 32, {-(1 << 29), 0x7FFFFFFF}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.bits << " bits, " << c.data.size() << " bytes");
+        const TemporaryFolder folder;
+        const std::string file = folder.write("other.wav", riff(chunk("fmt ", c.fmt) + chunk("data", c.data)));
+        std::string expected;
+        for (const int32_t word : c.words) {
+            expected += number(static_cast<uint32_t>(word), c.bits == 8 ? 2 : 4);
+        }
+        EXPECT_EQ(play(file, "RealTime=0", Wish::firstChannels(1, 8000.0F, 64), c.words.size()), expected);
+        const ScopedEnvironment name("TARNO2_REPLAY_FILE", file);
+        const LoadedDriver driver(REPLAY_LIBRARY, folder.path());
+        ASSERT_EQ(driver->SelectBoard(1), 1);
+        EXPECT_EQ(uint32_t{driver.get<ADCSampleFormat>(kADCGetSampleFormat).m_nCodeBits}, c.bits);
+    }
+}
+
+TEST(Replay, WavOfWideSamplesLoopsAndPicksChannels) {
+    const TemporaryFolder folder;
+    std::string data;
+    for (uint32_t i = 0; i < 3 * 5000; ++i) {
+        data += number(i, 3);
+    }
+    const std::string file = folder.write("three.wav", riff(chunk("fmt ", pcm(3, 8000, 24)) + chunk("data", data)));
+    Wish wish = Wish::firstChannels(2, 16000.0F, 4000);
+    wish.channels = {2, 0};
+    std::string expected;
+    for (uint32_t frame = 0; frame < 12000; ++frame) {
+        expected += number(frame % 5000 * 3 + 2, 4) + number(frame % 5000 * 3, 4);
+    }
+    EXPECT_TRUE(play(file, "RealTime=0;Loop=1", wish, 24000) == expected);
 }
 
 /// A data file of 32-bit samples (24-bit codes below eight lines) in two channels, with its description.

@@ -19,9 +19,9 @@ namespace {
 
 void print(const SignalStatistics& volts) {
     const double missing = std::numeric_limits<double>::quiet_NaN();
-    std::printf("%.17g %.17g %.17g %.17g %.17g %.17g %.17g\n", volts.minimum, volts.maximum, volts.mean.value_or(missing),
-                volts.rms.value_or(missing), volts.deviation.value_or(missing), volts.frequency.value_or(missing),
-                volts.duty.value_or(missing));
+    std::printf("%.17g %.17g %.17g %.17g %.17g %.17g %.17g\n", volts.minimum, volts.maximum,
+                volts.mean.value_or(missing), volts.rms.value_or(missing), volts.deviation.value_or(missing),
+                volts.frequency.value_or(missing), volts.duty.value_or(missing));
 }
 
 int run(char** arguments) {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "drivers/replay/wav_file.h"
+#include "drivers/replay/wav_samples.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 #include "records/record_description.h"
@@ -52,6 +52,10 @@ bool openWav(const std::string& path, Recording& recording, std::string& reason)
     recording.dataOffset = info.dataOffset;
     recording.frames = info.frames;
     recording.board.channels = info.channels;
+    takeFormat(info.sample, recording.board);
+    if (info.sample != WavSample::Signed16 && info.sample != WavSample::Signed32) {
+        recording.sample = info.sample;
+    }
     complete(recording, info.rate);
     return true;
 }
@@ -118,6 +122,8 @@ public:
           frames_(recording.frames),
           bytes_(recording.board.format.m_nBytes),
           frameBytes_(uint64_t{recording.board.format.m_nBytes} * recording.board.channels),
+          sample_(recording.sample),
+          fileFrameBytes_(sample_ ? uint64_t{bytesOf(*sample_)} * recording.board.channels : frameBytes_),
           channels_(std::move(channels)),
           loop_(loop),
           whole_(channels_.size() == recording.board.channels) {
@@ -126,6 +132,9 @@ public:
         }
         if (!whole_) {
             block_.resize(kBlockFrames * frameBytes_);
+        }
+        if (sample_) {
+            raw_.resize(kBlockFrames * fileFrameBytes_);
         }
     }
 
@@ -175,7 +184,16 @@ private:
 
     uint64_t readFrames(std::byte* out, uint64_t frames) {
         size_t done = 0;
-        return file_.read(out, frames * frameBytes_, done).ok() ? done / frameBytes_ : 0;
+        if (!sample_) {
+            return file_.read(out, frames * frameBytes_, done).ok() ? done / frameBytes_ : 0;
+        }
+        const uint64_t wanted = std::min(frames, kBlockFrames);
+        if (!file_.read(raw_.data(), wanted * fileFrameBytes_, done).ok()) {
+            return 0;
+        }
+        const uint64_t got = done / fileFrameBytes_;
+        takeSamples(*sample_, raw_.data(), got * (frameBytes_ / bytes_), out);
+        return got;
     }
 
     File file_;
@@ -183,11 +201,14 @@ private:
     uint64_t frames_;
     uint32_t bytes_;
     uint64_t frameBytes_;
+    std::optional<WavSample> sample_;  // of the file, where words have to be made of them
+    uint64_t fileFrameBytes_;
     std::vector<int32_t> channels_;
     bool loop_;
     bool whole_ = true;  // all channels in the file's order
     uint64_t next_ = 0;  // frame of the file
     std::vector<std::byte> block_;
+    std::vector<std::byte> raw_;
 };
 
 }  // namespace

@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <tarno2/driver/board.h>
 
 #include "drivers/common/sample_source.h"
+#include "drivers/replay/wav_file.h"
 
 namespace tarno2::drivers {
 
@@ -16,6 +18,7 @@ struct Recording {
     std::string path;
     uint64_t dataOffset = 0;  ///< bytes
     uint64_t frames = 0;
+    std::optional<WavSample> sample;       ///< of a .wav file whose samples are no words of the board
     double channelRate = 0.0;              ///< Hz, of each channel
     std::vector<sdk::InputLimits> limits;  ///< of each channel, where the recording tells them
     sdk::Board board;
