@@ -43,7 +43,8 @@ def settings(data, board, channels, frequency, more):
 
 
 def record(folder, name, board, channels, frequency, simulator="", **more):
-    """Records so many bytes (SizeNeedLow) as fast as the computer can; returns the data file."""
+    """Records so many bytes (SizeNeedLow) as fast as the computer can, unless `simulator` tells otherwise; returns the
+    data file."""
     data = folder / f"{name}.dat"
     file = folder / f"{name}.cfg"
     more = {"MeasureFileMode": 2, "SizeNeedLow": 480000, **more}
@@ -52,7 +53,7 @@ def record(folder, name, board, channels, frequency, simulator="", **more):
         PROGRAMS / "tarno2-console",
         *("--status", "/c", file),
         TARNO2_HOME=str(folder),
-        TARNO2_SIMULATOR=f"RealTime=0;{simulator}",
+        TARNO2_SIMULATOR=simulator if "RealTime" in simulator else f"RealTime=0;{simulator}",
     )
     return data
 
@@ -96,6 +97,8 @@ def recordings(tmp_path_factory):
     cut = {"CutMode": 1, "SizeNeedLow": 2500002, **LABELS}
     record(folder, "cut", 1, [0, 1, 5], 300000, "DigitalPeriod=5000;MarkEvery=70000", MarkLine=1, **cut)
     record(folder, "triggered", 1, [0, 1, 5], 300000, "DigitalPeriod=9000", MarkLine=1, **cut, **TRIGGER)
+    clocked = {"MeasureFileMode": 1, "TimeNeed": 2.5, **TRIGGER, "SynchroAllSize": 300, "SynchroPrehistorySize": 100}
+    record(folder, "clocked", 1, [0, 1], 20000, "RealTime=1;ClockError=300", **clocked)
     record(folder, "decimated", 2, [0, 1], 100000, Decimation=3)
     record(
         *(folder, "level", 1, [0], 10000),

@@ -138,6 +138,18 @@ def test_passports_have_the_form_of_the_schema(recordings):
         need("jsonschema").validate(json.loads(path.read_text("utf-8")), schema)
 
 
+def test_the_program_of_the_passport(recordings):
+    (source,) = blocks("passport.md", "python")
+    page = {}
+    exec(source, page)
+    rec = tarno2.open(recordings / "clocked.dat")
+    moment = rec.utc[700]
+    frame = page["frame_at"](recordings / "clocked.json", moment.astype(np.int64) * 1e-9)
+    assert frame == pytest.approx(rec.stream[700], abs=0.1) and rec.clock.frame_at(moment) == pytest.approx(
+        frame, abs=0.1
+    )
+
+
 def test_marks_and_losses_are_told_as_the_page_shows(tmp_path, recordings):
     (example,) = re.findall(
         r"^    mark,frame.*?\n\n", (ROOT / "docs/formats.md").read_text("utf-8"), re.DOTALL | re.MULTILINE

@@ -30,7 +30,7 @@ def octave(tmp_path_factory):
     return execute
 
 
-NAMES = ["board1", "board2", "board3", "board4", "cut", "triggered", "decimated", "level", "packets"]
+NAMES = ["board1", "board2", "board3", "board4", "cut", "triggered", "clocked", "decimated", "level", "packets"]
 FIELDS = ["codes", "volts", "units", "lines", "time", "utc"]
 
 

@@ -6,7 +6,7 @@ from conftest import text_of
 
 import tarno2
 
-NAMES = ["board1", "board2", "board3", "board4", "cut", "triggered", "decimated", "level", "packets"]
+NAMES = ["board1", "board2", "board3", "board4", "cut", "triggered", "clocked", "decimated", "level", "packets"]
 STEP = 5.1e-7  # volts: half of the text's last decimal
 
 
@@ -69,6 +69,18 @@ def test_records_begin_and_trigger_where_they_say(recordings):
     placed = [mark for mark in rec.marks if mark.frame is not None]
     assert placed and all(rec.stream[mark.frame] == mark.stream_frame for mark in placed)
     assert rec.records[-1].frames == rec.frames - rec.records[-1].begin
+
+
+def test_times_are_those_of_the_passport(recordings):
+    rec = tarno2.open(recordings / "clocked.dat")
+    told = [entry for entry in rec.passport.json["records"] if "utc" in entry]
+    assert len(told) > 10 and len(rec.passport.pairs) > 2
+    triggers = rec.records.triggers[: len(told)]
+    seen = rec.utc[triggers[triggers >= 0]]
+    for utc, entry in zip(seen, told):
+        assert abs(utc - np.datetime64(entry["utc"][:-1])) <= np.timedelta64(1, "us")
+    assert rec.clock.measured == pytest.approx(rec.passport.json["clock"]["measuredFrequency"], rel=1e-12)
+    assert rec.clock.frame_at(seen[5]) == pytest.approx(told[5]["trigger"], abs=0.1)
 
 
 def test_a_level_leaves_no_places(recordings):
