@@ -5,6 +5,7 @@ from __future__ import annotations
 import argparse
 import sys
 import warnings
+from bisect import bisect_left
 from pathlib import Path
 from typing import List, Optional
 
@@ -24,7 +25,7 @@ def _parser() -> argparse.ArgumentParser:
     plot = commands.add_parser("plot", help="a picture of the signal")
     plot.add_argument("-o", "--output", type=Path, help="picture (.png, .svg, .pdf); without it RECORDING with .png")
     plot.add_argument("--channels", help="numbers or names of columns, parted by commas; without it all, at most 8")
-    plot.add_argument("--from", dest="first", type=float, default=0.0, help="seconds from the first frame in the file")
+    plot.add_argument("--from", dest="first", type=float, default=0.0, help="seconds, as the axis shows them")
     plot.add_argument("--to", dest="last", type=float, help="likewise; without it the end")
     hdf5 = commands.add_parser("to-hdf5", help="a file of HDF5")
     hdf5.add_argument("-o", "--output", type=Path, help="without it RECORDING with .h5")
@@ -43,8 +44,8 @@ def _columns(text: Optional[str], recording: Recording) -> "List[int | str] | sl
 
 
 def _plot(recording: Recording, arguments: argparse.Namespace) -> None:
-    frame = [round(seconds * recording.rate) for seconds in (arguments.first, arguments.last or recording.duration)]
-    first, last, _ = slice(max(frame[0], 0), max(frame[1], 0)).indices(recording.frames)
+    first = bisect_left(recording.time, arguments.first)
+    last = recording.frames if arguments.last is None else bisect_left(recording.time, arguments.last)
     output = arguments.output or recording.path.with_suffix(".png")
     figure(recording, first, last, _columns(arguments.channels, recording)).savefig(output, dpi=100)
     print(output)
