@@ -7,7 +7,7 @@ import sys
 import warnings
 from bisect import bisect_left
 from pathlib import Path
-from typing import List, Optional
+from typing import Any, List, Optional
 
 from . import __version__
 from .errors import RecordingError, RecordingWarning
@@ -44,8 +44,9 @@ def _columns(text: Optional[str], recording: Recording) -> "List[int | str] | sl
 
 
 def _plot(recording: Recording, arguments: argparse.Namespace) -> None:
-    first = bisect_left(recording.time, arguments.first)
-    last = recording.frames if arguments.last is None else bisect_left(recording.time, arguments.last)
+    times: Any = recording.time  # bisect takes whatever has a length and indexes
+    first = bisect_left(times, arguments.first)
+    last = recording.frames if arguments.last is None else bisect_left(times, arguments.last)
     output = arguments.output or recording.path.with_suffix(".png")
     figure(recording, first, last, _columns(arguments.channels, recording)).savefig(output, dpi=100)
     print(output)
