@@ -23,15 +23,23 @@ double readBack(const std::string& text) {
     return value;
 }
 
-/// Without zeros behind the point that say nothing.
+/// Without zeros that say nothing, behind the point and in the exponent.
 std::string trimmed(std::string text) {
-    if (text.find('.') != std::string::npos && text.find('e') == std::string::npos) {
+    const size_t letter = text.find('e');
+    std::string exponent = letter == std::string::npos ? std::string() : text.substr(letter + 1);
+    text.resize(std::min(letter, text.size()));
+    if (text.find('.') != std::string::npos) {
         text.erase(text.find_last_not_of('0') + 1);
         if (text.back() == '.') {
             text.pop_back();
         }
     }
-    return text == "-0" ? "0" : text;
+    if (exponent.empty()) {
+        return text == "-0" ? "0" : text;
+    }
+    const std::string sign = exponent.front() == '-' ? "-" : "";
+    exponent.erase(0, exponent.find_first_of("123456789"));
+    return exponent.empty() ? text : text + 'e' + sign + exponent;
 }
 
 }  // namespace

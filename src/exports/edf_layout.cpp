@@ -43,7 +43,9 @@ double fault(const EdfRecords& records, double rate) {
 
 EdfRecords edfRecords(double rate, uint64_t frameBytes, uint64_t frames) {
     const uint64_t least = std::max<uint64_t>((frames + kMostRecords - 1) / kMostRecords, 1);
-    const uint64_t most = std::max(least, kUsualBytes / frameBytes);
+    const uint64_t usual = kUsualBytes / frameBytes;
+    constexpr uint64_t kRoom = 10;  // for a duration that is a short number
+    const uint64_t most = least <= usual ? usual : least * kRoom;
     const auto fits = [&](double count) {
         return count >= static_cast<double>(least) && count <= static_cast<double>(most) &&
                std::fabs(count - std::nearbyint(count)) <= kExact * count;

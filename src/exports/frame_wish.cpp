@@ -147,7 +147,7 @@ std::string describe(WishProblem problem, const std::string& subject) {
             break;
         case WishProblem::From:
         case WishProblem::To:
-            return subject + " is neither a frame, such as 48000, nor seconds, such as 1.5s, of a known rate";
+            return subject + " is no frame (48000) and no time (1.5s) of a known rate";
         case WishProblem::Every:
             return "one frame of each 0 can not be taken";
         case WishProblem::Channels:

@@ -177,11 +177,32 @@ TEST_F(ExportProgram, RefusesBadUseInOneLine) {
     recordFrames(400);
     const std::string data = readFile(rig.file("run.dat"));
     const std::vector<std::vector<std::string>> cases = {
-        {"--first-column", "years"}, {"--data", "amperes"},      {"--time-precision", "10"},
-        {"--divider", "ab"},         {"--divider-count", "0"},   {"--divider-count", "100"},
-        {"--max-lines", "-1"},       {"--width", "3"},           {"--range", "5"},
-        {"--channels", "-2"},        {"--code-shift", "x"},      {"--digital-lines", "-1"},
-        {"--no-such-option"},        {"--signed", "--unsigned"}, {"second.dat"},
+        {"--first-column", "years"},
+        {"--data", "amperes"},
+        {"--time-precision", "10"},
+        {"--divider", "ab"},
+        {"--divider-count", "0"},
+        {"--divider-count", "100"},
+        {"--max-lines", "-1"},
+        {"--width", "3"},
+        {"--range", "5"},
+        {"--channels", "-2"},
+        {"--code-shift", "x"},
+        {"--digital-lines", "-1"},
+        {"--no-such-option"},
+        {"--signed", "--unsigned"},
+        {"second.dat"},
+        {"--format", "mp3"},
+        {"--bits", "24"},
+        {"--format", "wav", "--header"},
+        {"--format", "edf", "--data", "volts"},
+        {"--from", "x"},
+        {"--every", "0"},
+        {"--from", "9", "--to", "9"},
+        {"--channels", "nobody"},
+        {"-", "--max-lines", "200"},
+        {"-", "-o", "x.csv"},
+        {"--from", "100000"},
     };
     for (const auto& arguments : cases) {
         const std::string said = convert(arguments, 2);

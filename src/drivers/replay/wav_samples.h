@@ -8,8 +8,8 @@
 
 namespace tarno2::drivers {
 
-// What the board gives: words of 16 bits with codes of 8, which have no sign, or of 16, and words of 32 bits with codes of
-// 24 or 32. Floats are codes of 32 bits, of which -1.0 is the lowest.
+// What the board gives: words of 16 bits with codes of 8, which have no sign, or of 16, and words of 32 bits with codes
+// of 24 or 32. Floats are codes of 32 bits, of which -1.0 is the lowest.
 
 /// Makes words and codes of a board those of such samples.
 void takeFormat(WavSample sample, sdk::Board& board);
