@@ -55,12 +55,15 @@ def open_folder(folder: "str | Path", pattern: str = "*.dat") -> List[Recording]
     if not place.is_dir():
         raise RecordingError(f"{place}: there is no such folder")
     found: "dict[Path, Recording]" = {}
+    seen: "set[Path]" = set()
     for path in sorted(place.glob(pattern)):
-        if not is_data_name(path) or not path.is_file():
+        if path in seen or not is_data_name(path) or not path.is_file():
             continue
         files, _ = _whole(files_of(path), [])
         if files.data() not in found and (files.passport.is_file() or files.description().is_file()):
-            found[files.data()] = open_recording(files.data() if files.data().is_file() else path)
+            recording = open_recording(files.data() if files.data().is_file() else path)
+            found[files.data()] = recording
+            seen.update(piece.path for piece in recording.pieces)
     return list(found.values())
 
 

@@ -122,7 +122,8 @@ class Recording:
 
     @property
     def rate(self) -> float:
-        """Frames a second in the files, Hz, as the board counted them; `clock` knows what really came."""
+        """Frames a second in the files, Hz, as the board told; with an external clock as the operator expected.
+        ``clock.measured`` is what really came."""
         return self._facts.rate
 
     @property
