@@ -131,6 +131,24 @@ uint64_t LiveHistory::firstRawFrame() const {
     return parts_->stretches.empty() ? 0 : parts_->stretches.front().first;
 }
 
+bool LiveHistory::copyRaw(uint64_t first, uint64_t end, std::vector<std::byte>& out) const {
+    const Parts& parts = *parts_;
+    out.clear();
+    for (const Stretch& stretch : parts.stretches) {
+        if (stretch.first > first || stretch.end < end || first >= end) {
+            continue;
+        }
+        out.resize((end - first) * parts.frameBytes);
+        const uint64_t place = first % parts.capacity;
+        const uint64_t upToWrap = std::min(end - first, parts.capacity - place);
+        std::memcpy(out.data(), parts.ring.get() + place * parts.frameBytes, upToWrap * parts.frameBytes);
+        std::memcpy(out.data() + upToWrap * parts.frameBytes, parts.ring.get(),
+                    out.size() - upToWrap * parts.frameBytes);
+        return true;
+    }
+    return false;
+}
+
 std::vector<ChannelValues> LiveHistory::values() const {
     std::vector<ChannelValues> values;
     for (size_t i = 0; parts_->begun && i < parts_->channels; ++i) {

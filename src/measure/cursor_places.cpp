@@ -20,12 +20,12 @@ void CursorPlaces::begin(const PictureEdges& picture) {
     active_ = 0;
 }
 
-bool CursorPlaces::outside(const PictureEdges& picture) const {
+bool CursorPlaces::lost(const PictureEdges& picture) const {
     const auto isOutside = [&](size_t cursor) {
         const double at = frame(cursor, picture);
         return !(at >= picture.low && at <= picture.high);
     };
-    return isOutside(0) && isOutside(1);
+    return (isOutside(0) && isOutside(1)) || frame(0, picture) == frame(1, picture);
 }
 
 void CursorPlaces::fixOnScreen(bool onScreen, const PictureEdges& picture) {

@@ -23,8 +23,8 @@ public:
 
     /// At a third and two thirds of the picture, the first one being moved.
     void begin(const PictureEdges& picture);
-    /// Whether both are outside the picture, so that `begin` would help.
-    [[nodiscard]] bool outside(const PictureEdges& picture) const;
+    /// Whether both are outside the picture or upon each other, so that `begin` would help.
+    [[nodiscard]] bool lost(const PictureEdges& picture) const;
     /// Keeps them where they are seen, from now on fixed on the screen, or on the signal.
     void fixOnScreen(bool onScreen, const PictureEdges& picture);
     [[nodiscard]] bool onScreen() const { return onScreen_; }

@@ -16,6 +16,7 @@
 #include "display/axis_y.h"
 #include "display/follow.h"
 #include "platform/clock.h"
+#include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_tools.h"
 #include "ui/text.h"
@@ -62,6 +63,7 @@ T_ShowForm::~T_ShowForm() {
 
 void T_ShowForm::recordingStarted(LiveRecording recording) {
     guarded("recordingStarted", [&] {
+        leaveSignal();
         file_.reset();
         live_.reset();
         if (drawing_) {
@@ -95,6 +97,13 @@ void T_ShowForm::recordingStopped() {
         }
         userChanged();
     });
+}
+
+// Nobody works with a signal that goes away.
+void T_ShowForm::leaveSignal() {
+    if (cursorTools_) {
+        cursorTools_->forget();
+    }
 }
 
 ShownSignal* T_ShowForm::shownSignal() const {
@@ -235,6 +244,7 @@ void T_ShowForm::draw() {
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
         showFlags();
+        cursorTools_->drawn(*signal, shownFrames(), *drawing_, liveRuns());
     }
     showStatus();
 }

@@ -32,6 +32,7 @@ class QSplitter;
 
 namespace tarno2 {
 
+class CursorTools;
 class MarkListWindow;
 class ShowTools;
 class T_DigitalSignalSettings;
@@ -139,10 +140,12 @@ private:
     void connectTools();
     QAction* addAction(TextId text, std::function<void()> handler);
     void listenToScoper();
+    void buildCursorTools();
 
     /// Runs a step; what it throws is logged, and the view goes on.
     void guarded(const char* name, const std::function<void()>& step) noexcept;
 
+    void leaveSignal();
     [[nodiscard]] ShownSignal* shownSignal() const;
     [[nodiscard]] bool liveRuns() const;
     /// Stays where it is: an opened recording, or a live one that is not followed.
@@ -220,6 +223,7 @@ private:
     QScrollBar* scrollBar_ = nullptr;
     QLabel* status_ = nullptr;  ///< where the mouse is, or that there are no data
     ShowTools* tools_ = nullptr;
+    std::unique_ptr<CursorTools> cursorTools_;  ///< null without the plotting library
     QMenu* menu_ = nullptr;
     QActionGroup* showModes_ = nullptr;
     QAction* pixelMode_ = nullptr;

@@ -9,8 +9,10 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/mark_list_window.h"
+#include "ui/measurement_panel.h"
 #include "ui/show_form.h"
 #include "ui/show_tools.h"
 #include "ui/text.h"
@@ -43,6 +45,7 @@ void T_ShowForm::build() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(splitter_, 1);
+    buildCursorTools();
     auto* below = new QHBoxLayout;
     below->addWidget(scrollBar_, 1);
     below->addWidget(status_);
@@ -71,6 +74,19 @@ void T_ShowForm::buildPicture() {
     splitter_->addWidget(picture_);
 }
 
+void T_ShowForm::buildCursorTools() {
+    if (scoper_ == nullptr) {
+        return;
+    }
+    auto* panel = new MeasurementPanel(this);
+    layout()->addWidget(panel);
+    cursorTools_ = std::make_unique<CursorTools>(settings_, *scoper_, *panel, nullptr);
+    connect(cursorTools_.get(), &CursorTools::changed, this, &T_ShowForm::userChanged);
+    connect(cursorTools_.get(), &CursorTools::message, this, &T_ShowForm::message);
+    // A click into the picture gives it the keys.
+    picture_->setFocusPolicy(Qt::ClickFocus);
+}
+
 void T_ShowForm::listenToScoper() {
     SCOPERAEvents events{};
     events.m_pContext = this;
@@ -88,6 +104,9 @@ void T_ShowForm::listenToScoper() {
     };
     events.m_pMousePressed = [](void* context, int32_t button, double, double) {
         static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button);
+    };
+    events.m_pCursorsMoved = [](void* context, const SCOPERACursors* places) {
+        static_cast<T_ShowForm*>(context)->cursorTools_->dragged(*places);
     };
     events.m_pPaintWanted = [](void* context, uint32_t) { static_cast<T_ShowForm*>(context)->FormResize(); };
     events.m_pFlagClicked = [](void* context, uint64_t number) {
@@ -174,6 +193,9 @@ void T_ShowForm::retranslate() {
     }
     viewSettingsTitle_->setText(uiText(TextId::ViewSettings));
     tools_->retranslate();
+    if (cursorTools_) {
+        cursorTools_->retranslate();
+    }
     if (auto* label = qobject_cast<QLabel*>(picture_)) {
         label->setText(uiText(TextId::ScoperaNotLoaded));
     } else {

@@ -18,6 +18,7 @@
 #include "display/axis_y.h"
 #include "display/follow.h"
 #include "display/scroll.h"
+#include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_form.h"
 #include "ui/show_tools.h"
@@ -92,6 +93,7 @@ void T_ShowForm::FormHide() {
     shown_ = false;
     tap_.setWatched(false);
     paintTimer_.stop();
+    leaveSignal();
     if (drawing_) {
         drawing_->setEnabled(false);
     }
@@ -127,6 +129,9 @@ void T_ShowForm::ScrollBar1KeyDown(int key) {
 }
 
 void T_ShowForm::keyPressEvent(QKeyEvent* event) {
+    if (cursorTools_ && cursorTools_->keyPressed(*event)) {
+        return;
+    }
     if (const auto key = scrollKeyOf(event->key())) {
         ScrollBar1KeyDown(static_cast<int>(*key));
         return;
@@ -378,6 +383,7 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
             drawing_->clear();
             drawing_->reset();
         }
+        leaveSignal();
         openedFile_ = dataFile;
         openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
         file_ = std::move(signal);
@@ -421,6 +427,7 @@ void T_ShowForm::backToLive() {
             drawing_->clear();
             drawing_->reset();
         }
+        leaveSignal();
         file_.reset();
         fileMarks_ = {};
         openedFile_.clear();

@@ -2,12 +2,19 @@
 
 #include <utility>
 
+#include "measure/frame_blocks.h"
+
 namespace tarno2 {
 
 namespace {
 
 // A paint takes no more than some milliseconds to sum up so much; what is left comes with the next one.
 constexpr size_t kFetchBytes = size_t{8} << 20;
+
+/// A pointer that doesn't own.
+std::shared_ptr<FrameSource> borrowed(FrameSource& frames) {
+    return {std::shared_ptr<void>(), &frames};
+}
 
 }  // namespace
 
@@ -63,9 +70,28 @@ ScreenSource& LiveSignal::screens() {
     return both_ ? static_cast<ScreenSource&>(*both_) : history_;
 }
 
+std::shared_ptr<FrameSource> LiveSignal::rawFrames(FrameSpan span) {
+    if (fromFile()) {
+        return borrowed(*frames_);
+    }
+    std::vector<std::byte> frames;
+    if (!history_.copyRaw(span.first, span.end, frames)) {
+        return nullptr;
+    }
+    return std::make_shared<FramesInMemory>(std::move(frames), format().frameBytes(), span.first);
+}
+
+uint64_t LiveSignal::firstRawFrame() const {
+    return fromFile() ? 0 : history_.firstRawFrame();
+}
+
 RecordedSignal::RecordedSignal(std::unique_ptr<RecordedFrames> frames, Overview::Progress progress)
     : ShownSignal(frames->format(), frames->numbers()),
       frames_(std::move(frames)),
       overview_(*frames_, frames_->format(), std::move(progress)) {}
+
+std::shared_ptr<FrameSource> RecordedSignal::rawFrames(FrameSpan /*span*/) {
+    return borrowed(*frames_);
+}
 
 }  // namespace tarno2

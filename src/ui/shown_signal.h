@@ -15,6 +15,7 @@
 #include "display/running_screens.h"
 #include "display/screen.h"
 #include "display/signal_format.h"
+#include "measure/frame_span.h"
 
 namespace tarno2 {
 
@@ -31,6 +32,11 @@ public:
     /// Number of the channel in that column of a frame: the physical one, or its place where nothing else is known.
     [[nodiscard]] int32_t channelNumber(size_t column) const;
     [[nodiscard]] virtual ScreenSource& screens() = 0;
+    /// Frames as they were recorded, for a worker on another thread; null when some of them are gone. Those of a file
+    /// stay the signal's and go with it, others are copied. Throws std::bad_alloc.
+    [[nodiscard]] virtual std::shared_ptr<FrameSource> rawFrames(FrameSpan span) = 0;
+    /// The oldest frame that `rawFrames` can give.
+    [[nodiscard]] virtual uint64_t firstRawFrame() const = 0;
 
 private:
     SignalFormat format_;
@@ -66,8 +72,11 @@ public:
     [[nodiscard]] const MarkWriter* marks() const { return recording_.marks ? recording_.marks() : nullptr; }
     [[nodiscard]] LiveHistory& history() { return history_; }
     [[nodiscard]] ScreenSource& screens() override;
+    [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
+    [[nodiscard]] uint64_t firstRawFrame() const override;
 
 private:
+    [[nodiscard]] bool fromFile() const { return !running_ && frames_ != nullptr; }
     void readFrom(std::unique_ptr<FrameSource> frames);
 
     LiveRecording recording_;
@@ -87,6 +96,8 @@ public:
     [[nodiscard]] const RecordedFrames& frames() const { return *frames_; }
     [[nodiscard]] const Overview& overview() const { return overview_; }
     [[nodiscard]] ScreenSource& screens() override { return overview_; }
+    [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
+    [[nodiscard]] uint64_t firstRawFrame() const override { return 0; }
 
 private:
     std::unique_ptr<RecordedFrames> frames_;

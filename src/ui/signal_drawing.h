@@ -31,6 +31,16 @@ struct ShownFrames {
 /// scales both axes as the settings say. Window thread.
 class SignalDrawing {
 public:
+    /// A curve as it was handed to the picture last, in the order of a display frame.
+    struct Column {
+        std::string name;
+        uint32_t color = 0;
+        bool visible = true;
+        LinearScale scale;
+        int32_t key = 0;  ///< number of the channel, or below 0 of the digital line
+        bool operator==(const Column& other) const;
+    };
+
     /// Both outlive it.
     SignalDrawing(ISCOPERA& scoper, const ProgramSettings& settings) : scoper_(scoper), settings_(settings) {}
     ~SignalDrawing();
@@ -52,6 +62,7 @@ public:
 
     /// The unit that X is shown in: samples when the rate of the signal is not known.
     [[nodiscard]] AxisXUnit unitX(const SignalFormat& format) const;
+    [[nodiscard]] const std::vector<Column>& columns() const { return columns_; }
     /// The unit that Y is shown in.
     [[nodiscard]] AxisYUnit unitY() const { return unitY_; }
     /// Its text: of the units of the channels, those that are shown.
@@ -64,15 +75,6 @@ public:
     void switchColumn(uint32_t column, bool visible);
 
 private:
-    struct Column {
-        std::string name;
-        uint32_t color = 0;
-        bool visible = true;
-        LinearScale scale;
-        int32_t key = 0;  ///< number of the channel, or below 0 of the digital line
-        bool operator==(const Column& other) const;
-    };
-
     [[nodiscard]] bool convert(ShownSignal& signal, SCOPERAFrames& frames);
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
     void setColumns(std::vector<Column> columns);

@@ -96,13 +96,13 @@ struct ProgramSettings {
     bool pixelsMode = false;  ///< points instead of lines
     bool viewLegend = false;
     bool viewCursors = false;
-    bool viewSettings = false;  ///< the panel beside the signal
+    bool viewSettings = false;      ///< the panel beside the signal
     bool cursorsOnScreen = false;   ///< the cursors stay where they are seen; else they move with the signal
     bool hideMeasurements = false;  ///< the table below the signal while the cursors are shown
     bool viewSpectrum = false;
-    int32_t spectrumWindow = 0;  ///< 0 Hann, 1 flat top, 2 Blackman-Harris, 3 rectangular
-    int32_t spectrumScale = 0;   ///< 0 dBV, 1 dBFS, 2 V, 3 V2/Hz
-    int32_t spectrumLength = 0;  ///< samples of a transform: 1024 times 4 to this power
+    int32_t spectrumWindow = 0;        ///< 0 Hann, 1 flat top, 2 Blackman-Harris, 3 rectangular
+    int32_t spectrumScale = 0;         ///< 0 dBV, 1 dBFS, 2 V, 3 V2/Hz
+    int32_t spectrumLength = 0;        ///< samples of a transform: 1024 times 4 to this power
     bool spectrumSingle = false;       ///< the last block alone instead of the mean of all
     bool spectrumLogarithmic = false;  ///< the frequency axis
     bool spectrumWhole = false;        ///< over the whole picture also while there are cursors

@@ -1,0 +1,305 @@
+#include "ui/cursor_tools.h"
+
+#include <QKeyEvent>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "config/files/figure_text.h"
+#include "measure/nearest_edge.h"
+#include "measure/statistics.h"
+#include "ui/measured_text.h"
+#include "ui/measurement_panel.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr uint64_t kSlidingPeriodMs = 200;
+constexpr int kProgressMs = 100;
+constexpr size_t kExtremeBuckets = 2048;
+
+/// One frame of a source, when it is there.
+std::optional<FrameValues> frameAt(FrameSource& source, const SignalFormat& format, uint64_t frame) {
+    std::vector<std::byte> bytes(format.frameBytes());
+    return source.read(frame, 1, bytes.data()) == 1 ? std::optional(valuesOf(format, bytes.data())) : std::nullopt;
+}
+
+}  // namespace
+
+CursorTools::CursorTools(ProgramSettings& settings, ISCOPERA& scoper, MeasurementPanel& panel, QObject* parent)
+    : QObject(parent), settings_(settings), scoper_(scoper), panel_(panel) {
+    clock_.start();
+    progress_.setInterval(kProgressMs);
+    connect(&progress_, &QTimer::timeout, this, &CursorTools::showTexts);
+    connect(&panel_, &MeasurementPanel::onScreenChanged, this, &CursorTools::setOnScreen);
+    connect(&panel_, &MeasurementPanel::folded, this, [this](bool folded) {
+        settings_.hideMeasurements = folded;
+        panel_.load(settings_.cursorsOnScreen, folded);
+    });
+    connect(&panel_, &MeasurementPanel::snapWanted, this, &CursorTools::snap);
+    connect(&panel_, &MeasurementPanel::message, this, &CursorTools::message);
+    panel_.load(settings_.cursorsOnScreen, settings_.hideMeasurements);
+    panel_.hide();
+}
+
+CursorTools::~CursorTools() = default;
+
+double CursorTools::frameOf(double axisX) const {
+    return origin_ + frameOfAxisX(axisX, unitX_, signal_->format().framesPerSecond);
+}
+
+double CursorTools::axisOf(double frame) const {
+    return axisXOfFrame(frame - origin_, unitX_, signal_->format().framesPerSecond);
+}
+
+std::optional<FrameSpan> CursorTools::between() const {
+    return shown_ && signal_ != nullptr ? std::optional(places_.between(edges_, frames_)) : std::nullopt;
+}
+
+void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool running) {
+    const bool begin = settings_.viewCursors && !shown_;
+    shown_ = settings_.viewCursors;
+    panel_.setVisible(shown_);
+    panel_.load(settings_.cursorsOnScreen, settings_.hideMeasurements);
+    if (!shown_) {
+        if (signal_ != nullptr) {
+            forget();
+        }
+        return;
+    }
+    // Frames that were gone while it ran can be read from its file.
+    if (running_ && !running) {
+        wanted_.reset();
+    }
+    running_ = running;
+    signal_ = &signal;
+    edges_ = {shown.low, shown.high};
+    origin_ = shown.origin;
+    unitX_ = drawing.unitX(signal.format());
+    frames_ = signal.screens().frameCount();
+    if (settings_.cursorsOnScreen != places_.onScreen()) {
+        places_.fixOnScreen(settings_.cursorsOnScreen, edges_);
+    }
+    if (begin && places_.lost(edges_)) {
+        places_.begin(edges_);
+    }
+    putCursors();
+    panel_.model().setColumns(measuredColumns(signal, drawing));
+    request(signal, running && places_.onScreen());
+    showTexts();
+}
+
+// The values of Y are the picture's own.
+void CursorTools::putCursors() {
+    SCOPERACursors places{};
+    static_cast<void>(scoper_.GetCursors(&places));
+    bool moved = false;
+    for (size_t i = 0; i < CursorPlaces::kCount; ++i) {
+        const double x = axisOf(places_.frame(i, edges_));
+        moved = moved || places.m_fX[i] != x;
+        places.m_fX[i] = x;
+    }
+    if (moved) {
+        static_cast<void>(scoper_.SetCursors(&places));
+    }
+    panel_.setActive(places_.active());
+}
+
+void CursorTools::dragged(const SCOPERACursors& places) {
+    if (!shown_ || signal_ == nullptr) {
+        return;
+    }
+    for (size_t i = 0; i < CursorPlaces::kCount; ++i) {
+        const double frame = frameOf(places.m_fX[i]);
+        // The one that was not dragged comes back as it was handed over.
+        if (std::abs(frame - places_.frame(i, edges_)) > edges_.width() * 1e-9) {
+            places_.place(i, frame, edges_);
+            places_.activate(i);
+        }
+    }
+    emit changed();
+}
+
+void CursorTools::request(ShownSignal& signal, bool sliding) {
+    if (frames_ == 0) {
+        return;
+    }
+    Wanted wanted;
+    wanted.span = places_.between(edges_, frames_);
+    for (size_t i = 0; i < CursorPlaces::kCount; ++i) {
+        const double frame = std::clamp(std::round(places_.frame(i, edges_)), 0.0, static_cast<double>(frames_ - 1));
+        wanted.at[i] = static_cast<uint64_t>(frame);
+    }
+    if (wanted_ == wanted) {
+        return;
+    }
+    const auto now = static_cast<uint64_t>(clock_.elapsed());
+    if (sliding && wanted_ && (worker_.busy() || now - startedAt_ < kSlidingPeriodMs)) {
+        return;
+    }
+    wanted_ = wanted;
+    startedAt_ = now;
+    startWorker(signal, wanted);
+}
+
+// What is left as minima and maxima alone is measured at once.
+void CursorTools::startWorker(ShownSignal& signal, const Wanted& wanted) {
+    const uint64_t number = ++number_;
+    std::array<std::shared_ptr<FrameSource>, 2> points;
+    for (size_t i = 0; i < points.size(); ++i) {
+        points[i] = signal.rawFrames({wanted.at[i], wanted.at[i] + 1});
+    }
+    std::shared_ptr<FrameSource> source = wanted.span.count() > 0 ? signal.rawFrames(wanted.span) : nullptr;
+    std::optional<SpanStatistics> rough;
+    Screen screen;
+    if (!source && wanted.span.count() > 0 &&
+        signal.screens().build(wanted.span.first, wanted.span.end, kExtremeBuckets, screen)) {
+        rough = measureExtremes(screen, signal.format(), wanted.span);
+    }
+    worker_.start([this, number, wanted, points, source, rough = std::move(rough),
+                   format = signal.format()](WorkProgress& progress) {
+        const auto tell = [this, number](const Measured& measured) {
+            QMetaObject::invokeMethod(this, [this, number, measured] { finished(number, measured); },
+                                      Qt::QueuedConnection);
+        };
+        Measured measured;
+        for (size_t i = 0; i < points.size(); ++i) {
+            measured.at[i] = points[i] ? frameAt(*points[i], format, wanted.at[i]) : std::nullopt;
+        }
+        measured.span = rough;
+        if (source) {
+            tell(measured);
+            SpanStatistics out;
+            const ReadEnd end = measure(*source, format, wanted.span, progress, out);
+            measured.notRead = end == ReadEnd::NotRead;
+            if (end == ReadEnd::Whole) {
+                measured.span = std::move(out);
+            }
+        }
+        if (!progress.cancelled()) {
+            tell(measured);
+        }
+    });
+    progress_.start();
+}
+
+// Until the statistics are there the earlier ones stay, so that a table of a running signal does not flicker.
+void CursorTools::finished(uint64_t number, Measured measured) {
+    if (number != number_ || !shown_) {
+        return;
+    }
+    const bool soon = !measured.span && !measured.notRead && worker_.busy();
+    if (soon) {
+        measured.span = panel_.model().measured().span;
+    }
+    panel_.model().setMeasured(std::move(measured));
+    showTexts();
+}
+
+void CursorTools::showTexts() {
+    const bool busy = worker_.busy();
+    if (!busy) {
+        progress_.stop();
+    }
+    if (signal_ == nullptr) {
+        panel_.setTexts({}, {});
+        return;
+    }
+    const Measured& measured = panel_.model().measured();
+    QString state = uiText(TextId::MeasuredSpan, {fromCodePage(formatCount(places_.between(edges_, frames_).count()))});
+    if (measured.notRead) {
+        state = uiText(TextId::MeasuredNotRead);
+    } else if (busy && static_cast<uint64_t>(clock_.elapsed()) - startedAt_ > kSlidingPeriodMs) {
+        state = uiText(TextId::MeasuredProgress, {QString::number(static_cast<int>(worker_.part() * 100.0))});
+    } else if (measured.span && measured.span->fromExtremes) {
+        state = uiText(TextId::MeasuredApproximately);
+    }
+    const double frames = places_.frame(1, edges_) - places_.frame(0, edges_);
+    panel_.setTexts(timeBetween(std::round(frames), signal_->format().framesPerSecond, unitX_), state);
+}
+
+void CursorTools::forget() {
+    ++number_;
+    worker_.stop();
+    progress_.stop();
+    signal_ = nullptr;
+    wanted_.reset();
+    panel_.model().setMeasured({});
+}
+
+void CursorTools::retranslate() {
+    panel_.retranslate();
+}
+
+void CursorTools::setOnScreen(bool onScreen) {
+    settings_.cursorsOnScreen = onScreen;
+    places_.fixOnScreen(onScreen, edges_);
+    emit changed();
+}
+
+// Off, the first, the second, off.
+void CursorTools::nextCursor() {
+    if (!settings_.viewCursors) {
+        settings_.viewCursors = true;
+        places_.activate(0);
+    } else if (places_.active() + 1 < CursorPlaces::kCount) {
+        places_.activate(places_.active() + 1);
+    } else {
+        settings_.viewCursors = false;
+        places_.activate(0);
+    }
+    emit changed();
+}
+
+bool CursorTools::keyPressed(const QKeyEvent& event) {
+    if ((event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) != Qt::NoModifier) {
+        return false;
+    }
+    if (event.key() == Qt::Key_C) {
+        nextCursor();
+        return true;
+    }
+    if (!shown_ || signal_ == nullptr) {
+        return false;
+    }
+    if (event.key() == Qt::Key_E) {
+        snap();
+        return true;
+    }
+    if (event.key() != Qt::Key_Left && event.key() != Qt::Key_Right) {
+        return false;
+    }
+    const double pixel = edges_.width() / std::max(scoper_.PixelWidth(), 1U);
+    const double step = std::max(1.0, std::round(pixel)) * (event.modifiers().testFlag(Qt::ShiftModifier) ? 10.0 : 1.0);
+    places_.move(event.key() == Qt::Key_Left ? -step : step, edges_, frames_);
+    emit changed();
+    return true;
+}
+
+// Among the frames of the picture, those that are still there as they were recorded.
+void CursorTools::snap() {
+    const int row = panel_.chosenRow();
+    if (!shown_ || signal_ == nullptr || row < 0) {
+        return;
+    }
+    const MeasuredColumn& column = panel_.model().columns()[static_cast<size_t>(row)];
+    FrameSpan span{static_cast<uint64_t>(std::max(edges_.low, 0.0)),
+                   std::min(static_cast<uint64_t>(std::max(edges_.high, 0.0)) + 1, frames_)};
+    span.first = std::min(std::max(span.first, signal_->firstRawFrame()), span.end);
+    const double place = places_.frame(places_.active(), edges_);
+    std::optional<double> edge;
+    if (const auto source = span.count() > 0 ? signal_->rawFrames(span) : nullptr) {
+        edge = column.line ? nearestLineEdge(*source, signal_->format(), span, column.index, place)
+                           : nearestEdge(*source, signal_->format(), span, column.index, place);
+    }
+    if (!edge) {
+        emit message(uiText(TextId::NoEdgeHere));
+        return;
+    }
+    places_.place(places_.active(), *edge, edges_);
+    emit changed();
+}
+
+}  // namespace tarno2
