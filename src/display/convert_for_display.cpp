@@ -173,4 +173,12 @@ int32_t ConvertForDisplay32(DisplayConverter& converter, const int32_t* samples,
                                  channelColors, {displaySamples, displayCount, columns, columnColors});
 }
 
+int32_t digitalLineValue(const SampleWordFormat& word, const DigitalSettings& digital, size_t line, bool bit) {
+    const auto value = [&]<typename Word>(Word /*kind*/) {
+        return static_cast<int32_t>(
+            lineValue<Word>(digital.lines[line], digital.fullScaleCode, word.signedCodes, bit ? 1 : 0));
+    };
+    return word.sampleWidth == 4 ? value(int32_t{}) : word.signedCodes ? value(int16_t{}) : value(uint16_t{});
+}
+
 }  // namespace tarno2

@@ -47,4 +47,8 @@ int32_t ConvertForDisplay32(DisplayConverter& converter, const int32_t* samples,
                             int32_t showMode, const DigitalSettings& digital, std::span<const int32_t> channelColors,
                             std::vector<int32_t>* columnColors);
 
+/// The display value of a digital line whose bit is that.
+[[nodiscard]] int32_t digitalLineValue(const SampleWordFormat& word, const DigitalSettings& digital, size_t line,
+                                       bool bit);
+
 }  // namespace tarno2

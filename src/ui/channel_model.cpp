@@ -17,7 +17,7 @@ namespace {
 constexpr std::array kHeaders = {TextId::ColumnActive,  TextId::ColumnNumber,  TextId::ColorCaption,
                                  TextId::ColumnGain,    TextId::ColumnRange,   TextId::ColumnValue,
                                  TextId::ColumnMinimum, TextId::ColumnMaximum, TextId::ColumnName,
-                                 TextId::ColumnUnit,    TextId::ColumnScale};
+                                 TextId::ColumnUnit,    TextId::ColumnScale,   TextId::ColumnShown};
 
 /// A swatch that keeps its colour in a marked row, with a frame that tells it from any ground.
 QIcon makeSwatch(int32_t color) {
@@ -76,7 +76,7 @@ void ChannelModel::load(const ProgramSettings& settings) {
     for (int row = 0; row < rows_; ++row) {
         takeRange(row);
     }
-    rowsChanged(Active, Scale);
+    rowsChanged(Active, Shown);
 }
 
 void ChannelModel::store(ProgramSettings& settings) const {
@@ -180,6 +180,15 @@ void ChannelModel::setScale(const std::vector<int>& rows, double factor, double 
     }
     rowsChanged(Value, Scale);
     emit edited();
+}
+
+void ChannelModel::setShown(int row, bool on) {
+    if (row < 0 || row >= rows_ || channel(row).shown == on) {
+        return;
+    }
+    channels_[static_cast<size_t>(row)].shown = on;
+    emit dataChanged(index(row, Shown), index(row, Shown));
+    emit shownChanged(row, on);
 }
 
 // The values of a row follow its unit.
@@ -322,7 +331,9 @@ QVariant ChannelModel::data(const QModelIndex& index, int role) const {
         case Qt::DisplayRole:
             return cellText(row, column);
         case Qt::CheckStateRole:
-            return column == Active ? QVariant(channel(row).active ? Qt::Checked : Qt::Unchecked) : QVariant();
+            return column == Active  ? QVariant(channel(row).active ? Qt::Checked : Qt::Unchecked)
+                   : column == Shown ? QVariant(channel(row).shown ? Qt::Checked : Qt::Unchecked)
+                                     : QVariant();
         case Qt::DecorationRole:
             return column == Color ? QVariant(swatch(row)) : QVariant();
         case Qt::EditRole:
@@ -341,7 +352,7 @@ QVariant ChannelModel::headerData(int section, Qt::Orientation orientation, int 
     if (orientation != Qt::Horizontal || section < 0 || section >= ColumnCount) {
         return {};
     }
-    if (role == Qt::ToolTipRole && section >= Name) {
+    if (role == Qt::ToolTipRole && section >= Name && section <= Scale) {
         return uiText(TextId::ScaleColumnHint);
     }
     if (role == Qt::DisplayRole || role == Qt::ToolTipRole) {
@@ -352,7 +363,7 @@ QVariant ChannelModel::headerData(int section, Qt::Orientation orientation, int 
 
 Qt::ItemFlags ChannelModel::flags(const QModelIndex& index) const {
     Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
-    if (!locked_ && index.column() == Active) {
+    if ((!locked_ && index.column() == Active) || index.column() == Shown) {
         flags |= Qt::ItemIsUserCheckable;
     }
     if (!locked_ && (index.column() == Gain || index.column() == Name || index.column() == Unit)) {
@@ -362,6 +373,10 @@ Qt::ItemFlags ChannelModel::flags(const QModelIndex& index) const {
 }
 
 bool ChannelModel::setData(const QModelIndex& index, const QVariant& value, int role) {
+    if (index.isValid() && index.column() == Shown && role == Qt::CheckStateRole) {
+        setShown(index.row(), value.toInt() == Qt::Checked);
+        return true;
+    }
     if (!index.isValid() || locked_) {
         return false;
     }

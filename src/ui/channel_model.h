@@ -19,7 +19,7 @@ class ChannelModel : public QAbstractTableModel {
     Q_OBJECT
 
 public:
-    enum Column { Active, Number, Color, Gain, Range, Value, Minimum, Maximum, Name, Unit, Scale, ColumnCount };
+    enum Column { Active, Number, Color, Gain, Range, Value, Minimum, Maximum, Name, Unit, Scale, Shown, ColumnCount };
     using RangeOf = std::function<InputLimits(int32_t channel, int32_t gain)>;
     /// What a channel is called and told in, where its operator says this.
     using LabelOf = std::function<ChannelLabel(int32_t channel, const ChannelLabel& given)>;
@@ -39,6 +39,8 @@ public:
     void stepGain(const std::vector<int>& rows, int step);
     void setColor(int row, int32_t color);
     void setScale(const std::vector<int>& rows, double factor, double offset);
+    /// In the signal view; also while locked.
+    void setShown(int row, bool on);
 
     void setLive(std::span<const ChannelReading> readings);
     void resetExtremes();
@@ -63,6 +65,7 @@ public:
 signals:
     /// The operator has changed a channel.
     void edited();
+    void shownChanged(int row, bool on);
 
 private:
     struct Reading {

@@ -102,6 +102,13 @@ ChannelTable::ChannelTable(QWidget* parent) : QTableView(parent), model_(new Cha
         fitColumns();
         emit changed();
     });
+    connect(model_, &ChannelModel::shownChanged, this, &ChannelTable::shownChanged);
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
+        // The first row is current before anybody has chosen one.
+        if (!settingBoard_ && current.isValid()) {
+            emit channelMarked(current.row());
+        }
+    });
     connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
         if (index.column() == ChannelModel::Color) {
             chooseColor(index.row());
@@ -123,10 +130,22 @@ void ChannelTable::store(ProgramSettings& settings) const {
 
 void ChannelTable::setBoard(uint32_t channelCount, const std::vector<int32_t>& gains, const RangeOf& rangeOf,
                             const LabelOf& labelOf) {
+    settingBoard_ = true;
     model_->setBoard(channelCount, gains, rangeOf, labelOf);
     fitColumns();
     if (model_->rowCount() > 0) {
         setCurrentIndex(model_->index(0, ChannelModel::Number));
+    }
+    settingBoard_ = false;
+}
+
+void ChannelTable::setShown(int channel, bool on) {
+    model_->setShown(channel, on);
+}
+
+void ChannelTable::markChannel(int channel) {
+    if (channel >= 0 && channel < model_->rowCount()) {
+        setCurrentIndex(model_->index(channel, ChannelModel::Number));
     }
 }
 
@@ -139,7 +158,7 @@ void ChannelTable::retranslate() {
 
 void ChannelTable::setExtendedView(bool on) {
     for (const int column : {ChannelModel::Value, ChannelModel::Minimum, ChannelModel::Maximum, ChannelModel::Name,
-                             ChannelModel::Unit, ChannelModel::Scale}) {
+                             ChannelModel::Unit, ChannelModel::Scale, ChannelModel::Shown}) {
         setColumnHidden(column, !on);
     }
     updateGeometry();

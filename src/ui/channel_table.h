@@ -41,6 +41,9 @@ public:
     /// Shows the newest readings; minimum and maximum are kept since the last reset.
     void setLive(std::span<const ChannelReading> readings);
     void resetExtremes();
+    void setShown(int channel, bool on);
+    /// Makes its row the current one.
+    void markChannel(int channel);
 
     void selectAllChannels();
     void invertSelection();
@@ -56,6 +59,10 @@ public:
 signals:
     /// The operator has changed a channel.
     void changed();
+    /// A channel is to be seen in the signal view, or not.
+    void shownChanged(int channel, bool on);
+    /// The row of that channel is the current one.
+    void channelMarked(int channel);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -76,6 +83,7 @@ private:
     QString typedGain_;  ///< digits typed one soon after the other
     qint64 typedAt_ = 0;
     bool locked_ = false;
+    bool settingBoard_ = false;
 };
 
 }  // namespace tarno2

@@ -161,8 +161,8 @@ void CursorTools::startWorker(ShownSignal& signal, const Wanted& wanted) {
     worker_.start([this, number, wanted, points, source, rough = std::move(rough),
                    format = signal.format()](WorkProgress& progress) {
         const auto tell = [this, number](const Measured& measured) {
-            QMetaObject::invokeMethod(this, [this, number, measured] { finished(number, measured); },
-                                      Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this, number, measured] { finished(number, measured); }, Qt::QueuedConnection);
         };
         Measured measured;
         for (size_t i = 0; i < points.size(); ++i) {

@@ -182,6 +182,12 @@ void T_MainForm::connectPanels() {
     connect(filePanel_, &FilePanel::chooseFileName, this, &T_MainForm::ButtonSetFileNameClick);
     connect(filePanel_, &FilePanel::diskSpeedCheckChanged, this, &T_MainForm::HDDTestSpeedClick);
     connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, menu_.extendedChannels, &QAction::setChecked);
+    connect(&channelsPanel_->table(), &ChannelTable::shownChanged, this, [this](int channel, bool on) {
+        settings_.channels[static_cast<size_t>(channel)].shown = on;
+        showForm_->shownChannelsChanged();
+    });
+    connect(&channelsPanel_->table(), &ChannelTable::channelMarked, this,
+            [this](int channel) { showForm_->markChannel(channel); });
     connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
         storeControls();
         showForm_->settingsChanged();

@@ -8,6 +8,7 @@
 #include "config/logs/debug_log.h"
 #include "display/recorded.h"
 #include "display/signal_format.h"
+#include "ui/channel_table.h"
 #include "ui/main_form.h"
 #include "ui/message_list.h"
 #include "ui/panels/channels_panel.h"
@@ -28,6 +29,8 @@ void T_MainForm::buildSignalView() {
             [this](const QString& line) { messages_->add(MessageList::Kind::Attention, line); });
     connect(showForm_, &T_ShowForm::readings, this,
             [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
+    connect(showForm_, &T_ShowForm::channelShown, &channelsPanel_->table(), &ChannelTable::setShown);
+    connect(showForm_, &T_ShowForm::channelMarked, &channelsPanel_->table(), &ChannelTable::markChannel);
     connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
     signalDock_->setWindowTitle(showForm_->windowTitle());
     control().setLiveTap(&showForm_->tap());

@@ -1,28 +1,6 @@
 #include "ui/measured_columns.h"
 
-#include "ui/label_field.h"
-#include "ui/text.h"
-
 namespace tarno2 {
-
-namespace {
-
-QString unitOfChannel(const ShownSignal& signal, size_t channel, AxisYUnit unit) {
-    switch (unit) {
-        case AxisYUnit::Codes:
-            return uiText(TextId::AxisYCodes);
-        case AxisYUnit::Units:
-            return unitOf(signal.format().channels[channel].label);
-        case AxisYUnit::Millivolts:
-            return uiText(TextId::UnitMillivolts);
-        case AxisYUnit::Microvolts:
-            return uiText(TextId::UnitMicrovolts);
-        default:
-            return uiText(TextId::UnitVolts);
-    }
-}
-
-}  // namespace
 
 std::vector<MeasuredColumn> measuredColumns(const ShownSignal& signal, const SignalDrawing& drawing) {
     std::vector<MeasuredColumn> measured;
@@ -39,8 +17,8 @@ std::vector<MeasuredColumn> measuredColumns(const ShownSignal& signal, const Sig
         out.color = QColor(static_cast<int>(column.color & 0xFFU), static_cast<int>(column.color >> 8 & 0xFFU),
                            static_cast<int>(column.color >> 16 & 0xFFU));
         if (!out.line && i < signal.format().channelCount()) {
-            out.unit = unitOfChannel(signal, i, drawing.unitY());
-            out.scale = axisYScale(signal.format(), i, drawing.unitY());
+            out.unit = QString::fromStdString(column.unitText);
+            out.scale = column.scale;
         }
         measured.push_back(std::move(out));
     }

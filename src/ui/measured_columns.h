@@ -20,8 +20,8 @@ struct MeasuredColumn {
     LinearScale scale;
 
     friend bool operator==(const MeasuredColumn& one, const MeasuredColumn& other) {
-        return one.line == other.line && one.index == other.index && one.name == other.name &&
-               one.unit == other.unit && one.color == other.color && one.scale.factor == other.scale.factor &&
+        return one.line == other.line && one.index == other.index && one.name == other.name && one.unit == other.unit &&
+               one.color == other.color && one.scale.factor == other.scale.factor &&
                one.scale.offset == other.scale.offset;
     }
 };

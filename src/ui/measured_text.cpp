@@ -42,8 +42,9 @@ QString timeBetween(double frames, double framesPerSecond, AxisXUnit unit) {
         return {};
     }
     const AxisXUnit shown = unit == AxisXUnit::Samples ? AxisXUnit::Seconds : unit;
-    QString text = QStringLiteral("Δt %1 %2").arg(
-        QString::number(axisXOfFrame(frames, shown, framesPerSecond), 'g', 9), uiText(textOfTime(shown)));
+    QString text =
+        QStringLiteral("Δt %1 %2")
+            .arg(QString::number(axisXOfFrame(frames, shown, framesPerSecond), 'g', 9), uiText(textOfTime(shown)));
     if (frames != 0.0) {
         text += QStringLiteral("   1/Δt ") + frequencyWithUnit(framesPerSecond / std::abs(frames));
     }

@@ -32,9 +32,7 @@ QString headOf(int field) {
 int decimalsOf(const MeasuredColumn& column, int field) {
     const double step = std::abs(column.scale.factor);
     const int more = field == MeasurementModel::Mean || field == MeasurementModel::Rms ? 2 : 0;
-    return step > 0.0 && !column.line
-               ? static_cast<int>(std::clamp(std::ceil(-std::log10(step)), 0.0, 9.0)) + more
-               : 0;
+    return step > 0.0 && !column.line ? static_cast<int>(std::clamp(std::ceil(-std::log10(step)), 0.0, 9.0)) + more : 0;
 }
 
 QString quoted(QString text) {

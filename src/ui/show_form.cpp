@@ -69,6 +69,7 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
         if (drawing_) {
             drawing_->clear();
             drawing_->reset();
+            takeHidden();
         }
         openedFile_.clear();
         held_ = false;
@@ -235,6 +236,9 @@ void T_ShowForm::giveReadings() {
         given.push_back({live_->channelNumber(i), volts.of(values[i].newest), volts.of(values[i].minimum),
                          volts.of(values[i].maximum)});
     }
+    if (drawing_) {
+        drawing_->showValues(live_->format(), values);
+    }
     live_->history().resetExtremes();
     emit readings(given);
 }
@@ -265,6 +269,8 @@ void T_ShowForm::showControls() {
 
 void T_ShowForm::showParts() {
     legend_->setChecked(settings_.viewLegend);
+    lanes_->setChecked(settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : drawing_ && drawing_->inLanes());
+    commonScale_->setChecked(settings_.viewCommonScale);
     cursors_->setChecked(settings_.viewCursors);
     viewSettings_->setVisible(settings_.viewSettings);
     if (scoper_ != nullptr) {
@@ -320,15 +326,19 @@ QString T_ShowForm::mousePlace() const {
         scoper_->GetRange(kScoperaAxisY, &y.low, &y.high) != 1) {
         return {};
     }
-    const auto place = [](const AxisRange& range, double part, double pixels) {
-        const double span = range.high - range.low;
-        return QString::number(range.low + part * span, 'f', resolvedDecimals(span, pixels));
+    if (mouse_->lane >= 0) {
+        y = drawing_->rangeOf(static_cast<uint32_t>(mouse_->lane));
+    }
+    const auto place = [](const AxisRange& range, double value, double pixels) {
+        return QString::number(value, 'f', resolvedDecimals(range.high - range.low, pixels));
     };
+    const QString unitY = mouse_->lane >= 0
+                              ? QString::fromStdString(drawing_->unitTextOf(static_cast<uint32_t>(mouse_->lane)))
+                          : drawing_->unitY() == AxisYUnit::Units ? QString::fromStdString(drawing_->unitTextY())
+                                                                  : uiText(unitText(drawing_->unitY()));
     return QStringLiteral("X %1 %2  Y %3 %4")
-        .arg(place(x, mouse_->first, scoper_->PixelWidth()), uiText(unitText(drawing_->unitX(signal->format()))),
-             place(y, mouse_->second, picture_->height()),
-             drawing_->unitY() == AxisYUnit::Units ? QString::fromStdString(drawing_->unitTextY())
-                                                   : uiText(unitText(drawing_->unitY())));
+        .arg(place(x, x.low + mouse_->part * (x.high - x.low), scoper_->PixelWidth()),
+             uiText(unitText(drawing_->unitX(signal->format()))), place(y, mouse_->value, picture_->height()), unitY);
 }
 
 QString T_ShowForm::fileFacts() const {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -72,6 +73,10 @@ public:
     void retranslate();
     /// The font of the axes, or the colour of a channel was changed elsewhere.
     void settingsChanged();
+    /// Channels were switched on or off in the settings.
+    void shownChannelsChanged();
+    /// That channel is drawn in front.
+    void markChannel(int channel);
     /// Frames that can be looked at.
     [[nodiscard]] uint64_t frameCount() const;
 
@@ -90,7 +95,8 @@ public:
     // The mouse over the picture, in the units of the axes.
     void PaintBox1DblClick();
     void PaintBox1MouseDown(int button);
-    void PaintBox1MouseMove(double x, double y, bool inside);
+    /// `lane`: the one that the place is in; -1 while the curves lie one upon the other.
+    void PaintBox1MouseMove(double x, double y, bool inside, int lane);
 
     // How it is drawn and followed.
     void PixelModeClick(bool points);
@@ -107,6 +113,12 @@ public:
     /// The flag of that mark was clicked.
     void FlagClick(uint64_t number);
 
+    // Lanes (show_form_lanes.cpp).
+    /// Curves in lanes, or one upon the other.
+    void LanesClick(bool lanes);
+    void CommonScaleClick(bool common);
+    void ShowAllClick();
+
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
     void Samples1Click(int tag);
@@ -121,6 +133,10 @@ public:
 signals:
     /// A text for the user's list of messages.
     void message(const QString& text);
+    /// The user switched a channel on or off in the picture.
+    void channelShown(int channel, bool on);
+    /// The user clicked the head of a channel.
+    void channelMarked(int channel);
     /// The newest values and the extremes since the last ones, a few times a second while a shown recording runs.
     void readings(const std::vector<ChannelReading>& readings);
 
@@ -177,6 +193,12 @@ private:
     void savePicture();
     void rangeChanged(int axis, double lower, double upper, int cause);
     void zoomedX(double lower, double upper, int cause);
+    // Lanes (show_form_lanes.cpp).
+    void listenToLanes(SCOPERAEvents& events);
+    void takeHidden();
+    void switchColumn(uint32_t column, bool visible);
+    void setHidden(std::set<int32_t> hidden);
+    void solo(uint32_t column);
     // Marks (show_form_marks.cpp).
     void takeMarks();
     void takeFinishedMarks();
@@ -208,7 +230,14 @@ private:
     uint32_t boardLines_ = 0;
     std::string openedFile_;
     QString openedTitle_;
-    std::optional<std::pair<double, double>> mouse_;  ///< parts of the picture to the left of it and below it
+    /// Where the mouse is: the part of the picture to the left of it, and the value in its lane or on the Y axis.
+    struct MousePlace {
+        double part;
+        double value;
+        int lane;
+    };
+    std::optional<MousePlace> mouse_;
+    std::optional<std::set<int32_t>> beforeSolo_;  ///< what was hidden
 
     RepaintRate rate_;
     QTimer paintTimer_;
@@ -229,6 +258,8 @@ private:
     QAction* pixelMode_ = nullptr;
     QAction* legend_ = nullptr;
     QAction* cursors_ = nullptr;
+    QAction* lanes_ = nullptr;
+    QAction* commonScale_ = nullptr;
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
     QPointer<T_DigitalSignalSettings> digitalSettings_;

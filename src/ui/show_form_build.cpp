@@ -95,12 +95,10 @@ void T_ShowForm::listenToScoper() {
     };
     events.m_pAutomaticWanted = [](void* context) { static_cast<T_ShowForm*>(context)->PaintBox1DblClick(); };
     events.m_pColumnSwitched = [](void* context, uint32_t column, int32_t visible) {
-        auto* form = static_cast<T_ShowForm*>(context);
-        form->drawing_->switchColumn(column, visible != 0);
-        form->userChanged();
+        static_cast<T_ShowForm*>(context)->switchColumn(column, visible != 0);
     };
-    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside, int32_t) {
-        static_cast<T_ShowForm*>(context)->PaintBox1MouseMove(x, y, inside != 0);
+    events.m_pMouseMoved = [](void* context, double x, double y, int32_t inside, int32_t lane) {
+        static_cast<T_ShowForm*>(context)->PaintBox1MouseMove(x, y, inside != 0, lane);
     };
     events.m_pMousePressed = [](void* context, int32_t button, double, double) {
         static_cast<T_ShowForm*>(context)->PaintBox1MouseDown(button);
@@ -112,6 +110,7 @@ void T_ShowForm::listenToScoper() {
     events.m_pFlagClicked = [](void* context, uint64_t number) {
         static_cast<T_ShowForm*>(context)->FlagClick(number);
     };
+    listenToLanes(events);
     scoper_->SetEvents(&events);
 }
 
@@ -151,6 +150,13 @@ void T_ShowForm::buildActions() {
     };
     legend_ = part(TextId::ViewLegend, &ProgramSettings::viewLegend);
     cursors_ = part(TextId::ViewCursors, &ProgramSettings::viewCursors);
+    lanes_ = addAction(TextId::ViewLanes, [this] { LanesClick(lanes_->isChecked()); });
+    commonScale_ = addAction(TextId::ViewCommonScale, [this] { CommonScaleClick(commonScale_->isChecked()); });
+    for (QAction* action : {lanes_, commonScale_}) {
+        action->setCheckable(true);
+        action->setEnabled(scoper_ != nullptr);
+    }
+    addAction(TextId::ViewShowAll, [this] { ShowAllClick(); });
     menu_->addSeparator();
     addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });

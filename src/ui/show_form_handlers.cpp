@@ -172,14 +172,11 @@ void T_ShowForm::PaintBox1MouseDown(int button) {
     }
 }
 
-void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside) {
+void T_ShowForm::PaintBox1MouseMove(double x, double y, bool inside, int lane) {
     mouse_.reset();
     AxisRange horizontal;
-    AxisRange vertical;
-    if (inside && scoper_->GetRange(kScoperaAxisX, &horizontal.low, &horizontal.high) == 1 &&
-        scoper_->GetRange(kScoperaAxisY, &vertical.low, &vertical.high) == 1) {
-        mouse_.emplace((x - horizontal.low) / (horizontal.high - horizontal.low),
-                       (y - vertical.low) / (vertical.high - vertical.low));
+    if (inside && scoper_->GetRange(kScoperaAxisX, &horizontal.low, &horizontal.high) == 1) {
+        mouse_ = {(x - horizontal.low) / (horizontal.high - horizontal.low), y, lane};
     }
     showStatus();
 }

@@ -40,6 +40,17 @@ TextId textOf(AxisYUnit unit) {
     }
 }
 
+QString shortUnit(AxisYUnit unit, const ChannelLabel& label) {
+    switch (unit) {
+        case AxisYUnit::Codes:
+            return uiText(TextId::AxisYCodes);
+        case AxisYUnit::Units:
+            return unitOf(label);
+        default:
+            return uiText(static_cast<TextId>(static_cast<int32_t>(TextId::UnitVolts) + static_cast<int32_t>(unit)));
+    }
+}
+
 /// Volts, or another kind of values, which never turn into each other.
 AxisYKind kindOf(const ProgramSettings& settings) {
     return kindOf(static_cast<AxisYUnit>(settings.axisYMode));
@@ -76,7 +87,8 @@ double largest(AxisRange range) {
 
 bool SignalDrawing::Column::operator==(const Column& other) const {
     return key == other.key && color == other.color && visible == other.visible && name == other.name &&
-           scale.factor == other.scale.factor && scale.offset == other.scale.offset;
+           scale.factor == other.scale.factor && scale.offset == other.scale.offset && unitText == other.unitText &&
+           lane == other.lane && marked == other.marked;
 }
 
 SignalDrawing::~SignalDrawing() {
@@ -85,8 +97,14 @@ SignalDrawing::~SignalDrawing() {
 
 void SignalDrawing::reset() {
     resetScaleY();
+    layout_.clear();
     hidden_.clear();
     columnCount_ = 0;
+}
+
+void SignalDrawing::resetScaleY() {
+    scale_.reset();
+    layout_.forgetRanges();
 }
 
 void SignalDrawing::clear() {
@@ -173,26 +191,47 @@ bool SignalDrawing::convert(ShownSignal& signal, SCOPERAFrames& frames) {
 
 std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& signal) const {
     const SignalFormat& format = signal.format();
-    const size_t analog = showMode(settings_) == ShowMode::Digital ? 0 : format.channelCount();
+    const size_t analog = analogColumns(format);
     std::vector<Column> columns(columnCount_);
     for (size_t i = 0; i < columns.size(); ++i) {
         Column& column = columns[i];
+        column.unit = unitOfColumn(i);
         if (i < analog) {
             column.key = signal.channelNumber(i);
             column.name = channelName(signal, i);
-            column.scale = axisYScale(format, i, unitY_);
+            column.scale = axisYScale(format, i, column.unit);
+            column.marked = column.key == marked_;
+            column.unitText = shortUnit(column.unit, format.channels[i].label).toStdString();
         } else {
             const auto line = static_cast<int32_t>(i - analog);
             column.key = -1 - line;
             const auto& names = format.lineNames;
             const bool named = static_cast<size_t>(line) < names.size() && !names[static_cast<size_t>(line)].empty();
             column.name = named ? names[static_cast<size_t>(line)] : numbered(TextId::DigitalLineName, line);
-            column.scale = digitalAxisYScale(format, unitY_);
+            column.scale = digitalAxisYScale(format, column.unit);
         }
         column.color = i < columnColors_.size() ? static_cast<uint32_t>(columnColors_[i]) : 0;
         column.visible = !hidden_.contains(column.key);
     }
+    for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
+        for (const size_t column : lanes_[lane].plan.columns) {
+            columns[column].lane = lane;
+        }
+    }
     return columns;
+}
+
+size_t SignalDrawing::analogColumns(const SignalFormat& format) const {
+    return showMode(settings_) == ShowMode::Digital ? 0 : format.channelCount();
+}
+
+AxisYUnit SignalDrawing::unitOfColumn(size_t column) const {
+    for (const DrawnLane& lane : lanes_) {
+        if (std::ranges::find(lane.plan.columns, column) != lane.plan.columns.end()) {
+            return lane.unit;
+        }
+    }
+    return unitY_;
 }
 
 // Where channels have different units of their own, each is told with its name.
@@ -203,7 +242,8 @@ std::string SignalDrawing::channelName(const ShownSignal& signal, size_t column)
         label.name.empty() ? numbered(TextId::ChannelName, signal.channelNumber(column)) : label.name;
     const bool differ = std::ranges::any_of(
         format.channels, [&](const SignalFormat::Channel& other) { return other.label.unit != label.unit; });
-    return unitY_ == AxisYUnit::Units && differ ? name + " [" + unitOf(label).toStdString() + "]" : name;
+    return unitY_ == AxisYUnit::Units && differ && lanes_.empty() ? name + " [" + unitOf(label).toStdString() + "]"
+                                                                  : name;
 }
 
 std::vector<size_t> SignalDrawing::shownChannels(const ShownSignal& signal) const {
@@ -225,25 +265,25 @@ void SignalDrawing::setColumns(std::vector<Column> columns) {
     handed.reserve(columns_.size());
     for (const Column& column : columns_) {
         handed.push_back({column.name.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor,
-                          column.scale.offset, "", 0, 0});
+                          column.scale.offset, column.unitText.c_str(), column.lane, column.marked ? 1U : 0U});
     }
     scoper_.SetColumns(handed.data(), static_cast<uint32_t>(handed.size()));
 }
 
-void SignalDrawing::switchColumn(uint32_t column, bool visible) {
-    if (column >= columns_.size()) {
-        return;
+std::optional<int32_t> SignalDrawing::keyOf(uint32_t column) const {
+    return column < columns_.size() ? std::optional(columns_[column].key) : std::nullopt;
+}
+
+std::vector<int32_t> SignalDrawing::keys() const {
+    std::vector<int32_t> keys;
+    for (const Column& column : columns_) {
+        keys.push_back(column.key);
     }
-    columns_[column].visible = visible;
-    if (visible) {
-        hidden_.erase(columns_[column].key);
-    } else {
-        hidden_.insert(columns_[column].key);
-    }
+    return keys;
 }
 
 bool SignalDrawing::moving() const {
-    return settings_.axisYAutoMode && scale_.moving();
+    return settings_.axisYAutoMode && (inLanes() ? layout_.moving() : scale_.moving());
 }
 
 // Where the user has zoomed to. A scale that the user gives lies around 0, or above it when nothing below can come.
@@ -286,6 +326,14 @@ double SignalDrawing::userUnitsPerVolt(const SignalFormat& format) const {
 void SignalDrawing::scaleY(const ShownSignal& signal, uint64_t nowMs) {
     const SignalFormat& format = signal.format();
     unitY_ = chooseUnitY(format);
+    if (lanesWanted(format)) {
+        scaleLanes(signal, nowMs);
+        return;
+    }
+    if (inLanes()) {
+        lanes_.clear();
+        scoper_.SetLanes(nullptr, 0);
+    }
     setColumns(columnsOf(signal));
     AxisRange range;
     if (!settings_.axisYAutoMode) {

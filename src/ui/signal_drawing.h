@@ -13,7 +13,9 @@
 #include "display/axis_x.h"
 #include "display/axis_y.h"
 #include "display/convert_for_display.h"
+#include "display/live_history.h"
 #include "display/screen.h"
+#include "ui/lane_layout.h"
 #include "ui/shown_signal.h"
 
 namespace tarno2 {
@@ -27,8 +29,8 @@ struct ShownFrames {
     double origin = 0.0;  ///< the frame that the axis counts from
 };
 
-/// Draws a shown signal through the plotting library: converts the frames on screen, names and colours the columns, and
-/// scales both axes as the settings say. Window thread.
+/// Draws a shown signal through the plotting library: converts the frames on screen, names and colours the columns,
+/// puts them one upon the other or into lanes, and scales the axes as the settings say. Window thread.
 class SignalDrawing {
 public:
     /// A curve as it was handed to the picture last, in the order of a display frame.
@@ -38,6 +40,10 @@ public:
         bool visible = true;
         LinearScale scale;
         int32_t key = 0;  ///< number of the channel, or below 0 of the digital line
+        AxisYUnit unit = AxisYUnit::Volts;
+        std::string unitText;
+        uint32_t lane = 0;
+        bool marked = false;
         bool operator==(const Column& other) const;
     };
 
@@ -50,7 +56,7 @@ public:
     /// Another signal is shown: automatic scales begin anew.
     void reset();
     /// Scales Y anew: volts turn into codes, or the other way round.
-    void resetScaleY() { scale_.reset(); }
+    void resetScaleY();
     /// Draws, or empties the picture when there is nothing. `nowMs`: a clock that never goes back.
     void draw(ShownSignal& signal, const ShownFrames& shown, uint64_t nowMs);
     /// Forgets the frames, which may go now.
@@ -71,13 +77,45 @@ public:
     [[nodiscard]] double userUnitsPerVolt(const SignalFormat& format) const;
     /// The automatic scale has not settled yet: draw again soon.
     [[nodiscard]] bool moving() const;
-    /// The user switched a column of the picture on or off.
-    void switchColumn(uint32_t column, bool visible);
+
+    /// What is not drawn: numbers of channels, and of digital lines -1 - number.
+    void setHidden(std::set<int32_t> hidden) { hidden_ = std::move(hidden); }
+    [[nodiscard]] const std::set<int32_t>& hidden() const { return hidden_; }
+    /// What a column of the picture shows, likewise; nothing when there is none such.
+    [[nodiscard]] std::optional<int32_t> keyOf(uint32_t column) const;
+    /// Everything that is drawn or hidden now.
+    [[nodiscard]] std::vector<int32_t> keys() const;
+    /// That channel is drawn in front; -1: none.
+    void setMarked(int32_t channel) { marked_ = channel; }
+
+    // Lanes (signal_drawing_lanes.cpp).
+    [[nodiscard]] bool inLanes() const { return !lanes_.empty(); }
+    /// The unit's text of values in that lane.
+    [[nodiscard]] std::string unitTextOf(uint32_t lane) const;
+    [[nodiscard]] AxisRange rangeOf(uint32_t lane) const;
+    /// The user has zoomed or moved a lane, made it higher, or put a column into it.
+    void setLaneRange(uint32_t lane, AxisRange range);
+    void setLaneHeight(uint32_t lane, uint32_t pixels);
+    void dropColumn(uint32_t column, uint32_t lane);
+    /// Newest values and extremes of late for the heads of the lanes, one a channel of the frame.
+    void showValues(const SignalFormat& format, const std::vector<ChannelValues>& values);
 
 private:
     [[nodiscard]] bool convert(ShownSignal& signal, SCOPERAFrames& frames);
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
+    [[nodiscard]] AxisYUnit unitOfColumn(size_t column) const;
     void setColumns(std::vector<Column> columns);
+    struct DrawnLane {
+        LanePlan plan;
+        AxisRange range;  ///< volts, codes or units
+        AxisYUnit unit;
+    };
+    [[nodiscard]] bool lanesWanted(const SignalFormat& format) const;
+    void scaleLanes(const ShownSignal& signal, uint64_t nowMs);
+    void scaleLane(const SignalFormat& format, DrawnLane& lane, uint64_t nowMs);
+    void shareScales(const SignalFormat& format);
+    [[nodiscard]] AxisRange lineRange(const SignalFormat& format, const LanePlan& lane) const;
+    [[nodiscard]] size_t analogColumns(const SignalFormat& format) const;
     [[nodiscard]] AxisYUnit chooseUnitY(const SignalFormat& format) const;
     [[nodiscard]] AxisYUnit userUnitY(const SignalFormat& format) const;
     [[nodiscard]] AxisRange automaticRange(uint64_t nowMs);
@@ -99,6 +137,9 @@ private:
     AxisYUnit unitY_ = AxisYUnit::Volts;
     std::string unitTextY_;
     AutomaticScaleY scale_;  ///< volts, or codes, or units
+    LaneLayout layout_;
+    std::vector<DrawnLane> lanes_;  ///< none: one upon the other
+    int32_t marked_ = -1;
     std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string>> labels_;
 };
 

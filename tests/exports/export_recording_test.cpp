@@ -1,8 +1,9 @@
 // Exports that are stopped, find no room, or must not be begun.
 
+#include "exports/export_recording.h"
+
 #include <gmock/gmock.h>
 
-#include "exports/export_recording.h"
 #include "records/record_description.h"
 #include "tests/apps/small_disk.h"
 #include "tests/support/temporary_folder.h"

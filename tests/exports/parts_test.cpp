@@ -35,13 +35,13 @@ TEST(ZipDirectory, TakesTheWideFormWhereAndOnlyWhereItIsNeeded) {
     EXPECT_EQ(list(kBorder - 1, kBorder - 1, 1).size(), kEntry + kEndBytes);
     const std::string far = list(kBorder, kBorder + 5, 1);
     ASSERT_EQ(far.size(), kEntry + 12 + kWideBytes + kEndBytes);
-    EXPECT_EQ(numberAt(far, 42, 4), kBorder);            // the offset stands elsewhere:
-    EXPECT_EQ(numberAt(far, kEntry, 4), 0x00080001U);    // in the field for 64 bits
+    EXPECT_EQ(numberAt(far, 42, 4), kBorder);          // the offset stands elsewhere:
+    EXPECT_EQ(numberAt(far, kEntry, 4), 0x00080001U);  // in the field for 64 bits
     EXPECT_EQ(numberAt(far, kEntry + 4, 8), kBorder);
     const size_t wide = kEntry + 12;
-    EXPECT_EQ(numberAt(far, wide + 32, 8), 1U);               // files
-    EXPECT_EQ(numberAt(far, wide + 40, 8), wide);             // bytes of the list
-    EXPECT_EQ(numberAt(far, wide + 48, 8), kBorder + 5);      // where it begins
+    EXPECT_EQ(numberAt(far, wide + 32, 8), 1U);           // files
+    EXPECT_EQ(numberAt(far, wide + 40, 8), wide);         // bytes of the list
+    EXPECT_EQ(numberAt(far, wide + 48, 8), kBorder + 5);  // where it begins
     EXPECT_EQ(numberAt(far, wide + 56 + 8, 8), kBorder + 5 + wide);
     EXPECT_EQ(numberAt(far, far.size() - 6, 4), kBorder);
 

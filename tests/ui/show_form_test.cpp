@@ -265,7 +265,8 @@ TEST_F(ShowForm, ThePlaceOfTheMouseFollowsThePictureWithItsUnitAndItsDigits) {
     feed(form, 0, 100);
     const auto* status = form.findChild<QLabel*>("MousePlace");
     const auto move = [&](double x, bool inside) {
-        scoper_.events.m_pMouseMoved(scoper_.events.m_pContext, x, scoper_.range[kScoperaAxisY].first, inside ? 1 : 0);
+        scoper_.events.m_pMouseMoved(scoper_.events.m_pContext, x, scoper_.range[kScoperaAxisY].first, inside ? 1 : 0,
+                                     -1);
     };
     move(75.0, true);
     EXPECT_TRUE(status->text().startsWith("X 75.0 ms  Y ")) << status->text().toStdString();

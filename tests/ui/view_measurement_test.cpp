@@ -59,7 +59,9 @@ protected:
         ASSERT_TRUE(description.writeForDataFile(name));
         ASSERT_TRUE(form_->openRecording(name));
     }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) { QTest::keyClick(view(), key, modifiers); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(view(), key, modifiers);
+    }
     [[nodiscard]] QWidget* view() const { return static_cast<QWidget*>(scoper_.object()->View()); }
     [[nodiscard]] QTableView* table() const { return form_->findChild<QTableView*>("MeasurementTable"); }
     [[nodiscard]] QString cell(int row, MeasurementModel::Field field) const {
@@ -145,8 +147,8 @@ TEST_F(ViewMeasurement, CursorsMeasureAndAreMovedByKeysAndMouse) {
     EXPECT_GT(cursor(0), place + 1.0);
     const auto frame = static_cast<size_t>(std::lround(cursor(0) * 1000.0));
     const double volts = words()[frame] > 0 ? 1.0 : -0.5;
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return std::abs(cell(0, MeasurementModel::First).toDouble() - volts) < 1e-3; }, 20000));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return std::abs(cell(0, MeasurementModel::First).toDouble() - volts) < 1e-3; }, 20000));
 }
 
 TEST_F(ViewMeasurement, TableIsCopiedSavedAndFolded) {

@@ -29,6 +29,7 @@ struct ChannelSettings {
     bool active = false;
     int32_t gain = 1;
     ChannelLabel label;  ///< what the operator calls it
+    bool shown = true;   ///< in the signal view
 };
 
 /// How the signal view draws one line of the digital port.
@@ -107,6 +108,8 @@ struct ProgramSettings {
     bool spectrumLogarithmic = false;  ///< the frequency axis
     bool spectrumWhole = false;        ///< over the whole picture also while there are cursors
     int32_t spectrumHeight = 0;        ///< of its pane, pixels; 0: as it comes
+    int32_t viewLanes = -1;            ///< 0 curves one upon the other, 1 in lanes, -1 in lanes when they are many
+    bool viewCommonScale = false;      ///< lanes of one unit share their scale
 
     // The windows.
     bool stayOnTop = false;

@@ -213,6 +213,15 @@ constexpr IntegerListSetting channelColumn(int32_t lowest, int32_t highest, bool
             }};
 }
 
+/// A flag of the channels that is on for most.
+template <auto Column>
+constexpr IntegerListSetting rareOffColumn() {
+    IntegerListSetting setting = channelColumn<Column>(0, 1, true, false);
+    setting.rare = true;
+    setting.usual = 1;
+    return setting;
+}
+
 template <auto Column>
 constexpr IntegerListSetting digitalColumn(int32_t lowest, int32_t highest) {
     return {lowest,

@@ -167,6 +167,9 @@ public:
         for (size_t i = 0; i < values.size(); ++i) {
             values[i] = setting.get(settings_, i);
         }
+        if (setting.rare && std::ranges::all_of(values, [&](int32_t value) { return value == setting.usual; })) {
+            return;
+        }
         if (setting.byte) {
             const std::vector<uint8_t> bytes(values.begin(), values.end());
             file_.WriteUInt8Array(key_.c_str(), bytes, comment_.c_str(), setting.hex);

@@ -46,6 +46,8 @@ struct IntegerListSetting {
     size_t (*count)(const ProgramSettings&);
     int32_t (*get)(const ProgramSettings&, size_t);
     void (*set)(ProgramSettings&, size_t, int32_t);
+    bool rare = false;  ///< written only when one of them is not `usual`, which all start with
+    int32_t usual = 0;
 };
 
 /// A list of positive numbers; the ones that are none are dropped.

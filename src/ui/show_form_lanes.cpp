@@ -1,0 +1,142 @@
+// Which curves are seen in the signal view, and in which lanes.
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/show_form.h"
+
+namespace tarno2 {
+
+namespace {
+
+T_ShowForm* formOf(void* context) {
+    return static_cast<T_ShowForm*>(context);
+}
+
+}  // namespace
+
+void T_ShowForm::listenToLanes(SCOPERAEvents& events) {
+    events.m_pLaneRangeChanged = [](void* context, uint32_t lane, double lower, double upper, int32_t) {
+        formOf(context)->drawing_->setLaneRange(lane, {lower, upper});
+        formOf(context)->userChanged();
+    };
+    events.m_pLaneResized = [](void* context, uint32_t lane, uint32_t height) {
+        formOf(context)->drawing_->setLaneHeight(lane, height);
+    };
+    events.m_pHeadClicked = [](void* context, uint32_t column) {
+        if (const auto key = formOf(context)->drawing_->keyOf(column); key && *key >= 0) {
+            formOf(context)->markChannel(*key);
+            emit formOf(context)->channelMarked(*key);
+        }
+    };
+    events.m_pHeadDropped = [](void* context, uint32_t column, uint32_t lane) {
+        formOf(context)->drawing_->dropColumn(column, lane);
+        formOf(context)->userChanged();
+    };
+    events.m_pSoloWanted = [](void* context, uint32_t column) { formOf(context)->solo(column); };
+}
+
+void T_ShowForm::LanesClick(bool lanes) {
+    settings_.viewLanes = lanes ? 1 : 0;
+    forgetZoomY();
+    userChanged();
+}
+
+void T_ShowForm::CommonScaleClick(bool common) {
+    settings_.viewCommonScale = common;
+    userChanged();
+}
+
+void T_ShowForm::ShowAllClick() {
+    if (drawing_) {
+        setHidden({});
+    }
+}
+
+void T_ShowForm::markChannel(int channel) {
+    if (drawing_) {
+        drawing_->setMarked(channel);
+        userChanged();
+    }
+}
+
+// A recording that was opened has channels of its own: what is hidden there is forgotten with it.
+void T_ShowForm::takeHidden() {
+    std::set<int32_t> hidden;
+    for (size_t i = 0; i < settings_.channels.size(); ++i) {
+        if (!settings_.channels[i].shown) {
+            hidden.insert(static_cast<int32_t>(i));
+        }
+    }
+    drawing_->setHidden(std::move(hidden));
+    beforeSolo_.reset();
+}
+
+void T_ShowForm::shownChannelsChanged() {
+    if (drawing_ && !file_) {
+        std::set<int32_t> lines;
+        std::ranges::copy_if(drawing_->hidden(), std::inserter(lines, lines.end()),
+                             [](int32_t key) { return key < 0; });
+        takeHidden();
+        lines.insert(drawing_->hidden().begin(), drawing_->hidden().end());
+        drawing_->setHidden(std::move(lines));
+        userChanged();
+    }
+}
+
+void T_ShowForm::switchColumn(uint32_t column, bool visible) {
+    const auto key = drawing_->keyOf(column);
+    if (!key) {
+        return;
+    }
+    std::set<int32_t> hidden = drawing_->hidden();
+    if (visible) {
+        hidden.erase(*key);
+    } else {
+        hidden.insert(*key);
+    }
+    beforeSolo_.reset();
+    setHidden(std::move(hidden));
+}
+
+// All of the settings first: who is told asks for them.
+void T_ShowForm::setHidden(std::set<int32_t> hidden) {
+    drawing_->setHidden(hidden);
+    std::vector<int> changed;
+    for (size_t i = 0; i < settings_.channels.size() && !file_; ++i) {
+        const bool shown = !hidden.contains(static_cast<int32_t>(i));
+        if (std::exchange(settings_.channels[i].shown, shown) != shown) {
+            changed.push_back(static_cast<int>(i));
+        }
+    }
+    for (const int channel : changed) {
+        emit channelShown(channel, !hidden.contains(channel));
+    }
+    userChanged();
+}
+
+// A second time shows again what was there before.
+void T_ShowForm::solo(uint32_t column) {
+    const auto alone = drawing_->keyOf(column);
+    if (!alone) {
+        return;
+    }
+    std::set<int32_t> others;
+    for (const int32_t key : drawing_->keys()) {
+        others.insert(key);
+    }
+    others.erase(*alone);
+    const bool already = std::ranges::includes(drawing_->hidden(), others) && !drawing_->hidden().contains(*alone);
+    std::set<int32_t> before = std::exchange(beforeSolo_, std::nullopt).value_or(std::set<int32_t>());
+    std::set<int32_t> hidden = drawing_->hidden();
+    if (already) {
+        setHidden(std::move(before));
+        return;
+    }
+    others.insert(hidden.begin(), hidden.end());
+    others.erase(*alone);
+    setHidden(std::move(others));
+    beforeSolo_ = std::move(hidden);
+}
+
+}  // namespace tarno2

@@ -1,0 +1,185 @@
+// Curves in lanes, one below the other.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "ui/signal_drawing.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+/// So many channels can still be told apart on one axis.
+constexpr size_t kMostOnOneAxis = 4;
+constexpr double kLineMargin = 0.15;  // of the height between 0 and 1, above and below
+constexpr int kMostDecimals = 9;
+
+double largestOf(AxisRange range) {
+    return std::max(std::abs(range.low), std::abs(range.high));
+}
+
+bool isUsable(AxisRange range) {
+    return range.low < range.high;
+}
+
+/// As many decimals as tell neighbouring codes apart.
+QString valueText(double value, double step) {
+    const double digits = step > 0.0 ? std::ceil(-std::log10(step)) : 0.0;
+    return QString::number(value, 'f', static_cast<int>(std::clamp(digits, 0.0, double{kMostDecimals})));
+}
+
+}  // namespace
+
+bool SignalDrawing::lanesWanted(const SignalFormat& format) const {
+    return settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : analogColumns(format) > kMostOnOneAxis;
+}
+
+void SignalDrawing::scaleLanes(const ShownSignal& signal, uint64_t nowMs) {
+    const SignalFormat& format = signal.format();
+    std::vector<LaneColumn> columns;
+    for (const Column& column : columnsOf(signal)) {
+        columns.push_back({column.key, column.visible});
+    }
+    lanes_.clear();
+    for (LanePlan& plan : layout_.arrange(columns)) {
+        // The unit that its columns were handed over in last.
+        const size_t first = plan.columns.front();
+        const AxisYUnit unit = first < columns_.size() ? columns_[first].unit : unitY_;
+        lanes_.push_back({std::move(plan), {}, unit});
+    }
+    setColumns(columnsOf(signal));
+    for (DrawnLane& lane : lanes_) {
+        scaleLane(format, lane, nowMs);
+    }
+    if (settings_.viewCommonScale) {
+        shareScales(format);
+    }
+    const bool automatic = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
+    std::vector<SCOPERALane> handed;
+    for (DrawnLane& lane : lanes_) {
+        lane.unit = automatic && isUsable(lane.range) ? unitForVolts(largestOf(lane.range)) : unitY_;
+        const AxisRange range = isUsable(lane.range) ? lane.range : AxisRange{-1.0, 1.0};
+        const double units = unitsPerVolt(lane.unit);
+        handed.push_back(
+            {range.low * units, range.high * units, layout_.heightOf(lane.plan.key), lane.plan.digital() ? 1U : 0U});
+    }
+    setColumns(columnsOf(signal));
+    scoper_.SetLanes(handed.data(), static_cast<uint32_t>(handed.size()));
+}
+
+void SignalDrawing::scaleLane(const SignalFormat& format, DrawnLane& lane, uint64_t nowMs) {
+    if (lane.plan.digital()) {
+        lane.range = lineRange(format, lane.plan);
+    } else if (const auto chosen = layout_.chosenRange(lane.plan.key)) {
+        lane.range = *chosen;
+    } else if (!settings_.axisYAutoMode) {
+        lane.range = userRange(format);
+    } else {
+        AxisRange visible{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+        for (const size_t column : lane.plan.columns) {
+            AxisRange one;
+            if (scoper_.GetColumnExtremes(static_cast<uint32_t>(column), &one.low, &one.high) == 1) {
+                const double units = unitsPerVolt(columns_[column].unit);
+                visible.low = std::min(visible.low, one.low / units);
+                visible.high = std::max(visible.high, one.high / units);
+            }
+        }
+        lane.range = layout_.automaticRange(lane.plan.key, visible, nowMs);
+    }
+}
+
+// Where channels have units of their own, those of one unit can be compared.
+void SignalDrawing::shareScales(const SignalFormat& format) {
+    const auto unitOf = [&](const DrawnLane& lane) {
+        return unitY_ == AxisYUnit::Units ? format.channels[lane.plan.columns.front()].label.unit : std::string();
+    };
+    const auto joins = [&](const DrawnLane& lane) {
+        return !lane.plan.digital() && isUsable(lane.range) && !layout_.chosenRange(lane.plan.key);
+    };
+    std::map<std::string, AxisRange> common;
+    for (const DrawnLane& lane : lanes_) {
+        if (joins(lane)) {
+            AxisRange& range = common.try_emplace(unitOf(lane), lane.range).first->second;
+            range = {std::min(range.low, lane.range.low), std::max(range.high, lane.range.high)};
+        }
+    }
+    for (DrawnLane& lane : lanes_) {
+        if (joins(lane)) {
+            lane.range = common[unitOf(lane)];
+        }
+    }
+}
+
+// From where the lines lie at 0 to where they lie at 1, whatever they do now.
+AxisRange SignalDrawing::lineRange(const SignalFormat& format, const LanePlan& lane) const {
+    const DigitalSettings digital{settings_.digitalLines, format.maximumCode};
+    const AxisYUnit unit = unitOfColumn(lane.columns.front());
+    const LinearScale scale = digitalAxisYScale(format, unit);
+    AxisRange range{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
+    for (const size_t column : lane.columns) {
+        const size_t line = column - analogColumns(format);
+        for (const bool bit : {false, true}) {
+            const double value = scale.of(digitalLineValue(format.word, digital, line, bit)) / unitsPerVolt(unit);
+            range = {std::min(range.low, value), std::max(range.high, value)};
+        }
+    }
+    const double code = std::abs(scale.factor) / unitsPerVolt(unit);
+    const double margin = isUsable(range) ? (range.high - range.low) * kLineMargin : code;
+    return {range.low - margin, range.high + margin};
+}
+
+std::string SignalDrawing::unitTextOf(uint32_t lane) const {
+    return lane < lanes_.size() ? columns_[lanes_[lane].plan.columns.front()].unitText : std::string();
+}
+
+AxisRange SignalDrawing::rangeOf(uint32_t lane) const {
+    if (lane >= lanes_.size()) {
+        return {};
+    }
+    const double units = unitsPerVolt(lanes_[lane].unit);
+    return {lanes_[lane].range.low * units, lanes_[lane].range.high * units};
+}
+
+void SignalDrawing::setLaneRange(uint32_t lane, AxisRange range) {
+    if (lane < lanes_.size() && !lanes_[lane].plan.digital()) {
+        const double units = unitsPerVolt(lanes_[lane].unit);
+        layout_.setRange(lanes_[lane].plan.key, {range.low / units, range.high / units});
+    }
+}
+
+void SignalDrawing::setLaneHeight(uint32_t lane, uint32_t pixels) {
+    if (lane < lanes_.size()) {
+        layout_.setHeight(lanes_[lane].plan.key, pixels);
+    }
+}
+
+void SignalDrawing::dropColumn(uint32_t column, uint32_t lane) {
+    if (column < columns_.size() && lane < lanes_.size()) {
+        layout_.share(columns_[column].key, lanes_[lane].plan);
+    }
+}
+
+void SignalDrawing::showValues(const SignalFormat& format, const std::vector<ChannelValues>& values) {
+    if (!inLanes()) {
+        return;
+    }
+    const double lowest = format.minimumCode;
+    const double codes = std::max(static_cast<double>(format.maximumCode) - lowest, 1.0);
+    const size_t count = std::min({analogColumns(format), values.size(), columns_.size()});
+    std::vector<std::string> texts;
+    std::vector<SCOPERAReading> readings;
+    for (size_t i = 0; i < count; ++i) {
+        const LinearScale& scale = columns_[i].scale;
+        texts.push_back(valueText(scale.of(values[i].newest), std::abs(scale.factor)).toStdString());
+    }
+    for (size_t i = 0; i < count; ++i) {
+        readings.push_back(
+            {texts[i].c_str(), (values[i].minimum - lowest) / codes, (values[i].maximum - lowest) / codes});
+    }
+    scoper_.SetReadings(readings.data(), static_cast<uint32_t>(readings.size()));
+}
+
+}  // namespace tarno2
