@@ -425,12 +425,10 @@ function [records, places] = readRecords(format, passport)
     history = format.known.history;
   end
   runs = zeros(0, 4);
-  for piece = format.pieces
-    first = (0:max(prehistory + history, 1):piece.frames - 1)';
-    if prehistory + history == 0
-      break;
-    end
-    frames = min(piece.frames - first, prehistory + history);
+  length = prehistory + history;
+  for piece = format.pieces(1:numel(format.pieces) * (length > 0))
+    first = (0:length:piece.frames - 1)';
+    frames = min(piece.frames - first, length);
     runs = [runs; piece.begin - 1 + first, streamTriggers(passport, piece.number, first), frames, ...
             first * 0 + prehistory]; %#ok<AGROW>
   end
@@ -541,7 +539,7 @@ function rec = readSamples(rec, format, columns, want)
   scale = (upper - lower) / (format.highest - format.lowest);
   done = 0;
   for piece = format.pieces
-    first = max(rec.from + done - piece.begin, 0);
+    first = max(rec.from - piece.begin, 0);
     left = min(piece.frames - first, rec.count - done);
     while left > 0
       count = min(left, max(floor(2 ^ 21 / numel(format.channels)), 1));

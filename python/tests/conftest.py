@@ -104,5 +104,5 @@ def recordings(tmp_path_factory):
         *(folder, "level", 1, [0], 10000),
         **{"SynchroAnalyzeMode": 1, "AnalyzeAnalogWriteMode": 0, "AnalyzeAnalogWriteValue": 1.0, "SizeNeedLow": 20000},
     )
-    record(folder, "packets", 1, [0, 1], 20000, BoardMode=4, PacketFreq=200, SizeNeedLow=4000)
+    record(folder, "packets", 1, [0, 1], 20000, BoardMode=4, PacketFreq=400, Decimation=2, SizeNeedLow=4000)
     return folder

@@ -201,5 +201,7 @@ def test_descriptions_made_by_hand(copied):
         .replace(b"Frequency", b"; a comment\n\tFrequency  ")
         .replace(b" , ", b","),
     )
+    edit(folder / "board2.txt", lambda data: data.replace(b'"Simulator"', b'"a;b\\"\\\\" ; c'))
     rec = tarno2.open(folder / "board2.dat")
     assert rec.rate == whole.rate and np.array_equal(rec.volts[:9], whole.volts[:9])
+    assert rec.driver == 'a;b"\\'
