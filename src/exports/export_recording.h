@@ -37,6 +37,10 @@ struct ExportSurroundings {
 /// format has a place for them. Throws std::bad_alloc.
 ExportSurroundings lookAround(ExportTask& task, const RecordedKeys& described, const KnownInputs& known);
 
+/// The first lines, headings included, that text would have for a task which `lookAround` has filled; none of marks.
+/// Empty when there are none. UTF-8. Throws std::bad_alloc.
+[[nodiscard]] std::string previewText(const ExportTask& task, uint64_t lines);
+
 /// Exports what is chosen of a recording; returns when it is done. `stop` ends it early, with an output that opens; so
 /// does a disk that is full, with an error. `notes` get what the user should know. Nothing of the recording is touched.
 /// Memory stays below 64 MiB whatever the size of the file.

@@ -3,12 +3,14 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -16,8 +18,6 @@
 #include <new>
 #include <utility>
 
-#include "config/files/found_labels.h"
-#include "config/files/found_marks.h"
 #include "platform/clock.h"
 #include "records/export_names.h"
 #include "records/record_description.h"
@@ -35,10 +35,15 @@ constexpr int kUsualLimit = 1000000;
 constexpr auto kConversionEnded = static_cast<QEvent::Type>(1125);
 static_assert(kConversionEnded >= QEvent::User && kConversionEnded <= QEvent::MaxUser);
 
+QString dialogFilter(const ExporterRow& row) {
+    const QString own = QStringLiteral("*.") + QLatin1String(row.extension) + QStringLiteral(";;");
+    return (row.options & kTextOptions) != 0 ? own + QStringLiteral("*.txt;;") : own;
+}
+
 class ConversionEnded : public QEvent {
 public:
-    explicit ConversionEnded(ConversionResult how) : QEvent(kConversionEnded), result(std::move(how)) {}
-    const ConversionResult result;
+    explicit ConversionEnded(ExportOutcome how) : QEvent(kConversionEnded), outcome(std::move(how)) {}
+    const ExportOutcome outcome;
 };
 
 }  // namespace
@@ -49,9 +54,20 @@ T_SaveAsTextForm::T_SaveAsTextForm(TextExportSettings& settings, TextExportSourc
       source_(std::move(source)),
       described_(readRecordedKeys(RecordDescription::fileNameFor(source_.dataFile))),
       controls_(new QWidget(this)),
+      formatLabel_(new QLabel(controls_)),
+      format_(new QComboBox(controls_)),
       fileNameLabel_(new QLabel(controls_)),
       fileNameEdit_(new QLineEdit(controls_)),
       setFileNameButton_(new QPushButton(controls_)),
+      partBox_(new QGroupBox(controls_)),
+      fromLabel_(new QLabel(partBox_)),
+      from_(new QLineEdit(partBox_)),
+      toLabel_(new QLabel(partBox_)),
+      to_(new QLineEdit(partBox_)),
+      everyLabel_(new QLabel(partBox_)),
+      every_(new QSpinBox(partBox_)),
+      channelsLabel_(new QLabel(partBox_)),
+      channels_(new QLineEdit(partBox_)),
       firstColumnBox_(new QGroupBox(controls_)),
       firstColumn_(new QButtonGroup(this)),
       timePrecisionLabel_(new QLabel(firstColumnBox_)),
@@ -73,6 +89,8 @@ T_SaveAsTextForm::T_SaveAsTextForm(TextExportSettings& settings, TextExportSourc
       marks_(new QCheckBox(controls_)),
       limitLines_(new QCheckBox(controls_)),
       maximumLines_(new QSpinBox(controls_)),
+      previewBox_(new QGroupBox(this)),
+      preview_(new QPlainTextEdit(previewBox_)),
       progressBox_(new QGroupBox(this)),
       filesLabel_(new QLabel(progressBox_)),
       sizeLabel_(new QLabel(progressBox_)),
@@ -107,6 +125,24 @@ void T_SaveAsTextForm::connectControls() {
     connect(dataColumn_, &QButtonGroup::idToggled, this, &T_SaveAsTextForm::DataColumnModeClick);
     connect(divider_, &QButtonGroup::idToggled, this, &T_SaveAsTextForm::DividerGroupBoxClick);
     connect(limitLines_, &QCheckBox::toggled, maximumLines_, &QWidget::setEnabled);
+    connect(format_, &QComboBox::currentIndexChanged, this, &T_SaveAsTextForm::formatChosen);
+    // A preview reads from the disk: not at every letter.
+    constexpr int kPreviewDelay = 200;  // ms
+    previewTimer_.setInterval(kPreviewDelay);
+    previewTimer_.setSingleShot(true);
+    connect(&previewTimer_, &QTimer::timeout, this, &T_SaveAsTextForm::showPreview);
+    const auto later = [this] { previewTimer_.start(); };
+    for (QLineEdit* const field : {from_, to_, channels_, symbol_}) {
+        connect(field, &QLineEdit::textChanged, this, later);
+    }
+    for (QSpinBox* const field : {every_, timePrecision_, voltagePrecision_, tabCount_, symbolCount_}) {
+        connect(field, &QSpinBox::valueChanged, this, later);
+    }
+    for (QButtonGroup* const group : {firstColumn_, dataColumn_, decimal_, divider_}) {
+        connect(group, &QButtonGroup::idToggled, this, later);
+    }
+    connect(headings_, &QCheckBox::toggled, this, later);
+    previewTimer_.start();
 }
 
 void T_SaveAsTextForm::showSettings() {
@@ -159,6 +195,61 @@ void T_SaveAsTextForm::showFields() {
     symbol_->setEnabled(fields.symbol);
     symbolCount_->setEnabled(fields.symbolCount);
     symbolCountLabel_->setEnabled(fields.symbolCount);
+    const bool isText = (row().options & kTextOptions) != 0;
+    for (QWidget* const each : std::initializer_list<QWidget*>{firstColumnBox_, decimalBox_, dividerBox_, headings_,
+                                                               marks_, limitLines_, previewBox_}) {
+        each->setEnabled(isText);
+    }
+    maximumLines_->setEnabled(isText && limitLines_->isChecked());
+    voltagePrecision_->setEnabled(isText && fields.voltagePrecision);
+    voltagePrecisionLabel_->setEnabled(isText && fields.voltagePrecision);
+    dataColumnBox_->setEnabled((row().options & kDataOption) != 0);
+}
+
+const ExporterRow& T_SaveAsTextForm::row() const {
+    return exporters()[static_cast<size_t>(std::max(format_->currentIndex(), 0))];
+}
+
+void T_SaveAsTextForm::formatChosen() {
+    // The name follows where it has the ending of the format before.
+    const QString ending = QLatin1Char('.') + QString::fromStdString(extension_);
+    extension_ = row().extension;
+    QString name = fileNameEdit_->text();
+    if (name.endsWith(ending, Qt::CaseInsensitive)) {
+        name.chop(ending.size());
+        fileNameEdit_->setText(name + QLatin1Char('.') + QString::fromStdString(extension_));
+    }
+    if (row().usuallyVolts && dataColumn_->checkedId() == 0) {
+        dataColumn_->button(1)->setChecked(true);
+    }
+    showFields();
+    showPreview();
+}
+
+/// What the controls ask for.
+ExportTask T_SaveAsTextForm::task() const {
+    ExportTask task;
+    task.row = &row();
+    task.dataFile = source_.dataFile;
+    task.outputName = toFileName(fileNameEdit_->text());
+    task.format = exportFormat(settings_);
+    task.wish = {from_->text().trimmed().toStdString(), to_->text().trimmed().toStdString(),
+                 static_cast<uint64_t>(every_->value()), channels_->text().trimmed().toStdString()};
+    return task;
+}
+
+void T_SaveAsTextForm::showPreview() {
+    constexpr uint64_t kLines = 3;
+    QString text;
+    if ((row().options & kTextOptions) != 0 && !running_) {
+        readControls();
+        ExportTask first = task();
+        first.format.marks = false;  // looking for them may take long
+        if (lookAround(first, described_, source_.known).wishProblem == WishProblem::None) {
+            text = QString::fromStdString(previewText(first, kLines));
+        }
+    }
+    preview_->setPlainText(text.remove(QLatin1Char('\r')).trimmed().isEmpty() ? QString() : text.chopped(1));
 }
 
 void T_SaveAsTextForm::FirstColumnModeGroupClick() {
@@ -174,11 +265,11 @@ void T_SaveAsTextForm::DividerGroupBoxClick() {
 }
 
 void T_SaveAsTextForm::ButtonSetFileNameClick() {
-    const QString name =
-        QFileDialog::getSaveFileName(this, plainText(TextId::ExportWindow), fileNameEdit_->text(),
-                                     QStringLiteral("*.csv;;*.txt;;") + uiText(TextId::AllFilesFilter));
+    const QString name = QFileDialog::getSaveFileName(this, plainText(TextId::ExportWindow), fileNameEdit_->text(),
+                                                      dialogFilter(row()) + uiText(TextId::AllFilesFilter));
     if (!name.isEmpty()) {
         fileNameEdit_->setText(QDir::toNativeSeparators(name));
+        confirmed_ = fileNameEdit_->text();
     }
 }
 
@@ -194,9 +285,12 @@ void T_SaveAsTextForm::setRunning(bool running) {
 }
 
 void T_SaveAsTextForm::SaveButtonClick() {
-    if (running_) {
-        return;
+    if (!running_) {
+        start(confirmed_ == fileNameEdit_->text());
     }
+}
+
+void T_SaveAsTextForm::start(bool replace) {
     readControls();
     began_ = tickCount();
     stop_ = false;
@@ -204,15 +298,16 @@ void T_SaveAsTextForm::SaveButtonClick() {
          {&progress_.totalLines, &progress_.totalFiles, &progress_.lines, &progress_.files, &progress_.bytes}) {
         *counter = 0;
     }
-    const auto body = [this, output = toFileName(fileNameEdit_->text()), format = exportFormat(settings_),
-                       inputs = conversionInputs(described_, source_.known)] {
-        QCoreApplication::postEvent(this, new ConversionEnded(convert(output, format, inputs)));
+    ExportTask wanted = task();
+    wanted.replace = replace;
+    const auto body = [this, wanted = std::move(wanted)] {
+        QCoreApplication::postEvent(this, new ConversionEnded(convert(wanted)));
     };
     setRunning(true);
     if (!worker_.create(body)) {
-        ConversionResult result;
-        result.status = ConversionResult::NoMemory;
-        conversionEnded(result);
+        ExportOutcome outcome;
+        outcome.result.status = ConversionResult::NoMemory;
+        conversionEnded(outcome);
         return;
     }
     worker_.resume();
@@ -220,28 +315,17 @@ void T_SaveAsTextForm::SaveButtonClick() {
 }
 
 // On the worker's thread: a passport may be long.
-ConversionResult T_SaveAsTextForm::convert(const std::string& output, const ExportFormat& format,
-                                           ConversionInputs inputs) {
+ExportOutcome T_SaveAsTextForm::convert(ExportTask task) {
+    ExportOutcome outcome;
     try {
-        unitsKnown_ = true;
-        if (format.units || format.headings) {
-            FoundLabels found = findLabels(source_.dataFile, inputs.channelCount);
-            inputs.labels = std::move(found.labels);
-            if (format.units && source_.known.ranges.empty()) {
-                putRangesInOrder(inputs, described_);
-            }
-            unitsKnown_ = found.problem.empty() || !format.units;
+        outcome.around = lookAround(task, described_, source_.known);
+        if (outcome.around.wishProblem == WishProblem::None) {
+            outcome.result = exportRecording(task, progress_, stop_, outcome.notes);
         }
-        if (format.marks) {
-            const uint64_t frameBytes = inputs.frameBytes();
-            inputs.marks = marksOfFile(findRecordedMarks(source_.dataFile, frameBytes), source_.dataFile, frameBytes);
-        }
-        return convertToText(source_.dataFile, output, format, inputs, progress_, stop_);
     } catch (const std::bad_alloc&) {
-        ConversionResult result;
-        result.status = ConversionResult::NoMemory;
-        return result;
+        outcome.result.status = ConversionResult::NoMemory;
     }
+    return outcome;
 }
 
 void T_SaveAsTextForm::CancelButtonClick() {
@@ -267,26 +351,44 @@ void T_SaveAsTextForm::Timer1Timer() {
 
 void T_SaveAsTextForm::customEvent(QEvent* event) {
     if (event->type() == kConversionEnded) {
-        conversionEnded(static_cast<ConversionEnded*>(event)->result);
+        conversionEnded(static_cast<ConversionEnded*>(event)->outcome);
     }
 }
 
-void T_SaveAsTextForm::conversionEnded(const ConversionResult& result) {
+void T_SaveAsTextForm::conversionEnded(const ExportOutcome& outcome) {
     worker_.join();
     Timer1Timer();
     setRunning(false);
-    switch (result.status) {
+    showFields();
+    if (outcome.around.wishProblem != WishProblem::None) {
+        report(QMessageBox::Warning, wishText(outcome.around));
+        return;
+    }
+    switch (outcome.result.status) {
         case ConversionResult::Finished:
-            connect(report(QMessageBox::Information, finishedText(result)), &QDialog::finished, this,
+            connect(report(QMessageBox::Information, finishedText(outcome)), &QDialog::finished, this,
                     &T_SaveAsTextForm::close);
             break;
         case ConversionResult::Stopped:
             report(QMessageBox::Information, uiText(TextId::ExportInterrupted));
             break;
+        case ConversionResult::OutputExists:
+            askToReplace(fromFileName(outcome.result.subject));
+            break;
         default:
-            report(QMessageBox::Warning, failureText(result));
+            report(QMessageBox::Warning, failureText(outcome));
             break;
     }
+}
+
+void T_SaveAsTextForm::askToReplace(const QString& file) {
+    auto* const box = new QMessageBox(QMessageBox::Question, plainText(TextId::ExportReport),
+                                      uiText(TextId::ExportExists, {file}), QMessageBox::NoButton, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    const QPushButton* const replace = box->addButton(uiText(TextId::ExportReplace), QMessageBox::AcceptRole);
+    box->setDefaultButton(box->addButton(uiText(TextId::ExportCancel), QMessageBox::RejectRole));
+    connect(replace, &QPushButton::clicked, this, [this] { start(true); });
+    box->open();
 }
 
 // Without a loop of its own: the window may be closed and deleted while the message stands.
@@ -296,49 +398,6 @@ QMessageBox* T_SaveAsTextForm::report(QMessageBox::Icon icon, const QString& tex
     box->addButton(uiText(TextId::ButtonOk), QMessageBox::AcceptRole);
     box->open();
     return box;
-}
-
-QString T_SaveAsTextForm::finishedText(const ConversionResult& result) const {
-    QStringList lines{uiText(TextId::ExportFinished)};
-    if (result.leftoverBytes != 0) {
-        lines << uiText(TextId::LastFrameIncomplete, {fromFileName(source_.dataFile)});
-    }
-    if (!unitsKnown_) {
-        lines << uiText(TextId::ExportUnitsUnknown);
-    }
-    if (lacksPacketFrequency(described_, source_.known, exportFormat(settings_))) {
-        lines << uiText(TextId::PacketFrequencyUnknown);
-    }
-    if (timeRunsOnOverGaps(described_, exportFormat(settings_))) {
-        lines << uiText(TextId::TriggeredTimeRunsOn);
-    }
-    return lines.join(QStringLiteral("\n\n"));
-}
-
-QString T_SaveAsTextForm::failureText(const ConversionResult& result) const {
-    const QString file = fromFileName(result.subject);
-    const QString why = QString::fromLocal8Bit(result.error.text());
-    switch (result.status) {
-        case ConversionResult::BadInput:
-            if (described_.readable) {
-                return uiText(TextId::DescriptionKeyWrong, {fromFileName(source_.dataFile), file});
-            }
-            return described_.error.notFound() ? uiText(TextId::DescriptionMissing, {fromFileName(source_.dataFile)})
-                                               : uiText(TextId::RecordingNotRead,
-                                                        {fromFileName(RecordDescription::fileNameFor(source_.dataFile)),
-                                                         QString::fromLocal8Bit(described_.error.text())});
-        case ConversionResult::CannotRead:
-            return uiText(TextId::RecordingNotRead, {file, why});
-        case ConversionResult::CannotCreate:
-        case ConversionResult::CannotWrite:
-            return uiText(TextId::FileNotWritten, {file, why});
-        case ConversionResult::OutputIsInput:
-            return uiText(TextId::ExportOntoItself);
-        case ConversionResult::BadName:
-            return uiText(TextId::FileNameError);
-        default:
-            return uiText(TextId::Attention, {QString::fromStdString(describe(result))});
-    }
 }
 
 void T_SaveAsTextForm::endConversion() {

@@ -9,15 +9,18 @@
 
 #include "config/settings/program_settings.h"
 #include "config/settings/text_export.h"
+#include "exports/export_recording.h"
 #include "platform/thread.h"
 #include "records/conversion_inputs.h"
 #include "records/text_conversion.h"
 
 class QButtonGroup;
 class QCheckBox;
+class QComboBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
+class QPlainTextEdit;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
@@ -31,8 +34,16 @@ struct TextExportSource {
     KnownInputs known;
 };
 
-/// Converts a recording to text: the choice of columns, and the progress of the conversion, which runs on a thread of
-/// its own. The settings are kept when a conversion starts and when the window closes. Window thread.
+/// How an export ended, and what is to be told of it.
+struct ExportOutcome {
+    ConversionResult result;
+    ExportSurroundings around;
+    ExportNotes notes;
+};
+
+/// Converts a recording to text or to the format of another program: the choice of format, frames and columns, and the
+/// progress of the conversion, which runs on a thread of its own. The settings are kept when a conversion starts and
+/// when the window closes. Window thread.
 class T_SaveAsTextForm : public QDialog {
 public:
     /// `settings` outlives the window.
@@ -51,6 +62,8 @@ public:
     void FirstColumnModeGroupClick();
     void DataColumnModeClick();
     void DividerGroupBoxClick();
+    void formatChosen();
+    void showPreview();
     void reject() override;
 
 protected:
@@ -63,6 +76,8 @@ private:
     QWidget* buildColumns();
     QWidget* buildDivider();
     QWidget* buildProgress();
+    QWidget* buildPart();
+    void loadNewCaptions();
     QRadioButton* addRadio(QButtonGroup* group, int id, const char* name, QWidget* parent);
     void connectControls();
 
@@ -71,12 +86,17 @@ private:
     void showFields();
     void setRunning(bool running);
     void endConversion();
-    void conversionEnded(const ConversionResult& result);
+    void start(bool replace);
+    void conversionEnded(const ExportOutcome& outcome);
+    void askToReplace(const QString& file);
+    [[nodiscard]] const ExporterRow& row() const;
+    [[nodiscard]] ExportTask task() const;
     QMessageBox* report(QMessageBox::Icon icon, const QString& text);
-    [[nodiscard]] QString failureText(const ConversionResult& result) const;
-    [[nodiscard]] QString finishedText(const ConversionResult& result) const;
-    [[nodiscard]] ConversionResult convert(const std::string& output, const ExportFormat& format,
-                                           ConversionInputs inputs);
+    // What is reported (save_as_text_form_reports.cpp).
+    [[nodiscard]] static QString wishText(const ExportSurroundings& around);
+    [[nodiscard]] QString failureText(const ExportOutcome& outcome) const;
+    [[nodiscard]] QString finishedText(const ExportOutcome& outcome) const;
+    [[nodiscard]] ExportOutcome convert(ExportTask task);
 
     TextExportSettings& settings_;
     const TextExportSource source_;
@@ -84,17 +104,31 @@ private:
     RecordedKeys described_;
     ConversionProgress progress_;
     std::atomic<bool> stop_{false};
-    std::atomic<bool> unitsKnown_{true};  ///< the passport told them, or nobody asked
-    uint64_t began_ = 0;                  ///< ms of the tick counter
+    uint64_t began_ = 0;  ///< ms of the tick counter
     uint64_t elapsed_ = 0;
     bool running_ = false;
     Thread worker_;
     QTimer timer_;
+    QTimer previewTimer_;
+    QString confirmed_;             ///< an output that the user has said may be replaced
+    std::string extension_{"csv"};  ///< of the format chosen last
 
     QWidget* controls_;
+    // In the order of the keyboard.
+    QLabel* formatLabel_;
+    QComboBox* format_;
     QLabel* fileNameLabel_;
     QLineEdit* fileNameEdit_;
     QPushButton* setFileNameButton_;
+    QGroupBox* partBox_;
+    QLabel* fromLabel_;
+    QLineEdit* from_;
+    QLabel* toLabel_;
+    QLineEdit* to_;
+    QLabel* everyLabel_;
+    QSpinBox* every_;
+    QLabel* channelsLabel_;
+    QLineEdit* channels_;
     QGroupBox* firstColumnBox_;
     QButtonGroup* firstColumn_;
     QLabel* timePrecisionLabel_;
@@ -116,6 +150,8 @@ private:
     QCheckBox* marks_;
     QCheckBox* limitLines_;
     QSpinBox* maximumLines_;
+    QGroupBox* previewBox_;
+    QPlainTextEdit* preview_;
     QGroupBox* progressBox_;
     QLabel* filesLabel_;
     QLabel* sizeLabel_;

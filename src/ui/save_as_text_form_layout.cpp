@@ -1,9 +1,11 @@
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -122,10 +124,34 @@ QWidget* T_SaveAsTextForm::buildProgress() {
     return progressBox_;
 }
 
+QWidget* T_SaveAsTextForm::buildPart() {
+    from_->setObjectName("From");
+    to_->setObjectName("To");
+    every_->setObjectName("Every");
+    channels_->setObjectName("Channels");
+    constexpr int kMostOften = 1000000;
+    every_->setRange(1, kMostOften);
+    auto* layout = new QGridLayout(partBox_);
+    const struct {
+        QLabel* label;
+        QWidget* field;
+    } fields[] = {{fromLabel_, from_}, {toLabel_, to_}, {everyLabel_, every_}, {channelsLabel_, channels_}};
+    int column = 0;
+    for (const auto& [label, field] : fields) {
+        label->setBuddy(field);
+        field->setMinimumWidth(every_->sizeHint().width());
+        layout->addWidget(label, 0, column++);
+        layout->addWidget(field, 0, column);
+        layout->setColumnStretch(column++, field == channels_ ? 2 : 1);
+    }
+    return partBox_;
+}
+
 void T_SaveAsTextForm::build() {
     fileNameEdit_->setObjectName("FileNameEdit");
     fileNameEdit_->setMaxLength(static_cast<int>(kMaximumOutputName));
     fileNameLabel_->setBuddy(fileNameEdit_);
+    fileNameEdit_->setFocus();
     setFileNameButton_->setObjectName("ButtonSetFileName");
     setFileNameButton_->setText(QStringLiteral("…"));
     setFileNameButton_->setAutoDefault(false);
@@ -139,21 +165,37 @@ void T_SaveAsTextForm::build() {
     cancelButton_->setObjectName("CancelButton");
     cancelButton_->setAutoDefault(false);
 
+    format_->setObjectName("Format");
+    for (const ExporterRow& each : exporters()) {
+        format_->addItem(QString::fromUtf8(each.title));
+    }
+    formatLabel_->setBuddy(format_);
+    preview_->setObjectName("Preview");
+    preview_->setReadOnly(true);
+    preview_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    preview_->setTabChangesFocus(true);
+    constexpr int kRows = 5;  // three lines, their margins and a scroll bar
+    preview_->setFixedHeight(preview_->fontMetrics().lineSpacing() * kRows);
+    (new QVBoxLayout(previewBox_))->addWidget(preview_);
+
     auto* names = new QHBoxLayout;
+    names->addWidget(formatLabel_);
+    names->addWidget(format_);
     names->addWidget(fileNameLabel_);
     names->addWidget(fileNameEdit_, 1);
     names->addWidget(setFileNameButton_);
     auto* limit = new QHBoxLayout;
+    limit->addWidget(headings_);
+    limit->addWidget(marks_);
     limit->addWidget(limitLines_);
     limit->addWidget(maximumLines_);
     limit->addStretch(1);
     auto* choices = new QVBoxLayout(controls_);
     choices->setContentsMargins({});
     choices->addLayout(names);
+    choices->addWidget(buildPart());
     choices->addWidget(buildColumns());
     choices->addWidget(buildDivider());
-    choices->addWidget(headings_);
-    choices->addWidget(marks_);
     choices->addLayout(limit);
 
     auto* buttons = new QHBoxLayout;
@@ -162,6 +204,7 @@ void T_SaveAsTextForm::build() {
     buttons->addWidget(cancelButton_);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(controls_);
+    layout->addWidget(previewBox_);
     layout->addWidget(buildProgress());
     layout->addStretch(1);
     layout->addLayout(buttons);
@@ -199,7 +242,22 @@ void T_SaveAsTextForm::loadCaptions() {
     timeLabel_->setText(uiText(TextId::ExportProgressTime));
     saveButton_->setText(uiText(TextId::ExportSave));
     cancelButton_->setText(uiText(TextId::ExportCancel));
+    loadNewCaptions();
     Timer1Timer();
+}
+
+void T_SaveAsTextForm::loadNewCaptions() {
+    formatLabel_->setText(uiText(TextId::ExportFormatLabel));
+    partBox_->setTitle(uiText(TextId::ExportPartBox));
+    fromLabel_->setText(uiText(TextId::ExportFrom));
+    toLabel_->setText(uiText(TextId::ExportTo));
+    everyLabel_->setText(uiText(TextId::ExportEvery));
+    channelsLabel_->setText(uiText(TextId::ExportChannels));
+    previewBox_->setTitle(uiText(TextId::ExportPreview));
+    from_->setToolTip(uiText(TextId::ExportPlaceHint));
+    to_->setToolTip(uiText(TextId::ExportPlaceHint));
+    every_->setToolTip(uiText(TextId::ExportEveryHint));
+    channels_->setToolTip(uiText(TextId::ExportChannelsHint));
 }
 
 }  // namespace tarno2

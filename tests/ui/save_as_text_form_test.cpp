@@ -1,6 +1,8 @@
 #include "ui/save_as_text_form.h"
 
+#include <QPlainTextEdit>
 #include <algorithm>
+#include <gmock/gmock.h>
 
 #include "platform/file.h"
 #include "records/passport.h"
@@ -236,6 +238,48 @@ TEST_F(SaveAsTextForm, AFileNameCanBeChosen) {
     chooseFile(*form_, fromFileName(folder_.file("other.csv")));
     QTest::mouseClick(find<QPushButton>("ButtonSetFileName"), Qt::LeftButton);
     EXPECT_EQ(find<QLineEdit>("FileNameEdit")->text(), fromFileName(folder_.file("other.csv")));
+}
+
+TEST_F(SaveAsTextForm, SavesAPartInTheFormatOfAnotherProgram) {
+    open();
+    auto* const preview = find<QPlainTextEdit>("Preview");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->toPlainText().isEmpty(); }, kGuard));
+    EXPECT_EQ(preview->toPlainText(), "\t-32768.000000\n\t0.000000\n\t32767.000000");
+    auto* const format = find<QComboBox>("Format");
+    ASSERT_EQ(static_cast<size_t>(format->count()), exporters().size());
+    format->setCurrentIndex(format->findText("NumPy (NPY)"));
+    EXPECT_EQ(find<QLineEdit>("FileNameEdit")->text(), fromFileName(folder_.file("run.npy")));
+    EXPECT_FALSE(find<QRadioButton>("FirstColumnSeconds")->isEnabled());
+    EXPECT_TRUE(find<QRadioButton>("DataColumnVolts")->isEnabled());
+    EXPECT_TRUE(preview->toPlainText().isEmpty());
+
+    type("Channels", "nobody");
+    save();
+    EXPECT_EQ(report_, "The recording has no channel \"nobody\".");
+    type("Channels", "0");
+    type("From", "0.5s");
+    type("To", "2");
+    folder_.write("run.npy", "mine");
+    QTest::mouseClick(find<QPushButton>("SaveButton"), Qt::LeftButton);
+    QStringList said;
+    const auto answer = [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            said << box->text();
+            for (QAbstractButton* const button : box->buttons()) {
+                if (box->buttonRole(button) == QMessageBox::AcceptRole) {
+                    button->click();
+                    break;
+                }
+            }
+        }
+        return !form_->isVisible();
+    };
+    ASSERT_TRUE(QTest::qWaitFor(answer, kGuard));
+    EXPECT_THAT(said.value(0).toStdString(), testing::HasSubstr("run.npy\" exists already."));
+    EXPECT_EQ(said.value(said.size() - 1), "Conversion finished");
+    const std::string array = csv("run.npy");
+    EXPECT_THAT(array, testing::HasSubstr("('Channel 0', '<i2'), ], 'fortran_order': False, 'shape': (1,)"));
+    EXPECT_EQ(array.substr(array.size() - 2), std::string(2, '\0'));
 }
 
 }  // namespace
