@@ -244,7 +244,6 @@ void T_MainForm::storePlaces() {
     if (signalDock_->isVisible() && !signalDock_->isFloating()) {
         settings_.signalHeight = signalDock_->height();
     }
-    showForm_->storeParts();
     settings_.extendedChannelMode = menu_.extendedChannels->isChecked();
 }
 

@@ -75,6 +75,10 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
         held_ = false;
         wholeSpan_.reset();
         position_ = 0.0;
+        zooms_.clear();
+        zoomBack_->setEnabled(false);
+        glide_.reset();
+        glided_ = 0;
         readingsAt_ = 0;
         live_ = std::make_unique<LiveSignal>(std::move(recording));
         liveMarks_ = {};
@@ -167,8 +171,9 @@ ShownFrames T_ShowForm::shownFrames() const {
         shown.end = static_cast<uint64_t>(std::ceil(shown.high)) + 1;
         return shown;
     }
-    const VisibleFrames visible = visibleFrames(static_cast<FollowMode>(settings_.followToData), frameCount(),
-                                                static_cast<uint64_t>(std::llround(span())), 0);
+    const VisibleFrames visible =
+        visibleFrames(static_cast<FollowMode>(settings_.followToData), liveRuns() ? glided_ : frameCount(),
+                      static_cast<uint64_t>(std::llround(span())), 0);
     shown.first = visible.first;
     shown.end = visible.end;
     shown.low = static_cast<double>(visible.first);
@@ -218,6 +223,7 @@ void T_ShowForm::fetch() {
         return;
     }
     live_->fetch(tap_);
+    glided_ = glide_.shown(frameCount(), live_->format().framesPerSecond, static_cast<uint64_t>(clock_.elapsed()));
     takeMarks();
     giveReadings();
 }
@@ -251,6 +257,7 @@ void T_ShowForm::draw() {
         cursorTools_->drawn(*signal, shownFrames(), *drawing_, liveRuns());
     }
     showStatus();
+    showHeld();
 }
 
 void T_ShowForm::showControls() {
@@ -272,16 +279,9 @@ void T_ShowForm::showParts() {
     lanes_->setChecked(settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : drawing_ && drawing_->inLanes());
     commonScale_->setChecked(settings_.viewCommonScale);
     cursors_->setChecked(settings_.viewCursors);
-    viewSettings_->setVisible(settings_.viewSettings);
     if (scoper_ != nullptr) {
         scoper_->SetOption(kScoperaOptionLegend, settings_.viewLegend ? 1 : 0);
         scoper_->SetOption(kScoperaOptionCursors, settings_.viewCursors ? 1 : 0);
-    }
-}
-
-void T_ShowForm::storeParts() {
-    if (settings_.viewSettings && isVisible()) {
-        settings_.viewSettingsWidth = viewSettings_->width();
     }
 }
 

@@ -18,11 +18,14 @@
 #include "core/recording/live_tap.h"
 #include "display/axis_x.h"
 #include "display/channel_reading.h"
+#include "display/glide.h"
 #include "display/repaint.h"
 #include "display/shown_marks.h"
 #include "language/text_ids.h"
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
+#include "ui/view_icons.h"
+#include "ui/zoom_history.h"
 
 class QAction;
 class QActionGroup;
@@ -30,6 +33,7 @@ class QLabel;
 class QMenu;
 class QScrollBar;
 class QSplitter;
+class QToolBar;
 
 namespace tarno2 {
 
@@ -67,8 +71,6 @@ public:
     [[nodiscard]] const std::string& openedFile() const { return openedFile_; }
     /// Another board is chosen: it has so many digital lines.
     void setDigitalLines(uint32_t lines);
-    /// Puts the width of the panel beside the signal into the settings.
-    void storeParts();
     /// Sets all texts again, in the language chosen last.
     void retranslate();
     /// The font of the axes, or the colour of a channel was changed elsewhere.
@@ -119,6 +121,18 @@ public:
     void CommonScaleClick(bool common);
     void ShowAllClick();
 
+    // What is in the picture (show_form_zoom.cpp).
+    /// The part that was in the picture before the last zoom or move.
+    void ZoomBackClick();
+    /// All of it, on both axes; a running signal is followed again.
+    void FitClick();
+    void ZoomInClick();
+    void ZoomOutClick();
+    void SampleAPixelClick();
+    void FirstFrameClick();
+    /// The end; a running signal is followed again.
+    void NewestFrameClick();
+
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
     void Samples1Click(int tag);
@@ -154,7 +168,11 @@ private:
     void buildPicture();
     void buildActions();
     void connectTools();
+    using QWidget::addAction;
     QAction* addAction(TextId text, std::function<void()> handler);
+    /// An action of the bar above the picture, with its key.
+    QAction* addBarAction(TextId text, ViewIcon icon, const QKeySequence& key, std::function<void()> handler);
+    void drawIcons();
     void listenToScoper();
     void buildCursorTools();
 
@@ -193,6 +211,12 @@ private:
     void savePicture();
     void rangeChanged(int axis, double lower, double upper, int cause);
     void zoomedX(double lower, double upper, int cause);
+    void buildBar();
+    // What is in the picture (show_form_zoom.cpp).
+    [[nodiscard]] ShownPart shownPart() const;
+    void leavePart(int cause);
+    void zoomTo(double frames);
+    void showHeld();
     // Lanes (show_form_lanes.cpp).
     void listenToLanes(SCOPERAEvents& events);
     void takeHidden();
@@ -239,6 +263,9 @@ private:
     std::optional<MousePlace> mouse_;
     std::optional<std::set<int32_t>> beforeSolo_;  ///< what was hidden
 
+    ZoomHistory zooms_;
+    Glide glide_;
+    uint64_t glided_ = 0;  ///< frames of the running signal that are shown
     RepaintRate rate_;
     QTimer paintTimer_;
     QElapsedTimer clock_;
@@ -247,8 +274,8 @@ private:
 
     QSplitter* splitter_ = nullptr;
     QWidget* picture_ = nullptr;
-    QWidget* viewSettings_ = nullptr;
-    QLabel* viewSettingsTitle_ = nullptr;
+    QToolBar* bar_ = nullptr;
+    QLabel* heldChip_ = nullptr;  ///< over the picture
     QScrollBar* scrollBar_ = nullptr;
     QLabel* status_ = nullptr;  ///< where the mouse is, or that there are no data
     ShowTools* tools_ = nullptr;
@@ -258,10 +285,15 @@ private:
     QAction* pixelMode_ = nullptr;
     QAction* legend_ = nullptr;
     QAction* cursors_ = nullptr;
+    QAction* zoomBack_ = nullptr;
+    QAction* marksAction_ = nullptr;
+    QAction* savePicture_ = nullptr;
+    QAction* copyPicture_ = nullptr;
     QAction* lanes_ = nullptr;
     QAction* commonScale_ = nullptr;
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
+    std::vector<std::pair<QAction*, ViewIcon>> icons_;
     QPointer<T_DigitalSignalSettings> digitalSettings_;
     QPointer<MarkListWindow> markList_;
 };

@@ -6,7 +6,7 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QSplitter>
-#include <QToolButton>
+#include <QToolBar>
 #include <QVBoxLayout>
 
 #include "ui/cursor_tools.h"
@@ -25,12 +25,8 @@ void T_ShowForm::build() {
     splitter_->setObjectName(QStringLiteral("Splitter1"));
     buildPicture();
     buildActions();
-    splitter_->addWidget(viewSettings_);
     splitter_->setStretchFactor(0, 1);
     splitter_->setChildrenCollapsible(false);
-    if (settings_.viewSettingsWidth > 0) {
-        splitter_->setSizes({splitter_->width(), settings_.viewSettingsWidth});
-    }
     scrollBar_ = new QScrollBar(Qt::Horizontal, this);
     scrollBar_->setObjectName(QStringLiteral("ScrollBar1"));
     scrollBar_->setFocusPolicy(Qt::StrongFocus);
@@ -44,6 +40,7 @@ void T_ShowForm::build() {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    layout->addWidget(bar_);
     layout->addWidget(splitter_, 1);
     buildCursorTools();
     auto* below = new QHBoxLayout;
@@ -72,6 +69,12 @@ void T_ShowForm::buildPicture() {
     picture_->setObjectName(QStringLiteral("PaintBox1"));
     picture_->setMinimumSize(fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * 5);
     splitter_->addWidget(picture_);
+    heldChip_ = new QLabel(picture_);
+    heldChip_->setObjectName(QStringLiteral("HeldChip"));
+    heldChip_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    heldChip_->setStyleSheet(QStringLiteral(
+        "background: #f0b429; color: #201800; border-radius: 4px; padding: 2px 8px; font-weight: bold;"));
+    heldChip_->hide();
 }
 
 void T_ShowForm::buildCursorTools() {
@@ -122,7 +125,7 @@ QAction* T_ShowForm::addAction(TextId text, std::function<void()> handler) {
     return action;
 }
 
-// The same actions serve the menu of the picture's right mouse button and the panel beside it.
+// The menu of the picture's right mouse button.
 void T_ShowForm::buildActions() {
     menu_ = new QMenu(this);
     showModes_ = new QActionGroup(this);
@@ -158,26 +161,14 @@ void T_ShowForm::buildActions() {
     }
     addAction(TextId::ViewShowAll, [this] { ShowAllClick(); });
     menu_->addSeparator();
-    addAction(TextId::MenuMarks, [this] { MarksClick(); });
+    marksAction_ = addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
-    addAction(TextId::SavePicture, [this] { savePicture(); })->setEnabled(scoper_ != nullptr);
-    addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); })->setEnabled(scoper_ != nullptr);
+    savePicture_ = addAction(TextId::SavePicture, [this] { savePicture(); });
+    copyPicture_ = addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); });
+    savePicture_->setEnabled(scoper_ != nullptr);
+    copyPicture_->setEnabled(scoper_ != nullptr);
 
-    viewSettings_ = new QWidget(splitter_);
-    viewSettings_->setObjectName(QStringLiteral("ViewSettings"));
-    viewSettingsTitle_ = new QLabel(viewSettings_);
-    auto* layout = new QVBoxLayout(viewSettings_);
-    layout->addWidget(viewSettingsTitle_);
-    for (const auto& [action, text] : actions_) {
-        auto* button = new QToolButton(viewSettings_);
-        button->setDefaultAction(action);
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        button->setFocusPolicy(Qt::StrongFocus);
-        button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-        layout->addWidget(button);
-    }
-    layout->addStretch(1);
-    viewSettings_->hide();
+    buildBar();
 }
 
 void T_ShowForm::connectTools() {
@@ -193,11 +184,65 @@ void T_ShowForm::connectTools() {
     connect(tools_, &ShowTools::backToLive, this, &T_ShowForm::backToLive);
 }
 
+QAction* T_ShowForm::addBarAction(TextId text, ViewIcon icon, const QKeySequence& key, std::function<void()> handler) {
+    auto* action = new QAction(this);
+    connect(action, &QAction::triggered, this, std::move(handler));
+    actions_.emplace_back(action, text);
+    icons_.emplace_back(action, icon);
+    action->setShortcut(key);
+    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    addAction(action);
+    return action;
+}
+
+// Keys of letters belong to fields first while somebody types there.
+void T_ShowForm::buildBar() {
+    bar_ = new QToolBar(this);
+    bar_->setObjectName(QStringLiteral("ViewBar"));
+    bar_->setIconSize({16, 16});
+    bar_->addAction(addBarAction(TextId::ViewFit, ViewIcon::Fit, Qt::Key_F, [this] { FitClick(); }));
+    zoomBack_ = addBarAction(TextId::ViewZoomBack, ViewIcon::Back, Qt::Key_Backspace, [this] { ZoomBackClick(); });
+    zoomBack_->setEnabled(false);
+    bar_->addAction(zoomBack_);
+    bar_->addAction(addBarAction(TextId::ViewZoomIn, ViewIcon::ZoomIn, Qt::Key_Plus, [this] { ZoomInClick(); }));
+    bar_->addAction(addBarAction(TextId::ViewZoomOut, ViewIcon::ZoomOut, Qt::Key_Minus, [this] { ZoomOutClick(); }));
+    bar_->addSeparator();
+    for (const auto& [action, icon] :
+         {std::pair{lanes_, ViewIcon::Lanes}, std::pair{legend_, ViewIcon::Legend},
+          std::pair{cursors_, ViewIcon::Cursors}, std::pair{pixelMode_, ViewIcon::Points},
+          std::pair{marksAction_, ViewIcon::Marks}, std::pair{savePicture_, ViewIcon::SavePicture},
+          std::pair{copyPicture_, ViewIcon::CopyPicture}}) {
+        icons_.emplace_back(action, icon);
+        bar_->addAction(action);
+    }
+    bar_->insertSeparator(marksAction_);
+    lanes_->setShortcut(Qt::Key_L);
+    lanes_->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    addAction(lanes_);
+    const auto key = [this](Qt::Key code, void (T_ShowForm::*handler)()) {
+        auto* action = new QAction(this);
+        action->setShortcut(code);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        connect(action, &QAction::triggered, this, handler);
+        addAction(action);
+    };
+    key(Qt::Key_1, &T_ShowForm::SampleAPixelClick);
+    key(Qt::Key_Equal, &T_ShowForm::ZoomInClick);
+    key(Qt::Key_Home, &T_ShowForm::FirstFrameClick);
+    key(Qt::Key_End, &T_ShowForm::NewestFrameClick);
+    drawIcons();
+}
+
+void T_ShowForm::drawIcons() {
+    for (const auto& [action, icon] : icons_) {
+        action->setIcon(viewIcon(icon, palette()));
+    }
+}
+
 void T_ShowForm::retranslate() {
     for (const auto& [action, text] : actions_) {
         action->setText(uiText(text));
     }
-    viewSettingsTitle_->setText(uiText(TextId::ViewSettings));
     tools_->retranslate();
     if (cursorTools_) {
         cursorTools_->retranslate();

@@ -186,6 +186,7 @@ void T_ShowForm::rangeChanged(int axis, double lower, double upper, int cause) {
         if (shownSignal() == nullptr || !(lower < upper)) {
             return;
         }
+        leavePart(cause);
         if (axis == kScoperaAxisX) {
             zoomedX(lower, upper, cause);
         } else {
@@ -264,12 +265,7 @@ void T_ShowForm::OnlyDigitalDataClick() {
 }
 
 void T_ShowForm::ShowSettingsClick() {
-    storeParts();
-    settings_.viewSettings = !settings_.viewSettings;
-    userChanged();
-    if (settings_.viewSettings && settings_.viewSettingsWidth > 0) {
-        splitter_->setSizes({splitter_->width() - settings_.viewSettingsWidth, settings_.viewSettingsWidth});
-    }
+    menu_->popup(QCursor::pos());
 }
 
 void T_ShowForm::DigitalSignalSettingsClick() {

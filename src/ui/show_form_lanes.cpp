@@ -16,7 +16,8 @@ T_ShowForm* formOf(void* context) {
 }  // namespace
 
 void T_ShowForm::listenToLanes(SCOPERAEvents& events) {
-    events.m_pLaneRangeChanged = [](void* context, uint32_t lane, double lower, double upper, int32_t) {
+    events.m_pLaneRangeChanged = [](void* context, uint32_t lane, double lower, double upper, int32_t cause) {
+        formOf(context)->leavePart(cause);
         formOf(context)->drawing_->setLaneRange(lane, {lower, upper});
         formOf(context)->userChanged();
     };

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -88,7 +89,12 @@ public:
     /// That channel is drawn in front; -1: none.
     void setMarked(int32_t channel) { marked_ = channel; }
 
+    /// The automatic scale of curves one upon the other begins anew.
+    void resetScale() { scale_.reset(); }
+
     // Lanes (signal_drawing_lanes.cpp).
+    [[nodiscard]] const LaneLayout& laneLayout() const { return layout_; }
+    void setLaneLayout(LaneLayout layout) { layout_ = std::move(layout); }
     [[nodiscard]] bool inLanes() const { return !lanes_.empty(); }
     /// The unit's text of values in that lane.
     [[nodiscard]] std::string unitTextOf(uint32_t lane) const;

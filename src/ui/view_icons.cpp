@@ -64,6 +64,117 @@ void drawCommand(QPainter& painter, CommandIcon command) {
     }
 }
 
+void drawLens(QPainter& painter, bool larger) {
+    painter.drawEllipse(QPointF(6.5, 6.5), 4.5, 4.5);
+    painter.drawLine(QPointF(10.0, 10.0), QPointF(14.5, 14.5));
+    painter.drawLine(QPointF(4.5, 6.5), QPointF(8.5, 6.5));
+    if (larger) {
+        painter.drawLine(QPointF(6.5, 4.5), QPointF(6.5, 8.5));
+    }
+}
+
+// Arrows from the middle into all four corners.
+void drawFit(QPainter& painter) {
+    for (const double x : {1.0, -1.0}) {
+        for (const double y : {1.0, -1.0}) {
+            const QPointF corner(8.0 + 6.5 * x, 8.0 + 6.5 * y);
+            painter.drawLine(QPointF(8.0 + 2.0 * x, 8.0 + 2.0 * y), corner);
+            painter.drawLine(corner, corner - QPointF(3.5 * x, 0.0));
+            painter.drawLine(corner, corner - QPointF(0.0, 3.5 * y));
+        }
+    }
+}
+
+void drawBack(QPainter& painter) {
+    QPainterPath arc(QPointF(4.0, 5.0));
+    arc.cubicTo(QPointF(16.0, 2.0), QPointF(16.0, 15.0), QPointF(5.0, 13.5));
+    painter.drawPath(arc);
+    painter.drawLine(QPointF(3.0, 5.5), QPointF(7.0, 1.5));
+    painter.drawLine(QPointF(3.0, 5.5), QPointF(7.0, 8.5));
+}
+
+void drawLanes(QPainter& painter) {
+    for (const double top : {-4.5, 4.5}) {
+        painter.save();
+        painter.translate(0.0, top);
+        painter.scale(1.0, 0.5);
+        painter.translate(0.0, 8.0);
+        drawCurve(painter, 1.0, 15.0);
+        painter.restore();
+    }
+    painter.drawLine(QPointF(1.0, 8.0), QPointF(15.0, 8.0));
+}
+
+void drawLegend(QPainter& painter) {
+    for (const double row : {3.5, 8.0, 12.5}) {
+        painter.fillRect(QRectF(1.5, row - 1.5, 3.0, 3.0), painter.pen().color());
+        painter.drawLine(QPointF(7.0, row), QPointF(14.5, row));
+    }
+}
+
+void drawCursors(QPainter& painter) {
+    drawCurve(painter, 1.0, 15.0);
+    painter.drawLine(QPointF(5.0, 1.0), QPointF(5.0, 15.0));
+    painter.drawLine(QPointF(11.0, 1.0), QPointF(11.0, 15.0));
+}
+
+void drawPoints(QPainter& painter) {
+    painter.setBrush(painter.pen().color());
+    for (const QPointF& place :
+         {QPointF(2.5, 9.0), QPointF(5.5, 4.0), QPointF(8.5, 8.0), QPointF(11.0, 12.5), QPointF(13.5, 7.0)}) {
+        painter.drawEllipse(place, 1.0, 1.0);
+    }
+}
+
+void drawFlag(QPainter& painter) {
+    painter.drawLine(QPointF(4.0, 1.5), QPointF(4.0, 15.0));
+    QPainterPath pennant(QPointF(4.0, 1.5));
+    pennant.lineTo(13.5, 4.5);
+    pennant.lineTo(4.0, 8.0);
+    painter.fillPath(pennant, painter.pen().color());
+}
+
+void drawPicture(QPainter& painter, bool copy) {
+    const QRectF frame = copy ? QRectF(1.0, 1.0, 10.0, 10.0) : QRectF(1.5, 1.5, 13.0, 9.0);
+    painter.drawRect(frame);
+    if (copy) {
+        painter.drawLine(QPointF(14.5, 4.5), QPointF(14.5, 14.5));
+        painter.drawLine(QPointF(4.5, 14.5), QPointF(14.5, 14.5));
+    } else {
+        painter.drawLine(QPointF(8.0, 11.0), QPointF(8.0, 15.0));
+        painter.drawLine(QPointF(5.5, 12.5), QPointF(8.0, 15.0));
+        painter.drawLine(QPointF(10.5, 12.5), QPointF(8.0, 15.0));
+    }
+    painter.setClipRect(frame);
+    painter.translate(0.0, -2.0);
+    drawCurve(painter, frame.left() + 1.0, frame.right() - 1.0);
+}
+
+void drawView(QPainter& painter, ViewIcon command) {
+    switch (command) {
+        case ViewIcon::Fit:
+            return drawFit(painter);
+        case ViewIcon::Back:
+            return drawBack(painter);
+        case ViewIcon::ZoomIn:
+        case ViewIcon::ZoomOut:
+            return drawLens(painter, command == ViewIcon::ZoomIn);
+        case ViewIcon::Lanes:
+            return drawLanes(painter);
+        case ViewIcon::Legend:
+            return drawLegend(painter);
+        case ViewIcon::Cursors:
+            return drawCursors(painter);
+        case ViewIcon::Points:
+            return drawPoints(painter);
+        case ViewIcon::Marks:
+            return drawFlag(painter);
+        case ViewIcon::SavePicture:
+        case ViewIcon::CopyPicture:
+            return drawPicture(painter, command == ViewIcon::CopyPicture);
+    }
+}
+
 template <typename Draw>
 QIcon drawnIcon(const QPalette& palette, Draw draw) {
     QIcon icon;
@@ -92,6 +203,10 @@ QIcon followIcon(int mode, const QPalette& palette) {
 
 QIcon commandIcon(CommandIcon command, const QPalette& palette) {
     return drawnIcon(palette, [command](QPainter& painter) { drawCommand(painter, command); });
+}
+
+QIcon viewIcon(ViewIcon command, const QPalette& palette) {
+    return drawnIcon(palette, [command](QPainter& painter) { drawView(painter, command); });
 }
 
 }  // namespace tarno2

@@ -87,8 +87,6 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     const int messagesBefore = rows()->sizes().last();
     panels()->setSizes({columnsBefore.first() + 20, columnsBefore.last() - 20});
     rows()->setSizes({form().height() - 110, 110});
-    view->ShowSettingsClick();
-    find<QSplitter>("Splitter1")->setSizes({100, 230});
     QApplication::processEvents();
     const int signalBefore = find("SignalDock")->height();
     find<QMainWindow>("RightSide")->resizeDocks({find<QDockWidget>("SignalDock")}, {signalBefore + 30}, Qt::Vertical);
@@ -103,7 +101,6 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     const QList<int> columns = panels()->sizes();
     const int messages = rows()->sizes().last();
     const int signal = find("SignalDock")->height();
-    const int beside = find("ViewSettings")->width();
     ASSERT_NE(columns, columnsBefore);
     ASSERT_NE(messages, messagesBefore);
     ASSERT_NE(signal, signalBefore);
@@ -113,7 +110,6 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     EXPECT_EQ(panels()->sizes(), columns);
     EXPECT_EQ(rows()->sizes().last(), messages);
     EXPECT_EQ(find("SignalDock")->height(), signal);
-    EXPECT_EQ(find("ViewSettings")->width(), beside);
     EXPECT_TRUE(form().programSettings().viewLegend && form().programSettings().viewCursors);
     press(Qt::Key_L, Qt::ControlModifier);
     ASSERT_TRUE(close());

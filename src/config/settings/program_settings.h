@@ -97,7 +97,6 @@ struct ProgramSettings {
     bool pixelsMode = false;  ///< points instead of lines
     bool viewLegend = false;
     bool viewCursors = false;
-    bool viewSettings = false;      ///< the panel beside the signal
     bool cursorsOnScreen = false;   ///< the cursors stay where they are seen; else they move with the signal
     bool hideMeasurements = false;  ///< the table below the signal while the cursors are shown
     bool viewSpectrum = false;
@@ -125,7 +124,6 @@ struct ProgramSettings {
     int32_t panelsWidth = 0;
     int32_t messagesHeight = 0;
     int32_t signalHeight = 0;
-    int32_t viewSettingsWidth = 0;
     InterfaceLanguage language = InterfaceLanguage::English;
 
     TextExportSettings textExport;

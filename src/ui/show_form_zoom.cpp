@@ -1,0 +1,137 @@
+// What of the signal is in the picture, and the way back.
+
+#include <QAction>
+#include <QLabel>
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "config/files/figure_text.h"
+#include "display/axis_x.h"
+#include "ui/show_form.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr double kKeyZoom = 0.5;  // of the span, for a press of + or -
+constexpr int kChipMargin = 8;
+
+/// Causes of the view's own, beside those of the plotting library.
+constexpr int kCauseFit = 100;
+
+}  // namespace
+
+ShownPart T_ShowForm::shownPart() const {
+    ShownPart part;
+    part.position = shownFrames().low;
+    part.span = span();
+    part.held = held_;
+    part.yAutomatic = settings_.axisYAutoMode;
+    part.yLower = settings_.axisYLower;
+    part.yUpper = settings_.axisYUpper;
+    part.yValue = settings_.axisYValue;
+    if (drawing_) {
+        part.lanes = drawing_->laneLayout();
+    }
+    return part;
+}
+
+void T_ShowForm::leavePart(int cause) {
+    if (shownSignal() != nullptr) {
+        zooms_.leave(shownPart(), cause, static_cast<uint64_t>(clock_.elapsed()));
+        zoomBack_->setEnabled(true);
+    }
+}
+
+void T_ShowForm::ZoomBackClick() {
+    const auto part = zooms_.back();
+    zoomBack_->setEnabled(!zooms_.empty());
+    if (!part || shownSignal() == nullptr) {
+        return;
+    }
+    setSpan(part->span);
+    setPosition(part->position);
+    held_ = part->held && liveRuns();
+    settings_.axisYAutoMode = part->yAutomatic;
+    settings_.axisYLower = part->yLower;
+    settings_.axisYUpper = part->yUpper;
+    settings_.axisYValue = part->yValue;
+    if (drawing_) {
+        drawing_->setLaneLayout(part->lanes);
+        if (part->yAutomatic) {
+            drawing_->resetScale();
+        }
+    }
+    userChanged();
+}
+
+void T_ShowForm::FitClick() {
+    leavePart(kCauseFit);
+    PaintBox1DblClick();
+}
+
+// About the middle of the picture; of a running signal that is followed its newest end stays.
+void T_ShowForm::zoomTo(double frames) {
+    if (shownSignal() == nullptr) {
+        return;
+    }
+    leavePart(kScoperaCauseKey);
+    const double middle = shownFrames().low + span() / 2.0;
+    if (!file_ && !wholeSpan_) {
+        wholeSpan_ = span();
+    }
+    setSpan(frames);
+    if (stays()) {
+        setPosition(middle - span() / 2.0);
+    }
+    userChanged();
+}
+
+void T_ShowForm::ZoomInClick() {
+    zoomTo(span() * kKeyZoom);
+}
+
+void T_ShowForm::ZoomOutClick() {
+    zoomTo(span() / kKeyZoom);
+}
+
+void T_ShowForm::SampleAPixelClick() {
+    zoomTo(scoper_ != nullptr ? scoper_->PixelWidth() : span());
+}
+
+void T_ShowForm::FirstFrameClick() {
+    if (shownSignal() != nullptr) {
+        leavePart(kScoperaCauseKey);
+        held_ = held_ || !stays();
+        setPosition(0.0);
+        userChanged();
+    }
+}
+
+void T_ShowForm::NewestFrameClick() {
+    if (shownSignal() != nullptr) {
+        held_ = false;
+        setPosition(std::max(static_cast<double>(frameCount()) - span(), 0.0));
+        userChanged();
+    }
+}
+
+// Who holds a running signal is told so: nothing else tells a picture that stands still from a board that does.
+void T_ShowForm::showHeld() {
+    const bool held = liveRuns() && stays() && frameCount() > 0;
+    heldChip_->setVisible(held);
+    if (!held) {
+        return;
+    }
+    const double behind = std::max(static_cast<double>(frameCount()) - shownFrames().high, 0.0);
+    const double rate = shownSignal()->format().framesPerSecond;
+    const QString far = rate > 0.0 ? fromCodePage(formatDuration(static_cast<uint64_t>(behind / rate)))
+                                   : fromCodePage(formatCount(static_cast<uint64_t>(behind)));
+    heldChip_->setText(uiText(TextId::HeldBehind, {far}));
+    heldChip_->adjustSize();
+    heldChip_->move(picture_->width() - heldChip_->width() - kChipMargin, kChipMargin);
+}
+
+}  // namespace tarno2
