@@ -12,6 +12,7 @@
 #   scripts/bench.sh --checksums           what checksums cost a recording, and tarno2-verify against sha256sum
 #   scripts/bench.sh --measure             statistics between cursors over 1 GiB against adding it up
 #   scripts/bench.sh --export              the conversion to text against fprintf and against copying
+#   scripts/bench.sh --formats             exports to WAV and NPY against copying
 #
 # Files go to the memory file system, or to the folder that TARNO2_BENCH_FOLDER names; about 600 MB have to be free.
 set -euo pipefail
@@ -24,7 +25,7 @@ install_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
 use_ccache
 cmake --preset release
 cmake --build --preset release --target tarno2-bench tarno2-bench-ratios tarno2-bench-stall tarno2-bench-synchro \
-    tarno2-bench-display tarno2-bench-measure tarno2-bench-export tarno2-bench-checksums tarno2-bench-plot tarno2-bench-view tarno2-bench-window simulator scopera
+    tarno2-bench-display tarno2-bench-measure tarno2-bench-export tarno2-bench-formats tarno2-bench-checksums tarno2-bench-plot tarno2-bench-view tarno2-bench-window simulator scopera
 bin=$PWD/build/release/bench
 
 # A relative folder counts from where the script was called.
@@ -38,6 +39,7 @@ fi
 [ "${1:-}" != --display ] || exec "$bin/tarno2-bench-display" "${@:2}"
 [ "${1:-}" != --window ] || exec xvfb-run -a -s '-screen 0 1280x1024x24' "$bin/tarno2-bench-window"
 [ "${1:-}" != --export ] || exec "$bin/tarno2-bench-export"
+[ "${1:-}" != --formats ] || exec "$bin/tarno2-bench-formats"
 [ "${1:-}" != --checksums ] || exec "$bin/tarno2-bench-checksums"
 [ "${1:-}" != --measure ] || exec "$bin/tarno2-bench-measure"
 [ "${1:-}" != --plot ] || exec "$bin/tarno2-bench-plot"

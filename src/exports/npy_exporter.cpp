@@ -1,6 +1,7 @@
 // An array of NumPy: a header in the words of Python, then one record a frame, so that it can be mapped into memory.
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <set>
 #include <vector>
@@ -18,6 +19,21 @@ constexpr size_t kAlignment = 64;
 constexpr size_t kLongest16 = 0xFFFF;
 /// What numpy.load takes without being asked to.
 constexpr size_t kUsualHeader = 10000;
+
+/// Bytes behind values and lines that copies may touch.
+constexpr size_t kSlack = 16;
+
+/// Eight lines of a port as a byte each.
+constexpr uint32_t kTableLines = 8;
+constexpr auto kLineBytes = [] {
+    std::array<std::array<uint8_t, kTableLines>, 1U << kTableLines> table{};
+    for (uint32_t port = 0; port < table.size(); ++port) {
+        for (uint32_t line = 0; line < kTableLines; ++line) {
+            table[port][line] = (port >> line) & 1U;
+        }
+    }
+    return table;
+}();
 
 bool isAscii(const std::string& text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<signed char>(c) > 0; });
@@ -90,10 +106,10 @@ public:
         }
         const size_t values = count * inputs.channelCount;
         if (scales_.empty() && valueBytes_ == 2) {
-            out_.resize(values * 2);
+            out_.resize(values * 2 + kSlack);
             codes_.to16(frames, values, reinterpret_cast<int16_t*>(out_.data()));
         } else {
-            out_.resize(values * 4);
+            out_.resize(values * 4 + kSlack);
             codes_.to32(frames, values, reinterpret_cast<int32_t*>(out_.data()));
         }
         if (!scales_.empty()) {
@@ -138,13 +154,16 @@ private:
     void toValues(size_t count) {
         const size_t channels = scales_.size();
         const bool plainUnsigned = !subject_.inputs.codeSigned;
-        values_.resize(count * channels * sizeof(double));
-        for (size_t i = 0; i < count * channels; ++i) {
-            int32_t code = 0;
-            std::memcpy(&code, &out_[i * sizeof code], sizeof code);
-            const double number = plainUnsigned ? static_cast<double>(static_cast<uint32_t>(code)) : code;
-            const double value = scales_[i % channels].value(number);
-            std::memcpy(&values_[i * sizeof value], &value, sizeof value);
+        values_.resize(count * channels * sizeof(double) + kSlack);
+        for (size_t first = 0; first < count * channels; first += channels) {
+            for (size_t channel = 0; channel < channels; ++channel) {
+                const size_t i = first + channel;
+                int32_t code = 0;
+                std::memcpy(&code, &out_[i * sizeof code], sizeof code);
+                const double number = plainUnsigned ? static_cast<double>(static_cast<uint32_t>(code)) : code;
+                const double value = scales_[channel].value(number);
+                std::memcpy(&values_[i * sizeof value], &value, sizeof value);
+            }
         }
         out_.swap(values_);
     }
@@ -153,14 +172,22 @@ private:
     void addLines(const uint8_t* frames, size_t count) {
         const ConversionInputs& inputs = subject_.inputs;
         const size_t valuesBytes = inputs.channelCount * valueBytes_;
-        values_.resize(count * recordBytes());
+        const size_t frameBytes = inputs.frameBytes();
+        values_.resize(count * recordBytes() + kSlack);
         uint8_t* to = values_.data();
-        for (size_t i = 0; i < count; ++i) {
-            std::memcpy(to, &out_[i * valuesBytes], valuesBytes);
+        const uint8_t* from = out_.data();
+        for (size_t i = 0; i < count; ++i, from += valuesBytes, frames += frameBytes) {
+            // Copies of a fixed size are one instruction; what is too much is overwritten by what follows.
+            for (size_t done = 0; done < valuesBytes; done += kSlack) {
+                std::memcpy(to + done, from + done, kSlack);
+            }
             to += valuesBytes;
-            uint32_t port = inputs.port(frames + i * inputs.frameBytes());
-            for (uint32_t line = 0; line < inputs.digitalLines; ++line, port >>= 1U) {
-                *to++ = port & 1U;
+            uint32_t port = inputs.port(frames);
+            for (uint32_t left = inputs.digitalLines; left > 0; port >>= kTableLines) {
+                std::memcpy(to, kLineBytes[port % kLineBytes.size()].data(), kTableLines);
+                const uint32_t taken = std::min(left, kTableLines);
+                to += taken;
+                left -= taken;
             }
         }
         out_.swap(values_);

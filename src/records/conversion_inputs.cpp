@@ -49,14 +49,6 @@ bool makesSense(const ConversionInputs& inputs) {
 
 }  // namespace
 
-uint32_t ConversionInputs::port(const uint8_t* frame) const {
-    uint32_t word = 0;
-    for (uint32_t i = 0; i < bytesPerSample; ++i) {
-        word |= uint32_t{frame[i]} << (kBitsPerByte * i);
-    }
-    return (word & digitalMask) >> digitalShift;
-}
-
 int64_t ConversionInputs::code(uint32_t word) const {
     const uint32_t field = (word >> codeShift) & static_cast<uint32_t>((uint64_t{1} << codeBits) - 1);
     const bool negative = codeSigned && (field >> (codeBits - 1)) != 0;

@@ -36,7 +36,11 @@ struct ConversionInputs {
 
     [[nodiscard]] uint32_t frameBytes() const { return bytesPerSample * channelCount; }
     /// The digital port of a frame, line 0 in the lowest bit.
-    [[nodiscard]] uint32_t port(const uint8_t* frame) const;
+    [[nodiscard]] uint32_t port(const uint8_t* frame) const {
+        const uint32_t low = uint32_t{frame[0]} | uint32_t{frame[1]} << 8U;
+        const uint32_t high = bytesPerSample == 2 ? 0 : uint32_t{frame[2]} << 16U | uint32_t{frame[3]} << 24U;
+        return ((low | high) & digitalMask) >> digitalShift;
+    }
     /// The analog code of a sample word.
     [[nodiscard]] int64_t code(uint32_t word) const;
     /// Volts of a code of channel `channel` (position in the frame).
