@@ -82,11 +82,11 @@ double copyOnce(const ExportTask& task, const std::string& copy) {
 
 bool compare(const ScratchFolder& folder, const char* form, uint32_t codeBits, uint32_t lines) {
     const ExportTask task = makeTask(folder, form, codeBits, lines);
-    const Ratio ratio = alternating(
-        [&] { return exportOnce(task); }, [&] { return copyOnce(task, folder.file("copy")); }, kPairs);
+    const Ratio ratio =
+        alternating([&] { return exportOnce(task); }, [&] { return copyOnce(task, folder.file("copy")); }, kPairs);
     const bool fast = ratio.median >= kLeastOfCopy;
-    std::printf("%s, %2u bits, %u lines: export / copy %7.2f   (%.2f to %.2f)   least %4.1f %s\n", form, codeBits, lines,
-                ratio.median, ratio.lowest, ratio.highest, kLeastOfCopy, fast ? "ok" : "TOO SLOW");
+    std::printf("%s, %2u bits, %u lines: export / copy %7.2f   (%.2f to %.2f)   least %4.1f %s\n", form, codeBits,
+                lines, ratio.median, ratio.lowest, ratio.highest, kLeastOfCopy, fast ? "ok" : "TOO SLOW");
     std::fflush(stdout);
     return fast;
 }

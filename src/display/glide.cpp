@@ -6,8 +6,8 @@ namespace tarno2 {
 
 namespace {
 
-constexpr double kForget = 0.25;   // of the block's length, for each second: boards are set up anew
-constexpr double kCatchUp = 0.5;   // of what lies behind or before the wanted place, for each second
+constexpr double kForget = 0.25;    // of the block's length, for each second: boards are set up anew
+constexpr double kCatchUp = 0.5;    // of what lies behind or before the wanted place, for each second
 constexpr double kMostHaste = 0.1;  // faster or slower than the board, so that nobody sees it
 constexpr double kMostBlocks = 2.0;
 

@@ -18,7 +18,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint32_t kByteBits = 8;
+constexpr uint32_t kEdfByteBits = 8;
 constexpr size_t kMostSignals = 9999;
 constexpr int64_t kSecond = 1'000'000;
 const std::string kClosing = "Recording ends";
@@ -39,7 +39,7 @@ public:
     EdfExporter(const ExportSubject& subject, uint32_t bits)
         : subject_(subject),
           codes_(subject.inputs, true),
-          bytes_(bits / kByteBits),
+          bytes_(bits / kEdfByteBits),
           dropped_(subject.inputs.codeBits > bits ? subject.inputs.codeBits - bits : 0),
           texts_(annotatedTexts(subject)),
           records_(edfRecords(subject.rate, signalCount() * bytes_, subject.frames)),
@@ -107,7 +107,7 @@ private:
     [[nodiscard]] size_t roomForAnnotations() const {
         const size_t closing =
             annotations_.ofRecord(0, kClosing, subject_.frames).size() - annotations_.ofRecord(0).size();
-        const size_t longest = annotations_.longest(countOf(subject_.frames)) + closing + kByteBits;
+        const size_t longest = annotations_.longest(countOf(subject_.frames)) + closing + kEdfByteBits;
         return (longest + bytes_ - 1) / bytes_ * bytes_;
     }
 
@@ -131,7 +131,7 @@ private:
             signals.push_back(
                 {edfText(name) == name ? name : "Line " + std::to_string(i), "", 0.0, 1.0, 0, 1, records_.frames});
         }
-        const int64_t lowest = -(int64_t{1} << (bytes_ * kByteBits - 1));
+        const int64_t lowest = -(int64_t{1} << (bytes_ * kEdfByteBits - 1));
         signals.push_back({bytes_ == 2 ? "EDF Annotations" : "BDF Annotations", "", -1.0, 1.0, lowest, -lowest - 1,
                            annotationBytes_ / bytes_});
         return signals;
@@ -161,7 +161,7 @@ private:
     void put(size_t signal, uint64_t frame, uint32_t value) {
         uint8_t* const to = &record_[(signal * records_.frames + frame) * bytes_];
         for (uint32_t i = 0; i < bytes_; ++i) {
-            to[i] = static_cast<uint8_t>(value >> (kByteBits * i));
+            to[i] = static_cast<uint8_t>(value >> (kEdfByteBits * i));
         }
     }
 

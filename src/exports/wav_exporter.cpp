@@ -15,7 +15,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint32_t kByteBits = 8;
+constexpr uint32_t kWavByteBits = 8;
 constexpr uint32_t kMost32 = std::numeric_limits<uint32_t>::max();
 constexpr uint64_t kFormTypeBytes = 4;
 constexpr uint64_t kChunkHeader = 8;
@@ -34,7 +34,7 @@ uint32_t neededBits(uint32_t codeBits) {
 class WavExporter final : public Exporter {
 public:
     WavExporter(const ExportSubject& subject, uint32_t bits)
-        : subject_(subject), codes_(subject.inputs, true), bytes_(bits / kByteBits) {}
+        : subject_(subject), codes_(subject.inputs, true), bytes_(bits / kWavByteBits) {}
 
     bool begin(ExportSink& sink) override { return sink.write(headerOf(subject_.frames)); }
 
@@ -104,11 +104,11 @@ private:
         const auto rate = static_cast<uint64_t>(std::llround(subject_.rate));
         std::string format = littleEndian(plain ? kPcm : kExtensible, 2) + littleEndian(channels, 2) +
                              littleEndian(rate, 4) + littleEndian(rate * frameBytes(), 4) +
-                             littleEndian(frameBytes(), 2) + littleEndian(bytes_ * kByteBits, 2);
+                             littleEndian(frameBytes(), 2) + littleEndian(bytes_ * kWavByteBits, 2);
         if (!plain) {
             // The kind of samples, which begin with the tag of the plain format, and no place for any loudspeaker.
             const std::string pcm("\x01\x00\x00\x00\x00\x00\x10\x00\x80\x00\x00\xAA\x00\x38\x9B\x71", 16);
-            format += littleEndian(22, 2) + littleEndian(bytes_ * kByteBits, 2) + littleEndian(0, 4) + pcm;
+            format += littleEndian(22, 2) + littleEndian(bytes_ * kWavByteBits, 2) + littleEndian(0, 4) + pcm;
         }
         return wavChunk("fmt ", format);
     }
