@@ -98,6 +98,8 @@ SignalDrawing::~SignalDrawing() {
 void SignalDrawing::reset() {
     resetScaleY();
     layout_.clear();
+    lanes_.clear();
+    scoper_.SetLanes(nullptr, 0);
     hidden_.clear();
     columnCount_ = 0;
 }
@@ -215,7 +217,10 @@ std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& s
     }
     for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
         for (const size_t column : lanes_[lane].plan.columns) {
-            columns[column].lane = lane;
+            // The lanes are those of the last picture, which may have had more columns.
+            if (column < columns.size()) {
+                columns[column].lane = lane;
+            }
         }
     }
     return columns;

@@ -132,7 +132,8 @@ AxisRange SignalDrawing::lineRange(const SignalFormat& format, const LanePlan& l
 }
 
 std::string SignalDrawing::unitTextOf(uint32_t lane) const {
-    return lane < lanes_.size() ? columns_[lanes_[lane].plan.columns.front()].unitText : std::string();
+    const size_t column = lane < lanes_.size() ? lanes_[lane].plan.columns.front() : columns_.size();
+    return column < columns_.size() ? columns_[column].unitText : std::string();
 }
 
 AxisRange SignalDrawing::rangeOf(uint32_t lane) const {

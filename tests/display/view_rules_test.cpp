@@ -3,6 +3,7 @@
 #include "display/axis_x.h"
 #include "display/axis_y.h"
 #include "display/follow.h"
+#include "display/glide.h"
 #include "display/repaint.h"
 #include "display/scroll.h"
 
@@ -196,6 +197,30 @@ TEST(AxisX, DecimalsTellNeighbouringPixelsApart) {
     for (const auto& [span, steps, decimals] : cases) {
         EXPECT_EQ(resolvedDecimals(span, steps), decimals) << span;
     }
+}
+
+// A board that hands over a quarter of a second at a time, at pictures that come unevenly.
+TEST(Glide, ABoardsBlocksBecomeAnEvenPace) {
+    constexpr double kRate = 100000.0;
+    constexpr uint64_t kBlockMs = 250;
+    Glide glide;
+    uint64_t before = 0;
+    uint64_t nowMs = 1000;
+    for (int i = 0; i < 1000; ++i) {
+        const uint64_t period = i % 3 == 0 ? 44 : 38;
+        nowMs += period;
+        const uint64_t arrived = nowMs / kBlockMs * kBlockMs * 100;
+        const uint64_t shown = glide.shown(arrived, kRate, nowMs);
+        ASSERT_LE(shown, arrived);
+        if (i > 100) {
+            EXPECT_LE(arrived - shown, 2 * kBlockMs * 100) << i;
+            const auto way = static_cast<double>(shown - before) / (static_cast<double>(period) * 100.0);
+            EXPECT_NEAR(way, 1.0, 0.12) << i;
+        }
+        before = shown;
+    }
+    EXPECT_EQ(glide.shown(5, kRate, nowMs + 40), 5U) << "another recording";
+    EXPECT_EQ(glide.shown(77, 0.0, nowMs + 80), 77U) << "without a rate everything is shown";
 }
 
 }  // namespace
