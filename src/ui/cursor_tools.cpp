@@ -36,11 +36,11 @@ CursorTools::CursorTools(ProgramSettings& settings, ISCOPERA& scoper, Measuremen
     connect(&panel_, &MeasurementPanel::onScreenChanged, this, &CursorTools::setOnScreen);
     connect(&panel_, &MeasurementPanel::folded, this, [this](bool folded) {
         settings_.hideMeasurements = folded;
-        panel_.load(settings_.cursorsOnScreen, folded);
+        panel_.load(!settings_.cursorsOnSignal, folded);
     });
     connect(&panel_, &MeasurementPanel::snapWanted, this, &CursorTools::snap);
     connect(&panel_, &MeasurementPanel::message, this, &CursorTools::message);
-    panel_.load(settings_.cursorsOnScreen, settings_.hideMeasurements);
+    panel_.load(!settings_.cursorsOnSignal, settings_.hideMeasurements);
     panel_.hide();
 }
 
@@ -58,11 +58,11 @@ std::optional<FrameSpan> CursorTools::between() const {
     return shown_ && signal_ != nullptr ? std::optional(places_.between(edges_, frames_)) : std::nullopt;
 }
 
-void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool running) {
+void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool following) {
     const bool begin = settings_.viewCursors && !shown_;
     shown_ = settings_.viewCursors;
     panel_.setVisible(shown_);
-    panel_.load(settings_.cursorsOnScreen, settings_.hideMeasurements);
+    panel_.load(!settings_.cursorsOnSignal, settings_.hideMeasurements);
     if (!shown_) {
         if (signal_ != nullptr) {
             forget();
@@ -70,24 +70,24 @@ void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const Sig
         return;
     }
     // Frames that were gone while it ran can be read from its file.
-    if (running_ && !running) {
+    if (following_ && !following) {
         wanted_.reset();
     }
-    running_ = running;
+    following_ = following;
     signal_ = &signal;
     edges_ = {shown.low, shown.high};
     origin_ = shown.origin;
     unitX_ = drawing.unitX(signal.format());
     frames_ = signal.screens().frameCount();
-    if (settings_.cursorsOnScreen != places_.onScreen()) {
-        places_.fixOnScreen(settings_.cursorsOnScreen, edges_);
+    if (const bool onScreen = following && !settings_.cursorsOnSignal; onScreen != places_.onScreen()) {
+        places_.fixOnScreen(onScreen, edges_);
     }
     if (begin && places_.lost(edges_)) {
         places_.begin(edges_);
     }
     putCursors();
     panel_.model().setColumns(measuredColumns(signal, drawing));
-    request(signal, running && places_.onScreen());
+    request(signal, places_.onScreen());
     showTexts();
 }
 
@@ -234,8 +234,7 @@ void CursorTools::retranslate() {
 }
 
 void CursorTools::setOnScreen(bool onScreen) {
-    settings_.cursorsOnScreen = onScreen;
-    places_.fixOnScreen(onScreen, edges_);
+    settings_.cursorsOnSignal = !onScreen;
     emit changed();
 }
 

@@ -34,7 +34,7 @@ public:
 
     /// After each drawing of the picture: puts the cursors where they belong, and measures what is new. A running
     /// signal that slides is measured a few times a second, as the worker keeps up; everything else at once.
-    void drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool running);
+    void drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool following);
     /// The user dragged a cursor in the picture.
     void dragged(const SCOPERACursors& places);
     /// A key over the picture. False when it means nothing to the cursors.
@@ -75,8 +75,8 @@ private:
     ISCOPERA& scoper_;
     MeasurementPanel& panel_;
     CursorPlaces places_;
-    bool shown_ = false;  ///< the cursors
-    bool running_ = false;
+    bool shown_ = false;      ///< the cursors
+    bool following_ = false;  ///< the picture follows a running signal
     ShownSignal* signal_ = nullptr;
     PictureEdges edges_;
     double origin_ = 0.0;

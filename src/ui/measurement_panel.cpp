@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QSaveFile>
+#include <QScrollBar>
 #include <QTableView>
 #include <QToolButton>
 #include <algorithm>
@@ -57,6 +58,7 @@ MeasurementPanel::MeasurementPanel(QWidget* parent)
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table_->horizontalHeader()->setMinimumSectionSize(fontMetrics().averageCharWidth() * 7);
     fold_->setAutoRaise(true);
+    fold_->setToolButtonStyle(Qt::ToolButtonIconOnly);
     // Texts give way to the controls.
     time_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     time_->setMinimumWidth(1);
@@ -65,6 +67,7 @@ MeasurementPanel::MeasurementPanel(QWidget* parent)
     head->setContentsMargins(4, 1, 4, 1);
     head->addWidget(fold_);
     head->addWidget(time_);
+    head->addSpacing(fontMetrics().averageCharWidth() * 2);
     head->addWidget(state_, 1);
     for (QWidget* widget : {static_cast<QWidget*>(onScreen_), static_cast<QWidget*>(snap_),
                             static_cast<QWidget*>(copy_), static_cast<QWidget*>(save_)}) {
@@ -114,7 +117,7 @@ int MeasurementPanel::chosenRow() const {
 
 void MeasurementPanel::fitRows() {
     const int rows = std::clamp(model_->rowCount(), 1, kMostRows);
-    const int frame = 2 * table_->frameWidth();
+    const int frame = 2 * table_->frameWidth() + table_->horizontalScrollBar()->sizeHint().height();
     table_->setFixedHeight(table_->horizontalHeader()->sizeHint().height() +
                            rows * table_->verticalHeader()->defaultSectionSize() + frame);
 }

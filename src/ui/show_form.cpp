@@ -19,6 +19,7 @@
 #include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/show_tools.h"
+#include "ui/spectrum_pane.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -108,6 +109,9 @@ void T_ShowForm::recordingStopped() {
 void T_ShowForm::leaveSignal() {
     if (cursorTools_) {
         cursorTools_->forget();
+    }
+    if (spectrum_ != nullptr) {
+        spectrum_->forget();
     }
 }
 
@@ -254,7 +258,11 @@ void T_ShowForm::draw() {
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
         showFlags();
-        cursorTools_->drawn(*signal, shownFrames(), *drawing_, liveRuns());
+        const bool following = liveRuns() && !stays();
+        cursorTools_->drawn(*signal, shownFrames(), *drawing_, following);
+        if (spectrum_ != nullptr) {
+            spectrum_->drawn(*signal, shownFrames(), *drawing_, cursorTools_->between(), following);
+        }
     }
     showStatus();
     showHeld();
@@ -279,6 +287,10 @@ void T_ShowForm::showParts() {
     lanes_->setChecked(settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : drawing_ && drawing_->inLanes());
     commonScale_->setChecked(settings_.viewCommonScale);
     cursors_->setChecked(settings_.viewCursors);
+    spectrumShown_->setChecked(settings_.viewSpectrum && spectrum_ != nullptr);
+    if (spectrum_ != nullptr) {
+        spectrum_->setVisible(settings_.viewSpectrum);
+    }
     if (scoper_ != nullptr) {
         scoper_->SetOption(kScoperaOptionLegend, settings_.viewLegend ? 1 : 0);
         scoper_->SetOption(kScoperaOptionCursors, settings_.viewCursors ? 1 : 0);

@@ -40,6 +40,7 @@ namespace tarno2 {
 class CursorTools;
 class MarkListWindow;
 class ShowTools;
+class SpectrumPane;
 class T_DigitalSignalSettings;
 
 /// The signal view: the newest frames of the running recording, older ones by its scroll bar, or a recording that was
@@ -175,6 +176,7 @@ private:
     void drawIcons();
     void listenToScoper();
     void buildCursorTools();
+    void buildSpectrum();
 
     /// Runs a step; what it throws is logged, and the view goes on.
     void guarded(const char* name, const std::function<void()>& step) noexcept;
@@ -273,6 +275,8 @@ private:
     bool shown_ = false;
 
     QSplitter* splitter_ = nullptr;
+    QSplitter* rows_ = nullptr;         ///< the picture and what lies below it
+    SpectrumPane* spectrum_ = nullptr;  ///< null where there are no transforms, or no plotting library
     QWidget* picture_ = nullptr;
     QToolBar* bar_ = nullptr;
     QLabel* heldChip_ = nullptr;  ///< over the picture
@@ -291,6 +295,7 @@ private:
     QAction* copyPicture_ = nullptr;
     QAction* lanes_ = nullptr;
     QAction* commonScale_ = nullptr;
+    QAction* spectrumShown_ = nullptr;
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
     std::vector<std::pair<QAction*, ViewIcon>> icons_;

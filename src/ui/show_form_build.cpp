@@ -9,12 +9,14 @@
 #include <QToolBar>
 #include <QVBoxLayout>
 
+#include "measure/transform.h"
 #include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
 #include "ui/mark_list_window.h"
 #include "ui/measurement_panel.h"
 #include "ui/show_form.h"
 #include "ui/show_tools.h"
+#include "ui/spectrum_pane.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -41,7 +43,11 @@ void T_ShowForm::build() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(bar_);
-    layout->addWidget(splitter_, 1);
+    rows_ = new QSplitter(Qt::Vertical, this);
+    rows_->addWidget(splitter_);
+    rows_->setChildrenCollapsible(false);
+    layout->addWidget(rows_, 1);
+    buildSpectrum();
     buildCursorTools();
     auto* below = new QHBoxLayout;
     below->addWidget(scrollBar_, 1);
@@ -75,6 +81,21 @@ void T_ShowForm::buildPicture() {
     heldChip_->setStyleSheet(QStringLiteral(
         "background: #f0b429; color: #201800; border-radius: 4px; padding: 2px 8px; font-weight: bold;"));
     heldChip_->hide();
+}
+
+void T_ShowForm::buildSpectrum() {
+    if (scoper_ == nullptr || !RealTransform::available()) {
+        return;
+    }
+    spectrum_ = new SpectrumPane(settings_, rows_);
+    rows_->addWidget(spectrum_);
+    rows_->setStretchFactor(0, 1);
+    spectrum_->hide();
+    if (settings_.spectrumHeight > 0) {
+        rows_->setSizes({rows_->height(), settings_.spectrumHeight});
+    }
+    connect(spectrum_, &SpectrumPane::changed, this, &T_ShowForm::userChanged);
+    connect(rows_, &QSplitter::splitterMoved, this, [this] { settings_.spectrumHeight = spectrum_->height(); });
 }
 
 void T_ShowForm::buildCursorTools() {
@@ -160,6 +181,8 @@ void T_ShowForm::buildActions() {
         action->setEnabled(scoper_ != nullptr);
     }
     addAction(TextId::ViewShowAll, [this] { ShowAllClick(); });
+    spectrumShown_ = part(TextId::ViewSpectrum, &ProgramSettings::viewSpectrum);
+    spectrumShown_->setEnabled(scoper_ != nullptr && RealTransform::available());
     menu_->addSeparator();
     marksAction_ = addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
@@ -246,6 +269,9 @@ void T_ShowForm::retranslate() {
     tools_->retranslate();
     if (cursorTools_) {
         cursorTools_->retranslate();
+    }
+    if (spectrum_ != nullptr) {
+        spectrum_->retranslate();
     }
     if (auto* label = qobject_cast<QLabel*>(picture_)) {
         label->setText(uiText(TextId::ScoperaNotLoaded));

@@ -4,15 +4,18 @@
 #include <QImage>
 #include <QMouseEvent>
 #include <QTableView>
+#include <QTableWidget>
 #include <thread>
 
 #include "core/devices/scoper_library.h"
+#include "measure/transform.h"
 #include "platform/clock.h"
 #include "records/record_description.h"
 #include "tests/display/signal_source.h"
 #include "tests/ui/widgets.h"
 #include "ui/measurement_model.h"
 #include "ui/show_form.h"
+#include "ui/spectrum_picture.h"
 
 namespace tarno2::test {
 namespace {
@@ -182,7 +185,6 @@ TEST_F(ViewMeasurement, TableIsCopiedSavedAndFolded) {
 // minima and maxima may be left.
 TEST_F(ViewMeasurement, RunningSignalIsMeasuredAsItSlides) {
     settings_.viewCursors = true;
-    settings_.cursorsOnScreen = true;
     settings_.axisXValue = 2.0;
     ASSERT_TRUE(form_->tap().prepare(2, 1 << 20, 2e6));
     LiveRecording recording;
@@ -202,11 +204,45 @@ TEST_F(ViewMeasurement, RunningSignalIsMeasuredAsItSlides) {
     EXPECT_GT(onScreen, 22.0);
 
     QTest::keyClick(findIn<QCheckBox>(*form_, "CursorsOnScreen"), Qt::Key_Space);
-    EXPECT_FALSE(settings_.cursorsOnScreen);
+    EXPECT_TRUE(settings_.cursorsOnSignal);
     std::thread([&] { form_->tap().put(bytesOf(flat)); }).join();
     ASSERT_TRUE(QTest::qWaitFor([&] { return form_->frameCount() == 28000; }));
     EXPECT_EQ(cursor(0), onScreen);
     EXPECT_EQ(cell(0, MeasurementModel::Frequency), "10 kHz");
+}
+
+TEST_F(ViewMeasurement, SpectrumOfThePictureOrBetweenTheCursors) {
+    if (!RealTransform::available()) {
+        GTEST_SKIP() << "built without FFTW";
+    }
+    settings_.viewSpectrum = true;
+    open();
+    const auto* peaks = findIn<QTableWidget>(*form_, "SpectrumPeaks");
+    const auto peak = [&](int row) { return row < peaks->rowCount() ? peaks->item(row, 0)->text() : QString(); };
+    // The harmonics of a pulse of 0.3: each tenth is missing.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return peak(0) == "10 kHz" && peak(1) == "20 kHz"; }, 20000))
+        << peak(0).toStdString();
+    const QString facts = findIn<QLabel>(*form_, "SpectrumFacts")->text();
+    EXPECT_TRUE(facts.startsWith(QStringLiteral("4\u00a0096 samples, blocks: 8"))) << facts.toStdString();
+    EXPECT_FALSE(findIn<QLabel>(*form_, "SpectrumFigures")->text().contains(QStringLiteral("THD –")));
+
+    auto* scale = findIn<QComboBox>(*form_, "SpectrumScale");
+    scale->setFocus();
+    QTest::keyClick(scale, Qt::Key_Down);
+    EXPECT_EQ(settings_.spectrumScale, 1);
+    EXPECT_TRUE(peaks->item(0, 1)->text().endsWith(" dBFS"));
+    findIn<QAction>(*form_, "SpectrumAveraged")->trigger();
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return findIn<QLabel>(*form_, "SpectrumFacts")->text().contains("blocks: 1,"); }, 20000));
+
+    press(Qt::Key_C);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return findIn<QLabel>(*form_, "SpectrumFacts")->text().startsWith(QStringLiteral("4\u00a0096")); },
+        20000))
+        << "the cursors are 6667 frames apart";
+    const auto* picture = findIn<SpectrumPicture>(*form_, "SpectrumPicture");
+    ASSERT_EQ(picture->curves().curves.size(), 1U);
+    EXPECT_EQ(picture->curves().curves[0].values.size(), 2049U);
 }
 
 }  // namespace

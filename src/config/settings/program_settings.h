@@ -97,12 +97,12 @@ struct ProgramSettings {
     bool pixelsMode = false;  ///< points instead of lines
     bool viewLegend = false;
     bool viewCursors = false;
-    bool cursorsOnScreen = false;   ///< the cursors stay where they are seen; else they move with the signal
+    bool cursorsOnSignal = false;   ///< the cursors move with a signal that is followed; else they stay on the screen
     bool hideMeasurements = false;  ///< the table below the signal while the cursors are shown
     bool viewSpectrum = false;
     int32_t spectrumWindow = 0;        ///< 0 Hann, 1 flat top, 2 Blackman-Harris, 3 rectangular
     int32_t spectrumScale = 0;         ///< 0 dBV, 1 dBFS, 2 V, 3 V2/Hz
-    int32_t spectrumLength = 0;        ///< samples of a transform: 1024 times 4 to this power
+    int32_t spectrumLength = 0;        ///< samples of a transform: 0 automatic, 1 is 1024, each step four times as long
     bool spectrumSingle = false;       ///< the last block alone instead of the mean of all
     bool spectrumLogarithmic = false;  ///< the frequency axis
     bool spectrumWhole = false;        ///< over the whole picture also while there are cursors
