@@ -19,6 +19,7 @@ std::vector<MeasuredColumn> measuredColumns(const ShownSignal& signal, const Sig
         if (!out.line && i < signal.format().channelCount()) {
             out.unit = QString::fromStdString(column.unitText);
             out.scale = column.scale;
+            out.marked = column.marked;
         }
         measured.push_back(std::move(out));
     }

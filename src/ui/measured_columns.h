@@ -18,10 +18,11 @@ struct MeasuredColumn {
     QString unit;
     QColor color;
     LinearScale scale;
+    bool marked = false;  ///< the one that the user works with
 
     friend bool operator==(const MeasuredColumn& one, const MeasuredColumn& other) {
         return one.line == other.line && one.index == other.index && one.name == other.name && one.unit == other.unit &&
-               one.color == other.color && one.scale.factor == other.scale.factor &&
+               one.color == other.color && one.marked == other.marked && one.scale.factor == other.scale.factor &&
                one.scale.offset == other.scale.offset;
     }
 };

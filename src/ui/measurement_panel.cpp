@@ -116,10 +116,11 @@ int MeasurementPanel::chosenRow() const {
 }
 
 void MeasurementPanel::fitRows() {
-    const int rows = std::clamp(model_->rowCount(), 1, kMostRows);
-    const int frame = 2 * table_->frameWidth() + table_->horizontalScrollBar()->sizeHint().height();
-    table_->setFixedHeight(table_->horizontalHeader()->sizeHint().height() +
-                           rows * table_->verticalHeader()->defaultSectionSize() + frame);
+    const int row = table_->verticalHeader()->defaultSectionSize();
+    const int around = 2 * table_->frameWidth() + table_->horizontalHeader()->sizeHint().height() +
+                       table_->horizontalScrollBar()->sizeHint().height();
+    table_->setMinimumHeight(around + row);
+    table_->setMaximumHeight(around + row * std::clamp(model_->rowCount(), 1, kMostRows));
 }
 
 void MeasurementPanel::copy() {

@@ -203,7 +203,12 @@ void SpectrumPane::takeColumns(const ShownSignal& signal, const SignalDrawing& d
         fullScales_.push_back(fullScaleOf(signal.format().channels[column.index]));
         channel_->addItem(column.name);
     }
-    channel_->setCurrentIndex(std::max(channel_->findText(chosen), columns_.empty() ? -1 : 0));
+    const auto marked = std::ranges::find(columns_, true, &MeasuredColumn::marked);
+    const size_t number = marked == columns_.end() ? SIZE_MAX : marked->index;
+    const bool follow = number != marked_ && number != SIZE_MAX;
+    marked_ = number;
+    channel_->setCurrentIndex(follow ? static_cast<int>(marked - columns_.begin())
+                                     : std::max(channel_->findText(chosen), columns_.empty() ? -1 : 0));
     showSpectrum();
 }
 

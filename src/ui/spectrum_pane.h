@@ -85,6 +85,7 @@ private:
 
     std::vector<MeasuredColumn> columns_;  ///< channels that are shown
     std::vector<double> fullScales_;       ///< volts, of those
+    size_t marked_ = SIZE_MAX;             ///< channel that the user has marked last
     std::optional<Wanted> wanted_;
     Spectrum spectrum_;
     std::vector<size_t> channels_;  ///< of the spectrum
