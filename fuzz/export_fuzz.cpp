@@ -3,9 +3,37 @@
 
 #include <atomic>
 
+#include "exports/export_recording.h"
 #include "fuzz/scratch_folder.h"
 #include "records/recorded_format.h"
 #include "records/text_conversion.h"
+
+namespace {
+
+/// Every format of other programs takes what is described, or refuses it with words.
+void exportForOthers(const std::string& dataFile, const std::string& output, const tarno2::ExportFormat& format,
+                     const tarno2::RecordedKeys& keys) {
+    using namespace tarno2;
+    for (const ExporterRow& row : exporters()) {
+        ExportTask task;
+        task.row = &row;
+        task.dataFile = dataFile;
+        task.outputName = output;
+        task.replace = true;
+        task.format = format;
+        require(lookAround(task, keys, {}).wishProblem == WishProblem::None);
+        if (task.inputs.channelCount > 64) {
+            continue;
+        }
+        ConversionProgress progress;
+        ExportNotes notes;
+        const std::atomic<bool> stop{false};
+        const ConversionResult result = exportRecording(task, progress, stop, notes);
+        require((result.status == ConversionResult::Finished) == describe(result).empty());
+    }
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace tarno2;
@@ -47,6 +75,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         require(missingInput(inputs, format).empty());
         require(result.frames * inputs.frameBytes() + result.leftoverBytes == samples.size());
         require(progress.lines == result.frames && std::filesystem::exists(folder.file("out.txt")));
+    }
+    if (choice.has('o')) {
+        exportForOthers(dataFile, folder.file("out.bin"), format, keys);
     }
     require(folder.read("run.txt") == description && folder.read("run.dat") == samples);
     return 0;
