@@ -232,16 +232,19 @@ void T_ShowForm::buildBar() {
     bar_->addSeparator();
     for (const auto& [action, icon] :
          {std::pair{lanes_, ViewIcon::Lanes}, std::pair{legend_, ViewIcon::Legend},
-          std::pair{cursors_, ViewIcon::Cursors}, std::pair{pixelMode_, ViewIcon::Points},
-          std::pair{marksAction_, ViewIcon::Marks}, std::pair{savePicture_, ViewIcon::SavePicture},
-          std::pair{copyPicture_, ViewIcon::CopyPicture}}) {
+          std::pair{cursors_, ViewIcon::Cursors}, std::pair{spectrumShown_, ViewIcon::Spectrum},
+          std::pair{pixelMode_, ViewIcon::Points}, std::pair{marksAction_, ViewIcon::Marks},
+          std::pair{savePicture_, ViewIcon::SavePicture}, std::pair{copyPicture_, ViewIcon::CopyPicture}}) {
         icons_.emplace_back(action, icon);
         bar_->addAction(action);
     }
     bar_->insertSeparator(marksAction_);
     lanes_->setShortcut(Qt::Key_L);
-    lanes_->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-    addAction(lanes_);
+    spectrumShown_->setShortcut(Qt::Key_S);
+    for (QAction* action : {lanes_, spectrumShown_}) {
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        addAction(action);
+    }
     const auto key = [this](Qt::Key code, void (T_ShowForm::*handler)()) {
         auto* action = new QAction(this);
         action->setShortcut(code);

@@ -118,6 +118,15 @@ void drawCursors(QPainter& painter) {
     painter.drawLine(QPointF(11.0, 1.0), QPointF(11.0, 15.0));
 }
 
+// Lines above a floor.
+void drawSpectrum(QPainter& painter) {
+    painter.drawLine(QPointF(1.0, 14.5), QPointF(15.0, 14.5));
+    for (const auto& [place, height] :
+         {std::pair(3.0, 12.0), std::pair(6.5, 4.5), std::pair(10.0, 7.5), std::pair(13.5, 3.0)}) {
+        painter.drawLine(QPointF(place, 14.5), QPointF(place, 14.5 - height));
+    }
+}
+
 void drawPoints(QPainter& painter) {
     painter.setBrush(painter.pen().color());
     for (const QPointF& place :
@@ -165,6 +174,8 @@ void drawView(QPainter& painter, ViewIcon command) {
             return drawLegend(painter);
         case ViewIcon::Cursors:
             return drawCursors(painter);
+        case ViewIcon::Spectrum:
+            return drawSpectrum(painter);
         case ViewIcon::Points:
             return drawPoints(painter);
         case ViewIcon::Marks:
