@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace tarno2 {
 
@@ -50,6 +51,11 @@ public:
         return {(static_cast<double>(bin) + (above ? low : -low)) * binWidth, powers_[bin] / (loss * loss)};
     }
 
+    /// The strongest bin beside those of the constant part.
+    [[nodiscard]] size_t strongest() const {
+        const auto begin = powers_.begin() + static_cast<std::ptrdiff_t>(std::min(lobe_ + 1, powers_.size() - 1));
+        return static_cast<size_t>(std::max_element(begin, powers_.end()) - powers_.begin());
+    }
     [[nodiscard]] size_t lobe() const { return lobe_; }
     [[nodiscard]] size_t size() const { return powers_.size(); }
     [[nodiscard]] double of(size_t bin) const { return powers_[bin]; }
@@ -117,7 +123,9 @@ SpectrumFigures figuresOf(const Spectrum& spectrum, size_t channel, size_t mostP
     for (size_t i = 0; i < std::min(peaks.size(), mostPeaks); ++i) {
         out.peaks.push_back(bins.between(peaks[i], spectrum.binWidth));
     }
-    if (!peaks.empty() && peaks.front() > 2 * bins.lobe()) {
+    std::ranges::stable_sort(out.peaks, std::ranges::greater(), &SpectrumPeak::power);
+    // Something slower and stronger that is not told from the constant part would count as noise.
+    if (!peaks.empty() && peaks.front() > 2 * bins.lobe() && bins.strongest() == peaks.front()) {
         takeRatios(bins, bins.between(peaks.front(), 1.0).frequency, peaks.front(), out);
     }
     return out;

@@ -18,7 +18,8 @@ struct SpectrumPeak {
 /// bins about the constant part count for nothing.
 struct SpectrumFigures {
     std::vector<SpectrumPeak> peaks;  ///< the strongest first, of those 12 dB and more above the median bin
-    /// Of the strongest line. Missing when there is none, or it is so near 0 Hz that its harmonics run together.
+    /// Of the strongest line. Missing when there is none, it is so near 0 Hz that its harmonics run together, or
+    /// something stronger is not told from the constant part.
     std::optional<double> distortion;  ///< harmonics 2 to 10 below half the rate, as a part of the line's amplitude
     std::optional<double> signalToNoiseDb;  ///< over all that is neither the line nor one of those harmonics
     std::optional<double> spuriousFreeDb;   ///< over the strongest other bin

@@ -377,7 +377,7 @@ void SpectrumPane::showFigures() {
     const QString distortion = figures.distortion
                                    ? QString::number(*figures.distortion * 100.0, 'g', 4) + QStringLiteral(" %")
                                    : QStringLiteral("–");
-    figures_->setText(QStringLiteral("%1 %2\n%3 %4   %5 %6")
+    figures_->setText(QStringLiteral("%1 %2\n%3 %4\n%5 %6")
                           .arg(uiText(TextId::SpectrumDistortion), distortion, uiText(TextId::SpectrumNoise),
                                decibels(figures.signalToNoiseDb), uiText(TextId::SpectrumSpurious),
                                decibels(figures.spuriousFreeDb)));

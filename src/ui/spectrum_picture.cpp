@@ -52,7 +52,7 @@ void SpectrumPicture::setLogarithmic(bool logarithmic) {
 QRect SpectrumPicture::area() const {
     const int left = fontMetrics().horizontalAdvance(QStringLiteral("-1.00e-12")) + kMargin;
     const int below = fontMetrics().height() + kMargin;
-    return rect().adjusted(left, fontMetrics().height() / 2 + 2, -fontMetrics().averageCharWidth() * 3, -below);
+    return rect().adjusted(left, fontMetrics().height() / 2 + 2, -fontMetrics().averageCharWidth() * 5, -below);
 }
 
 double SpectrumPicture::highest() const {

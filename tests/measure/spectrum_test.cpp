@@ -99,6 +99,17 @@ TEST_F(SpectrumOf, DistortionNoiseAndSpuriousLines) {
     EXPECT_FALSE(constant.distortion);
 }
 
+TEST_F(SpectrumOf, FiguresAreMissingWhereTheLineIsNotToldFromTheConstantPart) {
+    Noise noise;
+    const auto slow = [&noise](size_t, size_t i) {
+        return 20000.0 * std::sin(kTurn * double(i) / 10000.0) + 20.0 * std::sin(kTurn * double(i) / 50.0) +
+               double(noise.next() % 3);
+    };
+    const SpectrumFigures figures = figuresOf(of(slow, 20000, {.length = 8192}), 0, 3);
+    ASSERT_FALSE(figures.peaks.empty());
+    EXPECT_FALSE(figures.distortion || figures.signalToNoiseDb || figures.spuriousFreeDb);
+}
+
 TEST_F(SpectrumOf, TooFewFramesAreTold) {
     const SignalFormat format = madeFormat(1);
     FramesInMemory source(std::vector<std::byte>(2000), 2);
