@@ -266,6 +266,7 @@ void T_ShowForm::draw() {
     }
     showStatus();
     showHeld();
+    showStrip();
 }
 
 void T_ShowForm::showControls() {

@@ -39,6 +39,7 @@ namespace tarno2 {
 
 class CursorTools;
 class MarkListWindow;
+class OverviewStrip;
 class ShowTools;
 class SpectrumPane;
 class T_DigitalSignalSettings;
@@ -219,6 +220,8 @@ private:
     void leavePart(int cause);
     void zoomTo(double frames);
     void showHeld();
+    void showStrip();
+    void stripWanted(double frame);
     // Lanes (show_form_lanes.cpp).
     void listenToLanes(SCOPERAEvents& events);
     void takeHidden();
@@ -280,6 +283,10 @@ private:
     QWidget* picture_ = nullptr;
     QToolBar* bar_ = nullptr;
     QLabel* heldChip_ = nullptr;  ///< over the picture
+    OverviewStrip* strip_ = nullptr;
+    Screen course_;
+    uint64_t courseFrames_ = 0;  ///< that the strip shows, and when it was given them
+    uint64_t courseAt_ = 0;
     QScrollBar* scrollBar_ = nullptr;
     QLabel* status_ = nullptr;  ///< where the mouse is, or that there are no data
     ShowTools* tools_ = nullptr;

@@ -14,6 +14,7 @@
 #include "ui/digital_signal_settings.h"
 #include "ui/mark_list_window.h"
 #include "ui/measurement_panel.h"
+#include "ui/overview_strip.h"
 #include "ui/show_form.h"
 #include "ui/show_tools.h"
 #include "ui/spectrum_pane.h"
@@ -49,6 +50,9 @@ void T_ShowForm::build() {
     layout->addWidget(rows_, 1);
     buildSpectrum();
     buildCursorTools();
+    strip_ = new OverviewStrip(this);
+    connect(strip_, &OverviewStrip::wanted, this, &T_ShowForm::stripWanted);
+    layout->addWidget(strip_);
     auto* below = new QHBoxLayout;
     below->addWidget(scrollBar_, 1);
     below->addWidget(status_);

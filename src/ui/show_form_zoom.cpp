@@ -8,6 +8,7 @@
 
 #include "config/files/figure_text.h"
 #include "display/axis_x.h"
+#include "ui/overview_strip.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
 
@@ -20,6 +21,9 @@ constexpr int kChipMargin = 8;
 
 /// Causes of the view's own, beside those of the plotting library.
 constexpr int kCauseFit = 100;
+constexpr int kCauseStrip = 101;
+
+constexpr uint64_t kStripPeriodMs = 500;
 
 }  // namespace
 
@@ -132,6 +136,50 @@ void T_ShowForm::showHeld() {
     heldChip_->setText(uiText(TextId::HeldBehind, {far}));
     heldChip_->adjustSize();
     heldChip_->move(picture_->width() - heldChip_->width() - kChipMargin, kChipMargin);
+}
+
+// The whole signal is gone through for it, so a running one gets a new strip twice a second.
+void T_ShowForm::showStrip() {
+    ShownSignal* signal = shownSignal();
+    if (signal == nullptr || !drawing_ || frameCount() == 0) {
+        strip_->setCourse({}, 0, {});
+        courseFrames_ = 0;
+        return;
+    }
+    const ShownFrames shown = shownFrames();
+    strip_->setPart(shown.low, shown.high);
+    const auto now = static_cast<uint64_t>(clock_.elapsed());
+    const uint64_t frames = signal->wholeCourse().frameCount();
+    const auto channel = drawing_->mainChannel(signal->format());
+    if (courseFrames_ != 0 && now - courseAt_ < kStripPeriodMs) {
+        return;
+    }
+    courseAt_ = now;
+    courseFrames_ = frames;
+    if (!channel || !signal->wholeCourse().build(0, frames, strip_->pixels(), course_)) {
+        strip_->setCourse({}, frames, {});
+        return;
+    }
+    const uint32_t color = drawing_->columns()[*channel].color;
+    strip_->setCourse(courseOf(course_, signal->format(), *channel, frames, strip_->pixels()), frames,
+                      QColor(static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF),
+                             static_cast<int>(color >> 16 & 0xFF)));
+    std::vector<double> marks;
+    for (const MarkFlag& mark :
+         shownMarks().flags(0.0, static_cast<double>(frames), static_cast<uint32_t>(strip_->pixels()))) {
+        marks.push_back(static_cast<double>(mark.frame));
+    }
+    strip_->setMarks(std::move(marks));
+}
+
+void T_ShowForm::stripWanted(double frame) {
+    if (shownSignal() == nullptr) {
+        return;
+    }
+    leavePart(kCauseStrip);
+    held_ = held_ || !stays();
+    setPosition(frame - span() / 2.0);
+    userChanged();
 }
 
 }  // namespace tarno2

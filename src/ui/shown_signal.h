@@ -32,6 +32,8 @@ public:
     /// Number of the channel in that column of a frame: the physical one, or its place where nothing else is known.
     [[nodiscard]] int32_t channelNumber(size_t column) const;
     [[nodiscard]] virtual ScreenSource& screens() = 0;
+    /// What gives the course of the whole signal without reading a file.
+    [[nodiscard]] virtual ScreenSource& wholeCourse() = 0;
     /// Frames as they were recorded, for a worker on another thread; null when some of them are gone. Those of a file
     /// stay the signal's and go with it, others are copied. Throws std::bad_alloc.
     [[nodiscard]] virtual std::shared_ptr<FrameSource> rawFrames(FrameSpan span) = 0;
@@ -72,6 +74,7 @@ public:
     [[nodiscard]] const MarkWriter* marks() const { return recording_.marks ? recording_.marks() : nullptr; }
     [[nodiscard]] LiveHistory& history() { return history_; }
     [[nodiscard]] ScreenSource& screens() override;
+    [[nodiscard]] ScreenSource& wholeCourse() override { return history_; }
     [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
     [[nodiscard]] uint64_t firstRawFrame() const override;
 
@@ -96,6 +99,7 @@ public:
     [[nodiscard]] const RecordedFrames& frames() const { return *frames_; }
     [[nodiscard]] const Overview& overview() const { return overview_; }
     [[nodiscard]] ScreenSource& screens() override { return overview_; }
+    [[nodiscard]] ScreenSource& wholeCourse() override { return overview_; }
     [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
     [[nodiscard]] uint64_t firstRawFrame() const override { return 0; }
 

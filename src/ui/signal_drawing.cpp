@@ -279,6 +279,17 @@ std::optional<int32_t> SignalDrawing::keyOf(uint32_t column) const {
     return column < columns_.size() ? std::optional(columns_[column].key) : std::nullopt;
 }
 
+std::optional<size_t> SignalDrawing::mainChannel(const SignalFormat& format) const {
+    std::optional<size_t> first;
+    for (size_t i = 0; i < std::min(analogColumns(format), columns_.size()); ++i) {
+        if (columns_[i].visible && columns_[i].marked) {
+            return i;
+        }
+        first = !first && columns_[i].visible ? std::optional(i) : first;
+    }
+    return first;
+}
+
 std::vector<int32_t> SignalDrawing::keys() const {
     std::vector<int32_t> keys;
     for (const Column& column : columns_) {

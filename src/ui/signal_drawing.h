@@ -86,6 +86,8 @@ public:
     [[nodiscard]] std::optional<int32_t> keyOf(uint32_t column) const;
     /// Everything that is drawn or hidden now.
     [[nodiscard]] std::vector<int32_t> keys() const;
+    /// The place of the channel among the columns that stands for all: the marked one, or the first that is shown.
+    [[nodiscard]] std::optional<size_t> mainChannel(const SignalFormat& format) const;
     /// That channel is drawn in front; -1: none.
     void setMarked(int32_t channel) { marked_ = channel; }
 
@@ -114,7 +116,7 @@ private:
     struct DrawnLane {
         LanePlan plan;
         AxisRange range;  ///< volts, codes or units
-        AxisYUnit unit;
+        AxisYUnit unit = AxisYUnit::Volts;
     };
     [[nodiscard]] bool lanesWanted(const SignalFormat& format) const;
     void scaleLanes(const ShownSignal& signal, uint64_t nowMs);

@@ -7,6 +7,7 @@
 
 #include "core/storage/data_writer.h"
 #include "display/axis_y.h"
+#include "display/course.h"
 #include "display/file_screens.h"
 #include "display/overview.h"
 #include "records/passport.h"
@@ -346,6 +347,23 @@ TEST(FileScreens, SampleWhatIsTooLongToRead) {
     EXPECT_EQ(wordsOf(screen)[126], 63 << 8);
     ASSERT_TRUE(screens.build(1 << 22, 2 << 22, 64, screen));
     EXPECT_FALSE(screen.provisional);
+}
+
+TEST(Course, OneSampleOfAWholeRecordingIsSeenInItsColumn) {
+    std::vector<int16_t> samples(200000, -5);
+    samples[2 * 61500 + 1] = 900;
+    MemoryFrames frames(samples, 2);
+    FileScreens screens(frames, format16(2));
+    Screen screen;
+    ASSERT_TRUE(screens.build(0, 100000, 200, screen));
+    const auto course = courseOf(screen, format16(2), 1, 100000, 100);
+    ASSERT_EQ(course.size(), 100U);
+    for (size_t i = 0; i < course.size(); ++i) {
+        ASSERT_TRUE(course[i].known) << i;
+        EXPECT_EQ(course[i].low, -5) << i;
+        EXPECT_EQ(course[i].high, i == 61 ? 900 : -5) << i;
+    }
+    EXPECT_EQ(courseOf(screen, format16(2), 0, 100000, 100)[61].high, -5) << "of the other channel";
 }
 
 }  // namespace

@@ -135,6 +135,11 @@ TEST_F(ShowFormLanes, KeysZoomAndTheWayBackIsKept) {
     EXPECT_NEAR(scoper_.range[kScoperaAxisX].second - scoper_.range[kScoperaAxisX].first, 25.0, 1.0);
     QTest::keyClick(&form_, Qt::Key_End);
     EXPECT_TRUE(held->isHidden());
+    // A click on the strip brings that part of the whole into the picture.
+    auto* strip = form_.findChild<QWidget*>("OverviewStrip");
+    QTest::mouseClick(strip, Qt::LeftButton, {}, QPoint(strip->width() / 4, 5));
+    EXPECT_FALSE(held->isHidden());
+    EXPECT_NEAR(scoper_.range[kScoperaAxisX].first + scoper_.range[kScoperaAxisX].second, 101.0 / 2, 3.0);
     QTest::keyClick(&form_, Qt::Key_1);
     EXPECT_NEAR(scoper_.range[kScoperaAxisX].second - scoper_.range[kScoperaAxisX].first, 500.0, 1e-9);
     while (scoper_.range[kScoperaAxisX].second - scoper_.range[kScoperaAxisX].first != 101.0) {
