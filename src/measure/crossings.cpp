@@ -1,6 +1,7 @@
 #include "measure/crossings.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -19,8 +20,9 @@ enum class Side : int8_t { Unknown, Low, High };
 /// One channel between two blocks.
 struct Watched {
     double middle = 0.0;
-    int64_t low = 0;   ///< at or below it is low
-    int64_t high = 0;  ///< at or above it is high
+    int64_t upperHalf = 0;  ///< the least code at or above the middle
+    int64_t low = 0;        ///< at or below it is low
+    int64_t high = 0;       ///< at or above it is high
     Side side = Side::Unknown;
     Side firstSide = Side::Unknown;
     std::optional<double> firstEdge;  ///< where the signal came to its first side, if that was seen
@@ -29,6 +31,12 @@ struct Watched {
     std::optional<int64_t> first;     ///< code of the first frame
     double start = 0.0;               ///< time of the first frame
     EdgeTimes edges;
+};
+
+/// A word of a row.
+struct Lane {
+    uint32_t channel = 0;
+    uint32_t frame = 0;  ///< of the row
 };
 
 double crossing(double frame, int64_t before, int64_t after, double middle) {
@@ -48,7 +56,11 @@ public:
           lows_(row_),
           highs_(row_),
           mayFall_(row_, -1),
-          mayRise_(row_, -1) {
+          mayRise_(row_, -1),
+          lanes_(row_) {
+        for (size_t i = 0; i < row_; ++i) {
+            lanes_[i] = {static_cast<uint32_t>(i % channels_), static_cast<uint32_t>(i / channels_)};
+        }
         for (size_t i = 0; i < channels_; ++i) {
             takeLevels(i, levels[i]);
         }
@@ -66,15 +78,20 @@ public:
                 watched_[i].start = firstTime_;
             }
         }
-        size_t place = 0;
+        uint64_t frame = 0;
 #if defined(__SSE2__)
         if constexpr (sizeof(Word) == 2) {
-            for (; place + row_ <= count * channels_; place += row_) {
-                lookAtRow(place);
+            const uint64_t rowFrames = row_ / channels_;
+            for (; frame + rowFrames <= count; frame += rowFrames) {
+                lookAtRow(frame);
             }
         }
 #endif
-        lookAt(place, count * channels_);
+        for (; frame < count; ++frame) {
+            for (size_t i = 0; i < channels_; ++i) {
+                lookAt(i, frame);
+            }
+        }
         for (size_t i = 0; i < channels_; ++i) {
             endBlock(i, count);
         }
@@ -98,6 +115,7 @@ private:
         const auto whole = [bias](double level) { return static_cast<int64_t>(std::clamp(level - bias, -9e15, 9e15)); };
         Watched& watched = watched_[channel];
         watched.middle = levels.middle - bias;
+        watched.upperHalf = whole(std::ceil(levels.middle));
         watched.low = whole(std::floor(levels.low));
         watched.high = whole(std::ceil(levels.high));
         if constexpr (sizeof(Word) == 2) {
@@ -116,30 +134,39 @@ private:
     }
 
 #if defined(__SSE2__)
-    void lookAtRow(size_t place) requires(sizeof(Word) == 2) {
+    // Where no two of the eight words are of one channel, those that have reached their level are known at once.
+    void lookAtRow(uint64_t frame) requires(sizeof(Word) == 2) {
+        const Word* words = words_ + frame * channels_;
+        const bool distinct = channels_ >= 8;
         const auto load = [](const int16_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
         for (size_t lane = 0; lane < row_; lane += 8) {
-            const __m128i codes = code_.ofEight(words_ + place + lane);
+            const __m128i codes = code_.ofEight(words + lane);
             const __m128i rises = _mm_and_si128(_mm_cmpgt_epi16(codes, load(&highs_[lane])), load(&mayRise_[lane]));
             const __m128i falls = _mm_and_si128(_mm_cmplt_epi16(codes, load(&lows_[lane])), load(&mayFall_[lane]));
-            if (_mm_movemask_epi8(_mm_or_si128(rises, falls)) != 0) {
-                lookAt(place + lane, place + lane + 8);
+            auto reached = static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(rises, falls)));
+            if (distinct) {
+                const auto risen = static_cast<uint32_t>(_mm_movemask_epi8(rises));
+                for (; reached != 0; reached &= reached - 1, reached &= reached - 1) {
+                    const auto bit = static_cast<size_t>(std::countr_zero(reached));
+                    reach(lanes_[lane + bit / 2].channel, (risen >> bit & 1U) != 0 ? Side::High : Side::Low,
+                          frame + lanes_[lane + bit / 2].frame);
+                }
+            } else if (reached != 0) {
+                for (size_t i = lane; i < lane + 8; ++i) {
+                    lookAt(lanes_[i].channel, frame + lanes_[i].frame);
+                }
             }
         }
     }
 #endif
 
-    void lookAt(size_t place, size_t end) {
-        size_t channel = place % channels_;
-        for (; place < end; ++place) {
-            const int64_t code = code_.of(words_[place]);
-            const Watched& watched = watched_[channel];
-            if (code >= watched.high && watched.side != Side::High) {
-                reach(channel, Side::High, place / channels_);
-            } else if (code <= watched.low && watched.side != Side::Low) {
-                reach(channel, Side::Low, place / channels_);
-            }
-            channel = channel + 1 == channels_ ? 0 : channel + 1;
+    void lookAt(size_t channel, uint64_t frame) {
+        const int64_t code = codeAt(channel, frame);
+        const Watched& watched = watched_[channel];
+        if (code >= watched.high && watched.side != Side::High) {
+            reach(channel, Side::High, frame);
+        } else if (code <= watched.low && watched.side != Side::Low) {
+            reach(channel, Side::Low, frame);
         }
     }
 
@@ -175,9 +202,8 @@ private:
         }
     }
 
-    [[nodiscard]] static bool beyond(int64_t code, double middle, Side side) {
-        const auto value = static_cast<double>(code);
-        return side == Side::High ? value >= middle : value < middle;
+    [[nodiscard]] static bool beyond(int64_t code, const Watched& watched, Side side) {
+        return (code >= watched.upperHalf) == (side == Side::High);
     }
 
     // The last crossing of the middle towards that side up to a frame that lies beyond it.
@@ -186,12 +212,12 @@ private:
         int64_t after = codeAt(channel, frame);
         for (; frame > 0; --frame) {
             const int64_t before = codeAt(channel, frame - 1);
-            if (!beyond(before, watched.middle, side)) {
+            if (!beyond(before, watched, side)) {
                 return crossing(firstTime_ + static_cast<double>(frame), before, after, watched.middle);
             }
             after = before;
         }
-        if (watched.last && !beyond(*watched.last, watched.middle, side)) {
+        if (watched.last && !beyond(*watched.last, watched, side)) {
             return crossing(firstTime_, *watched.last, after, watched.middle);
         }
         return watched.pending;
@@ -202,11 +228,11 @@ private:
         const int64_t code = codeAt(channel, count - 1);
         // Between the levels when the block ends: where it crossed the middle is kept for the next one.
         if (code > watched.low && code < watched.high) {
-            const Side towards = watched.side != Side::Unknown                 ? other(watched.side)
-                                 : static_cast<double>(code) >= watched.middle ? Side::High
-                                                                               : Side::Low;
+            const Side towards = watched.side != Side::Unknown ? other(watched.side)
+                                 : code >= watched.upperHalf   ? Side::High
+                                                               : Side::Low;
             watched.pending =
-                beyond(code, watched.middle, towards) ? crossingBefore(channel, towards, count - 1) : std::nullopt;
+                beyond(code, watched, towards) ? crossingBefore(channel, towards, count - 1) : std::nullopt;
         }
         watched.last = code;
     }
@@ -224,7 +250,7 @@ private:
         if (known && side != watched.side) {
             std::optional<double> time = next.firstEdge;
             if (!time && watched.last && next.first) {
-                time = beyond(*watched.last, watched.middle, side)
+                time = beyond(*watched.last, watched, side)
                            ? watched.pending
                            : std::optional(crossing(next.start, *watched.last, *next.first, watched.middle));
             }
@@ -248,6 +274,7 @@ private:
     std::vector<int16_t> highs_;
     std::vector<int16_t> mayFall_;
     std::vector<int16_t> mayRise_;
+    std::vector<Lane> lanes_;
 };
 
 }  // namespace

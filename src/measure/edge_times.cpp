@@ -2,22 +2,6 @@
 
 namespace tarno2 {
 
-void EdgeTimes::rise(double time) {
-    if (rises_ == 0) {
-        firstRise_ = time;
-    } else if (lastFall_) {
-        high_ += *lastFall_ - lastRise_;
-    }
-    lastRise_ = time;
-    lastFall_.reset();
-    ++rises_;
-}
-
-void EdgeTimes::fall(double time) {
-    (rises_ > 0 ? lastFall_ : firstFall_) = time;
-    ++falls_;
-}
-
 void EdgeTimes::join(const EdgeTimes& next) {
     const uint64_t falls = falls_ + next.falls_;
     if (next.firstFall_) {

@@ -8,8 +8,20 @@ namespace tarno2 {
 /// Rising and falling edges of one signal, summed up as they come, in turns. Times are frames, broken ones too.
 class EdgeTimes {
 public:
-    void rise(double time);
-    void fall(double time);
+    void rise(double time) {
+        if (rises_ == 0) {
+            firstRise_ = time;
+        } else if (lastFall_) {
+            high_ += *lastFall_ - lastRise_;
+        }
+        lastRise_ = time;
+        lastFall_.reset();
+        ++rises_;
+    }
+    void fall(double time) {
+        (rises_ > 0 ? lastFall_ : firstFall_) = time;
+        ++falls_;
+    }
     /// Takes over the edges that followed, of a stretch that begins where this one ends.
     void join(const EdgeTimes& next);
 
