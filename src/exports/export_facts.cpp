@@ -51,6 +51,11 @@ std::optional<uint64_t> streamFrame(const Passport& passport, const Place& place
     return trigger - std::min<uint64_t>(trigger, passport.synchronisation.prehistory);
 }
 
+std::optional<double> packetRateOf(const PassportRate& rate) {
+    return rate.packetsGiven ? std::optional(*rate.packetsGiven / std::max<uint32_t>(rate.decimation, 1))
+                             : std::nullopt;
+}
+
 std::optional<int64_t> startOf(const Passport& passport, const Place& place) {
     const auto frame = streamFrame(passport, place);
     if (!frame) {
@@ -60,7 +65,7 @@ std::optional<int64_t> startOf(const Passport& passport, const Place& place) {
     if (const auto clock = ClockLine::through(passport.end.clock)) {
         utc = clock->utcOf(static_cast<double>(*frame));
     } else {
-        const double rate = passport.rate.recorded;
+        const double rate = packetRateOf(passport.rate).value_or(passport.rate.recorded);
         const double seconds = rate > 0.0 ? static_cast<double>(*frame) / rate : 0.0;
         utc = (passport.end.begun != 0 ? passport.end.begun : passport.start) +
               std::llround(seconds * kMicrosecondsPerSecond);
@@ -101,6 +106,7 @@ ExportFacts findExportFacts(const std::string& dataFile, const RecordedKeys& des
         facts.start = startOf(*found.passport, place);
         facts.triggers = triggersOf(*found.passport, place);
         facts.comment = found.passport->comment;
+        facts.packetRate = packetRateOf(found.passport->rate);
         facts.device = found.passport->driver + (found.passport->board.empty() ? "" : " " + found.passport->board);
     }
     if (!facts.start && described.created) {

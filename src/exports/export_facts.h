@@ -13,6 +13,8 @@ namespace tarno2 {
 struct ExportFacts {
     /// When its first frame came, by the clocks of the place where it was recorded: microseconds since 1970.
     std::optional<int64_t> start;
+    /// Packets a second that were kept, Hz, where each frame is a packet: then it is the rate of the frames.
+    std::optional<double> packetRate;
     std::string device;              ///< driver and board, UTF-8; may be empty
     std::string comment;             ///< of the operator, UTF-8; may be empty
     std::vector<uint64_t> triggers;  ///< the frames of the file that triggered a record

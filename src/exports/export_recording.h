@@ -29,6 +29,8 @@ struct ExportTask {
 struct ExportSurroundings {
     std::string unitsProblem;  ///< in English; empty when all is known or nobody asked
     std::string marksProblem;
+    bool packetRateUnknown = false;               ///< time is told by the rate of a channel, though frames were packets
+    bool timeRunsOn = false;                      ///< it leaves out the gaps between triggered records
     WishProblem wishProblem = WishProblem::None;  ///< such a task can't be begun
     std::string wishSubject;
 };

@@ -22,6 +22,13 @@ ExportSurroundings lookAround(ExportTask& task, const RecordedKeys& described, c
             around.unitsProblem = std::move(found.problem);
         }
     }
+    if (!isText) {
+        task.facts = findExportFacts(task.dataFile, described);
+        // Text has always counted packets by the description, and asks for their rate.
+        if (task.facts.packetRate && !known.packetFrequency && !known.frequency) {
+            task.inputs.frequency = *task.facts.packetRate;
+        }
+    }
     around.wishProblem = chooseFrames(task.wish, task.inputs, task.choice, around.wishSubject);
     if ((isText && format.marks) || task.row->usesMarks) {
         const RecordedMarks recorded = findRecordedMarks(task.dataFile, frameBytes);
@@ -29,9 +36,12 @@ ExportSurroundings lookAround(ExportTask& task, const RecordedKeys& described, c
         const bool asked = isText && recorded.marks.empty();
         around.marksProblem = recorded.problem.empty() && asked ? "nothing was marked" : recorded.problem;
     }
+    ExportFormat told = format;
     if (!isText) {
-        task.facts = findExportFacts(task.dataFile, described);
+        told.firstColumn = task.row->needsRate ? FirstColumn::Seconds : FirstColumn::Absent;
     }
+    around.packetRateUnknown = !task.facts.packetRate && lacksPacketFrequency(described, known, told);
+    around.timeRunsOn = timeRunsOnOverGaps(described, told);
     return around;
 }
 

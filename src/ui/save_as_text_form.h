@@ -77,6 +77,7 @@ private:
     QWidget* buildDivider();
     QWidget* buildProgress();
     QWidget* buildPart();
+    QWidget* buildPreview();
     void loadNewCaptions();
     QRadioButton* addRadio(QButtonGroup* group, int id, const char* name, QWidget* parent);
     void connectControls();

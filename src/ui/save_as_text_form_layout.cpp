@@ -147,6 +147,17 @@ QWidget* T_SaveAsTextForm::buildPart() {
     return partBox_;
 }
 
+QWidget* T_SaveAsTextForm::buildPreview() {
+    preview_->setObjectName("Preview");
+    preview_->setReadOnly(true);
+    preview_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    preview_->setTabChangesFocus(true);
+    constexpr int kRows = 5;  // three lines, their margins and a scroll bar
+    preview_->setFixedHeight(preview_->fontMetrics().lineSpacing() * kRows);
+    (new QVBoxLayout(previewBox_))->addWidget(preview_);
+    return previewBox_;
+}
+
 void T_SaveAsTextForm::build() {
     fileNameEdit_->setObjectName("FileNameEdit");
     fileNameEdit_->setMaxLength(static_cast<int>(kMaximumOutputName));
@@ -170,14 +181,6 @@ void T_SaveAsTextForm::build() {
         format_->addItem(QString::fromUtf8(each.title));
     }
     formatLabel_->setBuddy(format_);
-    preview_->setObjectName("Preview");
-    preview_->setReadOnly(true);
-    preview_->setLineWrapMode(QPlainTextEdit::NoWrap);
-    preview_->setTabChangesFocus(true);
-    constexpr int kRows = 5;  // three lines, their margins and a scroll bar
-    preview_->setFixedHeight(preview_->fontMetrics().lineSpacing() * kRows);
-    (new QVBoxLayout(previewBox_))->addWidget(preview_);
-
     auto* names = new QHBoxLayout;
     names->addWidget(formatLabel_);
     names->addWidget(format_);
@@ -204,7 +207,7 @@ void T_SaveAsTextForm::build() {
     buttons->addWidget(cancelButton_);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(controls_);
-    layout->addWidget(previewBox_);
+    layout->addWidget(buildPreview());
     layout->addWidget(buildProgress());
     layout->addStretch(1);
     layout->addLayout(buttons);

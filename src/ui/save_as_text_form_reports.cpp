@@ -56,10 +56,10 @@ QString T_SaveAsTextForm::finishedText(const ExportOutcome& outcome) const {
     for (const ExportNote& note : outcome.notes) {
         lines << noteText(note);
     }
-    if (lacksPacketFrequency(described_, source_.known, exportFormat(settings_))) {
+    if (outcome.around.packetRateUnknown) {
         lines << uiText(TextId::PacketFrequencyUnknown);
     }
-    if (timeRunsOnOverGaps(described_, exportFormat(settings_))) {
+    if (outcome.around.timeRunsOn) {
         lines << uiText(TextId::TriggeredTimeRunsOn);
     }
     return lines.join(QStringLiteral("\n\n"));

@@ -49,13 +49,14 @@ void complainOfInput(const std::string& key, const RecordedKeys& described, cons
 }
 
 /// What is odd about the recording, but does not keep it from being converted.
-void warn(const ConversionResult& result, const RecordedKeys& described, const ExportOptions& options) {
-    if (lacksPacketFrequency(described, options.known, options.task.format)) {
+void warn(const ConversionResult& result, const RecordedKeys& described, const ExportOptions& options,
+          const ExportSurroundings& around) {
+    if (around.packetRateUnknown) {
         complain(
             "warning: the recording was taken in packets; without --packet-frequency the time counts by the "
             "frequency of a channel");
     }
-    if (timeRunsOnOverGaps(described, options.task.format)) {
+    if (around.timeRunsOn) {
         complain("warning: the recording holds triggered records; its time runs on without the gaps between them");
     }
     if (result.leftoverBytes != 0) {
@@ -123,7 +124,7 @@ int convert(ExportOptions& options, const std::atomic<bool>& stop) {
         return kBad;
     }
     if (!options.quiet) {
-        warn(result, described, options);
+        warn(result, described, options, around);
         for (const ExportNote& note : notes) {
             complain("note: " + describe(note));
         }
