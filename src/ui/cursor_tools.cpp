@@ -141,6 +141,7 @@ void CursorTools::request(ShownSignal& signal, bool sliding) {
     }
     wanted_ = wanted;
     startedAt_ = now;
+    notice_.clear();
     startWorker(signal, wanted);
 }
 
@@ -209,7 +210,9 @@ void CursorTools::showTexts() {
     }
     const Measured& measured = panel_.model().measured();
     QString state = uiText(TextId::MeasuredSpan, {fromCodePage(formatCount(places_.between(edges_, frames_).count()))});
-    if (measured.notRead) {
+    if (!notice_.isEmpty()) {
+        state = notice_;
+    } else if (measured.notRead) {
         state = uiText(TextId::MeasuredNotRead);
     } else if (busy && static_cast<uint64_t>(clock_.elapsed()) - startedAt_ > kSlidingPeriodMs) {
         state = uiText(TextId::MeasuredProgress, {QString::number(static_cast<int>(worker_.part() * 100.0))});
@@ -217,7 +220,7 @@ void CursorTools::showTexts() {
         state = uiText(TextId::MeasuredApproximately);
     }
     const double frames = places_.frame(1, edges_) - places_.frame(0, edges_);
-    panel_.setTexts(timeBetween(std::round(frames), signal_->format().framesPerSecond, unitX_), state);
+    panel_.setTexts(timeBetween(frames, signal_->format().framesPerSecond, unitX_), state);
 }
 
 void CursorTools::forget() {
@@ -294,7 +297,8 @@ void CursorTools::snap() {
                            : nearestEdge(*source, signal_->format(), span, column.index, place);
     }
     if (!edge) {
-        emit message(uiText(TextId::NoEdgeHere));
+        notice_ = uiText(TextId::NoEdgeHere);
+        showTexts();
         return;
     }
     places_.place(places_.active(), *edge, edges_);

@@ -83,6 +83,7 @@ private:
     AxisXUnit unitX_ = AxisXUnit::Samples;
     uint64_t frames_ = 0;  ///< of the signal
     std::optional<Wanted> wanted_;
+    QString notice_;       ///< stands in the panel until the cursors move
     uint64_t number_ = 0;  ///< of the newest job
     uint64_t startedAt_ = 0;
     QElapsedTimer clock_;

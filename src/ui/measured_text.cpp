@@ -44,7 +44,7 @@ QString timeBetween(double frames, double framesPerSecond, AxisXUnit unit) {
     const AxisXUnit shown = unit == AxisXUnit::Samples ? AxisXUnit::Seconds : unit;
     QString text =
         QStringLiteral("Δt %1 %2")
-            .arg(QString::number(axisXOfFrame(frames, shown, framesPerSecond), 'g', 9), uiText(textOfTime(shown)));
+            .arg(QString::number(axisXOfFrame(frames, shown, framesPerSecond), 'g', 8), uiText(textOfTime(shown)));
     if (frames != 0.0) {
         text += QStringLiteral("   1/Δt ") + frequencyWithUnit(framesPerSecond / std::abs(frames));
     }

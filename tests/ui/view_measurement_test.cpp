@@ -160,7 +160,7 @@ TEST_F(ViewMeasurement, TableIsCopiedSavedAndFolded) {
     ASSERT_TRUE(waitForCell(0, MeasurementModel::Frequency, "10 kHz"));
     clickIn(*form_, "CopyMeasurements");
     const QStringList lines = QApplication::clipboard()->text().split('\n');
-    EXPECT_TRUE(lines[0].startsWith("Δt 6.667 ms")) << lines[0].toStdString();
+    EXPECT_TRUE(lines[0].startsWith("Δt 6.6666667 ms")) << lines[0].toStdString();
     EXPECT_TRUE(lines[2].contains("\t10 kHz\t30.00 %\t")) << lines[2].toStdString();
 
     const std::string file = folder_.file("table");
