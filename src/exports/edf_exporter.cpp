@@ -28,7 +28,7 @@ std::map<uint64_t, std::string> annotatedTexts(const ExportSubject& subject) {
     uint64_t number = 0;
     for (const uint64_t frame : subject.facts.triggers) {
         std::string& text = texts[frame];
-        text = "Trigger " + std::to_string(++number) + (text.empty() ? "" : "; ") + text;
+        text.insert(0, "Trigger " + std::to_string(++number) + (text.empty() ? "" : "; "));
     }
     texts.erase(texts.lower_bound(subject.frames), texts.end());
     return texts;
