@@ -16,8 +16,8 @@ struct CourseColumn {
     bool known = false;
 };
 
-/// The course of one channel over the frames from 0 up to, but not including, `frames`, in so many columns. The screen is
-/// that of these frames.
+/// The course of one channel over the frames from 0 up to, but not including, `frames`, in so many columns. The screen
+/// is that of these frames.
 [[nodiscard]] std::vector<CourseColumn> courseOf(const Screen& screen, const SignalFormat& format, size_t channel,
                                                  uint64_t frames, size_t columns);
 

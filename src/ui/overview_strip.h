@@ -9,8 +9,8 @@
 
 namespace tarno2 {
 
-/// The whole recording on one strip below the picture: the course of one channel, the marks, and the part that is in the
-/// picture, which can be dragged. Window thread.
+/// The whole recording on one strip below the picture: the course of one channel, the marks, and the part that is in
+/// the picture, which can be dragged. Window thread.
 class OverviewStrip : public QWidget {
     Q_OBJECT
 

@@ -14,7 +14,20 @@ enum class CommandIcon { Start, Stop, Cycle };
 /// The picture of a command of the recording, drawn like those above.
 [[nodiscard]] QIcon commandIcon(CommandIcon command, const QPalette& palette);
 
-enum class ViewIcon { Fit, Back, ZoomIn, ZoomOut, Lanes, Legend, Cursors, Spectrum, Points, Marks, SavePicture, CopyPicture };
+enum class ViewIcon {
+    Fit,
+    Back,
+    ZoomIn,
+    ZoomOut,
+    Lanes,
+    Legend,
+    Cursors,
+    Spectrum,
+    Points,
+    Marks,
+    SavePicture,
+    CopyPicture
+};
 
 /// The picture of a command of the signal view, drawn likewise.
 [[nodiscard]] QIcon viewIcon(ViewIcon command, const QPalette& palette);
