@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config/files/recording_name.h"
+#include "platform/paths.h"
 #include "records/export_names.h"
 #include "records/frame_reader.h"
 
@@ -17,9 +18,14 @@ namespace {
 constexpr size_t kBlockBytes = size_t{1} << 18;
 constexpr double kMicroseconds = 1e6;
 
+/// Whether a file of the recording has that name, be it of another piece.
 bool isOfRecording(const std::string& output, const std::string& dataFile) {
     const RecordingName own(dataFile);
     for (const RecordingName& name : {own, own.whole().value_or(own)}) {
+        const auto piece = name.pieceOf(fileNameOf(output));
+        if (piece && (isSameFile(output, name.piece(*piece)) || isSameFile(output, name.description(*piece)))) {
+            return true;
+        }
         for (const std::string& file : {name.data(), name.description(), name.passport(), name.marks(),
                                         name.checksums(), name.losses(), name.journal()}) {
             if (isSameFile(output, file)) {

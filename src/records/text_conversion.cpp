@@ -156,7 +156,7 @@ std::string describe(const ConversionResult& result) {
         case ConversionResult::CannotWrite:
             return result.subject + ": cannot be written" + because;
         case ConversionResult::OutputIsInput:
-            return result.subject + ": the text would replace the recording itself";
+            return result.subject + ": the output would replace the recording itself";
         case ConversionResult::BadName:
             return '"' + result.subject + "\" is no name for an output file: 1 to 259 characters are";
         case ConversionResult::OutputExists:

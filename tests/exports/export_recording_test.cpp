@@ -118,7 +118,8 @@ TEST_F(ExportRecording, ReplacesNothingThatItShouldNot) {
     EXPECT_EQ(run(task("wav", other)).status, ConversionResult::OutputExists);
     EXPECT_EQ(readFile(other), "mine");
     const std::string before = readFile(data_);
-    for (const char* const own : {"run.dat", "run.txt"}) {
+    folder_.write("run_3.dat", "a piece");
+    for (const char* const own : {"run.dat", "run.txt", "run_3.dat"}) {
         ExportTask onto = task("wav", folder_.file(own));
         onto.replace = true;
         EXPECT_EQ(run(onto).status, ConversionResult::OutputIsInput) << own;
