@@ -44,10 +44,9 @@ std::string trimmed(std::string text) {
 
 }  // namespace
 
-ChannelScale::ChannelScale(const ConversionInputs& inputs, size_t channel, bool inUnit) {
-    const auto [upper, lower] = inputs.ranges[channel];
-    step = (upper - lower) / (inputs.codeMaximum - inputs.codeMinimum);
-    zero = lower - inputs.codeMinimum * step;
+ChannelScale::ChannelScale(const ConversionInputs& inputs, size_t channel, bool inUnit)
+    : step((inputs.ranges[channel].first - inputs.ranges[channel].second) / (inputs.codeMaximum - inputs.codeMinimum)),
+      zero(inputs.ranges[channel].second - inputs.codeMinimum * step) {
     if (inUnit) {
         const ChannelLabel& label = inputs.labels.labelOf(channel);
         step *= label.factor;
@@ -88,10 +87,13 @@ std::string fullScaleText(const ConversionInputs& inputs, int64_t subtracted, si
         }
         const ChannelScale scale(inputs, i, true);
         const std::string unit = " " + inputs.labels.labelOf(i).unitText();
-        text += std::to_string(lowest - subtracted) + " = " +
-                numberText(scale.value(static_cast<double>(lowest)), kLength) + unit + ", " +
-                std::to_string(highest - subtracted) + " = " +
-                numberText(scale.value(static_cast<double>(highest)), kLength) + unit;
+        const auto tell = [&](int64_t code) {
+            text.append(std::to_string(code - subtracted)).append(" = ");
+            text.append(numberText(scale.value(static_cast<double>(code)), kLength)).append(unit);
+        };
+        tell(lowest);
+        text += ", ";
+        tell(highest);
     }
     return text;
 }

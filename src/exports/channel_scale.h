@@ -10,8 +10,8 @@ namespace tarno2 {
 
 /// What codes of one channel mean in its unit: value = code * step + zero.
 struct ChannelScale {
-    double step = 1.0;
-    double zero = 0.0;
+    double step;
+    double zero;
 
     /// In the unit of the channel's label, volts where it has none; `inUnit` false: always volts.
     ChannelScale(const ConversionInputs& inputs, size_t channel, bool inUnit);
