@@ -22,12 +22,10 @@ constexpr double kMicroseconds = 1e6;
 bool isOfRecording(const std::string& output, const std::string& dataFile) {
     const RecordingName own(dataFile);
     for (const RecordingName& name : {own, own.whole().value_or(own)}) {
-        const auto piece = name.pieceOf(fileNameOf(output));
-        if (piece && (isSameFile(output, name.piece(*piece)) || isSameFile(output, name.description(*piece)))) {
-            return true;
-        }
-        for (const std::string& file : {name.data(), name.description(), name.passport(), name.marks(),
-                                        name.checksums(), name.losses(), name.journal()}) {
+        const uint32_t piece = name.pieceOf(fileNameOf(output)).value_or(0);
+        for (const std::string& file :
+             {name.data(), name.description(), name.piece(piece), name.description(piece), name.passport(),
+              name.marks(), name.checksums(), name.losses(), name.journal(), name.earlierJournal()}) {
             if (isSameFile(output, file)) {
                 return true;
             }
@@ -166,7 +164,8 @@ void exportFrames(const ExportTask& task, ConversionProgress& progress, const st
 ConversionResult exportRecording(const ExportTask& task, ConversionProgress& progress, const std::atomic<bool>& stop,
                                  ExportNotes& notes) {
     if (task.row->make == nullptr) {
-        return convertToText(task.dataFile, task.outputName, task.format, task.inputs, progress, stop, task.choice);
+        return convertToText(task.dataFile, task.outputName, task.format, task.inputs, progress, stop, task.choice,
+                             [&](const std::string& name) { return isOfRecording(name, task.dataFile); });
     }
     ConversionResult result;
     try {

@@ -83,9 +83,9 @@ void writeBlocks(TextBlocks& blocks, TextPieces& pieces, const std::string& data
     }
 }
 
-void convertFrames(FrameReader& reader, const std::string& dataFile, const std::string& outputName,
-                   const ExportFormat& format, const ConversionInputs& inputs, const FrameChoice& choice,
-                   ConversionProgress& progress, const std::atomic<bool>& stop, ConversionResult& result) {
+void convertFrames(FrameReader& reader, const std::string& dataFile, TextPieces& pieces, const ExportFormat& format,
+                   const ConversionInputs& inputs, const FrameChoice& choice, ConversionProgress& progress,
+                   const std::atomic<bool>& stop, ConversionResult& result) {
     const FrameFormatter formatter(format, inputs, reader.total(), choice);
     if (formatter.longestLine() > TextBlocks::kTextSize) {
         result.status = ConversionResult::BadInput;
@@ -96,8 +96,6 @@ void convertFrames(FrameReader& reader, const std::string& dataFile, const std::
     progress.totalLines = reader.total();
     progress.totalFiles = limit == 0 ? 1 : std::max<uint64_t>((reader.total() + limit - 1) / limit, 1);
     TextBlocks blocks(reader, formatter, limit, stop);
-    TextPieces pieces(dataFile, outputName, format.headings ? headingLine(format, inputs) : std::string(), limit,
-                      progress);
     if (!pieces.open(result)) {
         return;
     }
@@ -117,7 +115,7 @@ void convertFrames(FrameReader& reader, const std::string& dataFile, const std::
 
 ConversionResult convertToText(const std::string& dataFile, const std::string& outputName, const ExportFormat& format,
                                const ConversionInputs& inputs, ConversionProgress& progress,
-                               const std::atomic<bool>& stop, const FrameChoice& choice) {
+                               const std::atomic<bool>& stop, const FrameChoice& choice, const NameGuard& guard) {
     ConversionResult result;
     try {
         if (!isOutputName(outputName)) {
@@ -130,8 +128,11 @@ ConversionResult convertToText(const std::string& dataFile, const std::string& o
         result = openRecordedData(data, dataFile, inputs.frameBytes(), choice);
         if (result.status == ConversionResult::Finished) {
             FrameReader reader(data, inputs, choice, result.frames);
-            convertFrames(reader, dataFile, outputName, format, chosenInputs(inputs, choice), choice, progress, stop,
-                          result);
+            const ConversionInputs chosen = chosenInputs(inputs, choice);
+            TextPieces pieces(dataFile, outputName, guard,
+                              format.headings ? headingLine(format, chosen) : std::string(),
+                              linesPerFile(format.maximumLines), progress);
+            convertFrames(reader, dataFile, pieces, format, chosen, choice, progress, stop, result);
         }
     } catch (const std::bad_alloc&) {
         result.status = ConversionResult::NoMemory;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/file.h"
@@ -29,7 +30,7 @@ struct ConversionResult {
         CannotRead = -3,
         CannotCreate = -4,
         CannotWrite = -5,
-        OutputIsInput = -6,  ///< the text would replace the data file or its description
+        OutputIsInput = -6,  ///< the output would replace a file of the recording
         BadName = -7,        ///< empty or too long
         NothingChosen = -8,  ///< the data file ends before what was asked for begins
         OutputExists = -9,
@@ -44,16 +45,22 @@ struct ConversionResult {
     uint32_t leftoverBytes = 0;  ///< behind the last whole frame of the data file; they are not converted
 };
 
+/// Whether a file must not be replaced, by its name.
+using NameGuard = std::function<bool(const std::string&)>;
+
 /// Converts a recorded data file, or what is chosen of it, to lines of text, one a frame, on threads of its own;
 /// returns when it is done. The output is cut into pieces by `format.maximumLines`; files of their names are replaced.
 /// Without a frame there is one empty file. After a failure the pieces that were finished stay. `kStandardOutput` is
 /// the name of the program's output, into which all pieces go.
 ///
+/// The data file, its description and what `guard` (unless empty) holds back are never replaced: the conversion ends at
+/// such a name.
+///
 /// `stop` is looked at after every frame. Memory stays below 64 MiB whatever the size of the file.
 [[nodiscard]] ConversionResult convertToText(const std::string& dataFile, const std::string& outputName,
                                              const ExportFormat& format, const ConversionInputs& inputs,
                                              ConversionProgress& progress, const std::atomic<bool>& stop,
-                                             const FrameChoice& choice = {});
+                                             const FrameChoice& choice = {}, const NameGuard& guard = {});
 
 /// Opens a data file and counts its frames, of which the choice takes some, for who converts it by other means.
 [[nodiscard]] ConversionResult openRecordedData(File& data, const std::string& dataFile, uint32_t frameBytes,

@@ -7,10 +7,11 @@
 
 namespace tarno2 {
 
-TextPieces::TextPieces(const std::string& dataFile, std::string outputName, std::string headings, uint64_t linesPerFile,
-                       ConversionProgress& progress)
+TextPieces::TextPieces(const std::string& dataFile, std::string outputName, const NameGuard& guard,
+                       std::string headings, uint64_t linesPerFile, ConversionProgress& progress)
     : dataFile_(dataFile),
       outputName_(std::move(outputName)),
+      guard_(guard),
       headings_(std::move(headings)),
       linesPerFile_(linesPerFile),
       progress_(progress) {}
@@ -24,10 +25,11 @@ bool TextPieces::fail(ConversionResult& result, ConversionResult::Status status,
 
 bool TextPieces::open(ConversionResult& result) {
     name_ = outputPieceName(outputName_, pieces_);
-    if (isSameFile(name_, dataFile_) || isSameFile(name_, RecordDescription::fileNameFor(dataFile_))) {
+    const bool named = outputName_ != kStandardOutput;
+    if (isSameFile(name_, dataFile_) || isSameFile(name_, RecordDescription::fileNameFor(dataFile_)) ||
+        (named && guard_ && guard_(name_))) {
         return fail(result, ConversionResult::OutputIsInput, {});
     }
-    const bool named = outputName_ != kStandardOutput;
     if (const OsError error = named ? file_.open(name_, FileMode::CreateAlways, FileAccess::Write, FileShare::None)
                                     : file_.openStandardOutput();
         !error.ok()) {

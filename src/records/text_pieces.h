@@ -13,9 +13,9 @@ namespace tarno2 {
 class TextPieces {
 public:
     /// A file has `linesPerFile` lines (0: there is but one). Counts in `progress`.
-    /// Each begins with `headings`, which count as no line.
-    TextPieces(const std::string& dataFile, std::string outputName, std::string headings, uint64_t linesPerFile,
-               ConversionProgress& progress);
+    /// Each begins with `headings`, which count as no line. The data file, the guard and the progress must outlive it.
+    TextPieces(const std::string& dataFile, std::string outputName, const NameGuard& guard, std::string headings,
+               uint64_t linesPerFile, ConversionProgress& progress);
 
     /// Begins the next file. Sets the result's failure and returns false when it can't be.
     bool open(ConversionResult& result);
@@ -30,6 +30,7 @@ private:
 
     const std::string& dataFile_;
     const std::string outputName_;
+    const NameGuard& guard_;
     const std::string headings_;
     const uint64_t linesPerFile_;
     ConversionProgress& progress_;

@@ -119,12 +119,19 @@ TEST_F(ExportRecording, ReplacesNothingThatItShouldNot) {
     EXPECT_EQ(readFile(other), "mine");
     const std::string before = readFile(data_);
     folder_.write("run_3.dat", "a piece");
-    for (const char* const own : {"run.dat", "run.txt", "run_3.dat"}) {
-        ExportTask onto = task("wav", folder_.file(own));
-        onto.replace = true;
-        EXPECT_EQ(run(onto).status, ConversionResult::OutputIsInput) << own;
+    for (const char* const own : {"run.dat", "run.txt", "run_3.dat", "run_12.dat", "run_12.txt", "run.json",
+                                  "run.marks.csv", "run.sha256", "run.tarno2-journal"}) {
+        const std::string name = folder_.file(own);
+        const std::string kept = fileExists(name) ? readFile(name) : readFile(folder_.write(own, "kept"));
+        for (const char* const form : {"wav", "csv"}) {
+            ExportTask onto = task(form, name);
+            onto.replace = true;
+            EXPECT_EQ(run(onto).status, ConversionResult::OutputIsInput) << form << own;
+        }
+        EXPECT_EQ(readFile(name), kept);
     }
     EXPECT_EQ(readFile(data_), before);
+    EXPECT_EQ(run(task("csv", folder_.file("run_12.csv"))).status, ConversionResult::Finished);
     ExportTask good = task("wav", other);
     good.replace = true;
     EXPECT_EQ(run(good).status, ConversionResult::Finished);
