@@ -17,11 +17,11 @@ constexpr double kFull = 0.995;   // of the full scale: a level that comes so ne
 
 template <typename Use>
 void forEachTick(const QCPRange& range, double step, Use use) {
-    const double first = std::ceil(range.lower / step);
-    const double last = std::floor(range.upper / step);
     constexpr double kMost = 1000.0;
-    for (double i = first; i <= last && i - first < kMost; i += 1.0) {
-        use(i * step);
+    const double first = std::ceil(range.lower / step);
+    const double count = std::min(std::floor(range.upper / step) - first, kMost);
+    for (int i = 0; i <= count; ++i) {
+        use((first + i) * step);
     }
 }
 

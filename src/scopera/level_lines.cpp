@@ -41,6 +41,9 @@ std::optional<size_t> LevelLines::levelAt(const QPointF& place) const {
 
 const LevelLines::Level& LevelLines::move(size_t level, double pixel) {
     Level& moved = levels_[level];
+    if (!pixelOf(moved)) {
+        return moved;
+    }
     const QCPRange range = lanes_.range(laneOf(moved));
     moved.y = std::clamp(lanes_.valueAt(laneOf(moved), pixel), range.lower, range.upper);
     return moved;

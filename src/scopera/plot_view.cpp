@@ -355,7 +355,11 @@ void PlotView::changeEvent(QEvent* event) {
 }
 
 QPixmap PlotView::picture() {
-    return grab();
+    const bool scrolls = !laneScroll_->isHidden();
+    laneScroll_->hide();
+    const QPixmap taken = grab();
+    laneScroll_->setVisible(scrolls);
+    return taken;
 }
 
 }  // namespace tarno2

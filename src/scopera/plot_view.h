@@ -115,6 +115,7 @@ private:
     void applyColumns();
     // Lanes (plot_view_lanes.cpp).
     void arrangeLanes();
+    void dropLevel();
     void scrollLanes(int pixels);
     /// Arranges the view anew when its size has changed since it was drawn.
     void fitViewport();

@@ -11,6 +11,7 @@ void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
     const bool shown = lanes_.shown();
     if (shown != before) {
         held_ = {};
+        heads_->setDropLane(std::nullopt);
         yAxis->setVisible(!shown);
         yAxis->setTickLabels(!shown);
         applyFont();
@@ -19,6 +20,13 @@ void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
     }
     arrangeLanes();
     makeStale();
+}
+
+// What a level was held by may be another one now.
+void PlotView::dropLevel() {
+    if (std::holds_alternative<HeldLevel>(held_)) {
+        held_ = {};
+    }
 }
 
 void PlotView::setReadings(const SCOPERAReading* readings, uint32_t count) {
@@ -39,9 +47,7 @@ void PlotView::setLevels(const SCOPERALevel* levels, uint32_t count) {
         taken.push_back(
             {level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity, level.m_nMovable != 0});
     }
-    if (std::holds_alternative<HeldLevel>(held_)) {
-        held_ = {};
-    }
+    dropLevel();
     levels_->setLevels(std::move(taken));
     makeStale();
 }

@@ -4,11 +4,6 @@
 
 namespace tarno2 {
 
-void LaneLayout::clear() {
-    lanes_.clear();
-    sharedWith_.clear();
-}
-
 std::vector<LanePlan> LaneLayout::arrange(std::span<const LaneColumn> columns) const {
     std::vector<LanePlan> lanes;
     std::map<int32_t, size_t> placeOf;
@@ -65,8 +60,9 @@ void LaneLayout::forgetRanges() {
     }
 }
 
-bool LaneLayout::moving() const {
-    return std::ranges::any_of(lanes_, [](const auto& lane) { return lane.second.scale.moving(); });
+bool LaneLayout::moving(int32_t lane) const {
+    const auto found = lanes_.find(lane);
+    return found != lanes_.end() && !found->second.chosen && found->second.scale.moving();
 }
 
 }  // namespace tarno2

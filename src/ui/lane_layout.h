@@ -29,9 +29,6 @@ struct LanePlan {
 /// Window thread.
 class LaneLayout {
 public:
-    /// Another signal: everything as it comes.
-    void clear();
-
     /// A lane for each visible column, in their order, but for those that share one. Digital lines share with digital
     /// lines alone, channels with channels.
     [[nodiscard]] std::vector<LanePlan> arrange(std::span<const LaneColumn> columns) const;
@@ -49,8 +46,8 @@ public:
     [[nodiscard]] AxisRange automaticRange(int32_t lane, AxisRange visible, uint64_t nowMs);
     /// All ranges are automatic, and begin anew.
     void forgetRanges();
-    /// An automatic range has not settled yet.
-    [[nodiscard]] bool moving() const;
+    /// The lane's range is automatic and has not settled yet.
+    [[nodiscard]] bool moving(int32_t lane) const;
 
 private:
     struct Lane {

@@ -106,6 +106,9 @@ void OverviewStrip::paintCourse(QPainter& painter) const {
 
 // A part that is taken moves with the mouse; a click beside it brings its middle there.
 void OverviewStrip::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
     const double frame = event->position().x() / std::max(width(), 1) * static_cast<double>(frames_);
     grip_ = partRect().contains(event->position()) ? frame - (low_ + high_) / 2.0 : 0.0;
     ask(event->position().x());

@@ -52,11 +52,14 @@ T_ShowForm::T_ShowForm(ProgramSettings& settings, ISCOPERA* scoper, QWidget* par
     paintTimer_.setSingleShot(true);
     paintTimer_.setTimerType(Qt::PreciseTimer);
     connect(&paintTimer_, &QTimer::timeout, this, &T_ShowForm::FormPaint);
+    stripTimer_.setSingleShot(true);
+    connect(&stripTimer_, &QTimer::timeout, this, [this] { guarded("showStrip", [this] { showStrip(); }); });
     build();
     retranslate();
 }
 
 T_ShowForm::~T_ShowForm() {
+    endWork();
     if (scoper_ != nullptr) {
         scoper_->SetEvents(nullptr);
     }
@@ -64,20 +67,13 @@ T_ShowForm::~T_ShowForm() {
 
 void T_ShowForm::recordingStarted(LiveRecording recording) {
     guarded("recordingStarted", [&] {
-        leaveSignal();
+        leaveSignal(false);
         file_.reset();
         live_.reset();
-        if (drawing_) {
-            drawing_->clear();
-            drawing_->reset();
-            takeHidden();
-        }
         openedFile_.clear();
         held_ = false;
         wholeSpan_.reset();
         position_ = 0.0;
-        zooms_.clear();
-        zoomBack_->setEnabled(false);
         glide_.reset();
         glided_ = 0;
         readingsAt_ = 0;
@@ -106,13 +102,28 @@ void T_ShowForm::recordingStopped() {
 }
 
 // Nobody works with a signal that goes away.
-void T_ShowForm::leaveSignal() {
+void T_ShowForm::endWork() {
     if (cursorTools_) {
         cursorTools_->forget();
     }
     if (spectrum_ != nullptr) {
         spectrum_->forget();
     }
+}
+
+void T_ShowForm::leaveSignal(bool forFile) {
+    endWork();
+    if (drawing_) {
+        drawing_->clear();
+        drawing_->reset();
+        if (!forFile) {
+            drawing_->setHidden(hiddenChannels());
+        }
+    }
+    beforeSolo_.reset();
+    zooms_.clear();
+    zoomBack_->setEnabled(false);
+    courseFrames_ = 0;
 }
 
 ShownSignal* T_ShowForm::shownSignal() const {
@@ -258,6 +269,9 @@ void T_ShowForm::draw() {
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
         showFlags();
+        if (settings_.viewLanes < 0) {
+            lanes_->setChecked(drawing_->inLanes());
+        }
         const bool following = liveRuns() && !stays();
         cursorTools_->drawn(*signal, shownFrames(), *drawing_, following);
         if (spectrum_ != nullptr) {

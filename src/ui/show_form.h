@@ -182,7 +182,10 @@ private:
     /// Runs a step; what it throws is logged, and the view goes on.
     void guarded(const char* name, const std::function<void()>& step) noexcept;
 
-    void leaveSignal();
+    /// Nobody works on the frames of the shown signal any more.
+    void endWork();
+    /// The shown signal goes, and with it what belongs to it alone; a running one or a file comes.
+    void leaveSignal(bool forFile);
     [[nodiscard]] ShownSignal* shownSignal() const;
     [[nodiscard]] bool liveRuns() const;
     /// Stays where it is: an opened recording, or a live one that is not followed.
@@ -224,7 +227,8 @@ private:
     void stripWanted(double frame);
     // Lanes (show_form_lanes.cpp).
     void listenToLanes(SCOPERAEvents& events);
-    void takeHidden();
+    /// Those of the settings.
+    [[nodiscard]] std::set<int32_t> hiddenChannels() const;
     void switchColumn(uint32_t column, bool visible);
     void setHidden(std::set<int32_t> hidden);
     void solo(uint32_t column);
@@ -273,6 +277,7 @@ private:
     uint64_t glided_ = 0;  ///< frames of the running signal that are shown
     RepaintRate rate_;
     QTimer paintTimer_;
+    QTimer stripTimer_;
     QElapsedTimer clock_;
     uint64_t readingsAt_ = 0;
     bool shown_ = false;

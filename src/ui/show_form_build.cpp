@@ -61,6 +61,7 @@ void T_ShowForm::build() {
     connect(splitter_, &QSplitter::splitterMoved, this, &T_ShowForm::Splitter1Moved);
     connect(scrollBar_, &QScrollBar::valueChanged, this, &T_ShowForm::ScrollBar1Change);
     connectTools();
+    heldChip_->raise();
 }
 
 void T_ShowForm::buildPicture() {
@@ -79,7 +80,7 @@ void T_ShowForm::buildPicture() {
     picture_->setObjectName(QStringLiteral("PaintBox1"));
     picture_->setMinimumSize(fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * 5);
     splitter_->addWidget(picture_);
-    heldChip_ = new QLabel(picture_);
+    heldChip_ = new QLabel(this);
     heldChip_->setObjectName(QStringLiteral("HeldChip"));
     heldChip_->setAttribute(Qt::WA_TransparentForMouseEvents);
     heldChip_->setStyleSheet(QStringLiteral(

@@ -93,7 +93,8 @@ void T_ShowForm::FormHide() {
     shown_ = false;
     tap_.setWatched(false);
     paintTimer_.stop();
-    leaveSignal();
+    endWork();
+    stripTimer_.stop();
     if (drawing_) {
         drawing_->setEnabled(false);
     }
@@ -372,11 +373,7 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
         // Told on the thread that reads the file.
         const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
         auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
-        if (drawing_) {
-            drawing_->clear();
-            drawing_->reset();
-        }
-        leaveSignal();
+        leaveSignal(true);
         openedFile_ = dataFile;
         openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
         file_ = std::move(signal);
@@ -416,11 +413,7 @@ void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& pro
 
 void T_ShowForm::backToLive() {
     guarded("backToLive", [this] {
-        if (drawing_) {
-            drawing_->clear();
-            drawing_->reset();
-        }
-        leaveSignal();
+        leaveSignal(false);
         file_.reset();
         fileMarks_ = {};
         openedFile_.clear();

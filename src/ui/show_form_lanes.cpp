@@ -61,26 +61,27 @@ void T_ShowForm::markChannel(int channel) {
     }
 }
 
-// A recording that was opened has channels of its own: what is hidden there is forgotten with it.
-void T_ShowForm::takeHidden() {
+std::set<int32_t> T_ShowForm::hiddenChannels() const {
     std::set<int32_t> hidden;
     for (size_t i = 0; i < settings_.channels.size(); ++i) {
         if (!settings_.channels[i].shown) {
             hidden.insert(static_cast<int32_t>(i));
         }
     }
-    drawing_->setHidden(std::move(hidden));
-    beforeSolo_.reset();
+    return hidden;
 }
 
+// A recording that was opened has channels of its own: what is hidden there is forgotten with it.
 void T_ShowForm::shownChannelsChanged() {
-    if (drawing_ && !file_) {
-        std::set<int32_t> lines;
-        std::ranges::copy_if(drawing_->hidden(), std::inserter(lines, lines.end()),
-                             [](int32_t key) { return key < 0; });
-        takeHidden();
-        lines.insert(drawing_->hidden().begin(), drawing_->hidden().end());
-        drawing_->setHidden(std::move(lines));
+    if (!drawing_ || file_) {
+        return;
+    }
+    const std::set<int32_t> before = drawing_->hidden();
+    std::set<int32_t> hidden = hiddenChannels();
+    hidden.insert(before.begin(), before.lower_bound(0));  // digital lines, which the settings don't know
+    if (hidden != before) {
+        beforeSolo_.reset();
+        drawing_->setHidden(std::move(hidden));
         userChanged();
     }
 }

@@ -124,7 +124,7 @@ void T_ShowForm::NewestFrameClick() {
 
 // Who holds a running signal is told so: nothing else tells a picture that stands still from a board that does.
 void T_ShowForm::showHeld() {
-    const bool held = liveRuns() && stays() && frameCount() > 0;
+    const bool held = liveRuns() && held_ && frameCount() > 0;
     heldChip_->setVisible(held);
     if (!held) {
         return;
@@ -135,7 +135,8 @@ void T_ShowForm::showHeld() {
                                    : fromCodePage(formatCount(static_cast<uint64_t>(behind)));
     heldChip_->setText(uiText(TextId::HeldBehind, {far}));
     heldChip_->adjustSize();
-    heldChip_->move(picture_->width() - heldChip_->width() - kChipMargin, kChipMargin);
+    const QPoint corner = picture_->mapTo(this, QPoint(picture_->width(), 0));
+    heldChip_->move(corner + QPoint(-heldChip_->width() - kChipMargin, kChipMargin));
 }
 
 // The whole signal is gone through for it, so a running one gets a new strip twice a second.
@@ -152,8 +153,12 @@ void T_ShowForm::showStrip() {
     const uint64_t frames = signal->wholeCourse().frameCount();
     const auto channel = drawing_->mainChannel(signal->format());
     if (courseFrames_ != 0 && now - courseAt_ < kStripPeriodMs) {
+        if (!stripTimer_.isActive()) {
+            stripTimer_.start(static_cast<int>(kStripPeriodMs - (now - courseAt_)));
+        }
         return;
     }
+    stripTimer_.stop();
     courseAt_ = now;
     courseFrames_ = frames;
     if (!channel || !signal->wholeCourse().build(0, frames, strip_->pixels(), course_)) {

@@ -97,7 +97,8 @@ SignalDrawing::~SignalDrawing() {
 
 void SignalDrawing::reset() {
     resetScaleY();
-    layout_.clear();
+    values_.clear();
+    scoper_.SetReadings(nullptr, 0);
     lanes_.clear();
     scoper_.SetLanes(nullptr, 0);
     hidden_.clear();
@@ -273,6 +274,7 @@ void SignalDrawing::setColumns(std::vector<Column> columns) {
                           column.scale.offset, column.unitText.c_str(), column.lane, column.marked ? 1U : 0U});
     }
     scoper_.SetColumns(handed.data(), static_cast<uint32_t>(handed.size()));
+    handReadings();
 }
 
 std::optional<int32_t> SignalDrawing::keyOf(uint32_t column) const {
@@ -299,7 +301,10 @@ std::vector<int32_t> SignalDrawing::keys() const {
 }
 
 bool SignalDrawing::moving() const {
-    return settings_.axisYAutoMode && (inLanes() ? layout_.moving() : scale_.moving());
+    return settings_.axisYAutoMode &&
+           (inLanes()
+                ? std::ranges::any_of(lanes_, [this](const DrawnLane& lane) { return layout_.moving(lane.plan.key); })
+                : scale_.moving());
 }
 
 // Where the user has zoomed to. A scale that the user gives lies around 0, or above it when nothing below can come.

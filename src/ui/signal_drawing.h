@@ -113,6 +113,7 @@ private:
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
     [[nodiscard]] AxisYUnit unitOfColumn(size_t column) const;
     void setColumns(std::vector<Column> columns);
+    void handReadings();
     struct DrawnLane {
         LanePlan plan;
         AxisRange range;  ///< volts, codes or units
@@ -148,6 +149,8 @@ private:
     LaneLayout layout_;
     std::vector<DrawnLane> lanes_;  ///< none: one upon the other
     int32_t marked_ = -1;
+    std::vector<ChannelValues> values_;  ///< newest ones, for the heads
+    AxisRange codes_;                    ///< that can come
     std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string>> labels_;
 };
 

@@ -164,21 +164,26 @@ void SignalDrawing::dropColumn(uint32_t column, uint32_t lane) {
 }
 
 void SignalDrawing::showValues(const SignalFormat& format, const std::vector<ChannelValues>& values) {
-    if (!inLanes()) {
+    values_ = values;
+    codes_ = {static_cast<double>(format.minimumCode), static_cast<double>(format.maximumCode)};
+    handReadings();
+}
+
+// In the units that the columns have now.
+void SignalDrawing::handReadings() {
+    if (!inLanes() || values_.empty()) {
         return;
     }
-    const double lowest = format.minimumCode;
-    const double codes = std::max(static_cast<double>(format.maximumCode) - lowest, 1.0);
-    const size_t count = std::min({analogColumns(format), values.size(), columns_.size()});
+    const double codes = std::max(codes_.high - codes_.low, 1.0);
     std::vector<std::string> texts;
     std::vector<SCOPERAReading> readings;
-    for (size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < std::min(values_.size(), columns_.size()) && columns_[i].key >= 0; ++i) {
         const LinearScale& scale = columns_[i].scale;
-        texts.push_back(valueText(scale.of(values[i].newest), std::abs(scale.factor)).toStdString());
+        texts.push_back(valueText(scale.of(values_[i].newest), std::abs(scale.factor)).toStdString());
     }
-    for (size_t i = 0; i < count; ++i) {
+    for (size_t i = 0; i < texts.size(); ++i) {
         readings.push_back(
-            {texts[i].c_str(), (values[i].minimum - lowest) / codes, (values[i].maximum - lowest) / codes});
+            {texts[i].c_str(), (values_[i].minimum - codes_.low) / codes, (values_[i].maximum - codes_.low) / codes});
     }
     scoper_.SetReadings(readings.data(), static_cast<uint32_t>(readings.size()));
 }
