@@ -16,25 +16,25 @@ struct SampleCode {
     static constexpr uint32_t kBits = sizeof(Word) * 8;
 
     explicit SampleCode(const SampleWordFormat& word)
-        : below(word.codeBelowLines()),
-          isSigned(word.signedCodes),
-          shift(std::min(word.codeShift, kBits - 1)),
-          width(std::min(word.portShift, kBits)),
-          mask(width == kBits ? static_cast<Bits>(~Bits{0}) : static_cast<Bits>((Bits{1} << width) - 1)),
-          sign(width == 0 ? Bits{0} : static_cast<Bits>(Bits{1} << (width - 1))) {}
+        : below_(word.codeBelowLines()),
+          isSigned_(word.signedCodes),
+          shift_(std::min(word.codeShift, kBits - 1)),
+          width_(std::min(word.portShift, kBits)),
+          mask_(width_ == kBits ? static_cast<Bits>(~Bits{0}) : static_cast<Bits>((Bits{1} << width_) - 1)),
+          sign_(width_ == 0 ? Bits{0} : static_cast<Bits>(Bits{1} << (width_ - 1))) {}
 
     /// Calls `use` with a function from a word to its code, so that the loop around it is compiled for each kind.
     template <typename Use>
     auto with(Use use) const {
-        if (below) {
+        if (below_) {
             // The sign bit spreads upwards: flipped, then taken away again.
-            const Bits flip = isSigned ? sign : Bits{0};
-            return use([m = mask, flip](Word w) {
+            const Bits flip = isSigned_ ? sign_ : Bits{0};
+            return use([m = mask_, flip](Word w) {
                 return static_cast<Word>(static_cast<Bits>((static_cast<Bits>(w) & m) ^ flip) - flip);
             });
         }
         return withShift([&](auto known) {
-            if (isSigned) {
+            if (isSigned_) {
                 return use([known](Word w) { return static_cast<Word>(w >> known); });
             }
             return use([known](Word w) { return static_cast<Word>(static_cast<Bits>(w) >> known); });
@@ -43,17 +43,17 @@ struct SampleCode {
     /// The lines of a frame's first word, line 0 in bit 0; what lies above the last line is not cleared.
     [[nodiscard]] Bits lines(Word first) const {
         const auto bits = static_cast<Bits>(first);
-        return below ? (width == kBits ? Bits{0} : static_cast<Bits>(bits >> width)) : bits;
+        return below_ ? (width_ == kBits ? Bits{0} : static_cast<Bits>(bits >> width_)) : bits;
     }
     /// A word with that code and those lines: `with` and `lines` give them back.
     [[nodiscard]] Word pack(Word code, Bits lineBits) const {
         const auto bits = static_cast<Bits>(code);
-        if (below) {
-            const Bits high = width == kBits ? Bits{0} : static_cast<Bits>(lineBits << width);
-            return static_cast<Word>(static_cast<Bits>(bits & mask) | high);
+        if (below_) {
+            const Bits high = width_ == kBits ? Bits{0} : static_cast<Bits>(lineBits << width_);
+            return static_cast<Word>(static_cast<Bits>(bits & mask_) | high);
         }
-        const auto low = static_cast<Bits>((Bits{1} << shift) - 1);
-        return static_cast<Word>(static_cast<Bits>(bits << shift) | static_cast<Bits>(lineBits & low));
+        const auto low = static_cast<Bits>((Bits{1} << shift_) - 1);
+        return static_cast<Word>(static_cast<Bits>(bits << shift_) | static_cast<Bits>(lineBits & low));
     }
 
 private:
@@ -61,10 +61,10 @@ private:
     template <uint32_t Known = 0, typename Use>
     auto withShift(Use use) const {
         if constexpr (kBits > 16) {
-            return use(shift);
+            return use(shift_);
         } else {
             if constexpr (Known + 1 < kBits) {
-                if (shift != Known) {
+                if (shift_ != Known) {
                     return withShift<Known + 1>(use);
                 }
             }
@@ -72,12 +72,12 @@ private:
         }
     }
 
-    bool below;
-    bool isSigned;
-    uint32_t shift;
-    uint32_t width;
-    Bits mask;
-    Bits sign;
+    bool below_;
+    bool isSigned_;
+    uint32_t shift_;
+    uint32_t width_;
+    Bits mask_;
+    Bits sign_;
 };
 
 }  // namespace tarno2

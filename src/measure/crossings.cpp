@@ -81,7 +81,7 @@ public:
         uint64_t frame = 0;
 #if defined(__SSE2__)
         if constexpr (sizeof(Word) == 2) {
-            const uint64_t rowFrames = row_ / channels_;
+            const uint64_t rowFrames = lanes_.back().frame + 1;
             for (; frame + rowFrames <= count; frame += rowFrames) {
                 lookAtRow(frame);
             }

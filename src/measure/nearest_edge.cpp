@@ -27,8 +27,8 @@ FrameSpan around(FrameSpan span, double place, size_t frameBytes) {
 
 /// Keeps the nearest of the places that it is told.
 struct Nearest {
-    double wanted;
-    std::optional<double> found;
+    double wanted = 0.0;
+    std::optional<double> found = std::nullopt;
     void take(double place) {
         if (!found || std::abs(place - wanted) < std::abs(*found - wanted)) {
             found = place;
@@ -60,7 +60,7 @@ std::optional<double> nearestEdge(FrameSource& source, const SignalFormat& forma
         levels.push_back(CrossingLevels::between(moments.minimum, moments.maximum));
     }
     const auto origin = static_cast<double>(span.first);
-    Nearest nearest{place, std::nullopt};
+    Nearest nearest{.wanted = place};
     const auto crossings = Crossings::create(format, levels, span.first, [&](size_t of, bool, double time) {
         if (of == channel) {
             nearest.take(origin + time);
@@ -76,7 +76,7 @@ std::optional<double> nearestLineEdge(FrameSource& source, const SignalFormat& f
                                       double place) {
     span = around(span, place, format.frameBytes());
     const auto origin = static_cast<double>(span.first);
-    Nearest nearest{place, std::nullopt};
+    Nearest nearest{.wanted = place};
     LineWatch watch(format, span.first, [&](size_t of, bool, double time) {
         if (of == line) {
             nearest.take(origin + time);

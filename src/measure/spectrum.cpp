@@ -22,13 +22,18 @@ class Blocks {
 public:
     Blocks(FrameSource& source, const SignalFormat& format, FrameSpan span, const SpectrumWish& wish,
            WorkProgress& progress, Spectrum& out)
-        : source_(source), format_(format), wish_(wish), progress_(progress), out_(out) {
-        out.length = spectrumLength(wish.length, span.count());
+        : source_(source),
+          format_(format),
+          wish_(wish),
+          progress_(progress),
+          out_(out),
+          length_(spectrumLength(wish.length, span.count())),
+          first_(wish.averaged ? span.first : span.end - length_) {
+        out.length = length_;
         out.window = wish.window;
         out.binWidth = (format.framesPerSecond > 0.0 ? format.framesPerSecond : 1.0) / static_cast<double>(out.length);
         out.blocks = wish.averaged ? (span.count() - out.length) / (out.length / 2) + 1 : 1;
         out.powers.assign(wish.channels.size(), std::vector<double>(out.length / 2 + 1, 0.0));
-        first_ = wish.averaged ? span.first : span.end - out.length;
         window_ = windowSamples(wish.window, out.length);
         together_ = std::clamp<size_t>(kSampleBytes / (out.length * sizeof(double)), 1,
                                        std::max<size_t>(wish.channels.size(), 1));
@@ -114,7 +119,8 @@ private:
     const SpectrumWish& wish_;
     WorkProgress& progress_;
     Spectrum& out_;
-    uint64_t first_ = 0;
+    size_t length_;
+    uint64_t first_;       ///< frame
     size_t together_ = 1;  ///< channels that are read at once
     std::vector<double> window_;
     std::vector<double> samples_;  ///< of those channels, one after the other

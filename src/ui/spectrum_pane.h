@@ -74,9 +74,9 @@ private:
     QComboBox* scale_;
     QComboBox* length_;
     QToolButton* more_;
-    QAction* averaged_;
-    QAction* logarithmic_;
-    QAction* whole_;
+    QAction* averaged_ = nullptr;
+    QAction* logarithmic_ = nullptr;
+    QAction* whole_ = nullptr;
     QLabel* facts_;
     QComboBox* channel_;
     QTableWidget* peaks_;
