@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 #include "config/files/recording_name.h"
 #include "platform/paths.h"
-#include "platform/utf.h"
 #include "records/clock_pairs.h"
 #include "records/found_passport.h"
 
@@ -21,34 +22,42 @@ constexpr double kMicrosecondsPerSecond = 1e6;
 struct Place {
     uint64_t firstFrame = 0;   ///< of all frames of the recording, one behind the other
     uint64_t firstRecord = 0;  ///< of synchronisation
-    uint64_t frames = 0;
     uint64_t records = 0;
 };
 
-Place placeOf(const Passport& passport, const std::string& dataFile) {
-    Place place;
-    for (const PassportPiece& piece : passport.pieces) {
-        place.frames = piece.frames;
-        place.records = piece.records;
-        if (piece.file == systemToUtf8(fileNameOf(dataFile))) {
-            return place;
-        }
-        place.firstFrame += piece.frames;
-        place.firstRecord += piece.records;
-    }
-    return {};
-}
-
-/// The frame of the stream that a file begins with, if anybody knows.
-std::optional<uint64_t> streamFrame(const Passport& passport, const Place& place) {
-    if (passport.synchronisation.mode == "off") {
-        return place.firstFrame;
-    }
-    if (passport.recordFrames() == 0 || place.firstRecord >= passport.triggers.size()) {
+/// By its number, for the files may have been renamed since. Nothing of a piece that the passport doesn't list.
+std::optional<Place> placeOf(const Passport& passport, uint32_t piece) {
+    if (piece >= passport.pieces.size()) {
         return std::nullopt;
     }
-    const uint64_t trigger = passport.triggers[place.firstRecord];
-    return trigger - std::min<uint64_t>(trigger, passport.synchronisation.prehistory);
+    Place place;
+    for (uint32_t k = 0; k < piece; ++k) {
+        place.firstFrame += passport.pieces[k].frames;
+        place.firstRecord += passport.pieces[k].records;
+    }
+    place.records = passport.pieces[piece].records;
+    return place;
+}
+
+/// The frame of the stream that is a frame of a file, if anybody knows.
+std::optional<uint64_t> streamFrame(const Passport& passport, const Place& place, uint64_t frame) {
+    if (passport.synchronisation.mode == "off") {
+        return place.firstFrame + frame;
+    }
+    const uint32_t length = passport.recordFrames();
+    if (length == 0 || frame / length >= place.records ||
+        place.firstRecord + frame / length >= passport.triggers.size()) {
+        return std::nullopt;
+    }
+    const uint64_t trigger = passport.triggers[place.firstRecord + frame / length];
+    return trigger - std::min<uint64_t>(trigger, passport.synchronisation.prehistory) + frame % length;
+}
+
+/// Microseconds of so many frames at that rate, Hz; nothing where no clock could tell them.
+std::optional<int64_t> lasting(uint64_t frames, double rate) {
+    constexpr double kMostMicroseconds = 1e17;
+    const double time = rate > 0.0 ? static_cast<double>(frames) / rate * kMicrosecondsPerSecond : 0.0;
+    return time < kMostMicroseconds ? std::optional(static_cast<int64_t>(std::llround(time))) : std::nullopt;
 }
 
 std::optional<double> packetRateOf(const PassportRate& rate) {
@@ -56,21 +65,19 @@ std::optional<double> packetRateOf(const PassportRate& rate) {
                              : std::nullopt;
 }
 
-std::optional<int64_t> startOf(const Passport& passport, const Place& place) {
-    const auto frame = streamFrame(passport, place);
+std::optional<int64_t> momentOf(const Passport& passport, const Place& place, uint64_t ofFile) {
+    const auto frame = streamFrame(passport, place, ofFile);
     if (!frame) {
         return std::nullopt;
     }
-    int64_t utc = 0;
+    const int64_t offset = passport.startOffset * kMicrosecondsPerMinute;
     if (const auto clock = ClockLine::through(passport.end.clock)) {
-        utc = clock->utcOf(static_cast<double>(*frame));
-    } else {
-        const double rate = packetRateOf(passport.rate).value_or(passport.rate.recorded);
-        const double seconds = rate > 0.0 ? static_cast<double>(*frame) / rate : 0.0;
-        utc = (passport.end.begun != 0 ? passport.end.begun : passport.start) +
-              std::llround(seconds * kMicrosecondsPerSecond);
+        return clock->utcOf(static_cast<double>(*frame)) + offset;
     }
-    return utc + passport.startOffset * kMicrosecondsPerMinute;
+    const double rate = packetRateOf(passport.rate).value_or(passport.rate.recorded);
+    const auto time = lasting(*frame, rate);
+    return time ? std::optional((passport.end.begun != 0 ? passport.end.begun : passport.start) + *time + offset)
+                : std::nullopt;
 }
 
 std::vector<uint64_t> triggersOf(const Passport& passport, const Place& place) {
@@ -91,27 +98,44 @@ int64_t microseconds(const LocalTime& time) {
         .count();
 }
 
+/// The description tells when a file was begun, and nothing of the gaps between records.
+ExportFacts::MomentOf momentByDescription(const RecordedKeys& described) {
+    const auto begun = described.created ? std::optional(microseconds(*described.created)) : std::nullopt;
+    return [begun, gaps = described.triggered](uint64_t frame, double rate) {
+        const auto time = frame == 0 || (!gaps && rate > 0.0) ? lasting(frame, rate) : std::nullopt;
+        return begun && time ? std::optional(*begun + *time) : std::nullopt;
+    };
+}
+
 }  // namespace
 
 ExportFacts findExportFacts(const std::string& dataFile, const RecordedKeys& described) {
     ExportFacts facts;
     facts.device = described.driverName;
     const RecordingName name(dataFile);
+    uint32_t piece = 0;
     FoundPassport found = findPassport(name.passport());
     if (const auto whole = name.whole(); !found.there && whole) {
         found = findPassport(whole->passport());
+        piece = whole->pieceOf(fileNameOf(dataFile)).value_or(0);
     }
+    facts.momentOf = momentByDescription(described);
     if (found.passport) {
-        const Place place = placeOf(*found.passport, dataFile);
-        facts.start = startOf(*found.passport, place);
-        facts.triggers = triggersOf(*found.passport, place);
+        const auto place = placeOf(*found.passport, piece);
+        if (place) {
+            facts.triggers = triggersOf(*found.passport, *place);
+        }
         facts.comment = found.passport->comment;
         facts.packetRate = packetRateOf(found.passport->rate);
         facts.device = found.passport->driver + (found.passport->board.empty() ? "" : " " + found.passport->board);
+        const auto passport = std::make_shared<const Passport>(std::move(*found.passport));
+        facts.momentOf = [passport, place, piece, roughly = facts.momentOf](uint64_t frame, double rate) {
+            const auto moment = place ? momentOf(*passport, *place, frame) : std::nullopt;
+            // The first file begins, to the second, when its description tells.
+            return moment || piece != 0 || frame != 0 ? moment : roughly(frame, rate);
+        };
     }
-    if (!facts.start && described.created) {
-        facts.start = microseconds(*described.created);
-    }
+    facts.start = facts.momentOf(0, 0.0);
     return facts;
 }
 

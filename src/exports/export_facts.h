@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,8 +12,13 @@ namespace tarno2 {
 
 /// What is known of a data file besides its samples.
 struct ExportFacts {
+    using MomentOf = std::function<std::optional<int64_t>(uint64_t frame, double rate)>;
+
     /// When its first frame came, by the clocks of the place where it was recorded: microseconds since 1970.
     std::optional<int64_t> start;
+    /// When any frame of it came, likewise; `rate`: frames a second, Hz, where the description alone tells.
+    /// May be empty.
+    MomentOf momentOf;
     /// Packets a second that were kept, Hz, where each frame is a packet: then it is the rate of the frames.
     std::optional<double> packetRate;
     std::string device;              ///< driver and board, UTF-8; may be empty

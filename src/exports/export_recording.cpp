@@ -1,7 +1,6 @@
 #include "exports/export_recording.h"
 
 #include <algorithm>
-#include <cmath>
 #include <new>
 #include <utility>
 #include <vector>
@@ -16,7 +15,6 @@ namespace tarno2 {
 namespace {
 
 constexpr size_t kBlockBytes = size_t{1} << 18;
-constexpr double kMicroseconds = 1e6;
 
 /// Whether a file of the recording has that name, be it of another piece.
 bool isOfRecording(const std::string& output, const std::string& dataFile) {
@@ -45,9 +43,9 @@ ExportSubject subjectOf(const ExportTask& task, uint64_t frames) {
                           task.inputs.frequency / static_cast<double>(task.choice.every),
                           frames,
                           task.facts};
-    if (subject.facts.start && task.inputs.frequency > 0.0) {
-        const double later = static_cast<double>(task.choice.from) / task.inputs.frequency;
-        *subject.facts.start += std::llround(later * kMicroseconds);
+    if (task.choice.from > 0) {
+        const auto& momentOf = task.facts.momentOf;
+        subject.facts.start = momentOf ? momentOf(task.choice.from, task.inputs.frequency) : std::nullopt;
     }
     subject.facts.triggers.clear();
     for (const uint64_t frame : task.facts.triggers) {

@@ -1,5 +1,6 @@
 #include "records/clock_pairs.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarno2 {
@@ -58,7 +59,9 @@ std::optional<ClockLine> ClockLine::through(std::span<const ClockPair> pairs) {
 
 int64_t ClockLine::utcOf(double frame) const {
     const double frames = frame - static_cast<double>(origin_.frame) - atOrigin_;
-    return origin_.utc + std::llround(frames / framesPerNanosecond_ / kNanosecondsPerMicrosecond);
+    constexpr double kMost = 1e17;  // beyond any date
+    const double microseconds = frames / framesPerNanosecond_ / kNanosecondsPerMicrosecond;
+    return origin_.utc + std::llround(std::clamp(microseconds, -kMost, kMost));
 }
 
 double ClockLine::frameAt(int64_t utc) const {

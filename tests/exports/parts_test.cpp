@@ -5,6 +5,7 @@
 #include "exports/channel_scale.h"
 #include "exports/edf_header.h"
 #include "exports/edf_layout.h"
+#include "exports/export_facts.h"
 #include "exports/frame_wish.h"
 #include "exports/zip_writer.h"
 #include "records/frame_reader.h"
@@ -92,6 +93,32 @@ TEST(EdfText, HasPlainLettersAlone) {
     EdfHeader header;
     header.start = -1'500'000;  // before 1970
     EXPECT_EQ(edfHeader(header).substr(168, 16), "31.12.6923.59.58");
+}
+
+/// Two pieces of two records each, which have been renamed since.
+TEST(ExportFacts, FollowTheRecordsOfRenamedPieces) {
+    const TemporaryFolder folder;
+    Passport passport;
+    passport.state = Passport::State::Complete;
+    passport.start = 1'600'000'000'000'000;
+    passport.rate = {10.0, 10.0, 1, 10.0, false, {}, {}};
+    passport.synchronisation.mode = "records";
+    passport.synchronisation.prehistory = 2;
+    passport.synchronisation.history = 8;
+    passport.pieces = {{"old.dat", 20, 40, 2, {}}, {"old_1.dat", 20, 40, 2, {}}};
+    passport.triggers = {1, 52, 102, 202};
+    folder.write("new.json", passportText(passport));
+    const auto seconds = [&](const std::string& file, uint64_t frame) {
+        const auto moment = findExportFacts(folder.file(file), {}).momentOf(frame, 0.0);
+        return moment ? static_cast<double>(*moment - passport.start) / 1e6 : -1.0;
+    };
+    EXPECT_EQ(findExportFacts(folder.file("new.dat"), {}).triggers, (std::vector<uint64_t>{1, 12}));
+    EXPECT_EQ(findExportFacts(folder.file("new_1.dat"), {}).triggers, (std::vector<uint64_t>{2, 12}));
+    EXPECT_EQ(seconds("new.dat", 0), 0.0);
+    EXPECT_EQ(seconds("new.dat", 13), 5.3);
+    EXPECT_EQ(seconds("new_1.dat", 0), 10.0);
+    EXPECT_EQ(seconds("new_1.dat", 10), 20.0);
+    EXPECT_EQ(seconds("new_2.dat", 0), -1.0);
 }
 
 TEST(FrameWish, IsTypedAsFramesSecondsNumbersAndNames) {
