@@ -64,7 +64,7 @@ std::string numberText(double value, size_t length) {
                 best = std::move(text);
             }
         }
-        if (!best.empty() && (value == 0.0 || readBack(best) != 0.0)) {
+        if (!best.empty() && readBack(best) == value) {
             break;
         }
     }

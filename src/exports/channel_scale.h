@@ -22,7 +22,7 @@ struct ChannelScale {
 /// was taken from a code to store it. At most so many channels are told of, and then "...".
 [[nodiscard]] std::string fullScaleText(const ConversionInputs& inputs, int64_t subtracted, size_t mostChannels);
 
-/// A number in at most `length` characters, as exactly as they can tell it, without an exponent where that fits.
+/// A number in at most `length` characters, as exactly as they can tell it; without an exponent unless that tells more.
 [[nodiscard]] std::string numberText(double value, size_t length);
 
 }  // namespace tarno2

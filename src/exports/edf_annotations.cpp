@@ -9,7 +9,6 @@ namespace tarno2 {
 namespace {
 
 constexpr char kTextEnd = '\x14';
-constexpr int kDecimals = 9;
 
 }  // namespace
 

@@ -10,6 +10,8 @@ namespace tarno2 {
 /// What is noted in an EDF+ file: of each record when it begins, and the texts of its frames.
 class EdfAnnotations {
 public:
+    static constexpr int kDecimals = 9;  ///< of a time in seconds, at most
+
     /// `texts`: by frames, UTF-8; `rate`: Hz. `fraction`: seconds of the start beyond the whole second that the header
     /// tells. A record has `recordFrames` frames.
     EdfAnnotations(const std::map<uint64_t, std::string>& texts, uint64_t recordFrames, double rate, double fraction);

@@ -105,9 +105,10 @@ private:
     }
 
     [[nodiscard]] size_t roomForAnnotations() const {
+        // After a stop the closing one may have decimals that it would not have had at the end.
         const size_t closing =
             annotations_.ofRecord(0, kClosing, subject_.frames).size() - annotations_.ofRecord(0).size();
-        const size_t longest = annotations_.longest(countOf(subject_.frames)) + closing + kEdfByteBits;
+        const size_t longest = annotations_.longest(countOf(subject_.frames)) + closing + 2 * EdfAnnotations::kDecimals;
         return (longest + bytes_ - 1) / bytes_ * bytes_;
     }
 

@@ -12,8 +12,9 @@ struct EdfRecords {
     bool exactRate = true;  ///< frames / duration is the rate
 };
 
-/// Records for frames at that rate (Hz, above 0): the longest of at most a second that the format recommends for
-/// `frameBytes`, whose duration can be told exactly where there is one; longer ones where `frames` would otherwise need
+/// Records for frames at that rate (Hz, above 0): the longest of at most a second that stay below the size which
+/// the format recommends, with frames of `frameBytes`, and whose duration is a short number; without one those whose
+/// duration tells the rate best. They last longer at rates below that, and where `frames` would otherwise need
 /// more records than the header can count.
 [[nodiscard]] EdfRecords edfRecords(double rate, uint64_t frameBytes, uint64_t frames);
 

@@ -136,6 +136,10 @@ WishProblem chooseFrames(const FrameWish& wish, const ConversionInputs& inputs, 
         if (!columns.addNamed(wish.channels) && !addParts(wish.channels, columns, subject)) {
             return WishProblem::Channels;
         }
+        if (columns.found.size() > ConversionInputs::kMostChannels) {
+            subject = wish.channels;
+            return WishProblem::Channels;
+        }
         choice.columns = std::move(columns.found);
     }
     return WishProblem::None;

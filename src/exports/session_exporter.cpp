@@ -162,6 +162,10 @@ std::unique_ptr<Exporter> makeSession(const ExportSubject& subject, ExportNotes&
     if (std::nearbyint(subject.rate) != subject.rate) {
         notes.push_back({ExportNote::RateRounded, std::to_string(std::llround(subject.rate))});
     }
+    constexpr uint32_t kFloatBits = std::numeric_limits<float>::digits;
+    if (subject.inputs.codeBits > kFloatBits) {
+        notes.push_back({ExportNote::LowBitsLeftOut, std::to_string(subject.inputs.codeBits - kFloatBits)});
+    }
     return std::make_unique<SessionExporter>(subject);
 }
 

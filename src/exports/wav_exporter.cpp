@@ -1,5 +1,6 @@
 // WAVE. Samples are the codes as they were recorded; a comment tells what they mean. RF64 as EBU Tech 3306 has it.
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -56,11 +57,11 @@ public:
     }
 
     bool end(ExportSink& sink, uint64_t frames) override {
-        const uint64_t data = frames * frameBytes();
-        if (data % 2 != 0 && !sink.write(std::string(1, '\0'))) {
+        // The header first: on a full disk the byte that makes the size even may find no room.
+        if (frames != subject_.frames && !sink.patch(0, headerOf(frames))) {
             return false;
         }
-        return frames == subject_.frames || sink.patch(0, headerOf(frames));
+        return frames * frameBytes() % 2 == 0 || sink.write(std::string(1, '\0'));
     }
 
 private:
@@ -103,7 +104,7 @@ private:
         const bool plain = channels <= 2 && bytes_ == 2;
         const auto rate = static_cast<uint64_t>(std::llround(subject_.rate));
         std::string format = littleEndian(plain ? kPcm : kExtensible, 2) + littleEndian(channels, 2) +
-                             littleEndian(rate, 4) + littleEndian(rate * frameBytes(), 4) +
+                             littleEndian(rate, 4) + littleEndian(std::min<uint64_t>(rate * frameBytes(), kMost32), 4) +
                              littleEndian(frameBytes(), 2) + littleEndian(bytes_ * kWavByteBits, 2);
         if (!plain) {
             // The kind of samples, which begin with the tag of the plain format, and no place for any loudspeaker.
@@ -147,6 +148,12 @@ std::unique_ptr<Exporter> makeWav(const ExportSubject& subject, ExportNotes& not
     if (bits < needed) {
         refusal.status = ConversionResult::CodesTooWide;
         refusal.subject = std::to_string(bits);
+        return nullptr;
+    }
+    constexpr uint32_t kMostFrameBytes = 0xFFFF;
+    if (inputs.channelCount > kMostFrameBytes / (bits / kWavByteBits)) {
+        refusal.status = ConversionResult::TooManyChannels;
+        refusal.subject = std::to_string(kMostFrameBytes / (bits / kWavByteBits));
         return nullptr;
     }
     if (!(subject.rate >= 0.5 && subject.rate < kMost32)) {

@@ -58,6 +58,8 @@ TEST(NumberText, TellsAsMuchAsThereIsRoomFor) {
     EXPECT_EQ(numberText(-0.0, 8), "0");
     EXPECT_EQ(numberText(12345678.4, 8), "12345678");
     EXPECT_EQ(numberText(1.25e-12, 8), "1.25e-12");
+    EXPECT_EQ(numberText(-0.00012345, 8), "-1.23e-4");
+    EXPECT_EQ(numberText(1.2345e-5, 8), "1.234e-5");
     EXPECT_EQ(numberText(-123456789.0, 8), "-1.235e8");
 }
 

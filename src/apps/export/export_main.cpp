@@ -32,7 +32,7 @@ std::string optionsFor(const std::string& key) {
         return "--width, --code-bits, --code-shift, --signed, --unsigned, --code-min and --code-max";
     }
     if (key == "ChannelNumber") {
-        return "--channels";
+        return "--channel-count";
     }
     return key == "Frequency" ? "--frequency" : "--range";
 }
