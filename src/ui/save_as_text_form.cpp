@@ -232,6 +232,9 @@ ExportTask T_SaveAsTextForm::task() const {
     task.row = &row();
     task.dataFile = source_.dataFile;
     task.outputName = toFileName(fileNameEdit_->text());
+    if (task.outputName == kStandardOutput) {
+        task.outputName.insert(0, "./");  // a file of that name: a window has no standard output
+    }
     task.format = exportFormat(settings_);
     task.wish = {from_->text().trimmed().toStdString(), to_->text().trimmed().toStdString(),
                  static_cast<uint64_t>(every_->value()), channels_->text().trimmed().toStdString()};
