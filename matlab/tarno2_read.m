@@ -148,15 +148,24 @@ function name = pieceName(base, number, extension)
   name = [base extension];
 end
 
-% Pieces without gaps, from 0 or 1 on. A file with a passport of its own is a recording of its own.
+% Pieces without gaps, from 0 or 1 on. A file with a passport of its own is a recording of its own, and so is one whose
+% description tells of other samples.
 function numbers = piecesThere(base, extension)
   numbers = [];
-  if exist([base extension], 'file') == 2
-    numbers = 0;
-  end
-  k = 1;
-  while exist(pieceName(base, k, extension), 'file') == 2 && exist(pieceName(base, k, '.json'), 'file') ~= 2
-    numbers(end + 1) = k; %#ok<AGROW>
+  known = [];
+  k = 0;
+  while k == 0 || (exist(pieceName(base, k, extension), 'file') == 2 && exist(pieceName(base, k, '.json'), 'file') ~= 2)
+    if exist(pieceName(base, k, extension), 'file') == 2
+      if exist(pieceName(base, k, '.txt'), 'file') == 2
+        description = readDescription(pieceName(base, k, '.txt'));
+        if isempty(known)
+          known = description;
+        elseif ~isequal(known.layout, description.layout) || known.channelCount ~= description.channelCount
+          return;
+        end
+      end
+      numbers(end + 1) = k; %#ok<AGROW>
+    end
     k = k + 1;
   end
 end
