@@ -108,11 +108,11 @@ def _record_size(path: Path, keys: KeyValueText) -> Tuple[int, int]:
 
 def _time_in(text: str) -> Optional[datetime]:
     """The time of day and the date in a text: six numbers, whatever words stand between them."""
-    numbers = [int(number) for number in re.findall(r"\d+", text)[:6]]
+    numbers = [int(number) for number in re.findall(r"\d{1,18}", text)[:6]]
     if len(numbers) < 6:
         return None
     hour, minute, second, day, month, year = numbers
     try:
         return datetime(year, month, day, hour, minute, min(second, 59))
-    except ValueError:
+    except (ValueError, OverflowError):
         return None

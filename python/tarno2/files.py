@@ -59,7 +59,7 @@ class RecordingFiles:
 
     def whole(self) -> "Optional[Tuple[RecordingFiles, int]]":
         """The recording that this could be a piece of by its name, and which piece."""
-        name = re.fullmatch(r"(.+)_([1-9]\d*)", self.base, re.DOTALL)
+        name = re.fullmatch(r"(.+)_([1-9]\d{0,17})", self.base, re.DOTALL)
         return (RecordingFiles(self.folder, name[1], self.extension), int(name[2])) if name else None
 
     def following(self) -> Iterator[int]:

@@ -10,7 +10,7 @@ from .errors import RecordingError
 
 MOST_BYTES = 20 * 1024 * 1024
 
-_INTEGER = re.compile(r"\s*([+-]?\d+)")
+_INTEGER = re.compile(r"\s*([+-]?\d{1,18})(?!\d)")
 _REAL = re.compile(r"\s*([+-]?(?:\d+\.?\d*|\.\d+)(?:[eE][+-]?\d+)?)")
 
 

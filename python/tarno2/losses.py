@@ -8,7 +8,7 @@ from typing import Tuple
 
 from .passport import Loss
 
-_LINE = re.compile(r"sample = (\d+), count = (\d+), cause = (\w+)")
+_LINE = re.compile(r"sample = (\d{1,18}), count = (\d{1,18}), cause = (\w+)")
 
 
 def read_losses(path: Path) -> Tuple[Loss, ...]:

@@ -54,6 +54,6 @@ def read_marks(path: Path) -> List[Mark]:
             number, frame, utc, source, words = row
             moment = np.datetime64(parse_utc(utc), "us")
             marks[int(number)] = Mark(int(number), int(frame), moment, source, words)
-    except (ValueError, csv.Error) as error:
+    except (ValueError, OverflowError, csv.Error) as error:
         raise RecordingError(f"{path}: line {rows.line_num} is no mark") from error
     return [marks[number] for number in sorted(marks)]

@@ -82,7 +82,7 @@ def read_passport(path: Path) -> Passport:
         raise RecordingError(f"{path}: cannot be read: {error.strerror}") from error
     except KeyError as error:
         raise RecordingError(f"{path}: the passport lacks {error}") from error
-    except (ValueError, TypeError, AttributeError, RecursionError) as error:
+    except (ValueError, TypeError, AttributeError, OverflowError, RecursionError) as error:
         raise RecordingError(f"{path}: {error}") from error
 
 

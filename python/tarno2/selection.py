@@ -58,10 +58,13 @@ def select(key: Any, count: int, what: str) -> Selection:
         numbers = numbers.astype(np.int64)
     if numbers.dtype.kind not in "iu" or numbers.ndim > 1:
         raise IndexError(f"{key!r} is no number of a {what}, no slice and no list of numbers")
+    if numbers.dtype.kind == "u" and (numbers >= count).any():  # before they become signed, which the largest can't
+        raise IndexError(f"{what} {numbers.max()} is not among {count}")
+    numbers = numbers.astype(np.int64)  # narrow ones can't hold all the indexes
     outside = (numbers < -count) | (numbers >= count)
     if outside.any():
         raise IndexError(f"{what} {np.atleast_1d(numbers)[np.atleast_1d(outside)][0]} is not among {count}")
-    index = np.atleast_1d(np.where(numbers < 0, numbers + count, numbers)).astype(np.int64)
+    index = np.atleast_1d(np.where(numbers < 0, numbers + count, numbers))
     single = numbers.ndim == 0
     return Selection(range(int(index[0]), int(index[0]) + 1) if single else index, single)
 

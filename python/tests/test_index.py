@@ -33,6 +33,10 @@ def test_numbers_lists_and_names(rec):
     border = rec.pieces[1].begin
     assert rec.units[border, "bearing"] == reference[border, 0] and np.isscalar(rec.units[-1, -1])
     assert np.array_equal(rec.units[border], reference[border])
+    assert np.array_equal(rec.units[np.array([-1, 3], np.int8)], reference[[-1, 3]])
+    assert np.array_equal(rec.units[np.array([3], np.uint8)], reference[[3]])
+    with pytest.raises(IndexError):
+        rec.units[np.array([2**64 - 1], np.uint64)]
     assert np.array_equal(rec.units[10:20, ["Channel 5", 0]], reference[10:20, [2, 0]])
     rows = [border, 3, -1, border - 1, 3]
     assert np.array_equal(rec.units[rows, [0, 2]], reference[rows][:, [0, 2]])
