@@ -56,7 +56,9 @@ public:
     }
 
     bool begin(ExportSink& sink) override {
-        return zip_.add(sink, "version", "2") && zip_.add(sink, "metadata", metadata());
+        const bool done = zip_.add(sink, "version", "2") && zip_.add(sink, "metadata", metadata());
+        zip_.endGroup();
+        return done;
     }
 
     bool frames(ExportSink& sink, const uint8_t* frames, size_t count) override {
@@ -133,6 +135,7 @@ private:
                 return false;
             }
         }
+        zip_.endGroup();
         return true;
     }
 

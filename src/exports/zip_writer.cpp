@@ -110,17 +110,20 @@ bool ZipWriter::finish(ExportSink& sink) {
 }
 
 bool ZipWriter::rescue(ExportSink& sink) {
-    while (sink.cutBack(end_)) {
-        if (finish(sink)) {
-            return true;
+    while (true) {
+        const size_t whole = groups_.empty() ? 0 : groups_.back();
+        if (whole < entries_.size()) {
+            end_ = entries_[whole].offset;
+            entries_.resize(whole);
         }
-        if (entries_.empty()) {
-            break;
+        if (!sink.cutBack(end_)) {
+            return false;
         }
-        end_ = entries_.back().offset;
-        entries_.pop_back();
+        if (finish(sink) || groups_.empty()) {
+            return sink.error().ok();
+        }
+        groups_.pop_back();
     }
-    return false;
 }
 
 }  // namespace tarno2

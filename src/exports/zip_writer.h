@@ -24,19 +24,23 @@ struct ZipEntry {
 /// stand in that of 64.
 [[nodiscard]] std::string zipDirectory(std::span<const ZipEntry> entries, uint64_t begin);
 
-/// Writes a zip archive from its begin to its end, so that it needs no file. Files in it are below 4 GiB each.
+/// Writes a zip archive from its begin to its end, so that it needs no file. Files in it are below 4 GiB each. Its list
+/// stays in memory until the end, about 100 bytes a file, and is then put together in twice as much.
 class ZipWriter {
 public:
     /// Packs a whole file into the archive. False when the sink failed. Throws std::bad_alloc.
     bool add(ExportSink& sink, const std::string& name, std::string_view contents);
     /// Ends the archive.
     bool finish(ExportSink& sink);
-    /// Likewise after the sink has failed, behind the last file that is whole. Where there is no room for the end the
-    /// newest files give way to it.
+    /// What was added so far belongs together: `rescue` leaves all of what was added up to here, or none of it.
+    void endGroup() { groups_.push_back(entries_.size()); }
+    /// Likewise after the sink has failed, behind the last group that is whole. Where there is no room for the end the
+    /// newest groups give way to it.
     bool rescue(ExportSink& sink);
 
 private:
     std::vector<ZipEntry> entries_;
+    std::vector<size_t> groups_;  ///< entries up to the end of each
     std::string packed_;
     uint64_t end_ = 0;  ///< bytes up to the end of the last file
 };

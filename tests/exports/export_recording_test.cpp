@@ -75,7 +75,8 @@ protected:
         }
         if (form == "sr") {
             const size_t end = bytes.size() - 22;
-            return fits(number(end, 4) == 0x06054B50 && number(end + 12, 4) + number(end + 16, 4) == end,
+            return fits(number(end, 4) == 0x06054B50 && number(end + 8, 2) % 2 == 0 &&
+                            number(end + 12, 4) + number(end + 16, 4) == end,
                         (number(end + 8, 2) - 2) / 2);
         }
         const uint64_t records = std::stoull(bytes.substr(236));
