@@ -23,7 +23,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr uint64_t kSlidingPeriodMs = 200;
+constexpr uint64_t kSpectrumPeriodMs = 200;
 constexpr size_t kPeaks = 8;
 constexpr double kDeepestDb = -220.0;
 constexpr std::array kWindows = {TextId::SpectrumHann, TextId::SpectrumFlatTop, TextId::SpectrumBlackmanHarris,
@@ -233,7 +233,7 @@ void SpectrumPane::drawn(ShownSignal& signal, const ShownFrames& shown, const Si
     const auto now = static_cast<uint64_t>(clock_.elapsed());
     const bool sliding = following && wanted_ && wanted_->channels == wanted.channels &&
                          wanted_->window == wanted.window && wanted_->length == wanted.length;
-    if (sliding && (worker_.busy() || now - startedAt_ < kSlidingPeriodMs)) {
+    if (sliding && (worker_.busy() || now - startedAt_ < kSpectrumPeriodMs)) {
         return;
     }
     wanted_ = wanted;

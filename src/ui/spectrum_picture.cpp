@@ -13,7 +13,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int kMargin = 6;
+constexpr int kTextMargin = 6;
 constexpr double kZoomStep = 0.8;  // a notch of the wheel
 
 QString valueText(double value, bool decades) {
@@ -50,8 +50,8 @@ void SpectrumPicture::setLogarithmic(bool logarithmic) {
 }
 
 QRect SpectrumPicture::area() const {
-    const int left = fontMetrics().horizontalAdvance(QStringLiteral("-1.00e-12")) + kMargin;
-    const int below = fontMetrics().height() + kMargin;
+    const int left = fontMetrics().horizontalAdvance(QStringLiteral("-1.00e-12")) + kTextMargin;
+    const int below = fontMetrics().height() + kTextMargin;
     return rect().adjusted(left, fontMetrics().height() / 2 + 2, -fontMetrics().averageCharWidth() * 5, -below);
 }
 
@@ -93,7 +93,7 @@ void SpectrumPicture::paintEvent(QPaintEvent* /*event*/) {
     painter.fillRect(rect(), palette().color(QPalette::Base));
     painter.setPen(palette().color(QPalette::Text));
     if (curves_.curves.empty()) {
-        painter.drawText(rect().adjusted(kMargin, 0, -kMargin, 0), Qt::AlignCenter | Qt::TextWordWrap, notice_);
+        painter.drawText(rect().adjusted(kTextMargin, 0, -kTextMargin, 0), Qt::AlignCenter | Qt::TextWordWrap, notice_);
         return;
     }
     const QRect inside = area();
@@ -141,7 +141,7 @@ void SpectrumPicture::drawAxes(QPainter& painter, const QRect& area, const PlotS
     }
     painter.setPen(text);
     painter.drawRect(area);
-    painter.drawText(area.adjusted(kMargin, 2, -kMargin, 0), Qt::AlignLeft | Qt::AlignTop, curves_.unit);
+    painter.drawText(area.adjusted(kTextMargin, 2, -kTextMargin, 0), Qt::AlignLeft | Qt::AlignTop, curves_.unit);
 }
 
 // Where bins are closer than pixels their greatest is drawn, so that no line is lost between them.
@@ -186,7 +186,7 @@ void SpectrumPicture::drawMouse(QPainter& painter, const QRect& area, const Plot
     }
     const QString text = frequencyWithUnit(static_cast<double>(bin) * curves_.binWidth) + QStringLiteral("   ") +
                          QString::number(values[bin], 'g', 4) + QLatin1Char(' ') + curves_.unit;
-    const int width = fontMetrics().horizontalAdvance(text) + 2 * kMargin;
+    const int width = fontMetrics().horizontalAdvance(text) + 2 * kTextMargin;
     const QRect box(area.right() - width, area.top(), width, fontMetrics().height() + 4);
     painter.fillRect(box, palette().color(QPalette::Base));
     painter.setPen(palette().color(QPalette::Text));
