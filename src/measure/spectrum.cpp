@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <span>
 
 #include "measure/codes.h"
@@ -16,6 +17,21 @@ namespace {
 
 constexpr size_t kSampleBytes = size_t{64} << 20;  // of the channels that are read together
 constexpr double kLeastPower = 1e-40;              // below what any code can show; its logarithm is finite
+
+using WindowSamples = std::shared_ptr<const std::vector<double>>;
+
+/// The window made last is kept: a running signal asks for the same one a few times a second.
+WindowSamples windowOf(SpectrumWindow window, size_t length) {
+    static std::mutex mutex;
+    static SpectrumWindow madeWindow{};
+    static WindowSamples made;
+    const std::lock_guard lock(mutex);
+    if (!made || madeWindow != window || made->size() != length) {
+        made = std::make_shared<const std::vector<double>>(windowSamples(window, length));
+        madeWindow = window;
+    }
+    return made;
+}
 
 /// Blocks of a span, and how they are transformed.
 class Blocks {
@@ -34,7 +50,7 @@ public:
         out.binWidth = (format.framesPerSecond > 0.0 ? format.framesPerSecond : 1.0) / static_cast<double>(out.length);
         out.blocks = wish.averaged ? (span.count() - out.length) / (out.length / 2) + 1 : 1;
         out.powers.assign(wish.channels.size(), std::vector<double>(out.length / 2 + 1, 0.0));
-        window_ = windowSamples(wish.window, out.length);
+        window_ = windowOf(wish.window, out.length);
         together_ = std::clamp<size_t>(kSampleBytes / (out.length * sizeof(double)), 1,
                                        std::max<size_t>(wish.channels.size(), 1));
         samples_.resize(together_ * out.length);
@@ -44,22 +60,23 @@ public:
     [[nodiscard]] bool ready() const { return transform_ != nullptr; }
 
     [[nodiscard]] SpectrumEnd run() {
-        progress_.begin(out_.blocks * wish_.channels.size());
+        const size_t readings = (wish_.channels.size() + together_ - 1) / together_;
+        progress_.begin(out_.blocks * (readings + wish_.channels.size()) * out_.length);
         for (uint64_t block = 0; block < out_.blocks; ++block) {
             const uint64_t first = first_ + block * (out_.length / 2);
             for (size_t i = 0; i < wish_.channels.size(); i += together_) {
                 const auto channels =
                     std::span(wish_.channels).subspan(i, std::min(together_, wish_.channels.size() - i));
-                if (progress_.cancelled()) {
-                    return SpectrumEnd::Cancelled;
-                }
-                if (!read(first, channels)) {
-                    return SpectrumEnd::NotRead;
+                if (const ReadEnd end = read(first, channels); end != ReadEnd::Whole) {
+                    return end == ReadEnd::NotRead ? SpectrumEnd::NotRead : SpectrumEnd::Cancelled;
                 }
                 for (size_t k = 0; k < channels.size(); ++k) {
+                    if (progress_.cancelled()) {
+                        return SpectrumEnd::Cancelled;
+                    }
                     add(std::span(samples_).subspan(k * out_.length, out_.length), out_.powers[i + k]);
+                    progress_.add(out_.length);
                 }
-                progress_.add(channels.size());
             }
         }
         scale();
@@ -67,8 +84,7 @@ public:
     }
 
 private:
-    [[nodiscard]] bool read(uint64_t first, std::span<const SpectrumWish::Channel> channels) {
-        WorkProgress reading;
+    [[nodiscard]] ReadEnd read(uint64_t first, std::span<const SpectrumWish::Channel> channels) {
         const auto use = [&](size_t, uint64_t from, const std::byte* frames, uint64_t count) {
             for (size_t k = 0; k < channels.size(); ++k) {
                 double* out = &samples_[k * out_.length + (from - first)];
@@ -79,7 +95,7 @@ private:
                 }
             }
         };
-        return readParts(source_, {{first, first + out_.length}}, reading, use) == ReadEnd::Whole;
+        return readParts(source_, {{first, first + out_.length}}, progress_, use);
     }
 
     template <typename Word>
@@ -94,8 +110,9 @@ private:
 
     void add(std::span<const double> samples, std::vector<double>& powers) {
         const std::span<double> into = transform_->samples();
+        const std::vector<double>& window = *window_;
         for (size_t i = 0; i < samples.size(); ++i) {
-            into[i] = samples[i] * window_[i];
+            into[i] = samples[i] * window[i];
         }
         const auto bins = transform_->run();
         for (size_t i = 0; i < powers.size(); ++i) {
@@ -122,7 +139,7 @@ private:
     size_t length_;
     uint64_t first_;       ///< frame
     size_t together_ = 1;  ///< channels that are read at once
-    std::vector<double> window_;
+    WindowSamples window_;
     std::vector<double> samples_;  ///< of those channels, one after the other
     std::unique_ptr<RealTransform> transform_;
 };
