@@ -50,9 +50,17 @@ std::vector<PlotTick> PlotScale::ticks(size_t most) const {
 
 std::vector<PlotTick> PlotScale::linearTicks(size_t most) const {
     const double step = niceStep((high_ - low_) / static_cast<double>(most));
+    const double first = std::ceil(low_ / step - 1e-9);
     std::vector<PlotTick> ticks;
-    for (double i = std::ceil(low_ / step - 1e-9); i * step <= high_ + step * 1e-9; i += 1.0) {
-        ticks.push_back({i * step, true});
+    // Limits that lie closer than a number has digits for: neighbouring ticks are the same value.
+    for (size_t i = 0; i <= most + 1; ++i) {
+        const double value = (first + static_cast<double>(i)) * step;
+        if (!(value <= high_ + step * 1e-9)) {
+            break;
+        }
+        if (ticks.empty() || value > ticks.back().value) {
+            ticks.push_back({value, true});
+        }
     }
     return ticks;
 }
