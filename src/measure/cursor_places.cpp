@@ -57,8 +57,16 @@ void CursorPlaces::move(double frames, const PictureEdges& picture, uint64_t fra
     place(active_, std::clamp(wanted, low, high), picture);
 }
 
+bool CursorPlaces::onFrame(size_t cursor, const PictureEdges& picture, uint64_t frameCount) const {
+    const double at = std::round(frame(cursor, picture));
+    return at >= 0.0 && at < static_cast<double>(frameCount);
+}
+
 FrameSpan CursorPlaces::between(const PictureEdges& picture, uint64_t frameCount) const {
     const auto [left, right] = std::minmax({frame(0, picture), frame(1, picture)});
+    if (!(std::round(right) >= 0.0)) {
+        return {};
+    }
     const uint64_t first = wholeFrame(left);
     const uint64_t end = std::max(wholeFrame(right), first + 1);
     return {std::min(first, frameCount), std::min(end, frameCount)};

@@ -39,8 +39,10 @@ public:
     /// Moves the active one, within what is in the picture and among the frames that are there.
     void move(double frames, const PictureEdges& picture, uint64_t frameCount);
 
+    /// Whether a cursor stands at one of so many frames.
+    [[nodiscard]] bool onFrame(size_t cursor, const PictureEdges& picture, uint64_t frameCount) const;
     /// What lies between them: from the frame at the left one up to, but not including, the one at the right one; one
-    /// frame at least, none beyond `frameCount`. Empty when there is none.
+    /// frame at least, none before the first or beyond `frameCount`. Empty when there is none.
     [[nodiscard]] FrameSpan between(const PictureEdges& picture, uint64_t frameCount) const;
 
 private:

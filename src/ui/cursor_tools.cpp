@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <utility>
 
 #include "config/files/figure_text.h"
@@ -59,7 +60,7 @@ std::optional<FrameSpan> CursorTools::between() const {
 }
 
 void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool following) {
-    const bool begin = settings_.viewCursors && !shown_;
+    const bool switchedOn = settings_.viewCursors && !shown_;
     shown_ = settings_.viewCursors;
     panel_.setVisible(shown_);
     panel_.load(!settings_.cursorsOnSignal, settings_.hideMeasurements);
@@ -82,13 +83,24 @@ void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const Sig
     if (const bool onScreen = following && !settings_.cursorsOnSignal; onScreen != places_.onScreen()) {
         places_.fixOnScreen(onScreen, edges_);
     }
-    if (begin && places_.lost(edges_)) {
-        places_.begin(edges_);
-    }
+    beginWhereNeeded(switchedOn);
     putCursors();
     panel_.model().setColumns(measuredColumns(signal, drawing));
     request(signal, places_.onScreen());
     showTexts();
+}
+
+// Cursors that are seen nowhere help nobody, nor do places of an earlier signal that this one does not have.
+void CursorTools::beginWhereNeeded(bool switchedOn) {
+    bool begin = switchedOn && places_.lost(edges_);
+    if (newSignal_ && frames_ > 0) {
+        newSignal_ = false;
+        const bool there = places_.onFrame(0, edges_, frames_) && places_.onFrame(1, edges_, frames_);
+        begin = begin || (!places_.onScreen() && !there);
+    }
+    if (begin) {
+        places_.begin(edges_);
+    }
 }
 
 // The values of Y are the picture's own.
@@ -129,8 +141,9 @@ void CursorTools::request(ShownSignal& signal, bool sliding) {
     Wanted wanted;
     wanted.span = places_.between(edges_, frames_);
     for (size_t i = 0; i < CursorPlaces::kCount; ++i) {
-        const double frame = std::clamp(std::round(places_.frame(i, edges_)), 0.0, static_cast<double>(frames_ - 1));
-        wanted.at[i] = static_cast<uint64_t>(frame);
+        if (places_.onFrame(i, edges_, frames_)) {
+            wanted.at[i] = static_cast<uint64_t>(std::llround(places_.frame(i, edges_)));
+        }
     }
     if (wanted_ == wanted) {
         return;
@@ -148,11 +161,12 @@ void CursorTools::request(ShownSignal& signal, bool sliding) {
 // What is left as minima and maxima alone is measured at once.
 void CursorTools::startWorker(ShownSignal& signal, const Wanted& wanted) {
     const uint64_t number = ++number_;
+    // First the long one: a copy of it has most often the frames at the cursors too.
+    std::shared_ptr<FrameSource> source = wanted.span.count() > 0 ? signal.rawFrames(wanted.span) : nullptr;
     std::array<std::shared_ptr<FrameSource>, 2> points;
     for (size_t i = 0; i < points.size(); ++i) {
-        points[i] = signal.rawFrames({wanted.at[i], wanted.at[i] + 1});
+        points[i] = wanted.at[i] ? signal.rawFrames({*wanted.at[i], *wanted.at[i] + 1}) : nullptr;
     }
-    std::shared_ptr<FrameSource> source = wanted.span.count() > 0 ? signal.rawFrames(wanted.span) : nullptr;
     std::optional<SpanStatistics> rough;
     Screen screen;
     if (!source && wanted.span.count() > 0 &&
@@ -161,38 +175,43 @@ void CursorTools::startWorker(ShownSignal& signal, const Wanted& wanted) {
     }
     worker_.start([this, number, wanted, points, source, rough = std::move(rough),
                    format = signal.format()](WorkProgress& progress) {
-        const auto tell = [this, number](const Measured& measured) {
+        const auto tell = [this, number](const Measured& measured, bool preliminary) {
             QMetaObject::invokeMethod(
-                this, [this, number, measured] { finished(number, measured); }, Qt::QueuedConnection);
+                this, [this, number, measured, preliminary] { finished(number, measured, preliminary); },
+                Qt::QueuedConnection);
         };
         Measured measured;
-        for (size_t i = 0; i < points.size(); ++i) {
-            measured.at[i] = points[i] ? frameAt(*points[i], format, wanted.at[i]) : std::nullopt;
-        }
-        measured.span = rough;
-        if (source) {
-            tell(measured);
-            SpanStatistics out;
-            const ReadEnd end = measure(*source, format, wanted.span, progress, out);
-            measured.notRead = end == ReadEnd::NotRead;
-            if (end == ReadEnd::Whole) {
-                measured.span = std::move(out);
+        try {
+            for (size_t i = 0; i < points.size(); ++i) {
+                measured.at[i] = points[i] ? frameAt(*points[i], format, *wanted.at[i]) : std::nullopt;
             }
+            measured.span = rough;
+            if (source) {
+                tell(measured, true);
+                SpanStatistics out;
+                const ReadEnd end = measure(*source, format, wanted.span, progress, out);
+                measured.notRead = end == ReadEnd::NotRead;
+                if (end == ReadEnd::Whole) {
+                    measured.span = std::move(out);
+                }
+            }
+        } catch (const std::exception&) {
+            measured = {};
+            measured.notRead = true;
         }
         if (!progress.cancelled()) {
-            tell(measured);
+            tell(measured, false);
         }
     });
     progress_.start();
 }
 
 // Until the statistics are there the earlier ones stay, so that a table of a running signal does not flicker.
-void CursorTools::finished(uint64_t number, Measured measured) {
+void CursorTools::finished(uint64_t number, Measured measured, bool preliminary) {
     if (number != number_ || !shown_) {
         return;
     }
-    const bool soon = !measured.span && !measured.notRead && worker_.busy();
-    if (soon) {
+    if (preliminary) {
         measured.span = panel_.model().measured().span;
     }
     panel_.model().setMeasured(std::move(measured));
@@ -229,6 +248,7 @@ void CursorTools::forget() {
     progress_.stop();
     signal_ = nullptr;
     wanted_.reset();
+    newSignal_ = true;
     panel_.model().setMeasured({});
 }
 

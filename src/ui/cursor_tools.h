@@ -55,15 +55,16 @@ signals:
 private:
     /// What was measured last: the same again is no work.
     struct Wanted {
-        std::array<uint64_t, 2> at{};
+        std::array<std::optional<uint64_t>, 2> at;  ///< none: the cursor is beside the signal
         FrameSpan span;
         friend bool operator==(const Wanted&, const Wanted&) = default;
     };
 
+    void beginWhereNeeded(bool switchedOn);
     void putCursors();
     void request(ShownSignal& signal, bool sliding);
     void startWorker(ShownSignal& signal, const Wanted& wanted);
-    void finished(uint64_t number, Measured measured);
+    void finished(uint64_t number, Measured measured, bool preliminary);
     void showTexts();
     void snap();
     void nextCursor();
@@ -76,6 +77,7 @@ private:
     MeasurementPanel& panel_;
     CursorPlaces places_;
     bool shown_ = false;      ///< the cursors
+    bool newSignal_ = true;   ///< the cursors have still the places of another one
     bool following_ = false;  ///< the picture follows a running signal
     ShownSignal* signal_ = nullptr;
     PictureEdges edges_;

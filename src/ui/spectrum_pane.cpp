@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <exception>
 #include <utility>
 
 #include "config/files/figure_text.h"
@@ -267,7 +268,12 @@ void SpectrumPane::startWorker(ShownSignal& signal, const Wanted& wanted) {
     wish.averaged = wanted.averaged;
     worker_.start([this, number, source, wish, span = wanted.span, format = signal.format()](WorkProgress& progress) {
         Spectrum spectrum;
-        const SpectrumEnd end = spectrumOf(*source, format, span, wish, progress, spectrum);
+        SpectrumEnd end = SpectrumEnd::NotRead;
+        try {
+            end = spectrumOf(*source, format, span, wish, progress, spectrum);
+        } catch (const std::exception&) {
+            spectrum = {};
+        }
         if (end != SpectrumEnd::Cancelled) {
             QMetaObject::invokeMethod(
                 this, [this, number, end, made = std::move(spectrum)] { finished(number, end, made); },
