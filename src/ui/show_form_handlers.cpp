@@ -151,6 +151,13 @@ bool T_ShowForm::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
+void T_ShowForm::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        drawIcons();
+    }
+}
+
 void T_ShowForm::PaintBox1DblClick() {
     settings_.axisYAutoMode = true;
     forgetZoomY();
