@@ -46,6 +46,11 @@ double unitsPerVolt(AxisYUnit unit) {
     }
 }
 
+int decimalsFor(double step) {
+    constexpr double kMost = 9.0;
+    return step > 0.0 ? static_cast<int>(std::clamp(std::ceil(-std::log10(step)), 0.0, kMost)) : 0;
+}
+
 LinearScale axisYScale(const SignalFormat& format, size_t channel, AxisYUnit unit) {
     const double codes = static_cast<double>(format.maximumCode) - format.minimumCode;
     if (unit == AxisYUnit::Codes || codes <= 0.0 || channel >= format.channels.size()) {

@@ -23,6 +23,9 @@ struct LinearScale {
     [[nodiscard]] double of(double code) const { return code * factor + offset; }
 };
 
+/// Decimals with which values that lie `step` apart are told from each other, 9 at most.
+[[nodiscard]] int decimalsFor(double step);
+
 /// Turns one channel's codes into a unit, `Units` being the channel's own. `unit` must not be `Automatic`. A board
 /// without a code range gives codes.
 [[nodiscard]] LinearScale axisYScale(const SignalFormat& format, size_t channel, AxisYUnit unit);

@@ -1,5 +1,7 @@
 #include "ui/measured_columns.h"
 
+#include "ui/color.h"
+
 namespace tarno2 {
 
 std::vector<MeasuredColumn> measuredColumns(const ShownSignal& signal, const SignalDrawing& drawing) {
@@ -14,8 +16,7 @@ std::vector<MeasuredColumn> measuredColumns(const ShownSignal& signal, const Sig
         out.line = column.key < 0;
         out.index = out.line ? static_cast<size_t>(-1 - column.key) : i;
         out.name = QString::fromStdString(column.name);
-        out.color = QColor(static_cast<int>(column.color & 0xFFU), static_cast<int>(column.color >> 8 & 0xFFU),
-                           static_cast<int>(column.color >> 16 & 0xFFU));
+        out.color = fromBgr(static_cast<int32_t>(column.color));
         if (!out.line && i < signal.format().channelCount()) {
             out.unit = QString::fromStdString(column.unitText);
             out.scale = column.scale;

@@ -1,6 +1,5 @@
 #include "ui/measurement_model.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -30,9 +29,8 @@ QString headOf(int field) {
 
 /// Decimals that tell neighbouring codes apart; means have more.
 int decimalsOf(const MeasuredColumn& column, int field) {
-    const double step = std::abs(column.scale.factor);
     const int more = field == MeasurementModel::Mean || field == MeasurementModel::Rms ? 1 : 0;
-    return step > 0.0 && !column.line ? static_cast<int>(std::clamp(std::ceil(-std::log10(step)), 0.0, 9.0)) + more : 0;
+    return column.line ? 0 : decimalsFor(std::abs(column.scale.factor)) + more;
 }
 
 QString quoted(QString text) {

@@ -8,6 +8,7 @@
 
 #include "config/files/figure_text.h"
 #include "display/axis_x.h"
+#include "ui/color.h"
 #include "ui/overview_strip.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
@@ -167,8 +168,7 @@ void T_ShowForm::showStrip() {
     }
     const uint32_t color = drawing_->columns()[*channel].color;
     strip_->setCourse(courseOf(course_, signal->format(), *channel, frames, strip_->pixels()), frames,
-                      QColor(static_cast<int>(color & 0xFF), static_cast<int>(color >> 8 & 0xFF),
-                             static_cast<int>(color >> 16 & 0xFF)));
+                      fromBgr(static_cast<int32_t>(color)));
     std::vector<double> marks;
     for (const MarkFlag& mark :
          shownMarks().flags(0.0, static_cast<double>(frames), static_cast<uint32_t>(strip_->pixels()))) {

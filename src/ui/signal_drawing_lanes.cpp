@@ -15,7 +15,6 @@ namespace {
 /// So many channels can still be told apart on one axis.
 constexpr size_t kMostOnOneAxis = 4;
 constexpr double kLineMargin = 0.15;  // of the height between 0 and 1, above and below
-constexpr int kMostDecimals = 9;
 
 double largestOf(AxisRange range) {
     return std::max(std::abs(range.low), std::abs(range.high));
@@ -23,12 +22,6 @@ double largestOf(AxisRange range) {
 
 bool isUsable(AxisRange range) {
     return range.low < range.high;
-}
-
-/// As many decimals as tell neighbouring codes apart.
-QString valueText(double value, double step) {
-    const double digits = step > 0.0 ? std::ceil(-std::log10(step)) : 0.0;
-    return QString::number(value, 'f', static_cast<int>(std::clamp(digits, 0.0, double{kMostDecimals})));
 }
 
 }  // namespace
@@ -179,7 +172,8 @@ void SignalDrawing::handReadings() {
     std::vector<SCOPERAReading> readings;
     for (size_t i = 0; i < std::min(values_.size(), columns_.size()) && columns_[i].key >= 0; ++i) {
         const LinearScale& scale = columns_[i].scale;
-        texts.push_back(valueText(scale.of(values_[i].newest), std::abs(scale.factor)).toStdString());
+        const int decimals = decimalsFor(std::abs(scale.factor));
+        texts.push_back(QString::number(scale.of(values_[i].newest), 'f', decimals).toStdString());
     }
     for (size_t i = 0; i < texts.size(); ++i) {
         readings.push_back(
