@@ -16,6 +16,7 @@
 
 #include "ui/measurement_model.h"
 #include "ui/text.h"
+#include "ui/typed_keys.h"
 
 namespace tarno2 {
 
@@ -78,6 +79,7 @@ MeasurementPanel::MeasurementPanel(QWidget* parent)
     layout->setSpacing(0);
     layout->addLayout(head);
     layout->addWidget(table_);
+    new TypedKeys(this);
     connect(fold_, &QToolButton::clicked, this, [this] { emit folded(table_->isVisibleTo(this)); });
     connect(onScreen_, &QCheckBox::clicked, this, &MeasurementPanel::onScreenChanged);
     connect(snap_, &QToolButton::clicked, this, &MeasurementPanel::snapWanted);

@@ -19,6 +19,7 @@
 #include "ui/measured_text.h"
 #include "ui/spectrum_picture.h"
 #include "ui/text.h"
+#include "ui/typed_keys.h"
 
 namespace tarno2 {
 
@@ -78,6 +79,7 @@ SpectrumPane::SpectrumPane(ProgramSettings& settings, QWidget* parent)
     setObjectName(QStringLiteral("SpectrumPane"));
     clock_.start();
     build();
+    new TypedKeys(this);
     retranslate();
     loadSettings();
     connectAll();

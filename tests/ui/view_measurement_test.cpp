@@ -243,6 +243,11 @@ TEST_F(ViewMeasurement, SpectrumOfThePictureOrBetweenTheCursors) {
     const auto* picture = findIn<SpectrumPicture>(*form_, "SpectrumPicture");
     ASSERT_EQ(picture->curves().curves.size(), 1U);
     EXPECT_EQ(picture->curves().curves[0].values.size(), 2049U);
+
+    auto* window = findIn<QComboBox>(*form_, "SpectrumWindow");
+    window->setFocus();
+    QTest::keyClick(window, Qt::Key_F);
+    EXPECT_EQ(settings_.spectrumWindow, static_cast<int>(SpectrumWindow::FlatTop)) << "the view took the letter";
 }
 
 }  // namespace
