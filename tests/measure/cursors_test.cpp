@@ -36,6 +36,20 @@ TEST(CursorPlaces, StayOnTheSignalOrOnTheScreen) {
     EXPECT_EQ(places.frame(1, first), 1999.0);
 }
 
+TEST(CursorPlaces, HaveNothingBesideTheSignal) {
+    const PictureEdges picture{-50.0, 250.0};
+    CursorPlaces places;
+    places.place(0, -20.0, picture);
+    places.place(1, -3.0, picture);
+    EXPECT_EQ(places.between(picture, 100).count(), 0U);
+    EXPECT_FALSE(places.onFrame(0, picture, 100));
+    places.place(1, 99.4, picture);
+    EXPECT_EQ(places.between(picture, 100), (FrameSpan{0, 99}));
+    EXPECT_TRUE(places.onFrame(1, picture, 100));
+    places.place(0, 100.0, picture);
+    EXPECT_FALSE(places.onFrame(0, picture, 100));
+}
+
 TEST(LatestWorker, NewestJobWinsAndStopLeavesNothingAtWork) {
     LatestWorker worker;
     std::promise<void> begun;
@@ -84,6 +98,7 @@ TEST(PlotScale, TicksAreRoundAndFew) {
     EXPECT_THAT(labels({-103.0, 7.0, false}, 5), testing::ElementsAre(-100.0, -50.0, 0.0));
     EXPECT_THAT(labels({3.0, 20000.0, true}, 8), testing::ElementsAre(10.0, 100.0, 1000.0, 10000.0));
     EXPECT_LE(labels({1e-18, 1.0, true}, 5).size(), 5U);
+    EXPECT_LE(labels({1e17, 1e17 + 32.0, false}, 5).size(), 6U) << "closer than numbers lie";
     const PlotScale decades{10.0, 1000.0, true};
     EXPECT_DOUBLE_EQ(decades.partOf(100.0), 0.5);
     EXPECT_DOUBLE_EQ(decades.valueAt(0.25), 10.0 * std::sqrt(10.0));
