@@ -133,7 +133,6 @@ uint64_t LiveHistory::firstRawFrame() const {
 
 bool LiveHistory::copyRaw(uint64_t first, uint64_t end, std::vector<std::byte>& out) const {
     const Parts& parts = *parts_;
-    out.clear();
     for (const Stretch& stretch : parts.stretches) {
         if (stretch.first > first || stretch.end < end || first >= end) {
             continue;
@@ -146,6 +145,7 @@ bool LiveHistory::copyRaw(uint64_t first, uint64_t end, std::vector<std::byte>& 
                     out.size() - upToWrap * parts.frameBytes);
         return true;
     }
+    out.clear();
     return false;
 }
 

@@ -41,7 +41,7 @@ public:
     /// The oldest frame that is still here as it came.
     [[nodiscard]] uint64_t firstRawFrame() const;
     /// Copies frames from `first` up to, but not including, `end` as they came. False, and nothing, when some are gone,
-    /// were lost or have not come yet. Throws std::bad_alloc.
+    /// were lost or have not come yet. What `out` has room for is used as it is. Throws std::bad_alloc.
     [[nodiscard]] bool copyRaw(uint64_t first, uint64_t end, std::vector<std::byte>& out) const;
     /// Never provisional. Where raw frames or fine levels are gone already, the buckets are longer than asked for.
     [[nodiscard]] bool build(uint64_t first, uint64_t end, size_t buckets, Screen& screen) override;

@@ -55,6 +55,26 @@ ReadEnd readParts(FrameSource& source, const std::vector<FrameSpan>& parts, Work
     return failed ? ReadEnd::NotRead : progress.cancelled() ? ReadEnd::Cancelled : ReadEnd::Whole;
 }
 
+std::vector<std::byte> FrameBuffers::take() {
+    const std::lock_guard lock(mutex_);
+    const auto largest = std::ranges::max_element(kept_, {}, &std::vector<std::byte>::size);
+    return std::exchange(*largest, {});
+}
+
+void FrameBuffers::giveBack(std::vector<std::byte> buffer) noexcept {
+    const std::lock_guard lock(mutex_);
+    const auto smallest = std::ranges::min_element(kept_, {}, &std::vector<std::byte>::size);
+    if (smallest->size() < buffer.size()) {
+        smallest->swap(buffer);
+    }
+}
+
+FramesInMemory::~FramesInMemory() {
+    if (home_) {
+        home_->giveBack(std::move(frames_));
+    }
+}
+
 uint64_t FramesInMemory::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
     if (firstFrame < firstFrame_ || firstFrame >= frameCount()) {
         return 0;

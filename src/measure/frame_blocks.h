@@ -1,8 +1,12 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
 #include <vector>
 
 #include "display/frame_source.h"
@@ -27,11 +31,30 @@ using BlockUse = std::function<void(size_t part, uint64_t firstFrame, const std:
 [[nodiscard]] ReadEnd readParts(FrameSource& source, const std::vector<FrameSpan>& parts, WorkProgress& progress,
                                 const BlockUse& use);
 
+/// Memory of copies that are made again and again: new memory costs more than the copying. Any threads.
+class FrameBuffers {
+public:
+    /// One that was kept, with what it held; else an empty one.
+    [[nodiscard]] std::vector<std::byte> take();
+    void giveBack(std::vector<std::byte> buffer) noexcept;
+
+private:
+    std::mutex mutex_;
+    std::array<std::vector<std::byte>, 2> kept_;  ///< as many as there are workers that read at a time
+};
+
 /// Frames in memory, numbered from `firstFrame` on. Any threads.
 class FramesInMemory final : public FrameSource {
 public:
-    FramesInMemory(std::vector<std::byte> frames, size_t frameBytes, uint64_t firstFrame = 0)
-        : frames_(std::move(frames)), frameBytes_(frameBytes), firstFrame_(firstFrame) {}
+    /// `home` gets the memory back at the end.
+    FramesInMemory(std::vector<std::byte> frames, size_t frameBytes, uint64_t firstFrame = 0,
+                   std::shared_ptr<FrameBuffers> home = nullptr)
+        : frames_(std::move(frames)), frameBytes_(frameBytes), firstFrame_(firstFrame), home_(std::move(home)) {}
+    ~FramesInMemory() override;
+    FramesInMemory(const FramesInMemory&) = delete;
+    FramesInMemory& operator=(const FramesInMemory&) = delete;
+
+    [[nodiscard]] FrameSpan span() const { return {firstFrame_, frameCount()}; }
 
     [[nodiscard]] size_t frameBytes() const override { return frameBytes_; }
     [[nodiscard]] uint64_t frameCount() const override { return firstFrame_ + frames_.size() / frameBytes_; }
@@ -41,6 +64,7 @@ private:
     std::vector<std::byte> frames_;
     size_t frameBytes_;
     uint64_t firstFrame_;
+    std::shared_ptr<FrameBuffers> home_;
 };
 
 }  // namespace tarno2

@@ -2,14 +2,13 @@
 
 #include <utility>
 
-#include "measure/frame_blocks.h"
-
 namespace tarno2 {
 
 namespace {
 
 // A paint takes no more than some milliseconds to sum up so much; what is left comes with the next one.
 constexpr size_t kFetchBytes = size_t{8} << 20;
+constexpr uint64_t kKeptBytes = uint64_t{64} << 10;  // smaller copies are had for nothing
 
 /// A pointer that doesn't own.
 std::shared_ptr<FrameSource> borrowed(FrameSource& frames) {
@@ -74,11 +73,22 @@ std::shared_ptr<FrameSource> LiveSignal::rawFrames(FrameSpan span) {
     if (fromFile()) {
         return borrowed(*frames_);
     }
-    std::vector<std::byte> frames;
+    if (auto copy = newestCopy_.lock()) {
+        if (copy->span().first <= span.first && span.end <= copy->span().end) {
+            return copy;
+        }
+    }
+    const bool large = span.count() * format().frameBytes() >= kKeptBytes;
+    std::vector<std::byte> frames = large ? buffers_->take() : std::vector<std::byte>();
     if (!history_.copyRaw(span.first, span.end, frames)) {
         return nullptr;
     }
-    return std::make_shared<FramesInMemory>(std::move(frames), format().frameBytes(), span.first);
+    auto copy = std::make_shared<FramesInMemory>(std::move(frames), format().frameBytes(), span.first,
+                                                 large ? buffers_ : nullptr);
+    if (large) {
+        newestCopy_ = copy;
+    }
+    return copy;
 }
 
 uint64_t LiveSignal::firstRawFrame() const {

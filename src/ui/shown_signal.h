@@ -15,6 +15,7 @@
 #include "display/running_screens.h"
 #include "display/screen.h"
 #include "display/signal_format.h"
+#include "measure/frame_blocks.h"
 #include "measure/frame_span.h"
 
 namespace tarno2 {
@@ -84,6 +85,8 @@ private:
 
     LiveRecording recording_;
     LiveHistory history_;
+    std::shared_ptr<FrameBuffers> buffers_ = std::make_shared<FrameBuffers>();
+    std::weak_ptr<FramesInMemory> newestCopy_;  ///< who works with the same frames shares it
     bool running_ = true;
     std::unique_ptr<FrameSource> frames_;
     std::unique_ptr<FileScreens> file_;
