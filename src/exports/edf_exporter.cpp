@@ -51,16 +51,7 @@ public:
     [[nodiscard]] uint32_t dropped() const { return dropped_; }
     [[nodiscard]] uint64_t padding() const { return countOf(subject_.frames) * records_.frames - subject_.frames; }
     /// Whether the header tells the limits of a channel with all their digits.
-    [[nodiscard]] bool exactLimits() const {
-        return std::ranges::all_of(signals(), [](const EdfSignal& signal) {
-            constexpr double kExact = 1e-12;
-            const auto told = [](double value) {
-                const double read = std::strtod(numberText(value, 8).c_str(), nullptr);
-                return std::fabs(read - value) <= kExact * std::fabs(value);
-            };
-            return told(signal.physicalMinimum) && told(signal.physicalMaximum);
-        });
-    }
+    [[nodiscard]] bool exactLimits() const { return std::ranges::all_of(signals(), &EdfSignal::exact); }
 
     bool begin(ExportSink& sink) override {
         const bool done = sink.write(header(subject_.frames));
@@ -124,8 +115,8 @@ private:
                 return scale.value(std::ldexp(static_cast<double>(stored), static_cast<int>(dropped_)) +
                                    static_cast<double>(codes_.subtracted()));
             };
-            signals.push_back({nameOf(inputs.labels.channelName(i), i), inputs.labels.labelOf(i).unitText(),
-                               told(lowest), told(highest), lowest, highest, records_.frames});
+            signals.push_back(tellable({nameOf(inputs.labels.channelName(i), i), inputs.labels.labelOf(i).unitText(),
+                                        told(lowest), told(highest), lowest, highest, records_.frames}));
         }
         for (uint32_t i = 0; i < inputs.digitalLines; ++i) {
             const std::string name = inputs.labels.lineName(i);
@@ -136,6 +127,23 @@ private:
         signals.push_back({bytes_ == 2 ? "EDF Annotations" : "BDF Annotations", "", -1.0, 1.0, lowest, -lowest - 1,
                            annotationBytes_ / bytes_});
         return signals;
+    }
+
+    /// Limits that read the same would make one value of all samples: then codes are told.
+    [[nodiscard]] static EdfSignal tellable(EdfSignal signal) {
+        constexpr double kExact = 1e-12;
+        const auto read = [](double value) {
+            return std::strtod(numberText(value, kEdfNumberLength).c_str(), nullptr);
+        };
+        const auto whole = [&](double value) { return std::fabs(read(value) - value) <= kExact * std::fabs(value); };
+        signal.exact = whole(signal.physicalMinimum) && whole(signal.physicalMaximum);
+        if (read(signal.physicalMinimum) == read(signal.physicalMaximum)) {
+            signal.physicalMinimum = static_cast<double>(signal.digitalMinimum);
+            signal.physicalMaximum = static_cast<double>(signal.digitalMaximum);
+            signal.dimension = "codes";
+            signal.exact = false;
+        }
+        return signal;
     }
 
     /// Names in other letters would be question marks: the channel's number says more.

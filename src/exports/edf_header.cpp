@@ -14,7 +14,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr size_t kNumber = 8;
 constexpr size_t kIdentity = 80;
 constexpr size_t kSignalBytes = 256;
 constexpr std::array<const char*, 12> kMonths = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
@@ -71,13 +70,15 @@ std::string signalFields(const std::vector<EdfSignal>& signals) {
     const auto nothing = [](const EdfSignal&) { return std::string(); };
     return column(signals, kLabel, [](const EdfSignal& s) { return edfText(s.label); }) +
            column(signals, kIdentity, nothing) +
-           column(signals, kNumber, [](const EdfSignal& s) { return edfText(s.dimension); }) +
-           column(signals, kNumber, [](const EdfSignal& s) { return numberText(s.physicalMinimum, kNumber); }) +
-           column(signals, kNumber, [](const EdfSignal& s) { return numberText(s.physicalMaximum, kNumber); }) +
-           column(signals, kNumber, [](const EdfSignal& s) { return std::to_string(s.digitalMinimum); }) +
-           column(signals, kNumber, [](const EdfSignal& s) { return std::to_string(s.digitalMaximum); }) +
+           column(signals, kEdfNumberLength, [](const EdfSignal& s) { return edfText(s.dimension); }) +
+           column(signals, kEdfNumberLength,
+                  [](const EdfSignal& s) { return numberText(s.physicalMinimum, kEdfNumberLength); }) +
+           column(signals, kEdfNumberLength,
+                  [](const EdfSignal& s) { return numberText(s.physicalMaximum, kEdfNumberLength); }) +
+           column(signals, kEdfNumberLength, [](const EdfSignal& s) { return std::to_string(s.digitalMinimum); }) +
+           column(signals, kEdfNumberLength, [](const EdfSignal& s) { return std::to_string(s.digitalMaximum); }) +
            column(signals, kIdentity, nothing) +
-           column(signals, kNumber, [](const EdfSignal& s) { return std::to_string(s.samples); }) +
+           column(signals, kEdfNumberLength, [](const EdfSignal& s) { return std::to_string(s.samples); }) +
            column(signals, kReserved, nothing);
 }
 
@@ -110,11 +111,11 @@ std::string edfHeader(const EdfHeader& header) {
         "Startdate " + start.spelled + " X Tarno2 " + (equipment.empty() ? std::string("X") : equipment);
     return (header.bdf ? std::string("\xFF"
                                      "BIOSEMI")
-                       : field("0", kNumber)) +
+                       : field("0", kEdfNumberLength)) +
            field("X X X X", kIdentity) + field(recording, kIdentity) + start.fields +
-           field(std::to_string(kSignalBytes * (header.signals.size() + 1)), kNumber) +
-           field(header.bdf ? "BDF+C" : "EDF+C", 44) + field(std::to_string(header.records), kNumber) +
-           field(header.duration, kNumber) + field(std::to_string(header.signals.size()), 4) +
+           field(std::to_string(kSignalBytes * (header.signals.size() + 1)), kEdfNumberLength) +
+           field(header.bdf ? "BDF+C" : "EDF+C", 44) + field(std::to_string(header.records), kEdfNumberLength) +
+           field(header.duration, kEdfNumberLength) + field(std::to_string(header.signals.size()), 4) +
            signalFields(header.signals);
 }
 

@@ -7,6 +7,9 @@
 
 namespace tarno2 {
 
+/// Characters of a number in the header.
+constexpr size_t kEdfNumberLength = 8;
+
 /// A signal as the header of an EDF file tells it.
 struct EdfSignal {
     std::string label;      ///< UTF-8
@@ -16,6 +19,7 @@ struct EdfSignal {
     int64_t digitalMinimum = 0;
     int64_t digitalMaximum = 0;
     uint64_t samples = 0;  ///< of a record
+    bool exact = true;     ///< the physical limits are told with all their digits
 };
 
 struct EdfHeader {

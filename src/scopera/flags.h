@@ -34,13 +34,13 @@ protected:
 
 private:
     struct Flag {
-        double x;
+        double x = 0.0;
         QString text;
-        uint64_t identity;
+        uint64_t identity = 0;
     };
     struct Drawn {
         QRectF area;
-        uint64_t identity;
+        uint64_t identity = 0;
     };
 
     void drawFlag(QCPPainter* painter, const Flag& flag, double pixel, double room);

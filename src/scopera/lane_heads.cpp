@@ -10,7 +10,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int kGap = 5;
+constexpr int kHeadGap = 5;
 constexpr int kBar = 4;           // height of the bar of a level
 constexpr int kNameLetters = 22;  // that a head has room for
 constexpr double kFull = 0.995;   // of the full scale: a level that comes so near to an end may have been cut
@@ -39,11 +39,11 @@ int LaneHeads::lineHeight() const {
 }
 
 int LaneHeads::headWidth() const {
-    return kNameLetters * QFontMetrics(font_).averageCharWidth() + 2 * kGap;
+    return kNameLetters * QFontMetrics(font_).averageCharWidth() + 2 * kHeadGap;
 }
 
 int LaneHeads::scaleWidth() const {
-    return QFontMetrics(font_).horizontalAdvance(QStringLiteral("-000.00")) + 2 * kGap;
+    return QFontMetrics(font_).horizontalAdvance(QStringLiteral("-000.00")) + 2 * kHeadGap;
 }
 
 QRect LaneHeads::area() const {
@@ -68,7 +68,7 @@ std::vector<std::vector<size_t>> LaneHeads::columnsOfLanes() const {
 // Columns of one lane share its height; each has at most the lines for its name, its value and its level.
 QRect LaneHeads::rowOf(size_t lane, size_t index, size_t count) const {
     const QRect whole = lanes_.rect(lane);
-    const int height = std::min(whole.height() / static_cast<int>(count), 2 * lineHeight() + kBar + 2 * kGap);
+    const int height = std::min(whole.height() / static_cast<int>(count), 2 * lineHeight() + kBar + 2 * kHeadGap);
     return {area().left(), whole.top() + static_cast<int>(index) * height, headWidth(), height};
 }
 
@@ -136,7 +136,7 @@ void LaneHeads::drawEntry(QCPPainter* painter, size_t column, const QRect& row) 
         painter->fillRect(row.adjusted(0, 0, 0, -1), shade_);
     }
     painter->fillRect(QRect(row.left(), row.top(), 4, row.height() - 1), entry.color);
-    const int left = row.left() + 4 + kGap;
+    const int left = row.left() + 4 + kHeadGap;
     const QRect name(left, row.top() + 1, buttonOf(row, Part::Solo).left() - left, line);
     painter->setPen(text_);
     painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
@@ -146,7 +146,7 @@ void LaneHeads::drawEntry(QCPPainter* painter, size_t column, const QRect& row) 
         return;
     }
     const Reading& reading = readings_[column];
-    const QRect value(left, name.bottom() + 1, row.right() - kGap - left, line);
+    const QRect value(left, name.bottom() + 1, row.right() - kHeadGap - left, line);
     if (value.bottom() <= row.bottom()) {
         const QString text = entry.unit.isEmpty() ? reading.text : reading.text + u' ' + entry.unit;
         painter->setPen(text_);
@@ -174,7 +174,7 @@ void LaneHeads::drawLevel(QCPPainter* painter, const Entry& entry, const Reading
     if (!(reading.low <= reading.high)) {
         return;
     }
-    const QRect bar(row.left() + 4 + kGap, row.bottom() - kBar - 2, row.width() - 4 - 2 * kGap, kBar);
+    const QRect bar(row.left() + 4 + kHeadGap, row.bottom() - kBar - 2, row.width() - 4 - 2 * kHeadGap, kBar);
     if (bar.top() <= row.top() + lineHeight()) {
         return;
     }
@@ -192,16 +192,16 @@ void LaneHeads::drawLevel(QCPPainter* painter, const Entry& entry, const Reading
 void LaneHeads::drawScale(QCPPainter* painter, size_t lane) const {
     const int line = lineHeight();
     const QRect whole = lanes_.rect(lane);
-    const int right = area().right() - kGap;
+    const int right = area().right() - kHeadGap;
     const double step = lanes_.tickStep(lane);
     painter->setPen(dimmed_);
     forEachTick(lanes_.range(lane), step, [&](double value) {
         const int middle = static_cast<int>(std::lround(lanes_.pixelOf(lane, value)));
-        const QRect text(right - scaleWidth(), middle - line / 2, scaleWidth() - kGap, line);
+        const QRect text(right - scaleWidth(), middle - line / 2, scaleWidth() - kHeadGap, line);
         if (text.top() >= whole.top() && text.bottom() <= whole.bottom()) {
             painter->drawText(text, Qt::AlignRight | Qt::AlignVCenter, plainNumber(value, decimalsOf(step)));
         }
-        painter->drawLine(QPoint(right, middle), QPoint(right + kGap, middle));
+        painter->drawLine(QPoint(right, middle), QPoint(right + kHeadGap, middle));
     });
 }
 

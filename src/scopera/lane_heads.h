@@ -20,14 +20,14 @@ public:
         QString name;
         QString unit;
         QColor color;
-        bool visible;
-        bool marked;
-        size_t lane;
+        bool visible = false;
+        bool marked = false;
+        size_t lane = 0;
     };
     struct Reading {
         QString text;
-        double low;
-        double high;
+        double low = 0.0;
+        double high = 0.0;
     };
     /// What of a head is at a place.
     enum class Part { Name, Hide, Solo };

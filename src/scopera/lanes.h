@@ -53,10 +53,10 @@ public:
 private:
     struct Lane {
         QCPRange range;
-        int wanted;  ///< pixels; 0: what there is for it
-        bool low;
-        int top;  ///< from the first lane's
-        int height;
+        int wanted = 0;  ///< pixels; 0: what there is for it
+        bool low = false;
+        int top = 0;  ///< from the first lane's
+        int height = 0;
     };
     void layOut();
 

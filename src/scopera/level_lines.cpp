@@ -9,7 +9,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr double kReach = 4.0;  // pixels from a line within which the mouse takes it
+constexpr double kLevelReach = 4.0;  // pixels from a line within which the mouse takes it
 constexpr double kHandle = 9.0;
 
 }  // namespace
@@ -32,7 +32,7 @@ std::optional<size_t> LevelLines::levelAt(const QPointF& place) const {
     }
     for (size_t i = levels_.size(); i-- > 0;) {
         const auto row = pixelOf(levels_[i]);
-        if (levels_[i].movable && row && std::abs(*row - place.y()) <= kReach) {
+        if (levels_[i].movable && row && std::abs(*row - place.y()) <= kLevelReach) {
             return i;
         }
     }

@@ -15,18 +15,18 @@ namespace tarno2 {
 class LevelLines : public QCPLayerable {
 public:
     struct Level {
-        size_t column;
-        double y;
+        size_t column = 0;
+        double y = 0.0;
         QString text;
-        uint64_t identity;
-        bool movable;
+        uint64_t identity = 0;
+        bool movable = false;
     };
 
     /// Where a column is drawn, and how.
     struct Column {
-        size_t lane;
+        size_t lane = 0;
         QColor color;
-        bool visible;
+        bool visible = false;
     };
 
     LevelLines(QCPAxis* xAxis, const Lanes& lanes) : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), lanes_(lanes) {}

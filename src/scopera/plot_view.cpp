@@ -357,7 +357,7 @@ void PlotView::changeEvent(QEvent* event) {
 QPixmap PlotView::picture() {
     const bool scrolls = !laneScroll_->isHidden();
     laneScroll_->hide();
-    const QPixmap taken = grab();
+    QPixmap taken = grab();
     laneScroll_->setVisible(scrolls);
     return taken;
 }

@@ -66,7 +66,7 @@ TEST_F(ExportProgram, TakesOptionsForWhatTheDescriptionLacks) {
     rig.folder().write("run.dat", std::string("\x00\x80\xFF\x7F\x00\x00\x00", 7));
 
     EXPECT_THAT(convert({}, 2), HasSubstr("run.txt: no description; DataFormat can be given with --width"));
-    EXPECT_THAT(convert({"--width", "2"}, 2), HasSubstr("ChannelNumber can be given with --channels"));
+    EXPECT_THAT(convert({"--width", "2"}, 2), HasSubstr("ChannelNumber can be given with --channel-count"));
     EXPECT_THAT(convert({"--width", "2", "--channels", "1", "--data", "volts"}, 2),
                 HasSubstr("ChannelsRange can be given with --range"));
     EXPECT_THAT(convert({"--width", "2", "--channels", "1", "--first-column", "seconds"}, 2),
