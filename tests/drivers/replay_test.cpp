@@ -36,7 +36,7 @@ std::string riff(const std::string& chunks) {
 
 /// The form for sizes of 64 bits, which stand in front.
 std::string wave64(const char* id, uint64_t dataSize, const std::string& chunks) {
-    const std::string sizes = number(0, 8) + number(dataSize, 8) + number(0, 12);
+    const std::string sizes = number(0, 8) + number(dataSize, 8) + number(0, 8) + number(0, 4);
     return id + number(0xFFFFFFFF, 4) + "WAVE" + chunk("ds64", sizes) + chunks;
 }
 
