@@ -208,7 +208,7 @@ TEST_F(ExportProgram, RefusesBadUseInOneLine) {
         const std::string said = convert(arguments, 2);
         EXPECT_THAT(said, testing::StartsWith("tarno2-export: ")) << arguments.front();
         EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-        EXPECT_LT(said.size(), 120U) << said;
+        EXPECT_LT(said.size(), 160U) << said;
     }
     EXPECT_FALSE(rig.exists("run.csv"));
     EXPECT_THAT(rig.run("tarno2-export", {}, 2), HasSubstr("RECORDING is required"));
