@@ -14,7 +14,8 @@ namespace {
 constexpr size_t kLevels = 6;
 
 std::vector<size_t> capacities(size_t bytes, const Extremes& extremes) {
-    return std::vector<size_t>(kLevels, bytes / kLevels / extremes.entryBytes());
+    std::vector<size_t> entries(kLevels, bytes / kLevels / extremes.entryBytes());
+    return entries;
 }
 
 }  // namespace
@@ -40,8 +41,8 @@ struct LiveHistory::Parts {
     void keepRaw(uint64_t firstFrame, std::span<const std::byte> frames);
     void keepValues(std::span<const std::byte> frames);
     [[nodiscard]] size_t levelThatReaches(uint64_t first, uint64_t bucketFrames) const;
-    void addRaw(ScreenBuilder& builder, uint64_t first, uint64_t end) const;
-    void addLevel(ScreenBuilder& builder, size_t level, uint64_t first, uint64_t end);
+    void addRaw(ScreenBuilder& builder, uint64_t first, uint64_t last) const;
+    void addLevel(ScreenBuilder& builder, size_t level, uint64_t first, uint64_t last);
 
     size_t channels;
     std::unique_ptr<Extremes> extremes;
