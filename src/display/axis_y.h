@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -48,6 +50,9 @@ struct LinearScale {
 struct AxisRange {
     double low = 0.0;
     double high = 0.0;
+    [[nodiscard]] bool empty() const { return !(low < high); }
+    /// The value farthest from 0, without its sign.
+    [[nodiscard]] double largest() const { return std::max(std::abs(low), std::abs(high)); }
     friend bool operator==(const AxisRange&, const AxisRange&) = default;
 };
 

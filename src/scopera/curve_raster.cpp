@@ -57,25 +57,20 @@ std::vector<BandCurves> curvesInBands(const std::vector<CurveStyle>& styles, siz
                                       const std::vector<RowBand>& bands, size_t thickness, size_t height) {
     const auto rows = static_cast<ptrdiff_t>(height);
     std::vector<BandCurves> result;
-    for (size_t lane = 0; lane < bands.size(); ++lane) {
-        const RowBand& band = bands[lane];
-        const ptrdiff_t first = std::clamp<ptrdiff_t>(band.top, 0, rows);
-        const ptrdiff_t end = std::clamp<ptrdiff_t>(band.top + band.rows, 0, rows);
-        if (first >= end) {
-            continue;
-        }
-        BandCurves shown{static_cast<size_t>(first), static_cast<size_t>(end), {}};
-        for (const bool marked : {true, false}) {
-            for (size_t i = 0; i < std::min(styles.size(), columns); ++i) {
-                if (styles[i].visible && styles[i].marked == marked && styles[i].lane == lane) {
-                    shown.curves.push_back(inBand(styles[i], i, band, thickness));
-                }
+    for (const RowBand& band : bands) {
+        result.push_back({static_cast<size_t>(std::clamp<ptrdiff_t>(band.top, 0, rows)),
+                          static_cast<size_t>(std::clamp<ptrdiff_t>(band.top + band.rows, 0, rows)),
+                          {}});
+    }
+    for (const bool marked : {true, false}) {
+        for (size_t i = 0; i < std::min(styles.size(), columns); ++i) {
+            const CurveStyle& style = styles[i];
+            if (style.visible && style.marked == marked && style.lane < bands.size()) {
+                result[style.lane].curves.push_back(inBand(style, i, bands[style.lane], thickness));
             }
         }
-        if (!shown.curves.empty()) {
-            result.push_back(std::move(shown));
-        }
     }
+    std::erase_if(result, [](const BandCurves& band) { return band.first >= band.end || band.curves.empty(); });
     return result;
 }
 

@@ -112,11 +112,7 @@ std::vector<RowBand> Curves::bands(double ratio) const {
 
 void Curves::drawOn(const PixelTarget& target, double ratio) const {
     const auto thickness = static_cast<size_t>(std::max(ratio, 1.0));
-    std::vector<CurveStyle> styles = styles_;
-    if (!lanes_.shown()) {
-        std::ranges::for_each(styles, [](CurveStyle& style) { style.lane = 0; });
-    }
-    const auto curves = curvesInBands(styles, spans_.columns(), bands(ratio), thickness, target.height);
+    const auto curves = curvesInBands(styles_, spans_.columns(), bands(ratio), thickness, target.height);
     const double distance = frames_.m_fStepX / spansRange_.size() * static_cast<double>(target.width);
     if (points_) {
         // Points that stand apart are drawn large enough to be seen.

@@ -18,7 +18,6 @@ public:
     Curves(QCPAxis* xAxis, QCPAxis* yAxis, const Lanes& lanes);
 
     void setStyles(std::vector<CurveStyle> styles) { styles_ = std::move(styles); }
-    void setCurveVisible(size_t column, bool visible) { styles_[column].visible = visible; }
     /// The samples stay the caller's. Frames have been checked.
     void setFrames(const SCOPERAFrames& frames);
     void setPoints(bool points);

@@ -39,7 +39,6 @@ public:
     LaneHeads(QCustomPlot* plot, const Lanes& lanes) : QCPLayerable(plot), lanes_(lanes) {}
 
     void setEntries(std::vector<Entry> entries) { entries_ = std::move(entries); }
-    void setEntryVisible(size_t column, bool visible) { entries_[column].visible = visible; }
     void setReadings(std::vector<Reading> readings) { readings_ = std::move(readings); }
     void setFont(const QFont& font) { font_ = font; }
     void setColors(const QColor& text, const QColor& dimmed, const QColor& line, const QColor& shade);

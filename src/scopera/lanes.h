@@ -21,6 +21,8 @@ public:
     [[nodiscard]] bool shown() const { return !lanes_.empty(); }
     /// 1 without lanes.
     [[nodiscard]] size_t count() const { return shown() ? lanes_.size() : 1; }
+    /// The lane that something lies in which wants that one.
+    [[nodiscard]] size_t placeOf(size_t lane) const { return shown() ? lane : 0; }
     /// The area that the lanes are seen in, and how high a line of text is.
     void arrange(const QRect& area, int textHeight);
 

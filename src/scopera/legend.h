@@ -24,8 +24,6 @@ public:
     void setEntries(std::vector<Entry> entries);
     void setFont(const QFont& font);
     void setColors(const QColor& text, const QColor& dimmed);
-    void setEntryVisible(size_t index, bool visible) { entries_[index].visible = visible; }
-    [[nodiscard]] bool entryVisible(size_t index) const { return entries_[index].visible; }
     /// The entry at a place of the widget.
     [[nodiscard]] std::optional<size_t> entryAt(const QPointF& place) const;
 

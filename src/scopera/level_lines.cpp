@@ -14,16 +14,12 @@ constexpr double kHandle = 9.0;
 
 }  // namespace
 
-size_t LevelLines::laneOf(const Level& level) const {
-    return lanes_.shown() ? columns_[level.column].lane : 0;
-}
-
 std::optional<double> LevelLines::pixelOf(const Level& level) const {
-    if (level.column >= columns_.size() || !columns_[level.column].visible || laneOf(level) >= lanes_.count() ||
-        !lanes_.range(laneOf(level)).contains(level.y)) {
+    if (level.column >= columns_.size() || !columns_[level.column].visible ||
+        columns_[level.column].lane >= lanes_.count() || !lanes_.range(columns_[level.column].lane).contains(level.y)) {
         return std::nullopt;
     }
-    return lanes_.pixelOf(laneOf(level), level.y);
+    return lanes_.pixelOf(columns_[level.column].lane, level.y);
 }
 
 std::optional<size_t> LevelLines::levelAt(const QPointF& place) const {
@@ -44,8 +40,8 @@ const LevelLines::Level& LevelLines::move(size_t level, double pixel) {
     if (!pixelOf(moved)) {
         return moved;
     }
-    const QCPRange range = lanes_.range(laneOf(moved));
-    moved.y = std::clamp(lanes_.valueAt(laneOf(moved), pixel), range.lower, range.upper);
+    const QCPRange range = lanes_.range(columns_[moved.column].lane);
+    moved.y = std::clamp(lanes_.valueAt(columns_[moved.column].lane, pixel), range.lower, range.upper);
     return moved;
 }
 

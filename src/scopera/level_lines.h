@@ -46,7 +46,6 @@ protected:
     void draw(QCPPainter* painter) override;
 
 private:
-    [[nodiscard]] size_t laneOf(const Level& level) const;
     /// The height at which it is drawn; nothing outside of its lane's range, or while its column is not drawn.
     [[nodiscard]] std::optional<double> pixelOf(const Level& level) const;
 

@@ -114,11 +114,11 @@ void PlotView::applyColumns() {
     std::vector<LaneHeads::Entry> heads;
     std::vector<LevelLines::Column> levels;
     for (const Column& column : columns_) {
-        styles.push_back(
-            {column.color.rgba(), column.visible, column.marked, column.scale, column.offset, column.lane});
+        const size_t lane = lanes_.placeOf(column.lane);
+        styles.push_back({column.color.rgba(), column.visible, column.marked, column.scale, column.offset, lane});
         entries.push_back({column.name, column.color, column.visible});
-        heads.push_back({column.name, column.unit, column.color, column.visible, column.marked, column.lane});
-        levels.push_back({column.lane, column.color, column.visible});
+        heads.push_back({column.name, column.unit, column.color, column.visible, column.marked, lane});
+        levels.push_back({lane, column.color, column.visible});
     }
     curves_->setStyles(std::move(styles));
     legend_->setEntries(std::move(entries));

@@ -15,6 +15,7 @@ void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
         yAxis->setVisible(!shown);
         yAxis->setTickLabels(!shown);
         applyFont();
+        applyColumns();
         fitViewport();
         QCustomPlot::updateLayout();
     }

@@ -68,7 +68,7 @@ void PlotView::zoom(const QPointF& place, double factor, bool vertical, int32_t 
 }
 
 void PlotView::switchColumn(size_t column) {
-    const bool visible = !legend_->entryVisible(column);
+    const bool visible = !columns_[column].visible;
     columns_[column].visible = visible;
     applyColumns();
     tell(events_.m_pColumnSwitched, static_cast<uint32_t>(column), visible ? 1 : 0);

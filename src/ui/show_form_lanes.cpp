@@ -124,8 +124,8 @@ void T_ShowForm::solo(uint32_t column) {
         return;
     }
     std::set<int32_t> others;
-    for (const int32_t key : drawing_->keys()) {
-        others.insert(key);
+    for (const SignalDrawing::Column& each : drawing_->columns()) {
+        others.insert(each.key);
     }
     others.erase(*alone);
     const bool already = std::ranges::includes(drawing_->hidden(), others) && !drawing_->hidden().contains(*alone);

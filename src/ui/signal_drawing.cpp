@@ -79,10 +79,6 @@ ShowMode showMode(const ProgramSettings& settings) {
                                           : ShowMode::Analog;
 }
 
-double largest(AxisRange range) {
-    return std::max(std::abs(range.low), std::abs(range.high));
-}
-
 }  // namespace
 
 bool SignalDrawing::Column::operator==(const Column& other) const {
@@ -196,9 +192,18 @@ std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& s
     const SignalFormat& format = signal.format();
     const size_t analog = analogColumns(format);
     std::vector<Column> columns(columnCount_);
+    std::ranges::for_each(columns, [this](Column& column) { column.unit = unitY_; });
+    for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
+        for (const size_t column : lanes_[lane].plan.columns) {
+            // The lanes are those of the last picture, which may have had more columns.
+            if (column < columns.size()) {
+                columns[column].lane = lane;
+                columns[column].unit = lanes_[lane].unit;
+            }
+        }
+    }
     for (size_t i = 0; i < columns.size(); ++i) {
         Column& column = columns[i];
-        column.unit = unitOfColumn(i);
         if (i < analog) {
             column.key = signal.channelNumber(i);
             column.name = channelName(signal, i);
@@ -216,28 +221,11 @@ std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& s
         column.color = i < columnColors_.size() ? static_cast<uint32_t>(columnColors_[i]) : 0;
         column.visible = !hidden_.contains(column.key);
     }
-    for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
-        for (const size_t column : lanes_[lane].plan.columns) {
-            // The lanes are those of the last picture, which may have had more columns.
-            if (column < columns.size()) {
-                columns[column].lane = lane;
-            }
-        }
-    }
     return columns;
 }
 
 size_t SignalDrawing::analogColumns(const SignalFormat& format) const {
     return showMode(settings_) == ShowMode::Digital ? 0 : format.channelCount();
-}
-
-AxisYUnit SignalDrawing::unitOfColumn(size_t column) const {
-    for (const DrawnLane& lane : lanes_) {
-        if (std::ranges::find(lane.plan.columns, column) != lane.plan.columns.end()) {
-            return lane.unit;
-        }
-    }
-    return unitY_;
 }
 
 // Where channels have different units of their own, each is told with its name.
@@ -290,14 +278,6 @@ std::optional<size_t> SignalDrawing::mainChannel(const SignalFormat& format) con
         first = !first && columns_[i].visible ? std::optional(i) : first;
     }
     return first;
-}
-
-std::vector<int32_t> SignalDrawing::keys() const {
-    std::vector<int32_t> keys;
-    for (const Column& column : columns_) {
-        keys.push_back(column.key);
-    }
-    return keys;
 }
 
 bool SignalDrawing::moving() const {
@@ -366,7 +346,7 @@ void SignalDrawing::scaleY(const ShownSignal& signal, uint64_t nowMs) {
     }
     const bool automaticUnit = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
     if (automaticUnit && settings_.axisYAutoMode && range.low < range.high) {
-        unitY_ = unitForVolts(largest(range));
+        unitY_ = unitForVolts(range.largest());
         setColumns(columnsOf(signal));
     }
     if (range.low < range.high) {

@@ -84,8 +84,6 @@ public:
     [[nodiscard]] const std::set<int32_t>& hidden() const { return hidden_; }
     /// What a column of the picture shows, likewise; nothing when there is none such.
     [[nodiscard]] std::optional<int32_t> keyOf(uint32_t column) const;
-    /// Everything that is drawn or hidden now.
-    [[nodiscard]] std::vector<int32_t> keys() const;
     /// The place of the channel among the columns that stands for all: the marked one, or the first that is shown.
     [[nodiscard]] std::optional<size_t> mainChannel(const SignalFormat& format) const;
     /// That channel is drawn in front; -1: none.
@@ -111,7 +109,6 @@ public:
 private:
     [[nodiscard]] bool convert(ShownSignal& signal, SCOPERAFrames& frames);
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
-    [[nodiscard]] AxisYUnit unitOfColumn(size_t column) const;
     void setColumns(std::vector<Column> columns);
     void handReadings();
     struct DrawnLane {
@@ -123,7 +120,7 @@ private:
     void scaleLanes(const ShownSignal& signal, uint64_t nowMs);
     void scaleLane(const SignalFormat& format, DrawnLane& lane, uint64_t nowMs);
     void shareScales(const SignalFormat& format);
-    [[nodiscard]] AxisRange lineRange(const SignalFormat& format, const LanePlan& lane) const;
+    [[nodiscard]] AxisRange lineRange(const SignalFormat& format, const DrawnLane& lane) const;
     [[nodiscard]] size_t analogColumns(const SignalFormat& format) const;
     [[nodiscard]] AxisYUnit chooseUnitY(const SignalFormat& format) const;
     [[nodiscard]] AxisYUnit userUnitY(const SignalFormat& format) const;

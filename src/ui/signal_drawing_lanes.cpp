@@ -16,14 +16,6 @@ namespace {
 constexpr size_t kMostOnOneAxis = 4;
 constexpr double kLineMargin = 0.15;  // of the height between 0 and 1, above and below
 
-double largestOf(AxisRange range) {
-    return std::max(std::abs(range.low), std::abs(range.high));
-}
-
-bool isUsable(AxisRange range) {
-    return range.low < range.high;
-}
-
 }  // namespace
 
 bool SignalDrawing::lanesWanted(const SignalFormat& format) const {
@@ -32,18 +24,17 @@ bool SignalDrawing::lanesWanted(const SignalFormat& format) const {
 
 void SignalDrawing::scaleLanes(const ShownSignal& signal, uint64_t nowMs) {
     const SignalFormat& format = signal.format();
+    // Extremes come in the units that the columns were handed over in.
+    setColumns(columnsOf(signal));
     std::vector<LaneColumn> columns;
-    for (const Column& column : columnsOf(signal)) {
+    for (const Column& column : columns_) {
         columns.push_back({column.key, column.visible});
     }
     lanes_.clear();
     for (LanePlan& plan : layout_.arrange(columns)) {
-        // The unit that its columns were handed over in last.
-        const size_t first = plan.columns.front();
-        const AxisYUnit unit = first < columns_.size() ? columns_[first].unit : unitY_;
+        const AxisYUnit unit = columns_[plan.columns.front()].unit;
         lanes_.push_back({std::move(plan), {}, unit});
     }
-    setColumns(columnsOf(signal));
     for (DrawnLane& lane : lanes_) {
         scaleLane(format, lane, nowMs);
     }
@@ -53,8 +44,8 @@ void SignalDrawing::scaleLanes(const ShownSignal& signal, uint64_t nowMs) {
     const bool automatic = settings_.axisYMode == static_cast<int32_t>(AxisYUnit::Automatic);
     std::vector<SCOPERALane> handed;
     for (DrawnLane& lane : lanes_) {
-        lane.unit = automatic && isUsable(lane.range) ? unitForVolts(largestOf(lane.range)) : unitY_;
-        const AxisRange range = isUsable(lane.range) ? lane.range : AxisRange{-1.0, 1.0};
+        lane.unit = automatic && !lane.range.empty() ? unitForVolts(lane.range.largest()) : unitY_;
+        const AxisRange range = lane.range.empty() ? AxisRange{-1.0, 1.0} : lane.range;
         const double units = unitsPerVolt(lane.unit);
         handed.push_back(
             {range.low * units, range.high * units, layout_.heightOf(lane.plan.key), lane.plan.digital() ? 1U : 0U});
@@ -65,7 +56,7 @@ void SignalDrawing::scaleLanes(const ShownSignal& signal, uint64_t nowMs) {
 
 void SignalDrawing::scaleLane(const SignalFormat& format, DrawnLane& lane, uint64_t nowMs) {
     if (lane.plan.digital()) {
-        lane.range = lineRange(format, lane.plan);
+        lane.range = lineRange(format, lane);
     } else if (const auto chosen = layout_.chosenRange(lane.plan.key)) {
         lane.range = *chosen;
     } else if (!settings_.axisYAutoMode) {
@@ -90,7 +81,7 @@ void SignalDrawing::shareScales(const SignalFormat& format) {
         return unitY_ == AxisYUnit::Units ? format.channels[lane.plan.columns.front()].label.unit : std::string();
     };
     const auto joins = [&](const DrawnLane& lane) {
-        return !lane.plan.digital() && isUsable(lane.range) && !layout_.chosenRange(lane.plan.key);
+        return !lane.plan.digital() && !lane.range.empty() && !layout_.chosenRange(lane.plan.key);
     };
     std::map<std::string, AxisRange> common;
     for (const DrawnLane& lane : lanes_) {
@@ -107,20 +98,19 @@ void SignalDrawing::shareScales(const SignalFormat& format) {
 }
 
 // From where the lines lie at 0 to where they lie at 1, whatever they do now.
-AxisRange SignalDrawing::lineRange(const SignalFormat& format, const LanePlan& lane) const {
+AxisRange SignalDrawing::lineRange(const SignalFormat& format, const DrawnLane& lane) const {
     const DigitalSettings digital{settings_.digitalLines, format.maximumCode};
-    const AxisYUnit unit = unitOfColumn(lane.columns.front());
-    const LinearScale scale = digitalAxisYScale(format, unit);
+    const LinearScale scale = digitalAxisYScale(format, lane.unit);
     AxisRange range{std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()};
-    for (const size_t column : lane.columns) {
+    for (const size_t column : lane.plan.columns) {
         const size_t line = column - analogColumns(format);
         for (const bool bit : {false, true}) {
-            const double value = scale.of(digitalLineValue(format.word, digital, line, bit)) / unitsPerVolt(unit);
+            const double value = scale.of(digitalLineValue(format.word, digital, line, bit)) / unitsPerVolt(lane.unit);
             range = {std::min(range.low, value), std::max(range.high, value)};
         }
     }
-    const double code = std::abs(scale.factor) / unitsPerVolt(unit);
-    const double margin = isUsable(range) ? (range.high - range.low) * kLineMargin : code;
+    const double code = std::abs(scale.factor) / unitsPerVolt(lane.unit);
+    const double margin = range.empty() ? code : (range.high - range.low) * kLineMargin;
     return {range.low - margin, range.high + margin};
 }
 
