@@ -1,11 +1,4 @@
-#include "config/settings/settings_file.h"
-
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <map>
-#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,12 +7,8 @@
 #include "config/settings/config_work.h"
 #include "config/settings/language_choice.h"
 #include "config/settings/settings_table.h"
-#include "language/language_table.h"
-#include "platform/c_locale.h"
-#include "platform/file.h"
 #include "platform/paths.h"
-#include "tests/config/masked.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/config/settings_file_fixture.h"
 
 namespace tarno2::test {
 namespace {
@@ -29,151 +18,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr InterfaceLanguage kLanguages[] = {InterfaceLanguage::English, InterfaceLanguage::Russian};
-
-std::string goldenFile(InterfaceLanguage language) {
-    return joinPath(TARNO2_GOLDEN, language == InterfaceLanguage::Russian ? "russian.cfg" : "english.cfg");
-}
-
-/// What the golden files hold.
-ProgramSettings goldenSettings() {
-    ProgramSettings s;
-    s.language = InterfaceLanguage::Russian;
-    s.wish.driver = "Simulator";
-    s.wish.base = 2;
-    s.drqNumber = 5;
-    s.wish.frequency = 48000.5;
-    s.wish.boardMode = kBoardDifferential | kBoardPacketMode;
-    s.checkDiskSpeed = false;
-    s.wish.packetFrequency = 250.25;
-    s.wish.fileName = "C:\\Data of today\\run.dat";
-    s.wish.stopRule = StopRule::Time;
-    s.wish.cycleStart = true;
-    s.axisFontName = "Courier New";
-    s.axisFontSize = 11;
-    s.stopValue = 12.5;
-    s.stopPower = 2;
-    s.stayOnTop = true;
-    s.followToData = 2;
-    s.axisXValue = 0.5;
-    s.axisXUnit = 4;
-    s.axisYValue = -1.25;
-    s.axisYMode = 2;
-    s.axisYAutoMode = false;
-    s.wish.writeBufferMegabytes = 128;
-    s.wish.longestWriteWaitMs = 500;
-    s.wish.cut = true;
-    s.wish.cutMegabytes = 512;
-    s.showSettingMember = 3;
-    s.extendedChannelMode = true;
-    s.mainFormPos = {-8, 10, 1024, 768};
-    s.formVisible = 2;
-    s.showFormPos = {5, 6, 7, 8};
-    s.showFormVisible = false;
-    s.channelCount = 10;
-    const int32_t colors[] = {0, 1, 0xff, 0xff00, 0xff0000, 0xffffff, 0x123456, 7, 8, 0xabcdef};
-    const int32_t gains[] = {1, 2, 5, 10, 1, 2, 5, 10, 100, 1000};
-    for (size_t i = 0; i < 10; ++i) {
-        s.channels[i] = {colors[i], i % 2 == 0 || i == 9, gains[i], {}};
-    }
-    s.frequencyList = {1000.0, 44100.5};
-    SynchroSettings& synchro = s.wish.synchro;
-    synchro.SynchroAnalyzeMode = 2;
-    synchro.analysisOnAnalog = false;
-    synchro.analysisOnPort = true;
-    synchro.AnalyzeAnalogStartMode = 0;
-    synchro.AnalyzeAnalogWriteMode = 1;
-    synchro.AnalyzeAnalogStopMode = 2;
-    synchro.AnalyzeAnalogStartChannel = 1;
-    synchro.AnalyzeAnalogWriteChannel = 2;
-    synchro.AnalyzeAnalogStopChannel = 3;
-    synchro.AnalyzeAnalogStartValue = 0.25;
-    synchro.AnalyzeAnalogWriteValue = -100.0;
-    synchro.AnalyzeAnalogStopValue = 2500.0;
-    synchro.AnalyzeAnalogWriteUnit = 1;
-    synchro.AnalyzeAnalogStopUnit = 2;
-    synchro.AnalyzePortStartMode = 0;
-    synchro.AnalyzePortStopMode = 1;
-    synchro.AnalyzePortStartBit = 15;
-    synchro.AnalyzePortWriteBit = 7;
-    synchro.AnalyzePortStopBit = 8;
-    synchro.synchroOnAnalog = false;
-    synchro.synchroOnPort = true;
-    synchro.SynchroAnalogMode = 1;
-    synchro.SynchroAnalogChannelNumber = 4;
-    synchro.SynchroAnalogValue = 0.125;
-    synchro.SynchroAnalogUnit = 1;
-    synchro.SynchroPortMode = 2;
-    synchro.SynchroPortBit = 3;
-    synchro.StopAfterTrigged = true;
-    s.wish.synchroSizes = {1500, 3500};
-    s.wish.useDigitalPort = s.hardwareAverage = s.pixelsMode = true;
-    s.showSignalMode = 1;
-    for (size_t i = 0; i < s.digitalLines.size(); ++i) {
-        const auto line = static_cast<int32_t>(i);
-        s.digitalLines[i] = {-1000 + 50 * line, 10 * line, 1000 * line};
-    }
-    s.textExport = {3, 1, 4, 5, 1, 1, ',', 2, 65536};
-    return s;
-}
-
-/// Every value of the settings, a list's elements one by one.
-std::vector<std::string> valuesOf(ProgramSettings settings) {
-    struct Lister {
-        void operator()(const IntegerSetting& setting) { add(std::to_string(setting.get(settings))); }
-        void operator()(const RealSetting& setting) { add(formatText("%.17g", setting.at(settings))); }
-        void operator()(const TextSetting& setting) { add(setting.at(settings)); }
-        void operator()(const IntegerListSetting& setting) {
-            for (size_t i = 0; i < setting.count(settings); ++i) {
-                add(std::to_string(setting.get(settings, i)));
-            }
-        }
-        void operator()(const ExactListSetting& setting) {
-            for (size_t i = 0; i < setting.count(settings); ++i) {
-                add(formatText("%.17g", setting.at(settings, i)));
-            }
-        }
-        void operator()(const NameListSetting& setting) {
-            for (size_t i = 0; i < setting.most(settings); ++i) {
-                add(setting.get(settings, i));
-            }
-        }
-        void operator()(const RealListSetting& /*setting*/) {}  // its length may change; see FrequencyListCount
-        void add(const std::string& value) { values.push_back(key + " = " + value); }
-
-        ProgramSettings& settings;
-        std::string key;
-        std::vector<std::string> values;
-    };
-    std::vector<std::string> values;
-    for (const SettingRow& row : settingsTable()) {
-        Lister lister{settings, row.key(), {}};
-        std::visit(lister, row.place);
-        values.insert(values.end(), lister.values.begin(), lister.values.end());
-    }
-    return values;
-}
-
-class SettingsFile : public testing::Test {
-protected:
-    ~SettingsFile() override {
-        debugLog().close();
-        languageTable().select(before_);
-    }
-    ProgramSettings loaded(const std::string& text, ProgramSettings settings = {}) {
-        folder_.write("Tarno2.cfg", text);
-        EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
-        return settings;
-    }
-    [[nodiscard]] std::string saved(const ProgramSettings& settings) const {
-        EXPECT_TRUE(WriteConfig(folder_.path(), settings));
-        EXPECT_THAT(listDirectory(folder_.path()), ElementsAre("Tarno2.cfg"));
-        return readFile(folder_.file("Tarno2.cfg"));
-    }
-    TemporaryFolder folder_;
-
-private:
-    uint16_t before_ = languageTable().selected();
-};
 
 TEST_F(SettingsFile, MatchesTheFilesMadeByHand) {
     for (const auto language : kLanguages) {
@@ -307,92 +151,6 @@ TEST_F(SettingsFile, BuffersAreDividedWhateverTheOrder) {
     }
 }
 
-TEST_F(SettingsFile, AFileCutAnywhereGivesItsValuesOrTheStartValues) {
-    const std::string whole = readFile(goldenFile(InterfaceLanguage::English));
-    ProgramSettings start;
-    start.channelCount = 10;
-    const auto startValues = valuesOf(start);
-    const auto goldenValues = valuesOf(goldenSettings());
-    for (size_t length = 0; length <= whole.size(); ++length) {
-        ProgramSettings settings = start;
-        LineConfigReader file;
-        file.loadText(std::string_view(whole).substr(0, length));
-        readSettings(file, settings);
-        const auto values = valuesOf(settings);
-        for (size_t i = 0; i < values.size(); ++i) {
-            const bool derived =
-                values[i].starts_with("SynchroPrehistorySize") || values[i].starts_with("FrequencyList");
-            ASSERT_TRUE(derived || values[i] == startValues[i] || values[i] == goldenValues[i])
-                << values[i] << " at " << length;
-        }
-        ASSERT_LE(settings.frequencyList.size(), 2U);
-    }
-}
-
-TEST_F(SettingsFile, HugeAndHostileFiles) {
-    const std::string last = "\r\nTextMaxLineCount = 5\r\n";
-    std::string noise(size_t{21} << 20U, '\0');
-    std::mt19937 random(7);
-    std::generate(noise.begin(), noise.end(), [&random] { return static_cast<char>(random()); });
-    std::string oneKey;
-    while (oneKey.size() < (size_t{2} << 20U)) {
-        oneKey += "Base = 6\r\n";
-    }
-    std::string tokens = "ChannelsGain = ";
-    for (int i = 0; i < 1000000; ++i) {
-        tokens += i % 8 == 7 ? "2\r\n\\ " : "2 ";
-    }
-    const std::string longLine(1 << 20, 'a');
-    const std::string files[] = {noise,
-                                 oneKey,
-                                 tokens,
-                                 "Driver = " + longLine,
-                                 longLine + " = 1",
-                                 "Frequency = " + std::string(1 << 20, '9'),
-                                 "//" + longLine,
-                                 std::string(1 << 20, '\\'),
-                                 std::string("Base = \0 1", 10)};
-    for (const std::string& file : files) {
-        const ProgramSettings settings = loaded(file + last);
-        EXPECT_EQ(settings.textExport.maxLineCount, 5);
-        EXPECT_EQ(settings.wish.frequency, ProgramSettings().wish.frequency);
-    }
-    EXPECT_EQ(loaded(oneKey).wish.base, 6U);
-    EXPECT_EQ(loaded(tokens + "\r\n").channels[159].gain, 2);
-    EXPECT_EQ(loaded(files[3] + last).wish.driver.size(), CConfigWork::kTextRoom - 1);
-}
-
-TEST_F(SettingsFile, WithoutAFileNothingChanges) {
-    ProgramSettings settings = goldenSettings();
-    EXPECT_TRUE(LoadConfig(folder_.path(), settings).notFound());
-    EXPECT_TRUE(LoadConfig(folder_.file("none"), settings).notFound());
-    EXPECT_EQ(valuesOf(settings), valuesOf(goldenSettings()));
-    EXPECT_EQ(savedFileName(folder_.path()), "");
-    folder_.write("Tarno2.cfg", "OldFileName = a\r\nFileName = /data/run 1.dat\r\n");
-    EXPECT_EQ(savedFileName(folder_.path()), "/data/run 1.dat");
-}
-
-TEST_F(SettingsFile, OnesThatCouldNotBeReadAreKept) {
-    const std::string path = folder_.write("Tarno2.cfg", "Frequency = 5\r\n");
-    ProgramSettings settings;
-    File holder;
-    ASSERT_TRUE(holder.open(path, FileMode::OpenExisting, FileAccess::Read, FileShare::None).ok());
-    EXPECT_TRUE(LoadConfig(folder_.path(), settings).inUse());
-    EXPECT_TRUE(holder.close().ok());
-    EXPECT_EQ(settings.wish.frequency, ProgramSettings().wish.frequency);
-    folder_.write("Tarno2_old1.cfg", "earlier");
-    EXPECT_TRUE(WriteConfig(folder_.path(), {}, true));
-    EXPECT_THAT(listDirectory(folder_.path()), ElementsAre("Tarno2.cfg", "Tarno2_old1.cfg", "Tarno2_old2.cfg"));
-    EXPECT_EQ(readFile(folder_.file("Tarno2_old1.cfg")), "earlier");
-    EXPECT_EQ(readFile(folder_.file("Tarno2_old2.cfg")), "Frequency = 5\r\n");
-    EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
-
-    std::filesystem::resize_file(path, CConfigWork::kMaximumSize + 1);
-    EXPECT_EQ(LoadConfig(folder_.path(), settings).code(), OsError::tooLarge().code());
-    ASSERT_TRUE(removeFile(path).ok());
-    EXPECT_TRUE(WriteConfig(folder_.path(), {}, true)) << "what is gone need not be kept";
-}
-
 TEST_F(SettingsFile, ATextThatNoLineHoldsIsLeftOut) {
     ProgramSettings settings;
     settings.wish.driver = "good";
@@ -438,29 +196,6 @@ TEST_F(SettingsFile, LabelsOfChannelsAreKeptToTheLastLetterAndDigit) {
     EXPECT_EQ(read.channels[6].label.factor, -4.0);
     EXPECT_THAT(saved(ProgramSettings()),
                 Not(AnyOf(HasSubstr("ChannelsName"), HasSubstr("ChannelsFactor"), HasSubstr("LinesName"))));
-}
-
-TEST_F(SettingsFile, AFailedSaveLeavesWhatWasThere) {
-    EXPECT_FALSE(WriteConfig(folder_.file("none"), {}));
-    ASSERT_TRUE(createDirectory(folder_.file("Tarno2.cfg")).ok());
-    folder_.write("Tarno2.cfg/inside", "kept");
-    EXPECT_FALSE(WriteConfig(folder_.path(), {}));
-    EXPECT_THAT(listDirectory(folder_.path()), ElementsAre("Tarno2.cfg"));
-    EXPECT_EQ(readFile(folder_.file("Tarno2.cfg/inside")), "kept");
-}
-
-TEST_F(SettingsFile, AFullDiskLeavesTheOldFile) {
-    const std::string folder = folder_.path();
-    if (kPathSeparator != '/' || std::system(("mount -t tmpfs -o size=8k tmpfs " + folder + " 2>&1").c_str()) != 0) {
-        GTEST_SKIP() << "needs the right to mount a small tmpfs";
-    }
-    const std::string old(4096, 'x');
-    folder_.write("Tarno2.cfg", old);
-    selectLanguage(InterfaceLanguage::English);
-    EXPECT_FALSE(WriteConfig(folder, goldenSettings()));
-    EXPECT_TRUE(readFile(folder_.file("Tarno2.cfg")) == old);
-    EXPECT_THAT(listDirectory(folder), ElementsAre("Tarno2.cfg"));
-    EXPECT_EQ(std::system(("umount " + folder).c_str()), 0);
 }
 
 TEST_F(SettingsFile, DebugModeSwitchesTheLogOn) {

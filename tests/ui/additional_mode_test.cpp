@@ -1,135 +1,15 @@
 // The synchronisation window, driven with keys and mouse.
 
 #include <QGroupBox>
-#include <QScreen>
 #include <algorithm>
 #include <set>
 
 #include "config/logs/debug_log.h"
-#include "tests/ui/widgets.h"
-#include "ui/additional_mode_window.h"
+#include "tests/ui/additional_mode_fixture.h"
 #include "ui/synchro_picture.h"
 
 namespace tarno2::test {
 namespace {
-
-AdditionalModeFacts facts(std::vector<SynchroBoardFacts::Channel> channels = {{3, 1, 10.0F}, {7, 10, 10.0F}}) {
-    AdditionalModeFacts result;
-    result.board.channels = std::move(channels);
-    result.board.minimumCode = -2048;
-    result.board.maximumCode = 2047;
-    result.board.useDigitalPort = true;
-    result.digitalLines = 4;
-    result.framesPerSecond = 10000.0;
-    return result;
-}
-
-class AdditionalMode : public ::testing::Test {
-protected:
-    AdditionalMode() {
-        languageTable().select(kLanguageEnglish);
-        settings_.AnalyzeAnalogStartChannel = settings_.SynchroAnalogChannelNumber = 3;
-        window_ = std::make_unique<T_AdditionalModeWindow>(settings_, sizes_);
-        window_->setFacts(facts());
-    }
-
-    void open() {
-        window_->open();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
-    }
-    template <typename Widget>
-    Widget* find(const char* name) {
-        return findIn<Widget>(*window_, name);
-    }
-    /// The control of that name, which the operator has to be able to use.
-    void expectUsable(const char* name) {
-        ASSERT_TRUE(find<QWidget>(name)->isVisible() && find<QWidget>(name)->isEnabled()) << name;
-    }
-    void click(const char* name) {
-        expectUsable(name);
-        clickIn(*window_, name);
-    }
-    void type(const char* name, const char* text, bool enter = false) {
-        expectUsable(name);
-        typeIn(*window_, name, QString::fromUtf8(text), enter);
-    }
-    /// Opens the button's popup with the mouse and chooses the item of that number.
-    void choose(const char* name, int tag) {
-        click(name);
-        auto* popup = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_NE(popup, nullptr) << name;
-        const auto* button = find<QWidget>(name);
-        const QPoint corner = button->mapToGlobal(QPoint(0, button->height()));
-        const int room = button->screen()->geometry().right() + 1 - popup->width();
-        EXPECT_EQ(popup->pos(), QPoint(std::min(corner.x(), room), corner.y())) << name;
-        QTest::mouseClick(popup, Qt::LeftButton, {}, popup->actionGeometry(popup->actions()[tag]).center());
-        EXPECT_EQ(find<TaggedButton>(name)->tag(), tag) << name;
-        EXPECT_EQ(find<TaggedButton>(name)->text(), popup->actions()[tag]->text());
-    }
-    /// Presses the letter that the control's text marks.
-    void press(const char* name) {
-        auto* button = find<QAbstractButton>(name);
-        const QString text = button->text();
-        const qsizetype mark = text.indexOf('&');
-        ASSERT_GE(mark, 0) << name;
-        QTest::keyClick(window_.get(), text[mark + 1].toLatin1(), Qt::AltModifier);
-        EXPECT_TRUE(QTest::qWaitFor([button] { return !button->isDown(); })) << "it is seen to be pressed";
-    }
-    QString typed(const char* name) { return find<QLineEdit>(name)->text(); }
-    int bar(const char* name) { return find<QSlider>(name)->value(); }
-
-    SynchroSettings settings_;
-    SynchroSizes sizes_{250, 750};
-    std::unique_ptr<T_AdditionalModeWindow> window_;
-};
-
-TEST_F(AdditionalMode, AThresholdIsInTheUnitOfItsChannelAndKeptInVolts) {
-    AdditionalModeFacts labelled = facts();
-    labelled.board.channels[0].label = {"inlet", "bar", -2.5, 0.5};  // channel 3
-    settings_.SynchroAnalogValue = -1000.0;
-    settings_.SynchroAnalogUnit = 1;
-    settings_.SynchroAnalogMode = 0;
-    settings_.SynchroAnalyzeMode = 2;
-    settings_.synchroOnAnalog = true;
-    window_->setFacts(labelled);
-    window_->ReloadControls();
-    open();
-    EXPECT_EQ(find<TaggedButton>("AnalogSynchroModeButton")->tag(), 1) << "falling bar are rising volts";
-    const auto* unit = find<QPushButton>("SynchroValueUnit");
-    EXPECT_EQ(typed("SynchroValueEdit"), "3");
-    EXPECT_EQ(unit->text(), "bar");
-    EXPECT_FALSE(unit->isEnabled());
-    window_->close();
-    EXPECT_EQ(settings_.SynchroAnalogValue, -1000.0) << "as it was given";
-    EXPECT_EQ(settings_.SynchroAnalogMode, 0);
-    EXPECT_EQ(settings_.SynchroAnalogUnit, 1);
-
-    open();
-    type("SynchroValueEdit", "5,5");
-    choose("AnalogSynchroModeButton", 0);
-    click("AcceptButton");
-    EXPECT_EQ(settings_.SynchroAnalogMode, 1);
-    EXPECT_EQ(settings_.SynchroAnalogValue, -2.0);
-    // Another scale shows other numbers of the same volts.
-    labelled.board.channels[0].label = {"", "K", 1000.0, 0.0};
-    window_->setFacts(labelled);
-    EXPECT_EQ(typed("SynchroValueEdit"), "-2000");
-    EXPECT_EQ(unit->text(), "K");
-    // A level stays as it was typed when another channel is chosen, as with another unit.
-    open();
-    type("SynchroChannelBox", "7");
-    EXPECT_EQ(typed("SynchroValueEdit"), "-2000");
-    EXPECT_TRUE(unit->isEnabled());
-    EXPECT_NE(unit->text(), "K");
-    type("SynchroValueEdit", "x");
-    type("SynchroChannelBox", "3");
-    QTest::keyClick(window_.get(), Qt::Key_Escape);
-    EXPECT_EQ(typed("SynchroValueEdit"), "-2000") << "as it was shown";
-    EXPECT_EQ(settings_.SynchroAnalogValue, -2.0);
-    window_->setFacts(facts());
-    EXPECT_EQ(typed("SynchroValueEdit"), "-2");
-    EXPECT_TRUE(unit->isEnabled());
-}
 
 TEST_F(AdditionalMode, AnalysisOfChannelsByMouseAndKeyboard) {
     open();
@@ -240,7 +120,7 @@ TEST_F(AdditionalMode, BarsAndEditsOfTheSizes) {
     type("SynchroBufferSizeEdit", "9999999", true);
     EXPECT_EQ(typed("SynchroBufferSizeEdit"), "2621440");
     click("AcceptButton");
-    window_->setFacts(facts({}));
+    window_->setFacts(additionalModeFacts({}));
     open();
     EXPECT_EQ(bar("BufferBar"), 1000) << "as far as it goes without channels";
     EXPECT_EQ(typed("SynchroBufferSizeEdit"), "1000");
@@ -423,14 +303,14 @@ TEST_F(AdditionalMode, HintsFollowWhatIsTyped) {
     EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, true);
     type("SynchroChannelBox", "8");
     EXPECT_TRUE(shows(uiText(TextId::SynchroParametersMistake)));
-    window_->setFacts(facts({{8, 2, 0.0F, 0.0, 10.0}}));
+    window_->setFacts(additionalModeFacts({{8, 2, 0.0F, 0.0, 10.0}}));
     EXPECT_TRUE(shows("Gain: 2, range: 0 ... 10 V"));
     EXPECT_FALSE(shows(uiText(TextId::SynchroThresholdOutside)));
     type("SynchroValueEdit", "-1");
     EXPECT_TRUE(shows(uiText(TextId::SynchroThresholdOutside)));
     click("SynchroPortRadio");
     EXPECT_FALSE(shows(uiText(TextId::SynchroPortNotUsed)));
-    AdditionalModeFacts without = facts();
+    AdditionalModeFacts without = additionalModeFacts();
     without.board.useDigitalPort = false;
     window_->setFacts(without);
     EXPECT_TRUE(shows(uiText(TextId::SynchroPortNotUsed)));
