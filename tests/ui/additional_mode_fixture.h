@@ -12,7 +12,8 @@
 namespace tarno2::test {
 
 /// A board with these channels, of 12 bits and with four lines.
-inline AdditionalModeFacts additionalModeFacts(std::vector<SynchroBoardFacts::Channel> channels = {{3, 1, 10.0F}, {7, 10, 10.0F}}) {
+inline AdditionalModeFacts additionalModeFacts(std::vector<SynchroBoardFacts::Channel> channels = {{3, 1, 10.0F},
+                                                                                                   {7, 10, 10.0F}}) {
     AdditionalModeFacts result;
     result.board.channels = std::move(channels);
     result.board.minimumCode = -2048;
