@@ -20,7 +20,8 @@ BandCurve inBand(const CurveStyle& style, size_t column, const RowBand& band, si
 /// A square of `size` rows from the row of the code on, cut at the ends of the band.
 void fillPoint(uint32_t* pixels, const BandCurves& band, const BandCurve& curve, double code, size_t size) {
     // Half a row more, so that cutting off the fraction rounds.
-    const double top = code * curve.slope + curve.origin + 0.5 - static_cast<double>(size / 2);
+    const size_t above = size / 2;
+    const double top = code * curve.slope + curve.origin + 0.5 - static_cast<double>(above);
     const double bottom = top + static_cast<double>(size);
     // Said in this way, it also leaves out what is no number.
     if (!(bottom >= static_cast<double>(band.first) && top < static_cast<double>(band.end))) {
@@ -57,6 +58,7 @@ std::vector<BandCurves> curvesInBands(const std::vector<CurveStyle>& styles, siz
                                       const std::vector<RowBand>& bands, size_t thickness, size_t height) {
     const auto rows = static_cast<ptrdiff_t>(height);
     std::vector<BandCurves> result;
+    result.reserve(bands.size());
     for (const RowBand& band : bands) {
         result.push_back({static_cast<size_t>(std::clamp<ptrdiff_t>(band.top, 0, rows)),
                           static_cast<size_t>(std::clamp<ptrdiff_t>(band.top + band.rows, 0, rows)),

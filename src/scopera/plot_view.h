@@ -138,7 +138,7 @@ private:
     void dragHead(HeldHead& held, const QPointF& place);
     void dropHead(const HeldHead& held, const QPointF& place);
     void switchColumn(size_t column);
-    void dragPicture(Pan& pan, const QPointF& place);
+    void dragPicture(Pan& held, const QPointF& place);
     void dragCursor(const Cursors::Grip& grip, const QPointF& place);
     void showMouseShape(const QPointF& place);
 

@@ -231,7 +231,7 @@ private:
     /// Those of the settings.
     [[nodiscard]] std::set<int32_t> hiddenChannels() const;
     void switchColumn(uint32_t column, bool visible);
-    void setHidden(std::set<int32_t> hidden);
+    void setHidden(const std::set<int32_t>& hidden);
     void solo(uint32_t column);
     // Marks (show_form_marks.cpp).
     void takeMarks();

@@ -98,11 +98,11 @@ void T_ShowForm::switchColumn(uint32_t column, bool visible) {
         hidden.insert(*key);
     }
     beforeSolo_.reset();
-    setHidden(std::move(hidden));
+    setHidden(hidden);
 }
 
 // All of the settings first: who is told asks for them.
-void T_ShowForm::setHidden(std::set<int32_t> hidden) {
+void T_ShowForm::setHidden(const std::set<int32_t>& hidden) {
     drawing_->setHidden(hidden);
     std::vector<int> changed;
     for (size_t i = 0; i < settings_.channels.size() && !file_; ++i) {
@@ -129,15 +129,15 @@ void T_ShowForm::solo(uint32_t column) {
     }
     others.erase(*alone);
     const bool already = std::ranges::includes(drawing_->hidden(), others) && !drawing_->hidden().contains(*alone);
-    std::set<int32_t> before = std::exchange(beforeSolo_, std::nullopt).value_or(std::set<int32_t>());
+    const std::set<int32_t> before = std::exchange(beforeSolo_, std::nullopt).value_or(std::set<int32_t>());
     std::set<int32_t> hidden = drawing_->hidden();
     if (already) {
-        setHidden(std::move(before));
+        setHidden(before);
         return;
     }
     others.insert(hidden.begin(), hidden.end());
     others.erase(*alone);
-    setHidden(std::move(others));
+    setHidden(others);
     beforeSolo_ = std::move(hidden);
 }
 
