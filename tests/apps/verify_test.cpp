@@ -66,7 +66,7 @@ TEST(Verify, FindsTheOneThingThatIsWrong) {
          [](const RecordingRig& rig) {
              rig.folder().write("run_2.dat", readFile(rig.file("run_2.dat")).substr(0, 3999));
          },
-         1, "run_2.dat ends with a torn frame"},
+         1, "run_2.dat has 3999 bytes, the passport tells of 4000"},
         {"a gap", remove("run_1.dat"), 1, "run_1.dat is missing: the recording has a gap there"},
         {"no description", remove("run_1.txt"), 1, "run_1.txt: "},
         {"another description", put("run_2.txt", "DataCountPerChannel", "DataKountPerChannel"), 1, "run_2.txt: "},
@@ -84,6 +84,17 @@ TEST(Verify, FindsTheOneThingThatIsWrong) {
         EXPECT_EQ(said.find("WRONG") != std::string::npos, c.status == 1) << said;
         EXPECT_EQ(rig.run("tarno2-verify", {"--quiet", rig.path()}, c.status).empty(), c.status == 0);
     }
+}
+
+TEST(Verify, OnlyASizeLimitEndsWithinAFrame) {
+    const RecordingRig rig;
+    Wish wish;
+    wish.bytes = 4001;
+    rig.record(wish, "RealTime=0;Signal=Counter");
+    ASSERT_EQ(readFile(rig.file("run.dat")).size(), 4001U);
+    EXPECT_THAT(rig.run("tarno2-verify", {rig.file("run.dat")}), HasSubstr("run.dat ends within a frame"));
+    change(rig, "run.json", "\"reason\": \"size\"", "\"reason\": \"user\"");
+    EXPECT_THAT(rig.run("tarno2-verify", {rig.file("run.dat")}, 1), HasSubstr("run.dat ends with a torn frame"));
 }
 
 TEST(Verify, KnowsRecordingsByAnyOfTheirFiles) {

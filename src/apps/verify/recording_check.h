@@ -45,6 +45,7 @@ private:
     void enter(const std::string& listedAs, const std::string& sha256, const std::string& source);
     [[nodiscard]] std::optional<uint32_t> pieceOf(const std::string& listed) const;
     void checkContinuity();
+    [[nodiscard]] bool mayEndWithinAFrame(uint32_t k) const;
     void checkPiece(uint32_t k);
     void checkFormat(const RecordedFormat& format);
     void checkSums(uint32_t k);
