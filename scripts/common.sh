@@ -6,8 +6,9 @@ export DEBIAN_FRONTEND=noninteractive
 
 # Packages by purpose, for Debian 12.
 # qt6-translations-l10n has Qt's own texts in Russian; packages for Windows take them along.
+# pandoc makes the manual.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev libgcrypt20-dev zlib1g-dev qt6-base-dev libqcustomplot-dev qt6-translations-l10n
-    libfftw3-dev libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev)
+    libfftw3-dev libasound2-dev pkg-config libcomedi-dev libiio-dev libsigrok-dev pandoc)
 # alsa-utils brings recordings of speech that the replay driver's tests play; locales the Russian number format; xvfb a
 # display that goes away.
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsonschema)
@@ -98,7 +99,7 @@ build_targets() {
 # Builds what a user runs: the programs, the drivers and the signal view.
 build_programs() {
     build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover tarno2-verify simulator replay serial network sound \
-        iio sigrok comedi scopera
+        iio sigrok comedi scopera manual
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

@@ -59,6 +59,7 @@ T_DigitalSignalSettings::T_DigitalSignalSettings(std::span<DigitalLineSettings> 
       colorImage_(new QLabel(colorBox_)),
       chooseColorButton_(new QPushButton(colorBox_)),
       closeButton_(new QPushButton(this)) {
+    setObjectName(QStringLiteral("T_DigitalSignalSettings"));
     build();
     loadCaptions();
     lineList_->clear();

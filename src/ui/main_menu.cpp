@@ -7,6 +7,7 @@
 #include <QMenuBar>
 
 #include "language/language_table.h"
+#include "ui/help.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -45,6 +46,7 @@ MainMenu::MainMenu(QMainWindow& window)
     showMessages->setChecked(true);
     mark->setEnabled(false);
     mark->setAutoRepeat(false);
+    installHelpKey(*manual);
     buildMenus();
 }
 

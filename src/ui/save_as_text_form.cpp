@@ -103,6 +103,7 @@ T_SaveAsTextForm::T_SaveAsTextForm(TextExportSettings& settings, TextExportSourc
       bar_(new QProgressBar(progressBox_)),
       saveButton_(new QPushButton(this)),
       cancelButton_(new QPushButton(this)) {
+    setObjectName(QStringLiteral("T_SaveAsTextForm"));
     build();
     loadCaptions();
     resize(sizeHint());

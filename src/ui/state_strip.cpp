@@ -73,6 +73,7 @@ TextId stateText(RunState state) {
 }
 
 StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("StateStrip"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(8, 6, 8, 4);
     column->setSpacing(4);

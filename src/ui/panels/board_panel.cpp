@@ -41,6 +41,7 @@ BoardPanel::BoardPanel(QWidget* parent)
       markLabel_(new QLabel(this)),
       markLine_(new MarkLineRow(this)),
       factsLabel_(makeText(this, QStringLiteral("BoardFactsLabel"))) {
+    setObjectName(QStringLiteral("BoardPanel"));
     differential_->setObjectName(QStringLiteral("DiffModeBox"));
     digitalPort_->setObjectName(QStringLiteral("DigitalPortBox"));
     hardwareAverage_->setObjectName(QStringLiteral("HardwareAverageBox"));

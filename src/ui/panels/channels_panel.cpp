@@ -24,6 +24,7 @@ ChannelsPanel::ChannelsPanel(QWidget* parent)
       extended_(new OptionBox(this)),
       resetExtremes_(new QPushButton(this)),
       countLabel_(new QLabel(this)) {
+    setObjectName(QStringLiteral("ChannelsPanel"));
     selectAll_->setObjectName(QStringLiteral("SelectAllButton"));
     invert_->setObjectName(QStringLiteral("InvertSelectionButton"));
     extended_->setObjectName(QStringLiteral("ExtendedChannelModeBox"));

@@ -77,6 +77,7 @@ FilePanel::FilePanel(QWidget* parent)
       lastsLabel_(makeText(this, QStringLiteral("DiskLastsLabel"))),
       piecesLabel_(makeText(this, QStringLiteral("PiecesLabel"))),
       warningLabel_(makeText(this, QStringLiteral("DiskWarningLabel"))) {
+    setObjectName(QStringLiteral("FilePanel"));
     nameEdit_->setObjectName(QStringLiteral("FileNameEdit"));
     commentEdit_->setObjectName(QStringLiteral("CommentEdit"));
     commentEdit_->setMaxLength(kLongestComment);

@@ -44,6 +44,7 @@ MeasuringPanel::MeasuringPanel(QWidget* parent)
       externalStart_(new OptionBox(this)),
       decimationLabel_(new QLabel(this)),
       decimation_(new QSpinBox(this)) {
+    setObjectName(QStringLiteral("MeasuringPanel"));
     packetMode_->setObjectName(QStringLiteral("PacketModeBox"));
     packetFrequency_->setObjectName(QStringLiteral("PacketFrequencyEdit"));
     externalClock_->setObjectName(QStringLiteral("ExtFreqBox"));

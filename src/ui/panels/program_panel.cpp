@@ -36,6 +36,7 @@ ProgramPanel::ProgramPanel(QWidget* parent)
       debugLog_(new OptionBox(this)),
       debugPathLabel_(makeText(this, QStringLiteral("DebugLogPathLabel"))),
       folderLabel_(makeText(this, QStringLiteral("ProgramFolderLabel"))) {
+    setObjectName(QStringLiteral("ProgramPanel"));
     russian_->setObjectName(QStringLiteral("RussianChooseButton"));
     english_->setObjectName(QStringLiteral("EnglishChooseButton"));
     stayOnTop_->setObjectName(QStringLiteral("StayOnTopBox"));
