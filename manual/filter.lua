@@ -47,7 +47,7 @@ local function readTexts(name, language)
     local all = file:read("a"):gsub("\r", "")
     file:close()
     -- A text may hold brackets: a row ends where a quotation mark, a bracket and the line end.
-    for key, row in all:gmatch("\nTEXT_ROW%((%w+), %d+,(.-)\"%)\n") do
+    for key, row in all:gmatch("TEXT_ROW%((%w+), %d+,(.-)\"%)\n") do
         texts[key] = asQuoted(stringsOfRow(row .. '"')[language == "ru" and 2 or 1])
     end
 end
