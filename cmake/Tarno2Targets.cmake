@@ -8,13 +8,19 @@ function(tarno2_folder)
     tarno2_warnings(tarno2_${ARG_NAME})
 endfunction()
 
-# The registry text by which the programs of each folder find a library in bin; TEMPLATE names it by LIBRARY_PATH.
+# The registry text by which the programs of each folder find a library in bin, and that which is installed; TEMPLATE
+# names the library by LIBRARY_PATH.
 function(tarno2_registry_text name template component)
     foreach(folder ${TARNO2_BIN} ${TARNO2_TEST_BIN} ${TARNO2_BENCH_BIN})
         file(RELATIVE_PATH LIBRARY_PATH ${folder}/registry.d ${TARNO2_BIN}/${name}${CMAKE_SHARED_MODULE_SUFFIX})
         configure_file(${template} ${folder}/registry.d/${name}.reg @ONLY)
     endforeach()
-    install(FILES ${TARNO2_BIN}/registry.d/${name}.reg DESTINATION ${TARNO2_PROGRAM_FOLDER}/registry.d
+    set(LIBRARY_PATH ../${name}${CMAKE_SHARED_MODULE_SUFFIX})
+    if(NOT TARNO2_REGISTRY_FOLDER STREQUAL "${TARNO2_PROGRAM_FOLDER}/registry.d")
+        set(LIBRARY_PATH ${CMAKE_INSTALL_PREFIX}/${TARNO2_PROGRAM_FOLDER}/${name}${CMAKE_SHARED_MODULE_SUFFIX})
+    endif()
+    configure_file(${template} ${PROJECT_BINARY_DIR}/registry.d/${name}.reg @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/registry.d/${name}.reg DESTINATION ${TARNO2_REGISTRY_FOLDER}
             COMPONENT ${component})
 endfunction()
 

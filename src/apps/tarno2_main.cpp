@@ -15,12 +15,13 @@ int main(int argc, char** argv) {
     return runProgram("Tarno2", 0, [&] {
         selectLanguage(languageFromLocale());
         const CommandLine line = parseCommandLine(argumentText(argc, argv));
-        if (line.mode != CommandLine::Version && displayCanBeOpened()) {
+        const bool answersOnly = line.mode == CommandLine::Version || line.mode == CommandLine::Options;
+        if (!answersOnly && displayCanBeOpened()) {
             return runWindowProgram(argv[0], line);
         }
-        if (line.mode == CommandLine::Interactive) {
+        if (line.mode == CommandLine::Interactive || line.mode == CommandLine::Open) {
             std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::NoDisplay)).c_str());
         }
-        return runWithoutWindow(line);
+        return runWithoutWindow(line, true);
     });
 }

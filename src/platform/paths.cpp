@@ -68,12 +68,13 @@ std::string programDirectory() {
         return folder;
     }
     std::string folder = executableFolder();
-    if (isWritableFolder(folder)) {
+    const bool installed = fileExists(joinPath(folder, kInstalledMark));
+    if (!installed && isWritableFolder(folder)) {
         return folder;
     }
     std::string settings = userSettingsFolder();
     if (settings.empty()) {
-        return folder;
+        return installed ? currentFolder() : folder;
     }
     createFolders(settings);
     return settings;

@@ -34,12 +34,14 @@ extern const char kPathSeparator;
 [[nodiscard]] std::string currentFolder();
 /// Whether this user may make files in the folder.
 [[nodiscard]] bool isWritableFolder(const std::string& folder);
-/// The user's settings folder for this program (%APPDATA%\Tarno2, $XDG_CONFIG_HOME/tarno2), which need not exist yet.
-/// Empty when the user has none.
+/// The user's settings folder for this program (%APPDATA%\Tarno2, $XDG_CONFIG_HOME/tarno2 or .config/tarno2 in the home
+/// that $HOME or else the list of users names), which need not exist yet. Empty when the user has none.
 [[nodiscard]] std::string userSettingsFolder();
-/// Where settings and logs live: $TARNO2_HOME when set; else the program's own folder when it is writable; else the
-/// user's settings folder for this program. The first and the last are made when missing. Without a separator at its
-/// end.
+/// A file of this name beside the program says that it was installed, so that its folder is nobody's to write to.
+inline constexpr const char* kInstalledMark = "installed.txt";
+/// Where settings and logs live: $TARNO2_HOME when set; else the program's own folder when it is writable and the
+/// program was not installed; else the user's settings folder for this program. The first and the last are made when
+/// missing. Without a separator at its end. Of an installed program of a user without such a folder the current one.
 [[nodiscard]] std::string programDirectory();
 
 }  // namespace tarno2

@@ -51,6 +51,8 @@ public:
     /// Shows the window in the place that it had. In console mode, or when the operator wants it, the recording starts
     /// in the first turn of the event loop.
     void present();
+    /// Shows a finished recording in the signal view; one that can't be opened is told in a box.
+    void showRecording(const std::string& dataFile);
     /// The system or a signal asks the program to end: stops the recording without a question and closes.
     void requestEnd();
     /// To be called when the toolkit's display is gone: the recording in console mode goes on to its end, another one

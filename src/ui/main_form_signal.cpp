@@ -73,8 +73,14 @@ void T_MainForm::OpenRecordingClick() {
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
             return;
         }
+        showRecording(dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()))));
+    });
+}
+
+void T_MainForm::showRecording(const std::string& dataFile) {
+    guarded("showRecording", [&] {
         signalDock_->show();
-        showForm_->openRecording(dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()))));
+        showForm_->openRecording(dataFile);
     });
 }
 

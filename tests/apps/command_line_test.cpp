@@ -2,6 +2,9 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <regex>
+#include <set>
+#include <sstream>
 
 #include "config/logs/program_version.h"
 #include "platform/paths.h"
@@ -37,6 +40,41 @@ TEST(CommandLine, TellsTheVersion) {
         const std::string name = program == "tarno2-console" ? "Tarno2" : program;
         EXPECT_EQ(rig.run(program, {"--version"}), name + ' ' + versionText() + '\n');
     }
+}
+
+/// The second field of each line of the list: names of options, and words in capitals for arguments.
+std::set<std::string> optionNames(const std::string& list) {
+    std::set<std::string> names;
+    std::istringstream lines(list);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t name = line.find('\t') + 1;
+        names.insert(line.substr(name, line.find('\t', name) - name));
+    }
+    return names;
+}
+
+// What a program takes is in its manual page, and the page promises no option that the program lacks.
+TEST(CommandLine, HasAManualPageThatTellsAllOptions) {
+    const RecordingRig rig;
+    for (const std::string program : {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-verify", "Tarno2"}) {
+        SCOPED_TRACE(program);
+        const std::set<std::string> options = optionNames(rig.run(program, {"--list-options"}));
+        std::string page = readFile(std::string(MANUAL_PAGES) + '/' + program + ".1");
+        page = std::regex_replace(page, std::regex(R"(\\-)"), "-");
+        page = std::regex_replace(page, std::regex(R"(\\f[A-Z])"), "");
+        EXPECT_GE(options.size(), 4U);
+        for (const std::string& option : options) {
+            const std::string whole =
+                "(^|[^-/A-Za-z])" + std::regex_replace(option, std::regex("[?]"), "\\?") + "($|[^-A-Za-z])";
+            EXPECT_TRUE(std::regex_search(page, std::regex(whole))) << option;
+        }
+        const std::regex told("(^|[^-A-Za-z0-9])(--[a-z][-a-z]*)");
+        for (std::sregex_iterator found(page.begin(), page.end(), told), end; found != end; ++found) {
+            EXPECT_TRUE(options.contains((*found)[2])) << (*found)[2];
+        }
+    }
+    EXPECT_EQ(optionNames(rig.run("tarno2-console", {"--list-options"})),
+              (std::set<std::string>{"/c", "/?", "--status", "--version"}));
 }
 
 TEST(CommandLine, TakesThePathAsItStands) {

@@ -29,6 +29,13 @@ TEST(CommandLine, ModeAndPath) {
         {"--status", CommandLine::Usage, ""},
         {"--status auto.cfg", CommandLine::Usage, "", true},
         {"--status ", CommandLine::Usage, "", true},
+        {"--open run.dat", CommandLine::Open, "run.dat"},
+        {"--open my run.dat", CommandLine::Open, "my run.dat"},
+        {"--open \"C:\\my run.dat\"", CommandLine::Open, "C:\\my run.dat"},
+        {"--open", CommandLine::Interactive, ""},
+        {"--status --open run.dat", CommandLine::Usage, "run.dat", true},
+        {"run.dat", CommandLine::Usage, ""},
+        {"--list-options", CommandLine::Options, ""},
         {"/c --status auto.cfg", CommandLine::Console, "--status auto.cfg"},
     };
     for (const auto& c : cases) {

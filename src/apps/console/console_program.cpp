@@ -68,14 +68,18 @@ int exitStatus(const CommandLine& line, RecordingOutcome outcome, const Recordin
     return static_cast<int>(outcome);
 }
 
-int runWithoutWindow(const CommandLine& line) {
+int runWithoutWindow(const CommandLine& line, bool withWindow) {
     switch (line.mode) {
         case CommandLine::Console:
             return runConsoleProgram(line);
         case CommandLine::Version:
             std::printf("Tarno2 %s\n", versionText().c_str());
             break;
+        case CommandLine::Options:
+            std::fputs(optionList(commandOptions(withWindow)).c_str(), stdout);
+            break;
         case CommandLine::Interactive:
+        case CommandLine::Open:
         case CommandLine::Usage:
             std::fprintf(stderr, "%s\n", languageTable().loadUtf8(static_cast<int32_t>(TextId::Usage)).c_str());
             return line.status ? static_cast<int>(RecordingOutcome::NothingRecorded) : 0;

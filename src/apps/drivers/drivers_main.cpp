@@ -1,11 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <string>
 
 #include "apps/drivers/board_search.h"
 #include "apps/drivers/driver_check.h"
 #include "apps/drivers/settings_table_text.h"
-#include "config/logs/program_version.h"
+#include "apps/options/usual_options.h"
 #include "core/devices/board_selection.h"
 #include "core/devices/driver.h"
 #include "core/devices/driver_catalogue.h"
@@ -99,10 +98,10 @@ int remove(const std::string& name) {
 
 int parseAndRun(int argc, char** argv) {
     languageTable().select(kLanguageEnglish);
-    CLI::App app{"Lists, installs and removes the board drivers of Tarno2."};
+    CLI::App app{"Lists, installs and removes the board drivers of Tarno2.", "tarno2-drivers"};
     app.footer(
         "Exit status: 0 done, 1 a driver does not load, something is wrong with it, or the change failed, 2 bad use.");
-    app.set_version_flag("--version", "tarno2-drivers " + versionText());
+    addUsualOptions(app);
     app.require_subcommand(1);
     std::string name;
     std::string library;

@@ -1,12 +1,11 @@
 #include "apps/export/export_options.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <optional>
 #include <vector>
 
-#include "config/logs/program_version.h"
+#include "apps/options/usual_options.h"
 #include "records/export_names.h"
 #include "records/number_text.h"
 
@@ -207,7 +206,7 @@ int parseExportOptions(int argc, const char* const* argv, ExportOptions& options
         "Formats: csv text; wav WAVE or, from 4 GiB on, RF64; sr a session of sigrok; npy NumPy; edf EDF+; bdf BDF+.\n"
         "docs/exports.md tells what is in them.\n"
         "Exit status: 0 done, 1 stopped, 2 bad use or bad input.");
-    app.set_version_flag("--version", "tarno2-export " + versionText());
+    addUsualOptions(app);
     RawOptions raw;
     app.add_option("RECORDING", options.task.dataFile, "Data file; its description is looked for beside it")
         ->required();

@@ -1,10 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "config/logs/program_version.h"
+#include "apps/options/usual_options.h"
 #include "core/storage/checksum_thread.h"
 #include "core/storage/recovery.h"
 #include "language/language_table.h"
@@ -124,7 +123,7 @@ int parseAndRun(int argc, char** argv) {
         "Recordings that a program still writes are left alone. Those of other users are recovered when FILE names "
         "them.\n"
         "Exit status: 0 done, also when there was nothing to do; 1 something was left as it is; 2 bad use.");
-    app.set_version_flag("--version", "tarno2-recover " + versionText());
+    addUsualOptions(app);
     std::string path;
     app.add_option("FILE-OR-FOLDER", path,
                    "A file of the recording (data, piece, description or journal), or a folder with recordings")

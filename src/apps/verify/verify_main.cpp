@@ -1,11 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <atomic>
 #include <iostream>
 #include <string>
 #include <vector>
 
+#include "apps/options/usual_options.h"
 #include "apps/verify/recording_check.h"
-#include "config/logs/program_version.h"
 #include "language/language_table.h"
 #include "platform/file.h"
 #include "platform/run_program.h"
@@ -96,7 +95,7 @@ int parseAndRun(int argc, char** argv) {
     app.footer(
         "A recording without passport or checksums is checked as far as its files tell, and that is said.\n"
         "Exit status: 0 all is right; 1 something is wrong; 2 something could not be checked, or bad use.");
-    app.set_version_flag("--version", "tarno2-verify " + versionText());
+    addUsualOptions(app);
     std::vector<std::string> paths;
     app.add_option("FILE-OR-FOLDER", paths, "Any file of a recording, or a folder with recordings")->required();
     bool quiet = false;

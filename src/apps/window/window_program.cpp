@@ -16,6 +16,7 @@
 #include "config/logs/console_log.h"
 #include "config/logs/debug_log.h"
 #include "config/settings/auto_settings.h"
+#include "display/recorded.h"
 #include "language/language_table.h"
 #include "platform/child_probe.h"
 #include "platform/paths.h"
@@ -70,6 +71,9 @@ int runForm(const CommandLine& line, std::optional<RecordingWish> console, StopR
         });
         const DisplayWatch displayWatch;
         form.present();
+        if (line.mode == CommandLine::Open) {
+            form.showRecording(dataFileOf(line.path));
+        }
         QApplication::exec();
         form.host().waitForChecksums();
         return status();
@@ -110,6 +114,7 @@ int runWindowProgram(std::string program, const CommandLine& line) {
     std::array<char*, 2> arguments = {program.data(), nullptr};
     std::optional<Application> application(std::in_place, count, arguments.data());
     Application::setApplicationName(QStringLiteral("Tarno2"));
+    Application::setDesktopFileName(QStringLiteral("tarno2"));
     Application::setWindowIcon(programIcon());
     Application::setQuitOnLastWindowClosed(false);
     if (line.mode == CommandLine::Mode::Usage) {

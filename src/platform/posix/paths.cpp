@@ -3,11 +3,26 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <pwd.h>
 #include <unistd.h>
 
 #include "platform/file.h"
 
 namespace tarno2 {
+
+namespace {
+
+/// The home of the user as the system lists it: programs that the system starts have no $HOME.
+std::string homeOfUser() {
+    constexpr size_t kMostBytes = 16384;
+    std::string buffer(kMostBytes, '\0');
+    passwd entry{};
+    passwd* found = nullptr;
+    getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found);
+    return found == nullptr || entry.pw_dir == nullptr ? std::string() : std::string(entry.pw_dir);
+}
+
+}  // namespace
 
 const char kPathSeparator = '/';
 
@@ -51,10 +66,11 @@ std::string userSettingsFolder() {
     if (const auto config = environmentVariable("XDG_CONFIG_HOME"); config && isAbsolutePath(*config)) {
         return joinPath(*config, "tarno2");
     }
-    if (const auto home = environmentVariable("HOME"); home && !home->empty()) {
-        return joinPath(*home, ".config/tarno2");
+    std::string home = environmentVariable("HOME").value_or("");
+    if (home.empty()) {
+        home = homeOfUser();
     }
-    return {};
+    return home.empty() ? home : joinPath(home, ".config/tarno2");
 }
 
 }  // namespace tarno2
