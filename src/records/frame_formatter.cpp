@@ -49,9 +49,8 @@ FrameFormatter::FrameFormatter(const ExportFormat& format, const ConversionInput
 
 FrameFormatter::Marks FrameFormatter::markColumn(const ExportFormat& format, const Marks& marks) {
     Marks column;
-    const char divider = format.divider.empty() ? '\t' : format.divider.front();
     for (const auto& [frame, text] : format.marks ? marks : Marks()) {
-        column.emplace(frame, quotedColumn(text, divider));
+        column.emplace(frame, quotedColumn(text, format));
     }
     return column;
 }

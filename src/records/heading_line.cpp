@@ -1,5 +1,7 @@
 #include "records/heading_line.h"
 
+#include "records/quoted_field.h"
+
 namespace tarno2 {
 
 namespace {
@@ -20,30 +22,22 @@ std::string firstHeading(FirstColumn column) {
 
 }  // namespace
 
-std::string quotedColumn(const std::string& heading, char divider) {
-    if (heading.find(divider) == std::string::npos && heading.find('"') == std::string::npos) {
-        return heading;
-    }
-    std::string text = "\"";
-    for (const char c : heading) {
-        text.append(c == '"' ? 2 : 1, c);
-    }
-    return text + '"';
+std::string quotedColumn(const std::string& text, const ExportFormat& format) {
+    return quotedField(text, {format.divider.empty() ? '\t' : format.divider.front(), '"'});
 }
 
 std::string headingLine(const ExportFormat& format, const ConversionInputs& inputs) {
-    const char divider = format.divider.empty() ? '\t' : format.divider.front();
-    std::string line = quotedColumn(firstHeading(format.firstColumn), divider);
+    std::string line = quotedColumn(firstHeading(format.firstColumn), format);
     for (size_t channel = 0; channel < inputs.channelCount; ++channel) {
         std::string heading = inputs.labels.channelName(channel);
         if (format.volts) {
             const ChannelLabel label = format.units ? inputs.labels.labelOf(channel) : ChannelLabel();
             heading += " [" + label.unitText() + "]";
         }
-        line += format.divider + quotedColumn(heading, divider);
+        line += format.divider + quotedColumn(heading, format);
     }
     for (size_t i = 0; i < inputs.digitalLines; ++i) {
-        line += format.divider + quotedColumn(inputs.labels.lineName(i), divider);
+        line += format.divider + quotedColumn(inputs.labels.lineName(i), format);
     }
     return line + (format.marks ? format.divider + "Mark" : std::string()) + "\r\n";
 }

@@ -13,6 +13,6 @@ namespace tarno2 {
 [[nodiscard]] std::string headingLine(const ExportFormat& format, const ConversionInputs& inputs);
 
 /// A text of a column: between double quotes when it holds the divider or a double quote.
-[[nodiscard]] std::string quotedColumn(const std::string& heading, char divider);
+[[nodiscard]] std::string quotedColumn(const std::string& text, const ExportFormat& format);
 
 }  // namespace tarno2

@@ -7,6 +7,7 @@
 
 #include "platform/file.h"
 #include "platform/utf.h"
+#include "records/quoted_field.h"
 #include "records/utc_text.h"
 
 namespace tarno2 {
@@ -18,17 +19,6 @@ constexpr std::string_view kMarkLineEnd = "\r\n";
 constexpr uint64_t kLongestFile = uint64_t{1} << 30U;
 constexpr size_t kFields = 5;
 constexpr size_t kLongestLine = 4 * kLongestMarkText;  // bytes
-
-std::string quotedWhereNeeded(const std::string& field) {
-    if (field.find_first_of(",\"\r\n") == std::string::npos) {
-        return field;
-    }
-    std::string quoted = "\"";
-    for (const char c : field) {
-        quoted.append(c == '"' ? 2 : 1, c);
-    }
-    return quoted + '"';
-}
 
 /// The field at the front of a line, with the comma behind it; nothing when its quotes stand where none can be.
 std::optional<std::string> takeField(std::string_view& line) {
@@ -104,7 +94,7 @@ std::string marksHeader() {
 std::string markLine(const RecordingMark& mark) {
     return std::to_string(mark.number) + ',' + std::to_string(mark.frame) + ',' + utcText(mark.utc) + ',' +
            std::string(kMarkSources[static_cast<size_t>(mark.source)]) + ',' +
-           quotedWhereNeeded(mark.text).append(kMarkLineEnd);
+           quotedField(mark.text, ",\"\r\n").append(kMarkLineEnd);
 }
 
 std::string marksText(std::span<const RecordingMark> marks) {

@@ -20,7 +20,6 @@ namespace {
 
 /// What the disk did not take is tried again after this time.
 constexpr uint32_t kRetryMs = 1000;
-constexpr uint64_t kNanosecondsPerMs = 1'000'000;
 
 /// One line a mark, the last one of each, by number.
 std::vector<RecordingMark> lastLines(std::span<const RecordingMark> log) {
@@ -242,7 +241,8 @@ void MarkWriter::append() {
     }
     // However often it is woken meanwhile: a full disk has others to serve.
     const uint64_t now = monotonicNanoseconds();
-    if (triedAt_ != 0 && now - triedAt_ < kRetryMs * kNanosecondsPerMs && !finishing_.load(std::memory_order_acquire)) {
+    if (triedAt_ != 0 && now - triedAt_ < kRetryMs * kNanosecondsPerMillisecond &&
+        !finishing_.load(std::memory_order_acquire)) {
         return;
     }
     OsError error = openFile();
