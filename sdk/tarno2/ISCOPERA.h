@@ -39,7 +39,7 @@
 
 // Version of this interface. The host uses a library only when the answer to `AbiVersion` is the number that the host
 // was built with.
-static const uint32_t kScoperaAbiVersion = 4;
+static const uint32_t kScoperaAbiVersion = 5;
 
 // Most columns of a frame: 160 channels and 32 digital lines fit with room to spare.
 static const uint32_t kScoperaMaxColumns = 255;
@@ -49,6 +49,9 @@ enum { kScoperaSigned16 = 0, kScoperaUnsigned16 = 1, kScoperaSigned32 = 2, kScop
 
 // Most flags of `SetFlags`: more than a picture has columns of pixels show nothing more.
 static const uint32_t kScoperaMaxFlags = 65536;
+
+// Most frames of `SetEarlier`.
+static const uint32_t kScoperaMostEarlier = 100;
 
 enum { kScoperaAxisX = 0, kScoperaAxisY = 1 };
 
@@ -252,7 +255,8 @@ struct ISCOPERA {
     virtual uint32_t TARNO2_CALL PixelWidth() = 0;
     // 17: draws now what has changed, hidden or not, without waiting for the event loop. 1: drawn.
     virtual int32_t TARNO2_CALL Render() = 0;
-    // 18: saves the picture as it is shown, as PNG. 1: saved; 0: the file can't be written.
+    // 18: saves the picture as it is shown: as SVG when the file's name ends in ".svg", with the curves as a picture of
+    // the screen's resolution within it; else as PNG. 1: saved; 0: the file can't be written.
     virtual int32_t TARNO2_CALL SavePicture(const char* file) = 0;
     // 19: puts the picture as it is shown on the clipboard. 1: done.
     virtual int32_t TARNO2_CALL CopyPicture() = 0;
@@ -272,6 +276,15 @@ struct ISCOPERA {
     virtual int32_t TARNO2_CALL SetLevels(const SCOPERALevel* levels, uint32_t count) = 0;
     // 25: scrolls so that the lane can be seen. 1: done; 0: no such lane.
     virtual int32_t TARNO2_CALL ShowLane(uint32_t lane) = 0;
+    // 26: the X axis and the cursors tell the time of day, hh:mm:ss.fff, with ticks at round steps of a clock, and the
+    // date at midnight. `start`: of X = 0, microseconds since the beginning of 1970 by the same clock.
+    // `secondsPerUnit`: seconds in a unit of the X axis; 0: they tell numbers again. 1: taken; 0: it is below 0 or not
+    // finite.
+    virtual int32_t TARNO2_CALL SetClockX(int64_t start, double secondsPerUnit) = 0;
+    // 27: draws these frames too, behind those of `SetFrames` and the paler the later they stand in the list: what the
+    // same columns were before. They are subject to the rules of `SetFrames`, and count in the extremes. Null or 0:
+    // none. 1: taken; 0: more than kScoperaMostEarlier, or one is refused for a wrong field, and none is drawn.
+    virtual int32_t TARNO2_CALL SetEarlier(const SCOPERAFrames* frames, uint32_t count) = 0;
 };
 
 // The library's only export. `interfaceName` is "ISCOPERA" and `flags` 0; null when the library has no such interface

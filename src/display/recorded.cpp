@@ -83,7 +83,9 @@ std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile
     if (problem.kind != OpenProblem::None) {
         return nullptr;
     }
-    recording->takeLabels(findLabels(dataFile, recording->recorded_.channelCount).labels);
+    const FoundLabels found = findLabels(dataFile, recording->recorded_.channelCount);
+    recording->takeLabels(found.labels);
+    recording->takePassport(dataFile, found.passport);
     for (uint32_t number = 1;; ++number) {
         const std::string name = RecordingName(dataFile).piece(number);
         RecordedFormat format;
@@ -101,6 +103,27 @@ void RecordedFrames::takeLabels(const RecordedLabels& labels) {
         numbers_[format_.channels[i].listPosition] = labels.channels[i].number;
     }
     format_.lineNames = labels.lines;
+}
+
+// What is opened may be a later piece of its recording. Of records a piece may begin in the middle of one.
+void RecordedFrames::takePassport(const std::string& dataFile, const std::optional<Passport>& passport) {
+    if (!passport) {
+        const bool even = !readRecordedKeys(RecordDescription::fileNameFor(dataFile)).triggered;
+        if (even && recorded_.created) {
+            wallClock_ = wallClockOf(*recorded_.created, recorded_.frequencyPerChannel);
+        }
+        return;
+    }
+    const auto& pieces = passport->pieces;
+    const auto opened = std::ranges::find(pieces, fileNameOf(dataFile), &PassportPiece::file);
+    uint64_t before = 0;
+    for (auto piece = pieces.begin(); opened != pieces.end() && piece != opened; ++piece) {
+        before += piece->frames;
+    }
+    wallClock_ = wallClockOf(*passport, before, recorded_.frequencyPerChannel);
+    if (const uint32_t frames = passport->recordFrames(); frames > 0 && before % frames == 0) {
+        records_ = {frames, passport->synchronisation.prehistory};
+    }
 }
 
 OpenProblem RecordedFrames::addPiece(const std::string& dataFile) {

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "display/frame_source.h"
 #include "display/signal_format.h"
+#include "display/wall_clock.h"
 #include "platform/file.h"
 #include "records/recorded_format.h"
 #include "records/recorded_labels.h"
@@ -27,6 +29,15 @@ struct OpenProblem {
     std::string detail;
 };
 
+/// Records of synchronisation that lie one behind the other, all of one length, frames.
+struct TriggeredRecords {
+    uint64_t frames = 0;      ///< of a record
+    uint64_t prehistory = 0;  ///< of them, before the trigger
+
+    /// Whole ones among so many frames.
+    [[nodiscard]] uint64_t count(uint64_t of) const { return frames > 0 ? of / frames : 0; }
+};
+
 /// The data file that a file name which the user has chosen stands for: a description stands for what it describes.
 [[nodiscard]] std::string dataFileOf(const std::string& name);
 
@@ -42,6 +53,10 @@ public:
     [[nodiscard]] const SignalFormat& format() const { return format_; }
     /// Numbers of the board's inputs in the order of the channel list; none when no passport tells them.
     [[nodiscard]] const std::vector<int32_t>& numbers() const { return numbers_; }
+    /// When its frames came; nothing when nobody knows.
+    [[nodiscard]] const std::optional<WallClock>& wallClock() const { return wallClock_; }
+    /// Its records of synchronisation; nothing when it has none, or nobody knows.
+    [[nodiscard]] const std::optional<TriggeredRecords>& records() const { return records_; }
     [[nodiscard]] size_t pieceCount() const { return pieces_.size(); }
     /// Data files whose size is no whole number of frames: their last bytes are left out. For a warning.
     [[nodiscard]] const std::vector<std::string>& cutFiles() const { return cutFiles_; }
@@ -64,12 +79,15 @@ private:
 
     RecordedFrames() = default;
     void takeLabels(const RecordedLabels& labels);
+    void takePassport(const std::string& dataFile, const std::optional<Passport>& passport);
     [[nodiscard]] OpenProblem addPiece(const std::string& dataFile);
     [[nodiscard]] File& fileOf(Piece& piece);
 
     RecordedFormat recorded_;
     SignalFormat format_;
     std::vector<int32_t> numbers_;
+    std::optional<WallClock> wallClock_;
+    std::optional<TriggeredRecords> records_;
     std::vector<Piece> pieces_;
     std::vector<std::string> cutFiles_;
     uint64_t frameCount_ = 0;

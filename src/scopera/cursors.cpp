@@ -14,10 +14,14 @@ constexpr double kReach = 5.0;  // pixels from a line within which the mouse tak
 constexpr int kPadding = 6;
 constexpr int kCellGap = 14;
 
-/// A value with the decimals that a pixel of the range needs, unless it is told how many.
+/// The decimals that a pixel of a range needs.
+int decimalsFor(double range, int pixels) {
+    return decimalsOf(std::pow(10.0, std::floor(std::log10(range / std::max(pixels, 1)))));
+}
+
+/// A value with these, unless it is told how many.
 QString valueText(double value, const QCPRange& range, int pixels, int digits) {
-    const double resolution = std::pow(10.0, std::floor(std::log10(range.size() / std::max(pixels, 1))));
-    return plainNumber(value, digits < 0 ? decimalsOf(resolution) : digits);
+    return plainNumber(value, digits < 0 ? decimalsFor(range.size(), pixels) : digits);
 }
 
 void bringIntoRange(double& first, double& second, const QCPRange& range) {
@@ -94,18 +98,27 @@ void Cursors::move(const Grip& grip, const QPointF& place) {
     }
 }
 
+QString Cursors::textOfX(double x, bool difference) const {
+    if (!clock_.shown()) {
+        return valueText(x, xAxis_->range(), clipRect().width(), digitsX_);
+    }
+    const int decimals =
+        digitsX_ < 0 ? decimalsFor(xAxis_->range().size() * clock_.secondsPerUnit, clipRect().width()) : digitsX_;
+    return difference ? clock_.length(x, decimals) : clock_.timeAt(x, decimals);
+}
+
 QVector<QStringList> Cursors::table() const {
-    const auto row = [this](const QString& head, double x, double y, size_t lane) {
-        return QStringList{head, valueText(x, xAxis_->range(), clipRect().width(), digitsX_),
-                           valueText(y, lanes_.range(lane), lanes_.rows(lane).height(), digitsY_)};
+    const auto row = [this](const QString& head, const QString& x, double y, size_t lane) {
+        return QStringList{head, x, valueText(y, lanes_.range(lane), lanes_.rows(lane).height(), digitsY_)};
     };
     QVector<QStringList> rows;
     if (!unitX_.isEmpty() || !unitY_.isEmpty()) {
         rows.append({QString(), unitX_, unitY_});
     }
-    rows.append(row(QStringLiteral("1"), places_.m_fX[0], places_.m_fY[0], laneOf(0)));
-    rows.append(row(QStringLiteral("2"), places_.m_fX[1], places_.m_fY[1], laneOf(1)));
-    rows.append(row(difference_, places_.m_fX[1] - places_.m_fX[0], places_.m_fY[1] - places_.m_fY[0], laneOf(0)));
+    rows.append(row(QStringLiteral("1"), textOfX(places_.m_fX[0], false), places_.m_fY[0], laneOf(0)));
+    rows.append(row(QStringLiteral("2"), textOfX(places_.m_fX[1], false), places_.m_fY[1], laneOf(1)));
+    rows.append(row(difference_, textOfX(places_.m_fX[1] - places_.m_fX[0], true), places_.m_fY[1] - places_.m_fY[0],
+                    laneOf(0)));
     if (laneOf(0) != laneOf(1)) {
         rows.back().back() = QStringLiteral("-");  // values of two scales have no difference
     }

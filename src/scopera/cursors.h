@@ -8,6 +8,7 @@
 
 #include <tarno2/ISCOPERA.h>
 
+#include "scopera/clock_axis.h"
 #include "scopera/lanes.h"
 
 namespace tarno2 {
@@ -37,6 +38,8 @@ public:
     void setTexts(const QString& unitX, const QString& unitY, const QString& difference);
     /// Decimals of the values; negative: as many as the picture's resolution needs.
     void setDigits(int x, int y);
+    /// The values of X are times of day, or numbers again.
+    void setClock(const ClockAxis& clock) { clock_ = clock; }
     /// The box's text, row by row: head, X, Y. The units, where there are any, stand above.
     [[nodiscard]] QVector<QStringList> table() const;
 
@@ -47,6 +50,7 @@ protected:
 
 private:
     [[nodiscard]] size_t laneOf(size_t cursor) const;
+    [[nodiscard]] QString textOfX(double x, bool difference) const;
     void drawLines(QCPPainter* painter) const;
     void drawTable(QCPPainter* painter) const;
 
@@ -60,6 +64,7 @@ private:
     QString unitX_;
     QString unitY_;
     QString difference_;
+    ClockAxis clock_;
     int digitsX_ = -1;
     int digitsY_ = -1;
 };

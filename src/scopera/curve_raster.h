@@ -33,6 +33,7 @@ struct RowBand {
     ptrdiff_t rows;
     double lower;
     double upper;
+    friend bool operator==(const RowBand&, const RowBand&) = default;
 };
 
 /// A curve that is drawn: row of the target = code * slope + origin, within the rows from `first` up to `end`.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tarno2 {
 
@@ -11,6 +12,17 @@ namespace {
 constexpr double kPointsApart = 4.0;
 constexpr double kDotsApart = 12.0;  ///< samples that are so far apart are marked on their lines
 constexpr double kDot = 3.0;
+
+// How much is seen of the last one of many earlier curves, and of the newest.
+constexpr double kPalest = 0.08;
+constexpr double kFullest = 0.6;
+
+void prepare(QImage& image, QSize size, double ratio) {
+    if (image.size() != size) {
+        image = QImage(size, QImage::Format_ARGB32_Premultiplied);
+    }
+    image.setDevicePixelRatio(ratio);
+}
 
 }  // namespace
 
@@ -23,8 +35,23 @@ void Curves::setFrames(const SCOPERAFrames& frames) {
     spansStale_ = true;
 }
 
+void Curves::setStyles(std::vector<CurveStyle> styles) {
+    styles_ = std::move(styles);
+    earlierImageStale_ = true;
+}
+
+void Curves::setEarlier(std::vector<SCOPERAFrames> frames) {
+    earlier_ = std::move(frames);
+    earlierExtremesStale_ = earlierImageStale_ = true;
+    if (earlier_.empty()) {
+        earlierImage_ = {};
+        earlierExtremes_.clear();
+    }
+}
+
 void Curves::setPoints(bool points) {
     spansStale_ = spansStale_ || points != points_;
+    earlierImageStale_ = earlierImageStale_ || points != points_;
     points_ = points;
 }
 
@@ -51,9 +78,8 @@ void Curves::updateSpans(int width) {
 }
 
 std::optional<QCPRange> Curves::extremes() {
-    updateSpans(pixelSize().width());
     std::optional<QCPRange> all;
-    for (size_t i = 0; i < std::min(styles_.size(), spans_.columns()); ++i) {
+    for (size_t i = 0; i < styles_.size(); ++i) {
         const auto one = styles_[i].visible ? extremes(i) : std::nullopt;
         if (one) {
             all = all ? all->expanded(*one) : *one;
@@ -64,10 +90,18 @@ std::optional<QCPRange> Curves::extremes() {
 
 std::optional<QCPRange> Curves::extremes(size_t column) {
     updateSpans(pixelSize().width());
-    if (column >= std::min(styles_.size(), spans_.columns()) || spans_.whole(column).empty()) {
+    updateEarlierExtremes();
+    CodeSpan codes;
+    if (column < spans_.columns()) {
+        codes = spans_.whole(column);
+    }
+    if (column < earlierExtremes_.size() && !earlierExtremes_[column].empty()) {
+        codes.include(earlierExtremes_[column].low);
+        codes.include(earlierExtremes_[column].high);
+    }
+    if (column >= styles_.size() || codes.empty()) {
         return std::nullopt;
     }
-    const CodeSpan& codes = spans_.whole(column);
     const CurveStyle& style = styles_[column];
     const auto [low, high] =
         std::minmax({codes.low * style.scale + style.offset, codes.high * style.scale + style.offset});
@@ -76,22 +110,23 @@ std::optional<QCPRange> Curves::extremes(size_t column) {
 
 void Curves::draw(QCPPainter* painter) {
     const QSize size = pixelSize();
-    if (size.isEmpty() || frames_.m_nFrames == 0) {
+    if (size.isEmpty() || (frames_.m_nFrames == 0 && earlier_.empty())) {
         return;
     }
     updateSpans(size.width());
-    if (image_.size() != size) {
-        image_ = QImage(size, QImage::Format_ARGB32_Premultiplied);
-    }
     const double ratio = parentPlot()->bufferDevicePixelRatio();
-    image_.setDevicePixelRatio(ratio);
-    const PixelTarget target{reinterpret_cast<uint32_t*>(image_.bits()),
-                             static_cast<size_t>(image_.bytesPerLine()) / sizeof(uint32_t),
-                             static_cast<size_t>(size.width()), static_cast<size_t>(size.height())};
-    drawOn(target, ratio);
+    const std::vector<RowBand> rows = bands(ratio);
     // Without it the painter is shifted by half a pixel, for lines.
     painter->setAntialiasing(true);
-    painter->drawImage(clipRect().topLeft(), image_);
+    if (!earlier_.empty()) {
+        drawEarlier(rows, size, ratio);
+        painter->drawImage(clipRect().topLeft(), earlierImage_);
+    }
+    if (frames_.m_nFrames > 0) {
+        prepare(image_, size, ratio);
+        drawOn(frames_, spans_, rows, image_, ratio);
+        painter->drawImage(clipRect().topLeft(), image_);
+    }
 }
 
 // In rows of the image.
@@ -110,19 +145,70 @@ std::vector<RowBand> Curves::bands(double ratio) const {
     return bands;
 }
 
-void Curves::drawOn(const PixelTarget& target, double ratio) const {
+void Curves::drawOn(const SCOPERAFrames& frames, const PixelSpans& spans, const std::vector<RowBand>& bands,
+                    QImage& image, double ratio) const {
+    const PixelTarget target{reinterpret_cast<uint32_t*>(image.bits()),
+                             static_cast<size_t>(image.bytesPerLine()) / sizeof(uint32_t),
+                             static_cast<size_t>(image.width()), static_cast<size_t>(image.height())};
     const auto thickness = static_cast<size_t>(std::max(ratio, 1.0));
-    const auto curves = curvesInBands(styles_, spans_.columns(), bands(ratio), thickness, target.height);
-    const double distance = frames_.m_fStepX / spansRange_.size() * static_cast<double>(target.width);
+    const auto curves = curvesInBands(styles_, spans.columns(), bands, thickness, target.height);
+    const double distance = frames.m_fStepX / spansRange_.size() * static_cast<double>(target.width);
     if (points_) {
         // Points that stand apart are drawn large enough to be seen.
-        drawPoints(frames_, spans_, curves, (distance >= kPointsApart * ratio ? 3 : 1) * thickness, target);
-    } else if (distance > 1.0 || frames_.m_nFrames == 1) {
-        const bool dots = distance >= kDotsApart * ratio || frames_.m_nFrames == 1;
-        drawSparseLines(frames_, spansRange_.lower, spansRange_.upper, dots ? kDot * ratio : 0.0, curves, target);
+        drawPoints(frames, spans, curves, (distance >= kPointsApart * ratio ? 3 : 1) * thickness, target);
+    } else if (distance > 1.0 || frames.m_nFrames == 1) {
+        const bool dots = distance >= kDotsApart * ratio || frames.m_nFrames == 1;
+        drawSparseLines(frames, spansRange_.lower, spansRange_.upper, dots ? kDot * ratio : 0.0, curves, target);
     } else {
-        drawSpans(spans_, curves, target);
+        drawSpans(spans, curves, target);
     }
+}
+
+// What they reach to, without the cost of their picture.
+void Curves::updateEarlierExtremes() {
+    const QCPRange range = keyAxis()->range();
+    if (!earlierExtremesStale_ && earlierRange_ == range) {
+        return;
+    }
+    earlierExtremes_.clear();
+    PixelSpans one;
+    for (const SCOPERAFrames& frames : earlier_) {
+        one.build(frames, range.lower, range.upper, 1, false);
+        earlierExtremes_.resize(std::max(earlierExtremes_.size(), one.columns()));
+        for (size_t i = 0; i < one.columns(); ++i) {
+            if (!one.whole(i).empty()) {
+                earlierExtremes_[i].include(one.whole(i).low);
+                earlierExtremes_[i].include(one.whole(i).high);
+            }
+        }
+    }
+    earlierRange_ = range;
+    earlierExtremesStale_ = false;
+}
+
+// The oldest first, each over the ones before. The picture is kept until something in it changes: there may be very
+// many of them.
+void Curves::drawEarlier(const std::vector<RowBand>& bands, QSize size, double ratio) {
+    if (!earlierImageStale_ && earlierImage_.size() == size && earlierBands_ == bands &&
+        earlierDrawnRange_ == spansRange_) {
+        return;
+    }
+    prepare(earlierImage_, size, ratio);
+    earlierImage_.fill(Qt::transparent);
+    QImage one;
+    prepare(one, size, ratio);
+    PixelSpans spans;
+    QPainter painter(&earlierImage_);
+    const auto count = static_cast<double>(earlier_.size());
+    for (size_t i = earlier_.size(); i-- > 0;) {
+        spans.build(earlier_[i], spansRange_.lower, spansRange_.upper, spansWidth_, !points_);
+        drawOn(earlier_[i], spans, bands, one, ratio);
+        painter.setOpacity(kPalest + (kFullest - kPalest) * (1.0 - static_cast<double>(i) / count));
+        painter.drawImage(0, 0, one);
+    }
+    earlierBands_ = bands;
+    earlierDrawnRange_ = spansRange_;
+    earlierImageStale_ = false;
 }
 
 void Curves::drawLegendIcon(QCPPainter* /*painter*/, const QRectF& /*rect*/) const {}

@@ -17,9 +17,11 @@ class Curves : public QCPAbstractPlottable {
 public:
     Curves(QCPAxis* xAxis, QCPAxis* yAxis, const Lanes& lanes);
 
-    void setStyles(std::vector<CurveStyle> styles) { styles_ = std::move(styles); }
+    void setStyles(std::vector<CurveStyle> styles);
     /// The samples stay the caller's. Frames have been checked.
     void setFrames(const SCOPERAFrames& frames);
+    /// What the columns were before, the newest first: drawn behind, ever paler. Likewise.
+    void setEarlier(std::vector<SCOPERAFrames> frames);
     void setPoints(bool points);
     /// Least and greatest Y of the visible curves in the X range; nothing without samples.
     [[nodiscard]] std::optional<QCPRange> extremes();
@@ -41,7 +43,10 @@ private:
     [[nodiscard]] QSize pixelSize() const;
     void updateSpans(int width);
     [[nodiscard]] std::vector<RowBand> bands(double ratio) const;
-    void drawOn(const PixelTarget& target, double ratio) const;
+    void drawOn(const SCOPERAFrames& frames, const PixelSpans& spans, const std::vector<RowBand>& bands, QImage& image,
+                double ratio) const;
+    void updateEarlierExtremes();
+    void drawEarlier(const std::vector<RowBand>& bands, QSize size, double ratio);
 
     const Lanes& lanes_;
     std::vector<CurveStyle> styles_;
@@ -52,6 +57,15 @@ private:
     size_t spansWidth_ = 0;
     bool spansStale_ = true;
     QImage image_;
+
+    std::vector<SCOPERAFrames> earlier_;
+    std::vector<CodeSpan> earlierExtremes_;  ///< of each column in `earlierRange_`
+    QCPRange earlierRange_;
+    bool earlierExtremesStale_ = true;
+    QImage earlierImage_;
+    std::vector<RowBand> earlierBands_;  ///< that the image was drawn for, and the range
+    QCPRange earlierDrawnRange_;
+    bool earlierImageStale_ = true;
 };
 
 }  // namespace tarno2

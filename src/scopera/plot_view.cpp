@@ -18,6 +18,7 @@ const QString kCurveLayer = QStringLiteral("curves");
 const QString kFlagLayer = QStringLiteral("flags");
 const QString kCursorLayer = QStringLiteral("cursors");
 
+constexpr int kTicksX = 8;
 constexpr uint32_t kFlagColor = 0x2060E0;  // an orange that neither a light nor a dark picture swallows
 
 QColor fromBgr(uint32_t color) {
@@ -74,7 +75,9 @@ PlotView::PlotView(QWidget* parent)
         axis->setTickLength(0, 5);
         axis->setSubTickLength(0, 2);
     }
-    xAxis->ticker()->setTickCount(8);
+    numbers_ = xAxis->ticker();
+    numbers_->setTickCount(kTicksX);
+    times_.reset(new ClockTicker);
     axisRect()->setupFullAxesBox();
     for (QCPAxis* axis : {xAxis2, yAxis2}) {
         axis->setTickLabels(false);
@@ -130,6 +133,30 @@ void PlotView::applyColumns() {
 void PlotView::setFrames(const SCOPERAFrames& frames) {
     curves_->setFrames(frames);
     makeStale();
+}
+
+void PlotView::setEarlier(const SCOPERAFrames* frames, uint32_t count) {
+    curves_->setEarlier(std::vector<SCOPERAFrames>(frames, frames + count));
+    makeStale();
+}
+
+void PlotView::setClock(const ClockAxis& clock) {
+    if (clock == clock_) {
+        return;
+    }
+    clock_ = clock;
+    times_->setClock(clock);
+    cursors_->setClock(clock);
+    xAxis->setTicker(clock.shown() ? times_ : numbers_);
+    makeStale();
+}
+
+// As many times of day as there is room for.
+void PlotView::fitClock() {
+    if (clock_.shown()) {
+        const int label = QFontMetrics(font_).horizontalAdvance(QStringLiteral("00:00:00.000")) * 4 / 3;
+        times_->setTickCount(std::clamp(axisRect()->width() / std::max(label, 1), 1, kTicksX));
+    }
 }
 
 void PlotView::setFlags(const SCOPERAFlag* flags, uint32_t count) {
@@ -287,6 +314,7 @@ void PlotView::applyPalette() {
 void PlotView::updateLayout() {
     QCustomPlot::updateLayout();
     arrangeLanes();
+    fitClock();
     const uint32_t width = pixelWidth();
     if (!isVisible() || (!paintWanted_ && width == announcedWidth_)) {
         return;

@@ -11,6 +11,7 @@
 
 #include <tarno2/ISCOPERA.h>
 
+#include "scopera/clock_axis.h"
 #include "scopera/cursors.h"
 #include "scopera/curves.h"
 #include "scopera/flags.h"
@@ -38,6 +39,8 @@ public:
     void setReadings(const SCOPERAReading* readings, uint32_t count);
     void setLevels(const SCOPERALevel* levels, uint32_t count);
     [[nodiscard]] bool showLane(uint32_t lane);
+    void setClock(const ClockAxis& clock);
+    void setEarlier(const SCOPERAFrames* frames, uint32_t count);
     void setAxisRange(int32_t axis, const QCPRange& range);
     [[nodiscard]] QCPRange axisRange(int32_t axis) const { return axisOf(axis)->range(); }
     [[nodiscard]] std::optional<QCPRange> extremes();
@@ -119,6 +122,7 @@ private:
     void scrollLanes(int pixels);
     /// Arranges the view anew when its size has changed since it was drawn.
     void fitViewport();
+    void fitClock();
     void applyPalette();
     void applyFont();
     void showCursors(bool shown);
@@ -144,6 +148,8 @@ private:
 
     SCOPERAEvents events_{};
     Lanes lanes_;
+    QSharedPointer<QCPAxisTicker> numbers_;
+    QSharedPointer<ClockTicker> times_;
     Curves* curves_;
     Legend* legend_;
     Cursors* cursors_;
@@ -157,6 +163,7 @@ private:
     QString units_[2];
     QString difference_;
     int32_t digits_[2] = {-1, -1};
+    ClockAxis clock_;
     bool points_ = false;
     bool grid_ = true;
     bool stale_ = true;

@@ -234,6 +234,25 @@ public:
         return withView([&](PlotView& view) { return view.showLane(lane); });
     }
 
+    int32_t TARNO2_CALL SetClockX(int64_t start, double secondsPerUnit) override {
+        return withView([&](PlotView& view) {
+            if (!std::isfinite(secondsPerUnit) || secondsPerUnit < 0.0) {
+                return false;
+            }
+            view.setClock({start, secondsPerUnit});
+            return true;
+        });
+    }
+
+    int32_t TARNO2_CALL SetEarlier(const SCOPERAFrames* frames, uint32_t count) override {
+        return withView([&](PlotView& view) {
+            const bool usable = count <= kScoperaMostEarlier && (frames != nullptr || count == 0) &&
+                                std::all_of(frames, frames + (frames != nullptr ? count : 0), isUsable);
+            view.setEarlier(usable ? frames : nullptr, usable ? count : 0);
+            return usable;
+        });
+    }
+
 private:
     static bool isAxis(int32_t axis) { return axis == kScoperaAxisX || axis == kScoperaAxisY; }
 

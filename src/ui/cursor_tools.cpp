@@ -78,6 +78,7 @@ void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const Sig
     signal_ = &signal;
     edges_ = {shown.low, shown.high};
     origin_ = shown.origin;
+    dayClock_ = shown.clock;
     unitX_ = drawing.unitX(signal.format());
     frames_ = signal.screens().frameCount();
     if (const bool onScreen = following && !settings_.cursorsOnSignal; onScreen != places_.onScreen()) {
@@ -239,7 +240,24 @@ void CursorTools::showTexts() {
         state = uiText(TextId::MeasuredApproximately);
     }
     const double frames = places_.frame(1, edges_) - places_.frame(0, edges_);
-    panel_.setTexts(timeBetween(frames, signal_->format().framesPerSecond, unitX_), state);
+    panel_.setTexts(timesAtCursors() + timeBetween(frames, signal_->format().framesPerSecond, unitX_), state);
+}
+
+// In the table's own words for a file, to be read in a line above it.
+QString CursorTools::timesAtCursors() {
+    if (!dayClock_) {
+        panel_.model().setTimes({});
+        return {};
+    }
+    QString line;
+    std::array<int64_t, CursorPlaces::kCount> times{};
+    for (size_t i = 0; i < CursorPlaces::kCount; ++i) {
+        const double frame = places_.frame(i, edges_);
+        times[i] = dayClock_->at(frame);
+        line += QStringLiteral("%1: %2   ").arg(QString::number(i + 1), timeOfDay(*dayClock_, frame, 1.0));
+    }
+    panel_.model().setTimes(times);
+    return line;
 }
 
 void CursorTools::forget() {

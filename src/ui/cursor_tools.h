@@ -62,6 +62,7 @@ private:
 
     void beginWhereNeeded(bool switchedOn);
     void putCursors();
+    [[nodiscard]] QString timesAtCursors();
     void request(ShownSignal& signal, bool sliding);
     void startWorker(ShownSignal& signal, const Wanted& wanted);
     void finished(uint64_t number, Measured measured, bool preliminary);
@@ -82,6 +83,7 @@ private:
     ShownSignal* signal_ = nullptr;
     PictureEdges edges_;
     double origin_ = 0.0;
+    std::optional<WallClock> dayClock_;  ///< that the axis tells
     AxisXUnit unitX_ = AxisXUnit::Samples;
     uint64_t frames_ = 0;  ///< of the signal
     std::optional<Wanted> wanted_;

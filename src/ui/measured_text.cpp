@@ -1,5 +1,6 @@
 #include "ui/measured_text.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -49,6 +50,12 @@ QString timeBetween(double frames, double framesPerSecond, AxisXUnit unit) {
         text += QStringLiteral("   1/Δt ") + frequencyWithUnit(framesPerSecond / std::abs(frames));
     }
     return text;
+}
+
+QString timeOfDay(const WallClock& clock, double frame, double resolution) {
+    constexpr int kMost = 6;
+    const int decimals = std::min(resolvedDecimals(resolution / clock.framesPerSecond, 1.0), kMost);
+    return QString::fromStdString(clockText(clock.at(frame), decimals));
 }
 
 }  // namespace tarno2

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include "display/axis_x.h"
+#include "display/wall_clock.h"
 
 namespace tarno2 {
 
@@ -13,5 +14,9 @@ namespace tarno2 {
 /// A time between two frames in the unit of the X axis, seconds while that counts samples, and its inverse: "Δt 1.5 ms,
 /// 1/Δt 666.667 Hz". Empty when the rate is not known.
 [[nodiscard]] QString timeBetween(double frames, double framesPerSecond, AxisXUnit unit);
+
+/// "14:05:30.250", when that frame came, with as many decimals as tell moments apart that lie so many frames from each
+/// other.
+[[nodiscard]] QString timeOfDay(const WallClock& clock, double frame, double resolution);
 
 }  // namespace tarno2

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "display/wall_clock.h"
 #include "ui/measured_text.h"
 #include "ui/text.h"
 
@@ -36,6 +37,10 @@ int decimalsOf(const MeasuredColumn& column, int field) {
 QString quoted(QString text) {
     text.replace(QLatin1Char('"'), QStringLiteral("\"\""));
     return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QString moment(int64_t time) {
+    return QString::fromStdString(dateText(time) + ' ' + clockText(time, 6));
 }
 
 }  // namespace
@@ -190,6 +195,13 @@ QString MeasurementModel::asCsv() const {
         text += QLatin1Char(',') + quoted(headOf(field) + unit);
     }
     text += QLatin1Char('\n');
+    if (times_) {
+        const auto& [first, second] = *times_;
+        text += quoted(uiText(TextId::ViewClock)) + QLatin1Char(',') + quoted(uiText(TextId::UnitSeconds)) +
+                QLatin1Char(',') + quoted(moment(first)) + QLatin1Char(',') + quoted(moment(second)) +
+                QLatin1Char(',') + QString::number(static_cast<double>(second - first) / 1e6, 'f', 6) +
+                QString(kFields - 1 - Difference, QLatin1Char(',')) + QLatin1Char('\n');
+    }
     for (const MeasuredColumn& column : columns_) {
         text += quoted(column.name) + QLatin1Char(',') + quoted(column.unit);
         for (int field = First; field < kFields; ++field) {

@@ -2,6 +2,7 @@
 
 #include <QAbstractTableModel>
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -45,6 +46,8 @@ public:
     void setMeasured(Measured measured);
     [[nodiscard]] const std::vector<MeasuredColumn>& columns() const { return columns_; }
     [[nodiscard]] const Measured& measured() const { return measured_; }
+    /// When the cursors' frames came, microseconds since 1970 where they were recorded; tables for a file tell them.
+    void setTimes(std::optional<std::array<int64_t, 2>> times) { times_ = times; }
     /// Texts of the language chosen last.
     void retranslate();
 
@@ -66,6 +69,7 @@ private:
 
     std::vector<MeasuredColumn> columns_;
     Measured measured_;
+    std::optional<std::array<int64_t, 2>> times_;
 };
 
 }  // namespace tarno2

@@ -18,6 +18,7 @@
 #include "platform/clock.h"
 #include "ui/cursor_tools.h"
 #include "ui/digital_signal_settings.h"
+#include "ui/measured_text.h"
 #include "ui/show_tools.h"
 #include "ui/spectrum_pane.h"
 #include "ui/text.h"
@@ -76,6 +77,7 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
         position_ = 0.0;
         glide_.reset();
         glided_ = 0;
+        liveClock_.reset();
         readingsAt_ = 0;
         live_ = std::make_unique<LiveSignal>(std::move(recording));
         liveMarks_ = {};
@@ -179,6 +181,7 @@ void T_ShowForm::setPosition(double frame) {
 
 ShownFrames T_ShowForm::shownFrames() const {
     ShownFrames shown;
+    shown.clock = tellsClock() ? wallClock() : std::nullopt;
     if (stays()) {
         shown.low = position_;
         shown.high = position_ + span();
@@ -238,6 +241,9 @@ void T_ShowForm::fetch() {
         return;
     }
     live_->fetch(tap_);
+    if (!liveClock_ && frameCount() > 0) {
+        liveClock_ = wallClockNow(frameCount(), live_->format().framesPerSecond);
+    }
     glided_ = glide_.shown(frameCount(), live_->format().framesPerSecond, static_cast<uint64_t>(clock_.elapsed()));
     takeMarks();
     giveReadings();
@@ -287,6 +293,7 @@ void T_ShowForm::showControls() {
     const double fileSpan = file_ ? axisXOfFrame(fileSpan_, unitX(), file_->format().framesPerSecond) : 0.0;
     tools_->load(settings_, file_ ? fileSpan : settings_.axisXValue, followMode());
     tools_->setFileShown(file_ != nullptr);
+    tools_->setClock(tellsClock(), shownSignal() == nullptr || wallClock());
     scrollBar_->setEnabled(stays());
     pixelMode_->setChecked(settings_.pixelsMode);
     for (QAction* action : showModes_->actions()) {
@@ -363,9 +370,12 @@ QString T_ShowForm::mousePlace() const {
                               ? QString::fromStdString(drawing_->unitTextOf(static_cast<uint32_t>(mouse_->lane)))
                           : drawing_->unitY() == AxisYUnit::Units ? QString::fromStdString(drawing_->unitTextY())
                                                                   : uiText(unitText(drawing_->unitY()));
-    return QStringLiteral("X %1 %2  Y %3 %4")
-        .arg(place(x, x.low + mouse_->part * (x.high - x.low), scoper_->PixelWidth()),
-             uiText(unitText(drawing_->unitX(signal->format()))), place(y, mouse_->value, picture_->height()), unitY);
+    const ShownFrames shown = shownFrames();
+    const QString placeX = shown.clock ? timeOfDay(*shown.clock, shown.low + mouse_->part * (shown.high - shown.low),
+                                                   (shown.high - shown.low) / std::max(scoper_->PixelWidth(), 1U))
+                                       : place(x, x.low + mouse_->part * (x.high - x.low), scoper_->PixelWidth()) +
+                                             QLatin1Char(' ') + uiText(unitText(drawing_->unitX(signal->format())));
+    return QStringLiteral("X %1  Y %2 %3").arg(placeX, place(y, mouse_->value, picture_->height()), unitY);
 }
 
 QString T_ShowForm::fileFacts() const {

@@ -135,6 +135,12 @@ public:
     /// The end; a running signal is followed again.
     void NewestFrameClick();
 
+    // The time of the picture (show_form_clock.cpp).
+    /// The X axis tells the time of day, or the unit again.
+    void ClockClick(bool on);
+    /// Asks where to go.
+    void GoToTimeClick();
+
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
     void Samples1Click(int tag);
@@ -226,6 +232,11 @@ private:
     void showHeld();
     void showStrip();
     void stripWanted(double frame);
+    // The time of the picture (show_form_clock.cpp).
+    [[nodiscard]] std::optional<WallClock> wallClock() const;
+    [[nodiscard]] bool tellsClock() const;
+    /// What keeps the picture from going there, or an empty text.
+    [[nodiscard]] QString goTo(const QString& place);
     // Lanes (show_form_lanes.cpp).
     void listenToLanes(SCOPERAEvents& events);
     /// Those of the settings.
@@ -256,9 +267,11 @@ private:
     bool marksToList_ = false;  ///< the list of marks is older than they are
     uint64_t marksListedAt_ = 0;
 
-    double position_ = 0.0;            ///< frame at the left edge while the picture stays
-    double scrollStep_ = 1.0;          ///< frames in a step of the scroll bar
-    double fileSpan_ = 1.0;            ///< frames on screen of an opened recording
+    double position_ = 0.0;    ///< frame at the left edge while the picture stays
+    double scrollStep_ = 1.0;  ///< frames in a step of the scroll bar
+    double fileSpan_ = 1.0;    ///< frames on screen of an opened recording
+    bool fileClock_ = false;   ///< the axis of an opened recording tells the time of day
+    std::optional<WallClock> liveClock_;
     bool held_ = false;                ///< the user holds the picture with the mouse, however it is followed
     std::optional<double> wholeSpan_;  ///< frames on screen before the user zoomed with the mouse
     uint32_t boardLines_ = 0;
@@ -303,6 +316,7 @@ private:
     QAction* legend_ = nullptr;
     QAction* cursors_ = nullptr;
     QAction* zoomBack_ = nullptr;
+    QAction* goToTime_ = nullptr;
     QAction* marksAction_ = nullptr;
     QAction* savePicture_ = nullptr;
     QAction* copyPicture_ = nullptr;

@@ -204,6 +204,7 @@ void T_ShowForm::connectTools() {
     connect(tools_, &ShowTools::axisYKey, this, &T_ShowForm::AxisYEditKeyDown);
     connect(tools_, &ShowTools::axisXButton, this, &T_ShowForm::AxisXButtonClick);
     connect(tools_, &ShowTools::axisXUnit, this, &T_ShowForm::Samples1Click);
+    connect(tools_, &ShowTools::axisXClock, this, &T_ShowForm::ClockClick);
     connect(tools_, &ShowTools::axisYUnit, this, &T_ShowForm::ADCCodes1Click);
     connect(tools_, &ShowTools::axisYAutomatic, this, &T_ShowForm::AxisYAutoClick);
     connect(tools_, &ShowTools::showModeButton, this, &T_ShowForm::ShowModeButtonClick);
@@ -234,6 +235,9 @@ void T_ShowForm::buildBar() {
     bar_->addAction(zoomBack_);
     bar_->addAction(addBarAction(TextId::ViewZoomIn, ViewIcon::ZoomIn, Qt::Key_Plus, [this] { ZoomInClick(); }));
     bar_->addAction(addBarAction(TextId::ViewZoomOut, ViewIcon::ZoomOut, Qt::Key_Minus, [this] { ZoomOutClick(); }));
+    goToTime_ = addBarAction(TextId::GoToTime, ViewIcon::GoToTime, Qt::CTRL | Qt::Key_G, [this] { GoToTimeClick(); });
+    bar_->addAction(goToTime_);
+    menu_->insertAction(marksAction_, goToTime_);
     bar_->addSeparator();
     for (const auto& [action, icon] :
          {std::pair{lanes_, ViewIcon::Lanes}, std::pair{legend_, ViewIcon::Legend},

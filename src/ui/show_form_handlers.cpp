@@ -54,6 +54,14 @@ QString titleOf(const std::string& dataFile, const std::optional<LocalTime>& cre
                                     created->hour, created->minute, created->second);
 }
 
+constexpr double kLongSeconds = 600.0;
+
+/// Of a long recording one asks when something was, not how long after its beginning.
+bool isLong(const RecordedFrames& frames) {
+    return frames.wallClock() &&
+           static_cast<double>(frames.frameCount()) > kLongSeconds * frames.recordedFormat().frequencyPerChannel;
+}
+
 }  // namespace
 
 void T_ShowForm::resizeEvent(QResizeEvent* event) {
@@ -307,6 +315,7 @@ void T_ShowForm::Samples1Click(int tag) {
     const AxisXUnit before = unitX();
     const double frames = span();
     settings_.axisXUnit = std::clamp(tag, 0, 5);
+    (file_ ? fileClock_ : settings_.viewClock) = false;
     if (live_ && live_->format().framesPerSecond > 0.0 && !file_) {
         setSpan(frames);
     } else if (before != AxisXUnit::Samples && settings_.axisXUnit != 0) {
@@ -381,6 +390,7 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
         const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
         auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
         leaveSignal(true);
+        fileClock_ = settings_.viewClock || isLong(signal->frames());
         openedFile_ = dataFile;
         openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
         file_ = std::move(signal);

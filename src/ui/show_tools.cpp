@@ -88,6 +88,11 @@ void ShowTools::build() {
     for (const auto& [text, tag] : kUnitsX) {
         addItem(axisXUnits_, axisXMenu_, text, tag);
     }
+    axisXMenu_->addSeparator();
+    axisXClock_ = axisXMenu_->addAction(QString());
+    axisXClock_->setObjectName("AxisXClock");
+    axisXClock_->setCheckable(true);
+    items_.emplace_back(axisXClock_, TextId::ViewClock);
     for (const auto& [text, tag] : kUnitsY) {
         addItem(axisYUnits_, axisYMenu_, text, tag);
     }
@@ -133,6 +138,7 @@ void ShowTools::connectAll() {
             [this] { axisYMenu_->popup(axisYButton_->mapToGlobal(QPoint(0, axisYButton_->height()))); });
     connect(axisXUnits_, &QActionGroup::triggered, this,
             [this](QAction* item) { emit axisXUnit(item->data().toInt()); });
+    connect(axisXClock_, &QAction::triggered, this, &ShowTools::axisXClock);
     connect(axisYUnits_, &QActionGroup::triggered, this,
             [this](QAction* item) { emit axisYUnit(item->data().toInt()); });
     connect(axisYAuto_, &QCheckBox::clicked, this, &ShowTools::axisYAutomatic);
@@ -189,6 +195,11 @@ void ShowTools::load(const ProgramSettings& settings, double spanX, int followMo
     check(axisXUnits_, settings.axisXUnit, axisXButton_);
     check(axisYUnits_, settings.axisYMode, axisYButton_);
     check(followModes_, followMode, showModeButton_);
+}
+
+void ShowTools::setClock(bool on, bool known) {
+    axisXClock_->setChecked(on);
+    axisXClock_->setEnabled(known);
 }
 
 void ShowTools::setFileShown(bool file) {

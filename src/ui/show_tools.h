@@ -27,6 +27,8 @@ public:
     void retranslate();
     /// Shows the settings, with this span in the X unit, and how it is followed.
     void load(const ProgramSettings& settings, double spanX, int followMode);
+    /// Whether the axis tells the time of day, and whether it can.
+    void setClock(bool on, bool known);
     /// A finished recording is shown: it can't be followed, and there is a way back.
     void setFileShown(bool file);
     /// A line of text about the recording that was opened.
@@ -46,6 +48,7 @@ signals:
     void axisYKey(int key);
     void axisXButton();
     void axisXUnit(int tag);
+    void axisXClock(bool on);
     void axisYUnit(int tag);
     void axisYAutomatic(bool on);
     void showModeButton();
@@ -66,6 +69,7 @@ private:
     QToolButton* axisXButton_;
     QMenu* axisXMenu_;
     QActionGroup* axisXUnits_;
+    QAction* axisXClock_ = nullptr;
     QLineEdit* axisYEdit_;
     QToolButton* axisYButton_;
     QMenu* axisYMenu_;

@@ -143,8 +143,9 @@ void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t
     }
     scoper_.SetOption(kScoperaOptionPoints, settings_.pixelsMode ? 1 : 0);
     scoper_.SetRange(kScoperaAxisX, axisOf(shown.low), axisOf(shown.high));
+    tellClock(signal, shown, unit);
     scaleY(signal, nowMs);
-    setTexts(signal, unit);
+    setTexts(signal, unit, shown);
 }
 
 // Frames that are not in one piece (some were lost to the view) are drawn from the last gap on.
@@ -366,17 +367,30 @@ AxisRange SignalDrawing::automaticRange(uint64_t nowMs) {
     return scale_.update(visible, nowMs);
 }
 
-void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX) {
+void SignalDrawing::tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX) {
+    if (!shown.clock) {
+        scoper_.SetClockX(0, 0.0);
+        return;
+    }
+    const double frames = frameOfAxisX(1.0, unitX, signal.format().framesPerSecond);
+    scoper_.SetClockX(shown.clock->at(shown.origin), frames / shown.clock->framesPerSecond);
+}
+
+// A time of day has the date beside it, of the left edge.
+void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX, const ShownFrames& shown) {
     unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal), unitOf({}).toStdString())
                                             : uiText(textOf(unitY_)).toStdString();
-    const std::tuple labels{unitX, unitY_, unitTextY_};
+    const std::string date = shown.clock ? dateText(shown.clock->at(shown.low)) : std::string();
+    const std::tuple labels{unitX, unitY_, unitTextY_, date};
     if (labels_ == labels) {
         return;
     }
     labels_ = labels;
-    const QByteArray x = uiText(textOf(unitX)).toUtf8();
-    scoper_.SetText(kScoperaTextLabelX, x.constData());
-    scoper_.SetText(kScoperaTextUnitX, x.constData());
+    const QString day = QString::fromStdString(date);
+    const QString unit = uiText(textOf(unitX));
+    scoper_.SetText(kScoperaTextLabelX,
+                    (day.isEmpty() ? unit : uiText(TextId::AxisXClock, {day})).toUtf8().constData());
+    scoper_.SetText(kScoperaTextUnitX, (day.isEmpty() ? unit : day).toUtf8().constData());
     scoper_.SetText(kScoperaTextLabelY, unitTextY_.c_str());
     scoper_.SetText(kScoperaTextUnitY, unitTextY_.c_str());
 }

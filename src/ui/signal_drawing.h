@@ -16,6 +16,7 @@
 #include "display/convert_for_display.h"
 #include "display/live_history.h"
 #include "display/screen.h"
+#include "display/wall_clock.h"
 #include "ui/lane_layout.h"
 #include "ui/shown_signal.h"
 
@@ -23,11 +24,12 @@ namespace tarno2 {
 
 /// What is in the picture from left to right, frames.
 struct ShownFrames {
-    uint64_t first = 0;   ///< drawn from here
-    uint64_t end = 0;     ///< up to, but not including, here
-    double low = 0.0;     ///< what stands at the left edge
-    double high = 0.0;    ///< at the right edge
-    double origin = 0.0;  ///< the frame that the axis counts from
+    uint64_t first = 0;              ///< drawn from here
+    uint64_t end = 0;                ///< up to, but not including, here
+    double low = 0.0;                ///< what stands at the left edge
+    double high = 0.0;               ///< at the right edge
+    double origin = 0.0;             ///< the frame that the axis counts from
+    std::optional<WallClock> clock;  ///< the axis tells the time of day by it
 };
 
 /// Draws a shown signal through the plotting library: converts the frames on screen, names and colours the columns,
@@ -130,7 +132,8 @@ private:
     [[nodiscard]] AxisRange digitalRange(const SignalFormat& format) const;
     [[nodiscard]] std::string channelName(const ShownSignal& signal, size_t column) const;
     [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
-    void setTexts(const ShownSignal& signal, AxisXUnit unitX);
+    void tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX);
+    void setTexts(const ShownSignal& signal, AxisXUnit unitX, const ShownFrames& shown);
 
     ISCOPERA& scoper_;
     const ProgramSettings& settings_;
@@ -148,7 +151,7 @@ private:
     int32_t marked_ = -1;
     std::vector<ChannelValues> values_;  ///< newest ones, for the heads
     AxisRange codes_;                    ///< that can come
-    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string>> labels_;
+    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string, std::string>> labels_;
 };
 
 }  // namespace tarno2

@@ -93,6 +93,11 @@ void drawBack(QPainter& painter) {
     painter.drawLine(QPointF(3.0, 5.5), QPointF(7.0, 8.5));
 }
 
+void drawClock(QPainter& painter) {
+    painter.drawEllipse(QPointF(8.0, 8.0), 6.5, 6.5);
+    painter.drawPolyline(QPolygonF({QPointF(8.0, 3.5), QPointF(8.0, 8.0), QPointF(11.5, 10.0)}));
+}
+
 void drawLanes(QPainter& painter) {
     for (const double top : {-4.5, 4.5}) {
         painter.save();
@@ -168,6 +173,8 @@ void drawView(QPainter& painter, ViewIcon command) {
         case ViewIcon::ZoomIn:
         case ViewIcon::ZoomOut:
             return drawLens(painter, command == ViewIcon::ZoomIn);
+        case ViewIcon::GoToTime:
+            return drawClock(painter);
         case ViewIcon::Lanes:
             return drawLanes(painter);
         case ViewIcon::Legend:

@@ -19,6 +19,7 @@ enum class ViewIcon {
     Back,
     ZoomIn,
     ZoomOut,
+    GoToTime,
     Lanes,
     Legend,
     Cursors,

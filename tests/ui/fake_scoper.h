@@ -129,6 +129,14 @@ public:
         return 1;
     }
     int32_t TARNO2_CALL ShowLane(uint32_t) override { return 1; }
+    int32_t TARNO2_CALL SetClockX(int64_t start, double secondsPerUnit) override {
+        clock = {start, secondsPerUnit};
+        return 1;
+    }
+    int32_t TARNO2_CALL SetEarlier(const SCOPERAFrames* given, uint32_t count) override {
+        earlier.assign(given, given + count);
+        return 1;
+    }
 
     QPointer<QWidget> view;
     SCOPERAEvents events{};
@@ -142,6 +150,8 @@ public:
     std::vector<std::pair<uint32_t, double>> levels;
     std::map<uint32_t, int32_t> options;
     std::map<uint32_t, std::string> texts;
+    std::pair<int64_t, double> clock{};
+    std::vector<SCOPERAFrames> earlier;
     std::string font;
     int drawn = 0;
 };

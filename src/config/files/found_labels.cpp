@@ -1,5 +1,7 @@
 #include "config/files/found_labels.h"
 
+#include <utility>
+
 #include "config/files/recording_name.h"
 #include "records/found_passport.h"
 
@@ -16,17 +18,19 @@ FoundLabels findLabels(const std::string& dataFile, uint32_t channelCount) {
         }
     }
     if (!found.there) {
-        return {{}, file + ": there is no passport"};
+        return {{}, {}, file + ": there is no passport"};
     }
     if (!found.passport) {
-        return {{}, file + ": " + found.problem};
+        return {{}, {}, file + ": " + found.problem};
     }
     if (found.passport->channels.size() != channelCount) {
         return {{},
+                {},
                 file + ": tells of " + std::to_string(found.passport->channels.size()) + " channels, not " +
                     std::to_string(channelCount)};
     }
-    return {labelsOf(*found.passport), {}};
+    RecordedLabels labels = labelsOf(*found.passport);
+    return {std::move(labels), std::move(found.passport), {}};
 }
 
 }  // namespace tarno2

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "records/passport.h"
 #include "records/recorded_labels.h"
 
 namespace tarno2 {
@@ -10,7 +12,8 @@ namespace tarno2 {
 /// What the passport of a recording says of its columns.
 struct FoundLabels {
     RecordedLabels labels;
-    std::string problem;  ///< why nothing is known, in English; empty when something is
+    std::optional<Passport> passport;  ///< all of it
+    std::string problem;               ///< why nothing is known, in English; empty when something is
 };
 
 /// Looks for the passport of a data file, which may be a piece of its recording. What tells of another count of

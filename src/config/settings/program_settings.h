@@ -108,6 +108,7 @@ struct ProgramSettings {
     bool spectrumWhole = false;        ///< over the whole picture also while there are cursors
     int32_t spectrumHeight = 0;        ///< of its pane, pixels; 0: as it comes
     int32_t viewLanes = -1;            ///< 0 curves one upon the other, 1 in lanes, -1 in lanes when they are many
+    bool viewClock = false;            ///< the X axis tells the time of day
     bool viewCommonScale = false;      ///< lanes of one unit share their scale
 
     // The windows.

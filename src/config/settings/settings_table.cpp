@@ -207,6 +207,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentSpectrumSingle, "SpectrumSingle", rareInteger<&Settings::spectrumSingle>(0, 1)},
     {TextId::CommentSpectrumLogarithmic, "SpectrumLogarithmic", rareInteger<&Settings::spectrumLogarithmic>(0, 1)},
     {TextId::CommentSpectrumWhole, "SpectrumWhole", rareInteger<&Settings::spectrumWhole>(0, 1)},
+    {TextId::CommentViewClock, "ViewClock", rareInteger<&Settings::viewClock>(0, 1)},
     {TextId::CommentPartSize, "SpectrumHeight", rareInteger<&Settings::spectrumHeight>(0, kFarthestPixel)},
     {kAutoOnly,
      "DriverSettings",
