@@ -96,7 +96,8 @@ def shortcuts(root: Path) -> set[str]:
 
 
 def options(root: Path) -> set[str]:
-    found = {"/c", "/?", "--help", "--version", "--status"}
+    found = {"--help"}
+    found |= set(re.findall(r'ProgramOption k\w+ = \{"([^"]+)"', read(root / "src/config/settings/command_line.cpp")))
     text = sources(root / "src/apps", "*.cpp", "**/*.cpp")
     for names in re.findall(r'add_(?:option|flag|subcommand)\(\s*"([^"]+)"', text):
         found |= {name for name in names.split(",") if name.startswith("-") or name.islower()}
