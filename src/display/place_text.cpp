@@ -50,8 +50,8 @@ std::optional<int64_t> parseTime(std::string_view text, bool ofClock) {
         return std::nullopt;
     }
     const std::string_view tail = text.substr(last + 1);
-    const auto seconds = tail.find_first_not_of("0123456789.,") == std::string_view::npos ? parseNumberField(tail)
-                                                                                           : std::nullopt;
+    const auto seconds =
+        tail.find_first_not_of("0123456789.,") == std::string_view::npos ? parseNumberField(tail) : std::nullopt;
     if (!seconds || *seconds >= 60.0) {
         return std::nullopt;
     }

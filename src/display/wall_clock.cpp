@@ -88,8 +88,8 @@ std::string clockText(int64_t time, int decimals) {
                   static_cast<int>(inDay / kMinute % 60), static_cast<int>(inDay / kSecond % 60),
                   static_cast<int>(inDay % kSecond));
     constexpr size_t kWholeSeconds = 8;
-    return std::string(text, decimals > 0 ? kWholeSeconds + 1 + static_cast<size_t>(std::min(decimals, 9))
-                                          : kWholeSeconds);
+    return std::string(text,
+                       decimals > 0 ? kWholeSeconds + 1 + static_cast<size_t>(std::min(decimals, 9)) : kWholeSeconds);
 }
 
 std::string dateText(int64_t time) {

@@ -73,8 +73,7 @@ constexpr int kMostDecimals = 9;
 
 QString ClockAxis::timeAt(double x, int decimals) const {
     decimals = std::clamp(decimals, 0, kMostDecimals);
-    const Moment moment =
-        momentAt(start, std::clamp(x * secondsPerUnit, -kMostSeconds, kMostSeconds), decimals);
+    const Moment moment = momentAt(start, std::clamp(x * secondsPerUnit, -kMostSeconds, kMostSeconds), decimals);
     const int64_t inDay = floorRest(moment.seconds, kDaySeconds);
     return timeText(inDay / 3600, inDay % 3600, moment.rest, decimals, 2);
 }
@@ -95,8 +94,8 @@ double ClockTicker::getTickStep(const QCPRange& range) {
         seconds_ = niceStep(least / static_cast<double>(kDaySeconds)) * static_cast<double>(kDaySeconds);
         subTicks_ = 3;
     } else {
-        const ClockStep& step = *std::find_if(kSteps.begin(), kSteps.end(),
-                                              [least](const ClockStep& one) { return one.seconds >= least; });
+        const ClockStep& step =
+            *std::find_if(kSteps.begin(), kSteps.end(), [least](const ClockStep& one) { return one.seconds >= least; });
         seconds_ = step.seconds;
         subTicks_ = step.subTicks;
     }

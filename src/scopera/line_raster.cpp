@@ -15,10 +15,8 @@ constexpr double kLineWidth = 1.4;
 /// The part of each pixel of a column that a curve covers; only rows within its band.
 class Coverage {
 public:
-    explicit Coverage(const BandCurves& band) : first_(band.first), end_(band.end), parts_(band.end) {
-        begin_ = end_;
-        past_ = first_;
-    }
+    explicit Coverage(const BandCurves& band)
+        : first_(band.first), end_(band.end), begin_(band.end), past_(band.first), parts_(band.end) {}
 
     /// Adds what the line covers of the column within `width` of it, where its middle runs from row `a` to row `b`
     /// (pixel r reaches from r to r + 1). `half` is half its height, which is cut at the rows `top` and `bottom` of its
@@ -46,7 +44,7 @@ public:
     /// Lays the colour over the column's pixels as far as they are covered, and forgets.
     void blend(uint32_t argb, uint32_t* pixels) {
         for (size_t row = begin_; row < past_; ++row) {
-            const auto part = static_cast<uint32_t>(std::min(parts_[row], 1.0F) * 256.0F + 0.5F);
+            const auto part = (static_cast<uint32_t>(std::min(parts_[row], 1.0F) * 512.0F) + 1) / 2;
             pixels[row] = mixed(pixels[row], argb, part);
             parts_[row] = 0.0F;
         }

@@ -23,8 +23,9 @@ void T_ShowForm::ClockClick(bool on) {
 void T_ShowForm::GoToTimeClick() {
     guarded("GoToTimeClick", [this] {
         if (shownSignal() != nullptr) {
-            GoToDialog(plainText(TextId::GoToTime), uiText(TextId::GoToTimeHint),
-                       [this](const QString& place) { return goTo(place); }, this)
+            GoToDialog(
+                plainText(TextId::GoToTime), uiText(TextId::GoToTimeHint),
+                [this](const QString& place) { return goTo(place); }, this)
                 .exec();
         }
     });

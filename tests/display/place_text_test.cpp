@@ -53,16 +53,23 @@ TEST(PlaceText, TellsWhyNot) {
         const char* text;
         const PlaceTerms& terms;
         PlaceProblem problem;
-    } cases[] = {{"", known, PlaceProblem::NotUnderstood},          {"noon", known, PlaceProblem::NotUnderstood},
-                 {"#", known, PlaceProblem::NotUnderstood},         {"#-1", known, PlaceProblem::NotUnderstood},
-                 {"1:60", known, PlaceProblem::NotUnderstood},      {"1:-2", known, PlaceProblem::NotUnderstood},
-                 {"::", known, PlaceProblem::NotUnderstood},        {"2026-02-30", known, PlaceProblem::NotUnderstood},
+    } cases[] = {{"", known, PlaceProblem::NotUnderstood},
+                 {"noon", known, PlaceProblem::NotUnderstood},
+                 {"#", known, PlaceProblem::NotUnderstood},
+                 {"#-1", known, PlaceProblem::NotUnderstood},
+                 {"1:60", known, PlaceProblem::NotUnderstood},
+                 {"1:-2", known, PlaceProblem::NotUnderstood},
+                 {"::", known, PlaceProblem::NotUnderstood},
+                 {"2026-02-30", known, PlaceProblem::NotUnderstood},
                  {"2026-11-23 x", known, PlaceProblem::NotUnderstood},
                  {"2026-11-23 25:00:00", known, PlaceProblem::NotUnderstood},
-                 {"-1", known, PlaceProblem::Outside},              {"36001", known, PlaceProblem::Outside},
+                 {"-1", known, PlaceProblem::Outside},
+                 {"36001", known, PlaceProblem::Outside},
                  {"2026-11-22 21:59:59", known, PlaceProblem::Outside},
-                 {"1.5", unknown, PlaceProblem::NoRate},            {"0:01", unknown, PlaceProblem::NoRate},
-                 {"2026-11-23", unknown, PlaceProblem::NoClock},    {"#101", unknown, PlaceProblem::Outside}};
+                 {"1.5", unknown, PlaceProblem::NoRate},
+                 {"0:01", unknown, PlaceProblem::NoRate},
+                 {"2026-11-23", unknown, PlaceProblem::NoClock},
+                 {"#101", unknown, PlaceProblem::Outside}};
     for (const auto& one : cases) {
         PlaceProblem problem = PlaceProblem::None;
         EXPECT_FALSE(parsePlace(one.text, one.terms, problem)) << one.text;

@@ -103,6 +103,7 @@ void ScoperFixture::SetUp() {
 
 void ScoperFixture::setColumns(const std::vector<uint32_t>& colors, double scale, double offset) {
     std::vector<SCOPERAColumn> columns;
+    columns.reserve(colors.size());
     for (const uint32_t color : colors) {
         columns.push_back({"name", color, 1, scale, offset, "", 0, 0});
     }

@@ -45,8 +45,8 @@ TEST(ManualPlaces, EachIsAHeadingOfTheManualInBothLanguages) {
     for (const char* language : {"en", "ru"}) {
         for (const QString& place : manualPlaces()) {
             const QStringList parts = place.split('#');
-            const std::string source = readFile(std::string(TARNO2_MANUAL) + "/" + language + "/" +
-                                                parts.front().toStdString() + ".md");
+            const std::string source =
+                readFile(std::string(TARNO2_MANUAL) + "/" + language + "/" + parts.front().toStdString() + ".md");
             EXPECT_NE(source.find("{#" + parts.back().toStdString() + "}\n"), std::string::npos)
                 << language << ": " << place.toStdString();
         }

@@ -20,7 +20,8 @@ std::string valueOf(const CLI::Option& option) {
 
 std::string listOf(const CLI::App& app, const std::string& command) {
     std::string text;
-    for (const CLI::Option* const option : app.get_options([](const CLI::Option* each) { return !each->get_group().empty(); })) {
+    for (const CLI::Option* const option :
+         app.get_options([](const CLI::Option* each) { return !each->get_group().empty(); })) {
         const std::string value = option->get_expected_max() == 0 ? "" : valueOf(*option);
         if (option->get_positional()) {
             text += optionLine(command, option->get_name(true), value, option->get_description());
