@@ -14,6 +14,9 @@ BUILD_PACKAGES=(g++ cmake ninja-build ccache libcli11-dev nlohmann-json3-dev lib
 TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsonschema)
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libz-mingw-w64-dev wine wine64)
+# The Debian packages, and what looks at them and tries them.
+DEBIAN_PACKAGES=(dpkg-dev debhelper dh-python pybuild-plugin-pyproject python3-all python3-setuptools)
+DEBIAN_CHECK_PACKAGES=(lintian desktop-file-utils appstream man-db zsh debootstrap)
 # The packages for Windows, and a display on which the installed program is tried.
 PACKAGING_PACKAGES=(nsis zip unzip xvfb xauth)
 
@@ -21,6 +24,23 @@ fail() {
     echo "!!!! $*" >&2
     exit 1
 }
+
+# The version of the project, from the one place that has it.
+project_version() { sed -n 's/^project(Tarno2 VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt; }
+
+# The files of the source tree, ended by zeros: those that git knows or would take, else all but what is built.
+tree_files() {
+    if git rev-parse --git-dir >/dev/null 2>&1; then
+        git ls-files -z --cached --others --exclude-standard --deduplicate | while IFS= read -r -d '' file; do
+            [ ! -e "$file" ] && [ ! -L "$file" ] || printf '%s\0' "$file"
+        done
+    else
+        find . -path ./build -prune -o -type f -print0 | sed -z 's|^\./||'
+    fi | LC_ALL=C sort -z
+}
+
+# When the tree was made, in seconds since 1970: its last commit, else what SOURCE_DATE_EPOCH says, else its changelog.
+tree_time() { git log -1 --format=%ct 2>/dev/null || echo "${SOURCE_DATE_EPOCH:-$(stat -c %Y CHANGELOG.md)}"; }
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

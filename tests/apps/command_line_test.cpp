@@ -56,7 +56,11 @@ std::set<std::string> optionNames(const std::string& list) {
 // What a program takes is in its manual page, and the page promises no option that the program lacks.
 TEST(CommandLine, HasAManualPageThatTellsAllOptions) {
     const RecordingRig rig;
-    for (const std::string program : {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-verify", "Tarno2"}) {
+    for (const std::string program :
+         {"tarno2-export", "tarno2-drivers", "tarno2-recover", "tarno2-verify", "tarno2-thumbnail", "Tarno2"}) {
+        if (program == "tarno2-thumbnail" && kPathSeparator == '\\') {
+            continue;  // desktops of Linux call it
+        }
         SCOPED_TRACE(program);
         const std::set<std::string> options = optionNames(rig.run(program, {"--list-options"}));
         std::string page = readFile(std::string(MANUAL_PAGES) + '/' + program + ".1");

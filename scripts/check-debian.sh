@@ -1,0 +1,76 @@
+#!/usr/bin/env bash
+# Makes the Debian packages, looks at them with lintian and the like, and tries them in a Debian 12 of their own: installs
+# them, records as a user and as root, reads the recording, builds a driver, removes all of it. The machine stays as it is:
+# that Debian lies in build/debian-root, and what is installed in it in memory.
+#
+#   scripts/check-debian.sh
+#
+# Where no file systems may be mounted, or nobody is root, the second half is skipped. The last line is
+# "N passed, N failed, N skipped".
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+install_packages "${BUILD_PACKAGES[@]}" "${DEBIAN_PACKAGES[@]}" "${DEBIAN_CHECK_PACKAGES[@]}"
+
+passed=0 failed=0 skipped=0
+# check TEXT COMMAND...: one line of the report.
+check() {
+    local text=$1
+    shift
+    if "$@"; then
+        echo "ok: $text" && passed=$((passed + 1))
+    else
+        echo "FAILED: $text" && failed=$((failed + 1))
+    fi
+}
+not() { ! "$@"; }
+# The command succeeds and has nothing to say.
+silent() {
+    local said
+    said=$("$@" 2>&1) && [ -z "$said" ] || { echo "$said" && return 1; }
+}
+pages_are_right() {
+    local folder page
+    folder=$(mktemp -d)
+    mkdir "$folder/man1" && cp docs/man/*.1 "$folder/man1"
+    for page in docs/man/*.1; do
+        (cd "$folder" && LC_ALL=C.UTF-8 MANROFFSEQ='' silent man --warnings -E UTF-8 -l -Tutf8 -Z \
+            "man1/$(basename "$page")" >"$folder/out") || { cat "$folder/out" && return 1; }
+        ! grep -q ':.*warning\|:.*error' "$folder/out" || { cat "$folder/out" && return 1; }
+    done
+    rm -rf "$folder"
+}
+
+echo "== the packages"
+packages=$PWD/build/debian
+scripts/package-debian.sh "$packages" >build/package-debian.log 2>&1 || { tail -n 50 build/package-debian.log && fail "no packages"; }
+ls -l "$packages"
+check "lintian" silent lintian --allow-root --fail-on error,warning "$packages"/*.changes
+check "the desktop file" silent desktop-file-validate packaging/linux/tarno2.desktop
+check "the data for software centres" appstreamcli validate --no-net packaging/linux/tarno2.metainfo.xml
+check "the manual pages" pages_are_right
+
+root=$PWD/build/debian-root
+may_mount() { [ "$(id -u)" -eq 0 ] && unshare --mount sh -c 'mount -t tmpfs none /mnt' 2>/dev/null; }
+if ! may_mount; then
+    echo "note: the packages were not installed: that takes root and the right to mount file systems"
+    echo "$passed passed, $failed failed, $((skipped + 1)) skipped"
+    [ "$failed" -eq 0 ] && exit 0 || exit 1
+fi
+
+echo "== a Debian 12"
+if [ ! -f "$root/complete" ]; then
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | head -n 1)
+    rm -rf "$root"
+    debootstrap --variant=minbase bookworm "$root" "$mirror" >build/debootstrap.log 2>&1 ||
+        { tail -n 20 build/debootstrap.log && fail "no Debian 12"; }
+    touch "$root/complete"
+fi
+report=$(mktemp)
+unshare --mount --propagation private bash scripts/check-debian-inside.sh "$root" "$packages" "$report" || true
+[ -s "$report" ] || echo "0 1" >"$report"
+read -r inside_passed inside_failed <"$report"
+rm -f "$report"
+passed=$((passed + inside_passed)) failed=$((failed + inside_failed))
+echo "$passed passed, $failed failed, $skipped skipped"
+[ "$failed" -eq 0 ]
