@@ -1,5 +1,5 @@
 -- What pandoc does to a page of the manual beside turning it into HTML:
---   [[Name]]          becomes the text of that name in src/language/texts.inc, in the language of the page, so that the
+--   {{Name}}          becomes the text of that name in src/language/texts.inc, in the language of the page, so that the
 --                     manual quotes the program as it is; conversions such as %s stand as an ellipsis
 --   page.md#anchor    becomes a link to the page's HTML, and pictures are those beside the two languages
 --   pages             the page itself is marked in the list of pages
@@ -74,11 +74,11 @@ local function readMeta(meta)
 end
 
 local function quoteTexts(word)
-    if not word.text:find("[[", 1, true) then
+    if not word.text:find("{{", 1, true) then
         return nil
     end
     local parts, at = pandoc.List(), 1
-    for before, name, after in word.text:gmatch("()%[%[(%w+)%]%]()") do
+    for before, name, after in word.text:gmatch("(){{(%w+)}}()") do
         if before > at then
             parts:insert(pandoc.Str(word.text:sub(at, before - 1)))
         end

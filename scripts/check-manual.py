@@ -5,7 +5,7 @@
     scripts/check-manual.py --self-test    checks that planted faults are found
 
 In the manual of each language have to be
-- every message: the page messages.md quotes its name as [[Name]]. A row of src/language/texts.inc is a message when its
+- every message: the page messages.md quotes it as {{Name}}. A row of src/language/texts.inc is a message when its
   English is a sentence (three words and more that end with a full stop, a question or an exclamation mark) or tells
   something of something (four words and more that end with ": %s"), unless its name says that it is a hint, a comment of
   a settings file, a command of a menu or a line of the about box; and besides the rows that OTHER_MESSAGES names, which are
@@ -14,7 +14,7 @@ In the manual of each language have to be
 - every shortcut of an action, in `code` on any page
 - every option and command of a program, in `code` on commands.md
 The languages have the same pages, and these the same anchors in the same order; every heading has one. Links lead to
-headings that are there, pictures are there, names between [[ ]] are rows of texts.inc.
+headings that are there, pictures are there, names between {{ }} are rows of texts.inc.
 """
 
 import re
@@ -39,7 +39,7 @@ STRING = re.compile(r'"((?:[^"\\]|\\.)*)"')
 HEADING = re.compile(r"^#{1,6} .*$", re.MULTILINE)
 ANCHOR = re.compile(r"\{#([\w-]+)\}\s*$")
 LINK = re.compile(r"(!?)\[[^\]]*\]\(([^)\s]+)\)")
-QUOTE = re.compile(r"\[\[(\w+)\]\]")
+QUOTE = re.compile(r"\{\{(\w+)\}\}")
 
 
 def read(path: Path) -> str:
@@ -182,7 +182,7 @@ def check(root: Path) -> list[str]:
 def self_test(root: Path) -> int:
     """Each case changes one file of a copy, in which only that fault may be found then."""
     cases = (
-        ("manual/ru/messages.md", "[[FifoOverflow]]", "", "message FifoOverflow"),
+        ("manual/ru/messages.md", "{{FifoOverflow}}", "", "message FifoOverflow"),
         ("src/language/texts.inc", 'TEXT_ROW(FifoOverflow,', 'TEXT_ROW(Planted, 9999, "It is new here.", "Новое.")\n'
          'TEXT_ROW(FifoOverflow,', "message Planted"),
         ("manual/en/settings.md", "`CutModeValue`", "", "key CutModeValue"),
@@ -194,7 +194,7 @@ def self_test(root: Path) -> int:
         ("manual/ru/trigger.md", "pictures/ru_trigger.svg", "pictures/none.svg", "there is no picture"),
         ("manual/ru/view.md", "{#cursors}", "{#others}", "different headings"),
         ("manual/en/view.md", " {#cursors}", "", "a heading has no anchor"),
-        ("manual/en/glossary.md", "# ", "[[NoSuchText]]\n\n# ", "NoSuchText is no row"),
+        ("manual/en/glossary.md", "# ", "{{NoSuchText}}\n\n# ", "NoSuchText is no row"),
     )
     failed = 0
     for name, old, new, expected in cases:
