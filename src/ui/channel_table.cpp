@@ -161,7 +161,7 @@ void ChannelTable::setExtendedView(bool on) {
                              ChannelModel::Unit, ChannelModel::Scale, ChannelModel::Shown}) {
         setColumnHidden(column, !on);
     }
-    updateGeometry();
+    fitColumns();
 }
 
 void ChannelTable::setLocked(bool locked) {
@@ -343,22 +343,38 @@ void ChannelTable::askScale(int row) {
 }
 
 /// The widths come from captions and from the widest figures, so that nothing moves while the readings change.
-void ChannelTable::fitColumns() {
+int ChannelTable::fittingWidth(int column) const {
     const int margin = 2 * style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 6;
+    const int caption = horizontalHeader()->fontMetrics().horizontalAdvance(
+        model_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+    return std::max(caption, fontMetrics().horizontalAdvance(model_->widestText(column))) + margin;
+}
+
+void ChannelTable::fitColumns() {
     for (int column = 0; column < model_->columnCount(); ++column) {
-        const int caption = horizontalHeader()->fontMetrics().horizontalAdvance(
-            model_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
-        const int figures = fontMetrics().horizontalAdvance(model_->widestText(column));
-        setColumnWidth(column, std::max(caption, figures) + margin);
+        setColumnWidth(column, fittingWidth(column));
     }
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    useWidth();
     updateGeometry();
+}
+
+/// What the columns leave of the table's width goes to the names, or to the ranges while there are none.
+void ChannelTable::useWidth() {
+    const int wide = isColumnHidden(ChannelModel::Name) ? ChannelModel::Range : ChannelModel::Name;
+    const int others = horizontalHeader()->length() - columnWidth(wide);
+    setColumnWidth(wide, std::max(fittingWidth(wide), viewport()->width() - others));
+}
+
+void ChannelTable::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    useWidth();
 }
 
 QSize ChannelTable::sizeHint() const {
     int width = 2 * frameWidth() + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
     for (int column = 0; column < model_->columnCount(); ++column) {
-        width += isColumnHidden(column) ? 0 : columnWidth(column);
+        width += isColumnHidden(column) ? 0 : fittingWidth(column);
     }
     return {width, QTableView::sizeHint().height()};
 }

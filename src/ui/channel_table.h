@@ -66,6 +66,7 @@ signals:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
@@ -78,6 +79,8 @@ private:
     void chooseColor(int row);
     void askScale(int row);
     void fitColumns();
+    [[nodiscard]] int fittingWidth(int column) const;
+    void useWidth();
 
     ChannelModel* model_;
     QString typedGain_;  ///< digits typed one soon after the other

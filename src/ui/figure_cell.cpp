@@ -9,7 +9,6 @@ namespace tarno2 {
 
 namespace {
 
-constexpr double kLargeFigure = 2.1;  // times the window's font
 const QString kWarningSign = QStringLiteral("\u26A0 ");
 
 }  // namespace
@@ -24,9 +23,6 @@ FigureCell::FigureCell(Shape shape, QString widest, QWidget* parent)
     value_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     value_->setTextFormat(Qt::PlainText);
     if (shape == Shape::Large) {
-        QFont font = value_->font();
-        font.setPointSizeF(font.pointSizeF() * kLargeFigure);
-        value_->setFont(font);
         caption_->setAlignment(Qt::AlignRight);
     }
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
@@ -36,6 +32,19 @@ FigureCell::FigureCell(Shape shape, QString widest, QWidget* parent)
 void FigureCell::setCaption(const QString& caption) {
     caption_->setText(caption);
     setAccessibleName(caption);
+}
+
+void FigureCell::setHint(const QString& hint) {
+    caption_->hide();
+    setToolTip(hint);
+    setAccessibleName(hint);
+}
+
+void FigureCell::setScale(double scale) {
+    QFont large = value_->font();
+    large.setPointSizeF(font().pointSizeF() * scale);
+    value_->setFont(large);
+    fit();
 }
 
 void FigureCell::setValue(const QString& value) {

@@ -15,11 +15,15 @@ public:
     FigureCell(Shape shape, QString widest, QWidget* parent);
 
     void setCaption(const QString& caption);
+    /// In place of a caption, for a figure whose unit says what it is.
+    void setHint(const QString& hint);
     void setValue(const QString& value);
     /// Bold, with a sign before it: it needs attention.
     void setWarning(bool warning);
     /// Another widest value, in another language.
     void setWidest(const QString& widest);
+    /// How large a large figure is, times the window's font.
+    void setScale(double scale);
 
 protected:
     void changeEvent(QEvent* event) override;

@@ -5,9 +5,7 @@
 #include <QCoreApplication>
 #include <QDockWidget>
 #include <QPushButton>
-#include <QSplitter>
 #include <QToolButton>
-#include <QVBoxLayout>
 #include <utility>
 
 #include "config/logs/debug_log.h"
@@ -17,9 +15,7 @@
 #include "platform/paths.h"
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
-#include "ui/main_status_bar.h"
 #include "ui/mark_controls.h"
-#include "ui/message_list.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/driver_settings_form.h"
@@ -53,6 +49,7 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish
     buildPanels();
     buildCenter();
     connectMenu();
+    connectParts();
     connectStrip();
     connectPanels();
     connectProgramPanel();
@@ -101,48 +98,6 @@ void T_MainForm::buildPanels() {
                                                                       channelsPanel_, programPanel_}) {
         panels_->add(panel);
     }
-}
-
-// The strip above everything; below it the panels beside the channel table and the signal; at the bottom the messages.
-void T_MainForm::buildCenter() {
-    auto* center = new QWidget(this);
-    auto* column = new QVBoxLayout(center);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    strip_ = new StateStrip(center);
-    column->addWidget(strip_);
-
-    right_ = new QMainWindow;
-    right_->setObjectName(QStringLiteral("RightSide"));
-    right_->setWindowFlags(Qt::Widget);
-    right_->setCentralWidget(&channelsPanel_->table());
-    signalDock_ = new QDockWidget(right_);
-    signalDock_->setObjectName(QStringLiteral("SignalDock"));
-    signalDock_->setAllowedAreas(Qt::BottomDockWidgetArea);
-    right_->addDockWidget(Qt::BottomDockWidgetArea, signalDock_);
-    signalDock_->hide();
-
-    columns_ = new QSplitter(Qt::Horizontal);
-    columns_->addWidget(panels_);
-    columns_->addWidget(right_);
-    columns_->setStretchFactor(1, 1);
-    columns_->setChildrenCollapsible(false);
-    columns_->setSizes({fontMetrics().averageCharWidth() * 50, fontMetrics().averageCharWidth() * 100});
-    messages_ = new MessageList;
-    rows_ = new QSplitter(Qt::Vertical);
-    rows_->addWidget(columns_);
-    rows_->addWidget(messages_);
-    rows_->setStretchFactor(0, 1);
-    rows_->setChildrenCollapsible(false);
-    const int line = fontMetrics().lineSpacing();
-    rows_->setSizes({line * 30, line * 4});
-    messages_->setMinimumHeight(line * 2);
-    column->addWidget(rows_, 1);
-    setCentralWidget(center);
-
-    statusLine_ = new MainStatusBar(this);
-    setStatusBar(statusLine_);
-    connect(statusLine_, &MainStatusBar::languageAsked, this, &T_MainForm::SelectLanguageButtonClick);
 }
 
 void T_MainForm::connectStrip() {

@@ -21,6 +21,7 @@
 
 class QDockWidget;
 class QSplitter;
+class QToolButton;
 
 namespace tarno2 {
 
@@ -29,7 +30,7 @@ class ChannelsPanel;
 class FilePanel;
 class MainStatusBar;
 class MeasuringPanel;
-class MessageList;
+class MessageBar;
 class PanelStack;
 class ProgramPanel;
 class StateStrip;
@@ -129,10 +130,21 @@ private:
     // Construction (main_form.cpp, main_form_actions.cpp).
     void buildPanels();
     void buildCenter();
+    void buildColumns();
+    void buildRows();
     void connectMenu();
     void connectPanels();
     void connectProgramPanel();
     void connectStrip();
+
+    // The parts of the window, which fold (main_form_parts.cpp).
+    void connectParts();
+    void showPanels(bool shown);
+    void showMessageList(bool shown);
+    void showTable(bool shown);
+    void foldForRun(bool running);
+    void placeColumns();
+    void storePartPlaces();
 
     // The signal view (main_form_signal.cpp).
     void buildSignalView();
@@ -199,7 +211,8 @@ private:
     bool settingsUnread_ = false;  ///< those of the last run are there, but could not be read
     bool closed_ = false;
     bool displayGone_ = false;
-    bool begun_ = false;  ///< looks for unfinished recordings, and has started what starts by itself
+    bool foldedForRun_ = false;  ///< the settings come back when the recording ends
+    bool begun_ = false;         ///< looks for unfinished recordings, and has started what starts by itself
 
     MainMenu menu_;
     StateStrip* strip_ = nullptr;
@@ -209,10 +222,11 @@ private:
     FilePanel* filePanel_ = nullptr;
     ChannelsPanel* channelsPanel_ = nullptr;
     ProgramPanel* programPanel_ = nullptr;
-    QMainWindow* right_ = nullptr;  ///< channel table with the docked signal below it
+    QMainWindow* right_ = nullptr;  ///< where the signal docks
+    QToolButton* tableButton_ = nullptr;
     QDockWidget* signalDock_ = nullptr;
     T_ShowForm* showForm_ = nullptr;
-    MessageList* messages_ = nullptr;
+    MessageBar* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;
     T_AdditionalModeWindow* additionalWindow_ = nullptr;
     QPointer<T_SaveAsTextForm> textForm_;  ///< while it is open

@@ -5,6 +5,7 @@
 #include <QDockWidget>
 #include <QFileDialog>
 #include <QMenu>
+#include <QToolButton>
 
 #include "config/logs/debug_log.h"
 #include "config/settings/language_choice.h"
@@ -14,7 +15,7 @@
 #include "ui/help.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/panel_stack.h"
@@ -52,8 +53,6 @@ void T_MainForm::connectMenu() {
     connect(signalDock_, &QDockWidget::visibilityChanged, this,
             [this] { menu_.showSignal->setChecked(!signalDock_->isHidden()); });
     connect(signalDock_, &QDockWidget::topLevelChanged, menu_.detachSignal, &QAction::setChecked);
-    connect(menu_.showPanels, &QAction::toggled, panels_, &QWidget::setVisible);
-    connect(menu_.showMessages, &QAction::toggled, messages_, &QWidget::setVisible);
     connect(menu_.extendedChannels, &QAction::toggled, this, [this](bool on) { channelsPanel_->setExtendedView(on); });
 }
 
@@ -70,6 +69,8 @@ void T_MainForm::SetCaptions() {
     strip_->retranslate();
     panels_->retranslate();
     messages_->retranslate();
+    tableButton_->setToolTip(plainText(TextId::MenuChannelTable));
+    tableButton_->setAccessibleName(plainText(TextId::MenuChannelTable));
     statusLine_->retranslate();
     showBoard();
     showDisk();

@@ -8,7 +8,7 @@
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/driver_settings_form.h"

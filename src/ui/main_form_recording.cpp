@@ -19,7 +19,7 @@
 #include "platform/c_locale.h"
 #include "platform/paths.h"
 #include "ui/main_form.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/driver_settings_form.h"
 #include "ui/panels/file_panel.h"

@@ -7,14 +7,16 @@
 
 #include "config/files/figure_text.h"
 #include "config/files/recording_name.h"
+#include "core/devices/input_limits.h"
 #include "ui/additional_mode_window.h"
 #include "ui/main_form.h"
 #include "ui/mark_controls.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/show_form.h"
 #include "ui/state_strip.h"
 #include "ui/text.h"
+#include "ui/trigger_text.h"
 
 namespace tarno2 {
 
@@ -60,6 +62,7 @@ void T_MainForm::runBegun() {
     strip_->marks().end();
     strip_->marks().show();
     panels_->setLocked(true);
+    foldForRun(true);
     menu_.setLocked(true);
     diskClock_.start();
     sleepInhibitor_.hold(uiText(TextId::StatusRecording));
@@ -76,6 +79,7 @@ void T_MainForm::runEnded() {
     showForm_->recordingStopped();
     refreshTimer_.stop();
     panels_->setLocked(false);
+    foldForRun(false);
     menu_.setLocked(false);
     setWindowTitle(uiText(TextId::ProgramName));
     refreshDisk();
@@ -107,10 +111,13 @@ void T_MainForm::showRun() {
 }
 
 void T_MainForm::showConditions() {
-    const int mode = settings_.wish.synchro.SynchroAnalyzeMode;
-    strip_->setConditions(mode == 0   ? std::nullopt
-                          : mode == 1 ? std::optional(TextId::SynchroAnalysis)
-                                      : std::optional(TextId::SynchroSynchronization));
+    const RecordingWish& wish = settings_.wish;
+    const auto labelOf = [this](int32_t channel) {
+        const ChannelLabel& given = settings_.channels[static_cast<size_t>(channel) % settings_.channels.size()].label;
+        return search_.busy() ? given : channelLabel(selection().driver().facts(), channel, given);
+    };
+    const int32_t mode = wish.synchro.SynchroAnalyzeMode;
+    strip_->setTrigger(triggerText(wish, labelOf), mode == kModeAnalysis || mode == kModeSynchronisation);
 }
 
 void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {

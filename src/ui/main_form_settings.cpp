@@ -4,7 +4,6 @@
 #include <QGuiApplication>
 #include <QPushButton>
 #include <QScreen>
-#include <QSplitter>
 #include <algorithm>
 
 #include "config/files/figure_text.h"
@@ -22,13 +21,14 @@
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
 #include "ui/show_form.h"
+#include "ui/state_strip.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -104,7 +104,6 @@ void T_MainForm::loadSettings() {
     refreshDisk();
     programPanel_->setProgramFolder(programDirectory_);
     programPanel_->setDebugLog(debugLog().isOpen(), joinPath(programDirectory_, "Tarno2.dbg"));
-    panels_->open(settings_.showSettingMember);
     menu_.extendedChannels->setChecked(settings_.extendedChannelMode);
     btnAutoStartClick(settings_.wish.cycleStart);
     setWindowFlag(Qt::WindowStaysOnTopHint, settings_.stayOnTop);
@@ -232,38 +231,29 @@ void T_MainForm::storePlaces() {
     // A view that is docked has no place of its own.
     settings_.showFormPos = signalDock_->isFloating() ? placeOf(signalDock_->geometry()) : WindowPlace{0, 0, 0, 0};
     settings_.showSettingMember = panels_->openMember();
-    settings_.hidePanels = !menu_.showPanels->isChecked();
-    settings_.hideMessages = !menu_.showMessages->isChecked();
-    // What is hidden comes back as wide as it was.
-    if (panels_->isVisible()) {
-        settings_.panelsWidth = panels_->width();
-    }
-    if (messages_->isVisible()) {
-        settings_.messagesHeight = messages_->height();
-    }
-    if (signalDock_->isVisible() && !signalDock_->isFloating()) {
-        settings_.signalHeight = signalDock_->height();
-    }
+    settings_.hidePanels = panels_->folded() && !foldedForRun_;
+    settings_.showMessages = messages_->unfolded();
+    settings_.hideTable = !menu_.channelTable->isChecked();
+    settings_.showMoreFigures = strip_->more();
+    storePartPlaces();
     settings_.extendedChannelMode = menu_.extendedChannels->isChecked();
 }
 
 void T_MainForm::placeWindows() {
     const std::vector<WindowPlace> screens = screenPlaces();
     setGeometry(rectangleOf(placeOnScreens(settings_.mainFormPos, screens)));
-    menu_.showPanels->setChecked(!settings_.hidePanels);
-    menu_.showMessages->setChecked(!settings_.hideMessages);
+    if (settings_.hidePanels) {
+        panels_->setFolded(true);
+    }
+    menu_.showPanels->setChecked(panels_->unfolded());
+    menu_.channelTable->setChecked(!settings_.hideTable);
+    strip_->setMore(settings_.showMoreFigures);
     placeParts();
 }
 
 void T_MainForm::placeParts() {
-    if (settings_.panelsWidth > 0) {
-        columns_->setSizes({settings_.panelsWidth, std::max(width() - settings_.panelsWidth, 1)});
-    }
-    if (settings_.messagesHeight > 0) {
-        rows_->setSizes({std::max(height() - settings_.messagesHeight, 1), settings_.messagesHeight});
-    }
-    right_->resizeDocks({signalDock_}, {settings_.signalHeight > 0 ? settings_.signalHeight : height() / 2},
-                        Qt::Vertical);
+    placeColumns();
+    menu_.showMessages->setChecked(settings_.showMessages);
 }
 
 // Once the main window is there: a window that is shown before the one it belongs to lies below it.

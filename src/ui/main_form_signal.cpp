@@ -10,7 +10,7 @@
 #include "display/signal_format.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
-#include "ui/message_list.h"
+#include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/show_form.h"
 #include "ui/text.h"

@@ -19,12 +19,13 @@ MainMenu::MainMenu(QMainWindow& window)
       cycle(addToggle(TextId::CommandCycleStart)),
       mark(add(TextId::CommandMark, Qt::Key_F8)),
       chooseFile(add(TextId::MenuChooseFile, Qt::CTRL | Qt::Key_D)),
-      additional(add(TextId::MenuAdditionalSettings, Qt::Key_F7)),
+      additional(add(TextId::MenuSynchronisation, Qt::Key_F7)),
       saveAsText(add(TextId::MenuSaveAsText, Qt::CTRL | Qt::Key_T)),
       showSignal(addToggle(TextId::MenuShowSignal)),
       marks(add(TextId::MenuMarks, Qt::CTRL | Qt::Key_M)),
       detachSignal(addToggle(TextId::MenuDetachSignal)),
-      showPanels(addToggle(TextId::MenuShowPanels)),
+      showPanels(addToggle(TextId::MenuShowPanels, Qt::CTRL | Qt::Key_B)),
+      channelTable(addToggle(TextId::MenuChannelTable, Qt::CTRL | Qt::Key_K)),
       showMessages(addToggle(TextId::MenuShowMessages, Qt::CTRL | Qt::Key_L)),
       extendedChannels(addToggle(TextId::MenuExtendedChannels)),
       openRecording(add(TextId::MenuOpenRecording, QKeySequence::Open)),
@@ -43,7 +44,7 @@ MainMenu::MainMenu(QMainWindow& window)
     languages->addAction(russian);
     languages->addAction(english);
     showPanels->setChecked(true);
-    showMessages->setChecked(true);
+    channelTable->setChecked(true);
     mark->setEnabled(false);
     mark->setAutoRepeat(false);
     installHelpKey(*manual);
@@ -82,7 +83,7 @@ void MainMenu::buildMenus() {
     QMenu* view = addMenu(TextId::MenuView);
     view->addActions({showSignal, detachSignal, marks});
     view->addSeparator();
-    view->addActions({showPanels, showMessages, extendedChannels});
+    view->addActions({showPanels, channelTable, extendedChannels, showMessages});
     QMenu* settings = addMenu(TextId::MenuSettings);
     selectLanguage = settings->addMenu(QString());
     selectLanguage->setObjectName(QStringLiteral("SelectLanguageMenu"));

@@ -44,6 +44,7 @@ public:
     QAction* const marks;
     QAction* const detachSignal;
     QAction* const showPanels;
+    QAction* const channelTable;
     QAction* const showMessages;
     QAction* const extendedChannels;
     QAction* const openRecording;

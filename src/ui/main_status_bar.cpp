@@ -1,55 +1,19 @@
 #include "ui/main_status_bar.h"
 
-#include <QFontMetrics>
-#include <QLabel>
 #include <QToolButton>
 
 #include "language/language_table.h"
+#include "ui/shortened_label.h"
 #include "ui/text.h"
 
 namespace tarno2 {
 
 namespace {
 
-/// A label that gives way when there is little room: the whole text stands in its hint.
-class ShortenedLabel : public QLabel {
-public:
-    explicit ShortenedLabel(QWidget* parent) : QLabel(parent) {
-        setTextFormat(Qt::PlainText);
-        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
-    }
-    void setWhole(const QString& text) {
-        whole_ = text;
-        updateGeometry();
-        fit();
-    }
-    [[nodiscard]] QSize sizeHint() const override {
-        return {fontMetrics().horizontalAdvance(whole_) + fontMetrics().averageCharWidth(),
-                QLabel::sizeHint().height()};
-    }
-    [[nodiscard]] QSize minimumSizeHint() const override {
-        return {fontMetrics().averageCharWidth() * 4, QLabel::minimumSizeHint().height()};
-    }
-
-protected:
-    void resizeEvent(QResizeEvent* event) override {
-        QLabel::resizeEvent(event);
-        fit();
-    }
-
-private:
-    void fit() {
-        const QString shown = fontMetrics().elidedText(whole_, Qt::ElideRight, width());
-        setText(shown);
-        setToolTip(shown == whole_ ? QString() : whole_);
-    }
-    QString whole_;
-};
-
-void showIn(QLabel* label, const QString& text, bool warning) {
+void showIn(ShortenedLabel* label, const QString& text, bool warning) {
     label->setStyleSheet(warning ? QStringLiteral("background: #ffb300; color: #000000; border-radius: 3px;")
                                  : QString());
-    static_cast<ShortenedLabel*>(label)->setWhole(warning ? QStringLiteral("\u26A0 ") + text : text);
+    label->setWhole(warning ? QStringLiteral("\u26A0 ") + text : text);
 }
 
 }  // namespace

@@ -3,10 +3,11 @@
 #include <QStatusBar>
 #include <QString>
 
-class QLabel;
 class QToolButton;
 
 namespace tarno2 {
+
+class ShortenedLabel;
 
 /// The line at the bottom of the main window: the board, the disk, what the settings need of it, and the language.
 /// Window thread.
@@ -26,9 +27,9 @@ signals:
     void languageAsked();
 
 private:
-    QLabel* board_;
-    QLabel* disk_;
-    QLabel* need_;
+    ShortenedLabel* board_;
+    ShortenedLabel* disk_;
+    ShortenedLabel* need_;
     QToolButton* languageButton_;
     QToolButton* languageLabel_;
 };

@@ -1,6 +1,7 @@
 #include "ui/state_strip.h"
 
 #include <QEvent>
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -16,6 +17,7 @@
 #include "ui/figure_cell.h"
 #include "ui/mark_controls.h"
 #include "ui/text.h"
+#include "ui/trigger_button.h"
 #include "ui/view_icons.h"
 
 namespace tarno2 {
@@ -53,8 +55,10 @@ const StateLook& lookOf(RunState state) {
 
 const QString kUnknown = QStringLiteral("\u2013");
 constexpr uint64_t kBytesWorthShowing = uint64_t{64} << 20U;
-constexpr double kStateFont = 2.3;   // times the window's font
-constexpr double kStateSmall = 1.1;  // for words that need two lines
+constexpr double kStateFont = 1.5;    // times the window's font
+constexpr double kStateRoomy = 2.2;   // the same where there is room
+constexpr double kStateSmall = 1.05;  // for words that need two lines
+constexpr int kRoomyLetters = 190;    // width of a window with room
 
 QFont scaled(QFont font, double factor, bool bold) {
     font.setPointSizeF(font.pointSizeF() * factor);
@@ -75,14 +79,19 @@ TextId stateText(RunState state) {
 StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("StateStrip"));
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(8, 6, 8, 4);
-    column->setSpacing(4);
-    buildUpperRow(column);
-    buildLowerRow(column);
-    buildChecksums(column);
-    marks_ = new MarkControls(this);
-    marks_->hide();
-    column->addWidget(marks_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    buildRow(column);
+    line_ = new QFrame(this);
+    line_->setObjectName(QStringLiteral("StateLine"));
+    line_->setFixedHeight(4);
+    column->addWidget(line_);
+    auto* below = new QVBoxLayout;
+    below->setContentsMargins(8, 2, 8, 2);
+    below->setSpacing(2);
+    column->addLayout(below);
+    buildMore(below);
+    buildChecksums(below);
     attention_ = new QLabel(this);
     attention_->setObjectName(QStringLiteral("AttentionLabel"));
     attention_->setTextFormat(Qt::PlainText);
@@ -91,55 +100,85 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     attention_->setStyleSheet(
         QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 3px 8px;"));
     attention_->hide();
-    column->addWidget(attention_);
+    below->addWidget(attention_);
     retranslate();
     setLosses(0);
 }
 
-void StateStrip::buildUpperRow(QVBoxLayout* column) {
+void StateStrip::buildRow(QVBoxLayout* column) {
     auto* row = new QHBoxLayout;
+    row->setContentsMargins(6, 5, 6, 5);
     row->setSpacing(8);
-    const auto button = [this, row](const char* name) {
-        auto* made = new QPushButton(this);
-        made->setObjectName(QLatin1String(name));
-        made->setMinimumHeight(fontMetrics().height() * 3);
-        row->addWidget(made);
-        return made;
-    };
-    start_ = button("StartButton");
-    conditions_ = new QToolButton(this);
-    conditions_->setObjectName(QStringLiteral("ConditionsButton"));
-    conditions_->setFocusPolicy(Qt::StrongFocus);
-    conditions_->setStyleSheet(
-        QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 3px 6px;"));
-    conditions_->hide();
-    row->addWidget(conditions_);
-    stop_ = button("StopButton");
-    cycle_ = button("btnAutoStart");
-    cycle_->setCheckable(true);
-    drawIcons();
-
+    column->addLayout(row);
+    buildButtons(row);
     word_ = new QLabel(this);
     word_->setObjectName(QStringLiteral("StateLabel"));
     word_->setAlignment(Qt::AlignCenter);
     word_->setWordWrap(true);
     row->addWidget(word_);
+    buildFigures(row);
+    trigger_ = new TriggerButton(this);
+    trigger_->setObjectName(QStringLiteral("ConditionsButton"));
+    row->addWidget(trigger_);
+    unfold_ = new QToolButton(this);
+    unfold_->setObjectName(QStringLiteral("MoreFiguresButton"));
+    unfold_->setAutoRaise(true);
+    unfold_->setCheckable(true);
+    unfold_->setFocusPolicy(Qt::TabFocus);
+    row->addWidget(unfold_);
+    connect(unfold_, &QToolButton::toggled, this, &StateStrip::setMore);
+}
 
+void StateStrip::buildButtons(QHBoxLayout* row) {
+    const auto button = [this, row](const char* name) {
+        auto* made = new QPushButton(this);
+        made->setObjectName(QLatin1String(name));
+        made->setMinimumHeight(fontMetrics().height() * 5 / 2);
+        made->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+        row->addWidget(made);
+        return made;
+    };
+    start_ = button("StartButton");
+    stop_ = button("StopButton");
+    cycle_ = button("btnAutoStart");
+    cycle_->setCheckable(true);
+    drawIcons();
+}
+
+// The time is read from afar; the others stand in two lines beside it.
+void StateStrip::buildFigures(QHBoxLayout* row) {
+    const auto cell = [this](const char* name, const QString& widest) {
+        auto* made = new FigureCell(FigureCell::Shape::Small, widest, this);
+        made->setObjectName(QLatin1String(name));
+        return made;
+    };
+    const auto pair = [row](QWidget* upper, QWidget* lower) {
+        auto* stack = new QVBoxLayout;
+        stack->setSpacing(1);
+        stack->addWidget(upper);
+        stack->addWidget(lower);
+        row->addLayout(stack);
+    };
     elapsed_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
     elapsed_->setObjectName(QStringLiteral("ElapsedCell"));
-    remaining_ = new FigureCell(FigureCell::Shape::Large, QStringLiteral("888:88:88"), this);
     row->addWidget(elapsed_);
-    row->addWidget(remaining_);
+    remaining_ = cell("RemainingCell", QStringLiteral("888:88:88"));
     progress_ = new QProgressBar(this);
     progress_->setObjectName(QStringLiteral("ProgressBar"));
     progress_->setRange(0, 100);
-    progress_->setMinimumWidth(fontMetrics().horizontalAdvance(QLatin1Char('8')) * 6);
+    progress_->setMaximumHeight(fontMetrics().height());
     QSizePolicy policy = progress_->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Ignored);
     policy.setRetainSizeWhenHidden(true);
     progress_->setSizePolicy(policy);
     progress_->hide();
-    row->addWidget(progress_, 1);
-    column->addLayout(row);
+    pair(remaining_, progress_);
+    written_ = cell("WrittenCell", {});
+    rate_ = cell("RateCell", {});
+    pair(written_, rate_);
+    load_ = cell("LoadCell", QStringLiteral("\u26A0 100 %"));
+    losses_ = cell("LossesCell", QStringLiteral("\u26A0 88"));
+    pair(load_, losses_);
 }
 
 void StateStrip::drawIcons() {
@@ -148,24 +187,43 @@ void StateStrip::drawIcons() {
     cycle_->setIcon(commandIcon(CommandIcon::Cycle, palette()));
 }
 
-void StateStrip::buildLowerRow(QVBoxLayout* column) {
-    auto* row = new QHBoxLayout;
+void StateStrip::buildMore(QVBoxLayout* column) {
+    moreFigures_ = new QWidget(this);
+    auto* row = new QHBoxLayout(moreFigures_);
+    row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(16);
     const auto cell = [this, row](const char* name, const QString& widest) {
-        auto* made = new FigureCell(FigureCell::Shape::Small, widest, this);
+        auto* made = new FigureCell(FigureCell::Shape::Small, widest, moreFigures_);
         made->setObjectName(QLatin1String(name));
         row->addWidget(made);
         return made;
     };
-    written_ = cell("WrittenCell", {});
-    rate_ = cell("RateCell", {});
     frames_ = cell("FramesCell", QStringLiteral("88 888 888 888"));
-    load_ = cell("LoadCell", QStringLiteral("\u26A0 100 %"));
     files_ = cell("FilesCell", QStringLiteral("888"));
     events_ = cell("EventsCell", QStringLiteral("88 888"));
-    losses_ = cell("LossesCell", QStringLiteral("\u26A0 88"));
-    row->addStretch(1);
-    column->addLayout(row);
+    marks_ = new MarkControls(this);
+    marks_->hide();
+    auto* beside = new QHBoxLayout;
+    beside->setSpacing(16);
+    beside->addWidget(moreFigures_);
+    beside->addWidget(marks_, 1);
+    beside->addStretch(0);
+    column->addLayout(beside);
+    setMore(false);
+}
+
+void StateStrip::setMore(bool shown) {
+    unfold_->setChecked(shown);
+    unfold_->setArrowType(shown ? Qt::UpArrow : Qt::DownArrow);
+    moreFigures_->setVisible(shown);
+}
+
+bool StateStrip::more() const {
+    return unfold_->isChecked();
+}
+
+QToolButton& StateStrip::conditionsButton() {
+    return *trigger_;
 }
 
 // Beside each other as long as something is computed after the end of a recording.
@@ -205,12 +263,13 @@ void StateStrip::setState(RunState state) {
 void StateStrip::showState() {
     const StateLook& look = lookOf(state_);
     const QString text = plainText(look.text);
-    const QFont large = scaled(font(), kStateFont, true);
+    const QFont large = scaled(font(), roomy_ ? kStateRoomy : kStateFont, true);
     const bool fits = QFontMetrics(large).horizontalAdvance(QStringLiteral("\u25CF ") + text) < word_->minimumWidth();
     word_->setFont(fits ? large : scaled(font(), kStateSmall, true));
     word_->setText(QString(QChar(look.sign)) + QLatin1Char(' ') + text);
-    word_->setStyleSheet(QStringLiteral("background: %1; color: %2; border-radius: 6px;")
+    word_->setStyleSheet(QStringLiteral("background: %1; color: %2; border-radius: 4px;")
                              .arg(QLatin1String(look.ground), QLatin1String(look.letters)));
+    line_->setStyleSheet(QStringLiteral("background: %1;").arg(QLatin1String(look.ground)));
 }
 
 void StateStrip::setFigures(const RunFigures& figures) {
@@ -240,11 +299,8 @@ void StateStrip::setAttention(const QString& message) {
     attention_->setVisible(!message.isEmpty());
 }
 
-void StateStrip::setConditions(std::optional<TextId> word) {
-    conditionsWord_ = word;
-    conditions_->setVisible(word.has_value());
-    conditions_->setText(word ? uiText(*word) : QString());
-    conditions_->setToolTip(uiText(TextId::ConditionsBadgeHint));
+void StateStrip::setTrigger(const QString& text, bool active) {
+    trigger_->setState(text, active);
 }
 
 void StateStrip::setLosses(size_t count) {
@@ -258,16 +314,18 @@ void StateStrip::setLossList(const QString& fileName) {
 }
 
 void StateStrip::retranslate() {
-    start_->setText(uiText(TextId::CommandStart) + QStringLiteral("  F5"));
-    stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("  F6"));
     // Two lines leave more room for the figures.
-    cycle_->setText(uiText(TextId::CommandCycleStart).replace(QLatin1Char(' '), QLatin1Char('\n')));
-    cycle_->setToolTip(uiText(TextId::CycleStartHint));
+    start_->setText(uiText(TextId::CommandStart) + QStringLiteral("\nF5"));
+    stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("\nF6"));
+    const QString cycle = plainText(TextId::CommandCycleStart);
+    cycle_->setAccessibleName(cycle);
+    cycle_->setToolTip(cycle + QStringLiteral(". ") + uiText(TextId::CycleStartHint));
     elapsed_->setCaption(uiText(TextId::RunElapsed));
     remaining_->setCaption(uiText(TextId::RunRemaining));
-    written_->setCaption(uiText(TextId::RunWritten));
+    // Their units say what they are.
+    written_->setHint(uiText(TextId::RunWritten));
     written_->setWidest(widestBytes());
-    rate_->setCaption(uiText(TextId::RunRate));
+    rate_->setHint(uiText(TextId::RunRate));
     rate_->setWidest(fromCodePage(formatRate(888.8 * 1024 * 1024)));
     frames_->setCaption(uiText(TextId::RunFrames));
     load_->setCaption(uiText(TextId::RunLoad));
@@ -278,17 +336,32 @@ void StateStrip::retranslate() {
     marks_->retranslate();
     noChecksums_->setText(uiText(TextId::ChecksumsCancel));
     noChecksums_->setToolTip(uiText(TextId::ChecksumsCancelHint));
+    unfold_->setToolTip(uiText(TextId::MoreFigures));
+    unfold_->setAccessibleName(uiText(TextId::MoreFigures));
     setLossList(lossList_);
-    setConditions(conditionsWord_);
-    const QFontMetrics metrics(scaled(font(), kStateFont, true));
+    fitState();
+    showFigures();
+}
+
+// The word has one place that is wide enough for those that are read from afar.
+void StateStrip::fitState() {
+    const QFontMetrics metrics(scaled(font(), roomy_ ? kStateRoomy : kStateFont, true));
     int widest = 0;
     for (const RunState state : {RunState::Ready, RunState::Recording, RunState::Stopping, RunState::Stopped}) {
         widest = std::max(widest, metrics.horizontalAdvance(QStringLiteral("\u25CF ") + plainText(stateText(state))));
     }
-    word_->setMinimumWidth(widest + metrics.height());
-    word_->setMaximumWidth(widest + metrics.height());
+    word_->setFixedWidth(widest + metrics.height());
+    elapsed_->setScale(roomy_ ? kStateRoomy : kStateFont);
     showState();
-    showFigures();
+}
+
+void StateStrip::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    const bool roomy = width() >= fontMetrics().averageCharWidth() * kRoomyLetters;
+    if (roomy != roomy_) {
+        roomy_ = roomy;
+        fitState();
+    }
 }
 
 void StateStrip::changeEvent(QEvent* event) {

@@ -8,6 +8,8 @@
 #include "core/storage/checksum_thread.h"
 #include "language/text_ids.h"
 
+class QFrame;
+class QHBoxLayout;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -18,12 +20,14 @@ namespace tarno2 {
 
 class FigureCell;
 class MarkControls;
+class TriggerButton;
 
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
 
-/// The upper part of the main window: start, stop and cycle buttons, the state in a colour and a word, time, progress
-/// and figures of the recording, and the last thing that needs attention. Window thread.
+/// The upper part of the main window. One row: start, stop and cycle buttons, the state in a colour and a word, time,
+/// progress and figures of the recording, and what triggers it; a line in the state's colour below. Further figures
+/// unfold, and what needs attention stands below it all. Window thread.
 class StateStrip : public QWidget {
     Q_OBJECT
 
@@ -37,12 +41,15 @@ public:
     void setAttention(const QString& message);
     /// How far the checksums of finished recordings are; nothing when none is computed.
     void setChecksums(const std::optional<ChecksumThread::Progress>& progress);
-    /// Conditions choose what is recorded: the word for them stands beside the start button. Nothing: all is recorded.
-    void setConditions(std::optional<TextId> word);
+    /// What chooses the frames that are recorded, in words. `active`: it does so, else all are recorded.
+    void setTrigger(const QString& text, bool active);
     /// How many losses the recording has had.
     void setLosses(size_t count);
     /// The file that lists them, for their hint.
     void setLossList(const QString& fileName);
+    /// The figures that are looked at now and then.
+    void setMore(bool shown);
+    [[nodiscard]] bool more() const;
     void retranslate();
 
     [[nodiscard]] QPushButton& startButton() { return *start_; }
@@ -50,16 +57,20 @@ public:
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
     [[nodiscard]] MarkControls& marks() { return *marks_; }
     [[nodiscard]] QPushButton& noChecksumsButton() { return *noChecksums_; }
-    [[nodiscard]] QToolButton& conditionsButton() { return *conditions_; }
+    [[nodiscard]] QToolButton& conditionsButton();
 
 protected:
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void buildUpperRow(QVBoxLayout* column);
-    void buildLowerRow(QVBoxLayout* column);
+    void buildRow(QVBoxLayout* column);
+    void buildButtons(QHBoxLayout* row);
+    void buildFigures(QHBoxLayout* row);
+    void buildMore(QVBoxLayout* column);
     void buildChecksums(QVBoxLayout* column);
     void drawIcons();
+    void fitState();
     void showState();
     void showFigures();
 
@@ -69,8 +80,11 @@ private:
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;
     MarkControls* marks_ = nullptr;
-    QToolButton* conditions_ = nullptr;
-    std::optional<TextId> conditionsWord_;
+    TriggerButton* trigger_ = nullptr;
+    QToolButton* unfold_ = nullptr;
+    QWidget* moreFigures_ = nullptr;
+    QFrame* line_ = nullptr;  ///< in the state's colour
+    bool roomy_ = false;      ///< the window is wide enough for larger letters
     QLabel* word_ = nullptr;
     FigureCell* elapsed_ = nullptr;
     FigureCell* remaining_ = nullptr;

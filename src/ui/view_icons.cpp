@@ -193,8 +193,9 @@ void drawView(QPainter& painter, ViewIcon command) {
     }
 }
 
-template <typename Draw>
-QIcon drawnIcon(const QPalette& palette, Draw draw) {
+}  // namespace
+
+QIcon drawnIcon(const QPalette& palette, const std::function<void(QPainter&)>& draw) {
     QIcon icon;
     for (const int scale : {1, 2, 3}) {
         for (const auto& [mode, group] :
@@ -212,8 +213,6 @@ QIcon drawnIcon(const QPalette& palette, Draw draw) {
     }
     return icon;
 }
-
-}  // namespace
 
 QIcon followIcon(int mode, const QPalette& palette) {
     return drawnIcon(palette, [mode](QPainter& painter) { drawMode(painter, mode); });

@@ -306,13 +306,14 @@ TEST_F(Panels, NoEnglishIsLeftInRussianAndAllFitTheColumn) {
         const bool sameInBoth = english[i] == "English" || english[i].contains('/');
         EXPECT_TRUE(!hasWords || sameInBoth || russian[i] != english[i]) << english[i].toStdString();
     }
-    EXPECT_LE(stack_.minimumSizeHint().width(), 300);
+    EXPECT_LE(stack_.minimumSizeHint().width(), 300 + find<QToolButton>("PanelHeader1")->sizeHint().width());
     languageTable().select(kLanguageEnglish);
     stack_.retranslate();
     EXPECT_EQ(texts(), english);
 }
 
-TEST_F(Panels, HeadersOpenOnePanelByKey) {
+TEST_F(Panels, IconsOpenPanelsByKeyAsFarAsThereIsHeight) {
+    stack_.resize(300, 500);
     stack_.load({});
     QSignalSpy opened(&stack_, &PanelStack::memberOpened);
     EXPECT_EQ(stack_.openMember(), 0);
@@ -324,9 +325,22 @@ TEST_F(Panels, HeadersOpenOnePanelByKey) {
     EXPECT_TRUE(file_->isVisible());
     EXPECT_FALSE(board_->isVisible());
     QTest::keyClick(third, Qt::Key_Space);
-    EXPECT_EQ(stored().showSettingMember, -1);
     EXPECT_FALSE(file_->isVisible());
-    EXPECT_EQ(opened.count(), 2);
+    EXPECT_TRUE(board_->isVisible());
+    QTest::keyClick(find<QToolButton>("PanelHeader1"), Qt::Key_Space);
+    EXPECT_EQ(stored().showSettingMember, -1);
+    EXPECT_FALSE(board_->isVisible());
+    EXPECT_EQ(opened.count(), 3);
+    stack_.open(0);
+    stack_.open(2);
+    stack_.resize(300, 1200);
+    QApplication::processEvents();
+    EXPECT_TRUE(file_->isVisible() && board_->isVisible());
+    EXPECT_EQ(stored().panelsOpen, 0b101);
+    stack_.setFolded(true);
+    EXPECT_FALSE(file_->isVisible() || board_->isVisible());
+    QTest::keyClick(third, Qt::Key_Space);
+    EXPECT_TRUE(file_->isVisible() && board_->isVisible());
 }
 
 TEST_F(Panels, LanguageAndLogAreAskedForAndFollow) {

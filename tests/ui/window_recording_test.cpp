@@ -242,8 +242,9 @@ TEST_F(WindowRecording, WaitsForItsConditionAndSaysSoBeforehand) {
         wanted_.wish.fileName = folder_.file("data/run" + std::to_string(mode) + ".dat");
         open();
         auto* badge = find<QToolButton>("ConditionsButton");
-        EXPECT_TRUE(badge->isVisible());
-        EXPECT_EQ(badge->text(), uiText(mode == 1 ? TextId::SynchroAnalysis : TextId::SynchroSynchronization));
+        EXPECT_EQ(badge->accessibleName(),
+                  mode == 1 ? "Analysis: start at channel 0 > 9 V" : "Trigger: channel 0 > 9 V");
+        EXPECT_FALSE(badge->styleSheet().isEmpty());
         press(Qt::Key_F5);
         ASSERT_TRUE(waitForState(TextId::StatusWaitingForTrigger)) << stateWord().toStdString();
         ASSERT_TRUE(QTest::qWaitFor([this] { return form().control().session()->samplesRead() > 0; }, 30000));
@@ -258,7 +259,8 @@ TEST_F(WindowRecording, WaitsForItsConditionAndSaysSoBeforehand) {
     }
     wanted_.wish.synchro.SynchroAnalyzeMode = 0;
     open();
-    EXPECT_FALSE(find("ConditionsButton")->isVisible());
+    EXPECT_EQ(find("ConditionsButton")->accessibleName(), "Trigger: off");
+    EXPECT_TRUE(find("ConditionsButton")->styleSheet().isEmpty());
 }
 
 TEST_F(WindowRecording, AStartLooksForTheBoardAnew) {

@@ -5,6 +5,8 @@
 #include <QDockWidget>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QTableView>
 #include <QWheelEvent>
@@ -80,16 +82,13 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
 TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     open();
     auto* view = find<T_ShowForm>("T_ShowForm");
+    press(Qt::Key_L, Qt::ControlModifier);
     const auto splitterOf = [](QWidget* part) { return qobject_cast<QSplitter*>(part->parentWidget()); };
-    const auto panels = [&] { return splitterOf(find("PanelHeader1")->parentWidget()); };
-    const auto rows = [&] { return splitterOf(find("MessageList")); };
-    const QList<int> columnsBefore = panels()->sizes();
-    const int messagesBefore = rows()->sizes().last();
-    panels()->setSizes({columnsBefore.first() + 20, columnsBefore.last() - 20});
-    rows()->setSizes({form().height() - 110, 110});
-    QApplication::processEvents();
-    const int signalBefore = find("SignalDock")->height();
-    find<QMainWindow>("RightSide")->resizeDocks({find<QDockWidget>("SignalDock")}, {signalBefore + 30}, Qt::Vertical);
+    const auto columns = [&] { return splitterOf(find("PanelHeader1")->parentWidget()); };
+    const auto rows = [&] { return splitterOf(find("MessageList")->parentWidget()); };
+    const QList<int> columnsBefore = columns()->sizes();
+    columns()->setSizes({columnsBefore.first() + 20, columnsBefore.last() - 20});
+    rows()->setSizes({form().height() - 130, 130});
     for (const TextId part : {TextId::ViewLegend, TextId::ViewCursors}) {
         for (QAction* action : view->findChildren<QAction*>()) {
             if (action->text() == uiText(part)) {
@@ -97,25 +96,64 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
             }
         }
     }
+    click("MoreFiguresButton");
     QApplication::processEvents();
-    const QList<int> columns = panels()->sizes();
+    const QList<int> widths = columns()->sizes();
     const int messages = rows()->sizes().last();
-    const int signal = find("SignalDock")->height();
-    ASSERT_NE(columns, columnsBefore);
-    ASSERT_NE(messages, messagesBefore);
-    ASSERT_NE(signal, signalBefore);
+    ASSERT_NE(widths, columnsBefore);
     ASSERT_TRUE(close());
 
     openAgain();
-    EXPECT_EQ(panels()->sizes(), columns);
+    EXPECT_EQ(columns()->sizes(), widths);
     EXPECT_EQ(rows()->sizes().last(), messages);
-    EXPECT_EQ(find("SignalDock")->height(), signal);
     EXPECT_TRUE(form().programSettings().viewLegend && form().programSettings().viewCursors);
+    EXPECT_TRUE(find("FramesCell")->isVisible());
     press(Qt::Key_L, Qt::ControlModifier);
+    press(Qt::Key_B, Qt::ControlModifier);
+    press(Qt::Key_K, Qt::ControlModifier);
     ASSERT_TRUE(close());
     openAgain();
     EXPECT_FALSE(find("MessageList")->isVisible());
+    EXPECT_TRUE(find("NewestMessage")->isVisible());
+    EXPECT_FALSE(find("ChannelTable")->isVisible());
+    EXPECT_FALSE(find("DriverBox")->isVisible());
+    EXPECT_TRUE(find("PanelHeader1")->isVisible()) << "the rail stays";
     EXPECT_EQ(kept().messagesHeight, messages) << "it comes back as high as it was";
+    press(Qt::Key_B, Qt::ControlModifier);
+    EXPECT_TRUE(find("DriverBox")->isVisible());
+    EXPECT_EQ(columns()->sizes().first(), widths.first());
+}
+
+TEST_F(WindowSettings, TheSettingsMakeRoomWhileItRecords) {
+    wanted_.foldOnStart = true;
+    open();
+    record();
+    EXPECT_FALSE(find("DriverBox")->isVisible());
+    press(Qt::Key_F6);
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+    EXPECT_TRUE(find("DriverBox")->isVisible());
+    press(Qt::Key_B, Qt::ControlModifier);
+    record();
+    press(Qt::Key_F6);
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+    EXPECT_FALSE(find("DriverBox")->isVisible()) << "who folded them does not want them back";
+}
+
+// What is cut can't be read; what scrolls can.
+TEST_F(WindowSettings, NothingIsCutOnASmallScreen) {
+    wanted_.language = InterfaceLanguage::Russian;
+    open();
+    form().resize(1024, 700);
+    for (int panel = 1; panel <= 5; ++panel) {
+        openPanel(panel);
+        QApplication::processEvents();
+        EXPECT_EQ(form().size(), QSize(1024, 700));
+        const auto* area = qobject_cast<QScrollArea*>(form().centralWidget());
+        EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << panel;
+    }
+    form().resize(910, 480);
+    QApplication::processEvents();
+    EXPECT_EQ(form().size(), QSize(910, 480));
 }
 
 // Who scrolls the panel does not change what passes below the pointer.
@@ -133,7 +171,7 @@ TEST_F(WindowSettings, TheWheelChangesOnlyWhatHasTheFocus) {
     rule->setCurrentIndex(1);
     emit rule->activated(1);
     const double before = value->value();
-    find("MessageList")->setFocus();
+    find("ChannelTable")->setFocus();
     turn(rule);
     turn(value);
     EXPECT_EQ(rule->currentIndex(), 1);
@@ -338,19 +376,21 @@ TEST_F(WindowSettings, AboutTellsVersionsAndHelpIsLookedFor) {
     EXPECT_TRUE(listHas("Help file not founded."));
 }
 
-TEST_F(WindowSettings, MessagesAreHiddenByKeyAndCopied) {
+TEST_F(WindowSettings, MessagesUnfoldByKeyAndAreCopied) {
     open();
     record();
     press(Qt::Key_F6);
     ASSERT_TRUE(QTest::qWaitFor([this] { return listHas("Recording ended"); }, 30000));
     auto* list = find<MessageList>("MessageList");
     ASSERT_GE(list->count(), 2);
+    EXPECT_TRUE(find<QLabel>("NewestMessage")->text().contains("Recording ended"));
     QTest::keyClick(list, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text().count('\n'), list->count() - 1);
-    press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_FALSE(list->isVisible());
     press(Qt::Key_L, Qt::ControlModifier);
     EXPECT_TRUE(list->isVisible());
+    press(Qt::Key_L, Qt::ControlModifier);
+    EXPECT_FALSE(list->isVisible());
 }
 
 TEST_F(WindowSettings, TheLanguageMenuHangsOnBothButtons) {

@@ -119,12 +119,16 @@ struct ProgramSettings {
     int32_t formVisible = 1;        ///< main window: 0 minimised, 1 normal, 2 maximised
     WindowPlace mainFormPos;
     WindowPlace showFormPos;
-    bool hidePanels = false;
-    bool hideMessages = false;
+    bool hidePanels = false;       ///< the settings are folded to their icons
+    int32_t panelsOpen = 0;        ///< those that are open together, a bit each; 0: `showSettingMember` alone
+    bool foldOnStart = false;      ///< the settings fold while a recording runs
+    bool showMessages = false;     ///< all of them instead of the newest
+    bool hideTable = false;        ///< the channel table
+    bool showMoreFigures = false;  ///< of the strip
     // Widths and heights as the user has dragged them, pixels; 0: as they come.
     int32_t panelsWidth = 0;
     int32_t messagesHeight = 0;
-    int32_t signalHeight = 0;
+    int32_t tableWidth = 0;
     InterfaceLanguage language = InterfaceLanguage::English;
 
     TextExportSettings textExport;

@@ -30,6 +30,7 @@ ProgramPanel::ProgramPanel(QWidget* parent)
       stayOnTop_(new OptionBox(this)),
       startOnLoad_(new OptionBox(this)),
       cycleStart_(new OptionBox(this)),
+      foldOnStart_(new OptionBox(this)),
       fontLabel_(new QLabel(this)),
       fontName_(makeList(this, QStringLiteral("AxisFontNameBox"))),
       fontSize_(new QSpinBox(this)),
@@ -42,6 +43,7 @@ ProgramPanel::ProgramPanel(QWidget* parent)
     stayOnTop_->setObjectName(QStringLiteral("StayOnTopBox"));
     startOnLoad_->setObjectName(QStringLiteral("AutoStartOnRunBox"));
     cycleStart_->setObjectName(QStringLiteral("CycleStartBox"));
+    foldOnStart_->setObjectName(QStringLiteral("FoldOnStartBox"));
     fontSize_->setObjectName(QStringLiteral("AxisFontSizeBox"));
     debugLog_->setObjectName(QStringLiteral("DebugModeBox"));
     fontSize_->setRange(kSmallestFont, kLargestFont);
@@ -56,7 +58,7 @@ ProgramPanel::ProgramPanel(QWidget* parent)
     languages->addWidget(english_);
     languages->addStretch();
     layout->addRow(languages);
-    for (OptionBox* box : {stayOnTop_, startOnLoad_, cycleStart_}) {
+    for (OptionBox* box : {stayOnTop_, startOnLoad_, cycleStart_, foldOnStart_}) {
         layout->addRow(box);
     }
     layout->addRow(fontLabel_);
@@ -71,8 +73,8 @@ ProgramPanel::ProgramPanel(QWidget* parent)
 
     manage(startOnLoad_);
     manage(debugLog_);
-    for (QWidget* control :
-         std::initializer_list<QWidget*>{russian_, english_, stayOnTop_, cycleStart_, fontName_, fontSize_}) {
+    for (QWidget* control : std::initializer_list<QWidget*>{russian_, english_, stayOnTop_, cycleStart_, foldOnStart_,
+                                                            fontName_, fontSize_}) {
         manage(control, false);
     }
     connectControls();
@@ -97,6 +99,7 @@ void ProgramPanel::connectControls() {
         emit changed();
     });
     connect(startOnLoad_, &OptionBox::clicked, this, &SettingsPanel::changed);
+    connect(foldOnStart_, &OptionBox::clicked, this, &SettingsPanel::changed);
     connect(debugLog_, &OptionBox::clicked, this, &ProgramPanel::debugLogChanged);
     const auto fontChanged = [this] {
         emit axisFontChanged();
@@ -111,6 +114,7 @@ void ProgramPanel::load(const ProgramSettings& settings) {
     stayOnTop_->setChecked(settings.stayOnTop);
     startOnLoad_->setChecked(settings.autoStartOnRun);
     cycleStart_->setChecked(settings.wish.cycleStart);
+    foldOnStart_->setChecked(settings.foldOnStart);
     const QString name = fromCodePage(settings.axisFontName);
     if (fontName_->findText(name) < 0) {
         fontName_->addItem(name);
@@ -125,6 +129,7 @@ void ProgramPanel::store(ProgramSettings& settings) const {
     settings.stayOnTop = stayOnTop_->isChecked();
     settings.autoStartOnRun = startOnLoad_->isChecked();
     settings.wish.cycleStart = cycleStart_->isChecked();
+    settings.foldOnStart = foldOnStart_->isChecked();
     settings.axisFontName = toCodePage(fontName_->currentText());
     settings.axisFontSize = fontSize_->value();
 }
@@ -136,6 +141,7 @@ void ProgramPanel::retranslate() {
     stayOnTop_->setText(uiText(TextId::StayOnTop));
     startOnLoad_->setText(uiText(TextId::StartOnLoad));
     cycleStart_->setText(uiText(TextId::CycleStart));
+    foldOnStart_->setText(uiText(TextId::FoldOnStart));
     fontLabel_->setText(uiText(TextId::AxisFont));
     debugLog_->setText(uiText(TextId::DebugLogCaption));
     setHint(russian_, uiText(TextId::SelectLanguage));
@@ -143,6 +149,7 @@ void ProgramPanel::retranslate() {
     setHint(stayOnTop_, uiText(TextId::StayOnTop));
     setHint(startOnLoad_, uiText(TextId::StartOnLoad));
     setHint(cycleStart_, uiText(TextId::CycleStartHint));
+    setHint(foldOnStart_, uiText(TextId::FoldOnStartHint));
     setHint(fontName_, uiText(TextId::AxisFont));
     setHint(fontSize_, uiText(TextId::AxisFont));
     setHint(debugLog_, uiText(TextId::DebugLogHint, {debugLogPath_}));

@@ -15,8 +15,9 @@ namespace tarno2 {
 class OptionBox;
 
 /// The program's own settings: `RussianChooseButton`, `EnglishChooseButton`, `StayOnTopBox`, `AutoStartOnRunBox`,
-/// `CycleStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `DebugLogPathLabel`, `ProgramFolderLabel`.
-/// What does not touch a running recording is never locked: language, place on top, cycle start, axis font.
+/// `CycleStartBox`, `FoldOnStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `DebugLogPathLabel`,
+/// `ProgramFolderLabel`. What does not touch a running recording is never locked: language, place on top, cycle start,
+/// axis font.
 class ProgramPanel final : public SettingsPanel {
     Q_OBJECT
 
@@ -56,6 +57,7 @@ private:
     OptionBox* stayOnTop_;
     OptionBox* startOnLoad_;
     OptionBox* cycleStart_;
+    OptionBox* foldOnStart_;
     QLabel* fontLabel_;
     QComboBox* fontName_;
     QSpinBox* fontSize_;

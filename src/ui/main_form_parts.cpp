@@ -1,0 +1,146 @@
+// The parts of the window: how they are laid out around the signal, and how they fold.
+
+#include <QAction>
+#include <QDockWidget>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QToolButton>
+#include <QVBoxLayout>
+#include <algorithm>
+
+#include "ui/channel_table.h"
+#include "ui/main_form.h"
+#include "ui/main_status_bar.h"
+#include "ui/message_bar.h"
+#include "ui/panels/channels_panel.h"
+#include "ui/panels/panel_stack.h"
+#include "ui/state_strip.h"
+#include "ui/text.h"
+#include "ui/part_icons.h"
+
+namespace tarno2 {
+
+// The strip above everything; below it the settings, the channel table and the signal; at the bottom the messages.
+// Where the screen is too small for it all, it scrolls.
+void T_MainForm::buildCenter() {
+    auto* center = new QWidget;
+    auto* column = new QVBoxLayout(center);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    strip_ = new StateStrip(center);
+    column->addWidget(strip_);
+    buildColumns();
+    buildRows();
+    column->addWidget(rows_, 1);
+    auto* scroll = new QScrollArea(this);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(center);
+    setCentralWidget(scroll);
+
+    statusLine_ = new MainStatusBar(this);
+    setStatusBar(statusLine_);
+    connect(statusLine_, &MainStatusBar::languageAsked, this, &T_MainForm::SelectLanguageButtonClick);
+}
+
+void T_MainForm::buildColumns() {
+    right_ = new QMainWindow;
+    right_->setObjectName(QStringLiteral("RightSide"));
+    right_->setWindowFlags(Qt::Widget);
+    signalDock_ = new QDockWidget(right_);
+    signalDock_->setObjectName(QStringLiteral("SignalDock"));
+    signalDock_->setAllowedAreas(Qt::BottomDockWidgetArea);
+    right_->addDockWidget(Qt::BottomDockWidgetArea, signalDock_);
+    signalDock_->hide();
+
+    tableButton_ = new QToolButton(panels_);
+    tableButton_->setObjectName(QStringLiteral("ChannelTableButton"));
+    tableButton_->setAutoRaise(true);
+    tableButton_->setCheckable(true);
+    tableButton_->setFocusPolicy(Qt::StrongFocus);
+    tableButton_->setIcon(partIcon(PartIcon::Table, palette()));
+    panels_->setDrawer(&channelsPanel_->table(), tableButton_);
+
+    columns_ = new QSplitter(Qt::Horizontal);
+    columns_->addWidget(panels_);
+    columns_->addWidget(right_);
+    columns_->setStretchFactor(0, 0);
+    columns_->setStretchFactor(1, 1);
+    columns_->setChildrenCollapsible(false);
+}
+
+void T_MainForm::buildRows() {
+    messages_ = new MessageBar;
+    rows_ = new QSplitter(Qt::Vertical);
+    rows_->addWidget(columns_);
+    rows_->addWidget(messages_);
+    rows_->setStretchFactor(0, 1);
+    rows_->setStretchFactor(1, 0);
+    rows_->setChildrenCollapsible(false);
+}
+
+void T_MainForm::connectParts() {
+    connect(menu_.showPanels, &QAction::toggled, this, &T_MainForm::showPanels);
+    connect(panels_, &PanelStack::unfoldedChanged, this, [this](bool unfolded) {
+        menu_.showPanels->setChecked(unfolded);
+        placeColumns();
+    });
+    connect(menu_.showMessages, &QAction::toggled, this, &T_MainForm::showMessageList);
+    connect(messages_, &MessageBar::unfoldedChanged, menu_.showMessages, &QAction::setChecked);
+    connect(menu_.channelTable, &QAction::toggled, this, &T_MainForm::showTable);
+    connect(tableButton_, &QToolButton::toggled, menu_.channelTable, &QAction::setChecked);
+    // Without the signal beside it the table has all the width.
+    const auto fill = [this] { right_->setVisible(!signalDock_->isHidden() && !signalDock_->isFloating()); };
+    connect(signalDock_, &QDockWidget::topLevelChanged, this, fill);
+    connect(menu_.showSignal, &QAction::toggled, this, fill);
+}
+
+void T_MainForm::showPanels(bool shown) {
+    if (shown != panels_->unfolded()) {
+        storePartPlaces();
+        panels_->setFolded(!shown);
+    }
+}
+
+void T_MainForm::showMessageList(bool shown) {
+    storePartPlaces();
+    messages_->setUnfolded(shown);
+    if (shown) {
+        const int height = settings_.messagesHeight > 0 ? settings_.messagesHeight : fontMetrics().lineSpacing() * 6;
+        rows_->setSizes({std::max(rows_->height() - height, 1), height});
+    }
+}
+
+void T_MainForm::showTable(bool shown) {
+    storePartPlaces();
+    panels_->showDrawer(shown);
+    tableButton_->setChecked(shown);
+    placeColumns();
+}
+
+// The settings leave their room to the signal while it is recorded.
+void T_MainForm::foldForRun(bool running) {
+    if (running ? settings_.foldOnStart && panels_->unfolded() : foldedForRun_) {
+        foldedForRun_ = running;
+        menu_.showPanels->setChecked(!running);
+    }
+}
+
+// What is unfolded comes back as wide as it was; the signal has the rest.
+void T_MainForm::placeColumns() {
+    const int kept = panels_->unfolded() ? settings_.panelsWidth : settings_.tableWidth;
+    const int width = kept > 0 && !panels_->bare() ? kept : panels_->sizeHint().width();
+    columns_->setSizes({width, std::max(columns_->width() - width, 1)});
+}
+
+void T_MainForm::storePartPlaces() {
+    if (panels_->isVisible() && right_->isVisible() && !panels_->bare()) {
+        (panels_->unfolded() ? settings_.panelsWidth : settings_.tableWidth) = panels_->width();
+    }
+    if (messages_->isVisible() && messages_->unfolded()) {
+        settings_.messagesHeight = messages_->height();
+    }
+}
+
+}  // namespace tarno2

@@ -1,0 +1,64 @@
+#include "ui/message_bar.h"
+
+#include <QHBoxLayout>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "ui/shortened_label.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+MessageBar::MessageBar(QWidget* parent)
+    : QWidget(parent), list_(new MessageList(this)), newest_(new ShortenedLabel(this)), unfold_(new QToolButton(this)) {
+    newest_->setObjectName(QStringLiteral("NewestMessage"));
+    newest_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    unfold_->setObjectName(QStringLiteral("UnfoldMessagesButton"));
+    unfold_->setAutoRaise(true);
+    unfold_->setCheckable(true);
+    unfold_->setFocusPolicy(Qt::TabFocus);
+    auto* line = new QHBoxLayout;
+    line->setContentsMargins(8, 0, 2, 0);
+    line->addWidget(newest_, 1);
+    line->addWidget(unfold_);
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(line);
+    column->addWidget(list_, 1);
+    list_->setMinimumHeight(fontMetrics().lineSpacing() * 2);
+    connect(unfold_, &QToolButton::clicked, this, &MessageBar::setUnfolded);
+    setUnfolded(false);
+    retranslate();
+}
+
+void MessageBar::add(MessageList::Kind kind, const QString& message) {
+    list_->add(kind, message);
+    if (kind == MessageList::Kind::Detail) {
+        return;
+    }
+    QFont font = newest_->font();
+    font.setBold(kind == MessageList::Kind::Attention);
+    newest_->setFont(font);
+    newest_->setWhole(list_->item(list_->count() - 1)->text());
+}
+
+void MessageBar::setUnfolded(bool unfolded) {
+    const bool changed = unfolded != unfolded_;
+    unfolded_ = unfolded;
+    unfold_->setChecked(unfolded);
+    unfold_->setArrowType(unfolded ? Qt::DownArrow : Qt::UpArrow);
+    list_->setVisible(unfolded);
+    setMaximumHeight(unfolded ? QWIDGETSIZE_MAX : unfold_->sizeHint().height());
+    if (changed) {
+        emit unfoldedChanged(unfolded);
+    }
+}
+
+void MessageBar::retranslate() {
+    list_->retranslate();
+    unfold_->setToolTip(uiText(TextId::MessageList) + QStringLiteral(" (Ctrl+L)"));
+    unfold_->setAccessibleName(uiText(TextId::MessageList));
+}
+
+}  // namespace tarno2

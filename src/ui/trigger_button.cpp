@@ -1,0 +1,80 @@
+#include "ui/trigger_button.h"
+
+#include <QEvent>
+#include <algorithm>
+
+#include "ui/text.h"
+#include "ui/part_icons.h"
+
+namespace tarno2 {
+
+namespace {
+
+constexpr int kLeastLetters = 10;
+
+}  // namespace
+
+TriggerButton::TriggerButton(QWidget* parent) : QToolButton(parent) {
+    setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    drawIcon();
+}
+
+void TriggerButton::setState(const QString& text, bool active) {
+    const qsizetype colon = text.indexOf(QStringLiteral(": "));
+    caption_ = text.left(std::max<qsizetype>(colon, 0));
+    what_ = colon < 0 ? text : text.mid(colon + 2);
+    setAccessibleName(text);
+    setToolTip(active ? text + QLatin1Char('\n') + uiText(TextId::ConditionsBadgeHint) : text);
+    if (active != active_) {
+        active_ = active;
+        setStyleSheet(active ? QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 2px;")
+                             : QString());
+        drawIcon();
+    }
+    updateGeometry();
+    fit();
+}
+
+QSize TriggerButton::sizeHint() const {
+    const int widest = std::max(fontMetrics().horizontalAdvance(caption_), fontMetrics().horizontalAdvance(what_));
+    return {widest + iconSize().width() + fontMetrics().height(), fontMetrics().height() * 5 / 2};
+}
+
+QSize TriggerButton::minimumSizeHint() const {
+    return {std::min(fontMetrics().averageCharWidth() * kLeastLetters + iconSize().width() + fontMetrics().height(),
+                     sizeHint().width()),
+            sizeHint().height()};
+}
+
+void TriggerButton::resizeEvent(QResizeEvent* event) {
+    QToolButton::resizeEvent(event);
+    fit();
+}
+
+void TriggerButton::changeEvent(QEvent* event) {
+    QToolButton::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        drawIcon();
+    }
+}
+
+void TriggerButton::fit() {
+    const int room = width() - iconSize().width() - fontMetrics().height();
+    const auto shown = [&](const QString& line) {
+        // A name may hold what would mark a mnemonic.
+        return fontMetrics().elidedText(line, Qt::ElideRight, room).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    };
+    setText(shown(caption_) + QLatin1Char('\n') + shown(what_));
+}
+
+void TriggerButton::drawIcon() {
+    QPalette colors = palette();
+    if (active_) {
+        colors.setColor(QPalette::ButtonText, Qt::black);
+    }
+    setIcon(partIcon(PartIcon::Trigger, colors));
+}
+
+}  // namespace tarno2
