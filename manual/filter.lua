@@ -7,6 +7,7 @@
 
 local texts = {}
 local page
+local pageTitle
 local indexName
 
 -- The string constants of a row, joined where several follow each other: English, Russian.
@@ -68,6 +69,7 @@ local function readMeta(meta)
         if pandoc.utils.stringify(entry.file) == page then
             entry.current = true
             meta.pagetitle = entry.title
+            pageTitle = pandoc.utils.stringify(entry.title)
         end
     end
     return meta
@@ -119,6 +121,9 @@ local function writeIndex(document)
         if block.t == "Header" then
             endSection()
             heading, anchor, words = pandoc.utils.stringify(block), block.identifier, {}
+            if block.level > 1 then
+                heading = pageTitle .. ": " .. heading
+            end
         else
             -- Cells and paragraphs are parted, which a plain conversion to words would join.
             pandoc.walk_block(pandoc.Div({ block }), {

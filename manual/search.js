@@ -11,7 +11,7 @@
     // Long words are looked for without their endings, which change with the case in Russian.
     function stems(text) {
         return text.toLowerCase().split(/\s+/).filter(Boolean).map(function (word) {
-            return /^[а-яё]{6,}$/.test(word) ? word.slice(0, -2) : word;
+            return /^[а-яё]{5,}$/.test(word) ? word.slice(0, word.length > 6 ? -2 : -1) : word;
         });
     }
 
