@@ -1,5 +1,6 @@
 // Descriptions, and the conversion of what they describe: letters that choose the form of the text, the description,
-// the data file, the divider.
+// the data file, the divider; then for the formats of other programs the passport, the channels that are asked for, and
+// where to begin and to end.
 
 #include <atomic>
 
@@ -12,7 +13,7 @@ namespace {
 
 /// Every format of other programs takes what is described, or refuses it with words.
 void exportForOthers(const std::string& dataFile, const std::string& output, const tarno2::ExportFormat& format,
-                     const tarno2::RecordedKeys& keys) {
+                     const tarno2::RecordedKeys& keys, const tarno2::FrameWish& wish) {
     using namespace tarno2;
     for (const ExporterRow& row : exporters()) {
         ExportTask task;
@@ -21,7 +22,12 @@ void exportForOthers(const std::string& dataFile, const std::string& output, con
         task.outputName = output;
         task.replace = true;
         task.format = format;
-        require(lookAround(task, keys, {}).wishProblem == WishProblem::None);
+        task.wish = wish;
+        const ExportSurroundings around = lookAround(task, keys, {});
+        if (around.wishProblem != WishProblem::None) {
+            require(!describe(around.wishProblem, around.wishSubject).empty());
+            continue;
+        }
         if (task.inputs.channelCount > 64) {
             continue;
         }
@@ -77,7 +83,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         require(progress.lines == result.frames && std::filesystem::exists(folder.file("out.txt")));
     }
     if (choice.has('o')) {
-        exportForOthers(dataFile, folder.file("out.bin"), format, keys);
+        const std::string passport(parts.next());
+        if (!passport.empty()) {
+            folder.write("run.json", passport);
+        }
+        FrameWish wish;
+        wish.channels = parts.next();
+        wish.from = parts.next();
+        wish.to = parts.next();
+        wish.every = choice.has('e') ? 3 : 1;
+        exportForOthers(dataFile, folder.file("out.bin"), format, keys, wish);
+        require(folder.read("run.json") == passport);
     }
     require(folder.read("run.txt") == description && folder.read("run.dat") == samples);
     return 0;

@@ -36,7 +36,7 @@ install_inside() { inside "apt-get -q -y -o DPkg::Use-Pty=0 install --no-install
 
 inside 'apt-get -q update' >"$work/apt.log" 2>&1 || cat "$work/apt.log"
 check "tarno2 is installed" install_inside './packages/tarno2_*.deb'
-inside 'useradd --create-home operator && touch /stamp && sleep 1.1'
+inside 'useradd --create-home engineer && touch /stamp && sleep 1.1'
 
 record='cat >first.cfg <<END
 DriverName = "Simulator"
@@ -49,9 +49,9 @@ MeasureFileMode = 1
 TimeNeed = 1
 END
 tarno2-console --status /c first.cfg && tarno2-verify --quiet first.dat && [ -s first.dat ]'
-as_operator() { inside "cd /home/operator && su operator -s /bin/bash -c '$(sed "s/'/'\\\\''/g" <<<"$1")'"; }
-check "the simulated board is recorded by a user" as_operator "export HOME=/home/operator; $record"
-check_inside "the user's log is the user's" 'grep -q "Program exit" /home/operator/.config/tarno2/AutoLog.txt'
+as_engineer() { inside "cd /home/engineer && su engineer -s /bin/bash -c '$(sed "s/'/'\\\\''/g" <<<"$1")'"; }
+check "the simulated board is recorded by a user" as_engineer "export HOME=/home/engineer; $record"
+check_inside "the user's log is the user's" 'grep -q "Program exit" /home/engineer/.config/tarno2/AutoLog.txt'
 check_inside "the simulated board is recorded by root" "mkdir /srv/root && cd /srv/root && $record"
 check_inside "root's log is root's" 'grep -q "Program exit" /root/.config/tarno2/AutoLog.txt'
 check_inside "it is recorded by a service without a home" "mkdir /srv/service && cd /srv/service && rm -r /root/.config && unset HOME && $record && [ -f /root/.config/tarno2/AutoLog.txt ]"
@@ -77,4 +77,4 @@ check_inside "python3-tarno2 reads the recording" 'cd / && python3 -m tarno2 inf
 check_inside "all of it is removed" 'apt-get -q -y purge "tarno2*" python3-tarno2 >/tmp/purge.log 2>&1 || { cat /tmp/purge.log; false; }'
 left='find / -xdev \( -path /proc -o -path /dev -o -path /packages -o -path /srv -o -path /tmp -o -path /root -o -path /home -o -path /var/log \) -prune -o -iname "*tarno2*" -print'
 check_inside "nothing is left of it" "[ -z \"\$($left)\" ] && ! getent group tarno2 || { $left; false; }"
-check_inside "recordings, settings and logs of users are left" '[ -f /home/operator/first.dat ] && [ -f /home/operator/.config/tarno2/AutoLog.txt ]'
+check_inside "recordings, settings and logs of users are left" '[ -f /home/engineer/first.dat ] && [ -f /home/engineer/.config/tarno2/AutoLog.txt ]'

@@ -29,7 +29,8 @@ tarno2 ($version) unstable; urgency=medium
 
  -- $(sed -n 's/^Maintainer: //p' packaging/debian/control)  $(LC_ALL=C date -u -R -d "@$(tree_time)")
 END
-(cd "$tree" && dpkg-buildpackage --build=binary --no-sign)
+# The system's own Python, whatever else is called python3 here.
+(cd "$tree" && PATH=/usr/sbin:/usr/bin:/sbin:/bin dpkg-buildpackage --build=binary --no-sign)
 rm -f "$packages"/*.deb "$packages"/*.changes "$packages"/*.buildinfo
 mv "$work"/*.deb "$work"/*.changes "$work"/*.buildinfo "$packages"
 rm -rf "$work"

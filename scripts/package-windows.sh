@@ -26,6 +26,11 @@ done
 mv "$folder/LICENSE" "$folder/LICENSE.txt"
 find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
 
+# What signs a file where it lies: "$TARNO2_SIGN FILE".
+if [ -n "${TARNO2_SIGN:-}" ]; then
+    find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec $TARNO2_SIGN {} \;
+fi
+
 (cd "$packages" && zip -q -9 -r "$name-windows.zip" Tarno2)
 
 # The same files and registry entries, as lines of the installer's script: each that is written is removed again.
@@ -53,6 +58,6 @@ for text in "$folder"/registry.d/*.reg; do
 done
 
 makensis -V2 -INPUTCHARSET UTF8 -DNAME="$name" -DVERSION="$version" -DPACKAGES="$packages" -DICON="$PWD/packaging/windows/tarno2.ico" \
-    -DLICENSE="$folder/LICENSE.txt" packaging/windows/setup.nsi
+    -DLICENSE="$folder/LICENSE.txt" ${TARNO2_SIGN:+"-DSIGN=$TARNO2_SIGN"} packaging/windows/setup.nsi
 rm -rf "$folder" "$install" "$uninstall"
 ls -l "$packages"

@@ -12,6 +12,12 @@ RequestExecutionLevel admin
 SetCompressor /SOLID lzma
 ManifestDPIAware true
 
+; Installer and uninstaller are signed by the command that signs the programs.
+!ifdef SIGN
+    !finalize '${SIGN} "%1"'
+    !uninstfinalize '${SIGN} "%1"'
+!endif
+
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Tarno2"
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "apps/options/usual_options.h"
-#include "display/course.h"
 #include "apps/thumbnail/sketch_picture.h"
 #include "display/course.h"
 #include "display/file_screens.h"
