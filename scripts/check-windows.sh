@@ -92,6 +92,25 @@ record_by_hand() {
     within_half_a_minute ends && wait_for_wine
 }
 
+# make_older: an installer of a version long ago, with a file that later ones don't have. Prints its name.
+make_older() {
+    local folder=$wine_folder/older
+    mkdir -p "$folder"
+    printf 'SetOutPath "$INSTDIR"\nFile /oname=Tarno2.exe "%s"\nFile /oname=outdated.dll "%s"\n' \
+        "$PWD/LICENSE" "$PWD/LICENSE" >"$folder/install.nsh"
+    printf 'Delete "$INSTDIR\\Tarno2.exe"\nDelete "$INSTDIR\\outdated.dll"\n' >"$folder/uninstall.nsh"
+    makensis -V1 -INPUTCHARSET UTF8 -DNAME=older -DVERSION=1.0.0.0 -DPACKAGES="$folder" \
+        -DICON="$PWD/packaging/windows/tarno2.ico" -DLICENSE="$PWD/LICENSE" packaging/windows/setup.nsi
+    echo "$folder/older-setup.exe"
+}
+# Runs an installer that asks nothing; its exit status is 2 when it refuses.
+refuses() {
+    local status=0
+    timeout 120 wine "$1" /S || status=$?
+    wait_for_wine
+    [ "$status" -eq 2 ]
+}
+
 start_wine
 display_number=$wine_folder/display
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp >/dev/null 2>&1 3>"$display_number" &
@@ -110,10 +129,25 @@ echo "== the installer"
 setup=$(echo build/windows/packages/Tarno2-*-setup.exe)
 archive=$(echo "$PWD"/build/windows/packages/Tarno2-*-windows.zip)
 wine reg add "$catalogue\\Other" /v path /d 'C:\other.dll' /f >/dev/null
-timeout 120 wine "$setup" /S
-wait_for_wine
 program='C:\Program Files\Tarno2'
 installed="$drive/Program Files/Tarno2"
+older=$(make_older)
+timeout 120 wine "$older" /S
+wait_for_wine
+check "an older version is installed" has_value "$uninstall_key" DisplayVersion 1.0.0.0
+printf 'Language = 1\r\n' >"$installed/Tarno2.cfg"
+timeout 120 wine "$setup" /S
+wait_for_wine
+check "files of the older version are gone" not test -e "$installed/outdated.dll"
+check "its settings are kept" test -f "$installed/Tarno2.cfg"
+check "an older version is refused" refuses "$older"
+check "what is installed stays then" not test -e "$installed/outdated.dll"
+opens_recordings() {
+    wine reg query 'HKLM\Software\Classes\Tarno2.Recording\shell\open\command' /ve 2>/dev/null |
+        grep -qF -- "\"$program\\Tarno2.exe\" --open \"%1\""
+}
+check "recordings are offered to the program" opens_recordings
+rm "$installed/Tarno2.cfg"
 check "programs are installed" test -f "$installed/Tarno2.exe" -a -f "$installed/tarno2-console.exe"
 check "registry.d is left to the real registry" not test -e "$installed/registry.d"
 check "the simulator is registered" has_value "$catalogue\\Simulator" path "$program\\simulator.dll"
@@ -169,6 +203,7 @@ check "the programs are gone" not test -e "$installed/Tarno2.exe"
 check "the libraries are gone" not test -e "$installed/Qt6Core.dll"
 check "the drivers are gone from the registry" not has_key "$catalogue\\Simulator"
 check "so is the plotting library" not has_key 'HKLM\SOFTWARE\Kestrel Lines LTD\SCOPERA'
+check "recordings are offered to nobody" not has_key 'HKLM\Software\Classes\Tarno2.Recording'
 check "so is the uninstaller" not has_key "$uninstall_key"
 check "another maker's driver stays" has_value "$catalogue\\Other" path 'C:\other.dll'
 check "the start menu is clean" not test -e "$(dirname "$link")"

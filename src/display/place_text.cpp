@@ -10,7 +10,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int64_t kDay = int64_t{86'400} * 1'000'000;  // microseconds
+constexpr int64_t kWholeDay = int64_t{86'400} * 1'000'000;  // microseconds
 
 std::string_view trimmed(std::string_view text) {
     const size_t first = text.find_first_not_of(" \t");
@@ -79,8 +79,8 @@ std::optional<int64_t> parseDate(std::string_view text) {
 
 /// The first moment of that time of day which is not before the signal.
 int64_t timeOfDayFrom(int64_t start, int64_t inDay) {
-    const int64_t startInDay = ((start % kDay) + kDay) % kDay;
-    return start + ((inDay - startInDay) % kDay + kDay) % kDay;
+    const int64_t startInDay = ((start % kWholeDay) + kWholeDay) % kWholeDay;
+    return start + ((inDay - startInDay) % kWholeDay + kWholeDay) % kWholeDay;
 }
 
 std::optional<double> parseFrame(std::string_view text, const PlaceTerms& terms, PlaceProblem& problem) {
@@ -89,14 +89,14 @@ std::optional<double> parseFrame(std::string_view text, const PlaceTerms& terms,
     if (const auto date = parseDate(text.substr(0, kDateDigits))) {
         const std::string_view rest = trimmed(text.substr(kDateDigits));
         const auto time = parseTime(rest.starts_with('T') ? rest.substr(1) : rest, true);
-        problem = !rest.empty() && (!time || *time >= kDay) ? PlaceProblem::NotUnderstood
-                  : !terms.clock                            ? PlaceProblem::NoClock
-                                                            : PlaceProblem::None;
+        problem = !rest.empty() && (!time || *time >= kWholeDay) ? PlaceProblem::NotUnderstood
+                  : !terms.clock                                 ? PlaceProblem::NoClock
+                                                                 : PlaceProblem::None;
         return problem == PlaceProblem::None ? terms.clock->frameAt(*date + time.value_or(0)) : 0.0;
     }
     const bool ofClock = terms.tellsClock && terms.clock;
     if (const auto time = parseTime(text, ofClock)) {
-        if (ofClock && *time < kDay) {
+        if (ofClock && *time < kWholeDay) {
             return terms.clock->frameAt(timeOfDayFrom(terms.clock->start, *time));
         }
         problem = terms.framesPerSecond > 0.0 ? PlaceProblem::None : PlaceProblem::NoRate;

@@ -14,9 +14,9 @@
 #include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/panel_stack.h"
+#include "ui/part_icons.h"
 #include "ui/state_strip.h"
 #include "ui/text.h"
-#include "ui/part_icons.h"
 
 namespace tarno2 {
 

@@ -3,8 +3,8 @@
 #include <QEvent>
 #include <algorithm>
 
-#include "ui/text.h"
 #include "ui/part_icons.h"
+#include "ui/text.h"
 
 namespace tarno2 {
 

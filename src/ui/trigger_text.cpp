@@ -34,30 +34,26 @@ QString levelText(const Level& level, const ChannelLabel& label) {
         constexpr std::array kUnits = {TextId::UnitVolts, TextId::UnitMillivolts, TextId::UnitMicrovolts};
         unit = uiText(kUnits.at(static_cast<size_t>(level.unit)));
     }
-    const QString name = label.name.empty()
-                             ? uiText(TextId::TriggerChannel, {QString::number(level.channel)})
-                             : QString::fromStdString(label.name);
+    const QString name = label.name.empty() ? uiText(TextId::TriggerChannel, {QString::number(level.channel)})
+                                            : QString::fromStdString(label.name);
     return name + (above ? QStringLiteral(" > ") : QStringLiteral(" < ")) + QString::number(value, 'g', kDigits) +
            QLatin1Char(' ') + unit;
 }
 
 QString bitText(int32_t mode, int32_t bit, const std::vector<std::string>& names) {
     const auto at = static_cast<size_t>(bit);
-    const QString name = at < names.size() && !names[at].empty()
-                             ? QString::fromStdString(names[at])
-                             : uiText(TextId::TriggerBit, {QString::number(bit)});
+    const QString name = at < names.size() && !names[at].empty() ? QString::fromStdString(names[at])
+                                                                 : uiText(TextId::TriggerBit, {QString::number(bit)});
     return name + (mode == 0 ? QStringLiteral(" = 1") : QStringLiteral(" = 0"));
 }
 
 QString analysisText(const RecordingWish& wish, const std::function<ChannelLabel(int32_t)>& labelOf) {
     const SynchroSettings& s = wish.synchro;
     const std::array words = {TextId::TriggerStart, TextId::TriggerWrite, TextId::TriggerStop};
-    const Level levels[] = {{s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartChannel, s.AnalyzeAnalogStartValue,
-                             s.AnalyzeAnalogStartUnit},
-                            {s.AnalyzeAnalogWriteMode, s.AnalyzeAnalogWriteChannel, s.AnalyzeAnalogWriteValue,
-                             s.AnalyzeAnalogWriteUnit},
-                            {s.AnalyzeAnalogStopMode, s.AnalyzeAnalogStopChannel, s.AnalyzeAnalogStopValue,
-                             s.AnalyzeAnalogStopUnit}};
+    const Level levels[] = {
+        {s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartChannel, s.AnalyzeAnalogStartValue, s.AnalyzeAnalogStartUnit},
+        {s.AnalyzeAnalogWriteMode, s.AnalyzeAnalogWriteChannel, s.AnalyzeAnalogWriteValue, s.AnalyzeAnalogWriteUnit},
+        {s.AnalyzeAnalogStopMode, s.AnalyzeAnalogStopChannel, s.AnalyzeAnalogStopValue, s.AnalyzeAnalogStopUnit}};
     const std::pair<int32_t, int32_t> bits[] = {{s.AnalyzePortStartMode, s.AnalyzePortStartBit},
                                                 {s.AnalyzePortWriteMode, s.AnalyzePortWriteBit},
                                                 {s.AnalyzePortStopMode, s.AnalyzePortStopBit}};
@@ -65,9 +61,8 @@ QString analysisText(const RecordingWish& wish, const std::function<ChannelLabel
     for (size_t i = 0; i < words.size(); ++i) {
         const int32_t mode = s.analysisOnPort ? bits[i].first : levels[i].mode;
         if (mode != kConditionNotUsed) {
-            parts << uiText(words[i],
-                            {s.analysisOnPort ? bitText(mode, bits[i].second, wish.lineNames)
-                                              : levelText(levels[i], labelOf(levels[i].channel))});
+            parts << uiText(words[i], {s.analysisOnPort ? bitText(mode, bits[i].second, wish.lineNames)
+                                                        : levelText(levels[i], labelOf(levels[i].channel))});
         }
     }
     return parts.join(QStringLiteral(", "));
@@ -79,11 +74,10 @@ QString synchronisationText(const RecordingWish& wish, const std::function<Chann
         return s.SynchroPortMode == kConditionNotUsed ? QString()
                                                       : bitText(s.SynchroPortMode, s.SynchroPortBit, wish.lineNames);
     }
-    return s.SynchroAnalogMode == kConditionNotUsed
-               ? QString()
-               : levelText({s.SynchroAnalogMode, s.SynchroAnalogChannelNumber, s.SynchroAnalogValue,
-                            s.SynchroAnalogUnit},
-                           labelOf(s.SynchroAnalogChannelNumber));
+    return s.SynchroAnalogMode == kConditionNotUsed ? QString()
+                                                    : levelText({s.SynchroAnalogMode, s.SynchroAnalogChannelNumber,
+                                                                 s.SynchroAnalogValue, s.SynchroAnalogUnit},
+                                                                labelOf(s.SynchroAnalogChannelNumber));
 }
 
 }  // namespace
