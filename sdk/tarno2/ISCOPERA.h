@@ -258,7 +258,7 @@ struct ISCOPERA {
     // 18: saves the picture as it is shown: as SVG when the file's name ends in ".svg", with the curves as a picture of
     // the screen's resolution within it; else as PNG. 1: saved; 0: the file can't be written.
     virtual int32_t TARNO2_CALL SavePicture(const char* file) = 0;
-    // 19: puts the picture as it is shown on the clipboard. 1: done.
+    // 19: puts the picture as it is shown on the clipboard, as pixels and as SVG. 1: done.
     virtual int32_t TARNO2_CALL CopyPicture() = 0;
     // 20: shows these flags instead of the earlier ones; copied, in any order. 1: taken; 0: more than kScoperaMaxFlags,
     // or a place is not finite, and the earlier ones stay.

@@ -161,6 +161,12 @@ File& RecordedFrames::fileOf(Piece& piece) {
     return passing_;
 }
 
+RecordedFrames::PieceFrames RecordedFrames::pieceOf(uint64_t frame) const {
+    auto piece = std::ranges::upper_bound(pieces_, frame, {}, &Piece::firstFrame);
+    piece = piece == pieces_.begin() ? piece : std::prev(piece);
+    return {piece->name, piece->firstFrame, piece->firstFrame + piece->frames};
+}
+
 uint64_t RecordedFrames::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
     const std::lock_guard lock(mutex_);
     const uint64_t frame = frameBytes();

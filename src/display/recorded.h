@@ -58,6 +58,13 @@ public:
     /// Its records of synchronisation; nothing when it has none, or nobody knows.
     [[nodiscard]] const std::optional<TriggeredRecords>& records() const { return records_; }
     [[nodiscard]] size_t pieceCount() const { return pieces_.size(); }
+    /// The data file that holds this frame, and which frames those of it are.
+    struct PieceFrames {
+        std::string file;
+        uint64_t first = 0;
+        uint64_t end = 0;
+    };
+    [[nodiscard]] PieceFrames pieceOf(uint64_t frame) const;
     /// Data files whose size is no whole number of frames: their last bytes are left out. For a warning.
     [[nodiscard]] const std::vector<std::string>& cutFiles() const { return cutFiles_; }
 

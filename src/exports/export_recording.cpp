@@ -42,7 +42,9 @@ ExportSubject subjectOf(const ExportTask& task, uint64_t frames) {
                           task.sampleBits,
                           task.inputs.frequency / static_cast<double>(task.choice.every),
                           frames,
-                          task.facts};
+                          task.facts,
+                          task.dataFile,
+                          task.outputName};
     if (task.choice.from > 0) {
         const auto& momentOf = task.facts.momentOf;
         subject.facts.start = momentOf ? momentOf(task.choice.from, task.inputs.frequency) : std::nullopt;
@@ -92,8 +94,9 @@ void writeOutput(const ExportTask& task, FrameReader& reader, Exporter& exporter
     if (exporter.begin(sink)) {
         goodBytes = sink.position();
         frames = moveFrames(reader, exporter, sink, progress, stop, result, goodBytes);
-        if (sink.error().ok()) {
-            exporter.end(sink, frames);
+        if (sink.error().ok() && !exporter.end(sink, frames) && sink.error().ok()) {
+            result.status = ConversionResult::CannotWrite;
+            result.error = exporter.error();
         }
     }
     if (!sink.error().ok() && goodBytes != 0) {

@@ -20,6 +20,8 @@ struct ExportSubject {
     double rate = 0.0;        ///< frames a second, Hz
     uint64_t frames = 0;      ///< how many come, unless it is stopped
     ExportFacts facts;        ///< their triggers by their numbers, too
+    std::string dataFile;     ///< that they come from
+    std::string outputName;   ///< of the file that is made
 };
 
 /// What the user should know of an output that was made.
@@ -52,6 +54,8 @@ public:
     virtual bool frames(ExportSink& sink, const uint8_t* frames, size_t count) = 0;
     /// `frames`: how many there were; fewer than announced after a stop. What was begun becomes a file that opens.
     virtual bool end(ExportSink& sink, uint64_t frames) = 0;
+    /// Why `end` failed, when the sink has no error.
+    [[nodiscard]] virtual OsError error() const { return {}; }
     /// After the sink has failed: makes a file that opens of what it has taken, as far as that can be done. `bytes` and
     /// `frames`: what there was after the last call of `frames` that went well.
     virtual bool rescue(ExportSink& sink, uint64_t bytes, uint64_t frames) {

@@ -16,6 +16,8 @@ std::unique_ptr<Exporter> makeWav(const ExportSubject& subject, ExportNotes& not
 std::unique_ptr<Exporter> makeNpy(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal);
 /// A session of sigrok's tools, version 2: a zip archive of floats and lines.
 std::unique_ptr<Exporter> makeSession(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal);
+/// The same codes with a description of their own.
+std::unique_ptr<Exporter> makeDat(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal);
 /// EDF+C, 16 bits.
 std::unique_ptr<Exporter> makeEdf(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal);
 /// BDF+C, 24 bits.

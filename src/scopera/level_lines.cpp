@@ -35,6 +35,13 @@ std::optional<size_t> LevelLines::levelAt(const QPointF& place) const {
     return std::nullopt;
 }
 
+std::optional<size_t> LevelLines::placeOf(uint64_t identity) const {
+    const auto found = std::find_if(levels_.begin(), levels_.end(), [identity](const Level& level) {
+        return level.identity == identity && level.movable;
+    });
+    return found != levels_.end() ? std::optional(static_cast<size_t>(found - levels_.begin())) : std::nullopt;
+}
+
 const LevelLines::Level& LevelLines::move(size_t level, double pixel) {
     Level& moved = levels_[level];
     if (!pixelOf(moved)) {

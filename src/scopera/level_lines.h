@@ -32,6 +32,9 @@ public:
     LevelLines(QCPAxis* xAxis, const Lanes& lanes) : QCPLayerable(xAxis->parentPlot()), xAxis_(xAxis), lanes_(lanes) {}
 
     void setLevels(std::vector<Level> levels) { levels_ = std::move(levels); }
+    /// Of a level by its place, and the other way round; nothing when there is none, or it can't be moved.
+    [[nodiscard]] uint64_t identityOf(size_t level) const { return levels_[level].identity; }
+    [[nodiscard]] std::optional<size_t> placeOf(uint64_t identity) const;
     void setColumns(std::vector<Column> columns) { columns_ = std::move(columns); }
     void setFont(const QFont& font) { font_ = font; }
     void setTextColor(const QColor& text) { text_ = text; }

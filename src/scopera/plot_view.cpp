@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "scopera/axis_ticker.h"
+#include "scopera/svg_picture.h"
 
 namespace tarno2 {
 
@@ -380,6 +381,18 @@ void PlotView::changeEvent(QEvent* event) {
         makeStale();
     }
     QCustomPlot::changeEvent(event);
+}
+
+QByteArray PlotView::svg() {
+    fitViewport();
+    SvgPicture picture(size());
+    QCPPainter painter;
+    if (painter.begin(&picture)) {
+        toPainter(&painter, width(), height());
+        painter.end();
+        makeStale();
+    }
+    return picture.text();
 }
 
 QPixmap PlotView::picture() {

@@ -55,6 +55,8 @@ public:
     void render();
     /// As it is shown, with what has changed since.
     [[nodiscard]] QPixmap picture();
+    /// The same as SVG.
+    [[nodiscard]] QByteArray svg();
 
 protected:
     bool event(QEvent* event) override;
@@ -118,7 +120,7 @@ private:
     void applyColumns();
     // Lanes (plot_view_lanes.cpp).
     void arrangeLanes();
-    void dropLevel();
+    void holdLevel(uint64_t identity);
     void scrollLanes(int pixels);
     /// Arranges the view anew when its size has changed since it was drawn.
     void fitViewport();

@@ -23,11 +23,10 @@ void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
     makeStale();
 }
 
-// What a level was held by may be another one now.
-void PlotView::dropLevel() {
-    if (std::holds_alternative<HeldLevel>(held_)) {
-        held_ = {};
-    }
+// The host may tell the levels anew while one of them is dragged: that one stays held.
+void PlotView::holdLevel(uint64_t identity) {
+    const auto place = levels_->placeOf(identity);
+    held_ = place ? Held(HeldLevel{*place}) : Held();
 }
 
 void PlotView::setReadings(const SCOPERAReading* readings, uint32_t count) {
@@ -48,8 +47,12 @@ void PlotView::setLevels(const SCOPERALevel* levels, uint32_t count) {
         taken.push_back(
             {level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity, level.m_nMovable != 0});
     }
-    dropLevel();
+    const auto* held = std::get_if<HeldLevel>(&held_);
+    const auto identity = held != nullptr ? std::optional(levels_->identityOf(held->level)) : std::nullopt;
     levels_->setLevels(std::move(taken));
+    if (identity) {
+        holdLevel(*identity);
+    }
     makeStale();
 }
 

@@ -1,6 +1,8 @@
 #include <QApplication>
 #include <QClipboard>
+#include <QMimeData>
 #include <QPointer>
+#include <QSaveFile>
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -162,12 +164,23 @@ public:
     }
 
     int32_t TARNO2_CALL SavePicture(const char* file) override {
-        return withView([&](PlotView& view) { return view.picture().save(QString::fromUtf8(file), "PNG"); });
+        return withView([&](PlotView& view) {
+            const QString name = QString::fromUtf8(file);
+            if (!name.endsWith(QStringLiteral(".svg"), Qt::CaseInsensitive)) {
+                return view.picture().save(name, "PNG");
+            }
+            const QByteArray text = view.svg();
+            QSaveFile output(name);
+            return output.open(QIODevice::WriteOnly) && output.write(text) == text.size() && output.commit();
+        });
     }
 
     int32_t TARNO2_CALL CopyPicture() override {
         return withView([](PlotView& view) {
-            QApplication::clipboard()->setPixmap(view.picture());
+            auto* both = new QMimeData;
+            both->setImageData(view.picture().toImage());
+            both->setData(QStringLiteral("image/svg+xml"), view.svg());
+            QApplication::clipboard()->setMimeData(both);
             return true;
         });
     }

@@ -10,7 +10,9 @@
 #include <QPainter>
 #include <QStyledItemDelegate>
 #include <algorithm>
+#include <iterator>
 #include <set>
+#include <vector>
 
 #include "ui/channel_model.h"
 #include "ui/color.h"
@@ -25,7 +27,7 @@ namespace {
 // Digits of one number come within this time, milliseconds.
 constexpr qint64 kDigitPause = 1000;
 
-// To choose from, 0xRRGGBB: told apart on light and dark grounds alike.
+// To choose from beside those of the palette, 0xRRGGBB.
 constexpr QRgb kColors[] = {0x1F77B4, 0xD62728, 0x2CA02C, 0x9467BD, 0xFF7F0E, 0x8C564B, 0xE377C2, 0x7F7F7F, 0xBCBD22,
                             0x17BECF, 0x000080, 0x8B0000, 0x006400, 0xC000C0, 0xB8860B, 0x000000, 0x5DADEC, 0xFF6F61};
 
@@ -314,8 +316,10 @@ void ChannelTable::chooseColor(int row) {
     QMenu menu(this);
     menu.setObjectName(QStringLiteral("ColorMenu"));
     const int size = fontMetrics().height();
-    for (const QRgb rgb : kColors) {
-        const QColor color(rgb);
+    std::vector<QColor> colors;
+    std::ranges::transform(channelPalette(), std::back_inserter(colors), fromBgr);
+    colors.insert(colors.end(), std::begin(kColors), std::end(kColors));
+    for (const QColor& color : colors) {
         QAction* action = menu.addAction(colorIcon(color, size), color.name().toUpper());
         if (toBgr(color) == model_->channel(row).color) {
             menu.setActiveAction(action);

@@ -279,7 +279,6 @@ void CursorTools::setOnScreen(bool onScreen) {
     emit changed();
 }
 
-// Off, the first, the second, off.
 void CursorTools::nextCursor() {
     if (!settings_.viewCursors) {
         settings_.viewCursors = true;
@@ -297,16 +296,8 @@ bool CursorTools::keyPressed(const QKeyEvent& event) {
     if ((event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) != Qt::NoModifier) {
         return false;
     }
-    if (event.key() == Qt::Key_C) {
-        nextCursor();
-        return true;
-    }
     if (!shown_ || signal_ == nullptr) {
         return false;
-    }
-    if (event.key() == Qt::Key_E) {
-        snap();
-        return true;
     }
     if (event.key() != Qt::Key_Left && event.key() != Qt::Key_Right) {
         return false;

@@ -39,6 +39,10 @@ public:
     void dragged(const SCOPERACursors& places);
     /// A key over the picture. False when it means nothing to the cursors.
     bool keyPressed(const QKeyEvent& event);
+    /// Off, the first, the second, off.
+    void nextCursor();
+    /// The cursor that was taken last goes to the nearest edge of the chosen row.
+    void snap();
     /// Ends all work: the signal that was measured goes away.
     void forget();
     void retranslate();
@@ -67,8 +71,6 @@ private:
     void startWorker(ShownSignal& signal, const Wanted& wanted);
     void finished(uint64_t number, Measured measured, bool preliminary);
     void showTexts();
-    void snap();
-    void nextCursor();
     void setOnScreen(bool onScreen);
     [[nodiscard]] double frameOf(double axisX) const;
     [[nodiscard]] double axisOf(double frame) const;

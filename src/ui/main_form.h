@@ -28,6 +28,7 @@ namespace tarno2 {
 class BoardPanel;
 class ChannelsPanel;
 class FilePanel;
+struct FrameWish;
 class MainStatusBar;
 class MeasuringPanel;
 class MessageBar;
@@ -149,6 +150,8 @@ private:
     // The signal view (main_form_signal.cpp).
     void buildSignalView();
     void showRunningSignal();
+    void buildRecordingLists();
+    void savePart(const std::string& dataFile, const FrameWish& wish);
     [[nodiscard]] std::string shownFile() const;
 
     // Settings (main_form_settings.cpp).

@@ -75,6 +75,7 @@ void T_MainForm::loadSettings() {
     settings_.showFormPos = {0, 0, 0, 0};  // docked
     settings_.wish.frequency = 0.0;        // the board's own, until one is chosen
     const OsError error = LoadConfig(programDirectory_, settings_);
+    settings_.renewColors();
     settingsUnread_ = !error.ok() && !error.notFound();
     if (settingsUnread_) {
         host_.showAttention(

@@ -4,14 +4,19 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFileDialog>
+#include <QMenu>
+#include <algorithm>
 
 #include "config/logs/debug_log.h"
 #include "display/recorded.h"
 #include "display/signal_format.h"
+#include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
 #include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
+#include "ui/recent_recordings.h"
+#include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
 
@@ -31,8 +36,19 @@ void T_MainForm::buildSignalView() {
             [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
     connect(showForm_, &T_ShowForm::channelShown, &channelsPanel_->table(), &ChannelTable::setShown);
     connect(showForm_, &T_ShowForm::channelMarked, &channelsPanel_->table(), &ChannelTable::markChannel);
+    connect(showForm_, &T_ShowForm::thresholdMoved, this, [this] {
+        additionalWindow_->ReloadControls();
+        showConditions();
+    });
+    connect(additionalWindow_, &QDialog::finished, showForm_, &T_ShowForm::settingsChanged);
+    const auto lock = [this] { showForm_->setThresholdsLocked(!menu_.additional->isEnabled()); };
+    connect(menu_.additional, &QAction::changed, showForm_, lock);
+    lock();
     connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
     signalDock_->setWindowTitle(showForm_->windowTitle());
+    showForm_->fillMenu(*menu_.view);
+    buildRecordingLists();
+    connect(showForm_, &T_ShowForm::savePartWanted, this, &T_MainForm::savePart);
     control().setLiveTap(&showForm_->tap());
     if (!search_.busy()) {
         showForm_->setDigitalLines(selection().driver().facts().format.m_nDigitalLines);
@@ -53,6 +69,12 @@ void T_MainForm::showRunningSignal() {
     }
     recording.format.lineNames = settings_.wish.lineNames;
     recording.fileName = host_.watch().facts().file;
+    if (settings_.wish.synchro.SynchroAnalyzeMode == kModeSynchronisation) {
+        const SynchroSizes& sizes = settings_.wish.synchroSizes;
+        const auto prehistory = static_cast<uint64_t>(std::max(sizes.prehistory, 0));
+        recording.records =
+            TriggeredRecords{prehistory + static_cast<uint64_t>(std::max(sizes.history, 0)), prehistory};
+    }
     recording.everyFrameWritten = !host_.watch().facts().conditions;
     recording.writer = [this, number = session.number()]() -> DataWriter* {
         T_BOARD* running = control().session();
@@ -80,7 +102,34 @@ void T_MainForm::OpenRecordingClick() {
 void T_MainForm::showRecording(const std::string& dataFile) {
     guarded("showRecording", [&] {
         signalDock_->show();
-        showForm_->openRecording(dataFile);
+        if (showForm_->openRecording(dataFile)) {
+            settings_.recentRecordings = withRecent(settings_.recentRecordings, dataFile);
+        }
+    });
+}
+
+// The last ones in the File menu, and those that are dropped on the window.
+void T_MainForm::buildRecordingLists() {
+    connect(menu_.recent, &QMenu::aboutToShow, this, [this] {
+        fillRecent(*menu_.recent, settings_.recentRecordings, [this](const std::string& file) { showRecording(file); });
+    });
+    new RecordingDrop(*this, [this](const std::string& file) {
+        if (menu_.openRecording->isEnabled()) {
+            showRecording(file);
+        }
+    });
+}
+
+void T_MainForm::savePart(const std::string& dataFile, const FrameWish& wish) {
+    guarded("savePart", [&] {
+        if (textForm_ != nullptr) {
+            textForm_->close();
+        }
+        auto* form =
+            new T_SaveAsTextForm(settings_.textExport, {dataFile, host_.watch().knownInputs(dataFile), wish}, this);
+        form->setAttribute(Qt::WA_DeleteOnClose);
+        textForm_ = form;
+        form->show();
     });
 }
 

@@ -73,14 +73,18 @@ QMenu* MainMenu::addMenu(TextId text) {
 
 void MainMenu::buildMenus() {
     QMenu* file = addMenu(TextId::MenuFile);
-    file->addActions({openRecording, chooseFile, saveAsText, recover});
+    file->addAction(openRecording);
+    recent = file->addMenu(QString());
+    recent->setObjectName(QStringLiteral("RecentRecordings"));
+    menus_.emplace_back(recent, TextId::RecentRecordings);
+    file->addActions({chooseFile, saveAsText, recover});
     file->addSeparator();
     file->addAction(exit);
     QMenu* recording = addMenu(TextId::MenuRecording);
     recording->addActions({start, stop, cycle, mark});
     recording->addSeparator();
     recording->addAction(additional);
-    QMenu* view = addMenu(TextId::MenuView);
+    view = addMenu(TextId::MenuView);
     view->addActions({showSignal, detachSignal, marks});
     view->addSeparator();
     view->addActions({showPanels, channelTable, extendedChannels, showMessages});
@@ -107,6 +111,7 @@ void MainMenu::setLocked(bool locked) {
     for (QAction* action : {chooseFile, openRecording, additional}) {
         action->setEnabled(!locked);
     }
+    recent->setEnabled(!locked);
 }
 
 }  // namespace tarno2

@@ -56,6 +56,8 @@ public:
     QAction* const manual;
     QAction* const about;
     QMenu* selectLanguage = nullptr;
+    QMenu* view = nullptr;
+    QMenu* recent = nullptr;
 };
 
 }  // namespace tarno2

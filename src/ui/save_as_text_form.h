@@ -32,6 +32,7 @@ namespace tarno2 {
 struct TextExportSource {
     std::string dataFile;
     KnownInputs known;
+    FrameWish wish = {};  ///< what of it the fields ask for at first
 };
 
 /// How an export ended, and what is to be told of it.

@@ -131,6 +131,9 @@ QWidget* T_SaveAsTextForm::buildPart() {
     channels_->setObjectName("Channels");
     constexpr int kMostOften = 1000000;
     every_->setRange(1, kMostOften);
+    from_->setText(QString::fromStdString(source_.wish.from));
+    to_->setText(QString::fromStdString(source_.wish.to));
+    channels_->setText(QString::fromStdString(source_.wish.channels));
     auto* layout = new QGridLayout(partBox_);
     const struct {
         QLabel* label;

@@ -69,6 +69,7 @@ T_ShowForm::~T_ShowForm() {
 void T_ShowForm::recordingStarted(LiveRecording recording) {
     guarded("recordingStarted", [&] {
         leaveSignal(false);
+        records_.reset();
         file_.reset();
         live_.reset();
         openedFile_.clear();
@@ -83,6 +84,7 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
         liveMarks_ = {};
         marksSeen_ = 0;
         showMarkList();
+        layRecords();
         tap_.setWatched(shown_);
         userChanged();
     });
@@ -95,6 +97,9 @@ void T_ShowForm::recordingStopped() {
             while (shown_ && !file_ && live_->fetch(tap_)) {
             }
             live_->finish();
+        }
+        if (records_ && !file_) {
+            layRecords();
         }
         if (live_) {
             takeFinishedMarks();
@@ -129,7 +134,7 @@ void T_ShowForm::leaveSignal(bool forFile) {
 }
 
 ShownSignal* T_ShowForm::shownSignal() const {
-    return file_ ? static_cast<ShownSignal*>(file_.get()) : live_.get();
+    return records_ ? records_.get() : file_ ? static_cast<ShownSignal*>(file_.get()) : live_.get();
 }
 
 bool T_ShowForm::liveRuns() const {
@@ -137,7 +142,7 @@ bool T_ShowForm::liveRuns() const {
 }
 
 bool T_ShowForm::stays() const {
-    return file_ != nullptr || followMode() == static_cast<int>(FollowMode::None);
+    return fixed() || followMode() == static_cast<int>(FollowMode::None);
 }
 
 int T_ShowForm::followMode() const {
@@ -155,8 +160,13 @@ AxisXUnit T_ShowForm::unitX() const {
     return known ? static_cast<AxisXUnit>(settings_.axisXUnit) : AxisXUnit::Samples;
 }
 
+void T_ShowForm::showWhole() {
+    position_ = 0.0;
+    fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
+}
+
 double T_ShowForm::span() const {
-    if (file_) {
+    if (fixed()) {
         return fileSpan_;
     }
     const auto wanted = static_cast<AxisXUnit>(settings_.axisXUnit);
@@ -168,7 +178,7 @@ double T_ShowForm::span() const {
 
 void T_ShowForm::setSpan(double frames) {
     frames = std::clamp(frames, kLeastSpan, kMostSpan);
-    if (file_) {
+    if (fixed()) {
         fileSpan_ = std::min(frames, std::max(kLeastSpan, static_cast<double>(frameCount())));
     } else if (live_ && unitX() == static_cast<AxisXUnit>(settings_.axisXUnit)) {
         settings_.axisXValue = axisXOfFrame(frames, unitX(), live_->format().framesPerSecond);
@@ -187,6 +197,7 @@ ShownFrames T_ShowForm::shownFrames() const {
         shown.high = position_ + span();
         shown.first = static_cast<uint64_t>(shown.low);
         shown.end = static_cast<uint64_t>(std::ceil(shown.high)) + 1;
+        shown.origin = records_ ? static_cast<double>(records_->prehistory()) : 0.0;
         return shown;
     }
     const VisibleFrames visible =
@@ -241,12 +252,14 @@ void T_ShowForm::fetch() {
         return;
     }
     live_->fetch(tap_);
-    if (!liveClock_ && frameCount() > 0) {
-        liveClock_ = wallClockNow(frameCount(), live_->format().framesPerSecond);
+    if (const uint64_t frames = live_->history().frameCount(); !liveClock_ && frames > 0) {
+        liveClock_ = wallClockNow(frames, live_->format().framesPerSecond);
     }
-    glided_ = glide_.shown(frameCount(), live_->format().framesPerSecond, static_cast<uint64_t>(clock_.elapsed()));
+    glided_ = glide_.shown(live_->history().frameCount(), live_->format().framesPerSecond,
+                           static_cast<uint64_t>(clock_.elapsed()));
     takeMarks();
     giveReadings();
+    followRecords();
 }
 
 void T_ShowForm::giveReadings() {
@@ -275,6 +288,7 @@ void T_ShowForm::draw() {
     if (ShownSignal* signal = shownSignal(); drawing_ && signal != nullptr) {
         drawing_->draw(*signal, shownFrames(), static_cast<uint64_t>(clock_.elapsed()));
         showFlags();
+        showLevels();
         if (settings_.viewLanes < 0) {
             lanes_->setChecked(drawing_->inLanes());
         }
@@ -290,8 +304,8 @@ void T_ShowForm::draw() {
 }
 
 void T_ShowForm::showControls() {
-    const double fileSpan = file_ ? axisXOfFrame(fileSpan_, unitX(), file_->format().framesPerSecond) : 0.0;
-    tools_->load(settings_, file_ ? fileSpan : settings_.axisXValue, followMode());
+    const double fileSpan = fixed() ? axisXOfFrame(fileSpan_, unitX(), shownSignal()->format().framesPerSecond) : 0.0;
+    tools_->load(settings_, fixed() ? fileSpan : settings_.axisXValue, followMode());
     tools_->setFileShown(file_ != nullptr);
     tools_->setClock(tellsClock(), shownSignal() == nullptr || wallClock());
     scrollBar_->setEnabled(stays());
@@ -308,6 +322,13 @@ void T_ShowForm::showParts() {
     legend_->setChecked(settings_.viewLegend);
     lanes_->setChecked(settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : drawing_ && drawing_->inLanes());
     commonScale_->setChecked(settings_.viewCommonScale);
+    savePart_->setEnabled(canSavePart());
+    recordsWanted_ = settings_.viewRecords > 0 ? settings_.viewRecords : recordsWanted_;
+    recordsShown_->setChecked(settings_.viewRecords > 0);
+    for (QAction* action : recordsMenu_->actions()) {
+        action->setChecked(action->data().toInt() == settings_.viewRecords);
+    }
+    cursorKeys_[1]->setEnabled(settings_.viewCursors);
     cursors_->setChecked(settings_.viewCursors);
     spectrumShown_->setChecked(settings_.viewSpectrum && spectrum_ != nullptr);
     if (spectrum_ != nullptr) {

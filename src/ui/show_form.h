@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -21,6 +22,7 @@
 #include "display/glide.h"
 #include "display/repaint.h"
 #include "display/shown_marks.h"
+#include "exports/frame_wish.h"
 #include "language/text_ids.h"
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
@@ -77,6 +79,8 @@ public:
     void retranslate();
     /// The font of the axes, or the colour of a channel was changed elsewhere.
     void settingsChanged();
+    /// Thresholds of the synchronisation can't be dragged meanwhile.
+    void setThresholdsLocked(bool locked);
     /// Channels were switched on or off in the settings.
     void shownChannelsChanged();
     /// That channel is drawn in front.
@@ -117,6 +121,13 @@ public:
     /// The flag of that mark was clicked.
     void FlagClick(uint64_t number);
 
+    // The trigger (show_form_records.cpp).
+    /// So many records over each other; 0: the signal in its course.
+    void RecordsClick(int count);
+
+    /// What lies between the cursors, or what is in the picture, is to be saved: of an opened recording.
+    void SavePartClick();
+
     // Lanes (show_form_lanes.cpp).
     /// Curves in lanes, or one upon the other.
     void LanesClick(bool lanes);
@@ -141,6 +152,15 @@ public:
     /// Asks where to go.
     void GoToTimeClick();
 
+    // Keys (show_form_keys.cpp).
+    /// The next cursor, and the cursor to the nearest edge.
+    void CursorClick();
+    void SnapClick();
+    /// Shows what the keys do.
+    void KeysClick();
+    /// Puts the commands of the view into a menu, with their icons and keys.
+    void fillMenu(QMenu& menu);
+
     // The axes.
     /// X unit: 0 samples, 1 us, 2 ms, 3 s, 4 min, 5 h. What is on screen stays.
     void Samples1Click(int tag);
@@ -157,6 +177,10 @@ signals:
     void message(const QString& text);
     /// The user switched a channel on or off in the picture.
     void channelShown(int channel, bool on);
+    /// The user dragged a threshold of the synchronisation, which has its new value.
+    void thresholdMoved();
+    /// Those frames and channels of a data file are to be saved.
+    void savePartWanted(const std::string& dataFile, const FrameWish& wish);
     /// The user clicked the head of a channel.
     void channelMarked(int channel);
     /// The newest values and the extremes since the last ones, a few times a second while a shown recording runs.
@@ -182,6 +206,7 @@ private:
     /// An action of the bar above the picture, with its key.
     QAction* addBarAction(TextId text, ViewIcon icon, const QKeySequence& key, std::function<void()> handler);
     void drawIcons();
+    void buildRecordsButton();
     void listenToScoper();
     void buildCursorTools();
     void buildSpectrum();
@@ -195,6 +220,9 @@ private:
     void leaveSignal(bool forFile);
     [[nodiscard]] ShownSignal* shownSignal() const;
     [[nodiscard]] bool liveRuns() const;
+    /// Not one that goes on: an opened recording, or the last records.
+    [[nodiscard]] bool fixed() const { return file_ || records_; }
+    void showWhole();
     /// Stays where it is: an opened recording, or a live one that is not followed.
     [[nodiscard]] bool stays() const;
     [[nodiscard]] int followMode() const;
@@ -222,6 +250,7 @@ private:
     void setShowMode(int mode);
     void zoomedY(double lower, double upper);
     void savePicture();
+    [[nodiscard]] bool canSavePart() const { return file_ && !records_ && frameCount() > 0; }
     void rangeChanged(int axis, double lower, double upper, int cause);
     void zoomedX(double lower, double upper, int cause);
     void buildBar();
@@ -232,6 +261,11 @@ private:
     void showHeld();
     void showStrip();
     void stripWanted(double frame);
+    // The trigger (show_form_records.cpp).
+    void showLevels();
+    void levelMoved(uint64_t identity, double y, bool done);
+    void layRecords();
+    void followRecords();
     // The time of the picture (show_form_clock.cpp).
     [[nodiscard]] std::optional<WallClock> wallClock() const;
     [[nodiscard]] bool tellsClock() const;
@@ -259,7 +293,20 @@ private:
     LiveTap tap_;
     std::unique_ptr<SignalDrawing> drawing_;  ///< null without the plotting library
     std::unique_ptr<LiveSignal> live_;
-    std::unique_ptr<RecordedSignal> file_;  ///< shown instead of the live signal
+    std::unique_ptr<RecordedSignal> file_;    ///< shown instead of the live signal
+    std::unique_ptr<RecordsSignal> records_;  ///< shown instead of either
+
+    /// A threshold as it was handed to the picture last.
+    struct ShownLevel {
+        uint32_t column;
+        double y;
+        std::string text;
+        uint64_t identity;
+        friend bool operator==(const ShownLevel&, const ShownLevel&) = default;
+    };
+    std::vector<ShownLevel> levels_;
+    bool levelsLocked_ = false;  ///< when they were handed over, and now
+    bool thresholdsLocked_ = false;
 
     ShownMarks liveMarks_;
     ShownMarks fileMarks_;
@@ -320,9 +367,14 @@ private:
     QAction* marksAction_ = nullptr;
     QAction* savePicture_ = nullptr;
     QAction* copyPicture_ = nullptr;
+    QAction* savePart_ = nullptr;
     QAction* lanes_ = nullptr;
     QAction* commonScale_ = nullptr;
     QAction* spectrumShown_ = nullptr;
+    QAction* recordsShown_ = nullptr;
+    QMenu* recordsMenu_ = nullptr;
+    int recordsWanted_ = 10;  ///< when they are switched on
+    std::array<QAction*, 2> cursorKeys_{};
     QAction* digitalLines_ = nullptr;
     std::vector<std::pair<QAction*, TextId>> actions_;
     std::vector<std::pair<QAction*, ViewIcon>> icons_;

@@ -7,6 +7,7 @@
 #include <QScrollBar>
 #include <QSplitter>
 #include <QToolBar>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 #include "measure/transform.h"
@@ -188,11 +189,14 @@ void T_ShowForm::buildActions() {
     addAction(TextId::ViewShowAll, [this] { ShowAllClick(); });
     spectrumShown_ = part(TextId::ViewSpectrum, &ProgramSettings::viewSpectrum);
     spectrumShown_->setEnabled(scoper_ != nullptr && RealTransform::available());
+    cursorKeys_ = {addAction(TextId::CursorNext, [this] { CursorClick(); }),
+                   addAction(TextId::SnapToEdge, [this] { SnapClick(); })};
     menu_->addSeparator();
     marksAction_ = addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
     savePicture_ = addAction(TextId::SavePicture, [this] { savePicture(); });
     copyPicture_ = addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); });
+    savePart_ = addAction(TextId::SavePart, [this] { SavePartClick(); });
     savePicture_->setEnabled(scoper_ != nullptr);
     copyPicture_->setEnabled(scoper_ != nullptr);
 
@@ -233,8 +237,13 @@ void T_ShowForm::buildBar() {
     zoomBack_ = addBarAction(TextId::ViewZoomBack, ViewIcon::Back, Qt::Key_Backspace, [this] { ZoomBackClick(); });
     zoomBack_->setEnabled(false);
     bar_->addAction(zoomBack_);
-    bar_->addAction(addBarAction(TextId::ViewZoomIn, ViewIcon::ZoomIn, Qt::Key_Plus, [this] { ZoomInClick(); }));
+    QAction* zoomIn = addBarAction(TextId::ViewZoomIn, ViewIcon::ZoomIn, Qt::Key_Plus, [this] { ZoomInClick(); });
+    zoomIn->setShortcuts({Qt::Key_Plus, Qt::Key_Equal});
+    bar_->addAction(zoomIn);
     bar_->addAction(addBarAction(TextId::ViewZoomOut, ViewIcon::ZoomOut, Qt::Key_Minus, [this] { ZoomOutClick(); }));
+    addBarAction(TextId::SampleAPixel, ViewIcon::SampleAPixel, Qt::Key_1, [this] { SampleAPixelClick(); });
+    addBarAction(TextId::FirstFrame, ViewIcon::FirstFrame, Qt::Key_Home, [this] { FirstFrameClick(); });
+    addBarAction(TextId::NewestFrame, ViewIcon::NewestFrame, Qt::Key_End, [this] { NewestFrameClick(); });
     goToTime_ = addBarAction(TextId::GoToTime, ViewIcon::GoToTime, Qt::CTRL | Qt::Key_G, [this] { GoToTimeClick(); });
     bar_->addAction(goToTime_);
     menu_->insertAction(marksAction_, goToTime_);
@@ -243,29 +252,43 @@ void T_ShowForm::buildBar() {
          {std::pair{lanes_, ViewIcon::Lanes}, std::pair{legend_, ViewIcon::Legend},
           std::pair{cursors_, ViewIcon::Cursors}, std::pair{spectrumShown_, ViewIcon::Spectrum},
           std::pair{pixelMode_, ViewIcon::Points}, std::pair{marksAction_, ViewIcon::Marks},
-          std::pair{savePicture_, ViewIcon::SavePicture}, std::pair{copyPicture_, ViewIcon::CopyPicture}}) {
+          std::pair{savePicture_, ViewIcon::SavePicture}, std::pair{copyPicture_, ViewIcon::CopyPicture},
+          std::pair{savePart_, ViewIcon::SavePart}}) {
         icons_.emplace_back(action, icon);
         bar_->addAction(action);
     }
     bar_->insertSeparator(marksAction_);
     lanes_->setShortcut(Qt::Key_L);
     spectrumShown_->setShortcut(Qt::Key_S);
-    for (QAction* action : {lanes_, spectrumShown_}) {
+    cursorKeys_[0]->setShortcut(Qt::Key_C);
+    cursorKeys_[1]->setShortcut(Qt::Key_E);
+    for (QAction* action : {lanes_, spectrumShown_, cursorKeys_[0], cursorKeys_[1]}) {
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
         addAction(action);
     }
-    const auto key = [this](Qt::Key code, void (T_ShowForm::*handler)()) {
-        auto* action = new QAction(this);
-        action->setShortcut(code);
-        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        connect(action, &QAction::triggered, this, handler);
-        addAction(action);
-    };
-    key(Qt::Key_1, &T_ShowForm::SampleAPixelClick);
-    key(Qt::Key_Equal, &T_ShowForm::ZoomInClick);
-    key(Qt::Key_Home, &T_ShowForm::FirstFrameClick);
-    key(Qt::Key_End, &T_ShowForm::NewestFrameClick);
+    buildRecordsButton();
+    bar_->addAction(addBarAction(TextId::ViewKeys, ViewIcon::Keys, Qt::Key_Question, [this] { KeysClick(); }));
     drawIcons();
+}
+
+// The button switches between the records and the signal in its course; its menu says how many.
+void T_ShowForm::buildRecordsButton() {
+    recordsShown_ = addBarAction(TextId::ViewRecords, ViewIcon::Records, Qt::Key_R,
+                                 [this] { RecordsClick(recordsShown_->isChecked() ? recordsWanted_ : 0); });
+    recordsShown_->setCheckable(true);
+    recordsShown_->setEnabled(scoper_ != nullptr);
+    recordsMenu_ = new QMenu(this);
+    for (const int count : {1, 10, 100}) {
+        QAction* action = recordsMenu_->addAction(QString(), this, [this, count] { RecordsClick(count); });
+        action->setData(count);
+        action->setCheckable(true);
+    }
+    recordsShown_->setMenu(recordsMenu_);
+    bar_->addAction(recordsShown_);
+    menu_->insertAction(marksAction_, recordsShown_);
+    if (auto* button = qobject_cast<QToolButton*>(bar_->widgetForAction(recordsShown_))) {
+        button->setPopupMode(QToolButton::MenuButtonPopup);
+    }
 }
 
 void T_ShowForm::drawIcons() {
@@ -284,6 +307,10 @@ void T_ShowForm::retranslate() {
     }
     if (spectrum_ != nullptr) {
         spectrum_->retranslate();
+    }
+    savePart_->setToolTip(uiText(TextId::SavePartHint));
+    for (QAction* action : recordsMenu_->actions()) {
+        action->setText(uiText(TextId::ViewRecordsLast, {action->data().toString()}));
     }
     if (auto* label = qobject_cast<QLabel*>(picture_)) {
         label->setText(uiText(TextId::ScoperaNotLoaded));

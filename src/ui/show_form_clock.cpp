@@ -8,6 +8,9 @@
 namespace tarno2 {
 
 std::optional<WallClock> T_ShowForm::wallClock() const {
+    if (records_) {
+        return std::nullopt;  // each of them has a time of its own
+    }
     return file_ ? file_->frames().wallClock() : liveClock_;
 }
 

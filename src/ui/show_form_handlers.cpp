@@ -12,6 +12,7 @@
 #include <QSplitter>
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 
 #include "display/axis_x.h"
@@ -43,23 +44,6 @@ std::optional<ScrollKey> scrollKeyOf(int key) {
         default:
             return std::nullopt;
     }
-}
-
-QString titleOf(const std::string& dataFile, const std::optional<LocalTime>& created) {
-    QString name = QFileInfo(fromFileName(dataFile)).fileName();
-    if (!created) {
-        return name;
-    }
-    return name + QString::asprintf(", %04d-%02d-%02d %02d:%02d:%02d", created->year, created->month, created->day,
-                                    created->hour, created->minute, created->second);
-}
-
-constexpr double kLongSeconds = 600.0;
-
-/// Of a long recording one asks when something was, not how long after its beginning.
-bool isLong(const RecordedFrames& frames) {
-    return frames.wallClock() &&
-           static_cast<double>(frames.frameCount()) > kLongSeconds * frames.recordedFormat().frequencyPerChannel;
 }
 
 }  // namespace
@@ -169,9 +153,8 @@ void T_ShowForm::changeEvent(QEvent* event) {
 void T_ShowForm::PaintBox1DblClick() {
     settings_.axisYAutoMode = true;
     forgetZoomY();
-    if (file_) {
-        position_ = 0.0;
-        fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
+    if (fixed()) {
+        showWhole();
     } else {
         held_ = false;
         if (wholeSpan_) {
@@ -217,7 +200,7 @@ void T_ShowForm::rangeChanged(int axis, double lower, double upper, int cause) {
 void T_ShowForm::zoomedX(double lower, double upper, int cause) {
     const double rate = shownSignal()->format().framesPerSecond;
     const double origin = shownFrames().origin;
-    if (!file_ && !wholeSpan_) {
+    if (!fixed() && !wholeSpan_) {
         wholeSpan_ = span();
     }
     setSpan(frameOfAxisX(upper - lower, unitX(), rate));
@@ -298,12 +281,16 @@ void T_ShowForm::DigitalSignalSettingsClick() {
 
 void T_ShowForm::savePicture() {
     const QString folder = QFileInfo(fromFileName(settings_.wish.fileName)).path();
-    const QString name =
-        QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), folder, QStringLiteral("PNG (*.png)"));
+    QString filter;
+    const QString name = QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), folder,
+                                                      QStringLiteral("PNG (*.png);;SVG (*.svg)"), &filter);
     if (name.isEmpty()) {
         return;
     }
-    const QString file = QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".png") : name;
+    const QString file =
+        QFileInfo(name).suffix().isEmpty()
+            ? name + (filter.startsWith(QStringLiteral("SVG")) ? QStringLiteral(".svg") : QStringLiteral(".png"))
+            : name;
     if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
         QFile again(file);
         static_cast<void>(again.open(QIODevice::Append));
@@ -311,12 +298,36 @@ void T_ShowForm::savePicture() {
     }
 }
 
+// In numbers of the file that it begins in; what lies in a later one is left out.
+void T_ShowForm::SavePartClick() {
+    if (!canSavePart()) {
+        return;
+    }
+    const ShownFrames shown = shownFrames();
+    const auto last = static_cast<double>(frameCount());
+    FrameSpan span{static_cast<uint64_t>(std::clamp(shown.low, 0.0, last)),
+                   static_cast<uint64_t>(std::clamp(std::ceil(shown.high), 0.0, last))};
+    span = cursorTools_ ? cursorTools_->between().value_or(span) : span;
+    const RecordedFrames::PieceFrames piece = file_->frames().pieceOf(span.first);
+    FrameWish wish;
+    wish.from = std::to_string(span.first - piece.first);
+    wish.to = std::to_string(std::min(span.end, piece.end) - piece.first);
+    if (drawing_ && !drawing_->hidden().empty()) {
+        for (const SignalDrawing::Column& column : drawing_->columns()) {
+            if (column.visible && column.key >= 0) {
+                wish.channels += (wish.channels.empty() ? "" : ",") + std::to_string(column.key);
+            }
+        }
+    }
+    emit savePartWanted(piece.file, wish);
+}
+
 void T_ShowForm::Samples1Click(int tag) {
     const AxisXUnit before = unitX();
     const double frames = span();
     settings_.axisXUnit = std::clamp(tag, 0, 5);
     (file_ ? fileClock_ : settings_.viewClock) = false;
-    if (live_ && live_->format().framesPerSecond > 0.0 && !file_) {
+    if (live_ && live_->format().framesPerSecond > 0.0 && !fixed()) {
         setSpan(frames);
     } else if (before != AxisXUnit::Samples && settings_.axisXUnit != 0) {
         // From one unit of time to another no rate is needed.
@@ -346,7 +357,7 @@ void T_ShowForm::AxisXEditKeyDown(int key) {
     if (const auto typed = tools_->typedX()) {
         wholeSpan_.reset();
         const ShownSignal* signal = shownSignal();
-        if (file_) {
+        if (fixed()) {
             setSpan(frameOfAxisX(*typed, unitX(), signal->format().framesPerSecond));
         } else {
             settings_.axisXValue = *typed;
@@ -371,74 +382,6 @@ void T_ShowForm::AxisYAutoClick(bool automatic) {
     settings_.axisYAutoMode = automatic;
     forgetZoomY();
     userChanged();
-}
-
-bool T_ShowForm::openRecording(const std::string& dataFile) {
-    OpenProblem problem;
-    std::unique_ptr<RecordedFrames> frames;
-    guarded("openRecording", [&] { frames = RecordedFrames::open(dataFile, problem); });
-    if (!frames) {
-        openProblem(dataFile, problem);
-        return false;
-    }
-    for (const std::string& name : frames->cutFiles()) {
-        emit message(uiText(TextId::LastFrameIncomplete, {fromFileName(name)}));
-    }
-    bool opened = false;
-    guarded("openRecording", [&] {
-        // Told on the thread that reads the file.
-        const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
-        auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
-        leaveSignal(true);
-        fileClock_ = settings_.viewClock || isLong(signal->frames());
-        openedFile_ = dataFile;
-        openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
-        file_ = std::move(signal);
-        readMarks(dataFile);
-        showMarkList();
-        opened = true;
-        tap_.setWatched(false);
-        position_ = 0.0;
-        fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
-        userChanged();
-    });
-    if (!opened) {
-        openProblem(dataFile, {});
-    }
-    return opened;
-}
-
-void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& problem) {
-    const QString name = fromFileName(dataFile);
-    const QString detail = fromFileName(problem.detail);
-    switch (problem.kind) {
-        case OpenProblem::DescriptionMissing:
-            emit message(uiText(TextId::DescriptionMissing, {name}));
-            break;
-        case OpenProblem::DescriptionDamaged:
-            emit message(uiText(TextId::DescriptionKeyWrong, {name, detail}));
-            break;
-        case OpenProblem::DescriptionNotRead:
-        case OpenProblem::FileNotRead:
-            emit message(uiText(TextId::RecordingNotRead, {name, detail}));
-            break;
-        case OpenProblem::None:  // it was thrown that there is no memory
-            emit message(uiText(TextId::RecordingNotRead, {name, uiText(TextId::NotEnoughMemory)}));
-            break;
-    }
-}
-
-void T_ShowForm::backToLive() {
-    guarded("backToLive", [this] {
-        leaveSignal(false);
-        file_.reset();
-        fileMarks_ = {};
-        openedFile_.clear();
-        position_ = 0.0;
-        tap_.setWatched(shown_ && live_ != nullptr);
-        showMarkList();
-        userChanged();
-    });
 }
 
 }  // namespace tarno2

@@ -34,6 +34,9 @@ void T_ShowForm::listenToLanes(SCOPERAEvents& events) {
         formOf(context)->drawing_->dropColumn(column, lane);
         formOf(context)->userChanged();
     };
+    events.m_pLevelMoved = [](void* context, uint64_t identity, double y, int32_t done) {
+        formOf(context)->levelMoved(identity, y, done != 0);
+    };
     events.m_pSoloWanted = [](void* context, uint32_t column) { formOf(context)->solo(column); };
 }
 

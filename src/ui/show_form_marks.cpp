@@ -57,7 +57,8 @@ void T_ShowForm::showFlags() {
     }
     const ShownFrames shown = shownFrames();
     const double end = std::min(shown.high, static_cast<double>(frameCount()));
-    const std::vector<MarkFlag> marks = shownMarks().flags(shown.low, end, scoper_->PixelWidth());
+    const std::vector<MarkFlag> marks =
+        records_ ? std::vector<MarkFlag>() : shownMarks().flags(shown.low, end, scoper_->PixelWidth());
     std::vector<SCOPERAFlag> flags;
     flags.reserve(marks.size());
     for (const MarkFlag& mark : marks) {

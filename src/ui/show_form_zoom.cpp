@@ -84,7 +84,7 @@ void T_ShowForm::zoomTo(double frames) {
     }
     leavePart(kScoperaCauseKey);
     const double middle = shownFrames().low + span() / 2.0;
-    if (!file_ && !wholeSpan_) {
+    if (!fixed() && !wholeSpan_) {
         wholeSpan_ = span();
     }
     setSpan(frames);
@@ -125,7 +125,7 @@ void T_ShowForm::NewestFrameClick() {
 
 // Who holds a running signal is told so: nothing else tells a picture that stands still from a board that does.
 void T_ShowForm::showHeld() {
-    const bool held = liveRuns() && held_ && frameCount() > 0;
+    const bool held = liveRuns() && !records_ && held_ && frameCount() > 0;
     heldChip_->setVisible(held);
     if (!held) {
         return;

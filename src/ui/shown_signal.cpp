@@ -1,5 +1,6 @@
 #include "ui/shown_signal.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarno2 {
@@ -28,6 +29,9 @@ LiveSignal::LiveSignal(LiveRecording recording)
         writer != nullptr && recording_.everyFrameWritten) {
         readFrom(std::make_unique<RunningRecording>(*writer, format().frameBytes()));
     }
+    if (recording_.records && recording_.writer) {
+        written_ = std::make_unique<WrittenRecords>(recording_.writer, format().frameBytes());
+    }
 }
 
 void LiveSignal::readFrom(std::unique_ptr<FrameSource> frames) {
@@ -49,6 +53,9 @@ void LiveSignal::finish() {
         return;
     }
     running_ = false;
+    if (written_) {
+        written_->close(recording_.fileName);
+    }
     const bool fromFile = frames_ != nullptr;
     readFrom(nullptr);
     if (!fromFile) {
@@ -102,6 +109,57 @@ RecordedSignal::RecordedSignal(std::unique_ptr<RecordedFrames> frames, Overview:
 
 std::shared_ptr<FrameSource> RecordedSignal::rawFrames(FrameSpan /*span*/) {
     return borrowed(*frames_);
+}
+
+void WrittenRecords::close(const std::string& fileName) {
+    OpenProblem problem;
+    file_ = RecordedFrames::open(fileName, problem);
+    if (file_ && file_->frameBytes() != frameBytes_) {
+        file_.reset();
+    }
+}
+
+uint64_t WrittenRecords::frameCount() const {
+    DataWriter* writer = file_ ? nullptr : writer_();
+    return file_ ? file_->frameCount() : writer != nullptr ? writer->totalBytes() / frameBytes_ : 0;
+}
+
+uint64_t WrittenRecords::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
+    if (file_) {
+        return file_->read(firstFrame, count, out);
+    }
+    DataWriter* writer = writer_();
+    return writer != nullptr ? writer->readBack(firstFrame * frameBytes_, out, count * frameBytes_) / frameBytes_ : 0;
+}
+
+RecordsSignal::RecordsSignal(const ShownSignal& of, FrameSource& frames, TriggeredRecords records, size_t most)
+    : ShownSignal(of.format(), of.channels()),
+      stack_(frames, of.format(), records),
+      newest_(frames, records.frames),
+      screens_(newest_, of.format()),
+      most_(most) {}
+
+bool RecordsSignal::update() {
+    const uint64_t count = stack_.count();
+    if (count == count_ || count == 0) {
+        return false;
+    }
+    count_ = count;
+    newest_.moveTo(count - 1);
+    return true;
+}
+
+// A copy: the worker reads it while the next record may have come.
+std::shared_ptr<FrameSource> RecordsSignal::rawFrames(FrameSpan span) {
+    const size_t frame = format().frameBytes();
+    std::vector<std::byte> frames(static_cast<size_t>(span.count()) * frame);
+    const uint64_t read = newest_.read(span.first, span.count(), frames.data());
+    return read == span.count() ? std::make_shared<FramesInMemory>(std::move(frames), frame, span.first) : nullptr;
+}
+
+const RecordStack* RecordsSignal::earlier(uint64_t first, uint64_t end, size_t buckets, bool& changed) {
+    changed = stack_.show(count_ - std::min<uint64_t>(count_, 1), most_ - 1, first, end, buckets);
+    return &stack_;
 }
 
 }  // namespace tarno2

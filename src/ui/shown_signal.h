@@ -11,6 +11,7 @@
 #include "display/file_screens.h"
 #include "display/live_history.h"
 #include "display/overview.h"
+#include "display/record_stack.h"
 #include "display/recorded.h"
 #include "display/running_screens.h"
 #include "display/screen.h"
@@ -40,6 +41,16 @@ public:
     [[nodiscard]] virtual std::shared_ptr<FrameSource> rawFrames(FrameSpan span) = 0;
     /// The oldest frame that `rawFrames` can give.
     [[nodiscard]] virtual uint64_t firstRawFrame() const = 0;
+    /// The files' records of synchronisation, and their frames; null when there are none, or nobody knows.
+    [[nodiscard]] virtual FrameSource* recordFrames() { return nullptr; }
+    [[nodiscard]] virtual std::optional<TriggeredRecords> records() const { return std::nullopt; }
+    /// What is drawn behind it, of the same frames, in about so many buckets; null: nothing. `changed` becomes true
+    /// when it is other than before.
+    [[nodiscard]] virtual const RecordStack* earlier(uint64_t /*first*/, uint64_t /*end*/, size_t /*buckets*/,
+                                                     bool& /*changed*/) {
+        return nullptr;
+    }
+    [[nodiscard]] const std::vector<int32_t>& channels() const { return channels_; }
 
 private:
     SignalFormat format_;
@@ -49,13 +60,34 @@ private:
 /// What the view has to know of a recording that begins.
 struct LiveRecording {
     SignalFormat format;
-    std::vector<int32_t> channels;  ///< physical numbers in the order of the channel list
-    std::string fileName;           ///< of the first data file
-    bool everyFrameWritten = true;  ///< false: synchronisation chooses, and the file has frames of its own
+    std::vector<int32_t> channels;            ///< physical numbers in the order of the channel list
+    std::string fileName;                     ///< of the first data file
+    std::optional<TriggeredRecords> records;  ///< that synchronisation puts into the file
+    bool everyFrameWritten = true;            ///< false: synchronisation chooses, and the file has frames of its own
     /// The recording's writer; null once its session is gone. Asked before each use.
     std::function<DataWriter*()> writer;
     /// Likewise, what is marked in it.
     std::function<const MarkWriter*()> marks;
+};
+
+/// What a recording with synchronisation has put into its files: from its writer while it runs, from the closed file
+/// afterwards. Window thread.
+class WrittenRecords final : public FrameSource {
+public:
+    WrittenRecords(std::function<DataWriter*()> writer, size_t frameBytes)
+        : writer_(std::move(writer)), frameBytes_(frameBytes) {}
+
+    /// The recording is over.
+    void close(const std::string& fileName);
+
+    [[nodiscard]] size_t frameBytes() const override { return frameBytes_; }
+    [[nodiscard]] uint64_t frameCount() const override;
+    [[nodiscard]] uint64_t read(uint64_t firstFrame, uint64_t count, std::byte* out) override;
+
+private:
+    std::function<DataWriter*()> writer_;
+    size_t frameBytes_;
+    std::unique_ptr<RecordedFrames> file_;
 };
 
 /// The running recording: its newest frames from memory, older ones from its file. When it is over the file is read as
@@ -78,6 +110,8 @@ public:
     [[nodiscard]] ScreenSource& wholeCourse() override { return history_; }
     [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
     [[nodiscard]] uint64_t firstRawFrame() const override;
+    [[nodiscard]] FrameSource* recordFrames() override { return written_.get(); }
+    [[nodiscard]] std::optional<TriggeredRecords> records() const override { return recording_.records; }
 
 private:
     [[nodiscard]] bool fromFile() const { return !running_ && frames_ != nullptr; }
@@ -91,6 +125,7 @@ private:
     std::unique_ptr<FrameSource> frames_;
     std::unique_ptr<FileScreens> file_;
     std::unique_ptr<RunningScreens> both_;
+    std::unique_ptr<WrittenRecords> written_;  ///< null without records
 };
 
 /// A finished recording with its overview.
@@ -105,10 +140,36 @@ public:
     [[nodiscard]] ScreenSource& wholeCourse() override { return overview_; }
     [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
     [[nodiscard]] uint64_t firstRawFrame() const override { return 0; }
+    [[nodiscard]] FrameSource* recordFrames() override { return frames_.get(); }
+    [[nodiscard]] std::optional<TriggeredRecords> records() const override { return frames_->records(); }
 
 private:
     std::unique_ptr<RecordedFrames> frames_;
     Overview overview_;
+};
+
+/// The newest record of a triggered signal, with those before it behind it. Frame `prehistory` of each is its trigger.
+/// It goes before the signal that it is of.
+class RecordsSignal final : public ShownSignal {
+public:
+    /// Up to `most` records. Throws std::bad_alloc.
+    RecordsSignal(const ShownSignal& of, FrameSource& frames, TriggeredRecords records, size_t most);
+
+    /// Goes on to the newest record. True when that is another one.
+    bool update();
+    [[nodiscard]] uint64_t prehistory() const { return stack_.records().prehistory; }
+    [[nodiscard]] ScreenSource& screens() override { return screens_; }
+    [[nodiscard]] ScreenSource& wholeCourse() override { return screens_; }
+    [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
+    [[nodiscard]] uint64_t firstRawFrame() const override { return 0; }
+    [[nodiscard]] const RecordStack* earlier(uint64_t first, uint64_t end, size_t buckets, bool& changed) override;
+
+private:
+    RecordStack stack_;
+    RecordFrames newest_;
+    FileScreens screens_;
+    uint64_t count_ = 0;  ///< of the records, the newest one included
+    size_t most_;
 };
 
 }  // namespace tarno2

@@ -15,6 +15,10 @@ namespace {
 
 constexpr size_t kLeastBuckets = 100;
 
+size_t sampleBytes(const SignalFormat& format) {
+    return format.word.sampleWidth == 4 ? sizeof(int32_t) : sizeof(int16_t);
+}
+
 std::string numbered(TextId id, int32_t number) {
     return uiText(id, {QString::number(number)}).toStdString();
 }
@@ -108,6 +112,9 @@ void SignalDrawing::resetScaleY() {
 
 void SignalDrawing::clear() {
     scoper_.SetFrames(nullptr);
+    scoper_.SetEarlier(nullptr, 0);
+    earlierLook_.reset();
+    earlier_.clear();
 }
 
 void SignalDrawing::retranslate() {
@@ -128,19 +135,14 @@ void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t
     const SignalFormat& format = signal.format();
     const AxisXUnit unit = unitX(format);
     const auto axisOf = [&](double frame) { return axisXOfFrame(frame - shown.origin, unit, format.framesPerSecond); };
-    SCOPERAFrames frames{};
     // Two a pixel: their borders are not those of the pixels, and a pixel shows all of a bucket that begins in it.
     const size_t buckets = std::max<size_t>(size_t{2} * scoper_.PixelWidth(), kLeastBuckets);
-    if (signal.screens().build(shown.first, shown.end, buckets, screen_) && !screen_.runs.empty() &&
-        convert(signal, frames)) {
-        const Screen::Run& run = screen_.runs.back();
-        const double step = static_cast<double>(screen_.bucketFrames) / static_cast<double>(screen_.rowsPerBucket());
-        frames.m_fFirstX = axisOf(static_cast<double>(run.firstFrame));
-        frames.m_fStepX = axisXOfFrame(step, unit, format.framesPerSecond);
-        scoper_.SetFrames(&frames);
-    } else {
-        clear();
+    drawEarlier(signal, shown, buckets);
+    SCOPERAFrames frames{};
+    if (signal.screens().build(shown.first, shown.end, buckets, screen_)) {
+        frames = framesOf(signal, screen_, shown);
     }
+    scoper_.SetFrames(frames.m_nFrames > 0 ? &frames : nullptr);
     scoper_.SetOption(kScoperaOptionPoints, settings_.pixelsMode ? 1 : 0);
     scoper_.SetRange(kScoperaAxisX, axisOf(shown.low), axisOf(shown.high));
     tellClock(signal, shown, unit);
@@ -148,10 +150,57 @@ void SignalDrawing::draw(ShownSignal& signal, const ShownFrames& shown, uint64_t
     setTexts(signal, unit, shown);
 }
 
-// Frames that are not in one piece (some were lost to the view) are drawn from the last gap on.
-bool SignalDrawing::convert(ShownSignal& signal, SCOPERAFrames& frames) {
+SCOPERAFrames SignalDrawing::framesOf(const ShownSignal& signal, const Screen& screen, const ShownFrames& shown) {
+    SCOPERAFrames frames{};
+    if (screen.runs.empty() || !convert(signal, screen, frames)) {
+        return {};
+    }
     const SignalFormat& format = signal.format();
-    const Screen::Run& run = screen_.runs.back();
+    const AxisXUnit unit = unitX(format);
+    const double step = static_cast<double>(screen.bucketFrames) / static_cast<double>(screen.rowsPerBucket());
+    const double first = static_cast<double>(screen.runs.back().firstFrame) - shown.origin;
+    frames.m_fFirstX = axisXOfFrame(first, unit, format.framesPerSecond);
+    frames.m_fStepX = axisXOfFrame(step, unit, format.framesPerSecond);
+    return frames;
+}
+
+// Drawn anew only when something about them is new: there may be a hundred of them.
+void SignalDrawing::drawEarlier(ShownSignal& signal, const ShownFrames& shown, size_t buckets) {
+    bool changed = false;
+    const RecordStack* stack = signal.earlier(shown.first, shown.end, buckets, changed);
+    if (stack == nullptr || stack->shown() == 0) {
+        if (earlierLook_) {
+            scoper_.SetEarlier(nullptr, 0);
+            earlierLook_.reset();
+            earlier_.clear();
+        }
+        return;
+    }
+    const AxisXUnit unit = unitX(signal.format());
+    const auto axisOf = [&](double frames) { return axisXOfFrame(frames, unit, signal.format().framesPerSecond); };
+    const EarlierLook look{axisOf(shown.origin), axisOf(1.0), settings_.showSignalMode, settings_.digitalLines};
+    if (!changed && earlierLook_ == look) {
+        return;
+    }
+    earlierLook_ = look;
+    earlier_.resize(stack->shown());
+    std::vector<SCOPERAFrames> handed;
+    for (size_t i = 0; i < stack->shown(); ++i) {
+        SCOPERAFrames frames = framesOf(signal, stack->screen(i), shown);
+        if (frames.m_nFrames > 0) {
+            const auto* samples = static_cast<const std::byte*>(frames.m_pSamples);
+            earlier_[i].assign(samples, samples + frames.m_nFrames * frames.m_nColumns * sampleBytes(signal.format()));
+            frames.m_pSamples = earlier_[i].data();
+            handed.push_back(frames);
+        }
+    }
+    scoper_.SetEarlier(handed.data(), static_cast<uint32_t>(handed.size()));
+}
+
+// Frames that are not in one piece (some were lost to the view) are drawn from the last gap on.
+bool SignalDrawing::convert(const ShownSignal& signal, const Screen& screen, SCOPERAFrames& frames) {
+    const SignalFormat& format = signal.format();
+    const Screen::Run& run = screen.runs.back();
     const size_t channels = format.channelCount();
     std::vector<int32_t> channelColors(channels);
     for (size_t i = 0; i < channels; ++i) {
@@ -160,7 +209,7 @@ bool SignalDrawing::convert(ShownSignal& signal, SCOPERAFrames& frames) {
     }
     const DigitalSettings digital{settings_.digitalLines, format.maximumCode};
     converter_.word = format.word;
-    const std::byte* words = screen_.words.data() + run.firstRow * format.frameBytes();
+    const std::byte* words = screen.words.data() + run.firstRow * format.frameBytes();
     const size_t samples = run.rows * channels;
     const bool wide = format.word.sampleWidth == 4;
     size_t count = 0;

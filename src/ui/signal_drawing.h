@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -109,7 +111,10 @@ public:
     void showValues(const SignalFormat& format, const std::vector<ChannelValues>& values);
 
 private:
-    [[nodiscard]] bool convert(ShownSignal& signal, SCOPERAFrames& frames);
+    [[nodiscard]] bool convert(const ShownSignal& signal, const Screen& screen, SCOPERAFrames& frames);
+    /// The frames of a screen where they belong on the axis; none when there are none. Good until the next call.
+    [[nodiscard]] SCOPERAFrames framesOf(const ShownSignal& signal, const Screen& screen, const ShownFrames& shown);
+    void drawEarlier(ShownSignal& signal, const ShownFrames& shown, size_t buckets);
     [[nodiscard]] std::vector<Column> columnsOf(const ShownSignal& signal) const;
     void setColumns(std::vector<Column> columns);
     void handReadings();
@@ -139,6 +144,16 @@ private:
     const ProgramSettings& settings_;
     Screen screen_;
     DisplayConverter converter_;
+    /// What is drawn behind the signal, and how it looked when it was handed over.
+    struct EarlierLook {
+        double firstX = 0.0;
+        double stepX = 0.0;
+        int32_t showMode = 0;
+        std::array<DigitalLineSettings, ProgramSettings::kDigitalLineCount> lines{};
+        friend bool operator==(const EarlierLook&, const EarlierLook&) = default;
+    };
+    std::vector<std::vector<std::byte>> earlier_;  ///< display samples
+    std::optional<EarlierLook> earlierLook_;
     size_t columnCount_ = 0;
     std::vector<int32_t> columnColors_;
     std::vector<Column> columns_;

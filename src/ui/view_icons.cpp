@@ -98,6 +98,46 @@ void drawClock(QPainter& painter) {
     painter.drawPolyline(QPolygonF({QPointF(8.0, 3.5), QPointF(8.0, 8.0), QPointF(11.5, 10.0)}));
 }
 
+// A sample on each column of a grid.
+void drawSamples(QPainter& painter) {
+    constexpr double kHeights[] = {10.0, 4.0, 7.0, 12.0};
+    for (int i = 0; i < 4; ++i) {
+        const double x = 2.5 + 3.6 * i;
+        painter.drawLine(QPointF(x, 14.5), QPointF(x, kHeights[i]));
+        painter.fillRect(QRectF(x - 1.2, kHeights[i] - 1.2, 2.4, 2.4), painter.pen().color());
+    }
+}
+
+void drawEnd(QPainter& painter, bool last) {
+    if (last) {
+        painter.translate(16.0, 0.0);
+        painter.scale(-1.0, 1.0);
+    }
+    painter.drawLine(QPointF(3.0, 3.0), QPointF(3.0, 13.0));
+    QPainterPath arrow(QPointF(5.5, 8.0));
+    arrow.lineTo(13.0, 3.5);
+    arrow.lineTo(13.0, 12.5);
+    painter.fillPath(arrow, painter.pen().color());
+}
+
+// Edges at one place, those of earlier records paler.
+void drawRecords(QPainter& painter) {
+    for (int i = 2; i >= 0; --i) {
+        painter.setOpacity(1.0 - 0.3 * i);
+        const double shift = 2.2 * i;
+        painter.drawPolyline(QPolygonF({QPointF(1.0, 14.0 - shift), QPointF(7.0, 14.0 - shift),
+                                        QPointF(9.0, 2.0 + shift), QPointF(15.0, 2.0 + shift)}));
+    }
+}
+
+void drawKeys(QPainter& painter) {
+    painter.drawRoundedRect(QRectF(1.0, 3.5, 14.0, 9.5), 1.5, 1.5);
+    for (const double x : {3.5, 6.5, 9.5, 12.5}) {
+        painter.drawPoint(QPointF(x, 6.5));
+    }
+    painter.drawLine(QPointF(4.5, 10.0), QPointF(11.5, 10.0));
+}
+
 void drawLanes(QPainter& painter) {
     for (const double top : {-4.5, 4.5}) {
         painter.save();
@@ -148,6 +188,16 @@ void drawFlag(QPainter& painter) {
     painter.fillPath(pennant, painter.pen().color());
 }
 
+// What lies between two marks goes down.
+void drawPart(QPainter& painter) {
+    drawCurve(painter, 1.0, 15.0);
+    painter.drawLine(QPointF(4.0, 1.0), QPointF(4.0, 13.0));
+    painter.drawLine(QPointF(12.0, 1.0), QPointF(12.0, 13.0));
+    painter.drawLine(QPointF(8.0, 9.0), QPointF(8.0, 15.0));
+    painter.drawLine(QPointF(5.5, 12.5), QPointF(8.0, 15.0));
+    painter.drawLine(QPointF(10.5, 12.5), QPointF(8.0, 15.0));
+}
+
 void drawPicture(QPainter& painter, bool copy) {
     const QRectF frame = copy ? QRectF(1.0, 1.0, 10.0, 10.0) : QRectF(1.5, 1.5, 13.0, 9.0);
     painter.drawRect(frame);
@@ -175,6 +225,15 @@ void drawView(QPainter& painter, ViewIcon command) {
             return drawLens(painter, command == ViewIcon::ZoomIn);
         case ViewIcon::GoToTime:
             return drawClock(painter);
+        case ViewIcon::SampleAPixel:
+            return drawSamples(painter);
+        case ViewIcon::FirstFrame:
+        case ViewIcon::NewestFrame:
+            return drawEnd(painter, command == ViewIcon::NewestFrame);
+        case ViewIcon::Records:
+            return drawRecords(painter);
+        case ViewIcon::Keys:
+            return drawKeys(painter);
         case ViewIcon::Lanes:
             return drawLanes(painter);
         case ViewIcon::Legend:
@@ -187,6 +246,8 @@ void drawView(QPainter& painter, ViewIcon command) {
             return drawPoints(painter);
         case ViewIcon::Marks:
             return drawFlag(painter);
+        case ViewIcon::SavePart:
+            return drawPart(painter);
         case ViewIcon::SavePicture:
         case ViewIcon::CopyPicture:
             return drawPicture(painter, command == ViewIcon::CopyPicture);

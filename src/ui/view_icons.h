@@ -23,6 +23,11 @@ enum class ViewIcon {
     ZoomIn,
     ZoomOut,
     GoToTime,
+    SampleAPixel,
+    FirstFrame,
+    NewestFrame,
+    Records,
+    Keys,
     Lanes,
     Legend,
     Cursors,
@@ -30,7 +35,8 @@ enum class ViewIcon {
     Points,
     Marks,
     SavePicture,
-    CopyPicture
+    CopyPicture,
+    SavePart
 };
 
 /// An icon that `draw` paints on 16 x 16 with a pen in the palette's colour for buttons; sharp at every scale.

@@ -114,6 +114,29 @@ TEST_F(ExportRecording, WithoutRoomLeavesFilesThatOpen) {
     }
 }
 
+TEST_F(ExportRecording, MakesARecordingOfItsOwn) {
+    const std::string output = folder_.file("part.dat");
+    ExportTask part = task("dat", output);
+    part.wish.from = "10";
+    part.wish.to = "30";
+    part.wish.channels = "1";
+    EXPECT_EQ(lookAround(part, readRecordedKeys(folder_.file("run.txt")), {}).wishProblem, WishProblem::None);
+    EXPECT_EQ(run(part).status, ConversionResult::Finished);
+    const std::string all = readFile(data_);
+    std::string second;
+    for (size_t frame = 10; frame < 30; ++frame) {
+        second += all.substr(frame * 4 + 2, 2);
+    }
+    EXPECT_EQ(readFile(output), second);
+    RecordedFormat format;
+    std::string missing;
+    ASSERT_TRUE(readRecordedFormat(folder_.file("part.txt"), format, missing)) << missing;
+    EXPECT_EQ(format.frames, 20U);
+    EXPECT_EQ(format.channelCount, 1U);
+    EXPECT_EQ(format.frequencyPerChannel, 10000.0);
+    EXPECT_EQ(run(task("dat", "-")).status, ConversionResult::BadName);
+}
+
 TEST_F(ExportRecording, ReplacesNothingThatItShouldNot) {
     const std::string other = folder_.write("other.wav", "mine");
     EXPECT_EQ(run(task("wav", other)).status, ConversionResult::OutputExists);

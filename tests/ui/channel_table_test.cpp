@@ -218,12 +218,12 @@ TEST_F(Channels, AColourIsChosenFromAList) {
         QTest::keyClick(menu, Qt::Key_Return);
     });
     key(Qt::Key_Return);
-    EXPECT_EQ(stored().channels[4].color, 0x4B568C) << "0xBBGGRR of the one after its own";
+    EXPECT_EQ(stored().channels[4].color, channelPalette()[5]) << "of the one after its own";
     const auto swatch = [this](int row) {
         const QModelIndex cell = table_.model()->index(row, ChannelModel::Color);
         return qvariant_cast<QIcon>(cell.data(Qt::DecorationRole)).pixmap(16).toImage();
     };
-    EXPECT_EQ(swatch(4).pixelColor(8, 8), QColor(0x8C, 0x56, 0x4B));
+    EXPECT_EQ(swatch(4).pixelColor(8, 8), QColor(0xB4, 0x0F, 0xFF));
     const auto key = [this](int row) {
         return qvariant_cast<QIcon>(table_.model()->index(row, ChannelModel::Color).data(Qt::DecorationRole))
             .cacheKey();

@@ -61,6 +61,8 @@ protected:
         description.addChannelRange(5.0, -5.0);
         ASSERT_TRUE(description.writeForDataFile(name));
         ASSERT_TRUE(form_->openRecording(name));
+        ASSERT_TRUE(QTest::qWaitForWindowActive(form_.get()));
+        view()->setFocus();  // keys are those of what has it
     }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyClick(view(), key, modifiers);

@@ -203,7 +203,8 @@ int parseExportOptions(int argc, const char* const* argv, ExportOptions& options
                  "tarno2-export"};
     app.footer(
         "A piece of a recording that was cut is converted like a recording of its own.\n"
-        "Formats: csv text; wav WAVE or, from 4 GiB on, RF64; sr a session of sigrok; npy NumPy; edf EDF+; bdf BDF+.\n"
+        "Formats: csv text; wav WAVE or, from 4 GiB on, RF64; sr a session of sigrok; npy NumPy; edf EDF+; bdf BDF+; "
+        "dat a recording.\n"
         "docs/exports.md tells what is in them.\n"
         "Exit status: 0 done, 1 stopped, 2 bad use or bad input.");
     addUsualOptions(app);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,7 @@ struct DigitalLineSettings {
     int32_t zeroLevel = 0;    ///< -1000 (bottom) to 1000 (top of the code range)
     int32_t amplitude = 100;  ///< 0 to 1000, thousandths of the full code range
     int32_t color = 0;        ///< 0xBBGGRR
+    friend bool operator==(const DigitalLineSettings&, const DigitalLineSettings&) = default;
 };
 
 /// What the conversion of a recording to text was last set to.
@@ -54,9 +56,14 @@ struct TextExportSettings {
     int32_t header = 0;              ///< 1: a first line of headings
 };
 
+/// Colours that channels have by default, 0xBBGGRR: told apart also by the colour-blind, on light and on dark.
+[[nodiscard]] std::span<const int32_t> channelPalette();
+
 /// The whole interactive state that is kept between runs, with its start values.
 struct ProgramSettings {
     ProgramSettings();
+    /// Channels that have the default colour of an earlier version get that of this one, once.
+    void renewColors();
 
     /// What is asked of the next recording. Its channels come from the rows below, and its end from the stop value.
     RecordingWish wish;
@@ -108,8 +115,11 @@ struct ProgramSettings {
     bool spectrumWhole = false;        ///< over the whole picture also while there are cursors
     int32_t spectrumHeight = 0;        ///< of its pane, pixels; 0: as it comes
     int32_t viewLanes = -1;            ///< 0 curves one upon the other, 1 in lanes, -1 in lanes when they are many
-    bool viewClock = false;            ///< the X axis tells the time of day
-    bool viewCommonScale = false;      ///< lanes of one unit share their scale
+    int32_t viewRecords = 0;           ///< so many triggered records over each other; 0: the signal in its course
+    std::string recentRecordings;      ///< data files, the newest first, parted by "|"
+    int32_t palette = 0;           ///< generation of the default colours that the channels' colours were chosen from
+    bool viewClock = false;        ///< the X axis tells the time of day
+    bool viewCommonScale = false;  ///< lanes of one unit share their scale
 
     // The windows.
     bool stayOnTop = false;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+#include <functional>
+#include <string>
+
+class QMenu;
+class QWidget;
+
+namespace tarno2 {
+
+/// The list with that data file in front, ten at most, parted by "|". A name that has this letter itself is left out.
+[[nodiscard]] std::string withRecent(const std::string& list, const std::string& dataFile);
+
+/// Puts the recordings of the list into a menu, those that are gone greyed. Window thread.
+void fillRecent(QMenu& menu, const std::string& list, std::function<void(const std::string& dataFile)> open);
+
+/// Opens a recording whose data file or description is dropped on a window, which owns this.
+class RecordingDrop : public QObject {
+public:
+    RecordingDrop(QWidget& window, std::function<void(const std::string& dataFile)> open);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    std::function<void(const std::string& dataFile)> open_;
+};
+
+}  // namespace tarno2
