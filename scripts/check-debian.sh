@@ -63,9 +63,14 @@ fi
 
 echo "== a Debian 12"
 if [ ! -f "$root/complete" ]; then
-    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | head -n 1)
+    # From where this machine has its packages, if it is a Debian 12.
+    find_mirror() {
+        apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Codename: bookworm' | sed -n 1p
+    }
+    mirror=$(find_mirror)
+    [ -n "$mirror" ] || { as_root apt-get -q update >/dev/null && mirror=$(find_mirror); }
     rm -rf "$root"
-    debootstrap --variant=minbase bookworm "$root" "$mirror" >build/debootstrap.log 2>&1 ||
+    debootstrap --variant=minbase bookworm "$root" ${mirror:+"$mirror"} >build/debootstrap.log 2>&1 ||
         { tail -n 20 build/debootstrap.log && fail "no Debian 12"; }
     touch "$root/complete"
 fi
