@@ -105,6 +105,8 @@ struct PassportEnd {
     std::string words;   ///< what else is known; may be empty
     std::vector<PassportLoss> losses;
     std::vector<ClockPair> clock;
+    /// Frames of the running signal that were shown and not kept before frame 0; nothing: it was not monitored before.
+    std::optional<uint64_t> monitoredFrames;
 };
 
 /// Everything that is known of a recording.

@@ -170,6 +170,9 @@ void readCourse(const Fields& fields, Passport& passport) {
     passport.end.utc = end.time("utc");
     passport.end.reason = end.text("reason");
     passport.end.words = end.textIfThere("words");
+    if (fields.has("monitoredFrames")) {
+        passport.end.monitoredFrames = fields.number<uint64_t>("monitoredFrames");
+    }
     if (fields.has("marks")) {
         const Fields marks = fields.object("marks");
         passport.marks = {marks.text("file"), marks.number<uint64_t>("count")};

@@ -200,6 +200,9 @@ std::string passportText(const Passport& passport) {
         json.add("losses", lossesOf(passport.end.losses))
             .add("clock", clockOf(passport.end.clock))
             .add("end", endOf(passport.end));
+        if (passport.end.monitoredFrames) {
+            json.add("monitoredFrames", *passport.end.monitoredFrames);
+        }
         if (passport.marks) {
             Object marks;
             marks.add("file", passport.marks->file).add("count", passport.marks->count);

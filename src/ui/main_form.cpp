@@ -101,6 +101,7 @@ void T_MainForm::buildPanels() {
 }
 
 void T_MainForm::connectStrip() {
+    connect(&strip_->monitorButton(), &QPushButton::clicked, this, &T_MainForm::MonitorClick);
     connect(&strip_->startButton(), &QPushButton::clicked, this, &T_MainForm::StartButtonClick);
     connect(&strip_->noChecksumsButton(), &QPushButton::clicked, this, [this] { host_.giveUpChecksums(); });
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);

@@ -74,6 +74,7 @@ public:
 
     // What the operator did.
     void StartButtonClick();
+    void MonitorClick();
     void StopButtonClick();
     void btnAutoStartClick(bool down);
     void MarkClick();
@@ -179,7 +180,9 @@ private:
 
     // Recording (main_form_recording.cpp).
     void startRecording();
-    void startWhenFound();
+    void startMonitoring();
+    void withBoard(void (T_MainForm::*step)());
+    void doWhenFound(void (T_MainForm::*step)());
     [[nodiscard]] bool answersAllowStart();
     void begin();
     void recover(const std::string& folder, const QString& nothingFound);
@@ -187,6 +190,7 @@ private:
     [[nodiscard]] bool ask(const QString& question, TextId go);
     void tell(const QString& message);
     void showConditions();
+    void allowStarts();
 
     /// Runs a step; what it throws is logged, and the window goes on.
     template <typename Step>
@@ -201,7 +205,7 @@ private:
     ScoperLibrary scoper_;  ///< outlives the view
     SessionHost host_;
     BoardSearch search_;                             ///< goes before what it looks with
-    bool startWhenFound_ = false;                    ///< a start waits for the board
+    void (T_MainForm::*whenFound_)() = nullptr;      ///< the start that waits for the board; null: none does
     QPointer<QWidget> focusBeforeSearch_;            ///< what the search has taken the keys from
     QTimer searchTimer_;                             ///< runs while the driver searches for boards by itself
     std::function<void(ApplyOutcome)> afterSearch_;  ///< waits for the board; null: nobody does

@@ -33,6 +33,7 @@ void T_MainForm::connectMenu() {
         connect(action, &QAction::triggered, this, handler);
     };
     does(menu_.start, &T_MainForm::StartButtonClick);
+    does(menu_.monitor, &T_MainForm::MonitorClick);
     does(menu_.stop, &T_MainForm::StopButtonClick);
     does(menu_.mark, &T_MainForm::MarkClick);
     connect(menu_.marks, &QAction::triggered, this, [this] { showForm_->MarksClick(); });

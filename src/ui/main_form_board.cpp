@@ -41,8 +41,8 @@ void T_MainForm::lookForBoard(std::function<ApplyOutcome()> search, std::functio
                         }
                         boardChanged();
                     });
-                    if (!afterSearch_ && std::exchange(startWhenFound_, false)) {
-                        startRecording();
+                    if (!afterSearch_ && whenFound_ != nullptr) {
+                        (this->*std::exchange(whenFound_, nullptr))();
                     }
                 });
 }
@@ -72,8 +72,7 @@ void T_MainForm::showLooking(bool looking) {
     channelsPanel_->table().setEnabled(!looking);
     boardPanel_->setLooking(looking);
     menu_.additional->setEnabled(!looking);
-    menu_.start->setEnabled(!looking && !control().running());
-    strip_->startButton().setEnabled(menu_.start->isEnabled());
+    allowStarts();
     if (looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);
     } else if (focusBeforeSearch_ != nullptr) {
@@ -114,7 +113,7 @@ void T_MainForm::showBoard() {
 void T_MainForm::DriverBoxChange(const QString& name) {
     guarded("DriverBoxChange", [this, &name] {
         storeControls();
-        startWhenFound_ = false;
+        whenFound_ = nullptr;
         lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
                      [this](ApplyOutcome outcome) {
                          showChosenBoard(outcome);
@@ -126,7 +125,7 @@ void T_MainForm::DriverBoxChange(const QString& name) {
 void T_MainForm::BaseBoxChange(uint32_t number) {
     guarded("BaseBoxChange", [this, number] {
         storeControls();
-        startWhenFound_ = false;
+        whenFound_ = nullptr;
         lookForBoard(
             [this, number] {
                 return selection().BaseBoxChange(number) ? ApplyOutcome::Done : ApplyOutcome::BoardError;
@@ -150,12 +149,12 @@ void T_MainForm::DriverSettingChange(const QString& key, const QString& value) {
             return;
         }
         storeControls();
-        startWhenFound_ = false;
+        whenFound_ = nullptr;
         lookForBoard([this, told = DriverValue{key.toStdString(),
                                                toFileName(value)}] { return selection().changeSetting(told); },
                      [this, key](ApplyOutcome outcome) {
                          if (outcome == ApplyOutcome::SettingRefused) {
-                             startWhenFound_ = false;
+                             whenFound_ = nullptr;
                              boardPanel_->driverSettings().showRefusal(key, fromMessage(selection().refusal()));
                          } else {
                              showChosenBoard(outcome);
@@ -167,7 +166,7 @@ void T_MainForm::DriverSettingChange(const QString& key, const QString& value) {
 void T_MainForm::SearchAgainClick() {
     guarded("SearchAgainClick", [this] {
         storeControls();
-        startWhenFound_ = false;
+        whenFound_ = nullptr;
         lookForBoard(
             [this, loaded = selection().driver().loaded(), driver = settings_.wish.driver, base = settings_.wish.base,
              drq = settings_.drqNumber] {

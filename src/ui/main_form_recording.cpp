@@ -104,13 +104,23 @@ void T_MainForm::showRecovered(const std::vector<RecoveryReport>& reports, const
     }
 }
 
-// A board that could not be used may have been switched on or plugged in since.
 void T_MainForm::StartButtonClick() {
+    withBoard(&T_MainForm::startRecording);
+}
+
+void T_MainForm::MonitorClick() {
+    withBoard(&T_MainForm::startMonitoring);
+    // The click has changed what shows whether it is on.
+    guarded("MonitorClick", [this] { allowStarts(); });
+}
+
+// A board that could not be used may have been switched on or plugged in since.
+void T_MainForm::withBoard(void (T_MainForm::*step)()) {
     if (!control().running()) {
         boardPanel_->driverSettings().finish();
     }
     if (search_.busy() || afterSearch_) {
-        startWhenFound();
+        doWhenFound(step);
         return;
     }
     if (boardPanel_->driverSettings().refused()) {
@@ -118,34 +128,35 @@ void T_MainForm::StartButtonClick() {
         return;
     }
     if (!host_.startNeedsBoard()) {
-        startRecording();
+        (this->*step)();
         return;
     }
-    guarded("StartButtonClick", [this] {
+    guarded("StartButtonClick", [this, step] {
         storeControls();
-        startWhenFound_ = true;
+        whenFound_ = step;
         lookForBoard([this, driver = settings_.wish.driver, base = settings_.wish.base,
                       drq = settings_.drqNumber] { return selection().apply(driver, base, drq); },
                      [this](ApplyOutcome outcome) {
                          if (!host_.boardFoundForStart(outcome)) {
-                             startWhenFound_ = false;
+                             whenFound_ = nullptr;
                          }
                      });
         if (afterSearch_) {
-            startWhenFound();
+            doWhenFound(step);
         }
     });
 }
 
-void T_MainForm::startWhenFound() {
-    startWhenFound_ = true;
+void T_MainForm::doWhenFound(void (T_MainForm::*step)()) {
+    whenFound_ = step;
     messages_->add(MessageList::Kind::Information, uiText(TextId::StartsWhenFound));
 }
 
 void T_MainForm::startRecording() {
     bool goes = false;
     guarded("StartButtonClick", [this, &goes] {
-        goes = control().running() || answersAllowStart();
+        const bool recording = control().running() && !control().monitoring();
+        goes = recording || answersAllowStart();
         if (goes) {
             strip_->setAttention({});
         }
@@ -159,6 +170,11 @@ void T_MainForm::startRecording() {
             strip_->stopButton().setFocus();
         }
     });
+}
+
+void T_MainForm::startMonitoring() {
+    strip_->setAttention({});
+    host_.monitor();
 }
 
 void T_MainForm::StopButtonClick() {
@@ -214,7 +230,8 @@ bool T_MainForm::FormCloseQuery() {
         return true;
     }
     if (control().running()) {
-        if (!host_.ending() && !host_.consoleMode() && !ask(uiText(TextId::CloseQuestion), TextId::StopAndClose)) {
+        const bool asks = !host_.ending() && !host_.consoleMode() && !control().monitoring();
+        if (asks && !ask(uiText(TextId::CloseQuestion), TextId::StopAndClose)) {
             return false;
         }
         StopButtonClick();

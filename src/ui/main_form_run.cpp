@@ -54,18 +54,21 @@ void T_MainForm::runBegun() {
         return;
     }
     rememberRecording();
-    const std::string& file = host_.watch().facts().file;
+    const RunFacts& facts = host_.watch().facts();
     strip_->setLosses(0);
-    strip_->setLossList(fromFileName(RecordingName(file).losses()));
-    messages_->add(MessageList::Kind::Information, uiText(TextId::RecordingStarted, {fromFileName(file)}));
+    strip_->setLossList(facts.monitored ? QString() : fromFileName(RecordingName(facts.file).losses()));
+    messages_->add(MessageList::Kind::Information, facts.monitored
+                                                       ? uiText(TextId::MonitoringStarted)
+                                                       : uiText(TextId::RecordingStarted, {fromFileName(facts.file)}));
     showRunningSignal();
     strip_->marks().end();
-    strip_->marks().show();
-    panels_->setLocked(true);
-    foldForRun(true);
-    menu_.setLocked(true);
+    strip_->marks().setVisible(!facts.monitored);
+    const SettingsLock lock = facts.monitored ? SettingsLock::Board : SettingsLock::All;
+    panels_->setLocked(lock);
+    foldForRun(!facts.monitored);
+    menu_.setLocked(lock);
     diskClock_.start();
-    sleepInhibitor_.hold(uiText(TextId::StatusRecording));
+    sleepInhibitor_.hold(uiText(facts.monitored ? TextId::StatusMonitoring : TextId::StatusRecording));
     refreshTimer_.start();
 }
 
@@ -78,9 +81,9 @@ void T_MainForm::runEnded() {
     strip_->marks().hide();
     showForm_->recordingStopped();
     refreshTimer_.stop();
-    panels_->setLocked(false);
+    panels_->setLocked(SettingsLock::None);
     foldForRun(false);
-    menu_.setLocked(false);
+    menu_.setLocked(SettingsLock::None);
     setWindowTitle(uiText(TextId::ProgramName));
     refreshDisk();
 }
@@ -90,10 +93,9 @@ void T_MainForm::showRun() {
         return;
     }
     const bool running = host_.watch().running();
-    menu_.start->setEnabled(!running && !search_.busy());
-    strip_->startButton().setEnabled(menu_.start->isEnabled());
+    allowStarts();
     menu_.stop->setEnabled(running);
-    menu_.mark->setEnabled(running);
+    menu_.mark->setEnabled(running && !host_.watch().facts().monitored);
     strip_->stopButton().setEnabled(running);
     showConditions();
     const RunFigures& figures = host_.watch().figures();
@@ -108,6 +110,18 @@ void T_MainForm::showRun() {
     }
     setWindowTitle(fromCodePage(formatDuration(figures.elapsedSeconds)) + QLatin1Char(' ') +
                    plainText(stateText(strip_->state())) + QStringLiteral(" - ") + uiText(TextId::ProgramName));
+}
+
+// What is monitored can be recorded, or ended; what is recorded can be ended alone.
+void T_MainForm::allowStarts() {
+    const bool monitoring = control().monitoring();
+    const bool allowed = (!control().running() || monitoring) && !search_.busy();
+    menu_.start->setEnabled(allowed);
+    strip_->startButton().setEnabled(allowed);
+    menu_.monitor->setEnabled(allowed && !host_.consoleMode());
+    menu_.monitor->setChecked(monitoring);
+    strip_->monitorButton().setEnabled(menu_.monitor->isEnabled());
+    strip_->monitorButton().setChecked(monitoring);
 }
 
 void T_MainForm::showConditions() {
@@ -126,6 +140,10 @@ void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
         messages_->add(Kind::Information, uiText(*end.message));
     }
     strip_->setLosses(result.losses.size());
+    if (result.monitored) {
+        messages_->add(Kind::Information, uiText(TextId::MonitoringEnded));
+        return;
+    }
     const QString frames = fromCodePage(formatCount(host_.watch().frames(result.bytes)));
     messages_->add(Kind::Information, end.summary == TextId::RecordingEnded
                                           ? uiText(end.summary, {frames, QString::number(result.files)})

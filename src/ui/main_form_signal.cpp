@@ -68,6 +68,10 @@ void T_MainForm::showRunningSignal() {
                                      settings_.channels[static_cast<size_t>(number) % settings_.channels.size()].label);
     }
     recording.format.lineNames = settings_.wish.lineNames;
+    if (host_.watch().facts().monitored) {
+        showForm_->recordingStarted(std::move(recording));
+        return;
+    }
     recording.fileName = host_.watch().facts().file;
     if (settings_.wish.synchro.SynchroAnalyzeMode == kModeSynchronisation) {
         const SynchroSizes& sizes = settings_.wish.synchroSizes;

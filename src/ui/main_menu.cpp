@@ -15,6 +15,7 @@ namespace tarno2 {
 MainMenu::MainMenu(QMainWindow& window)
     : window_(window),
       start(add(TextId::CommandStart, Qt::Key_F5)),
+      monitor(addToggle(TextId::CommandMonitor, Qt::Key_F4)),
       stop(add(TextId::CommandStop, Qt::Key_F6)),
       cycle(addToggle(TextId::CommandCycleStart)),
       mark(add(TextId::CommandMark, Qt::Key_F8)),
@@ -81,7 +82,7 @@ void MainMenu::buildMenus() {
     file->addSeparator();
     file->addAction(exit);
     QMenu* recording = addMenu(TextId::MenuRecording);
-    recording->addActions({start, stop, cycle, mark});
+    recording->addActions({monitor, start, stop, cycle, mark});
     recording->addSeparator();
     recording->addAction(additional);
     view = addMenu(TextId::MenuView);
@@ -107,11 +108,12 @@ void MainMenu::retranslate() {
     (languageTable().selected() == kLanguageRussian ? russian : english)->setChecked(true);
 }
 
-void MainMenu::setLocked(bool locked) {
-    for (QAction* action : {chooseFile, openRecording, additional}) {
-        action->setEnabled(!locked);
+void MainMenu::setLocked(SettingsLock lock) {
+    openRecording->setEnabled(lock == SettingsLock::None);
+    for (QAction* action : {chooseFile, additional}) {
+        action->setEnabled(lock != SettingsLock::All);
     }
-    recent->setEnabled(!locked);
+    recent->setEnabled(lock == SettingsLock::None);
 }
 
 }  // namespace tarno2

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "language/text_ids.h"
+#include "ui/panels/settings_lock.h"
 
 class QAction;
 class QMainWindow;
@@ -19,8 +20,8 @@ public:
     explicit MainMenu(QMainWindow& window);
     /// Sets every text in the language chosen last.
     void retranslate();
-    /// While a recording runs some commands are off.
-    void setLocked(bool locked);
+    /// While a recording runs, or the board is monitored, some commands are off.
+    void setLocked(SettingsLock lock);
 
 private:
     QAction* add(TextId text, const QKeySequence& key = {});
@@ -34,6 +35,7 @@ private:
 
 public:
     QAction* const start;
+    QAction* const monitor;
     QAction* const stop;
     QAction* const cycle;
     QAction* const mark;

@@ -37,7 +37,9 @@ void T_ShowForm::takeMarks() {
 
 // The last ones came when nobody could be asked for them any more.
 void T_ShowForm::takeFinishedMarks() {
-    liveMarks_.add(findMarks(RecordingName(live_->fileName()).marks()).marks);
+    if (!live_->fileName().empty()) {
+        liveMarks_.add(findMarks(RecordingName(live_->fileName()).marks()).marks);
+    }
     showMarkList();
 }
 

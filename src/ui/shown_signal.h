@@ -57,14 +57,14 @@ private:
     std::vector<int32_t> channels_;  ///< in the order of the channel list
 };
 
-/// What the view has to know of a recording that begins.
+/// What the view has to know of a recording that begins, or of a signal that is monitored.
 struct LiveRecording {
     SignalFormat format;
     std::vector<int32_t> channels;            ///< physical numbers in the order of the channel list
-    std::string fileName;                     ///< of the first data file
+    std::string fileName;                     ///< of the first data file; empty: nothing is kept
     std::optional<TriggeredRecords> records;  ///< that synchronisation puts into the file
     bool everyFrameWritten = true;            ///< false: synchronisation chooses, and the file has frames of its own
-    /// The recording's writer; null once its session is gone. Asked before each use.
+    /// The recording's writer; null once its session is gone. Asked before each use. Empty: there is none.
     std::function<DataWriter*()> writer;
     /// Likewise, what is marked in it.
     std::function<const MarkWriter*()> marks;

@@ -36,10 +36,11 @@ const StateLook& lookOf(RunState state) {
     static constexpr const char* kGrey = "#5f6671";
     static constexpr const char* kRed = "#d32f2f";
     static constexpr const char* kAmber = "#ffb300";
+    static constexpr const char* kBlue = "#1565c0";
     static constexpr const char* kDarkRed = "#7f0000";
     static constexpr const char* kWhite = "#ffffff";
     static constexpr const char* kBlack = "#000000";
-    static constexpr std::array<StateLook, 9> kLooks = {{
+    static constexpr std::array<StateLook, 10> kLooks = {{
         {TextId::StatusReady, kGrey, kWhite, u'\u25CB'},
         {TextId::StatusStarting, kAmber, kBlack, u'\u2026'},
         {TextId::StatusWaitingForStart, kAmber, kBlack, u'\u2026'},
@@ -49,6 +50,7 @@ const StateLook& lookOf(RunState state) {
         {TextId::StatusStopping, kAmber, kBlack, u'\u2026'},
         {TextId::StatusStopped, kGrey, kWhite, u'\u25A0'},
         {TextId::StatusError, kDarkRed, kWhite, u'\u2716'},
+        {TextId::StatusMonitoring, kBlue, kWhite, u'\u25C9'},
     }};
     return kLooks.at(static_cast<size_t>(state));
 }
@@ -138,6 +140,8 @@ void StateStrip::buildButtons(QHBoxLayout* row) {
         row->addWidget(made);
         return made;
     };
+    monitor_ = button("MonitorButton");
+    monitor_->setCheckable(true);
     start_ = button("StartButton");
     stop_ = button("StopButton");
     cycle_ = button("btnAutoStart");
@@ -182,6 +186,7 @@ void StateStrip::buildFigures(QHBoxLayout* row) {
 }
 
 void StateStrip::drawIcons() {
+    monitor_->setIcon(commandIcon(CommandIcon::Monitor, palette()));
     start_->setIcon(commandIcon(CommandIcon::Start, palette()));
     stop_->setIcon(commandIcon(CommandIcon::Stop, palette()));
     cycle_->setIcon(commandIcon(CommandIcon::Cycle, palette()));
@@ -315,6 +320,8 @@ void StateStrip::setLossList(const QString& fileName) {
 
 void StateStrip::retranslate() {
     // Two lines leave more room for the figures.
+    monitor_->setText(uiText(TextId::CommandMonitor) + QStringLiteral("\nF4"));
+    monitor_->setToolTip(uiText(TextId::CommandMonitorHint));
     start_->setText(uiText(TextId::CommandStart) + QStringLiteral("\nF5"));
     stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("\nF6"));
     const QString cycle = plainText(TextId::CommandCycleStart);

@@ -25,9 +25,9 @@ class TriggerButton;
 /// The word for a state.
 [[nodiscard]] TextId stateText(RunState state);
 
-/// The upper part of the main window. One row: start, stop and cycle buttons, the state in a colour and a word, time,
-/// progress and figures of the recording, and what triggers it; a line in the state's colour below. Further figures
-/// unfold, and what needs attention stands below it all. Window thread.
+/// The upper part of the main window. One row: buttons to monitor, start, stop and go on, the state in a colour and a
+/// word, time, progress and figures of the recording, and what triggers it; a line in the state's colour below. Further
+/// figures unfold, and what needs attention stands below it all. Window thread.
 class StateStrip : public QWidget {
     Q_OBJECT
 
@@ -53,6 +53,7 @@ public:
     void retranslate();
 
     [[nodiscard]] QPushButton& startButton() { return *start_; }
+    [[nodiscard]] QPushButton& monitorButton() { return *monitor_; }
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
     [[nodiscard]] MarkControls& marks() { return *marks_; }
@@ -76,6 +77,7 @@ private:
 
     RunState state_ = RunState::Ready;
     RunFigures figures_;
+    QPushButton* monitor_ = nullptr;
     QPushButton* start_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;

@@ -43,6 +43,15 @@ void drawMode(QPainter& painter, int mode) {
 void drawCommand(QPainter& painter, CommandIcon command) {
     const QColor color = painter.pen().color();
     switch (command) {
+        case CommandIcon::Monitor: {  // an eye
+            QPainterPath lids(QPointF(1.0, 8.0));
+            lids.quadTo(QPointF(8.0, 0.5), QPointF(15.0, 8.0));
+            lids.quadTo(QPointF(8.0, 15.5), QPointF(1.0, 8.0));
+            painter.drawPath(lids);
+            painter.setBrush(color);
+            painter.drawEllipse(QPointF(8.0, 8.0), 2.0, 2.0);
+            break;
+        }
         case CommandIcon::Start: {
             QPainterPath triangle(QPointF(4.0, 2.0));
             triangle.lineTo(14.0, 8.0);

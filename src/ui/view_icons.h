@@ -12,7 +12,7 @@ namespace tarno2 {
 /// colours and sharp at every scale.
 [[nodiscard]] QIcon followIcon(int mode, const QPalette& palette);
 
-enum class CommandIcon { Start, Stop, Cycle };
+enum class CommandIcon { Monitor, Start, Stop, Cycle };
 
 /// The picture of a command of the recording, drawn like those above.
 [[nodiscard]] QIcon commandIcon(CommandIcon command, const QPalette& palette);

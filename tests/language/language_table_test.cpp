@@ -94,9 +94,9 @@ char32_t mnemonic(const std::string& text) {
 TEST(LanguageTable, UnderlinesEachLetterOnceInAMenu) {
     using enum TextId;
     const std::vector<std::vector<TextId>> menus = {
-        {MenuFile, MenuRecording, MenuView, MenuSettings, MenuHelp, CommandStart, CommandStop},
+        {MenuFile, MenuRecording, MenuView, MenuSettings, MenuHelp, CommandMonitor, CommandStart, CommandStop},
         {MenuOpenRecording, MenuChooseFile, MenuSaveAsText, MenuRecover, MenuExit},
-        {CommandStart, CommandStop, CommandCycleStart, MenuAdditionalSettings},
+        {CommandMonitor, CommandStart, CommandStop, CommandCycleStart, CommandMark, MenuAdditionalSettings},
         {MenuShowSignal, MenuDetachSignal, MenuShowPanels, MenuShowMessages, MenuExtendedChannels},
         {MenuManual, MenuAbout},
         {KeepAndStart, GoBack},

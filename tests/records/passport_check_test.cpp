@@ -14,7 +14,7 @@ Passport consistent() {
     passport.synchronisation = {"records", 10, 30, false, {{"trigger", 0, -1, "rises", 0.5}}};
     passport.pieces = {{"run.dat", 80, 320, 2, {}}, {"run_1.dat", 40, 160, 1, std::string(64, 'a')}};
     passport.triggers = {1000, 2000, 3000};
-    passport.end = {0, 1'000'000, "user", {}, {}, {{0, 5, 0}, {5000, 1'000'000'005, 1'000'000}}};
+    passport.end = {0, 1'000'000, "user", {}, {}, {{0, 5, 0}, {5000, 1'000'000'005, 1'000'000}}, {}};
     return passport;
 }
 

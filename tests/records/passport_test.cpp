@@ -29,7 +29,8 @@ Passport everything() {
     passport.triggers = {1000, 2000, 3000};
     passport.end = {
         0,          kMoment + 60'000'000,  "size",
-        "as asked", {{"board", 12345, 7}}, {{0, 5, kMoment}, {299985, 60'000'000'005, kMoment + 60'000'000}}};
+        "as asked", {{"board", 12345, 7}}, {{0, 5, kMoment}, {299985, 60'000'000'005, kMoment + 60'000'000}},
+        4321};
     return passport;
 }
 
@@ -50,6 +51,7 @@ TEST(Passport, IsReadBackAsItWasWritten) {
     EXPECT_EQ(read.start, kMoment);
     EXPECT_EQ(read.end.clock, everything().end.clock);
     EXPECT_EQ(read.triggers, everything().triggers);
+    EXPECT_EQ(read.end.monitoredFrames, 4321U);
 }
 
 TEST(Passport, TellsWhereEachRecordIsAndWhenItWasTriggered) {

@@ -263,7 +263,7 @@ TEST_F(Panels, ARecordingLocksWhatItDependsOn) {
                                   "FileNameEdit", "StopModeBox",     "CutModeBox",       "HDDTestSpeedBox",
                                   "SameGainBox",  "SelectAllButton", "AutoStartOnRunBox"};
     const char* const open[] = {"RussianChooseButton", "CycleStartBox", "ExtendedChannelModeBox", "ChannelTable"};
-    stack_.setLocked(true);
+    stack_.setLocked(SettingsLock::All);
     languageTable().select(kLanguageRussian);
     stack_.retranslate();
     for (const char* name : locked) {
@@ -273,7 +273,10 @@ TEST_F(Panels, ARecordingLocksWhatItDependsOn) {
     for (const char* name : open) {
         EXPECT_TRUE(find<QWidget>(name)->isEnabled()) << name;
     }
-    stack_.setLocked(false);
+    stack_.setLocked(SettingsLock::Board);
+    EXPECT_FALSE(find<QWidget>("FrequencyBox")->isEnabled());
+    EXPECT_TRUE(find<QWidget>("FileNameEdit")->isEnabled() && find<QWidget>("StopModeBox")->isEnabled());
+    stack_.setLocked(SettingsLock::None);
     for (const char* name : locked) {
         EXPECT_TRUE(find<QWidget>(name)->isEnabled()) << name;
         EXPECT_NE(find<QWidget>(name)->toolTip(), uiText(TextId::PanelLockedHint)) << name;

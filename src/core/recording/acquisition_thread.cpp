@@ -130,6 +130,7 @@ bool AcquisitionThread::startBoard() {
         return false;
     }
     begunAt_ = utcMicroseconds();
+    keeps_ = link_.keepAsked();
     uint64_t written = 0;
     counts_ = driver_.device().get(kADCGetSamplesWritten, written);
     startAwaited_ = board_.settings.externalStart;
@@ -139,6 +140,32 @@ bool AcquisitionThread::startBoard() {
     askEnd();
     askMarks();
     return true;
+}
+
+// Between two blocks: has the session come to be kept meanwhile?
+void AcquisitionThread::takeUp() {
+    if (!keeps_ && link_.keepAsked()) {
+        keeps_ = true;
+        beginHere();
+    }
+}
+
+// The recording begins with the frame that is read next; one that the decimation has begun to gather is that frame.
+void AcquisitionThread::beginHere() {
+    const uint64_t group = uint64_t{board_.settings.channelCount()} * board_.decimation;
+    const uint64_t frames = ring_->readPosition() / group;
+    origin_ = frames * group;
+    const int64_t ago = age(origin_);
+    begunAt_ = utcMicroseconds() - ago;
+    board_.writer().setCreateTime(localTime(static_cast<uint64_t>(ago / 1000)));
+    noteClock(false);
+    link_.setWorstLoad(0);
+    if (board_.liveTap != nullptr) {
+        board_.liveTap->restart();
+    }
+    link_.setFramesBefore(frames);
+    report_.monitoredFrames = frames;
+    report_.startCame = true;
 }
 
 // A board that waits for an external signal, or runs from an external clock, may be silent for as long as it likes.
@@ -173,7 +200,6 @@ void AcquisitionThread::fail(ErrorDetail detail, const std::string& problem) {
 
 void AcquisitionThread::closeFiles() {
     bool saved = false;
-    decideCode();
     tellPassport();
     try {
         saved = board_.writer().Close();
@@ -198,6 +224,7 @@ void AcquisitionThread::tellPassport() {
     try {
         PassportEnd end = passportEnd(report_, link_.outsideEnd());
         end.begun = begunAt_;
+        end.monitoredFrames = report_.monitoredFrames;
         end.clock.assign(clock_.pairs().begin(), clock_.pairs().end());
         board_.writer().setEnd(std::move(end));
     } catch (const std::bad_alloc&) {
@@ -232,7 +259,11 @@ void AcquisitionThread::completeReport(bool saved) {
 void AcquisitionThread::finish() {
     driver_.stop();
     buffer_.reset();
-    closeFiles();
+    decideCode();
+    report_.monitored = link_.endUnkept();
+    if (!report_.monitored) {
+        closeFiles();
+    }
     DEBUG_LOG("Worst load of the ring = %u of 1000", link_.worstLoad());
     DEBUG_LOG("Thread Exit rezAdd = %d, Code = %d", result_, static_cast<int>(report_.code));
     // Who never hears of the end would wait for it for ever; memory may be there again in a moment.
@@ -247,7 +278,7 @@ bool AcquisitionThread::notify() {
     }
     try {
         Notification notification{board_.number(), report_};
-        if (report_.code == StopCode::Running) {
+        if (report_.code == StopCode::Running && keeps_) {
             notification.result.bytes = board_.writer().totalBytes();
         }
         link_.target()->post(notification);
@@ -263,8 +294,10 @@ void AcquisitionThread::notifyProgress() {
     if (report_.code != StopCode::Running) {
         return;
     }
-    report_.startCame = startAwaited_ && ring_->readPosition() > 0;
-    startAwaited_ = startAwaited_ && !report_.startCame;
+    if (startAwaited_ && ring_->readPosition() > 0) {
+        startAwaited_ = false;
+        report_.startCame = true;
+    }
     if (fallsBehind() || report_.startCame || now - lastProgress_ >= kProgressPeriodMs) {
         lastProgress_ = now;
         static_cast<void>(notify());
@@ -274,6 +307,9 @@ void AcquisitionThread::notifyProgress() {
 }
 
 bool AcquisitionThread::fallsBehind() {
+    if (!keeps_) {
+        return false;
+    }
     const uint64_t waiting = board_.writer().waitingBytes();
     report_.waitingBytes = diskWatch_.fallsBehind(waiting, board_.writer().bufferBytes()) ? waiting : 0;
     return report_.waitingBytes > 0;

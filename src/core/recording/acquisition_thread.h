@@ -24,6 +24,9 @@ namespace tarno2 {
 /// driver's ring, or of a slow board what it has counted, through the evaluator into the data file until something ends
 /// the recording. On every way out the files are closed and described and one final notification is posted.
 ///
+/// A session that is only monitored goes the same way as far as the live tap. Once it is told to keep what it reads,
+/// the next block begins the recording: what is told of it counts from there.
+///
 /// Between pieces of a recording it neither allocates nor locks.
 class AcquisitionThread {
 public:
@@ -48,6 +51,8 @@ private:
     [[nodiscard]] StartFailure prepare();
     void waitAndMeasure();
     [[nodiscard]] bool startBoard();
+    void takeUp();
+    void beginHere();
     void measure();
     void finish();
 
@@ -60,6 +65,9 @@ private:
     void askMarks();
     void markEdges(std::span<const std::byte> block);
     void markAt(MarkSource source, uint64_t position, int64_t now, std::string_view text);
+    void wakeMarks();
+    [[nodiscard]] int64_t age(uint64_t position) const;
+    [[nodiscard]] uint64_t keptFrame(uint64_t position) const;
     void readHalves();
     void readCounted();
     void readUpTo(uint64_t end);
@@ -111,6 +119,9 @@ private:
     int32_t result_ = kGoOn;
     bool unplugged_ = false;
     bool begun_ = false;  ///< the first block was processed
+    bool keeps_ = false;  ///< the evaluator, the writer and the marks are here to be used
+    /// The sample that the recording counts from: 0, or where one that was monitored began to be kept.
+    uint64_t origin_ = 0;
     std::optional<LocalTime> noDataSince_;
     uint64_t lastHalves_ = 0;
     uint64_t lastProgress_ = 0;

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <utility>
 
 #include "config/logs/debug_log.h"
@@ -100,8 +99,8 @@ void AcquisitionThread::askCount() {
 // follows from the count of a source that has ended.
 void AcquisitionThread::noteClock(bool last) {
     const uint64_t now = monotonicNanoseconds();
-    if (!end_ && (last || clock_.isDue(now))) {
-        clock_.add({ring_->written() / board_.settings.channelCount() / board_.decimation, now, utcMicroseconds()});
+    if (keeps_ && !end_ && (last || clock_.isDue(now))) {
+        clock_.add({keptFrame(ring_->written()), now, utcMicroseconds()});
     }
 }
 
@@ -119,47 +118,16 @@ void AcquisitionThread::askEnd() {
               static_cast<unsigned long long>(ring_->written()));
 }
 
-// What the driver has marked meanwhile; the rest of very many with the next pass.
-void AcquisitionThread::askMarks() {
-    ADCMark mark{};
-    size_t count = 0;
-    int64_t now = 0;
-    while (tellsMarks_ && count < MarkWriter::kMostWaiting) {
-        tellsMarks_ = driver_.device().get(kADCGetMark, mark);
-        if (!tellsMarks_ || mark.m_nThere == 0) {
-            break;
-        }
-        now = now != 0 ? now : utcMicroseconds();
-        const char* const end = std::find(std::begin(mark.m_sText), std::end(mark.m_sText), '\0');
-        markAt(MarkSource::Driver, mark.m_nPosition, now, {mark.m_sText, static_cast<size_t>(end - mark.m_sText)});
-        ++count;
-    }
-    if (count > 0) {
-        board_.marks().wake();
-    }
-}
-
-// A mark's moment follows from its distance to the newest sample.
-void AcquisitionThread::markAt(MarkSource source, uint64_t position, int64_t now, std::string_view text) {
+// How long ago the sample at that position came, microseconds: by its distance to the newest one.
+int64_t AcquisitionThread::age(uint64_t position) const {
     const uint64_t newest = std::max(ring_->written(), position);
     const double rate = board_.settings.externalClock ? 0.0 : board_.sampleRate();
-    const double ago = rate > 0.0 ? static_cast<double>(newest - position) / rate : 0.0;
-    const uint64_t frame = position / board_.settings.channelCount() / board_.decimation;
-    board_.marks().note(source, frame, now - std::llround(ago * 1e6), text);
+    return rate > 0.0 ? std::llround(static_cast<double>(newest - position) / rate * 1e6) : 0;
 }
 
-// Before the decimation: a pulse between two frames that are kept counts too.
-void AcquisitionThread::markEdges(std::span<const std::byte> block) {
-    const uint64_t begin = ring_->readPosition();
-    const int64_t now = utcMicroseconds();
-    bool found = false;
-    edges_->scan(block, [&](size_t frame) {
-        markAt(MarkSource::Line, begin + frame * board_.settings.channelCount(), now, {});
-        found = true;
-    });
-    if (found) {
-        board_.marks().wake();
-    }
+// The recording's frame, at its rate, that holds a sample at or behind the origin.
+uint64_t AcquisitionThread::keptFrame(uint64_t position) const {
+    return (position - origin_) / board_.settings.channelCount() / board_.decimation;
 }
 
 void AcquisitionThread::readHalves() {
@@ -205,6 +173,7 @@ void AcquisitionThread::readUpTo(uint64_t end) {
 // Copies a part of the ring and brings it on its way. False when nothing more is to be read.
 bool AcquisitionThread::read(const RingReader::Part& part) {
     noDataSince_.reset();
+    takeUp();
     if (!transfer(part)) {
         return false;
     }
@@ -245,7 +214,7 @@ bool AcquisitionThread::transfer(const RingReader::Part& part) {
         const uint32_t first = ringSize - part.offset;
         done = fetch(buffer_.get(), first, part.offset, 2) && fetch(buffer_.get() + first, part.count - first, 0, 1);
     } else {
-        const bool inPlace = !decimator_ && board_.evaluator->takesWholeBlocks();
+        const bool inPlace = keeps_ && !decimator_ && board_.evaluator->takesWholeBlocks();
         std::byte* room = !inPlace ? nullptr : board_.writer().room(uint64_t{part.count} * sampleWidth_);
         block_ = room != nullptr ? room : buffer_.get();
         done = fetch(block_, part.count, part.offset, 2);
@@ -293,7 +262,7 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
     }
     int32_t result = kGoOn;
     if (!block.empty()) {
-        if (!begun_ && board_.settings.externalStart) {
+        if (keeps_ && !begun_ && board_.settings.externalStart) {
             const uint64_t ago = board_.writer().millisecondsOf(block.size());
             board_.writer().setCreateTime(localTime(ago));
             begunAt_ = utcMicroseconds() - static_cast<int64_t>(ago) * 1000;
@@ -302,7 +271,7 @@ int32_t AcquisitionThread::processBlock(uint32_t samples) {
         if (board_.liveTap != nullptr) {
             board_.liveTap->put(block);
         }
-        result = evaluate(block);
+        result = keeps_ ? evaluate(block) : kGoOn;
         if (result == kAnalyzeFailed) {
             return result;
         }
@@ -378,7 +347,7 @@ void AcquisitionThread::tellEnd(bool stopAsked) {
     const uint32_t cause = end_->m_nCause;
     const uint64_t position = ring_->written();
     if (cause == kADCEndLost || (cause != kADCEndOfSource && end_->m_nLost > 0)) {
-        report_.losses.push_back({LossCause::Board, position, end_->m_nLost});
+        report_.losses.push_back({LossCause::Board, position - origin_, end_->m_nLost});
     }
     // Nothing is missing of a source that was stopped just when it ended.
     const bool stopped = cause == kADCEndOfSource && stopAsked;
@@ -430,6 +399,7 @@ void AcquisitionThread::overflow() {
 }
 
 void AcquisitionThread::failAt(uint64_t position, const std::string& problem) {
+    position -= origin_;
     report_.overflowPosition = position;
     const std::string where =
         formatText("First lost sample = %llu, frame = %llu", static_cast<unsigned long long>(position),
@@ -440,7 +410,7 @@ void AcquisitionThread::failAt(uint64_t position, const std::string& problem) {
 // From the read position on nothing is recorded any more, of what the board is known to have delivered.
 void AcquisitionThread::lose(LossCause cause) {
     const uint64_t position = ring_->readPosition();
-    report_.losses.push_back({cause, position, ring_->written() - position});
+    report_.losses.push_back({cause, position - origin_, ring_->written() - position});
 }
 
 }  // namespace tarno2

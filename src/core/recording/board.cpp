@@ -29,12 +29,12 @@ T_BOARD::T_BOARD(T_DRIVER& driver, uint32_t number, FaultReporter faults)
 
 T_BOARD::~T_BOARD() {
     endThread();
-    writer_.Close();
+    writer_->Close();
     driver_.RelBlock();
 }
 
 bool T_BOARD::ready() const {
-    return writer_.ready() && link_.valid();
+    return writer_->ready() && link_.valid();
 }
 
 double T_BOARD::sampleRate() const {
@@ -72,7 +72,14 @@ void T_BOARD::endThread() {
     thread_.resume();
     link_.begin();
     thread_.join();
+    writer_->Close();  // of a thread that was never to keep anything
     holders_.RelBlock(text(TextId::OfBoard) + driver_.name());
+}
+
+void T_BOARD::Begin() {
+    static_cast<void>(link_.keep());
+    link_.setFramesBefore(0);
+    link_.begin();
 }
 
 bool T_BOARD::dataBegun() {
@@ -83,11 +90,15 @@ bool T_BOARD::dataBegun() {
 // The newest frame that the board is known to have given: what it has counted, or what was read of one that counts not.
 std::optional<RecordingMark> T_BOARD::mark() {
     const int64_t now = utcMicroseconds();
+    const auto before = framesBefore();
+    if (!before) {
+        return std::nullopt;
+    }
     uint64_t written = 0;
     static_cast<void>(driver_.device().get(kADCGetSamplesWritten, written));
     const uint64_t frames = std::max(written, samplesRead()) / settings.channelCount();
     // A board that is gone tells no count any more.
-    newestMark_ = std::max(newestMark_, frames / decimation);
+    newestMark_ = std::max(newestMark_, frames / decimation - std::min(frames / decimation, *before));
     return marks_.add(newestMark_, now);
 }
 

@@ -20,7 +20,8 @@
 
 namespace tarno2 {
 
-/// One session with one board through the loaded driver: made for a recording and deleted after it. It turns the user's
+/// One session with one board through the loaded driver: made for a recording, or to look at what the board gives until
+/// one is wanted, and deleted after it. It turns the user's
 /// settings into the driver's parameter blocks, and owns the acquisition thread, its link to it and the data file
 /// writer.
 ///
@@ -47,13 +48,23 @@ public:
     /// Once in a session: makes the thread, which sets the board up and then waits for `Begin`. False when the board,
     /// the memory or the system refused: see `failure`. Notifications go to `target`, which outlives the session.
     [[nodiscard]] bool StartThread(NotificationTarget* target, ProgressCallback progress);
-    /// Lets the thread start the measurement.
-    void Begin() { link_.begin(); }
+    /// Lets the thread start the measurement and keep all of it.
+    void Begin();
+    /// Lets the thread start the measurement and show it to the tap alone, until `Keep`.
+    void Monitor() { link_.begin(); }
+    /// Has the thread keep what it reads from its next block on, by the evaluator, the writer and the marks, which are
+    /// ready then and the thread's from here on. False when it has ended before: they are the caller's still.
+    [[nodiscard]] bool Keep() { return link_.keep(); }
+    /// Another writer in place of one that was not opened, or that the thread did not take; what that has made goes.
+    void renewWriter() { writer_ = std::make_unique<DataWriter>(); }
+    /// Frames at the recorded rate that had come before the first one that is kept. Nothing before there is one. Any
+    /// thread.
+    [[nodiscard]] std::optional<uint64_t> framesBefore() const { return link_.framesBefore(); }
     /// Asks the thread to end the recording, whatever it waits for. Any thread.
     void requestStop() { link_.requestStop(); }
     /// Why it is asked to, for the passport; before `requestStop`. Window thread.
     void setOutsideEnd(OutsideEnd end) { link_.setOutsideEnd(end); }
-    /// Asks the thread to end, and waits for it without limit.
+    /// Asks the thread to end, and waits for it without limit. Files are closed then.
     void endThread();
     /// Checks the settings with the driver, takes over its corrections and sets the board up. Acquisition thread, while
     /// `StartThread` waits for it.
@@ -62,10 +73,10 @@ public:
     [[nodiscard]] uint32_t number() const { return number_; }
     [[nodiscard]] T_DRIVER& driver() { return driver_; }
     [[nodiscard]] const T_DRIVER& driver() const { return driver_; }
-    [[nodiscard]] DataWriter& writer() { return writer_; }
+    [[nodiscard]] DataWriter& writer() { return *writer_; }
     /// What is marked while it records.
     [[nodiscard]] MarkWriter& marks() { return marks_; }
-    /// The operator marks this moment; nothing when there is no room for it. Window thread.
+    /// The operator marks this moment; nothing when there is no room for it, or nothing is kept yet. Window thread.
     std::optional<RecordingMark> mark();
     [[nodiscard]] uint32_t maxBufferSamples() const { return maxBufferSamples_; }
     /// Why `StartThread` has failed.
@@ -93,7 +104,7 @@ private:
     HolderCount holders_;
     MarkWriter marks_;         ///< outlives the writer
     uint64_t newestMark_ = 0;  ///< frame that the operator marked last
-    DataWriter writer_;
+    std::unique_ptr<DataWriter> writer_ = std::make_unique<DataWriter>();
     SessionLink link_;
     StartFailure failure_;
     uint32_t maxBufferSamples_ = 0;

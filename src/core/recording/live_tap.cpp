@@ -33,6 +33,7 @@ bool LiveTap::prepare(size_t frameBytes, size_t largestBlock, double bytesPerSec
     taken_ = 0;
     published_.store(0, std::memory_order_relaxed);
     frameCount_.store(0, std::memory_order_relaxed);
+    begin_.store(0, std::memory_order_relaxed);
     recording_.fetch_add(1, std::memory_order_relaxed);
     slots_.reset();
     memory_.reset();
@@ -57,6 +58,12 @@ bool LiveTap::prepare(size_t frameBytes, size_t largestBlock, double bytesPerSec
     }
     slotCount_ = count;
     return true;
+}
+
+void LiveTap::restart() noexcept {
+    nextFrame_ = 0;
+    frameCount_.store(0, std::memory_order_relaxed);
+    begin_.store(nextSequence_, std::memory_order_release);
 }
 
 void LiveTap::put(std::span<const std::byte> block) noexcept {
@@ -98,6 +105,9 @@ LiveTap::Slot* LiveTap::claim() {
     }
     // What is older than the ring was overwritten.
     taken_ = std::max(taken_, last - std::min<uint64_t>(last, slotCount_));
+    if (const uint64_t begin = begin_.load(std::memory_order_acquire); begin > taken_ + 1) {
+        taken_ = std::min(begin - 1, last);
+    }
     while (taken_ < last) {
         const uint64_t sequence = ++taken_;
         Slot& slot = slotOf(sequence);

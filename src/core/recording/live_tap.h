@@ -35,6 +35,11 @@ public:
     /// Frames that the visible blocks reach to. Any thread.
     [[nodiscard]] uint64_t frameCount() const { return frameCount_.load(std::memory_order_relaxed); }
 
+    /// The frames that are there, and those that come until `restart`, are given to nobody. The reader's thread.
+    void awaitRestart() { begin_.store(kNever, std::memory_order_release); }
+    /// Counts the frames that come next from 0. Acquisition thread.
+    void restart() noexcept;
+
     /// Takes a block of whole frames. Acquisition thread.
     void put(std::span<const std::byte> block) noexcept;
 
@@ -53,6 +58,7 @@ public:
     }
 
 private:
+    static constexpr uint64_t kNever = ~uint64_t{0};
     enum State : uint32_t { Idle, Writing, Reading };
     struct alignas(64) Slot {
         std::atomic<uint32_t> state{Idle};
@@ -77,6 +83,7 @@ private:
 
     alignas(64) std::atomic<uint64_t> published_{0};  ///< the last sequence of a whole block
     std::atomic<uint64_t> frameCount_{0};
+    std::atomic<uint64_t> begin_{0};  ///< sequences below it are given to nobody
     std::atomic<bool> watched_{false};
     std::atomic<uint32_t> recording_{0};
 };

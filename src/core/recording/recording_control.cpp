@@ -1,6 +1,8 @@
 #include "core/recording/recording_control.h"
 
+#include "config/files/figure_text.h"
 #include "config/logs/debug_log.h"
+#include "core/recording/recording_settings.h"
 #include "language/language_table.h"
 #include "platform/c_locale.h"
 
@@ -21,13 +23,15 @@ RecordingControl::~RecordingControl() {
 
 bool RecordingControl::StartButtonClick() {
     DEBUG_LOG("StartButtonClick");
+    if (monitoring()) {
+        return keepFromNow();
+    }
     if (session_) {
         DEBUG_LOG("Already run");
         StopButtonClick();
         DEBUG_LOG("Stop ok");
     }
-    settings_ = shell_.settings();
-    settings_.gains.resize(settings_.channels.size(), 1);
+    takeWish();
     const bool started =
         createSession() && checkFile() && checkSettings() && checkStopRule() && startThread() && prepareFacts();
     if (!started || !createFiles()) {
@@ -37,16 +41,74 @@ bool RecordingControl::StartButtonClick() {
     return true;
 }
 
+bool RecordingControl::MonitorButtonClick() {
+    DEBUG_LOG("MonitorButtonClick");
+    if (monitoring()) {
+        StopButtonClick();
+        return false;
+    }
+    if (session_ || shell_.consoleMode()) {
+        return false;
+    }
+    takeWish();
+    fileName_.clear();
+    if (!(createSession() && checkSettings() && startThread() && boardFacts())) {
+        return false;
+    }
+    prepareLiveTap();
+    outsideEnd_ = OutsideEnd::User;
+    monitoring_ = true;
+    session_->Monitor();
+    shell_.showStatus(text(TextId::StatusMonitoring));
+    return true;
+}
+
+// The files are made while the board runs; then its thread is told to keep what comes.
+bool RecordingControl::keepFromNow() {
+    const RecordingWish monitored = settings_;
+    takeWish();
+    takeBoardSettings(monitored, settings_);
+    const bool ready = checkFile() && checkStopRule() && prepareFacts() && createFiles();
+    if (ready) {
+        if (liveTap_ != nullptr) {
+            liveTap_->awaitRestart();
+        }
+        session_->writer().setCreateTime(localTime());
+    }
+    if (!ready || !session_->Keep()) {
+        settings_ = monitored;
+        session_->renewWriter();
+        return false;
+    }
+    DEBUG_LOG("Monitored signal is recorded");
+    monitoring_ = false;
+    monitoredUntold_ = true;
+    recordingBegins();
+    return true;
+}
+
+// Once the thread has come to it.
+void RecordingControl::tellMonitored() {
+    if (const auto frames = session_->framesBefore(); monitoredUntold_ && frames) {
+        monitoredUntold_ = false;
+        shell_.showDetail(formatText(text(TextId::RecordingFromMonitor).c_str(), formatCount(*frames).c_str()));
+    }
+}
+
 void RecordingControl::release() {
     prepareLiveTap();
     session_->writer().setCreateTime(localTime());
-    outsideEnd_ = OutsideEnd::User;
     DEBUG_LOG("Resume start");
     session_->Begin();
+    recordingBegins();
+}
+
+void RecordingControl::recordingBegins() {
+    outsideEnd_ = OutsideEnd::User;
     shell_.showStatus(text(TextId::StatusRecording));
     if (settings_.stopRule == StopRule::Time) {
         DEBUG_LOG("Create timer for stop: TimeStopValue = %lf", settings_.stopSeconds);
-        startAwaited_ = session_->settings.externalStart;
+        startAwaited_ = session_->settings.externalStart && session_->samplesRead() == 0;
         startStopTimer();
     }
 }
@@ -107,9 +169,12 @@ void RecordingControl::StopButtonClick() {
     DEBUG_LOG("Stoping by User");
     session_->endThread();
     warnOfMarks(true);
+    tellMonitored();
     diskNearlyFull_ = session_->writer().diskNearlyFull();
-    DEBUG_LOG("Generate new file name");
-    GenerateFileName();
+    if (!monitoring()) {
+        DEBUG_LOG("Generate new file name");
+        GenerateFileName();
+    }
     freeSession();
     if (shell_.consoleMode() && !closing_) {
         closing_ = true;
@@ -133,9 +198,10 @@ void RecordingControl::GenerateFileName() {
 void RecordingControl::OnNotification(const Notification& notification) {
     const RecordingResult& result = notification.result;
     const bool current = session_ && session_->number() == notification.session;
-    if (current) {
+    if (current && !monitoring()) {
         warnOfSmallBuffer();
         warnOfMarks(result.code != StopCode::Running);
+        tellMonitored();
     }
     if (result.code == StopCode::Running) {
         if (current) {
@@ -182,8 +248,10 @@ RunEnd RecordingControl::endOf(const RecordingResult& result) const {
 void RecordingControl::report(const Notification& notification) {
     const RecordingResult& result = notification.result;
     const RunEnd end = endOf(result);
-    lastResult_ = result;
-    outcome_ = end.outcome;
+    if (!result.monitored) {
+        lastResult_ = result;
+        outcome_ = end.outcome;
+    }
     if (end.status[0] != '\0') {
         DEBUG_LOG("%s", end.status);
         shell_.showStatus(end.status);
@@ -212,10 +280,13 @@ void RecordingControl::attention(const std::string& message) {
     shell_.showAttention(formatText(text(TextId::Attention).c_str(), message.c_str()));
 }
 
-// Every refusal ends the waiting thread and frees the session, with the files that it may have made.
+// Every refusal ends the waiting thread and frees the session, with the files that it may have made. What is monitored
+// goes on.
 bool RecordingControl::refuse(TextId id, const std::string& detail) {
-    refusedSessions_.insert(sessionNumber_);
-    freeSession();
+    if (!monitoring()) {
+        refusedSessions_.insert(sessionNumber_);
+        freeSession();
+    }
     attention(text(id));
     if (!detail.empty()) {
         shell_.showDetail(detail);
@@ -228,6 +299,8 @@ bool RecordingControl::refuse(TextId id, const std::string& detail) {
 
 void RecordingControl::freeSession() {
     session_.reset();
+    monitoring_ = false;
+    monitoredUntold_ = false;
 }
 
 }  // namespace tarno2

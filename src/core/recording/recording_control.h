@@ -25,9 +25,13 @@ public:
     RecordingControl(RecordingShell& shell, T_DRIVER& driver, FileNaming& naming);
     ~RecordingControl();
 
-    /// Starts a recording. A refusal is logged, shown and leaves nothing behind. True when it runs.
+    /// Starts a recording; of a board that is monitored, from its running signal, with the board's settings as they
+    /// are. A refusal is logged, shown and leaves nothing behind, and what is monitored goes on. True when it runs.
     bool StartButtonClick();
-    /// Ends the running recording, waits for its files and proposes the next name.
+    /// Runs the board and shows its signal, without a file; ends that when it is done already. A refusal is as that of
+    /// a recording. True when it runs. Never in console mode.
+    bool MonitorButtonClick();
+    /// Ends the running recording, waits for its files and proposes the next name; or ends the monitoring.
     void StopButtonClick();
     /// Ends the recording because the system is ending, and says so.
     void endForShutdown();
@@ -42,8 +46,11 @@ public:
     [[nodiscard]] RecordingOutcome outcome() const { return outcome_; }
     [[nodiscard]] const RecordingResult& lastResult() const { return lastResult_; }
 
+    /// The board runs, for a recording or to be monitored.
     [[nodiscard]] bool running() const { return session_ != nullptr; }
-    /// The session of the running recording, null when there is none.
+    /// It runs, and nothing is kept.
+    [[nodiscard]] bool monitoring() const { return session_ != nullptr && monitoring_; }
+    /// The session of the running recording, or of what is monitored; null when there is none.
     [[nodiscard]] T_BOARD* session() { return session_.get(); }
     /// What was asked of the running recording, without conditions that the start has switched off.
     [[nodiscard]] const RecordingWish& settings() const { return settings_; }
@@ -64,8 +71,10 @@ private:
     [[nodiscard]] bool checkSettings();
     [[nodiscard]] bool checkStopRule();
     [[nodiscard]] bool startThread();
+    void takeWish();
 
     // What it needs beside the board (recording_control_files.cpp).
+    [[nodiscard]] bool boardFacts();
     [[nodiscard]] bool prepareFacts();
     void chooseCut();
     [[nodiscard]] bool prepareSynchro();
@@ -76,7 +85,10 @@ private:
     void prepareLiveTap();
 
     // Its course and end.
+    [[nodiscard]] bool keepFromNow();
+    void tellMonitored();
     void release();
+    void recordingBegins();
     void startStopTimer();
     void watchForExternalStart();
     void warnOfSlowDisk(uint64_t waitingBytes);
@@ -110,6 +122,8 @@ private:
     OutsideEnd outsideEnd_ = OutsideEnd::User;
     RecordingOutcome outcome_ = RecordingOutcome::NothingRecorded;
     RecordingResult lastResult_;
+    bool monitoring_ = false;       ///< of the session
+    bool monitoredUntold_ = false;  ///< where the recording begins in the signal that was monitored
     bool timerArmed_ = false;
     bool startAwaited_ = false;  ///< the stop timer counts once the external start has come
     int64_t timerCount_ = 0;

@@ -14,6 +14,11 @@
 
 namespace tarno2 {
 
+void RecordingControl::takeWish() {
+    settings_ = shell_.settings();
+    settings_.gains.resize(settings_.channels.size(), 1);
+}
+
 bool RecordingControl::createSession() {
     ++sessionNumber_;
     diskNearlyFull_ = false;
@@ -72,7 +77,9 @@ bool RecordingControl::checkSettings() {
     session_->markedLine = {settings_.markLine, settings_.markEdge};
     session_->decimation = static_cast<uint32_t>(std::max(settings_.decimation, 1));
 
-    DEBUG_LOG("Save to file \"%s\"", fileName_.c_str());
+    if (!fileName_.empty()) {
+        DEBUG_LOG("Save to file \"%s\"", fileName_.c_str());
+    }
     for (size_t i = 0; i < board.channels.size(); ++i) {
         DEBUG_LOG("Active channel = %d, gain = %d", board.channels[i], board.gains[i]);
     }

@@ -51,17 +51,21 @@ void RecordingControl::chooseCut() {
               static_cast<unsigned long long>(limit), cut ? 1 : 0);
 }
 
-bool RecordingControl::prepareFacts() {
-    chooseCut();
-    shell_.killTimer();
-    timerArmed_ = false;
+bool RecordingControl::boardFacts() {
     std::string missing;
     if (!calculateStaticParameters(driver_, *session_, facts_, missing)) {
         DEBUG_LOG("!!!!! Error on calculate static parameters");
         DEBUG_LOG("!!!!! The driver does not tell %s", missing.c_str());
         return refuse(TextId::StaticParametersMistake, "The driver does not tell " + missing);
     }
-    if (!prepareSynchro()) {
+    return true;
+}
+
+bool RecordingControl::prepareFacts() {
+    chooseCut();
+    shell_.killTimer();
+    timerArmed_ = false;
+    if (!boardFacts() || !prepareSynchro()) {
         return false;
     }
     warnOfFreeSpace();

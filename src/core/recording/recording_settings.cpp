@@ -51,6 +51,21 @@ std::string modesIn(uint32_t bits) {
 
 }  // namespace
 
+void takeBoardSettings(const RecordingWish& running, RecordingWish& wish) {
+    if (wish.channels != running.channels) {
+        wish.channels = running.channels;
+        wish.labels = running.labels;
+    }
+    wish.gains = running.gains;
+    wish.frequency = running.frequency;
+    wish.boardMode = running.boardMode;
+    wish.packetFrequency = running.packetFrequency;
+    wish.decimation = running.decimation;
+    wish.useDigitalPort = running.useDigitalPort;
+    wish.markLine = running.markLine;
+    wish.markEdge = running.markEdge;
+}
+
 std::optional<BeyondBoard> beyondBoard(const RecordingWish& wish, const BoardFacts& board) {
     if (const uint32_t lacking = wish.boardMode & ~offeredModes(board); lacking != 0) {
         return BeyondBoard{TextId::BoardModeNotOffered, formatText("Board mode 0x%x is not offered by the board: %s",

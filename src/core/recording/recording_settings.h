@@ -17,6 +17,9 @@ namespace tarno2 {
 /// not show there.
 void showWish(const RecordingWish& wish, ProgramSettings& shown);
 
+/// Puts into `wish` what `running` has asked of the board that runs: the rest is what can be changed meanwhile.
+void takeBoardSettings(const RecordingWish& running, RecordingWish& wish);
+
 /// A wish that a board can't fulfil.
 struct BeyondBoard {
     TextId message;

@@ -20,7 +20,8 @@ enum class RunState {
     Warning,
     Stopping,
     Stopped,
-    Error
+    Error,
+    Monitoring
 };
 
 /// What came of a recording, held against what was asked for; the values are exit statuses for scripts.

@@ -120,6 +120,9 @@ RunState RunWatch::runningState() const {
     if (!begun_) {
         return RunState::WaitingForStart;
     }
+    if (facts_.monitored) {
+        return RunState::Monitoring;
+    }
     if (facts_.conditions && figures_.bytes == 0) {
         return RunState::WaitingForTrigger;
     }

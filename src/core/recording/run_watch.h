@@ -20,6 +20,7 @@ struct RunFacts {
     uint64_t frameBytes = 0;     ///< of a frame in the files
     bool externalStart = false;  ///< the board waits for a signal before it measures
     bool conditions = false;     ///< synchronisation or analysis chooses what is kept
+    bool monitored = false;      ///< nothing is kept; `file` and `inputs` are those of the recording before
     StopRule stopRule = StopRule::Manual;
     double stopSeconds = 0.0;  ///< for StopRule::Time
     uint64_t stopBytes = 0;    ///< for StopRule::Size; all pieces together

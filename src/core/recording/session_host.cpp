@@ -211,6 +211,18 @@ void SessionHost::start() {
     }
 }
 
+void SessionHost::monitor() {
+    perform("MonitorButtonClick", [this] {
+        if (control_.monitoring()) {
+            watch_.stopping();
+        } else {
+            watch_.starting();
+        }
+        front_.showState();
+        static_cast<void>(control_.MonitorButtonClick());
+    });
+}
+
 void SessionHost::stop() {
     perform("StopButtonClick", [this] {
         if (control_.running()) {
@@ -292,7 +304,9 @@ void SessionHost::recordingEnded(const Notification& last, const RunEnd& end) {
 
 void SessionHost::follow() {
     T_BOARD* session = control_.session();
-    if (session != nullptr && !(watch_.running() && watch_.facts().session == session->number())) {
+    const bool known = session != nullptr && watch_.running() && watch_.facts().session == session->number() &&
+                       watch_.facts().monitored == control_.monitoring();
+    if (session != nullptr && !known) {
         beginRun(*session);
     } else if (session == nullptr && watch_.running()) {
         watch_.sessionGone();
@@ -314,12 +328,26 @@ void SessionHost::follow() {
 void SessionHost::beginRun(T_BOARD& session) {
     rememberFile();
     const BoardFacts& board = selection_.driver().facts();
-    const RecordingWish& asked = control_.settings();
     RunFacts facts;
     facts.session = session.number();
-    facts.file = fileName();
+    facts.monitored = control_.monitoring();
     facts.frameBytes = uint64_t{board.sampleWidth()} * session.settings.channelCount();
     facts.externalStart = session.settings.externalStart;
+    if (facts.monitored) {
+        facts.file = watch_.facts().file;
+        facts.inputs = watch_.facts().inputs;
+    } else {
+        takeRecording(session, facts);
+    }
+    watch_.begin(std::move(facts), tickCount());
+    front_.runBegun();
+    SetErrorCode(BoardStatus::Ready);
+}
+
+void SessionHost::takeRecording(const T_BOARD& session, RunFacts& facts) {
+    const BoardFacts& board = selection_.driver().facts();
+    const RecordingWish& asked = control_.settings();
+    facts.file = fileName();
     facts.conditions = asked.synchro.SynchroAnalyzeMode != 0;
     facts.stopRule = asked.stopRule;
     facts.stopSeconds = asked.stopSeconds;
@@ -331,9 +359,6 @@ void SessionHost::beginRun(T_BOARD& session) {
     if (session.settings.packetMode) {
         facts.inputs.packetFrequency = static_cast<double>(session.settings.packetFrequency) / session.decimation;
     }
-    watch_.begin(std::move(facts), tickCount());
-    front_.runBegun();
-    SetErrorCode(BoardStatus::Ready);
 }
 
 void SessionHost::rememberFile() {

@@ -115,6 +115,8 @@ public:
 
     void start();
     void stop();
+    /// Shows what the board gives, or ends that.
+    void monitor();
     /// Ends the recording because the system is ending.
     void shutdown();
     /// Ends the recording like the stop button, and then the program; `systemEnds`: because of a logoff or shutdown.
@@ -158,6 +160,7 @@ private:
     [[nodiscard]] ApplyOutcome waitForSearch(uint32_t longestMs);
     void handle(const Notification& notification);
     void beginRun(T_BOARD& session);
+    void takeRecording(const T_BOARD& session, RunFacts& facts);
     void tellChecksums(const std::string& problem);
     static void logException(const char* name, const char* what) noexcept;
 

@@ -14,9 +14,28 @@ void SessionLink::prepare(NotificationTarget* target, ProgressCallback progress)
     failure_ = {};
     answered_ = false;
     stopRequest_ = false;
+    keeping_ = Keeping::No;
+    framesBefore_ = kNotYet;
     stopEvent_.reset();
     readyEvent_.reset();
     startEvent_.reset();
+}
+
+bool SessionLink::keep() {
+    Keeping before = Keeping::No;
+    return keeping_.compare_exchange_strong(before, Keeping::Asked, std::memory_order_acq_rel) ||
+           before == Keeping::Asked;
+}
+
+bool SessionLink::endUnkept() {
+    Keeping before = Keeping::No;
+    return keeping_.compare_exchange_strong(before, Keeping::Never, std::memory_order_acq_rel) ||
+           before == Keeping::Never;
+}
+
+std::optional<uint64_t> SessionLink::framesBefore() const {
+    const uint64_t frames = framesBefore_.load(std::memory_order_acquire);
+    return frames == kNotYet ? std::nullopt : std::optional(frames);
 }
 
 StartFailure SessionLink::waitForAnswer() {

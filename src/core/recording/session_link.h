@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "core/recording/notification.h"
@@ -34,7 +35,8 @@ using ProgressCallback = std::function<void(int, int)>;
 /// notifications go, and how far the thread is. The session makes it and keeps it for longer than its thread runs.
 ///
 /// `prepare` comes before the thread is made. Then the thread answers once with `answer`, which the session waits for,
-/// and waits in turn for `begin`.
+/// and waits in turn for `begin`. What it reads it keeps from `keep` on, which comes before `begin` or while it
+/// measures: until then evaluator, writer and marks are the session's, from then on the thread's.
 class SessionLink {
 public:
     /// The system had events left.
@@ -46,6 +48,9 @@ public:
     [[nodiscard]] StartFailure waitForAnswer();
     /// Lets the thread start the measurement. Session's side.
     void begin() { startEvent_.set(); }
+    /// Has the thread keep all that it reads from its next block on. False when it has ended before: it keeps nothing
+    /// any more. Session's side.
+    [[nodiscard]] bool keep();
     /// Asks the thread to end, whatever it waits for. Any thread.
     void requestStop();
 
@@ -54,6 +59,10 @@ public:
     /// Waits without limit for `begin` or a stop. False when the system refused the wait. Thread's side.
     [[nodiscard]] bool waitForBegin() const;
     [[nodiscard]] bool stopRequested() const { return stopRequest_; }
+    /// The session has called `keep`. Thread's side.
+    [[nodiscard]] bool keepAsked() const { return keeping_.load(std::memory_order_acquire) == Keeping::Asked; }
+    /// The thread reads no more. True when it was never to keep anything: then `keep` is refused from now on.
+    [[nodiscard]] bool endUnkept();
     /// Signalled with the request to stop.
     [[nodiscard]] const Event& stopEvent() const { return stopEvent_; }
     [[nodiscard]] NotificationTarget* target() const { return target_; }
@@ -66,6 +75,10 @@ public:
     [[nodiscard]] OutsideEnd outsideEnd() const { return outsideEnd_.load(std::memory_order_relaxed); }
     void setOutsideEnd(OutsideEnd end) { outsideEnd_.store(end, std::memory_order_relaxed); }
     void setSamplesRead(uint64_t samples) { samplesRead_.store(samples, std::memory_order_relaxed); }
+    /// Frames at the recorded rate that had come before the first one that is kept; nothing before there is one. Any
+    /// thread; the acquisition thread sets it where that is not known beforehand.
+    [[nodiscard]] std::optional<uint64_t> framesBefore() const;
+    void setFramesBefore(uint64_t frames) { framesBefore_.store(frames, std::memory_order_release); }
     /// How full the ring was at the worst read, thousandths. Any thread; the acquisition thread sets it.
     [[nodiscard]] uint32_t worstLoad() const { return worstLoad_.load(std::memory_order_relaxed); }
     void setWorstLoad(uint32_t load) { worstLoad_.store(load, std::memory_order_relaxed); }
@@ -75,6 +88,9 @@ public:
     void setEventCount(uint64_t events) { eventCount_.store(events, std::memory_order_relaxed); }
 
 private:
+    enum class Keeping : uint32_t { No, Asked, Never };
+    static constexpr uint64_t kNotYet = ~uint64_t{0};
+
     Event readyEvent_;
     Event startEvent_;
     Event stopEvent_;
@@ -83,6 +99,8 @@ private:
     StartFailure failure_;  ///< the thread's until the ready event is set
     bool answered_ = false;
     std::atomic<bool> stopRequest_{false};
+    std::atomic<Keeping> keeping_{Keeping::No};
+    std::atomic<uint64_t> framesBefore_{kNotYet};
     std::atomic<OutsideEnd> outsideEnd_{OutsideEnd::User};
     std::atomic<uint64_t> samplesRead_{0};
     std::atomic<uint32_t> worstLoad_{0};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -51,10 +52,12 @@ struct RecordingResult {
     uint64_t events = 0;            ///< of the synchronisation
     bool sizeReached = false;       ///< it ended by its size
     bool diskNearlyFull = false;    ///< it ended so that the disk does not fill up; code StopMeasuring
-    bool startCame = false;         ///< of a running one when the first data of an external start were read
+    bool startCame = false;         ///< of a running one when its first data were read after they had been waited for
     uint64_t waitingBytes = 0;  ///< of a running one when more than half of its memory has come to wait for the disk
-    std::vector<Loss> losses;   ///< samples that the host knows to be lost
-    std::string problem;        ///< what exactly went wrong, in English; empty when nothing is known
+    bool monitored = false;     ///< nothing was to be kept: nobody has begun a recording
+    std::optional<uint64_t> monitoredFrames;  ///< before the first one that is kept, of a session that was monitored
+    std::vector<Loss> losses;                 ///< samples that the host knows to be lost
+    std::string problem;                      ///< what exactly went wrong, in English; empty when nothing is known
 
     /// More than progress, which may be looked up at any time.
     [[nodiscard]] bool isNews() const { return code != StopCode::Running || waitingBytes > 0 || startCame; }

@@ -135,7 +135,7 @@ std::string completePassport(const RecordingJournal& journal) {
         return "\"" + name.passport() + "\" stays as it was begun: its folder could not be read: " + listed.text();
     }
     passport->state = Passport::State::Recovered;
-    passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}};
+    passport->end = {0, utcMicroseconds(), "cut off", {}, {}, {}, {}};
     if (const FoundMarks marks = findMarks(name.marks()); marks.problem.empty() && !marks.marks.empty()) {
         passport->marks = {systemToUtf8(fileNameOf(name.marks())), marks.marks.size()};
     }

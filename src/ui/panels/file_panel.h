@@ -28,6 +28,7 @@ public:
     explicit FilePanel(QWidget* parent = nullptr);
 
     [[nodiscard]] TextId title() const override { return TextId::PanelFile; }
+    [[nodiscard]] bool concernsBoard() const override { return false; }
     /// The file name field is the window's matter: see `setFileName`.
     void load(const ProgramSettings& settings) override;
     void store(ProgramSettings& settings) const override;

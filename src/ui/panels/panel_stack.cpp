@@ -219,7 +219,7 @@ void PanelStack::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         drawIcons();
-        setLocked(locked_);
+        setLocked(lock_);
     }
 }
 
@@ -260,7 +260,7 @@ void PanelStack::retranslate() {
         members_[i].name->setText(name);
         panels_[i]->retranslate();
     }
-    setLocked(locked_);
+    setLocked(lock_);
 }
 
 void PanelStack::boardChanged(BoardSelection& selection) {
@@ -283,9 +283,10 @@ QSize PanelStack::sizeHint() const {
     return QWidget::sizeHint().expandedTo(minimumSizeHint());
 }
 
-void PanelStack::setLocked(bool locked) {
-    locked_ = locked;
+void PanelStack::setLocked(SettingsLock lock) {
+    lock_ = lock;
     for (size_t i = 0; i < panels_.size(); ++i) {
+        const bool locked = lock == SettingsLock::All || (lock == SettingsLock::Board && panels_[i]->concernsBoard());
         panels_[i]->setLocked(locked);
         const QString hint = locked ? uiText(TextId::PanelLockedHint) : QString();
         const QString name = memberName(i, uiText(panels_[i]->title()));

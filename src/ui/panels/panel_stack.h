@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "ui/panels/settings_lock.h"
 #include "ui/panels/settings_panel.h"
 
 class QLabel;
@@ -47,7 +48,7 @@ public:
     void store(ProgramSettings& settings) const;
     void retranslate();
     void boardChanged(BoardSelection& selection);
-    void setLocked(bool locked);
+    void setLocked(SettingsLock lock);
 
     /// Wide enough for each panel, so that opening another one moves nothing beside the stack.
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -87,7 +88,7 @@ private:
     QWidget* drawer_ = nullptr;
     std::vector<int> open_;  ///< in the order in which they were opened
     bool folded_ = false;
-    bool locked_ = false;
+    SettingsLock lock_ = SettingsLock::None;
     bool wasUnfolded_ = false;
 };
 

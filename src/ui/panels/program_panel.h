@@ -25,6 +25,7 @@ public:
     explicit ProgramPanel(QWidget* parent = nullptr);
 
     [[nodiscard]] TextId title() const override { return TextId::PanelProgram; }
+    [[nodiscard]] bool concernsBoard() const override { return false; }
     void load(const ProgramSettings& settings) override;
     void store(ProgramSettings& settings) const override;
     void retranslate() override;

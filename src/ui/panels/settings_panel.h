@@ -29,6 +29,8 @@ public:
     /// Another driver or board is chosen, or the same one was looked at anew: lists are filled again, and what the
     /// board does not offer is switched off, with the reason as hint. Emits no signal.
     virtual void boardChanged(BoardSelection& /*selection*/) {}
+    /// What it sets is the board's: it can't be changed while the board runs.
+    [[nodiscard]] virtual bool concernsBoard() const { return true; }
     /// While a recording runs nothing can be changed, and the hints say so.
     virtual void setLocked(bool locked);
     [[nodiscard]] bool locked() const { return locked_; }
