@@ -66,6 +66,8 @@ public:
     int32_t TARNO2_CALL SetReadings(const SCOPERAReading*, uint32_t) override { return 0; }
     int32_t TARNO2_CALL SetLevels(const SCOPERALevel*, uint32_t) override { return 0; }
     int32_t TARNO2_CALL ShowLane(uint32_t) override { return 0; }
+    int32_t TARNO2_CALL SetClockX(int64_t, double) override { return 0; }
+    int32_t TARNO2_CALL SetEarlier(const SCOPERAFrames*, uint32_t) override { return 0; }
 };
 
 }  // namespace
