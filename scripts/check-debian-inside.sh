@@ -5,7 +5,8 @@
 set -euo pipefail
 base=$1 packages=$2 report=$3
 
-work=$(mktemp -d)
+work=$base.work
+mkdir -p "$work"
 mount -t tmpfs -o size=8G none "$work"
 mkdir "$work/upper" "$work/work" "$work/root"
 root=$work/root
