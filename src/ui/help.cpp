@@ -31,6 +31,8 @@ constexpr HelpPlace kHelpPlaces[] = {
     {"T_DigitalSignalSettings", "channels#lines"},
     {"MeasurementPanel", "view#cursors"},
     {"SpectrumPane", "view#spectrum"},
+    {"GoToPlace", "view#places"},
+    {"KeySheet", "view#keys"},
     {"T_ShowForm", "view#view"},
     {"ChannelTable", "channels#table"},
     {"MessageList", "messages#messages"},
