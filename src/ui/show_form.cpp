@@ -4,6 +4,7 @@
 #include <QActionGroup>
 #include <QCloseEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QScrollBar>
 #include <algorithm>
 #include <cmath>
