@@ -17,7 +17,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "config/files/disk_info.h"
+#include "config/files/figure_text.h"
 #include "config/logs/debug_log.h"
 #include "display/synchro_sketch.h"
 #include "ui/panels/panel_layout.h"
@@ -419,7 +419,7 @@ void T_AdditionalModeWindow::showRecordLength() {
     } else if (facts_.framesPerSecond <= 0.0) {
         showText(recordLength_, {});
     } else {
-        const std::string bytes = formatFreeSpace(static_cast<uint64_t>(*frames) * facts_.frameBytes());
+        const std::string bytes = formatSize(static_cast<uint64_t>(*frames) * facts_.frameBytes());
         const QString seconds = QString::number(*frames / facts_.framesPerSecond, 'g', 4);
         showText(recordLength_, uiText(TextId::SynchroRecordLength, {seconds, fromCodePage(bytes).trimmed()}));
     }

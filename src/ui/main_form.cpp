@@ -15,6 +15,7 @@
 #include "platform/paths.h"
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
+#include "ui/color_scheme.h"
 #include "ui/mark_controls.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
@@ -50,6 +51,7 @@ T_MainForm::T_MainForm(std::string programDirectory, std::optional<RecordingWish
     buildCenter();
     connectMenu();
     connectParts();
+    connectEnd();
     connectStrip();
     connectPanels();
     connectProgramPanel();
@@ -153,6 +155,7 @@ void T_MainForm::connectPanels() {
 void T_MainForm::connectProgramPanel() {
     connect(programPanel_, &ProgramPanel::russianChosen, this, &T_MainForm::RussianChooseClick);
     connect(programPanel_, &ProgramPanel::englishChosen, this, &T_MainForm::EnglishChooseClick);
+    connect(programPanel_, &ProgramPanel::colorSchemeChanged, this, &applyColorScheme);
     connect(programPanel_, &ProgramPanel::cycleStartChanged, this, &T_MainForm::btnAutoStartClick);
     connect(programPanel_, &ProgramPanel::axisFontChanged, this, [this] {
         storeControls();

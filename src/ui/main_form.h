@@ -94,6 +94,8 @@ public:
     void OpenRecordingClick();
     void RecoverRecordingsClick();
     void DigitalSettingsClick();
+    void SetupsClick();
+    void AutoSettingsClick();
     void HelpClick();
     void AboutClick();
     /// True when the window may close: nothing is recorded, or the operator wants it to end.
@@ -150,10 +152,23 @@ private:
 
     // The signal view (main_form_signal.cpp).
     void buildSignalView();
+    void renewSignalView();
+    void makeSignalView();
     void showRunningSignal();
     void buildRecordingLists();
     void savePart(const std::string& dataFile, const FrameWish& wish);
     [[nodiscard]] std::string shownFile() const;
+
+    // Setups (main_form_setups.cpp).
+    void saveSetup(const QString& name);
+    bool loadSetup(const QString& name);
+    void showLoaded();
+
+    // The end of a recording (main_form_end.cpp).
+    void connectEnd();
+    [[nodiscard]] QString endFacts(const RecordingResult& result);
+    void notice(const QString& message);
+    void saveAsText(const std::string& dataFile);
 
     // Settings (main_form_settings.cpp).
     void loadSettings();

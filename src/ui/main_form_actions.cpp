@@ -42,6 +42,8 @@ void T_MainForm::connectMenu() {
     does(menu_.saveAsText, &T_MainForm::SaveAsTextButtonClick);
     does(menu_.openRecording, &T_MainForm::OpenRecordingClick);
     does(menu_.recover, &T_MainForm::RecoverRecordingsClick);
+    does(menu_.setups, &T_MainForm::SetupsClick);
+    does(menu_.autoSettings, &T_MainForm::AutoSettingsClick);
     does(menu_.digitalLines, &T_MainForm::DigitalSettingsClick);
     does(menu_.russian, &T_MainForm::RussianChooseClick);
     does(menu_.english, &T_MainForm::EnglishChooseClick);
@@ -143,12 +145,21 @@ void T_MainForm::SaveAsTextButtonClick() {
         if (chosen.isEmpty()) {
             return;
         }
-        TextExportSource source{dataFileOf(toFileName(QDir::toNativeSeparators(chosen))), {}};
-        source.known = host_.watch().knownInputs(source.dataFile);
-        textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
-        textForm_->setAttribute(Qt::WA_DeleteOnClose);
-        textForm_->show();
+        saveAsText(dataFileOf(toFileName(QDir::toNativeSeparators(chosen))));
     });
+}
+
+void T_MainForm::saveAsText(const std::string& dataFile) {
+    if (textForm_ != nullptr) {
+        textForm_->raise();
+        textForm_->activateWindow();
+        return;
+    }
+    TextExportSource source{dataFile, {}};
+    source.known = host_.watch().knownInputs(source.dataFile);
+    textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
+    textForm_->setAttribute(Qt::WA_DeleteOnClose);
+    textForm_->show();
 }
 
 void T_MainForm::HelpClick() {

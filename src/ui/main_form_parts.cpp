@@ -6,6 +6,7 @@
 #include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <QWindow>
 #include <algorithm>
 
 #include "ui/channel_table.h"
@@ -19,6 +20,26 @@
 #include "ui/text.h"
 
 namespace tarno2 {
+
+namespace {
+
+/// A signal of its own has a whole window's frame, so that it is maximised, and its place among the windows of the
+/// desktop.
+void frameWindow(QDockWidget& dock, bool floating) {
+    const QWidget* const bare = dock.titleBarWidget();
+    dock.setTitleBarWidget(floating ? new QWidget(&dock) : nullptr);
+    delete bare;
+    if (!floating || dock.isHidden()) {
+        return;
+    }
+    dock.setWindowFlags(Qt::Window);
+    if (dock.winId() != 0 && dock.windowHandle() != nullptr) {
+        dock.windowHandle()->setTransientParent(nullptr);
+    }
+    dock.show();
+}
+
+}  // namespace
 
 // The strip above everything; below it the settings, the channel table and the signal; at the bottom the messages.
 // Where the screen is too small for it all, it scrolls.
@@ -59,7 +80,6 @@ void T_MainForm::buildColumns() {
     tableButton_->setAutoRaise(true);
     tableButton_->setCheckable(true);
     tableButton_->setFocusPolicy(Qt::StrongFocus);
-    tableButton_->setIcon(partIcon(PartIcon::Table, palette()));
     panels_->setDrawer(&channelsPanel_->table(), tableButton_);
 
     columns_ = new QSplitter(Qt::Horizontal);
@@ -92,7 +112,10 @@ void T_MainForm::connectParts() {
     connect(tableButton_, &QToolButton::toggled, menu_.channelTable, &QAction::setChecked);
     // Without the signal beside it the table has all the width.
     const auto fill = [this] { right_->setVisible(!signalDock_->isHidden() && !signalDock_->isFloating()); };
-    connect(signalDock_, &QDockWidget::topLevelChanged, this, fill);
+    connect(signalDock_, &QDockWidget::topLevelChanged, this, [this, fill](bool floating) {
+        frameWindow(*signalDock_, floating);
+        fill();
+    });
     connect(menu_.showSignal, &QAction::toggled, this, fill);
 }
 

@@ -202,8 +202,8 @@ bool T_MainForm::answersAllowStart() {
         return false;
     }
     return !questions.diskTooSmall ||
-           ask(uiText(TextId::DiskTooSmallQuestion, {fromCodePage(formatFreeSpace(questions.neededBytes)),
-                                                     fromCodePage(formatFreeSpace(questions.freeBytes))}),
+           ask(uiText(TextId::DiskTooSmallQuestion,
+                      {fromCodePage(formatSize(questions.neededBytes)), fromCodePage(formatSize(questions.freeBytes))}),
                TextId::StartAnyway);
 }
 

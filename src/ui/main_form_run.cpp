@@ -55,6 +55,7 @@ void T_MainForm::runBegun() {
     }
     rememberRecording();
     const RunFacts& facts = host_.watch().facts();
+    messages_->clearEnd();
     strip_->setLosses(0);
     strip_->setLossList(facts.monitored ? QString() : fromFileName(RecordingName(facts.file).losses()));
     messages_->add(MessageList::Kind::Information, facts.monitored
@@ -134,28 +135,15 @@ void T_MainForm::showConditions() {
     strip_->setTrigger(triggerText(wish, labelOf), mode == kModeAnalysis || mode == kModeSynchronisation);
 }
 
-void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
-    using Kind = MessageList::Kind;
-    if (end.message && end.kind == MessageKind::Information) {
-        messages_->add(Kind::Information, uiText(*end.message));
-    }
-    strip_->setLosses(result.losses.size());
-    if (result.monitored) {
-        messages_->add(Kind::Information, uiText(TextId::MonitoringEnded));
-        return;
-    }
-    const QString frames = fromCodePage(formatCount(host_.watch().frames(result.bytes)));
-    messages_->add(Kind::Information, end.summary == TextId::RecordingEnded
-                                          ? uiText(end.summary, {frames, QString::number(result.files)})
-                                          : uiText(end.summary));
-}
-
 void T_MainForm::showAttention(const std::string& message) {
     if (displayGone_) {
         return;
     }
     strip_->setAttention(fromCodePage(message));
     messages_->add(MessageList::Kind::Attention, fromCodePage(message));
+    if (!control().running()) {
+        notice(fromCodePage(message));
+    }
 }
 
 void T_MainForm::showDetail(const std::string& detail) {

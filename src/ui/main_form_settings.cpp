@@ -19,6 +19,7 @@
 #include "platform/codepage1251.h"
 #include "platform/paths.h"
 #include "ui/channel_table.h"
+#include "ui/color_scheme.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
 #include "ui/message_bar.h"
@@ -90,6 +91,7 @@ void T_MainForm::loadSettings() {
     } else {
         settings_.mainFormPos = firstPlace();
     }
+    applyColorScheme(settings_.colorScheme);
     speedTester_.SetEnabled(settings_.checkDiskSpeed);
     selection().setDriverSettings(settings_.driverSettings);
     panels_->load(settings_);
@@ -202,9 +204,9 @@ void T_MainForm::showDisk() {
         return;
     }
     QString shown = uiText(TextId::FreeSpace, {fromCodePage(findings_.disk.fileSystem),
-                                               fromCodePage(formatFreeSpace(findings_.disk.freeBytes))});
+                                               fromCodePage(formatSize(findings_.disk.freeBytes))});
     if (findings_.speedKnown()) {
-        shown += QStringLiteral(", ") + uiText(TextId::DiskSpeed, {QString::number(findings_.speed, 'f', 0)});
+        shown += QStringLiteral(", ") + uiText(TextId::DiskSpeed, {fromCodePage(formatRate(findings_.speed * 1e6))});
     }
     statusLine_->setDisk(shown);
 }
@@ -262,6 +264,7 @@ void T_MainForm::detachSignalView() {
     if (settings_.showFormPos.width > 0) {
         signalDock_->setFloating(true);
         signalDock_->setGeometry(rectangleOf(placeOnScreens(settings_.showFormPos, screenPlaces())));
+        activateWindow();
     }
 }
 

@@ -28,6 +28,22 @@ void T_MainForm::buildSignalView() {
         messages_->add(MessageList::Kind::Attention, uiText(TextId::ScoperaNotLoaded));
         messages_->add(MessageList::Kind::Detail, fromMessage(why));
     }
+    makeSignalView();
+    buildRecordingLists();
+}
+
+// The view takes the settings when it is made.
+void T_MainForm::renewSignalView() {
+    const std::string opened = showForm_->openedFile();
+    control().setLiveTap(nullptr);
+    delete showForm_;
+    makeSignalView();
+    if (!opened.empty()) {
+        showForm_->openRecording(opened);
+    }
+}
+
+void T_MainForm::makeSignalView() {
     showForm_ = new T_ShowForm(settings_, scoper_.object(), signalDock_);
     signalDock_->setWidget(showForm_);
     connect(showForm_, &T_ShowForm::message, this,
@@ -47,7 +63,6 @@ void T_MainForm::buildSignalView() {
     connect(showForm_, &QWidget::windowTitleChanged, signalDock_, &QWidget::setWindowTitle);
     signalDock_->setWindowTitle(showForm_->windowTitle());
     showForm_->fillMenu(*menu_.view);
-    buildRecordingLists();
     connect(showForm_, &T_ShowForm::savePartWanted, this, &T_MainForm::savePart);
     control().setLiveTap(&showForm_->tap());
     if (!search_.busy()) {

@@ -34,11 +34,14 @@ MainMenu::MainMenu(QMainWindow& window)
       russian(addToggle(TextId::LanguageRussian)),
       english(addToggle(TextId::LanguageEnglish)),
       recover(add(TextId::MenuRecover)),
+      setups(add(TextId::MenuSetups, Qt::CTRL | Qt::Key_P)),
+      autoSettings(add(TextId::MenuAutoSettings)),
       exit(add(TextId::MenuExit, Qt::CTRL | Qt::Key_Q)),
       manual(add(TextId::MenuManual, Qt::Key_F1)),
       about(add(TextId::MenuAbout)) {
     additional->setObjectName(QStringLiteral("AdditionalFileMode"));
     saveAsText->setObjectName(QStringLiteral("SaveAsTextButton"));
+    setups->setObjectName(QStringLiteral("SetupsAction"));
     russian->setObjectName(QStringLiteral("RussianChoose"));
     english->setObjectName(QStringLiteral("EnglishChoose"));
     auto* languages = new QActionGroup(&window_);
@@ -95,6 +98,8 @@ void MainMenu::buildMenus() {
     menus_.emplace_back(selectLanguage, TextId::SelectLanguage);
     selectLanguage->addActions({russian, english});
     settings->addAction(digitalLines);
+    settings->addSeparator();
+    settings->addActions({setups, autoSettings});
     addMenu(TextId::MenuHelp)->addActions({manual, about});
 }
 
@@ -105,11 +110,16 @@ void MainMenu::retranslate() {
     for (const auto& [menu, id] : menus_) {
         menu->setTitle(uiText(id));
     }
+    // Whoever looks for his language knows its own name for it.
+    russian->setText(QStringLiteral("Русский"));
+    english->setText(QStringLiteral("English"));
     (languageTable().selected() == kLanguageRussian ? russian : english)->setChecked(true);
 }
 
 void MainMenu::setLocked(SettingsLock lock) {
-    openRecording->setEnabled(lock == SettingsLock::None);
+    for (QAction* action : {openRecording, setups, autoSettings}) {
+        action->setEnabled(lock == SettingsLock::None);
+    }
     for (QAction* action : {chooseFile, additional}) {
         action->setEnabled(lock != SettingsLock::All);
     }

@@ -54,6 +54,8 @@ public:
     QAction* const russian;
     QAction* const english;
     QAction* const recover;
+    QAction* const setups;
+    QAction* const autoSettings;
     QAction* const exit;
     QAction* const manual;
     QAction* const about;

@@ -10,7 +10,13 @@
 namespace tarno2 {
 
 MessageBar::MessageBar(QWidget* parent)
-    : QWidget(parent), list_(new MessageList(this)), newest_(new ShortenedLabel(this)), unfold_(new QToolButton(this)) {
+    : QWidget(parent),
+      list_(new MessageList(this)),
+      newest_(new ShortenedLabel(this)),
+      open_(new QToolButton(this)),
+      folder_(new QToolButton(this)),
+      text_(new QToolButton(this)),
+      unfold_(new QToolButton(this)) {
     newest_->setObjectName(QStringLiteral("NewestMessage"));
     newest_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     unfold_->setObjectName(QStringLiteral("UnfoldMessagesButton"));
@@ -20,6 +26,20 @@ MessageBar::MessageBar(QWidget* parent)
     auto* line = new QHBoxLayout;
     line->setContentsMargins(8, 0, 2, 0);
     line->addWidget(newest_, 1);
+    const struct {
+        QToolButton* button;
+        const char* name;
+        void (MessageBar::*asked)();
+    } ends[] = {{open_, "OpenRecordedButton", &MessageBar::openAsked},
+                {folder_, "ShowInFolderButton", &MessageBar::folderAsked},
+                {text_, "SaveRecordedAsTextButton", &MessageBar::textAsked}};
+    for (const auto& end : ends) {
+        end.button->setObjectName(QLatin1String(end.name));
+        end.button->setFocusPolicy(Qt::StrongFocus);
+        line->addWidget(end.button);
+        connect(end.button, &QToolButton::clicked, this, end.asked);
+    }
+    clearEnd();
     line->addWidget(unfold_);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -43,13 +63,26 @@ void MessageBar::add(MessageList::Kind kind, const QString& message) {
     newest_->setWhole(list_->item(list_->count() - 1)->text());
 }
 
+void MessageBar::showEnd(const QString& facts) {
+    add(MessageList::Kind::Information, facts);
+    for (QToolButton* button : {open_, folder_, text_}) {
+        button->show();
+    }
+}
+
+void MessageBar::clearEnd() {
+    for (QToolButton* button : {open_, folder_, text_}) {
+        button->hide();
+    }
+}
+
 void MessageBar::setUnfolded(bool unfolded) {
     const bool changed = unfolded != unfolded_;
     unfolded_ = unfolded;
     unfold_->setChecked(unfolded);
     unfold_->setArrowType(unfolded ? Qt::DownArrow : Qt::UpArrow);
     list_->setVisible(unfolded);
-    setMaximumHeight(unfolded ? QWIDGETSIZE_MAX : unfold_->sizeHint().height());
+    setMaximumHeight(unfolded ? QWIDGETSIZE_MAX : open_->sizeHint().height());
     if (changed) {
         emit unfoldedChanged(unfolded);
     }
@@ -57,6 +90,9 @@ void MessageBar::setUnfolded(bool unfolded) {
 
 void MessageBar::retranslate() {
     list_->retranslate();
+    open_->setText(uiText(TextId::EndOpen));
+    folder_->setText(uiText(TextId::EndShowInFolder));
+    text_->setText(uiText(TextId::EndSaveAsText));
     unfold_->setToolTip(uiText(TextId::MessageList) + QStringLiteral(" (Ctrl+L)"));
     unfold_->setAccessibleName(uiText(TextId::MessageList));
 }

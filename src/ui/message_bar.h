@@ -19,6 +19,9 @@ public:
     explicit MessageBar(QWidget* parent = nullptr);
 
     void add(MessageList::Kind kind, const QString& message);
+    /// A finished recording, with what can be done with it, until `clearEnd`.
+    void showEnd(const QString& facts);
+    void clearEnd();
     void setUnfolded(bool unfolded);
     [[nodiscard]] bool unfolded() const { return unfolded_; }
     [[nodiscard]] MessageList& list() { return *list_; }
@@ -26,10 +29,17 @@ public:
 
 signals:
     void unfoldedChanged(bool unfolded);
+    // With the recording that ended.
+    void openAsked();
+    void folderAsked();
+    void textAsked();
 
 private:
     MessageList* list_;
     ShortenedLabel* newest_;
+    QToolButton* open_;
+    QToolButton* folder_;
+    QToolButton* text_;
     QToolButton* unfold_;
     bool unfolded_ = false;
 };

@@ -302,6 +302,7 @@ void T_ShowForm::retranslate() {
         action->setText(uiText(text));
     }
     tools_->retranslate();
+    scrollBar_->setAccessibleName(plainText(TextId::MenuShowSignal));
     if (cursorTools_) {
         cursorTools_->retranslate();
     }

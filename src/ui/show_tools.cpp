@@ -166,7 +166,9 @@ void ShowTools::retranslate() {
     settingsButton_->setAccessibleName(uiText(TextId::ViewSettings));
     backButton_->setText(uiText(TextId::BackToLive));
     axisXEdit_->setToolTip(uiText(TextId::AxisXHint));
+    axisXEdit_->setAccessibleName(uiText(TextId::AxisXHint));
     axisYEdit_->setToolTip(uiText(TextId::AxisYHint));
+    axisYEdit_->setAccessibleName(uiText(TextId::AxisYHint));
     for (QActionGroup* group : {axisXUnits_, axisYUnits_, followModes_}) {
         if (const QAction* item = group->checkedAction()) {
             check(group, item->data().toInt(),

@@ -401,6 +401,7 @@ void SpectrumPane::forget() {
 }
 
 void SpectrumPane::retranslate() {
+    peaks_->setAccessibleName(uiText(TextId::ViewSpectrum));
     const int window = std::max(window_->currentIndex(), 0);
     const int scale = std::max(scale_->currentIndex(), 0);
     window_->clear();

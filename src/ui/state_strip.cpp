@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <array>
 
-#include "config/files/disk_info.h"
 #include "config/files/figure_text.h"
 #include "platform/paths.h"
 #include "ui/figure_cell.h"
@@ -57,7 +56,7 @@ const StateLook& lookOf(RunState state) {
 
 const QString kUnknown = QStringLiteral("\u2013");
 constexpr uint64_t kBytesWorthShowing = uint64_t{64} << 20U;
-constexpr double kStateFont = 1.5;    // times the window's font
+constexpr double kStateFont = 1.3;    // times the window's font
 constexpr double kStateRoomy = 2.2;   // the same where there is room
 constexpr double kStateSmall = 1.05;  // for words that need two lines
 constexpr int kRoomyLetters = 190;    // width of a window with room
@@ -69,7 +68,7 @@ QFont scaled(QFont font, double factor, bool bold) {
 }
 
 QString widestBytes() {
-    return fromCodePage(formatFreeSpace(uint64_t{8888} << 30U));
+    return fromCodePage(formatSize(uint64_t{8888} << 30U));
 }
 
 }  // namespace
@@ -110,7 +109,7 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
 void StateStrip::buildRow(QVBoxLayout* column) {
     auto* row = new QHBoxLayout;
     row->setContentsMargins(6, 5, 6, 5);
-    row->setSpacing(8);
+    row->setSpacing(6);
     column->addLayout(row);
     buildButtons(row);
     word_ = new QLabel(this);
@@ -290,7 +289,7 @@ void StateStrip::showFigures() {
     if (figures_.percent) {
         progress_->setValue(*figures_.percent);
     }
-    written_->setValue(fromCodePage(formatFreeSpace(figures_.bytes)));
+    written_->setValue(fromCodePage(formatSize(figures_.bytes)));
     rate_->setValue(figures_.bytesPerSecond ? fromCodePage(formatRate(*figures_.bytesPerSecond)) : kUnknown);
     frames_->setValue(fromCodePage(formatCount(figures_.frames)));
     load_->setWarning(figures_.loadWarns);
@@ -324,16 +323,21 @@ void StateStrip::retranslate() {
     monitor_->setToolTip(uiText(TextId::CommandMonitorHint));
     start_->setText(uiText(TextId::CommandStart) + QStringLiteral("\nF5"));
     stop_->setText(uiText(TextId::CommandStop) + QStringLiteral("\nF6"));
+    // A style gives buttons more room than words of this row can have.
+    for (QPushButton* button : {start_, stop_}) {
+        const QSize words = fontMetrics().size(Qt::TextShowMnemonic, button->text());
+        button->setFixedWidth(words.width() + button->iconSize().width() + 2 * fontMetrics().height());
+    }
     const QString cycle = plainText(TextId::CommandCycleStart);
     cycle_->setAccessibleName(cycle);
     cycle_->setToolTip(cycle + QStringLiteral(". ") + uiText(TextId::CycleStartHint));
     elapsed_->setCaption(uiText(TextId::RunElapsed));
     remaining_->setCaption(uiText(TextId::RunRemaining));
     // Their units say what they are.
-    written_->setHint(uiText(TextId::RunWritten));
+    written_->setHint(uiText(TextId::RunWritten) + QStringLiteral(". ") + uiText(TextId::SizeHint));
     written_->setWidest(widestBytes());
     rate_->setHint(uiText(TextId::RunRate));
-    rate_->setWidest(fromCodePage(formatRate(888.8 * 1024 * 1024)));
+    rate_->setWidest(fromCodePage(formatRate(88.8 * 1024 * 1024)));
     frames_->setCaption(uiText(TextId::RunFrames));
     load_->setCaption(uiText(TextId::RunLoad));
     load_->setToolTip(uiText(TextId::RunLoadHint));

@@ -10,7 +10,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int kLeastLetters = 10;
+constexpr int kLeastLetters = 7;
 
 }  // namespace
 
@@ -61,7 +61,7 @@ void TriggerButton::changeEvent(QEvent* event) {
 }
 
 void TriggerButton::fit() {
-    const int room = width() - iconSize().width() - fontMetrics().height();
+    const int room = width() - iconSize().width() - fontMetrics().height() / 2;
     const auto shown = [&](const QString& line) {
         // A name may hold what would mark a mnemonic.
         return fontMetrics().elidedText(line, Qt::ElideRight, room).replace(QLatin1Char('&'), QStringLiteral("&&"));

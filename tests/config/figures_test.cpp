@@ -76,8 +76,8 @@ TEST(FigureText, ReadsLikeAClockAndGroupsDigits) {
     EXPECT_EQ(formatDuration(3600 * 100 + 59 * 60 + 7), "100:59:07");
     EXPECT_EQ(formatCount(999), "999");
     EXPECT_EQ(formatCount(62345678), "62\240345\240678");
-    EXPECT_EQ(formatRate(2.5 * 1024 * 1024), "2.5 Mb/s");
-    EXPECT_EQ(formatRate(-1.0), "0 b/s");
+    EXPECT_EQ(formatRate(2.5 * 1024 * 1024), "2.50 MB/s");
+    EXPECT_EQ(formatRate(-1.0), "0 B/s");
 }
 
 }  // namespace

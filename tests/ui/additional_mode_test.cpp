@@ -136,7 +136,7 @@ TEST_F(AdditionalMode, SizesTellWhatTheyMean) {
     EXPECT_EQ(typed("SynchroPrehistoryLevelEdit"), "0");
     EXPECT_EQ(find<QLabel>("PercentageLabel")->text(), "1 %");
     auto* length = find<QLabel>("RecordLengthLabel");
-    EXPECT_EQ(length->text(), "One record: 0.002 s, 80 b");
+    EXPECT_EQ(length->text(), "One record: 0.002 s, 80 B");
     type("SynchroPrehistoryLevelEdit", "21");
     EXPECT_TRUE(length->text().endsWith(uiText(TextId::SynchroParametersMistake)));
     EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().recordBegin, -1);
@@ -297,7 +297,7 @@ TEST_F(AdditionalMode, HintsFollowWhatIsTyped) {
     EXPECT_TRUE(shows(uiText(TextId::SynchroThresholdOutside)));
     choose("SynchroValueUnit", 1);
     EXPECT_FALSE(shows(uiText(TextId::SynchroThresholdOutside)));
-    EXPECT_TRUE(shows("One record: 0.1 s, 3.9 Kb"));
+    EXPECT_TRUE(shows("One record: 0.1 s, 3.91 KB"));
     EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, false);
     choose("AnalogSynchroModeButton", 1);
     EXPECT_EQ(find<SynchroPicture>("SynchroPicture")->sketch().falling, true);

@@ -218,12 +218,12 @@ TEST_F(Panels, TheFilePanelTellsDiskAndNeed) {
     EXPECT_EQ(find<QLabel>("DiskSpeedLabel")->text(), uiText(TextId::DiskSpeedMeasuring));
     file_->showFindings(findings);
     file_->showNeed({6e6, 20e9, 3});
-    EXPECT_EQ(find<QLabel>("FreeSpaceLabel")->text(), "ext4: 10.0 Gb free");
-    EXPECT_EQ(find<QLabel>("DiskSpeedLabel")->text(), "Disk speed: 5.00 MB/s");
-    EXPECT_TRUE(find<QLabel>("NeedLabel")->text().endsWith("Will write 5.7 Mb per second, 20.1 Gb per hour"));
+    EXPECT_EQ(find<QLabel>("FreeSpaceLabel")->text(), "ext4: 10.0 GB free");
+    EXPECT_EQ(find<QLabel>("DiskSpeedLabel")->text(), "Disk speed: 4.77 MB/s");
+    EXPECT_TRUE(find<QLabel>("NeedLabel")->text().endsWith("Will write 5.72 MB per second, 20.1 GB per hour"));
     EXPECT_TRUE(find<QLabel>("DiskLastsLabel")->text().endsWith("The disk will last for 00:29:49"));
     EXPECT_EQ(find<QLabel>("PiecesLabel")->text(), "Files: 3");
-    EXPECT_TRUE(find<QLabel>("DiskWarningLabel")->text().contains("need 6.00 MB/s, the disk takes only 5.00 MB/s"));
+    EXPECT_TRUE(find<QLabel>("DiskWarningLabel")->text().contains("need 5.72 MB/s, the disk takes only 4.77 MB/s"));
     file_->showNeed({1e6, 0.0, 1});
     EXPECT_TRUE(find<QLabel>("DiskWarningLabel")->text().isEmpty());
     EXPECT_TRUE(find<QLabel>("NeedLabel")->text().startsWith("Will write")) << "no warning";
@@ -252,7 +252,7 @@ TEST_F(Panels, StopValuesTakeAPointOrACommaAndAUnit) {
     QTest::keyClick(unit, Qt::Key_Down);
     rule->setFocus();
     QTest::keyClick(rule, Qt::Key_Down);
-    EXPECT_EQ(unit->currentText(), "Kb");
+    EXPECT_EQ(unit->currentText(), "KB");
     EXPECT_EQ(recordingWish(stored(), {}).stopBytes, 1536U);
 }
 

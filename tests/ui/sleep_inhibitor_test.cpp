@@ -6,6 +6,7 @@
 
 #include "tests/support/process.h"
 #include "tests/support/temporary_folder.h"
+#include "ui/desktop_notice.h"
 
 namespace tarno2::test {
 namespace {
@@ -34,6 +35,9 @@ TEST(SleepInhibitor, AsksTheDesktopAndWaitsForNobody) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return says(calls, "member=Inhibit") == 2 && says(calls, "uint32 4") == 1; }))
         << readFile(calls);
     EXPECT_EQ(says(calls, "string \"Recording\""), 2);
+    tellDesktop("Tarno2", "a < b");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return says(calls, "member=Notify") == 1 && says(calls, "a &lt; b") == 1; }))
+        << readFile(calls);
 }
 
 }  // namespace

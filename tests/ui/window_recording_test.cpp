@@ -112,7 +112,8 @@ TEST_F(WindowRecording, ADiskThatIsTooSmallIsAskedAbout) {
     answer(TextId::GoBack);
     press(Qt::Key_F5);
     ASSERT_EQ(asked_.size(), 1);
-    EXPECT_TRUE(asked_.front().startsWith("The recording needs 976562.5 Gb, the disk has ")) << asked_[0].toStdString();
+    EXPECT_TRUE(asked_.front().startsWith("The recording needs 976\u00A0562 GB, the disk has "))
+        << asked_[0].toStdString();
     EXPECT_EQ(stateWord(), "Ready");
     EXPECT_TRUE(recordings().empty());
 }

@@ -339,7 +339,7 @@ TEST_F(WindowSettings, TheDiskIsMeasuredWhenTheNameIsDoneAndOnceAFolder) {
     const auto measured = [this] { return find<QLabel>("DiskSpeedLabel")->text(); };
     click("HDDTestSpeedBox");
     EXPECT_TRUE(measured().startsWith("Disk speed: ")) << measured().toStdString();
-    EXPECT_TRUE(measured().endsWith(" MB/s"));
+    EXPECT_TRUE(measured().endsWith("B/s"));
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     type("FileNameEdit", QString::fromStdString(folder_.file("data/second.dat")));
     EXPECT_EQ(listDirectory(folder_.path()).size(), 2U) << "the folder made for the test is gone";
@@ -383,7 +383,7 @@ TEST_F(WindowSettings, MessagesUnfoldByKeyAndAreCopied) {
     ASSERT_TRUE(QTest::qWaitFor([this] { return listHas("Recording ended"); }, 30000));
     auto* list = find<MessageList>("MessageList");
     ASSERT_GE(list->count(), 2);
-    EXPECT_TRUE(find<QLabel>("NewestMessage")->text().contains("Recording ended"));
+    EXPECT_TRUE(find<QLabel>("NewestMessage")->text().contains("frames, "));
     QTest::keyClick(list, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text().count('\n'), list->count() - 1);
     EXPECT_FALSE(list->isVisible());

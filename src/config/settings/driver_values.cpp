@@ -75,6 +75,14 @@ std::optional<std::vector<DriverValue>> parseDriverValues(std::string_view text)
     return values;
 }
 
+std::string driverValuesText(const std::vector<DriverValue>& values) {
+    std::vector<std::string> parts;
+    for (const DriverValue& value : values) {
+        parts.push_back(value.key + '=' + value.value);
+    }
+    return joined(parts);
+}
+
 std::vector<DriverValue> driverValuesOf(std::string_view text, std::string_view driver) {
     std::vector<DriverValue> values;
     for (const std::string& part : partsOf(text)) {

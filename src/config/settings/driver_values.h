@@ -24,6 +24,9 @@ struct DriverValue {
 /// The pairs of a text for one driver, in their order; nothing when a part of it is no pair.
 [[nodiscard]] std::optional<std::vector<DriverValue>> parseDriverValues(std::string_view text);
 
+/// The text for one driver that tells these.
+[[nodiscard]] std::string driverValuesText(const std::vector<DriverValue>& values);
+
 /// The pairs of a driver in a text for all of them, in their order.
 [[nodiscard]] std::vector<DriverValue> driverValuesOf(std::string_view text, std::string_view driver);
 

@@ -123,6 +123,7 @@ struct ProgramSettings {
 
     // The windows.
     bool stayOnTop = false;
+    int32_t colorScheme = 0;  ///< 0 as the system, 1 light, 2 dark
     bool extendedChannelMode = false;
     bool showFormVisible = true;
     int32_t showSettingMember = 0;  ///< the open settings panel, 0 to 4; -1: none

@@ -216,15 +216,32 @@ private:
 
 /// Writes the settings to a new file. True when it is on the disk whole. A copy, for the table leads to places that may
 /// be changed.
-bool writeSettings(const std::string& path, ProgramSettings settings) {
+bool writeSettings(const std::string& path, ProgramSettings settings, SettingFilter takes) {
     CConfigWork file;
     if (!file.Open(path, true)) {
         return false;
     }
     for (const SettingRow& row : settingsTable()) {
-        std::visit(SettingWriter(file, row, settings), row.place);
+        if (takes == nullptr || takes(row)) {
+            std::visit(SettingWriter(file, row, settings), row.place);
+        }
     }
     return file.close();
+}
+
+/// Through a file beside it. `keepIn`: the folder in which the old one is kept under another name; empty: it is not.
+bool replaceWhole(const std::string& path, const ProgramSettings& settings, SettingFilter takes,
+                  const std::string& keepIn) {
+    std::string temporary;
+    if (!createTemporaryFile(parentFolder(path), fileNameOf(path), temporary).ok()) {
+        return false;
+    }
+    const bool replaced = writeSettings(temporary, settings, takes) && (keepIn.empty() || putAside(path, keepIn)) &&
+                          replaceFile(temporary, path).ok();
+    if (!replaced) {
+        removeFile(temporary);
+    }
+    return replaced;
 }
 
 }  // namespace
@@ -242,8 +259,11 @@ OsError LoadConfig(const std::string& programDirectory, ProgramSettings& setting
     return {};
 }
 
-void readSettings(LineConfigReader& file, ProgramSettings& settings) {
+void readSettings(LineConfigReader& file, ProgramSettings& settings, SettingFilter takes) {
     for (const SettingRow& row : settingsTable()) {
+        if (takes != nullptr && !takes(row)) {
+            continue;
+        }
         std::visit(SettingReader(file, row, settings), row.place);
         if (row.comment == TextId::CommentLanguage) {
             DEBUG_LOG("Config language = %d", static_cast<int>(settings.language));
@@ -255,17 +275,11 @@ void readSettings(LineConfigReader& file, ProgramSettings& settings) {
 
 bool WriteConfig(const std::string& programDirectory, const ProgramSettings& settings, bool keepOld) {
     DEBUG_LOG("WriteConfig not console");
-    const std::string path = settingsPath(programDirectory);
-    std::string temporary;
-    if (!createTemporaryFile(programDirectory, fileNameOf(path), temporary).ok()) {
-        return false;
-    }
-    const bool replaced = writeSettings(temporary, settings) && (!keepOld || putAside(path, programDirectory)) &&
-                          replaceFile(temporary, path).ok();
-    if (!replaced) {
-        removeFile(temporary);
-    }
-    return replaced;
+    return replaceWhole(settingsPath(programDirectory), settings, nullptr, keepOld ? programDirectory : std::string());
+}
+
+bool replaceSettings(const std::string& path, const ProgramSettings& settings, SettingFilter takes) {
+    return replaceWhole(path, settings, takes, {});
 }
 
 std::string keptSettingsName(const std::string& programDirectory) {

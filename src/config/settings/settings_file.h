@@ -14,8 +14,15 @@ namespace tarno2 {
 /// only.
 [[nodiscard]] OsError LoadConfig(const std::string& programDirectory, ProgramSettings& settings);
 
+struct SettingRow;
+/// Which entries of the file are meant; null: all.
+using SettingFilter = bool (*)(const SettingRow&);
+
 /// Takes the settings from a text that is loaded already; as `LoadConfig` from there on.
-void readSettings(LineConfigReader& file, ProgramSettings& settings);
+void readSettings(LineConfigReader& file, ProgramSettings& settings, SettingFilter takes = nullptr);
+
+/// Replaces a file of settings by one that holds these. False as of `WriteConfig`.
+bool replaceSettings(const std::string& path, const ProgramSettings& settings, SettingFilter takes = nullptr);
 
 /// Replaces `Tarno2.cfg` with one that holds the settings, with comments in the language chosen last. False when that
 /// can't be done; then the old file stays as it was, also after a crash or on a full disk. `keepOld`: the old one was

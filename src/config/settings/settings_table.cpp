@@ -215,6 +215,7 @@ constexpr SettingRow kTable[] = {
     {TextId::CommentPartShownOfWindow, "ShowMessages", rareInteger<&Settings::showMessages>(0, 1)},
     {TextId::CommentPartHidden, "HideTable", rareInteger<&Settings::hideTable>(0, 1)},
     {TextId::CommentPartShownOfWindow, "ShowMoreFigures", rareInteger<&Settings::showMoreFigures>(0, 1)},
+    {TextId::CommentColorScheme, "ColorScheme", rareInteger<&Settings::colorScheme>(0, 2)},
     {TextId::CommentPartSize, "TableWidth", rareInteger<&Settings::tableWidth>(0, kFarthestPixel)},
     {kAutoOnly,
      "DriverSettings",

@@ -26,14 +26,15 @@ namespace tarno2 {
 namespace {
 
 constexpr double kLargestStopValue = 1e9;
+constexpr double kBytesPerMegabyte = 1e6;  // of a disk's speed
 constexpr int kLongestComment = 1000;
 constexpr std::array kStopRules = {TextId::StopByHand, TextId::StopAfterTime, TextId::StopAfterSize};
 constexpr std::array kTimeUnits = {TextId::AxisXSeconds, TextId::AxisXMinutes, TextId::AxisXHours};
-constexpr std::array kSizeUnits = {TextId::UnitBytes, TextId::UnitKilobytes, TextId::UnitMegabytes};
+constexpr std::array kSizeUnits = {TextId::SizeBytes, TextId::SizeKilobytes, TextId::SizeMegabytes};
 
 QString sizeText(double bytes) {
     constexpr double kMost = 1.8e19;
-    return fromCodePage(formatFreeSpace(static_cast<uint64_t>(std::clamp(std::round(bytes), 0.0, kMost))));
+    return fromCodePage(formatSize(static_cast<uint64_t>(std::clamp(std::round(bytes), 0.0, kMost))));
 }
 
 uint64_t wholeSeconds(double seconds) {
@@ -41,8 +42,8 @@ uint64_t wholeSeconds(double seconds) {
     return static_cast<uint64_t>(std::clamp(seconds, 0.0, kMost));
 }
 
-QString megabytes(double perSecond) {
-    return QString::number(perSecond, 'f', perSecond < 10.0 ? 2 : perSecond < 100.0 ? 1 : 0);
+QString rateText(double bytesPerSecond) {
+    return fromCodePage(formatRate(bytesPerSecond));
 }
 
 /// A line with two fields.
@@ -200,6 +201,10 @@ void FilePanel::retranslate() {
     nameEdit_->setAccessibleName(uiText(TextId::DataFile));
     commentLabel_->setText(uiText(TextId::OperatorComment));
     setHint(commentEdit_, uiText(TextId::OperatorCommentHint));
+    for (QWidget* end : std::initializer_list<QWidget*>{stopMode_, stopValue_, stopUnit_}) {
+        end->setAccessibleName(uiText(TextId::StopRule));
+    }
+    cutValue_->setAccessibleName(uiText(TextId::CutMode));
     setHint(stopMode_, uiText(TextId::StopRule));
     setHint(cutMode_, uiText(TextId::CutMode));
     setHint(cutValue_, uiText(TextId::CutMode));
@@ -219,7 +224,7 @@ void FilePanel::fillUnits() {
     const int unit = std::max(stopUnit_->currentIndex(), 0);
     stopUnit_->clear();
     for (const TextId id : stopMode_->currentIndex() == static_cast<int>(StopRule::Size) ? kSizeUnits : kTimeUnits) {
-        stopUnit_->addItem(uiText(id).trimmed());
+        stopUnit_->addItem(uiText(id, {QString()}).trimmed());
     }
     stopUnit_->setCurrentIndex(unit);
 }
@@ -283,7 +288,7 @@ void FilePanel::showDisk() {
     } else if (!known) {
         showText(speedLabel_, QString());
     } else if (findings_.speedKnown()) {
-        showText(speedLabel_, uiText(TextId::DiskSpeed, {megabytes(findings_.speed)}));
+        showText(speedLabel_, uiText(TextId::DiskSpeed, {rateText(findings_.speed * kBytesPerMegabyte)}));
     } else {
         showText(speedLabel_,
                  uiText(findings_.speedCode == kDiskSpeedOff ? TextId::DiskSpeedOff : TextId::DiskSpeedNotMeasured));
@@ -308,7 +313,8 @@ void FilePanel::showNeedTexts() {
     showText(piecesLabel_,
              need_.pieces > 1 ? uiText(TextId::RunFiles) + QStringLiteral(": %1").arg(need_.pieces) : QString());
     if (slow) {
-        showText(warningLabel_, uiText(TextId::DiskTooSlow, {megabytes(need_.megabytesPerSecond()), megabytes(speed)}),
+        showText(warningLabel_,
+                 uiText(TextId::DiskTooSlow, {rateText(need_.bytesPerSecond), rateText(speed * kBytesPerMegabyte)}),
                  true);
     } else {
         showText(warningLabel_, small ? uiText(TextId::FreeSpaceTooSmall) : QString(), true);

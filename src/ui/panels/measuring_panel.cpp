@@ -126,6 +126,9 @@ void MeasuringPanel::retranslate() {
     externalClock_->setText(uiText(TextId::ExternalClock));
     externalStart_->setText(uiText(TextId::ExternalStart));
     decimationLabel_->setText(uiText(TextId::Decimation));
+    frequencyBox_->setAccessibleName(uiText(TextId::SamplingFrequency));
+    packetFrequency_->setAccessibleName(uiText(TextId::PacketFrequencyCaption));
+    decimation_->setAccessibleName(uiText(TextId::Decimation));
     setHint(packetMode_, uiText(TextId::PacketModeHint));
     setHint(packetFrequency_, uiText(TextId::PacketModeHint));
     setHint(externalClock_, uiText(TextId::ExternalClockHint));

@@ -120,10 +120,12 @@ void PanelStack::add(SettingsPanel* panel) {
 
 void PanelStack::setDrawer(QWidget* drawer, QToolButton* button) {
     drawer_ = drawer;
+    drawerIcon_ = button;
     sections_->insertWidget(static_cast<int>(members_.size()), drawer, 1);
     button->setIconSize(QSize(iconSide(*this), iconSide(*this)));
     rail_->insertSpacing(static_cast<int>(members_.size()), fontMetrics().height() / 2);
     rail_->insertWidget(static_cast<int>(members_.size()) + 1, button);
+    drawIcons();
 }
 
 void PanelStack::showDrawer(bool shown) {
@@ -228,6 +230,9 @@ void PanelStack::drawIcons() {
                                    PartIcon::Program};
     for (size_t i = 0; i < std::min(members_.size(), std::size(kIcons)); ++i) {
         members_[i].icon->setIcon(partIcon(kIcons[i], palette()));
+    }
+    if (drawerIcon_ != nullptr) {
+        drawerIcon_->setIcon(partIcon(PartIcon::Table, palette()));
     }
 }
 

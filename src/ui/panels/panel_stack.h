@@ -86,6 +86,7 @@ private:
     std::vector<SettingsPanel*> panels_;
     std::vector<Member> members_;
     QWidget* drawer_ = nullptr;
+    QToolButton* drawerIcon_ = nullptr;
     std::vector<int> open_;  ///< in the order in which they were opened
     bool folded_ = false;
     SettingsLock lock_ = SettingsLock::None;

@@ -31,6 +31,8 @@ ProgramPanel::ProgramPanel(QWidget* parent)
       startOnLoad_(new OptionBox(this)),
       cycleStart_(new OptionBox(this)),
       foldOnStart_(new OptionBox(this)),
+      schemeLabel_(new QLabel(this)),
+      scheme_(makeList(this, QStringLiteral("ColorSchemeBox"))),
       fontLabel_(new QLabel(this)),
       fontName_(makeList(this, QStringLiteral("AxisFontNameBox"))),
       fontSize_(new QSpinBox(this)),
@@ -61,6 +63,11 @@ ProgramPanel::ProgramPanel(QWidget* parent)
     for (OptionBox* box : {stayOnTop_, startOnLoad_, cycleStart_, foldOnStart_}) {
         layout->addRow(box);
     }
+    layout->addRow(schemeLabel_, scheme_);
+    schemeLabel_->setBuddy(scheme_);
+    for (int scheme = 0; scheme < 3; ++scheme) {
+        scheme_->addItem(QString());
+    }
     layout->addRow(fontLabel_);
     auto* font = new QHBoxLayout;
     font->addWidget(fontName_, 1);
@@ -72,6 +79,7 @@ ProgramPanel::ProgramPanel(QWidget* parent)
     fontLabel_->setBuddy(fontName_);
 
     manage(startOnLoad_);
+    manage(scheme_, false);
     manage(debugLog_);
     for (QWidget* control : std::initializer_list<QWidget*>{russian_, english_, stayOnTop_, cycleStart_, foldOnStart_,
                                                             fontName_, fontSize_}) {
@@ -100,6 +108,10 @@ void ProgramPanel::connectControls() {
     });
     connect(startOnLoad_, &OptionBox::clicked, this, &SettingsPanel::changed);
     connect(foldOnStart_, &OptionBox::clicked, this, &SettingsPanel::changed);
+    connect(scheme_, &QComboBox::activated, this, [this](int scheme) {
+        emit colorSchemeChanged(scheme);
+        emit changed();
+    });
     connect(debugLog_, &OptionBox::clicked, this, &ProgramPanel::debugLogChanged);
     const auto fontChanged = [this] {
         emit axisFontChanged();
@@ -115,6 +127,7 @@ void ProgramPanel::load(const ProgramSettings& settings) {
     startOnLoad_->setChecked(settings.autoStartOnRun);
     cycleStart_->setChecked(settings.wish.cycleStart);
     foldOnStart_->setChecked(settings.foldOnStart);
+    scheme_->setCurrentIndex(settings.colorScheme);
     const QString name = fromCodePage(settings.axisFontName);
     if (fontName_->findText(name) < 0) {
         fontName_->addItem(name);
@@ -130,18 +143,23 @@ void ProgramPanel::store(ProgramSettings& settings) const {
     settings.autoStartOnRun = startOnLoad_->isChecked();
     settings.wish.cycleStart = cycleStart_->isChecked();
     settings.foldOnStart = foldOnStart_->isChecked();
+    settings.colorScheme = scheme_->currentIndex();
     settings.axisFontName = toCodePage(fontName_->currentText());
     settings.axisFontSize = fontSize_->value();
 }
 
 void ProgramPanel::retranslate() {
     languageLabel_->setText(uiText(TextId::InterfaceLanguage));
-    russian_->setText(uiText(TextId::LanguageRussian));
-    english_->setText(uiText(TextId::LanguageEnglish));
+    russian_->setText(QStringLiteral("Русский"));
+    english_->setText(QStringLiteral("English"));
     stayOnTop_->setText(uiText(TextId::StayOnTop));
     startOnLoad_->setText(uiText(TextId::StartOnLoad));
     cycleStart_->setText(uiText(TextId::CycleStart));
     foldOnStart_->setText(uiText(TextId::FoldOnStart));
+    schemeLabel_->setText(uiText(TextId::ColorScheme));
+    scheme_->setItemText(0, uiText(TextId::ColorSchemeSystem));
+    scheme_->setItemText(1, uiText(TextId::ColorSchemeLight));
+    scheme_->setItemText(2, uiText(TextId::ColorSchemeDark));
     fontLabel_->setText(uiText(TextId::AxisFont));
     debugLog_->setText(uiText(TextId::DebugLogCaption));
     setHint(russian_, uiText(TextId::SelectLanguage));
@@ -150,6 +168,8 @@ void ProgramPanel::retranslate() {
     setHint(startOnLoad_, uiText(TextId::StartOnLoad));
     setHint(cycleStart_, uiText(TextId::CycleStartHint));
     setHint(foldOnStart_, uiText(TextId::FoldOnStartHint));
+    fontSize_->setAccessibleName(uiText(TextId::AxisFont));
+    setHint(scheme_, uiText(TextId::ColorScheme));
     setHint(fontName_, uiText(TextId::AxisFont));
     setHint(fontSize_, uiText(TextId::AxisFont));
     setHint(debugLog_, uiText(TextId::DebugLogHint, {debugLogPath_}));

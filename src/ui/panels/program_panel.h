@@ -15,9 +15,9 @@ namespace tarno2 {
 class OptionBox;
 
 /// The program's own settings: `RussianChooseButton`, `EnglishChooseButton`, `StayOnTopBox`, `AutoStartOnRunBox`,
-/// `CycleStartBox`, `FoldOnStartBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`, `DebugLogPathLabel`,
-/// `ProgramFolderLabel`. What does not touch a running recording is never locked: language, place on top, cycle start,
-/// axis font.
+/// `CycleStartBox`, `FoldOnStartBox`, `ColorSchemeBox`, `AxisFontNameBox`, `AxisFontSizeBox`, `DebugModeBox`,
+/// `DebugLogPathLabel`, `ProgramFolderLabel`. What does not touch a running recording is never locked: language, place
+/// on top, cycle start, axis font.
 class ProgramPanel final : public SettingsPanel {
     Q_OBJECT
 
@@ -42,6 +42,7 @@ signals:
     void russianChosen();
     void englishChosen();
     void stayOnTopChanged(bool on);
+    void colorSchemeChanged(int scheme);
     void cycleStartChanged(bool on);
     void axisFontChanged();
     void debugLogChanged(bool on);
@@ -59,6 +60,8 @@ private:
     OptionBox* startOnLoad_;
     OptionBox* cycleStart_;
     OptionBox* foldOnStart_;
+    QLabel* schemeLabel_;
+    QComboBox* scheme_;
     QLabel* fontLabel_;
     QComboBox* fontName_;
     QSpinBox* fontSize_;

@@ -1,0 +1,105 @@
+#include "config/settings/setup_file.h"
+
+#include <algorithm>
+#include <array>
+#include <variant>
+
+#include "config/settings/settings_file.h"
+#include "config/settings/settings_table.h"
+#include "platform/file.h"
+#include "platform/paths.h"
+
+namespace tarno2 {
+
+namespace {
+
+/// What stays as it is on this computer, whatever is measured.
+bool describesMeasurement(const SettingRow& row) {
+    static constexpr std::array kOthers = {
+        "Language",        "HDDTestSpeed",      "AutoStartOnRun", "AxisFontName",    "AxisFontSize",
+        "StayOnTop",       "ShowSettingMember", "MainFormPos",    "FormVisible",     "ShowFormPos",
+        "ShowFormVisible", "WriteBuffer",       "WriteAge",       "HidePanels",      "PanelsOpen",
+        "FoldOnStart",     "ShowMessages",      "HideTable",      "ShowMoreFigures", "PanelsWidth",
+        "TableWidth",      "MessagesHeight",    "SpectrumHeight", "ColorScheme",     "RecentRecordings"};
+    return std::ranges::find(kOthers, row.key()) == kOthers.end();
+}
+
+/// Takes one entry over from other settings.
+struct EntryCopier {
+    ProgramSettings& from;
+    ProgramSettings& to;
+
+    void operator()(const IntegerSetting& setting) const { setting.set(to, setting.get(from)); }
+    void operator()(const RealSetting& setting) const { setting.at(to) = setting.at(from); }
+    void operator()(const TextSetting& setting) const { setting.at(to) = setting.at(from); }
+    void operator()(const RealListSetting& setting) const { setting.at(to) = setting.at(from); }
+    void operator()(const IntegerListSetting& setting) const {
+        for (size_t i = 0; i < std::min(setting.count(from), setting.count(to)); ++i) {
+            setting.set(to, i, setting.get(from, i));
+        }
+    }
+    void operator()(const ExactListSetting& setting) const {
+        for (size_t i = 0; i < std::min(setting.count(from), setting.count(to)); ++i) {
+            setting.at(to, i) = setting.at(from, i);
+        }
+    }
+    void operator()(const NameListSetting& setting) const {
+        for (size_t i = 0; i < std::min(setting.most(from), setting.most(to)); ++i) {
+            setting.set(to, i, setting.get(from, i));
+        }
+    }
+};
+
+std::string setupFolder(const std::string& programDirectory) {
+    return joinPath(programDirectory, "Setups");
+}
+
+}  // namespace
+
+bool isSetupName(std::string_view name) {
+    return !name.empty() && name.front() != '.' && name.find_first_of("/\\:*?\"<>|") == std::string_view::npos &&
+           std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) >= ' '; });
+}
+
+std::string setupPath(const std::string& programDirectory, const std::string& name) {
+    return joinPath(setupFolder(programDirectory), name + std::string(kSetupEnding));
+}
+
+std::vector<std::string> setupNames(const std::string& programDirectory) {
+    std::vector<std::string> names;
+    for (const std::string& file : listDirectory(setupFolder(programDirectory))) {
+        if (file.size() > kSetupEnding.size() && file.ends_with(kSetupEnding)) {
+            names.push_back(file.substr(0, file.size() - kSetupEnding.size()));
+        }
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+bool writeSetup(const std::string& path, const ProgramSettings& settings) {
+    return createFolders(parentFolder(path)).ok() && replaceSettings(path, settings, describesMeasurement);
+}
+
+SetupRead readSetup(const std::string& path, ProgramSettings& settings, OsError& why) {
+    LineConfigReader file;
+    if (!file.Open(path, false)) {
+        why = file.openError();
+        return SetupRead::NotOpened;
+    }
+    std::string driver;
+    if (!file.GetStringCopy("Driver", driver)) {
+        return SetupRead::NoSetup;
+    }
+    ProgramSettings loaded;
+    readSettings(file, loaded, describesMeasurement);
+    for (const SettingRow& row : settingsTable()) {
+        if (!describesMeasurement(row)) {
+            std::visit(EntryCopier{settings, loaded}, row.place);
+        }
+    }
+    loaded.channelCount = settings.channelCount;
+    settings = std::move(loaded);
+    return SetupRead::Done;
+}
+
+}  // namespace tarno2

@@ -1,0 +1,84 @@
+// What is told after a recording, and what can be done with it there.
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDockWidget>
+#include <QUrl>
+
+#include "config/files/figure_text.h"
+#include "core/recording/recording_need.h"
+#include "language/language_table.h"
+#include "platform/paths.h"
+#include "ui/desktop_notice.h"
+#include "ui/main_form.h"
+#include "ui/message_bar.h"
+#include "ui/save_as_text_form.h"
+#include "ui/show_form.h"
+#include "ui/state_strip.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+void T_MainForm::connectEnd() {
+    connect(messages_, &MessageBar::openAsked, this, [this] {
+        guarded("OpenRecorded", [this] {
+            signalDock_->show();
+            showForm_->openRecording(host_.watch().facts().file);
+        });
+    });
+    connect(messages_, &MessageBar::folderAsked, this, [this] {
+        guarded("ShowInFolder", [this] {
+            const QString folder = fromFileName(parentFolder(host_.watch().facts().file));
+            QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
+        });
+    });
+    connect(messages_, &MessageBar::textAsked, this,
+            [this] { guarded("SaveRecordedAsText", [this] { saveAsText(host_.watch().facts().file); }); });
+}
+
+void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
+    using Kind = MessageList::Kind;
+    if (end.message && end.kind == MessageKind::Information) {
+        messages_->add(Kind::Information, uiText(*end.message));
+    }
+    strip_->setLosses(result.losses.size());
+    if (result.monitored) {
+        messages_->add(Kind::Information, uiText(TextId::MonitoringEnded));
+        return;
+    }
+    const QString frames = fromCodePage(formatCount(host_.watch().frames(result.bytes)));
+    const QString summary = end.summary == TextId::RecordingEnded
+                                ? uiText(end.summary, {frames, QString::number(result.files)})
+                                : uiText(end.summary);
+    messages_->add(Kind::Information, summary);
+    const std::string& file = host_.watch().facts().file;
+    if (result.bytes > 0 && !file.empty() && !displayGone_) {
+        messages_->showEnd(endFacts(result));
+    }
+    notice(end.state == RunState::Error && end.message ? fromMessage(text(*end.message)) : summary);
+}
+
+// "engine.dat: 62 000 000 frames, 12.5 s, 1.25 GB, losses: 0"; seconds of the signal, not of the clock.
+QString T_MainForm::endFacts(const RecordingResult& result) {
+    const RunFigures& figures = host_.watch().figures();
+    const RecordingNeed need = recordingNeed(host_.settings(), selection().driver().facts(), findings_.disk);
+    const double seconds = need.known() ? static_cast<double>(result.bytes) / need.bytesPerSecond
+                                        : static_cast<double>(figures.elapsedSeconds);
+    QString facts =
+        uiText(TextId::EndFacts, {fromFileName(fileNameOf(host_.watch().facts().file)),
+                                  fromCodePage(formatCount(host_.watch().frames(result.bytes))),
+                                  QString::number(seconds, 'f', 3), fromCodePage(formatSize(result.bytes))});
+    if (host_.watch().facts().conditions) {
+        facts += uiText(TextId::EndEvents, {fromCodePage(formatCount(figures.events))});
+    }
+    return facts + uiText(TextId::EndLosses, {QString::number(result.losses.size())});
+}
+
+// Who looks at the window sees it there.
+void T_MainForm::notice(const QString& message) {
+    if (!host_.consoleMode() && !displayGone_ && !host_.ending() && QApplication::activeWindow() == nullptr) {
+        tellDesktop(uiText(TextId::ProgramName), message);
+    }
+}
+
+}  // namespace tarno2
