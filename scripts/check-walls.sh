@@ -5,7 +5,7 @@ cd "$(dirname "$0")"
 
 passed=0 failed=0
 for check in "check-includes.sh --self-test" "check-includes.sh" "check-texts.sh --self-test" "check-texts.sh" \
-    "check-manual.py --self-test" "check-manual.py" "count-lines.sh"; do
+    "check-manual.py --self-test" "check-manual.py" "check-links.py --self-test" "check-links.py" "count-lines.sh"; do
     echo "== $check"
     # shellcheck disable=SC2086 # the words are meant to part
     if ./$check; then passed=$((passed + 1)); else failed=$((failed + 1)); fi
