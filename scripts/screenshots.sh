@@ -27,7 +27,7 @@ trap clean_up EXIT
 
 start_screen() {
     local number=$home.display
-    Xvfb -displayfd 1 -screen 0 1024x768x24 >"$number" 2>/dev/null &
+    Xvfb -displayfd 1 -screen 0 1280x900x24 >"$number" 2>/dev/null &
     screen=$!
     local i
     for i in $(seq 100); do
@@ -40,13 +40,30 @@ start_screen() {
     rm "$number"
 }
 
-# The settings of an operator: three channels of the simulated board, ten minutes.
+# The settings of an operator: four channels of the simulated board, ten minutes; light (1)
+# or dark (2), the data file, and further lines.
 write_settings() {
+    local scheme=$1 file=$2
+    shift 2
     mkdir -p "$home/Data"
-    printf '%s\r\n' "Language = $1" 'Driver = Simulator' 'Base = 1' 'Frequency = 200000' \
-        "FileName = $home/Data/engine.dat" 'StopMode = 1' 'StopValue = 10' 'StopPower = 1' 'HDDTestSpeed = 0' \
-        'ActiveChannel = 1 1 1 ' 'ShowSettingMember = 2' 'ExtendedChannelMode = 1' 'MainFormPos = 0 0 1024 768 ' \
-        'FollowToData = 1' 'AxisXValue = 500' 'AxisXUnit = 2' >"$home/Tarno2.cfg"
+    printf '%s\r\n' "Language = $([ "$language" = en ] && echo 1 || echo 0)" 'Driver = Simulator' 'Base = 1' \
+        'Frequency = 200000' "FileName = $home/Data/$file.dat" 'StopMode = 1' 'StopValue = 10' 'StopPower = 1' \
+        'HDDTestSpeed = 0' 'ActiveChannel = 1 1 1 1 ' 'ShowSettingMember = 2' 'MainFormPos = 0 0 1280 900 ' \
+        'FollowToData = 1' 'AxisXValue = 500' 'AxisXUnit = 2' "ColorScheme = $scheme" "$@" >"$home/Tarno2.cfg"
+}
+
+start_program() {
+    TARNO2_HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=C.UTF-8 "$bin/Tarno2" "$@" 2>"$home/output" &
+    program=$!
+    main=$(timeout 30 xdotool search --sync --onlyvisible --name Tarno2 | head -n 1)
+    focus "$main"
+    sleep 1
+}
+
+end_program() {
+    press ctrl+q
+    wait "$program"
+    program=
 }
 
 windows() {
@@ -102,19 +119,17 @@ keep_window() {
 }
 
 take_pictures() {
-    write_settings "$1"
-    TARNO2_HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=C.UTF-8 "$bin/Tarno2" 2>"$home/output" &
-    program=$!
-    main=$(timeout 30 xdotool search --sync --onlyvisible --name Tarno2 | head -n 1)
-    focus "$main"
-    sleep 1
+    write_settings 1 engine 'ViewLanes = 1'
+    start_program
     keep ready
+    press F4
+    sleep 3
+    keep monitoring
     press F5
     sleep 4
     keep recording
-    press alt+4
-    keep channels
     press F6
+    keep stopped
     press alt+1
     keep board
     press alt+2
@@ -124,12 +139,44 @@ take_pictures() {
     press alt+3
     keep_window synchronisation F7
     keep_window export ctrl+t Return
-    press ctrl+q
-    wait "$program"
-    program=
+    end_program
+
+    write_settings 1 hits 'SynchroAnalyzeMode = 2' 'SynchroAnalogMode = 0' \
+        'SynchroAnalogValue = 4.5'
+    start_program
+    press F5
+    sleep 3
+    keep waiting
+    press F6
+    end_program
+
+    write_settings 1 pump 'ExtendedChannelMode = 1' 'PanelsOpen = 8'
+    start_program
+    press F5
+    sleep 3
+    keep channels
+    press F6
+    end_program
+
+    write_settings 1 next 'ViewCursors = 1' 'ViewSpectrum = 1' 'SpectrumHeight = 200'
+    start_program --open "$home/Data/engine.dat"
+    press ctrl+b
+    xdotool mousemove 640 250 click 1
+    press Home plus plus plus
+    sleep 2
+    keep opened
+    end_program
+
+    write_settings 2 night 'ViewLanes = 1'
+    start_program
+    press F5
+    sleep 4
+    keep dark
+    press F6
+    end_program
     rm -rf "$home"
 }
 
 start_screen
-language=en take_pictures 1
-language=ru take_pictures 0
+language=en take_pictures
+language=ru take_pictures
