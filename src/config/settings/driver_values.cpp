@@ -112,4 +112,15 @@ std::string withDriverValue(std::string_view text, std::string_view driver, cons
     return joined(parts);
 }
 
+std::string withDriverValuesOf(std::string_view text, std::string_view driver, std::string_view source) {
+    std::string result(text);
+    for (const DriverValue& value : driverValuesOf(text, driver)) {
+        result = withDriverValue(result, driver, {value.key, {}});
+    }
+    for (const DriverValue& value : driverValuesOf(source, driver)) {
+        result = withDriverValue(result, driver, value);
+    }
+    return result;
+}
+
 }  // namespace tarno2

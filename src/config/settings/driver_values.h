@@ -34,4 +34,8 @@ struct DriverValue {
 /// besides stays, also of drivers that nobody knows.
 [[nodiscard]] std::string withDriverValue(std::string_view text, std::string_view driver, const DriverValue& value);
 
+/// A text for all drivers in which a driver is told just what `source`, a text of the same kind, tells it. What the
+/// others are told stays.
+[[nodiscard]] std::string withDriverValuesOf(std::string_view text, std::string_view driver, std::string_view source);
+
 }  // namespace tarno2

@@ -4,6 +4,7 @@
 #include <array>
 #include <variant>
 
+#include "config/settings/driver_values.h"
 #include "config/settings/settings_file.h"
 #include "config/settings/settings_table.h"
 #include "platform/file.h"
@@ -16,11 +17,11 @@ namespace {
 /// What stays as it is on this computer, whatever is measured.
 bool describesMeasurement(const SettingRow& row) {
     static constexpr std::array kOthers = {
-        "Language",        "HDDTestSpeed",      "AutoStartOnRun", "AxisFontName",    "AxisFontSize",
-        "StayOnTop",       "ShowSettingMember", "MainFormPos",    "FormVisible",     "ShowFormPos",
-        "ShowFormVisible", "WriteBuffer",       "WriteAge",       "HidePanels",      "PanelsOpen",
-        "FoldOnStart",     "ShowMessages",      "HideTable",      "ShowMoreFigures", "PanelsWidth",
-        "TableWidth",      "MessagesHeight",    "SpectrumHeight", "ColorScheme",     "RecentRecordings"};
+        "Language",          "HDDTestSpeed",       "AutoStartOnRun", "AxisFontName",   "AxisFontSize",    "StayOnTop",
+        "ShowSettingMember", "MainFormPos",        "FormVisible",    "ShowFormPos",    "ShowFormVisible", "WriteBuffer",
+        "WriteAge",          "HidePanels",         "PanelsOpen",     "FoldOnStart",    "ShowMessages",    "HideTable",
+        "ShowMoreFigures",   "PanelsWidth",        "TableWidth",     "MessagesHeight", "SpectrumHeight",  "ColorScheme",
+        "RecentRecordings",  "FrequencyListCount", "FrequencyList"};
     return std::ranges::find(kOthers, row.key()) == kOthers.end();
 }
 
@@ -50,6 +51,18 @@ struct EntryCopier {
     }
 };
 
+/// Windows has devices of these names in every folder, whatever their ending.
+bool isDeviceName(std::string_view name) {
+    static constexpr std::array kDevices = {"con", "nul", "prn", "aux"};
+    std::string stem(name.substr(0, name.find('.')));
+    stem.erase(stem.find_last_not_of(' ') + 1);
+    std::ranges::transform(stem, stem.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
+    return std::ranges::find(kDevices, stem) != kDevices.end() ||
+           (stem.size() == 4 && (stem.starts_with("com") || stem.starts_with("lpt")) && stem[3] >= '1' &&
+            stem[3] <= '9');
+}
+
 std::string setupFolder(const std::string& programDirectory) {
     return joinPath(programDirectory, "Setups");
 }
@@ -57,7 +70,8 @@ std::string setupFolder(const std::string& programDirectory) {
 }  // namespace
 
 bool isSetupName(std::string_view name) {
-    return !name.empty() && name.front() != '.' && name.find_first_of("/\\:*?\"<>|") == std::string_view::npos &&
+    return !name.empty() && name.front() != '.' && name.back() != '.' && name.back() != ' ' && !isDeviceName(name) &&
+           name.find_first_of("/\\:*?\"<>|") == std::string_view::npos &&
            std::ranges::all_of(name, [](char c) { return static_cast<unsigned char>(c) >= ' '; });
 }
 
@@ -77,7 +91,9 @@ std::vector<std::string> setupNames(const std::string& programDirectory) {
 }
 
 bool writeSetup(const std::string& path, const ProgramSettings& settings) {
-    return createFolders(parentFolder(path)).ok() && replaceSettings(path, settings, describesMeasurement);
+    ProgramSettings kept = settings;
+    kept.driverSettings = withDriverValuesOf({}, kept.wish.driver, settings.driverSettings);
+    return createFolders(parentFolder(path)).ok() && replaceSettings(path, kept, describesMeasurement);
 }
 
 SetupRead readSetup(const std::string& path, ProgramSettings& settings, OsError& why) {
@@ -98,6 +114,7 @@ SetupRead readSetup(const std::string& path, ProgramSettings& settings, OsError&
         }
     }
     loaded.channelCount = settings.channelCount;
+    loaded.driverSettings = withDriverValuesOf(settings.driverSettings, loaded.wish.driver, loaded.driverSettings);
     settings = std::move(loaded);
     return SetupRead::Done;
 }
