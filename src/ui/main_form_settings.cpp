@@ -131,7 +131,7 @@ void T_MainForm::loadConsoleSettings() {
 void T_MainForm::boardChanged() {
     panels_->boardChanged(selection());
     storeControls();
-    selection().setHardwareAverage(settings_.hardwareAverage);
+    selection().setHardwareAverage(settings_.wish.hardwareAverage);
     try {
         RecalcChannelCount();
     } catch (...) {

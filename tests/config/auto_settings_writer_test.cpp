@@ -31,6 +31,8 @@ RecordingWish everythingAsked() {
     wish.synchro.SynchroAnalogValue = -0.1;
     wish.synchroSizes = {200, 800};
     wish.markLine = 3;
+    wish.hardwareAverage = true;
+    wish.drqNumber = 5;
     return wish;
 }
 
@@ -53,7 +55,20 @@ TEST(AutoSettingsWriter, WhatItWritesIsReadBackAsTheSameWish) {
         EXPECT_EQ(read->boardMode, wish.boardMode);
         EXPECT_EQ(read->synchroSizes.history, 800);
         EXPECT_FALSE(read->passport || read->checksums);
+        EXPECT_TRUE(read->hardwareAverage);
+        EXPECT_EQ(read->drqNumber, 5);
     }
+}
+
+TEST(AutoSettingsWriter, PiecesAsLargeAsTheVolumeHoldsAreNoPiecesOfTheFieldsSize) {
+    RecordingWish wish = everythingAsked();
+    wish.automaticCut = true;
+    wish.hardwareAverage = false;
+    wish.drqNumber = -1;
+    const std::string text = autoSettingsText(wish);
+    EXPECT_NE(text.find("CutMode = 0\r\n"), std::string::npos) << text;
+    EXPECT_EQ(text.find("HardwareAverage"), std::string::npos);
+    EXPECT_EQ(text.find("DrqNumber"), std::string::npos);
 }
 
 }  // namespace

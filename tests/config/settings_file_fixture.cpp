@@ -85,7 +85,7 @@ ProgramSettings goldenSettings() {
     synchro.SynchroPortBit = 3;
     synchro.StopAfterTrigged = true;
     s.wish.synchroSizes = {1500, 3500};
-    s.wish.useDigitalPort = s.hardwareAverage = s.pixelsMode = true;
+    s.wish.useDigitalPort = s.wish.hardwareAverage = s.pixelsMode = true;
     s.showSignalMode = 1;
     for (size_t i = 0; i < s.digitalLines.size(); ++i) {
         const auto line = static_cast<int32_t>(i);

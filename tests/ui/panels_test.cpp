@@ -69,7 +69,7 @@ ProgramSettings changedEverywhere() {
     s.wish.frequency = 48000.0;
     s.wish.packetFrequency = 250.5;
     s.wish.boardMode = 0xF;
-    s.wish.useDigitalPort = s.hardwareAverage = s.wish.cycleStart = s.autoStartOnRun = true;
+    s.wish.useDigitalPort = s.wish.hardwareAverage = s.wish.cycleStart = s.autoStartOnRun = true;
     s.wish.cut = s.wish.automaticCut = s.stayOnTop = s.extendedChannelMode = true;
     s.checkDiskSpeed = false;
     s.wish.markLine = 1;
@@ -105,9 +105,10 @@ TEST_F(Panels, EveryControlGivesBackWhatWasLoaded) {
     };
     EXPECT_EQ(values(t), values(s));
     const auto flags = [](const ProgramSettings& p) {
-        return std::vector<bool>{
-            p.wish.useDigitalPort, p.hardwareAverage, p.wish.cycleStart,     p.autoStartOnRun, p.wish.cut,
-            p.wish.automaticCut,   p.stayOnTop,       p.extendedChannelMode, p.checkDiskSpeed};
+        const RecordingWish& w = p.wish;
+        return std::vector<bool>{w.useDigitalPort, w.hardwareAverage, w.cycleStart, w.cut,
+                                 w.automaticCut,   p.autoStartOnRun,  p.stayOnTop,  p.extendedChannelMode,
+                                 p.checkDiskSpeed};
     };
     EXPECT_EQ(t.wish.boardMode, s.wish.boardMode);
     EXPECT_EQ(flags(t), flags(s)) << "also of what this board does not offer";

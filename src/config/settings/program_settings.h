@@ -73,7 +73,6 @@ struct ProgramSettings {
     // The board.
     std::vector<double> frequencyList;  ///< frequencies that the user has kept, Hz; in single precision once read
     int32_t drqNumber = 0;
-    bool hardwareAverage = false;
     std::string driverSettings;  ///< what each driver is told; see config/settings/driver_values.h
 
     // The start.

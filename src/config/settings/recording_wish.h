@@ -68,8 +68,10 @@ struct RecordingWish {
     SynchroSettings synchro;  ///< which frames to keep; channels are numbered
     SynchroSizes synchroSizes;
     bool useDigitalPort = false;
-    int32_t markLine = -1;  ///< digital line whose edges are marked; -1: none
-    int32_t markEdge = 0;   ///< 0 rising, 1 falling, 2 both
+    bool hardwareAverage = false;  ///< the board averages its samples
+    int32_t drqNumber = -1;        ///< of an unattended recording; -1: the board's own
+    int32_t markLine = -1;         ///< digital line whose edges are marked; -1: none
+    int32_t markEdge = 0;          ///< 0 rising, 1 falling, 2 both
 
     [[nodiscard]] bool hasMode(BoardModeBits mode) const { return (boardMode & mode) != 0; }
     void setMode(BoardModeBits mode, bool on) { boardMode = on ? boardMode | mode : boardMode & ~uint32_t{mode}; }

@@ -306,10 +306,12 @@ constexpr ExactListSetting scalesOfChannels(double usual, bool (*takes)(double))
             [](Settings& settings, size_t i) -> double& { return settings.wish.labels[i].*Field; }};
 }
 
-/// Size of a piece, MiB; 0: the recording is not cut.
+/// Size of a piece, MiB; 0: the recording is not cut, or as its volume demands.
 constexpr IntegerSetting cutMode() {
     return {0, kMost, false,
-            [](const Settings& settings) { return settings.wish.cut ? settings.wish.cutMegabytes : 0; },
+            [](const Settings& settings) {
+                return settings.wish.cut && !settings.wish.automaticCut ? settings.wish.cutMegabytes : 0;
+            },
             [](Settings& settings, int32_t value) {
                 settings.wish.cut = value > 0;
                 settings.wish.cutMegabytes = value > 0 ? value : settings.wish.cutMegabytes;

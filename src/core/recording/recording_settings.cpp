@@ -62,6 +62,7 @@ void takeBoardSettings(const RecordingWish& running, RecordingWish& wish) {
     wish.packetFrequency = running.packetFrequency;
     wish.decimation = running.decimation;
     wish.useDigitalPort = running.useDigitalPort;
+    wish.hardwareAverage = running.hardwareAverage;
     wish.markLine = running.markLine;
     wish.markEdge = running.markEdge;
 }
@@ -106,6 +107,7 @@ RecordingWish recordingWish(const ProgramSettings& settings, const BoardFacts& b
     wish.stopBytes = wish.stopRule == StopRule::Size ? stopBytes(settings.stopValue, settings.stopPower) : 0;
     wish.cut = wish.cut && offers(board, BoardOption::CutMode);
     wish.useDigitalPort = wish.useDigitalPort && offers(board, BoardOption::DigitalPort);
+    wish.hardwareAverage = wish.hardwareAverage && offers(board, BoardOption::HardwareAverage);
     return wish;
 }
 

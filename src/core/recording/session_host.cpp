@@ -26,7 +26,9 @@ SessionHost::SessionHost(SessionFront& front, std::string programDirectory, std:
 bool SessionHost::applyConsoleSettings(uint32_t longestSearchMs) {
     DEBUG_LOG("LoadConfig consolemode");
     selection_.setOnlySettings(parseDriverValues(console_->driverSettings).value_or(std::vector<DriverValue>()));
-    ApplyOutcome outcome = selection_.apply(console_->driver, console_->base);
+    ApplyOutcome outcome = console_->drqNumber < 0
+                               ? selection_.apply(console_->driver, console_->base)
+                               : selection_.apply(console_->driver, console_->base, console_->drqNumber);
     if (!settingsReachDriver()) {
         quit();
         return false;
@@ -39,6 +41,9 @@ bool SessionHost::applyConsoleSettings(uint32_t longestSearchMs) {
     }
     if (!selection_.hasFrequency(console_->frequency)) {
         consoleLog().log("Frequency not founded");
+    }
+    if (!selection_.setHardwareAverage(console_->hardwareAverage)) {
+        consoleLog().log("Hardware average not accesible");
     }
     return true;
 }

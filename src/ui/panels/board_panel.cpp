@@ -86,7 +86,7 @@ void BoardPanel::load(const ProgramSettings& settings) {
     drqBox_->setCurrentIndex(std::max(row, 0));
     differential_->setWish(settings.wish.hasMode(kBoardDifferential));
     digitalPort_->setWish(settings.wish.useDigitalPort);
-    hardwareAverage_->setWish(settings.hardwareAverage);
+    hardwareAverage_->setWish(settings.wish.hardwareAverage);
     markLine_->setWish(settings.wish.markLine, settings.wish.markEdge);
 }
 
@@ -100,7 +100,7 @@ void BoardPanel::store(ProgramSettings& settings) const {
     settings.drqNumber = drqNumber_;
     settings.wish.setMode(kBoardDifferential, differential_->wish());
     settings.wish.useDigitalPort = digitalPort_->wish();
-    settings.hardwareAverage = hardwareAverage_->wish();
+    settings.wish.hardwareAverage = hardwareAverage_->wish();
     settings.wish.markLine = markLine_->line();
     settings.wish.markEdge = markLine_->edge();
 }
