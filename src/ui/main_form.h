@@ -162,6 +162,7 @@ private:
     // Setups (main_form_setups.cpp).
     void saveSetup(const QString& name);
     bool loadSetup(const QString& name);
+    [[nodiscard]] bool boardTellsAll();
     void showLoaded();
 
     // The end of a recording (main_form_end.cpp).

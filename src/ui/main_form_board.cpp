@@ -72,6 +72,7 @@ void T_MainForm::showLooking(bool looking) {
     channelsPanel_->table().setEnabled(!looking);
     boardPanel_->setLooking(looking);
     menu_.additional->setEnabled(!looking);
+    menu_.autoSettings->setEnabled(!looking);
     allowStarts();
     if (looking) {
         statusLine_->setBoard(uiText(TextId::LookingForBoard), false);

@@ -36,6 +36,10 @@ void T_MainForm::SetupsClick() {
 }
 
 void T_MainForm::saveSetup(const QString& name) {
+    if (search_.busy()) {
+        tell(uiText(TextId::SetupNotNow));
+        return;
+    }
     storeControls();
     ProgramSettings kept = settings_;
     kept.wish.fileName = fileName();
@@ -49,6 +53,7 @@ void T_MainForm::saveSetup(const QString& name) {
 
 bool T_MainForm::loadSetup(const QString& name) {
     if (control().running() || search_.busy()) {
+        tell(uiText(TextId::SetupNotNow));
         return false;
     }
     storeControls();
@@ -81,8 +86,20 @@ void T_MainForm::showLoaded() {
     showConditions();
 }
 
+// Without its board nobody knows which modes, channels and options are recorded.
+bool T_MainForm::boardTellsAll() {
+    if (!search_.busy() && !afterSearch_ && host_.watch().board() == BoardStatus::Ready) {
+        return true;
+    }
+    tell(uiText(TextId::AutoSettingsNeedBoard));
+    return false;
+}
+
 void T_MainForm::AutoSettingsClick() {
     guarded("AutoSettingsClick", [this] {
+        if (!boardTellsAll()) {
+            return;
+        }
         QFileDialog dialog(this, plainText(TextId::MenuAutoSettings));
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setNameFilters({uiText(TextId::AutoSettingsFilter), uiText(TextId::AllFilesFilter)});
@@ -90,9 +107,16 @@ void T_MainForm::AutoSettingsClick() {
         if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
             return;
         }
+        // A search may have begun meanwhile.
+        if (!boardTellsAll()) {
+            return;
+        }
         const std::string path = toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()));
         RecordingWish wish = settings();
         wish.fileName = fileName();
+        if (!selection().drqNumbers().empty()) {
+            wish.drqNumber = settings_.drqNumber;
+        }
         wish.driverSettings = driverValuesText(driverValuesOf(selection().driverSettings(), wish.driver));
         if (writeAutoSettings(path, wish).ok()) {
             messages_->add(MessageList::Kind::Information, uiText(TextId::AutoSettingsSaved, {fromFileName(path)}));

@@ -10,6 +10,7 @@
 #include "config/logs/debug_log.h"
 #include "display/recorded.h"
 #include "display/signal_format.h"
+#include "platform/file.h"
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
@@ -34,7 +35,10 @@ void T_MainForm::buildSignalView() {
 
 // The view takes the settings when it is made.
 void T_MainForm::renewSignalView() {
-    const std::string opened = showForm_->openedFile();
+    std::string opened = showForm_->openedFile();
+    if (const std::string& last = host_.watch().facts().file; opened.empty() && fileExists(last)) {
+        opened = last;
+    }
     control().setLiveTap(nullptr);
     delete showForm_;
     makeSignalView();

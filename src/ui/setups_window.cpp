@@ -153,6 +153,10 @@ void SetupsWindow::importFile() {
         return;
     }
     const QString name = QFileInfo(chosen).completeBaseName();
+    if (!isSetupName(toFileName(name))) {
+        tell(uiText(TextId::SetupBadName));
+        return;
+    }
     const std::string from = toFileName(QDir::toNativeSeparators(chosen));
     ProgramSettings tried;
     OsError why;

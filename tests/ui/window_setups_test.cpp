@@ -107,6 +107,19 @@ TEST_F(WindowSetups, OnesThatAreNoneAreToldAndChangeNothing) {
     EXPECT_EQ(nameField(), before);
 }
 
+// What the driver does not tell would be missing in the file.
+TEST_F(WindowSetups, WithoutItsBoardNoAutosettingsFileIsWritten) {
+    wanted_.wish.base = 0x999;
+    open();
+    QString told;
+    inDialog<QMessageBox>(form(), [&told](QMessageBox& box) {
+        told = box.text();
+        box.accept();
+    });
+    form().AutoSettingsClick();
+    EXPECT_EQ(told, uiText(TextId::AutoSettingsNeedBoard));
+}
+
 TEST_F(WindowSetups, AFileOfTheWindowRecordsTheSameUnattended) {
     wanted_.channels[5].active = true;
     wanted_.channels[5].gain = 10;
@@ -168,6 +181,9 @@ TEST_F(WindowSetups, AfterTheStopOneLineTellsAndOffersWhatWasRecorded) {
     ASSERT_NE(text, nullptr);
     EXPECT_TRUE(text->isVisible());
     text->close();
+    saveAs("Same");
+    load("Same");
+    EXPECT_EQ(find<T_ShowForm>("T_ShowForm")->openedFile(), folder_.file("data/run.dat")) << "the picture stays";
     record();
     EXPECT_FALSE(find("OpenRecordedButton")->isVisible());
 }
