@@ -2,8 +2,9 @@
 
 #include <chrono>
 
+#include "config/files/recording_name.h"
 #include "exports/make_exporters.h"
-#include "records/export_names.h"
+#include "platform/file.h"
 #include "records/record_description.h"
 #include "records/recorded_format.h"
 
@@ -36,9 +37,13 @@ public:
         if (!described.driverName.empty()) {
             description_.setDriverName(described.driverName);
         }
-        description_.setFrequency(subject.rate * subject.inputs.channelCount);
-        description_.setSynchronousChannels(0);
-        description_.setPacketMode(0, 0.0, 0);
+        // The rate within a packet stays; that of the packets falls with the frames.
+        const double every = subject.inputs.frequency / subject.rate;
+        const double rate = described.packetMode ? described.frequencyPerChannel.value_or(subject.rate) : subject.rate;
+        description_.setFrequency(rate * subject.inputs.channelCount);
+        description_.setSynchronousChannels(static_cast<uint8_t>(described.synchronousChannels.value_or(-1)));
+        description_.setPacketMode(described.packetMode ? 1 : 0, packetRate(subject, described, every),
+                                   static_cast<uint8_t>(described.externalFrequency.value_or(-1)));
         description_.setBackwardOrder(0);
         description_.setDataFormat(described.layout.value_or(SampleLayout{}));
         description_.setCreateTime(subject.facts.start ? localTimeOf(*subject.facts.start)
@@ -48,7 +53,8 @@ public:
         }
     }
 
-    bool begin(ExportSink& /*sink*/) override { return true; }
+    // Shows before the first frame whether there can be a description, and leaves none of what was replaced.
+    bool begin(ExportSink& sink) override { return end(sink, 0); }
 
     bool frames(ExportSink& sink, const uint8_t* frames, size_t count) override {
         return sink.write(frames, count * subject_.inputs.frameBytes());
@@ -56,26 +62,38 @@ public:
 
     bool end(ExportSink& /*sink*/, uint64_t frames) override {
         description_.setDataCountPerChannel(frames);
-        return description_.writeForDataFile(subject_.outputName);
+        written_ = description_.writeForDataFile(subject_.outputName);
+        return written_;
     }
 
+    [[nodiscard]] std::string unwritten() const override {
+        return written_ ? std::string() : RecordDescription::fileNameFor(subject_.outputName);
+    }
     [[nodiscard]] OsError error() const override { return description_.writeError(); }
 
 private:
+    static double packetRate(const ExportSubject& subject, const RecordedKeys& described, double every) {
+        const double told = described.packetFrequency.value_or(0);
+        return every > 1.0 ? subject.facts.packetRate.value_or(told) / every : told;
+    }
+
+    bool written_ = true;
     const ExportSubject& subject_;
     RecordDescription description_;
 };
 
 }  // namespace
 
-std::unique_ptr<Exporter> makeDat(const ExportSubject& subject, ExportNotes& /*notes*/, ConversionResult& refusal) {
+std::unique_ptr<Exporter> makeDat(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal) {
     const RecordedKeys described = readRecordedKeys(RecordDescription::fileNameFor(subject.dataFile));
-    const bool ownName = subject.outputName != kStandardOutput &&
-                         RecordDescription::fileNameFor(subject.outputName) != subject.outputName;
-    if (!ownName || !described.layout) {
-        refusal.status = ownName ? ConversionResult::BadInput : ConversionResult::BadName;
-        refusal.subject = ownName ? "DataFormat" : subject.outputName;
+    if (!described.layout || described.triggered) {
+        refusal.status = described.layout ? ConversionResult::RecordsTorn : ConversionResult::BadInput;
+        refusal.subject = "DataFormat";
         return nullptr;
+    }
+    const RecordingName name(subject.dataFile);
+    if (fileExists(name.passport()) || fileExists(name.whole().value_or(name).passport())) {
+        notes.push_back({ExportNote::PassportLeftOut, {}});
     }
     return std::make_unique<DatExporter>(subject, described);
 }

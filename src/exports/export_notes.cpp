@@ -20,6 +20,9 @@ std::string describe(const ExportNote& note) {
             return "the limits of channels were rounded to what the header has room for";
         case ExportNote::LongHeader:
             return "the header has " + note.detail + " bytes: numpy.load asks for max_header_size";
+        case ExportNote::PassportLeftOut:
+            return "names, units, scales, marks and the exact start were left out: the passport of the whole recording "
+                   "tells them";
     }
     return {};
 }

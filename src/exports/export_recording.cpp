@@ -5,8 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "config/files/recording_name.h"
-#include "platform/paths.h"
+#include "exports/recording_output.h"
 #include "records/export_names.h"
 #include "records/frame_reader.h"
 
@@ -15,22 +14,6 @@ namespace tarno2 {
 namespace {
 
 constexpr size_t kBlockBytes = size_t{1} << 18;
-
-/// Whether a file of the recording has that name, be it of another piece.
-bool isOfRecording(const std::string& output, const std::string& dataFile) {
-    const RecordingName own(dataFile);
-    for (const RecordingName& name : {own, own.whole().value_or(own)}) {
-        const uint32_t piece = name.pieceOf(fileNameOf(output)).value_or(0);
-        for (const std::string& file :
-             {name.data(), name.description(), name.piece(piece), name.description(piece), name.passport(),
-              name.marks(), name.checksums(), name.losses(), name.journal(), name.earlierJournal()}) {
-            if (isSameFile(output, file)) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
 
 std::string outputWords(const ExportTask& task) {
     return task.outputName == kStandardOutput ? "standard output" : task.outputName;
@@ -91,15 +74,15 @@ void writeOutput(const ExportTask& task, FrameReader& reader, Exporter& exporter
                  ConversionProgress& progress, const std::atomic<bool>& stop, ConversionResult& result) {
     uint64_t frames = 0;
     uint64_t goodBytes = 0;
-    if (exporter.begin(sink)) {
+    const bool begun = exporter.begin(sink);
+    if (begun) {
         goodBytes = sink.position();
         frames = moveFrames(reader, exporter, sink, progress, stop, result, goodBytes);
-        if (sink.error().ok() && !exporter.end(sink, frames) && sink.error().ok()) {
-            result.status = ConversionResult::CannotWrite;
-            result.error = exporter.error();
-        }
     }
-    if (!sink.error().ok() && goodBytes != 0) {
+    if (begun && sink.error().ok()) {
+        exporter.end(sink, frames);
+    }
+    if (begun && !sink.error().ok()) {
         exporter.rescue(sink, goodBytes, frames);
     }
     if (!sink.firstError().ok()) {
@@ -111,10 +94,27 @@ void writeOutput(const ExportTask& task, FrameReader& reader, Exporter& exporter
         result.status = ConversionResult::CannotWrite;
         result.error = error;
     }
+    // Data that nothing describes are no recording; those of a file that was there before may still be.
+    if (std::string file = exporter.unwritten(); !file.empty()) {
+        result.status = ConversionResult::CannotWrite;
+        result.subject = std::move(file);
+        result.error = exporter.error();
+        if (sink.isNew()) {
+            static_cast<void>(removeFile(task.outputName));
+        }
+    }
 }
 
 bool openOutput(const ExportTask& task, ExportSink& sink, ConversionResult& result) {
     result.subject = outputWords(task);
+    if (task.row->describes) {
+        ConversionResult checked = checkRecordingOutput(task.outputName, task.dataFile, task.replace);
+        if (checked.status != ConversionResult::Finished) {
+            result.status = checked.status;
+            result.subject = std::move(checked.subject);
+            return false;
+        }
+    }
     if (task.outputName != kStandardOutput) {
         if (!isOutputName(task.outputName)) {
             result.status = ConversionResult::BadName;

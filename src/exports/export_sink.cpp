@@ -6,9 +6,14 @@ namespace tarno2 {
 
 OsError ExportSink::open(const std::string& name, bool replace) {
     isFile_ = name != kStandardOutput;
-    return isFile_ ? file_.open(name, replace ? FileMode::CreateAlways : FileMode::CreateNew, FileAccess::Write,
-                                FileShare::None)
-                   : file_.openStandardOutput();
+    if (!isFile_) {
+        return file_.openStandardOutput();
+    }
+    const OsError error = file_.open(name, FileMode::CreateNew, FileAccess::Write, FileShare::None);
+    isNew_ = error.ok();
+    return replace && error.alreadyExists()
+               ? file_.open(name, FileMode::CreateAlways, FileAccess::Write, FileShare::None)
+               : error;
 }
 
 bool ExportSink::keep(const OsError& error) {

@@ -25,6 +25,8 @@ public:
     bool cutBack(uint64_t size);
 
     [[nodiscard]] uint64_t position() const { return position_; }  ///< bytes written
+    /// The file was not there before.
+    [[nodiscard]] bool isNew() const { return isNew_; }
     [[nodiscard]] bool isFile() const { return isFile_; }
     [[nodiscard]] const OsError& error() const { return error_; }
     /// The first error that there was, whatever was cut back since.
@@ -35,6 +37,7 @@ private:
 
     File file_;
     bool isFile_ = true;
+    bool isNew_ = false;
     uint64_t position_ = 0;
     OsError error_;
     OsError firstError_;

@@ -34,7 +34,8 @@ struct ExportNote {
         LastRecordPadded,  ///< detail: by how many frames
         NamesReplaced,     ///< letters that the format does not take
         LimitsRounded,     ///< the limits of channels have more digits than the format
-        LongHeader         ///< detail: its bytes
+        LongHeader,        ///< detail: its bytes
+        PassportLeftOut    ///< names, units, scales, marks and the exact start stay in the passport of the whole
     };
     Kind kind;
     std::string detail;
@@ -45,7 +46,7 @@ using ExportNotes = std::vector<ExportNote>;
 [[nodiscard]] std::string describe(const ExportNote& note);
 
 /// Writes frames in one form. `begin`, `frames` any number of times, `end`; false when the sink failed, which then has
-/// the error. Memory does not grow with the frames.
+/// the error, or a file beside it (`unwritten`). Memory does not grow with the frames.
 class Exporter {
 public:
     virtual ~Exporter() = default;
@@ -54,7 +55,9 @@ public:
     virtual bool frames(ExportSink& sink, const uint8_t* frames, size_t count) = 0;
     /// `frames`: how many there were; fewer than announced after a stop. What was begun becomes a file that opens.
     virtual bool end(ExportSink& sink, uint64_t frames) = 0;
-    /// Why `end` failed, when the sink has no error.
+    /// A file beside the output that could not be written, though the sink may have no error; empty: there is none.
+    [[nodiscard]] virtual std::string unwritten() const { return {}; }
+    /// Why.
     [[nodiscard]] virtual OsError error() const { return {}; }
     /// After the sink has failed: makes a file that opens of what it has taken, as far as that can be done. `bytes` and
     /// `frames`: what there was after the last call of `frames` that went well.

@@ -10,13 +10,13 @@ namespace tarno2 {
 namespace {
 
 constexpr std::array kRows = {
-    ExporterRow{"csv", "csv", "CSV", kTextOptions | kDataOption, false, false, false, false, nullptr},
-    ExporterRow{"wav", "wav", "WAV, RF64", kBitsOption, true, false, false, false, makeWav},
-    ExporterRow{"sr", "sr", "sigrok (SR)", kDataOption, true, true, false, true, makeSession},
-    ExporterRow{"npy", "npy", "NumPy (NPY)", kDataOption, false, false, false, false, makeNpy},
-    ExporterRow{"dat", "dat", "Tarno2 (DAT)", 0, true, true, false, false, makeDat},
-    ExporterRow{"edf", "edf", "EDF+", 0, true, true, true, false, makeEdf},
-    ExporterRow{"bdf", "bdf", "BDF+", 0, true, true, true, false, makeBdf},
+    ExporterRow{"csv", "csv", "CSV", kTextOptions | kDataOption, false, false, false, false, false, nullptr},
+    ExporterRow{"wav", "wav", "WAV, RF64", kBitsOption, true, false, false, false, false, makeWav},
+    ExporterRow{"sr", "sr", "sigrok (SR)", kDataOption, true, true, false, false, true, makeSession},
+    ExporterRow{"npy", "npy", "NumPy (NPY)", kDataOption, false, false, false, false, false, makeNpy},
+    ExporterRow{"dat", "dat", "Tarno2 (DAT)", 0, true, true, false, true, false, makeDat},
+    ExporterRow{"edf", "edf", "EDF+", 0, true, true, true, false, false, makeEdf},
+    ExporterRow{"bdf", "bdf", "BDF+", 0, true, true, true, false, false, makeBdf},
 };
 
 }  // namespace

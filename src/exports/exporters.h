@@ -26,6 +26,7 @@ struct ExporterRow {
     bool needsRate;         ///< the frames have to have a rate
     bool needsLimits;       ///< the channels have to have limits, volts
     bool usesMarks;         ///< it has a place for marks and triggers
+    bool describes;         ///< a description is made beside it: the output is a recording of its own
     bool usuallyVolts;      ///< where nobody says what values are wanted; else codes
     /// Null: the rows of text, which are made by threads of their own (`convertToText`).
     std::unique_ptr<Exporter> (*make)(const ExportSubject& subject, ExportNotes& notes, ConversionResult& refusal);

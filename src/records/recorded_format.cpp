@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace tarno2 {
 
@@ -57,6 +58,12 @@ std::optional<std::vector<std::pair<double, double>>> readRanges(const KeyValueF
         ranges.emplace_back(limits[i], limits[i + 1]);
     }
     return ranges;
+}
+
+std::optional<int8_t> readInt8(const KeyValueFile& file, const char* key) {
+    int32_t value = 0;
+    return file.readInt32(key, value, 0) && std::in_range<int8_t>(value) ? std::optional(static_cast<int8_t>(value))
+                                                                         : std::nullopt;
 }
 
 /// The time of day and the date in a text: six numbers, whatever stands between them.
@@ -112,6 +119,9 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
     keys.ranges = readRanges(file);
     int32_t packetMode = 0;
     keys.packetMode = file.readInt32("PacketMode", packetMode, 0) && packetMode == 1;
+    keys.packetFrequency = readInt8(file, "PacketFreq");
+    keys.externalFrequency = readInt8(file, "ExternalFreqMode");
+    keys.synchronousChannels = readInt8(file, "SynchronousChannels");
     int32_t backward = 0;
     keys.backwardOrder = file.readInt32("BackwardOrder", backward, 0) && backward == 1;
     int32_t synchro = 0;

@@ -37,10 +37,13 @@ struct RecordedKeys {
     /// Upper and lower limits, volts; as many as the file lists.
     std::optional<std::vector<std::pair<double, double>>> ranges;
     std::string driverName;
-    std::optional<LocalTime> created;  ///< when it began, to the second
-    bool packetMode = false;           ///< each frame was taken as a packet
-    bool backwardOrder = false;        ///< frames hold the channels in reverse order
-    bool triggered = false;            ///< it holds records of synchronisation, one behind the other
+    std::optional<LocalTime> created;           ///< when it began, to the second
+    bool packetMode = false;                    ///< each frame was taken as a packet
+    std::optional<int8_t> packetFrequency;      ///< Hz, as far as the description tells it
+    std::optional<int8_t> externalFrequency;    ///< 1: the rate is that of a clock outside, -1: unknown
+    std::optional<int8_t> synchronousChannels;  ///< 1: the samples of a frame were taken at once, -1: unknown
+    bool backwardOrder = false;                 ///< frames hold the channels in reverse order
+    bool triggered = false;                     ///< it holds records of synchronisation, one behind the other
 };
 
 /// Reads what can be read of a description, which may be damaged or missing.

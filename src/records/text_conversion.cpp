@@ -168,6 +168,14 @@ std::string describe(const ConversionResult& result) {
             return "the format holds " + result.subject + " channels at most";
         case ConversionResult::RateImpossible:
             return "the format can not tell this rate";
+        case ConversionResult::NoRecordingName:
+            return '"' + result.subject + "\" is no name for a recording: it has to end in .dat";
+        case ConversionResult::NameTaken:
+            return result.subject + ": is there and belongs to something else of that name; choose another name";
+        case ConversionResult::RecordsTorn:
+            return "a recording with records of synchronisation can not become a part of this format: it would pass "
+                   "for "
+                   "one continuous signal";
         case ConversionResult::NothingChosen:
             return result.subject + ": of its " + std::to_string(result.frames) + " frames none was chosen";
     }

@@ -36,7 +36,10 @@ struct ConversionResult {
         OutputExists = -9,
         CodesTooWide = -10,     ///< `subject`: the bits that the output has for a code
         TooManyChannels = -11,  ///< `subject`: the most that the output can have
-        RateImpossible = -12    ///< the output can't tell the rate of the frames
+        RateImpossible = -12,   ///< the output can't tell the rate of the frames
+        NoRecordingName = -13,  ///< the name of a recording that is made has to end in ".dat"
+        NameTaken = -14,        ///< `subject` is there, of another recording of that name
+        RecordsTorn = -15       ///< the records of synchronisation would become one signal
     };
     Status status = Finished;
     std::string subject;         ///< of a failure: the file it is about, or the key

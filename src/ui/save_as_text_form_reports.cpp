@@ -25,6 +25,8 @@ QString noteText(const ExportNote& note) {
             return uiText(TextId::ExportNoteLimits);
         case ExportNote::LongHeader:
             return uiText(TextId::ExportNoteHeader, {detail});
+        case ExportNote::PassportLeftOut:
+            return uiText(TextId::ExportNotePassport);
     }
     return {};
 }
@@ -93,6 +95,12 @@ QString T_SaveAsTextForm::failureText(const ExportOutcome& outcome) const {
             return uiText(TextId::ExportTooManyChannels, {file});
         case ConversionResult::RateImpossible:
             return uiText(TextId::ExportRateImpossible);
+        case ConversionResult::NoRecordingName:
+            return uiText(TextId::ExportNoRecordingName);
+        case ConversionResult::NameTaken:
+            return uiText(TextId::ExportNameTaken, {file});
+        case ConversionResult::RecordsTorn:
+            return uiText(TextId::ExportRecordsTorn);
         case ConversionResult::BadName:
             return uiText(TextId::FileNameError);
         default:

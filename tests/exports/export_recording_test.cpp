@@ -134,7 +134,71 @@ TEST_F(ExportRecording, MakesARecordingOfItsOwn) {
     EXPECT_EQ(format.frames, 20U);
     EXPECT_EQ(format.channelCount, 1U);
     EXPECT_EQ(format.frequencyPerChannel, 10000.0);
-    EXPECT_EQ(run(task("dat", "-")).status, ConversionResult::BadName);
+}
+
+TEST_F(ExportRecording, ARecordingReplacesNoOther) {
+    const std::string own = readFile(folder_.file("run.txt"));
+    const auto status = [&](const char* name, bool replace) {
+        ExportTask part = task("dat", name == std::string("-") ? name : folder_.file(name));
+        part.replace = replace;
+        return run(part).status;
+    };
+    createDirectory(folder_.file("a.b"));
+    for (const char* const bad : {"-", "run.raw", "a.b/nodot", ".dat"}) {
+        EXPECT_EQ(status(bad, true), ConversionResult::NoRecordingName) << bad;
+    }
+    folder_.write("run.raw", readFile(data_));
+    data_ = folder_.file("run.raw");
+    EXPECT_EQ(status("run.dat", true), ConversionResult::OutputIsInput);
+    EXPECT_EQ(status("run_3.dat", true), ConversionResult::OutputIsInput);
+    EXPECT_EQ(readFile(folder_.file("run.txt")), own);
+
+    folder_.write("other.txt", own + ";more");
+    EXPECT_EQ(status("other.dat", false), ConversionResult::OutputExists);
+    EXPECT_EQ(readFile(folder_.file("other.txt")), own + ";more");
+    EXPECT_FALSE(fileExists(folder_.file("other.dat")));
+    EXPECT_EQ(status("other.dat", true), ConversionResult::Finished);
+    EXPECT_EQ(status("other_1.dat", false), ConversionResult::NameTaken);
+    folder_.write("notes.txt", "mine");
+    EXPECT_EQ(status("notes.dat", true), ConversionResult::NameTaken);
+    EXPECT_EQ(readFile(folder_.file("notes.txt")), "mine");
+    for (const char* const beside : {"other.json", "other.sha256", "other.marks.csv", "other_1.dat"}) {
+        const std::string file = folder_.write(beside, "kept");
+        EXPECT_EQ(status("other.dat", true), ConversionResult::NameTaken) << beside;
+        EXPECT_TRUE(removeFile(file).ok());
+    }
+    EXPECT_EQ(readFile(folder_.file("other.dat")), readFile(data_));
+
+    // Found before the first frame: of an output that can't be described nothing stays.
+    createDirectory(folder_.file("gone"));
+    ExportTask part = task("dat", folder_.file("gone/part.dat"));
+    createDirectory(folder_.file("gone/part.txt"));
+    part.replace = true;
+    EXPECT_LT(run(part).status, ConversionResult::Finished);
+    EXPECT_FALSE(fileExists(part.outputName));
+}
+
+TEST_F(ExportRecording, APartOfARecordingKeepsItsKeys) {
+    const auto described = [&](const std::string& from, const std::string& to) {
+        std::string text = readFile(folder_.file("run.txt"));
+        const size_t at = text.find(from);
+        EXPECT_NE(at, std::string::npos) << from;
+        folder_.write("run.txt", text.replace(at, from.size(), to));
+    };
+    described("PacketMode = -1", "PacketMode = 1");
+    described("PacketFreq = 0", "PacketFreq = 50");
+    described("SynchronousChannels = -1", "SynchronousChannels = 1");
+    ExportTask part = task("dat", folder_.file("part.dat"));
+    part.choice.every = 2;
+    EXPECT_EQ(run(part).status, ConversionResult::Finished);
+    const RecordedKeys keys = readRecordedKeys(folder_.file("part.txt"));
+    EXPECT_TRUE(keys.packetMode);
+    EXPECT_EQ(keys.packetFrequency, 25);
+    EXPECT_EQ(keys.synchronousChannels, 1);
+    EXPECT_EQ(keys.frequencyPerChannel, 10000.0);
+    described("SynchroEnable = 0", "SynchroEnable = 1");
+    EXPECT_EQ(run(task("dat", folder_.file("torn.dat"))).status, ConversionResult::RecordsTorn);
+    EXPECT_FALSE(fileExists(folder_.file("torn.dat")));
 }
 
 TEST_F(ExportRecording, ReplacesNothingThatItShouldNot) {
