@@ -155,8 +155,10 @@ void T_MainForm::doWhenFound(void (T_MainForm::*step)()) {
 void T_MainForm::startRecording() {
     bool goes = false;
     guarded("StartButtonClick", [this, &goes] {
-        const bool recording = control().running() && !control().monitoring();
-        goes = recording || answersAllowStart();
+        const bool monitored = control().monitoring();
+        const bool recording = control().running() && !monitored;
+        // What was monitored may have ended while the question stood: its end was told, and it is not begun anew.
+        goes = recording || (answersAllowStart() && monitored == control().monitoring());
         if (goes) {
             strip_->setAttention({});
         }

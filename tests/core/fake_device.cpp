@@ -149,6 +149,9 @@ int32_t FakeDevice::Setup(int32_t apply, void* block, int32_t zero) {
 }
 
 int32_t FakeDevice::Start() {
+    if (whileStarting) {
+        whileStarting();
+    }
     {
         const std::lock_guard lock(mutex_);
         written_ = 0;

@@ -45,6 +45,7 @@ public:
     std::function<void(uint32_t&)> restate;  ///< changes the ring size told, not the ring, from the second answer on
     bool eventLost = false;                  ///< the number of the data event is none
     int32_t startAnswer = 1;
+    std::function<void()> whileStarting;         ///< called by Start, before the board runs, on its thread
     uint64_t atStart = 0;                        ///< samples that are there at once
     bool tellsCount = true;                      ///< answers kADCGetSamplesWritten
     uint64_t readerPaced = 0;                    ///< samples that come by themselves as the reader takes them

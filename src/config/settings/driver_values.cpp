@@ -77,6 +77,7 @@ std::optional<std::vector<DriverValue>> parseDriverValues(std::string_view text)
 
 std::string driverValuesText(const std::vector<DriverValue>& values) {
     std::vector<std::string> parts;
+    parts.reserve(values.size());
     for (const DriverValue& value : values) {
         parts.push_back(value.key + '=' + value.value);
     }

@@ -130,7 +130,7 @@ bool AcquisitionThread::startBoard() {
         return false;
     }
     begunAt_ = utcMicroseconds();
-    keeps_ = link_.keepAsked();
+    keeps_ = !link_.monitors();
     uint64_t written = 0;
     counts_ = driver_.device().get(kADCGetSamplesWritten, written);
     startAwaited_ = board_.settings.externalStart;
@@ -260,7 +260,7 @@ void AcquisitionThread::finish() {
     driver_.stop();
     buffer_.reset();
     decideCode();
-    report_.monitored = link_.endUnkept();
+    report_.monitored = link_.endUnkept() && link_.monitors();
     if (!report_.monitored) {
         closeFiles();
     }

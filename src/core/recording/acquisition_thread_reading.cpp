@@ -78,6 +78,7 @@ void AcquisitionThread::updatePositions() {
     ring_->halvesFilled(halves);
     askCount();
     askEnd();
+    takeUp();
     askMarks();
     noteClock(false);
     const auto load = static_cast<uint32_t>(std::min(ring_->load(), 1000.0) * 1000.0);
@@ -173,7 +174,6 @@ void AcquisitionThread::readUpTo(uint64_t end) {
 // Copies a part of the ring and brings it on its way. False when nothing more is to be read.
 bool AcquisitionThread::read(const RingReader::Part& part) {
     noDataSince_.reset();
-    takeUp();
     if (!transfer(part)) {
         return false;
     }

@@ -90,15 +90,16 @@ bool T_BOARD::dataBegun() {
 // The newest frame that the board is known to have given: what it has counted, or what was read of one that counts not.
 std::optional<RecordingMark> T_BOARD::mark() {
     const int64_t now = utcMicroseconds();
-    const auto before = framesBefore();
-    if (!before) {
+    // Until the thread has come to what it is to keep, the recording begins with what it reads next.
+    if (!framesBefore() && !link_.keepAsked()) {
         return std::nullopt;
     }
+    const uint64_t before = framesBefore().value_or(samplesRead() / settings.channelCount() / decimation);
     uint64_t written = 0;
     static_cast<void>(driver_.device().get(kADCGetSamplesWritten, written));
     const uint64_t frames = std::max(written, samplesRead()) / settings.channelCount();
     // A board that is gone tells no count any more.
-    newestMark_ = std::max(newestMark_, frames / decimation - std::min(frames / decimation, *before));
+    newestMark_ = std::max(newestMark_, frames / decimation - std::min(frames / decimation, before));
     return marks_.add(newestMark_, now);
 }
 

@@ -51,7 +51,7 @@ public:
     /// Lets the thread start the measurement and keep all of it.
     void Begin();
     /// Lets the thread start the measurement and show it to the tap alone, until `Keep`.
-    void Monitor() { link_.begin(); }
+    void Monitor() { link_.beginMonitoring(); }
     /// Has the thread keep what it reads from its next block on, by the evaluator, the writer and the marks, which are
     /// ready then and the thread's from here on. False when it has ended before: they are the caller's still.
     [[nodiscard]] bool Keep() { return link_.keep(); }

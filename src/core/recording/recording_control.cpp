@@ -66,25 +66,37 @@ bool RecordingControl::MonitorButtonClick() {
 // The files are made while the board runs; then its thread is told to keep what comes.
 bool RecordingControl::keepFromNow() {
     const RecordingWish monitored = settings_;
-    takeWish();
-    takeBoardSettings(monitored, settings_);
-    const bool ready = checkFile() && checkStopRule() && prepareFacts() && createFiles();
-    if (ready) {
-        if (liveTap_ != nullptr) {
-            liveTap_->awaitRestart();
+    try {
+        takeWish();
+        takeBoardSettings(monitored, settings_);
+        const bool ready = checkFile() && checkStopRule() && prepareFacts() && createFiles();
+        if (!ready || !handOver()) {
+            settings_ = monitored;
+            session_->renewWriter();
+            return false;
         }
-        session_->writer().setCreateTime(localTime());
-    }
-    if (!ready || !session_->Keep()) {
-        settings_ = monitored;
-        session_->renewWriter();
-        return false;
+    } catch (...) {
+        // Memory has ended; what is half made must not be used again.
+        freeSession();
+        throw;
     }
     DEBUG_LOG("Monitored signal is recorded");
     monitoring_ = false;
     monitoredUntold_ = true;
     recordingBegins();
     return true;
+}
+
+bool RecordingControl::handOver() {
+    if (liveTap_ != nullptr) {
+        liveTap_->awaitRestart();
+    }
+    session_->writer().setCreateTime(localTime());
+    const bool kept = session_->Keep();
+    if (!kept) {
+        shell_.showDetail(text(TextId::RecordingNotBegun));
+    }
+    return kept;
 }
 
 // Once the thread has come to it.

@@ -86,6 +86,7 @@ private:
 
     // Its course and end.
     [[nodiscard]] bool keepFromNow();
+    [[nodiscard]] bool handOver();
     void tellMonitored();
     void release();
     void recordingBegins();

@@ -65,7 +65,8 @@ bool RecordingControl::prepareFacts() {
     chooseCut();
     shell_.killTimer();
     timerArmed_ = false;
-    if (!boardFacts() || !prepareSynchro()) {
+    // A board that is monitored is not asked again while it measures.
+    if ((!monitoring() && !boardFacts()) || !prepareSynchro()) {
         return false;
     }
     warnOfFreeSpace();

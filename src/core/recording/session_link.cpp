@@ -14,6 +14,7 @@ void SessionLink::prepare(NotificationTarget* target, ProgressCallback progress)
     failure_ = {};
     answered_ = false;
     stopRequest_ = false;
+    monitors_ = false;
     keeping_ = Keeping::No;
     framesBefore_ = kNotYet;
     stopEvent_.reset();

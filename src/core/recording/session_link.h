@@ -48,6 +48,11 @@ public:
     [[nodiscard]] StartFailure waitForAnswer();
     /// Lets the thread start the measurement. Session's side.
     void begin() { startEvent_.set(); }
+    /// As `begin`, of a thread that keeps nothing until `keep`. Session's side.
+    void beginMonitoring() {
+        monitors_.store(true, std::memory_order_release);
+        begin();
+    }
     /// Has the thread keep all that it reads from its next block on. False when it has ended before: it keeps nothing
     /// any more. Session's side.
     [[nodiscard]] bool keep();
@@ -59,7 +64,9 @@ public:
     /// Waits without limit for `begin` or a stop. False when the system refused the wait. Thread's side.
     [[nodiscard]] bool waitForBegin() const;
     [[nodiscard]] bool stopRequested() const { return stopRequest_; }
-    /// The session has called `keep`. Thread's side.
+    /// The session has called `beginMonitoring`: what comes before `keep` is kept by nobody. Thread's side.
+    [[nodiscard]] bool monitors() const { return monitors_.load(std::memory_order_acquire); }
+    /// The session has called `keep`. Any thread.
     [[nodiscard]] bool keepAsked() const { return keeping_.load(std::memory_order_acquire) == Keeping::Asked; }
     /// The thread reads no more. True when it was never to keep anything: then `keep` is refused from now on.
     [[nodiscard]] bool endUnkept();
@@ -99,6 +106,7 @@ private:
     StartFailure failure_;  ///< the thread's until the ready event is set
     bool answered_ = false;
     std::atomic<bool> stopRequest_{false};
+    std::atomic<bool> monitors_{false};
     std::atomic<Keeping> keeping_{Keeping::No};
     std::atomic<uint64_t> framesBefore_{kNotYet};
     std::atomic<OutsideEnd> outsideEnd_{OutsideEnd::User};

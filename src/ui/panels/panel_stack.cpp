@@ -8,6 +8,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <ranges>
 
 #include "ui/panels/padlock.h"
 #include "ui/part_icons.h"
@@ -182,10 +183,10 @@ void PanelStack::setFolded(bool folded) {
 std::vector<int> PanelStack::fitting() const {
     std::vector<int> seen;
     int left = height() - (drawer_ != nullptr && !drawer_->isHidden() ? kDrawerLines * fontMetrics().height() : 0);
-    for (auto member = open_.rbegin(); member != open_.rend(); ++member) {
-        left -= panels_[static_cast<size_t>(*member)]->sizeHint().height() + 2 * fontMetrics().height();
+    for (const int member : open_ | std::views::reverse) {
+        left -= panels_[static_cast<size_t>(member)]->sizeHint().height() + 2 * fontMetrics().height();
         if (seen.empty() || left >= 0) {
-            seen.push_back(*member);
+            seen.push_back(member);
         }
     }
     return seen;
