@@ -181,11 +181,13 @@ TEST_F(WindowSetups, AfterTheStopOneLineTellsAndOffersWhatWasRecorded) {
     ASSERT_NE(text, nullptr);
     EXPECT_TRUE(text->isVisible());
     text->close();
-    saveAs("Same");
-    load("Same");
-    EXPECT_EQ(find<T_ShowForm>("T_ShowForm")->openedFile(), folder_.file("data/run.dat")) << "the picture stays";
     record();
     EXPECT_FALSE(find("OpenRecordedButton")->isVisible());
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
+    EXPECT_EQ(find<T_ShowForm>("T_ShowForm")->openedFile(), "");
+    saveAs("Same");
+    load("Same");
+    EXPECT_EQ(find<T_ShowForm>("T_ShowForm")->openedFile(), form().host().watch().facts().file) << "it is still shown";
 }
 
 }  // namespace
