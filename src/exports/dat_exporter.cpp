@@ -37,9 +37,11 @@ public:
         if (!described.driverName.empty()) {
             description_.setDriverName(described.driverName);
         }
-        // The rate within a packet stays; that of the packets falls with the frames.
+        // Frames that were packets are counted by the rate of the packets, which is not what a description tells.
         const double every = subject.inputs.frequency / subject.rate;
-        const double rate = described.packetMode ? described.frequencyPerChannel.value_or(subject.rate) : subject.rate;
+        const double rate = described.packetMode && described.frequencyPerChannel
+                                ? *described.frequencyPerChannel / every
+                                : subject.rate;
         description_.setFrequency(rate * subject.inputs.channelCount);
         description_.setSynchronousChannels(static_cast<uint8_t>(described.synchronousChannels.value_or(-1)));
         description_.setPacketMode(described.packetMode ? 1 : 0, packetRate(subject, described, every),

@@ -21,10 +21,8 @@ namespace tarno2 {
 
 void T_MainForm::connectEnd() {
     connect(messages_, &MessageBar::openAsked, this, [this] {
-        guarded("OpenRecorded", [this] {
-            signalDock_->show();
-            showForm_->openRecording(host_.watch().facts().file);
-        });
+        const std::string file = host_.watch().facts().file;
+        showRecording(file);
     });
     connect(messages_, &MessageBar::folderAsked, this, [this] {
         guarded("ShowInFolder", [this] {

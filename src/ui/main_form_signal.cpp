@@ -11,6 +11,7 @@
 #include "display/recorded.h"
 #include "display/signal_format.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "ui/additional_mode_window.h"
 #include "ui/channel_table.h"
 #include "ui/main_form.h"
@@ -122,11 +123,13 @@ void T_MainForm::OpenRecordingClick() {
     });
 }
 
+// Listed by its whole name: the next start may have another folder.
 void T_MainForm::showRecording(const std::string& dataFile) {
     guarded("showRecording", [&] {
+        const std::string file = isAbsolutePath(dataFile) ? dataFile : joinPath(currentFolder(), dataFile);
         signalDock_->show();
-        if (showForm_->openRecording(dataFile)) {
-            settings_.recentRecordings = withRecent(settings_.recentRecordings, dataFile);
+        if (showForm_->openRecording(file)) {
+            settings_.recentRecordings = withRecent(settings_.recentRecordings, file);
         }
     });
 }
@@ -134,7 +137,13 @@ void T_MainForm::showRecording(const std::string& dataFile) {
 // The last ones in the File menu, and those that are dropped on the window.
 void T_MainForm::buildRecordingLists() {
     connect(menu_.recent, &QMenu::aboutToShow, this, [this] {
-        fillRecent(*menu_.recent, settings_.recentRecordings, [this](const std::string& file) { showRecording(file); });
+        fillRecent(*menu_.recent, settings_.recentRecordings, [this](const std::string& file) {
+            if (fileExists(file)) {
+                showRecording(file);
+            } else {
+                messages_->add(MessageList::Kind::Attention, uiText(TextId::RecordingGone, {fromFileName(file)}));
+            }
+        });
     });
     new RecordingDrop(*this, [this](const std::string& file) {
         if (menu_.openRecording->isEnabled()) {

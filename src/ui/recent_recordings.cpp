@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "display/recorded.h"
-#include "platform/file.h"
 #include "ui/text.h"
 
 namespace tarno2 {
@@ -57,10 +56,10 @@ std::string withRecent(const std::string& list, const std::string& dataFile) {
 
 void fillRecent(QMenu& menu, const std::string& list, std::function<void(const std::string& dataFile)> open) {
     menu.clear();
+    // Whether they are there nobody asks before one is opened: a share that is gone would hold the window up.
     for (const std::string& name : parted(list)) {
         // An & in a file's name is no mnemonic.
         QAction* action = menu.addAction(fromFileName(name).replace(QLatin1Char('&'), QStringLiteral("&&")));
-        action->setEnabled(fileExists(name));
         QObject::connect(action, &QAction::triggered, &menu, [open, name] { open(name); });
     }
 }

@@ -12,7 +12,7 @@ namespace tarno2 {
 /// The list with that data file in front, ten at most, parted by "|". A name that has this letter itself is left out.
 [[nodiscard]] std::string withRecent(const std::string& list, const std::string& dataFile);
 
-/// Puts the recordings of the list into a menu, those that are gone greyed. Window thread.
+/// Puts the recordings of the list into a menu, without a look at the disk. Window thread.
 void fillRecent(QMenu& menu, const std::string& list, std::function<void(const std::string& dataFile)> open);
 
 /// Opens a recording whose data file or description is dropped on a window, which owns this.

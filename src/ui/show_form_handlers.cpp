@@ -279,18 +279,26 @@ void T_ShowForm::DigitalSignalSettingsClick() {
     digitalSettings_->show();
 }
 
+// The dialog knows the whole name when it asks about a file that is there.
 void T_ShowForm::savePicture() {
-    const QString folder = QFileInfo(fromFileName(settings_.wish.fileName)).path();
-    QString filter;
-    const QString name = QFileDialog::getSaveFileName(this, plainText(TextId::SavePicture), folder,
-                                                      QStringLiteral("PNG (*.png);;SVG (*.svg)"), &filter);
-    if (name.isEmpty()) {
+    QFileDialog dialog(this, plainText(TextId::SavePicture),
+                       QFileInfo(fromFileName(settings_.wish.fileName)).absolutePath());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilters({QStringLiteral("PNG (*.png)"), QStringLiteral("SVG (*.svg)")});
+    dialog.setDefaultSuffix(QStringLiteral("png"));
+    connect(&dialog, &QFileDialog::filterSelected, &dialog, [&dialog](const QString& filter) {
+        dialog.setDefaultSuffix(filter.startsWith(QStringLiteral("SVG")) ? QStringLiteral("svg")
+                                                                         : QStringLiteral("png"));
+    });
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
         return;
     }
-    const QString file =
-        QFileInfo(name).suffix().isEmpty()
-            ? name + (filter.startsWith(QStringLiteral("SVG")) ? QStringLiteral(".svg") : QStringLiteral(".png"))
-            : name;
+    const QString file = dialog.selectedFiles().first();
+    const QString ending = QFileInfo(file).suffix().toLower();
+    if (ending != QStringLiteral("png") && ending != QStringLiteral("svg")) {
+        emit message(uiText(TextId::PictureNoName, {QFileInfo(file).fileName()}));
+        return;
+    }
     if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
         QFile again(file);
         static_cast<void>(again.open(QIODevice::Append));

@@ -195,7 +195,7 @@ TEST_F(ExportRecording, APartOfARecordingKeepsItsKeys) {
     EXPECT_TRUE(keys.packetMode);
     EXPECT_EQ(keys.packetFrequency, 25);
     EXPECT_EQ(keys.synchronousChannels, 1);
-    EXPECT_EQ(keys.frequencyPerChannel, 10000.0);
+    EXPECT_EQ(keys.frequencyPerChannel, 5000.0);
     described("SynchroEnable = 0", "SynchroEnable = 1");
     EXPECT_EQ(run(task("dat", folder_.file("torn.dat"))).status, ConversionResult::RecordsTorn);
     EXPECT_FALSE(fileExists(folder_.file("torn.dat")));

@@ -8,6 +8,7 @@
 #include "config/logs/debug_log.h"
 #include "core/devices/scoper_library.h"
 #include "platform/clock.h"
+#include "platform/file.h"
 #include "records/record_description.h"
 #include "tests/display/signal_source.h"
 #include "tests/ui/widgets.h"
@@ -248,6 +249,9 @@ TEST_F(SignalPicture, PicturesAreSavedAndCopiedWithTheirCursors) {
     chooseFile(*form_, QString::fromStdString(file));
     trigger(TextId::SavePicture);
     EXPECT_EQ(QImage(QString::fromStdString(file + ".png")).convertToFormat(QImage::Format_RGB32), shown);
+    chooseFile(*form_, QString::fromStdString(folder_.file("view.dat")));
+    trigger(TextId::SavePicture);
+    EXPECT_FALSE(fileExists(folder_.file("view.dat")));
 }
 
 }  // namespace
