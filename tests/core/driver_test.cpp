@@ -118,8 +118,8 @@ TEST(ScoperLibrary, FaultyLibrariesAreRefused) {
         {libraryOfFault(0), "StaticFactory"},
         {libraryOfFault(2), "ISCOPERA"},
         {libraryOfFault(5), "ISCOPERA"},
-        {libraryOfFault(6), "interface has version 3, this program's 5"},
-        {libraryOfFault(7), "interface has version 5, this program's 5"}};
+        {libraryOfFault(6), "interface has version 4, this program's 5"},
+        {libraryOfFault(7), "interface has version 6, this program's 5"}};
     for (const auto& [path, reason] : cases) {
         SCOPED_TRACE(path);
         catalogue.installKey(scoperKey(), path);
