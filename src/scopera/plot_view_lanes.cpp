@@ -48,10 +48,11 @@ void PlotView::setLevels(const SCOPERALevel* levels, uint32_t count) {
             {level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity, level.m_nMovable != 0});
     }
     const auto* held = std::get_if<HeldLevel>(&held_);
-    const auto identity = held != nullptr ? std::optional(levels_->identityOf(held->level)) : std::nullopt;
+    const bool holds = held != nullptr;
+    const auto identity = holds ? levels_->identityOf(held->level) : 0;
     levels_->setLevels(std::move(taken));
-    if (identity) {
-        holdLevel(*identity);
+    if (holds) {
+        holdLevel(identity);
     }
     makeStale();
 }

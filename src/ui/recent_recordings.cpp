@@ -54,7 +54,7 @@ std::string withRecent(const std::string& list, const std::string& dataFile) {
     return result;
 }
 
-void fillRecent(QMenu& menu, const std::string& list, std::function<void(const std::string& dataFile)> open) {
+void fillRecent(QMenu& menu, const std::string& list, const std::function<void(const std::string& dataFile)>& open) {
     menu.clear();
     // Whether they are there nobody asks before one is opened: a share that is gone would hold the window up.
     for (const std::string& name : parted(list)) {

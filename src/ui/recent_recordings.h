@@ -13,7 +13,7 @@ namespace tarno2 {
 [[nodiscard]] std::string withRecent(const std::string& list, const std::string& dataFile);
 
 /// Puts the recordings of the list into a menu, without a look at the disk. Window thread.
-void fillRecent(QMenu& menu, const std::string& list, std::function<void(const std::string& dataFile)> open);
+void fillRecent(QMenu& menu, const std::string& list, const std::function<void(const std::string& dataFile)>& open);
 
 /// Opens a recording whose data file or description is dropped on a window, which owns this.
 class RecordingDrop : public QObject {

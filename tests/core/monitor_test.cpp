@@ -5,6 +5,7 @@
 
 #include "platform/event.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "records/passport.h"
 #include "tests/core/control_rig.h"
 

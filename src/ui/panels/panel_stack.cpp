@@ -8,7 +8,6 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
-#include <ranges>
 
 #include "ui/panels/padlock.h"
 #include "ui/part_icons.h"
@@ -183,7 +182,8 @@ void PanelStack::setFolded(bool folded) {
 std::vector<int> PanelStack::fitting() const {
     std::vector<int> seen;
     int left = height() - (drawer_ != nullptr && !drawer_->isHidden() ? kDrawerLines * fontMetrics().height() : 0);
-    for (const int member : open_ | std::views::reverse) {
+    const std::vector<int> latestFirst(open_.rbegin(), open_.rend());
+    for (const int member : latestFirst) {
         left -= panels_[static_cast<size_t>(member)]->sizeHint().height() + 2 * fontMetrics().height();
         if (seen.empty() || left >= 0) {
             seen.push_back(member);
