@@ -91,10 +91,10 @@ bool T_BOARD::dataBegun() {
 std::optional<RecordingMark> T_BOARD::mark() {
     const int64_t now = utcMicroseconds();
     // Until the thread has come to what it is to keep, the recording begins with what it reads next.
-    if (!framesBefore() && !link_.keepAsked()) {
+    const uint64_t before = framesBefore().value_or(samplesRead() / settings.channelCount() / decimation);
+    if (!link_.keepAsked()) {
         return std::nullopt;
     }
-    const uint64_t before = framesBefore().value_or(samplesRead() / settings.channelCount() / decimation);
     uint64_t written = 0;
     static_cast<void>(driver_.device().get(kADCGetSamplesWritten, written));
     const uint64_t frames = std::max(written, samplesRead()) / settings.channelCount();

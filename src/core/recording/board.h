@@ -21,9 +21,8 @@
 namespace tarno2 {
 
 /// One session with one board through the loaded driver: made for a recording, or to look at what the board gives until
-/// one is wanted, and deleted after it. It turns the user's
-/// settings into the driver's parameter blocks, and owns the acquisition thread, its link to it and the data file
-/// writer.
+/// one is wanted, and deleted after it. It turns the user's settings into the driver's parameter blocks, and owns the
+/// acquisition thread, its link to it and the data file writer.
 ///
 /// The window's thread makes it, fills the settings, starts and ends it; in between they belong to the thread.
 class T_BOARD {
