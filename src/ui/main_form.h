@@ -169,7 +169,9 @@ private:
     void connectEnd();
     [[nodiscard]] QString endFacts(const RecordingResult& result);
     void notice(const QString& message);
-    void saveAsText(const std::string& dataFile);
+    void saveAsText(const std::string& dataFile, const FrameWish& wish);
+    /// False: there is none.
+    bool raiseTextForm();
 
     // Settings (main_form_settings.cpp).
     void loadSettings();

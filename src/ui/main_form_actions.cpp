@@ -134,9 +134,7 @@ void T_MainForm::AdditionalFileModeClick() {
 void T_MainForm::SaveAsTextButtonClick() {
     guarded("SaveAsTextButtonClick", [this] {
         DEBUG_LOG("SaveAsTextButtonClick");
-        if (textForm_ != nullptr) {
-            textForm_->raise();
-            textForm_->activateWindow();
+        if (raiseTextForm()) {
             return;
         }
         const QString chosen = QFileDialog::getOpenFileName(
@@ -145,19 +143,23 @@ void T_MainForm::SaveAsTextButtonClick() {
         if (chosen.isEmpty()) {
             return;
         }
-        saveAsText(dataFileOf(toFileName(QDir::toNativeSeparators(chosen))));
+        saveAsText(dataFileOf(toFileName(QDir::toNativeSeparators(chosen))), {});
     });
 }
 
-void T_MainForm::saveAsText(const std::string& dataFile) {
+bool T_MainForm::raiseTextForm() {
     if (textForm_ != nullptr) {
         textForm_->raise();
         textForm_->activateWindow();
+    }
+    return textForm_ != nullptr;
+}
+
+void T_MainForm::saveAsText(const std::string& dataFile, const FrameWish& wish) {
+    if (raiseTextForm()) {
         return;
     }
-    TextExportSource source{dataFile, {}};
-    source.known = host_.watch().knownInputs(source.dataFile);
-    textForm_ = new T_SaveAsTextForm(settings_.textExport, std::move(source), this);
+    textForm_ = new T_SaveAsTextForm(settings_.textExport, {dataFile, host_.watch().knownInputs(dataFile), wish}, this);
     textForm_->setAttribute(Qt::WA_DeleteOnClose);
     textForm_->show();
 }

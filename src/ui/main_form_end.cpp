@@ -31,7 +31,7 @@ void T_MainForm::connectEnd() {
         });
     });
     connect(messages_, &MessageBar::textAsked, this,
-            [this] { guarded("SaveRecordedAsText", [this] { saveAsText(host_.watch().facts().file); }); });
+            [this] { guarded("SaveRecordedAsText", [this] { saveAsText(host_.watch().facts().file, {}); }); });
 }
 
 void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {

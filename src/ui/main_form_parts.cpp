@@ -101,6 +101,10 @@ void T_MainForm::buildRows() {
 }
 
 void T_MainForm::connectParts() {
+    // What the operator has dragged is kept then: who folds a part changes its size before anybody hears of it.
+    for (QSplitter* splitter : {columns_, rows_}) {
+        connect(splitter, &QSplitter::splitterMoved, this, &T_MainForm::storePartPlaces);
+    }
     connect(menu_.showPanels, &QAction::toggled, this, &T_MainForm::showPanels);
     connect(panels_, &PanelStack::unfoldedChanged, this, [this](bool unfolded) {
         menu_.showPanels->setChecked(unfolded);
@@ -121,13 +125,11 @@ void T_MainForm::connectParts() {
 
 void T_MainForm::showPanels(bool shown) {
     if (shown != panels_->unfolded()) {
-        storePartPlaces();
         panels_->setFolded(!shown);
     }
 }
 
 void T_MainForm::showMessageList(bool shown) {
-    storePartPlaces();
     messages_->setUnfolded(shown);
     if (shown) {
         const int height = settings_.messagesHeight > 0 ? settings_.messagesHeight : fontMetrics().lineSpacing() * 6;
@@ -136,7 +138,6 @@ void T_MainForm::showMessageList(bool shown) {
 }
 
 void T_MainForm::showTable(bool shown) {
-    storePartPlaces();
     panels_->showDrawer(shown);
     tableButton_->setChecked(shown);
     placeColumns();

@@ -206,7 +206,8 @@ void T_MainForm::showDisk() {
     QString shown = uiText(TextId::FreeSpace, {fromCodePage(findings_.disk.fileSystem),
                                                fromCodePage(formatSize(findings_.disk.freeBytes))});
     if (findings_.speedKnown()) {
-        shown += QStringLiteral(", ") + uiText(TextId::DiskSpeed, {fromCodePage(formatRate(findings_.speed * 1e6))});
+        shown +=
+            QStringLiteral(", ") + uiText(TextId::DiskSpeed, {fromCodePage(formatRate(findings_.bytesPerSecond()))});
     }
     statusLine_->setDisk(shown);
 }

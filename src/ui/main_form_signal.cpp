@@ -152,16 +152,14 @@ void T_MainForm::buildRecordingLists() {
     });
 }
 
+// A form that stands idle gives way; one that converts goes on.
 void T_MainForm::savePart(const std::string& dataFile, const FrameWish& wish) {
     guarded("savePart", [&] {
-        if (textForm_ != nullptr) {
+        if (textForm_ != nullptr && !textForm_->running()) {
             textForm_->close();
+            textForm_ = nullptr;
         }
-        auto* form =
-            new T_SaveAsTextForm(settings_.textExport, {dataFile, host_.watch().knownInputs(dataFile), wish}, this);
-        form->setAttribute(Qt::WA_DeleteOnClose);
-        textForm_ = form;
-        form->show();
+        saveAsText(dataFile, wish);
     });
 }
 

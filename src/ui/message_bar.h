@@ -24,7 +24,6 @@ public:
     void clearEnd();
     void setUnfolded(bool unfolded);
     [[nodiscard]] bool unfolded() const { return unfolded_; }
-    [[nodiscard]] MessageList& list() { return *list_; }
     void retranslate();
 
 signals:

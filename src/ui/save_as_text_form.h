@@ -57,6 +57,8 @@ public:
     void CancelButtonClick();
     /// Shows how far the conversion is.
     void Timer1Timer();
+    /// A conversion runs.
+    [[nodiscard]] bool running() const { return running_; }
     /// Stops a running conversion and waits for its end.
     void FormClose();
     void ButtonSetFileNameClick();

@@ -9,11 +9,11 @@
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
-#include <algorithm>
 #include <utility>
 
 #include "config/settings/setup_file.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "ui/mnemonics.h"
 #include "ui/text.h"
 
@@ -117,25 +117,21 @@ void SetupsWindow::save() {
     }
 }
 
-bool SetupsWindow::mayReplace(const QString& name) {
-    if (!fileExists(setupPath(programDirectory_, toFileName(name)))) {
-        return true;
-    }
-    QMessageBox box(QMessageBox::Question, windowTitle(), uiText(TextId::SetupReplaceQuestion, {name}),
-                    QMessageBox::NoButton, this);
-    const QPushButton* replace = box.addButton(uiText(TextId::SetupReplace), QMessageBox::AcceptRole);
+bool SetupsWindow::ask(const QString& question, TextId go) {
+    QMessageBox box(QMessageBox::Question, windowTitle(), question, QMessageBox::NoButton, this);
+    const QPushButton* yes = box.addButton(uiText(go), QMessageBox::AcceptRole);
     box.setDefaultButton(box.addButton(uiText(TextId::GoBack), QMessageBox::RejectRole));
     box.exec();
-    return box.clickedButton() == replace;
+    return box.clickedButton() == yes;
+}
+
+bool SetupsWindow::mayReplace(const QString& name) {
+    return !fileExists(setupPath(programDirectory_, toFileName(name))) ||
+           ask(uiText(TextId::SetupReplaceQuestion, {name}), TextId::SetupReplace);
 }
 
 void SetupsWindow::remove() {
-    QMessageBox box(QMessageBox::Question, windowTitle(), uiText(TextId::SetupRemoveQuestion, {marked()}),
-                    QMessageBox::NoButton, this);
-    const QPushButton* go = box.addButton(uiText(TextId::SetupRemove), QMessageBox::AcceptRole);
-    box.setDefaultButton(box.addButton(uiText(TextId::GoBack), QMessageBox::RejectRole));
-    box.exec();
-    if (box.clickedButton() != go) {
+    if (!ask(uiText(TextId::SetupRemoveQuestion, {marked()}), TextId::SetupRemove)) {
         return;
     }
     const std::string path = setupPath(programDirectory_, toFileName(marked()));
@@ -174,7 +170,7 @@ void SetupsWindow::importFile() {
     if (!mayReplace(name)) {
         return;
     }
-    if (!createFolders(QFileInfo(fromFileName(to)).path().toStdString()).ok() || !replaceWholeFile(to, text).ok()) {
+    if (!createFolders(parentFolder(to)).ok() || !replaceWholeFile(to, text).ok()) {
         tell(uiText(TextId::SetupNotWritten, {fromFileName(to)}));
     }
     list(name);

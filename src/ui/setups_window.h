@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <string>
 
+#include "language/text_ids.h"
+
 class QLineEdit;
 class QListWidget;
 class QPushButton;
@@ -30,6 +32,7 @@ private:
     void remove();
     void importFile();
     void exportFile();
+    [[nodiscard]] bool ask(const QString& question, TextId go);
     [[nodiscard]] bool mayReplace(const QString& name);
     void tell(const QString& message);
     void showButtons();

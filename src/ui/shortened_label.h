@@ -11,7 +11,6 @@ public:
     explicit ShortenedLabel(QWidget* parent);
 
     void setWhole(const QString& text);
-    [[nodiscard]] const QString& whole() const { return whole_; }
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;

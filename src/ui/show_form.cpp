@@ -70,7 +70,6 @@ T_ShowForm::~T_ShowForm() {
 void T_ShowForm::recordingStarted(LiveRecording recording) {
     guarded("recordingStarted", [&] {
         leaveSignal(false);
-        records_.reset();
         file_.reset();
         live_.reset();
         openedFile_.clear();
@@ -132,6 +131,7 @@ void T_ShowForm::leaveSignal(bool forFile) {
     zooms_.clear();
     zoomBack_->setEnabled(false);
     courseFrames_ = 0;
+    records_.reset();
 }
 
 ShownSignal* T_ShowForm::shownSignal() const {
@@ -305,8 +305,9 @@ void T_ShowForm::draw() {
 }
 
 void T_ShowForm::showControls() {
-    const double fileSpan = fixed() ? axisXOfFrame(fileSpan_, unitX(), shownSignal()->format().framesPerSecond) : 0.0;
-    tools_->load(settings_, fixed() ? fileSpan : settings_.axisXValue, followMode());
+    const double span =
+        fixed() ? axisXOfFrame(fileSpan_, unitX(), shownSignal()->format().framesPerSecond) : settings_.axisXValue;
+    tools_->load(settings_, span, followMode());
     tools_->setFileShown(file_ != nullptr);
     tools_->setClock(tellsClock(), shownSignal() == nullptr || wallClock());
     scrollBar_->setEnabled(stays());

@@ -26,7 +26,6 @@ void T_ShowForm::SnapClick() {
 
 // Those of the bar first, as they stand there; then what else has a key, and the rest of the picture's own menu.
 void T_ShowForm::fillMenu(QMenu& menu) {
-    menu.addSeparator();
     for (const QList<QAction*>& actions : {bar_->actions(), this->actions(), menu_->actions()}) {
         bool first = true;
         for (QAction* action : actions) {
@@ -35,7 +34,10 @@ void T_ShowForm::fillMenu(QMenu& menu) {
                 continue;
             }
             if (first) {
-                menu.addSeparator();
+                // Of the view, as the actions are, so that it goes with them.
+                auto* line = new QAction(this);
+                line->setSeparator(true);
+                menu.addAction(line);
                 first = false;
             }
             menu.addAction(action);

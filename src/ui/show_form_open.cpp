@@ -47,7 +47,6 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
         const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
         auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
         leaveSignal(true);
-        records_.reset();
         fileClock_ = settings_.viewClock || isLong(signal->frames());
         openedFile_ = dataFile;
         openedTitle_ = titleOf(dataFile, signal->frames().recordedFormat().created);
@@ -89,7 +88,6 @@ void T_ShowForm::openProblem(const std::string& dataFile, const OpenProblem& pro
 void T_ShowForm::backToLive() {
     guarded("backToLive", [this] {
         leaveSignal(false);
-        records_.reset();
         file_.reset();
         fileMarks_ = {};
         openedFile_.clear();

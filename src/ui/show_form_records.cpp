@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "display/axis_y.h"
@@ -78,8 +79,9 @@ void T_ShowForm::levelMoved(uint64_t identity, double y, bool done) {
 }
 
 void T_ShowForm::setThresholdsLocked(bool locked) {
-    thresholdsLocked_ = locked;
-    userChanged();
+    if (std::exchange(thresholdsLocked_, locked) != locked) {
+        userChanged();
+    }
 }
 
 void T_ShowForm::RecordsClick(int count) {

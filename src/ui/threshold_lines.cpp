@@ -3,7 +3,7 @@
 #include <array>
 #include <cmath>
 
-#include "display/axis_y.h"
+#include "sync/synchro_check.h"
 #include "sync/synchro_form.h"
 
 namespace tarno2 {
@@ -33,11 +33,6 @@ constexpr std::array<Place, 4> kPlaces = {
      {TextId::LevelTrigger, kModeSynchronisation, &Synchro::synchroOnAnalog, &Synchro::SynchroAnalogMode,
       &Synchro::SynchroAnalogChannelNumber, &Synchro::SynchroAnalogValue, &Synchro::SynchroAnalogUnit}}};
 
-/// The units of thresholds are those of the axis.
-double unitsInVolt(int32_t unit) {
-    return unitsPerVolt(static_cast<AxisYUnit>(unit));
-}
-
 }  // namespace
 
 std::vector<ThresholdLine> thresholdLines(const SynchroSettings& settings) {
@@ -47,7 +42,7 @@ std::vector<ThresholdLine> thresholdLines(const SynchroSettings& settings) {
         const int32_t mode = settings.*place.mode;
         if (settings.SynchroAnalyzeMode == place.working && settings.*place.asked && mode != kConditionNotUsed &&
             std::isfinite(settings.*place.value)) {
-            lines.push_back({i, settings.*place.channel, settings.*place.value / unitsInVolt(settings.*place.unit),
+            lines.push_back({i, settings.*place.channel, levelVolts(settings.*place.value, settings.*place.unit),
                              place.role, mode == 0});
         }
     }
@@ -59,7 +54,7 @@ void setThreshold(SynchroSettings& settings, uint64_t identity, double volts) {
         const Place& place = kPlaces[identity];
         // Digits that no board resolves would only lengthen the number in its field.
         constexpr double kFinest = 1e9;
-        settings.*place.value = std::round(volts * unitsInVolt(settings.*place.unit) * kFinest) / kFinest;
+        settings.*place.value = std::round(volts / levelVolts(1.0, settings.*place.unit) * kFinest) / kFinest;
     }
 }
 

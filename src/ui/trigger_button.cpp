@@ -22,6 +22,9 @@ TriggerButton::TriggerButton(QWidget* parent) : QToolButton(parent) {
 }
 
 void TriggerButton::setState(const QString& text, bool active) {
+    if (text == accessibleName() && active == active_) {
+        return;
+    }
     const qsizetype colon = text.indexOf(QStringLiteral(": "));
     caption_ = text.left(std::max<qsizetype>(colon, 0));
     what_ = colon < 0 ? text : text.mid(colon + 2);

@@ -24,7 +24,7 @@ struct Level {
 
 QString levelText(const Level& level, const ChannelLabel& label) {
     double value = level.value;
-    QString unit = QString::fromStdString(label.unitText());
+    QString unit;
     bool above = level.mode == 0;
     if (label.hasUnit()) {
         value = label.inUnit(levelVolts(level.value, level.unit));

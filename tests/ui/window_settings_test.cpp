@@ -108,7 +108,7 @@ TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     EXPECT_EQ(rows()->sizes().last(), messages);
     EXPECT_TRUE(form().programSettings().viewLegend && form().programSettings().viewCursors);
     EXPECT_TRUE(find("FramesCell")->isVisible());
-    press(Qt::Key_L, Qt::ControlModifier);
+    click("UnfoldMessagesButton");
     press(Qt::Key_B, Qt::ControlModifier);
     press(Qt::Key_K, Qt::ControlModifier);
     ASSERT_TRUE(close());

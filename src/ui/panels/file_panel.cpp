@@ -26,7 +26,6 @@ namespace tarno2 {
 namespace {
 
 constexpr double kLargestStopValue = 1e9;
-constexpr double kBytesPerMegabyte = 1e6;  // of a disk's speed
 constexpr int kLongestComment = 1000;
 constexpr std::array kStopRules = {TextId::StopByHand, TextId::StopAfterTime, TextId::StopAfterSize};
 constexpr std::array kTimeUnits = {TextId::AxisXSeconds, TextId::AxisXMinutes, TextId::AxisXHours};
@@ -288,7 +287,7 @@ void FilePanel::showDisk() {
     } else if (!known) {
         showText(speedLabel_, QString());
     } else if (findings_.speedKnown()) {
-        showText(speedLabel_, uiText(TextId::DiskSpeed, {rateText(findings_.speed * kBytesPerMegabyte)}));
+        showText(speedLabel_, uiText(TextId::DiskSpeed, {rateText(findings_.bytesPerSecond())}));
     } else {
         showText(speedLabel_,
                  uiText(findings_.speedCode == kDiskSpeedOff ? TextId::DiskSpeedOff : TextId::DiskSpeedNotMeasured));
@@ -314,7 +313,7 @@ void FilePanel::showNeedTexts() {
              need_.pieces > 1 ? uiText(TextId::RunFiles) + QStringLiteral(": %1").arg(need_.pieces) : QString());
     if (slow) {
         showText(warningLabel_,
-                 uiText(TextId::DiskTooSlow, {rateText(need_.bytesPerSecond), rateText(speed * kBytesPerMegabyte)}),
+                 uiText(TextId::DiskTooSlow, {rateText(need_.bytesPerSecond), rateText(findings_.bytesPerSecond())}),
                  true);
     } else {
         showText(warningLabel_, small ? uiText(TextId::FreeSpaceTooSmall) : QString(), true);

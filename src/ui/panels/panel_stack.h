@@ -31,8 +31,6 @@ public:
 
     /// The panel that was opened last, from 0; -1 when all are closed. The numbers are those of `ShowSettingMember`.
     [[nodiscard]] int openMember() const { return open_.empty() ? -1 : open_.back(); }
-    /// The open panels, a bit each.
-    [[nodiscard]] int32_t openMembers() const;
     /// Opens a panel in front of those that are open; any number that is none closes all.
     void open(int member);
     /// Only the rail is left; the open panels come back with it unfolded.
@@ -67,6 +65,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    /// The open panels, a bit each.
+    [[nodiscard]] int32_t openMembers() const;
     struct Member {
         QToolButton* icon;
         QWidget* section;  ///< name, padlock and panel
