@@ -3,6 +3,7 @@
 #
 #   scripts/check-debian-inside.sh ROOT PACKAGES REPORT     REPORT gets the numbers of checks that passed and failed
 set -euo pipefail
+source scripts/common.sh
 base=$1 packages=$2 report=$3
 
 work=$base.work
@@ -14,22 +15,15 @@ mount -t overlay -o "lowerdir=$base,upperdir=$work/upper,workdir=$work/work" non
 mount -t proc none "$root/proc"
 mount --rbind /dev "$root/dev"
 cp /etc/resolv.conf "$root/etc/resolv.conf"
-cp /etc/apt/apt.conf.d/99* "$root/etc/apt/apt.conf.d/" 2>/dev/null || true
+# It reaches its packages as this machine does.
+apt-config dump Acquire >"$root/etc/apt/apt.conf.d/99host"
 mkdir "$root/packages" && cp "$packages"/*.deb "$root/packages"
 
 passed=0 failed=0
-check() {
-    local text=$1
-    shift
-    if "$@"; then
-        echo "ok: $text" && passed=$((passed + 1))
-    else
-        echo "FAILED: $text" && failed=$((failed + 1))
-    fi
-    echo "$passed $failed" >"$report"
-}
+trap 'echo "$passed $failed" >"$report"' EXIT
 inside() {
     chroot "$root" env -i HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
+        ${http_proxy:+http_proxy="$http_proxy"} \
         PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin bash -c "$1"
 }
 check_inside() { check "$1" inside "$2"; }

@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
 # The checks of includes, of texts and of the manual, each proven first on planted violations, and the count of lines.
 set -uo pipefail
-cd "$(dirname "$0")"
+cd "$(dirname "$0")/.."
+source scripts/common.sh
+install_packages git python3
+cd scripts
 
 passed=0 failed=0
 for check in "check-includes.sh --self-test" "check-includes.sh" "check-texts.sh --self-test" "check-texts.sh" \

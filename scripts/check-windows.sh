@@ -19,17 +19,6 @@ ensure_russian_locale
 scripts/package-windows.sh
 
 passed=0 failed=0 skipped=0
-# check TEXT COMMAND...: one line of the report.
-check() {
-    local text=$1
-    shift
-    if "$@"; then
-        echo "ok: $text" && passed=$((passed + 1))
-    else
-        echo "FAILED: $text" && failed=$((failed + 1))
-    fi
-}
-not() { ! "$@"; }
 contains() { tr -d '\r' <"$1" 2>/dev/null | grep -qF -- "$2"; }
 has_value() { [ "$(wine reg query "$1" /v "$2" 2>/dev/null | tr -d '\r' | sed -n "s/^ *$2 *REG_SZ *//p")" = "$3" ]; }
 has_key() { wine reg query "$1" >/dev/null 2>&1; }

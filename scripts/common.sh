@@ -15,7 +15,7 @@ TEST_PACKAGES=(googletest libbenchmark-dev alsa-utils locales xvfb python3-jsons
 FUZZ_PACKAGES=(clang libclang-rt-14-dev)
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libz-mingw-w64-dev wine wine64)
 # The Debian packages, and what looks at them and tries them.
-DEBIAN_PACKAGES=(dpkg-dev debhelper dh-python pybuild-plugin-pyproject python3-all python3-setuptools)
+DEBIAN_PACKAGES=(build-essential dpkg-dev debhelper dh-python pybuild-plugin-pyproject python3-all python3-setuptools)
 DEBIAN_CHECK_PACKAGES=(lintian desktop-file-utils appstream man-db zsh debootstrap)
 # The packages for Windows, and a display on which the installed program is tried.
 PACKAGING_PACKAGES=(nsis zip unzip xvfb xauth)
@@ -41,6 +41,18 @@ tree_files() {
 
 # When the tree was made, in seconds since 1970: its last commit, else what SOURCE_DATE_EPOCH says, else its changelog.
 tree_time() { git log -1 --format=%ct 2>/dev/null || echo "${SOURCE_DATE_EPOCH:-$(stat -c %Y CHANGELOG.md)}"; }
+
+# check TEXT COMMAND...: one line of a report, counted in `passed` or `failed`.
+check() {
+    local text=$1
+    shift
+    if "$@"; then
+        echo "ok: $text" && passed=$((passed + 1))
+    else
+        echo "FAILED: $text" && failed=$((failed + 1))
+    fi
+}
+not() { ! "$@"; }
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
@@ -118,8 +130,8 @@ build_targets() {
 
 # Builds what a user runs: the programs, the drivers and the signal view.
 build_programs() {
-    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover tarno2-verify simulator replay serial network sound \
-        iio sigrok comedi scopera manual
+    build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover tarno2-verify \
+        tarno2-thumbnail simulator replay serial network sound iio sigrok comedi scopera manual
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

@@ -28,7 +28,7 @@ find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-min
 
 # What signs a file where it lies: "$TARNO2_SIGN FILE".
 if [ -n "${TARNO2_SIGN:-}" ]; then
-    find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec $TARNO2_SIGN {} \;
+    find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -print0 | xargs -0 -n 1 $TARNO2_SIGN
 fi
 
 (cd "$packages" && zip -q -9 -r "$name-windows.zip" Tarno2)

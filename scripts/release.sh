@@ -12,6 +12,7 @@ source scripts/common.sh
 
 again=
 [ "${1:-}" != --again ] || { again=1 && shift; }
+install_packages git xz-utils
 version=$(project_version)
 tag=v$version
 folder=$(realpath -m "${1:-build/releases/$version}")

@@ -14,8 +14,8 @@ ManifestDPIAware true
 
 ; Installer and uninstaller are signed by the command that signs the programs.
 !ifdef SIGN
-    !finalize '${SIGN} "%1"'
-    !uninstfinalize '${SIGN} "%1"'
+    !finalize '${SIGN} "%1"' = 0
+    !uninstfinalize '${SIGN} "%1"' = 0
 !endif
 
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Tarno2"
