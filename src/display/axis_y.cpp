@@ -16,7 +16,7 @@ constexpr double kLeastRelative = 1e-9;  ///< span of a flat line, of its value
 
 // What the values ask for: a flat line gets a span too.
 AxisRange withMargin(AxisRange visible) {
-    const double largest = std::max(std::abs(visible.low), std::abs(visible.high));
+    const double largest = visible.largest();
     double span = visible.high - visible.low;
     if (span <= largest * kLeastRelative) {
         span = largest > 0.0 ? largest : 1.0;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "config/settings/field_text.h"
+#include "records/utc_text.h"
 
 namespace tarno2 {
 
@@ -61,20 +62,8 @@ std::optional<int64_t> parseTime(std::string_view text, bool ofClock) {
 
 /// "2026-11-23", microseconds since 1970.
 std::optional<int64_t> parseDate(std::string_view text) {
-    if (text.size() != 10 || text[4] != '-' || text[7] != '-') {
-        return std::nullopt;
-    }
-    const auto year = digits(text.substr(0, 4), 4);
-    const auto month = digits(text.substr(5, 2), 2);
-    const auto day = digits(text.substr(8, 2), 2);
-    if (!year || !month || !day) {
-        return std::nullopt;
-    }
-    LocalTime date;
-    date.year = static_cast<uint16_t>(*year);
-    date.month = static_cast<uint16_t>(*month);
-    date.day = static_cast<uint16_t>(*day);
-    return timeOf(date);
+    constexpr size_t kLength = 10;
+    return text.size() == kLength ? parseUtcText(std::string(text) + "T00:00:00.000000Z") : std::nullopt;
 }
 
 /// The first moment of that time of day which is not before the signal.
@@ -83,7 +72,8 @@ int64_t timeOfDayFrom(int64_t start, int64_t inDay) {
     return start + ((inDay - startInDay) % kWholeDay + kWholeDay) % kWholeDay;
 }
 
-std::optional<double> parseFrame(std::string_view text, const PlaceTerms& terms, PlaceProblem& problem) {
+/// Nothing counts when there is a problem.
+double parseFrame(std::string_view text, const PlaceTerms& terms, PlaceProblem& problem) {
     problem = PlaceProblem::None;
     constexpr size_t kDateDigits = 10;
     if (const auto date = parseDate(text.substr(0, kDateDigits))) {
@@ -123,11 +113,11 @@ std::optional<double> parseFrame(std::string_view text, const PlaceTerms& terms,
 }  // namespace
 
 std::optional<double> parsePlace(std::string_view text, const PlaceTerms& terms, PlaceProblem& problem) {
-    const auto frame = parseFrame(trimmed(text), terms, problem);
-    if (problem == PlaceProblem::None && !(*frame >= 0.0 && *frame <= static_cast<double>(terms.frames))) {
+    const double frame = parseFrame(trimmed(text), terms, problem);
+    if (problem == PlaceProblem::None && !(frame >= 0.0 && frame <= static_cast<double>(terms.frames))) {
         problem = PlaceProblem::Outside;
     }
-    return problem == PlaceProblem::None ? frame : std::nullopt;
+    return problem == PlaceProblem::None ? std::optional(frame) : std::nullopt;
 }
 
 }  // namespace tarno2

@@ -33,11 +33,6 @@ size_t RecordStack::affordable(size_t most, size_t buckets) const {
     return static_cast<size_t>(std::min<uint64_t>(most, std::max<uint64_t>(std::min(byMemory, byReading), 1)));
 }
 
-void RecordStack::clear() {
-    shown_.clear();
-    part_ = {};
-}
-
 bool RecordStack::show(uint64_t end, size_t most, uint64_t firstFrame, uint64_t endFrame, size_t buckets) {
     const Part part{firstFrame, endFrame, buckets};
     bool changed = false;

@@ -53,7 +53,6 @@ public:
     /// Makes the screens of up to `most` records before number `end`, in about so many buckets. True when they are
     /// others than before.
     bool show(uint64_t end, size_t most, uint64_t firstFrame, uint64_t endFrame, size_t buckets);
-    void clear();
     /// The newest first.
     [[nodiscard]] size_t shown() const { return shown_.size(); }
     [[nodiscard]] const Screen& screen(size_t index) const { return shown_[index]->screen; }

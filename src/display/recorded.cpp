@@ -85,7 +85,7 @@ std::unique_ptr<RecordedFrames> RecordedFrames::open(const std::string& dataFile
     }
     const FoundLabels found = findLabels(dataFile, recording->recorded_.channelCount);
     recording->takeLabels(found.labels);
-    recording->takePassport(dataFile, found.passport);
+    recording->takePassport(found);
     for (uint32_t number = 1;; ++number) {
         const std::string name = RecordingName(dataFile).piece(number);
         RecordedFormat format;
@@ -105,24 +105,27 @@ void RecordedFrames::takeLabels(const RecordedLabels& labels) {
     format_.lineNames = labels.lines;
 }
 
-// What is opened may be a later piece of its recording. Of records a piece may begin in the middle of one.
-void RecordedFrames::takePassport(const std::string& dataFile, const std::optional<Passport>& passport) {
-    if (!passport) {
-        const bool even = !readRecordedKeys(RecordDescription::fileNameFor(dataFile)).triggered;
-        if (even && recorded_.created) {
+// What is opened may be a later piece of its recording: by its number, for the files may have been renamed since. Of
+// records a piece may begin in the middle of one.
+void RecordedFrames::takePassport(const FoundLabels& found) {
+    if (!found.passport) {
+        // The description's rate is not that of packets, and records leave gaps.
+        if (recorded_.even && recorded_.created) {
             wallClock_ = wallClockOf(*recorded_.created, recorded_.frequencyPerChannel);
         }
         return;
     }
-    const auto& pieces = passport->pieces;
-    const auto opened = std::ranges::find(pieces, fileNameOf(dataFile), &PassportPiece::file);
-    uint64_t before = 0;
-    for (auto piece = pieces.begin(); opened != pieces.end() && piece != opened; ++piece) {
-        before += piece->frames;
+    const auto& pieces = found.passport->pieces;
+    if (found.piece > pieces.size()) {
+        return;
     }
-    wallClock_ = wallClockOf(*passport, before, recorded_.frequencyPerChannel);
-    if (const uint32_t frames = passport->recordFrames(); frames > 0 && before % frames == 0) {
-        records_ = {frames, passport->synchronisation.prehistory};
+    uint64_t before = 0;
+    for (uint32_t i = 0; i < found.piece; ++i) {
+        before += pieces[i].frames;
+    }
+    wallClock_ = wallClockOf(*found.passport, before, recorded_.frequencyPerChannel);
+    if (const uint32_t frames = found.passport->recordFrames(); frames > 0 && before % frames == 0) {
+        records_ = {frames, found.passport->synchronisation.prehistory};
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "config/files/found_labels.h"
 #include "display/frame_source.h"
 #include "display/signal_format.h"
 #include "display/wall_clock.h"
@@ -86,7 +87,7 @@ private:
 
     RecordedFrames() = default;
     void takeLabels(const RecordedLabels& labels);
-    void takePassport(const std::string& dataFile, const std::optional<Passport>& passport);
+    void takePassport(const FoundLabels& found);
     [[nodiscard]] OpenProblem addPiece(const std::string& dataFile);
     [[nodiscard]] File& fileOf(Piece& piece);
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 #include "records/clock_pairs.h"
+#include "records/utc_text.h"
 
 namespace tarno2 {
 
@@ -35,6 +35,7 @@ double WallClock::frameAt(int64_t time) const {
 // A short recording's own pairs tell its rate badly, and a board that was played back has one of its own: then the
 // rate of the description counts, from the clock's first moment on.
 std::optional<WallClock> wallClockOf(const Passport& passport, uint64_t firstFrame, double rate) {
+    rate = passport.rate.packets().value_or(rate);
     if (!(rate > 0.0) || passport.synchronisation.mode != "off") {
         return std::nullopt;
     }
@@ -77,28 +78,21 @@ std::optional<int64_t> timeOf(const LocalTime& time) {
 
 std::string clockText(int64_t time, int decimals) {
     constexpr int kMicrosecondDigits = 6;
+    constexpr size_t kWholeSeconds = 8;
     int64_t step = kSecond;
     for (int i = 0; i < std::min(decimals, kMicrosecondDigits); ++i) {
         step /= 10;
     }
     const int64_t rounded = floorDivision(time + step / 2, step) * step;
-    const int64_t inDay = rounded - floorDivision(rounded, kDay) * kDay;
-    char text[40];
-    std::snprintf(text, sizeof text, "%02d:%02d:%02d.%06d000", static_cast<int>(inDay / (60 * kMinute)),
-                  static_cast<int>(inDay / kMinute % 60), static_cast<int>(inDay / kSecond % 60),
-                  static_cast<int>(inDay % kSecond));
-    constexpr size_t kWholeSeconds = 8;
-    return std::string(text,
-                       decimals > 0 ? kWholeSeconds + 1 + static_cast<size_t>(std::min(decimals, 9)) : kWholeSeconds);
+    const std::string moment = utcText(rounded);
+    std::string text = moment.substr(moment.find('T') + 1, kWholeSeconds + 1 + kMicrosecondDigits) + "000";
+    text.resize(decimals > 0 ? kWholeSeconds + 1 + static_cast<size_t>(std::min(decimals, 9)) : kWholeSeconds);
+    return text;
 }
 
 std::string dateText(int64_t time) {
-    using namespace std::chrono;
-    const year_month_day date{sys_days{days{floorDivision(time, kDay)}}};
-    char text[40];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-    return text;
+    const std::string moment = utcText(time);
+    return moment.substr(0, moment.find('T'));
 }
 
 }  // namespace tarno2

@@ -33,7 +33,6 @@ LocalTime localTimeOf(int64_t time) {
 class DatExporter final : public Exporter {
 public:
     DatExporter(const ExportSubject& subject, const RecordedKeys& described) : subject_(subject) {
-        description_.reset();
         if (!described.driverName.empty()) {
             description_.setDriverName(described.driverName);
         }
@@ -47,7 +46,7 @@ public:
         description_.setPacketMode(described.packetMode ? 1 : 0, packetRate(subject, described, every),
                                    static_cast<uint8_t>(described.externalFrequency.value_or(-1)));
         description_.setBackwardOrder(0);
-        description_.setDataFormat(described.layout.value_or(SampleLayout{}));
+        description_.setDataFormat(*described.layout);
         description_.setCreateTime(subject.facts.start ? localTimeOf(*subject.facts.start)
                                                        : described.created.value_or(LocalTime{}));
         for (const auto& [upper, lower] : subject.inputs.ranges) {

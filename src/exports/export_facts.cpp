@@ -60,11 +60,6 @@ std::optional<int64_t> lasting(uint64_t frames, double rate) {
     return time < kMostMicroseconds ? std::optional(static_cast<int64_t>(std::llround(time))) : std::nullopt;
 }
 
-std::optional<double> packetRateOf(const PassportRate& rate) {
-    return rate.packetsGiven ? std::optional(*rate.packetsGiven / std::max<uint32_t>(rate.decimation, 1))
-                             : std::nullopt;
-}
-
 std::optional<int64_t> momentOf(const Passport& passport, const Place& place, uint64_t ofFile) {
     const auto frame = streamFrame(passport, place, ofFile);
     if (!frame) {
@@ -74,7 +69,7 @@ std::optional<int64_t> momentOf(const Passport& passport, const Place& place, ui
     if (const auto clock = ClockLine::through(passport.end.clock)) {
         return clock->utcOf(static_cast<double>(*frame)) + offset;
     }
-    const double rate = packetRateOf(passport.rate).value_or(passport.rate.recorded);
+    const double rate = passport.rate.packets().value_or(passport.rate.recorded);
     const auto time = lasting(*frame, rate);
     return time ? std::optional((passport.end.begun != 0 ? passport.end.begun : passport.start) + *time + offset)
                 : std::nullopt;
@@ -126,7 +121,7 @@ ExportFacts findExportFacts(const std::string& dataFile, const RecordedKeys& des
             facts.triggers = triggersOf(*found.passport, *place);
         }
         facts.comment = found.passport->comment;
-        facts.packetRate = packetRateOf(found.passport->rate);
+        facts.packetRate = found.passport->rate.packets();
         facts.device = found.passport->driver + (found.passport->board.empty() ? "" : " " + found.passport->board);
         const auto passport = std::make_shared<const Passport>(std::move(*found.passport));
         facts.momentOf = [passport, place, piece, roughly = facts.momentOf](uint64_t frame, double rate) {

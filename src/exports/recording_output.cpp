@@ -1,5 +1,8 @@
 #include "exports/recording_output.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "config/files/recording_name.h"
 #include "platform/ascii_case.h"
 #include "platform/file.h"
@@ -26,11 +29,10 @@ bool wouldBePiece(const RecordingName& output, const std::string& dataFile) {
 
 /// A file that tells of another recording of that name, and would be wrong beside this one; empty when there is none.
 std::string inTheWay(const RecordingName& output) {
-    for (const std::string& file : {output.passport(), output.marks(), output.checksums(), output.losses(),
-                                    output.journal(), output.earlierJournal(), output.piece(1)}) {
-        if (fileExists(file)) {
-            return file;
-        }
+    std::vector<std::string> files = output.companions();
+    files.push_back(output.piece(1));
+    if (const auto there = std::ranges::find_if(files, fileExists); there != files.end()) {
+        return *there;
     }
     if (const auto whole = output.whole()) {
         const std::string before = whole->piece(whole->pieceOf(fileNameOf(output.data())).value_or(1) - 1);
@@ -45,12 +47,10 @@ bool isOfRecording(const std::string& output, const std::string& dataFile) {
     const RecordingName own(dataFile);
     for (const RecordingName& name : {own, own.whole().value_or(own)}) {
         const uint32_t piece = name.pieceOf(fileNameOf(output)).value_or(0);
-        for (const std::string& file :
-             {name.data(), name.description(), name.piece(piece), name.description(piece), name.passport(),
-              name.marks(), name.checksums(), name.losses(), name.journal(), name.earlierJournal()}) {
-            if (isSameFile(output, file)) {
-                return true;
-            }
+        std::vector<std::string> files = name.companions();
+        files.insert(files.end(), {name.data(), name.description(), name.piece(piece), name.description(piece)});
+        if (std::ranges::any_of(files, [&](const std::string& file) { return isSameFile(output, file); })) {
+            return true;
         }
     }
     return false;

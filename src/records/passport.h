@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -56,6 +57,11 @@ struct PassportRate {
     bool externalClock = false;  ///< the rates are what the operator expected
     std::optional<double> packetsAsked;
     std::optional<double> packetsGiven;
+
+    /// Packets that are recorded, Hz; nothing when frames are none.
+    [[nodiscard]] std::optional<double> packets() const {
+        return packetsGiven ? std::optional(*packetsGiven / std::max<uint32_t>(decimation, 1)) : std::nullopt;
+    }
 };
 
 /// One condition of the synchronisation.
@@ -137,6 +143,8 @@ struct Passport {
     PassportEnd end;
     std::optional<PassportMarks> marks;  ///< nothing: there are none
 
+    /// A size limit is kept to the byte: then the last piece may end within a frame.
+    [[nodiscard]] bool mayEndWithinAFrame() const { return end.reason == "size"; }
     [[nodiscard]] uint64_t frames() const;
     [[nodiscard]] uint64_t records() const;
     /// Frames of a record; 0 when there are none.

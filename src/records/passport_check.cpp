@@ -76,8 +76,8 @@ void checkPieces(const Passport& passport, Problems& problems) {
     const uint64_t frameBytes = uint64_t{passport.sample.bytes} * passport.channels.size();
     const uint64_t length = passport.recordFrames();
     for (const PassportPiece& piece : passport.pieces) {
-        // A size limit is kept to the byte: the last piece may end within a frame then, and a record before its first.
-        const bool mayBeTorn = passport.end.reason == "size" && &piece == &passport.pieces.back();
+        // A record may end before its first frame then, too.
+        const bool mayBeTorn = passport.mayEndWithinAFrame() && &piece == &passport.pieces.back();
         const bool torn = frameBytes != 0 && piece.bytes % frameBytes != 0;
         if (frameBytes != 0 && ((torn && !mayBeTorn) || piece.bytes / frameBytes != piece.frames)) {
             problems.push_back(piece.file + ": " + std::to_string(piece.frames) + " frames do not have " +

@@ -150,9 +150,15 @@ bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& form
     } else if (!keys.ranges || keys.ranges->size() != *keys.channelCount) {
         missingKey = "ChannelsRange";
     } else {
-        format = {
-            *keys.layout,       *keys.frequencyPerChannel,  *keys.channelCount, *keys.frames, std::move(*keys.ranges),
-            keys.backwardOrder, std::move(keys.driverName), keys.created};
+        format = {*keys.layout,
+                  *keys.frequencyPerChannel,
+                  *keys.channelCount,
+                  *keys.frames,
+                  std::move(*keys.ranges),
+                  keys.backwardOrder,
+                  std::move(keys.driverName),
+                  keys.created,
+                  !keys.triggered && !keys.packetMode};
         return true;
     }
     return false;

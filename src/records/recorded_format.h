@@ -24,6 +24,7 @@ struct RecordedFormat {
     bool backwardOrder = false;                     ///< frames hold the channels in reverse order
     std::string driverName;                         ///< empty when the description names none
     std::optional<LocalTime> created;               ///< when it began, to the second
+    bool even = true;  ///< frames follow each other by the frequency: no records, no packets
 };
 
 /// Each key of a description by itself: what is missing or makes no sense is not there.

@@ -95,9 +95,8 @@ std::optional<QCPRange> Curves::extremes(size_t column) {
     if (column < spans_.columns()) {
         codes = spans_.whole(column);
     }
-    if (column < earlierExtremes_.size() && !earlierExtremes_[column].empty()) {
-        codes.include(earlierExtremes_[column].low);
-        codes.include(earlierExtremes_[column].high);
+    if (column < earlierExtremes_.size()) {
+        codes.include(earlierExtremes_[column]);
     }
     if (column >= styles_.size() || codes.empty()) {
         return std::nullopt;
@@ -176,10 +175,7 @@ void Curves::updateEarlierExtremes() {
         one.build(frames, range.lower, range.upper, 1, false);
         earlierExtremes_.resize(std::max(earlierExtremes_.size(), one.columns()));
         for (size_t i = 0; i < one.columns(); ++i) {
-            if (!one.whole(i).empty()) {
-                earlierExtremes_[i].include(one.whole(i).low);
-                earlierExtremes_[i].include(one.whole(i).high);
-            }
+            earlierExtremes_[i].include(one.whole(i));
         }
     }
     earlierRange_ = range;

@@ -21,6 +21,11 @@ struct CodeSpan {
         low = code < low ? code : low;
         high = code > high ? code : high;
     }
+    /// An empty one changes nothing.
+    void include(const CodeSpan& other) {
+        low = other.low < low ? other.low : low;
+        high = other.high > high ? other.high : high;
+    }
 };
 
 /// What a picture needs to know of the frames: for each column of pixels and each curve the span of its codes. Made

@@ -7,6 +7,7 @@
 #include <QPainterPath>
 #include <QPen>
 #include <cmath>
+#include <optional>
 
 namespace tarno2 {
 
@@ -16,10 +17,6 @@ constexpr int kDotsPerInch = 96;  // of CSS pixels, and of texts in points
 
 QString number(double value) {
     return QString::number(value, 'g', 8);
-}
-
-QString escaped(const QString& text) {
-    return text.toHtmlEscaped();
 }
 
 QString pathWords(const QPainterPath& path) {
@@ -102,10 +99,10 @@ public:
         const QColor color = painter()->pen().color();
         add(QStringLiteral("<text x=\"%1\" y=\"%2\" font-family=\"%3\" font-size=\"%4\"%5 fill=\"%6\" "
                            "fill-opacity=\"%7\" xml:space=\"preserve\"")
-                .arg(number(place.x()), number(place.y()), escaped(font.family()), number(size),
+                .arg(number(place.x()), number(place.y()), font.family().toHtmlEscaped(), number(size),
                      font.bold() ? QStringLiteral(" font-weight=\"bold\"") : QString(), color.name(),
                      number(color.alphaF())),
-            escaped(item.text()));
+            item.text().toHtmlEscaped());
     }
 
 private:
@@ -167,7 +164,7 @@ private:
     }
 
     QString body_;
-    QRectF clip_;
+    std::optional<QRectF> clip_;
     int clips_ = 0;
 };
 

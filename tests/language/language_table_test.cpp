@@ -96,8 +96,9 @@ TEST(LanguageTable, UnderlinesEachLetterOnceInAMenu) {
     const std::vector<std::vector<TextId>> menus = {
         {MenuFile, MenuRecording, MenuView, MenuSettings, MenuHelp, CommandMonitor, CommandStart, CommandStop},
         {MenuOpenRecording, MenuChooseFile, MenuSaveAsText, MenuRecover, MenuExit},
-        {CommandMonitor, CommandStart, CommandStop, CommandCycleStart, CommandMark, MenuAdditionalSettings},
-        {MenuShowSignal, MenuDetachSignal, MenuShowPanels, MenuShowMessages, MenuExtendedChannels},
+        {CommandMonitor, CommandStart, CommandStop, CommandCycleStart, CommandMark, MenuSynchronisation},
+        {MenuShowSignal, MenuDetachSignal, MenuShowPanels, MenuShowMessages, MenuExtendedChannels, MenuChannelTable},
+        {MenuSetups, MenuAutoSettings},
         {MenuManual, MenuAbout},
         {KeepAndStart, GoBack},
         {StartAnyway, GoBack},

@@ -239,9 +239,9 @@ void RecordingCheck::checkContinuity() {
     }
 }
 
-// A size limit is kept to the byte. Without a passport nobody knows what ended the recording.
+// Without a passport nobody knows what ended the recording.
 bool RecordingCheck::mayEndWithinAFrame(uint32_t k) const {
-    return k == *pieces_.rbegin() && (!found_.passport || found_.passport->end.reason == "size");
+    return k == *pieces_.rbegin() && (!found_.passport || found_.passport->mayEndWithinAFrame());
 }
 
 void RecordingCheck::checkPiece(uint32_t k) {

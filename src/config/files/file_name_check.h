@@ -32,6 +32,8 @@ struct FileNameFindings {
     double speed = 0.0;                 ///< MB/s, with kDiskSpeedOk
 
     [[nodiscard]] bool diskKnown() const { return !problem && (disk.type > 0 || disk.type == -4); }
+    /// With `speedKnown`; a disk's speed counts by 10^6.
+    [[nodiscard]] double bytesPerSecond() const { return speed * 1e6; }
     [[nodiscard]] bool speedKnown() const { return diskKnown() && speedCode == kDiskSpeedOk; }
 };
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "config/files/recording_name.h"
+#include "platform/paths.h"
 #include "records/found_passport.h"
 
 namespace tarno2 {
@@ -11,10 +12,12 @@ FoundLabels findLabels(const std::string& dataFile, uint32_t channelCount) {
     const RecordingName name(dataFile);
     std::string file = name.passport();
     FoundPassport found = findPassport(file);
+    uint32_t piece = 0;
     if (const auto whole = name.whole(); !found.there && whole) {
         if (FoundPassport ofWhole = findPassport(whole->passport()); ofWhole.there) {
             found = std::move(ofWhole);
             file = whole->passport();
+            piece = whole->pieceOf(fileNameOf(dataFile)).value_or(0);
         }
     }
     if (!found.there) {
@@ -30,7 +33,7 @@ FoundLabels findLabels(const std::string& dataFile, uint32_t channelCount) {
                     std::to_string(channelCount)};
     }
     RecordedLabels labels = labelsOf(*found.passport);
-    return {std::move(labels), std::move(found.passport), {}};
+    return {std::move(labels), std::move(found.passport), {}, piece};
 }
 
 }  // namespace tarno2

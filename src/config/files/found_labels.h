@@ -14,6 +14,7 @@ struct FoundLabels {
     RecordedLabels labels;
     std::optional<Passport> passport;  ///< all of it
     std::string problem;               ///< why nothing is known, in English; empty when something is
+    uint32_t piece = 0;                ///< of the recording that the passport tells of, which the data file is
 };
 
 /// Looks for the passport of a data file, which may be a piece of its recording. What tells of another count of

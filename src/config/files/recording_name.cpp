@@ -118,6 +118,10 @@ std::string RecordingName::checksums() const {
     return base().append(kChecksumExtension);
 }
 
+std::vector<std::string> RecordingName::companions() const {
+    return {passport(), marks(), checksums(), losses(), journal(), earlierJournal()};
+}
+
 RecordingName RecordingName::old(uint32_t n) const {
     RecordingName name;
     name.data_ = base() + formatText("_old%u", n);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/clock.h"
 
@@ -57,6 +58,8 @@ public:
     /// The list of marks.
     [[nodiscard]] std::string marks() const;
     [[nodiscard]] std::string checksums() const;
+    /// All files that may stand beside the data files and their descriptions.
+    [[nodiscard]] std::vector<std::string> companions() const;
 
     /// "<base>_old<n><extension>": what this recording is called once it has made way for another one.
     [[nodiscard]] RecordingName old(uint32_t n) const;

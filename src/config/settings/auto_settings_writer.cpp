@@ -1,6 +1,5 @@
 #include "config/settings/auto_settings_writer.h"
 
-#include <algorithm>
 #include <string_view>
 #include <variant>
 #include <vector>

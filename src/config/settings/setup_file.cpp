@@ -7,6 +7,7 @@
 #include "config/settings/driver_values.h"
 #include "config/settings/settings_file.h"
 #include "config/settings/settings_table.h"
+#include "platform/ascii_case.h"
 #include "platform/file.h"
 #include "platform/paths.h"
 
@@ -54,13 +55,12 @@ struct EntryCopier {
 /// Windows has devices of these names in every folder, whatever their ending.
 bool isDeviceName(std::string_view name) {
     static constexpr std::array kDevices = {"con", "nul", "prn", "aux"};
-    std::string stem(name.substr(0, name.find('.')));
-    stem.erase(stem.find_last_not_of(' ') + 1);
-    std::ranges::transform(stem, stem.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
-    return std::ranges::find(kDevices, stem) != kDevices.end() ||
-           (stem.size() == 4 && (stem.starts_with("com") || stem.starts_with("lpt")) && stem[3] >= '1' &&
-            stem[3] <= '9');
+    static constexpr std::array kPorts = {"com", "lpt"};
+    std::string_view stem = name.substr(0, name.find('.'));
+    stem = stem.substr(0, stem.find_last_not_of(' ') + 1);
+    const auto is = [](std::string_view a) { return [a](const char* b) { return sameIgnoringCase(a, b); }; };
+    return std::ranges::any_of(kDevices, is(stem)) ||
+           (stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9' && std::ranges::any_of(kPorts, is(stem.substr(0, 3))));
 }
 
 std::string setupFolder(const std::string& programDirectory) {
