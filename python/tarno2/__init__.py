@@ -22,7 +22,7 @@ from .pieces import Piece
 from .recording import Channel, Recording
 from .records import TriggerRecord, TriggerRecords
 
-__version__ = "2.0.0"
+__version__ = "2.1.0"
 
 __all__ = [
     "Channel",

@@ -244,7 +244,7 @@ void T_ShowForm::paint(bool atOnce) {
         draw();
     }
     if (due && (liveRuns() || (drawing_ && drawing_->moving()))) {
-        paintTimer_.start(RepaintRate::kPeriodMs);
+        paintTimer_.start(rate_.waitMs(localTime()));
     }
 }
 
