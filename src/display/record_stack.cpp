@@ -1,6 +1,7 @@
 #include "display/record_stack.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tarno2 {
@@ -19,56 +20,46 @@ uint64_t RecordFrames::read(uint64_t firstFrame, uint64_t count, std::byte* out)
     return source_.read(first_ + firstFrame, std::min(count, left), out);
 }
 
-RecordStack::RecordStack(FrameSource& frames, const SignalFormat& format, TriggeredRecords records)
-    : frames_(frames),
-      frameBytes_(format.frameBytes()),
-      records_(records),
-      one_(frames, records.frames),
-      screens_(one_, format) {}
-
-size_t RecordStack::affordable(size_t most, size_t buckets) const {
-    const uint64_t rows = std::min<uint64_t>(kRowsPerBucket * buckets, records_.frames);
-    const uint64_t byMemory = kMostMemory / std::max<uint64_t>(rows * frameBytes_, 1);
-    const uint64_t byReading = kMostRead / std::max<uint64_t>(records_.frames * frameBytes_, 1);
-    return static_cast<size_t>(std::min<uint64_t>(most, std::max<uint64_t>(std::min(byMemory, byReading), 1)));
+std::unique_ptr<RecordScreen> RecordReader::read(uint64_t record, const RecordPart& part) {
+    auto read = std::make_unique<RecordScreen>();
+    read->record = record;
+    one_.moveTo(record);
+    return screens_.build(part.firstFrame, part.endFrame, part.buckets, read->screen) ? std::move(read) : nullptr;
 }
 
-bool RecordStack::show(uint64_t end, size_t most, uint64_t firstFrame, uint64_t endFrame, size_t buckets) {
-    const Part part{firstFrame, endFrame, buckets};
-    bool changed = false;
-    if (part != part_) {
-        changed = !shown_.empty();
-        shown_.clear();
-        part_ = part;
-    }
-    end = std::min(end, count());
-    const uint64_t begin = end - std::min<uint64_t>(end, affordable(most, buckets));
-    const auto outside = [&](const auto& one) { return one->record < begin || one->record >= end; };
-    changed = std::erase_if(shown_, outside) > 0 || changed;
-    // Those that are kept follow each other; what is missing is newer, or older when more are wanted than before.
-    const auto make = [&](uint64_t record) {
-        auto one = std::make_unique<Shown>();
-        one->record = record;
-        one_.moveTo(record);
-        return screens_.build(firstFrame, endFrame, buckets, one->screen) ? std::move(one) : nullptr;
-    };
-    uint64_t next = shown_.empty() ? begin : shown_.front()->record + 1;
-    for (; next < end; ++next) {
-        if (auto one = make(next)) {
-            shown_.push_front(std::move(one));
-            changed = true;
+RecordWish RecordStack::wish(uint64_t end, size_t most, const RecordPart& part) const {
+    const uint64_t rows = std::min<uint64_t>(kRowsPerBucket * part.buckets, records_.frames);
+    const uint64_t byMemory = kMostMemory / std::max<uint64_t>(rows * frameBytes_, 1);
+    const uint64_t byReading = kMostRead / std::max<uint64_t>(records_.frames * frameBytes_, 1);
+    const uint64_t affordable = std::min<uint64_t>(most, std::max<uint64_t>(std::min(byMemory, byReading), 1));
+    return {end - std::min(end, affordable), end, part};
+}
+
+std::vector<uint64_t> RecordStack::missing(const RecordWish& wish) const {
+    std::vector<uint64_t> missing;
+    for (uint64_t record = wish.end; record-- > wish.begin;) {
+        const bool there = wish.part == part_ &&
+                           std::ranges::any_of(shown_, [record](const auto& one) { return one->record == record; });
+        if (!there) {
+            missing.push_back(record);
         }
     }
-    uint64_t last = shown_.empty() ? begin : shown_.back()->record;
-    for (; last > begin; --last) {
-        auto one = make(last - 1);
-        if (!one) {
-            break;
-        }
-        shown_.push_back(std::move(one));
-        changed = true;
-    }
-    return changed;
+    return missing;
+}
+
+uint64_t RecordStack::bytesOf(const RecordPart& part) const {
+    const uint64_t end = std::min(part.endFrame, records_.frames);
+    return std::min((end - std::min(part.firstFrame, end)) * frameBytes_, FileScreens::kMostBytes);
+}
+
+bool RecordStack::take(const RecordWish& wish, std::vector<std::unique_ptr<RecordScreen>> screens) {
+    const bool other = wish.part != part_;
+    const auto outside = [&](const auto& one) { return other || one->record < wish.begin || one->record >= wish.end; };
+    const bool dropped = std::erase_if(shown_, outside) > 0;
+    part_ = wish.part;
+    std::ranges::move(screens, std::back_inserter(shown_));
+    std::ranges::sort(shown_, std::ranges::greater(), [](const auto& one) { return one->record; });
+    return dropped || !screens.empty();
 }
 
 }  // namespace tarno2

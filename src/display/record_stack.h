@@ -2,9 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
-#include <optional>
 #include <vector>
 
 #include "display/file_screens.h"
@@ -38,45 +36,70 @@ private:
     bool there_ = false;
 };
 
-/// The last records of a triggered recording, to be drawn over each other: each as a screen of the same part of it. A
-/// new record costs its own frames alone; another part reads all of them again. Memory and reading are bounded: very
-/// large records are fewer. One thread.
-class RecordStack {
+/// What of each record is drawn, in about so many buckets.
+struct RecordPart {
+    uint64_t firstFrame = 0;
+    uint64_t endFrame = 0;
+    size_t buckets = 0;
+    friend bool operator==(const RecordPart&, const RecordPart&) = default;
+};
+
+/// Records to be drawn over each other, by their numbers, and what of each.
+struct RecordWish {
+    uint64_t begin = 0;
+    uint64_t end = 0;
+    RecordPart part;
+    friend bool operator==(const RecordWish&, const RecordWish&) = default;
+};
+
+/// A record as it is drawn.
+struct RecordScreen {
+    uint64_t record = 0;
+    Screen screen;
+};
+
+/// Makes screens of records. One thread.
+class RecordReader {
 public:
     /// `frames` outlives it. Throws std::bad_alloc.
-    RecordStack(FrameSource& frames, const SignalFormat& format, TriggeredRecords records);
+    RecordReader(FrameSource& frames, const SignalFormat& format, uint64_t framesOfRecord)
+        : one_(frames, framesOfRecord), screens_(one_, format) {}
+
+    /// Null when the record can't be read.
+    [[nodiscard]] std::unique_ptr<RecordScreen> read(uint64_t record, const RecordPart& part);
+
+private:
+    RecordFrames one_;
+    FileScreens screens_;
+};
+
+/// The last records of a triggered recording, to be drawn over each other: each as a screen of the same part of it. A
+/// new record costs its own frames alone; another part needs all of them again. Memory and reading are bounded: very
+/// large records are fewer. Reads nothing itself. One thread.
+class RecordStack {
+public:
+    RecordStack(const SignalFormat& format, TriggeredRecords records)
+        : frameBytes_(format.frameBytes()), records_(records) {}
 
     [[nodiscard]] const TriggeredRecords& records() const { return records_; }
-    /// Whole records that are there now.
-    [[nodiscard]] uint64_t count() const { return records_.count(frames_.frameCount()); }
+    /// Up to `most` records before number `end`, as many as can be afforded.
+    [[nodiscard]] RecordWish wish(uint64_t end, size_t most, const RecordPart& part) const;
+    /// Records of the wish that are not there as wished, the newest first.
+    [[nodiscard]] std::vector<uint64_t> missing(const RecordWish& wish) const;
+    /// Bytes that a screen of the part is made of.
+    [[nodiscard]] uint64_t bytesOf(const RecordPart& part) const;
 
-    /// Makes the screens of up to `most` records before number `end`, in about so many buckets. True when they are
-    /// others than before.
-    bool show(uint64_t end, size_t most, uint64_t firstFrame, uint64_t endFrame, size_t buckets);
+    /// Takes such screens, and drops what is no part of the wish. True when there are others than before.
+    bool take(const RecordWish& wish, std::vector<std::unique_ptr<RecordScreen>> screens);
     /// The newest first.
     [[nodiscard]] size_t shown() const { return shown_.size(); }
     [[nodiscard]] const Screen& screen(size_t index) const { return shown_[index]->screen; }
 
 private:
-    struct Shown {
-        uint64_t record = 0;
-        Screen screen;
-    };
-    struct Part {
-        uint64_t firstFrame = 0;
-        uint64_t endFrame = 0;
-        size_t buckets = 0;
-        friend bool operator==(const Part&, const Part&) = default;
-    };
-    [[nodiscard]] size_t affordable(size_t most, size_t buckets) const;
-
-    FrameSource& frames_;
     size_t frameBytes_;
     TriggeredRecords records_;
-    RecordFrames one_;
-    FileScreens screens_;
-    Part part_;
-    std::deque<std::unique_ptr<Shown>> shown_;
+    RecordPart part_;
+    std::vector<std::unique_ptr<RecordScreen>> shown_;
 };
 
 }  // namespace tarno2

@@ -84,6 +84,7 @@ T_MainForm::~T_MainForm() {
     }
     // The view reads from recordings and draws with a library that go before the window's other parts.
     control().setLiveTap(nullptr);
+    control().setBeforeSessionGoes({});
     signalDock_->disconnect(this);
     delete showForm_;
     DEBUG_LOG("Destructor");

@@ -41,6 +41,7 @@ void T_MainForm::renewSignalView() {
         opened = last;
     }
     control().setLiveTap(nullptr);
+    control().setBeforeSessionGoes({});
     delete showForm_;
     makeSignalView();
     if (!opened.empty()) {
@@ -70,6 +71,7 @@ void T_MainForm::makeSignalView() {
     showForm_->fillMenu(*menu_.view);
     connect(showForm_, &T_ShowForm::savePartWanted, this, &T_MainForm::savePart);
     control().setLiveTap(&showForm_->tap());
+    control().setBeforeSessionGoes([this] { showForm_->sessionGoes(); });
     if (!search_.busy()) {
         showForm_->setDigitalLines(selection().driver().facts().format.m_nDigitalLines);
     }

@@ -90,6 +90,12 @@ void T_ShowForm::recordingStarted(LiveRecording recording) {
     });
 }
 
+void T_ShowForm::sessionGoes() {
+    if (live_) {
+        live_->leaveSession();
+    }
+}
+
 void T_ShowForm::recordingStopped() {
     guarded("recordingStopped", [this] {
         if (live_ && live_->running()) {
@@ -246,6 +252,10 @@ void T_ShowForm::paint(bool atOnce) {
     if (due && (liveRuns() || (drawing_ && drawing_->moving()))) {
         paintTimer_.start(rate_.waitMs(localTime()));
     }
+}
+
+std::function<void()> T_ShowForm::paintLater() {
+    return [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
 }
 
 void T_ShowForm::fetch() {

@@ -24,6 +24,7 @@
 #include "display/shown_marks.h"
 #include "exports/frame_wish.h"
 #include "language/text_ids.h"
+#include "ui/records_signal.h"
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
 #include "ui/view_icons.h"
@@ -64,6 +65,8 @@ public:
     [[nodiscard]] LiveTap& tap() { return tap_; }
     /// A recording has begun; what was opened is closed.
     void recordingStarted(LiveRecording recording);
+    /// Its session goes, with all that is not in files.
+    void sessionGoes();
     /// It is over. Its frames stay on screen.
     void recordingStopped();
     /// Shows a finished recording, by its first data file, over its whole length. False, after a message, when it can't
@@ -235,6 +238,8 @@ private:
     [[nodiscard]] int digitalLines() const;
 
     void paint(bool atOnce);
+    /// Has it painted, from the thread of a worker that has more to show.
+    [[nodiscard]] std::function<void()> paintLater();
     void fetch();
     void giveReadings();
     void draw();

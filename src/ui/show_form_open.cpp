@@ -43,9 +43,7 @@ bool T_ShowForm::openRecording(const std::string& dataFile) {
     }
     bool opened = false;
     guarded("openRecording", [&] {
-        // Told on the thread that reads the file.
-        const auto progress = [this] { QMetaObject::invokeMethod(this, &T_ShowForm::FormPaint, Qt::QueuedConnection); };
-        auto signal = std::make_unique<RecordedSignal>(std::move(frames), progress);
+        auto signal = std::make_unique<RecordedSignal>(std::move(frames), paintLater());
         leaveSignal(true);
         fileClock_ = settings_.viewClock || isLong(signal->frames());
         openedFile_ = dataFile;

@@ -109,7 +109,7 @@ void T_ShowForm::layRecords() {
         endWork();
         drawing_->clear();
         records_ = std::make_unique<RecordsSignal>(*signal, *signal->recordFrames(), *signal->records(),
-                                                   static_cast<size_t>(settings_.viewRecords));
+                                                   static_cast<size_t>(settings_.viewRecords), paintLater());
         static_cast<void>(records_->update());
     }
     if (before || records_) {

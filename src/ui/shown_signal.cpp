@@ -25,12 +25,12 @@ int32_t ShownSignal::channelNumber(size_t column) const {
 
 LiveSignal::LiveSignal(LiveRecording recording)
     : ShownSignal(recording.format, recording.channels), recording_(std::move(recording)), history_(recording_.format) {
-    if (DataWriter* writer = recording_.writer ? recording_.writer() : nullptr;
-        writer != nullptr && recording_.everyFrameWritten) {
+    DataWriter* writer = recording_.writer ? recording_.writer() : nullptr;
+    if (writer != nullptr && recording_.everyFrameWritten) {
         readFrom(std::make_unique<RunningRecording>(*writer, format().frameBytes()));
     }
-    if (recording_.records && recording_.writer) {
-        written_ = std::make_unique<WrittenRecords>(recording_.writer, format().frameBytes());
+    if (writer != nullptr && recording_.records) {
+        written_ = std::make_unique<WrittenRecords>(*writer, format().frameBytes());
     }
 }
 
@@ -46,6 +46,12 @@ void LiveSignal::readFrom(std::unique_ptr<FrameSource> frames) {
 
 bool LiveSignal::fetch(LiveTap& tap) {
     return history_.take(tap, kFetchBytes);
+}
+
+void LiveSignal::leaveSession() {
+    if (running_ && written_) {
+        written_->leaveWriter();
+    }
 }
 
 void LiveSignal::finish() {
@@ -111,55 +117,30 @@ std::shared_ptr<FrameSource> RecordedSignal::rawFrames(FrameSpan /*span*/) {
     return borrowed(*frames_);
 }
 
+void WrittenRecords::leaveWriter() {
+    const std::lock_guard lock(mutex_);
+    writer_ = nullptr;
+}
+
 void WrittenRecords::close(const std::string& fileName) {
     OpenProblem problem;
-    file_ = RecordedFrames::open(fileName, problem);
-    if (file_ && file_->frameBytes() != frameBytes_) {
-        file_.reset();
-    }
+    auto file = RecordedFrames::open(fileName, problem);
+    const std::lock_guard lock(mutex_);
+    writer_ = nullptr;
+    file_ = file && file->frameBytes() == frameBytes_ ? std::move(file) : nullptr;
 }
 
 uint64_t WrittenRecords::frameCount() const {
-    DataWriter* writer = file_ ? nullptr : writer_();
-    return file_ ? file_->frameCount() : writer != nullptr ? writer->totalBytes() / frameBytes_ : 0;
+    const std::lock_guard lock(mutex_);
+    return file_ ? file_->frameCount() : writer_ != nullptr ? writer_->totalBytes() / frameBytes_ : 0;
 }
 
 uint64_t WrittenRecords::read(uint64_t firstFrame, uint64_t count, std::byte* out) {
+    const std::lock_guard lock(mutex_);
     if (file_) {
         return file_->read(firstFrame, count, out);
     }
-    DataWriter* writer = writer_();
-    return writer != nullptr ? writer->readBack(firstFrame * frameBytes_, out, count * frameBytes_) / frameBytes_ : 0;
-}
-
-RecordsSignal::RecordsSignal(const ShownSignal& of, FrameSource& frames, TriggeredRecords records, size_t most)
-    : ShownSignal(of.format(), of.channels()),
-      stack_(frames, of.format(), records),
-      newest_(frames, records.frames),
-      screens_(newest_, of.format()),
-      most_(most) {}
-
-bool RecordsSignal::update() {
-    const uint64_t count = stack_.count();
-    if (count == count_ || count == 0) {
-        return false;
-    }
-    count_ = count;
-    newest_.moveTo(count - 1);
-    return true;
-}
-
-// A copy: the worker reads it while the next record may have come.
-std::shared_ptr<FrameSource> RecordsSignal::rawFrames(FrameSpan span) {
-    const size_t frame = format().frameBytes();
-    std::vector<std::byte> frames(static_cast<size_t>(span.count()) * frame);
-    const uint64_t read = newest_.read(span.first, span.count(), frames.data());
-    return read == span.count() ? std::make_shared<FramesInMemory>(std::move(frames), frame, span.first) : nullptr;
-}
-
-const RecordStack* RecordsSignal::earlier(uint64_t first, uint64_t end, size_t buckets, bool& changed) {
-    changed = stack_.show(count_ - std::min<uint64_t>(count_, 1), most_ - 1, first, end, buckets);
-    return &stack_;
+    return writer_ != nullptr ? writer_->readBack(firstFrame * frameBytes_, out, count * frameBytes_) / frameBytes_ : 0;
 }
 
 }  // namespace tarno2

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -71,12 +72,13 @@ struct LiveRecording {
 };
 
 /// What a recording with synchronisation has put into its files: from its writer while it runs, from the closed file
-/// afterwards. Window thread.
+/// afterwards.
 class WrittenRecords final : public FrameSource {
 public:
-    WrittenRecords(std::function<DataWriter*()> writer, size_t frameBytes)
-        : writer_(std::move(writer)), frameBytes_(frameBytes) {}
+    WrittenRecords(DataWriter& writer, size_t frameBytes) : writer_(&writer), frameBytes_(frameBytes) {}
 
+    /// The writer goes: nobody reads from it after this call.
+    void leaveWriter();
     /// The recording is over.
     void close(const std::string& fileName);
 
@@ -85,9 +87,10 @@ public:
     [[nodiscard]] uint64_t read(uint64_t firstFrame, uint64_t count, std::byte* out) override;
 
 private:
-    std::function<DataWriter*()> writer_;
+    DataWriter* writer_;  ///< null once it is gone
     size_t frameBytes_;
     std::unique_ptr<RecordedFrames> file_;
+    mutable std::mutex mutex_;  ///< readers take turns
 };
 
 /// The running recording: its newest frames from memory, older ones from its file. When it is over the file is read as
@@ -99,6 +102,8 @@ public:
 
     /// Takes what has come since the last call, as much as a paint has time for. False when there was nothing.
     bool fetch(LiveTap& tap);
+    /// The session of the recording goes, and its writer with it.
+    void leaveSession();
     /// The recording is over: the frames of its file come from the closed file.
     void finish();
     [[nodiscard]] bool running() const { return running_; }
@@ -146,30 +151,6 @@ public:
 private:
     std::unique_ptr<RecordedFrames> frames_;
     Overview overview_;
-};
-
-/// The newest record of a triggered signal, with those before it behind it. Frame `prehistory` of each is its trigger.
-/// It goes before the signal that it is of.
-class RecordsSignal final : public ShownSignal {
-public:
-    /// Up to `most` records. Throws std::bad_alloc.
-    RecordsSignal(const ShownSignal& of, FrameSource& frames, TriggeredRecords records, size_t most);
-
-    /// Goes on to the newest record. True when that is another one.
-    bool update();
-    [[nodiscard]] uint64_t prehistory() const { return stack_.records().prehistory; }
-    [[nodiscard]] ScreenSource& screens() override { return screens_; }
-    [[nodiscard]] ScreenSource& wholeCourse() override { return screens_; }
-    [[nodiscard]] std::shared_ptr<FrameSource> rawFrames(FrameSpan span) override;
-    [[nodiscard]] uint64_t firstRawFrame() const override { return 0; }
-    [[nodiscard]] const RecordStack* earlier(uint64_t first, uint64_t end, size_t buckets, bool& changed) override;
-
-private:
-    RecordStack stack_;
-    RecordFrames newest_;
-    FileScreens screens_;
-    uint64_t count_ = 0;  ///< of the records, the newest one included
-    size_t most_;
 };
 
 }  // namespace tarno2

@@ -52,6 +52,20 @@ protected:
         EXPECT_TRUE(description.writeForDataFile(name));
         return name;
     }
+    /// So many records of so many frames, of which 10 come before the trigger, and a rest.
+    std::string triggered(size_t records, uint32_t frames, size_t rest = 0) {
+        const size_t count = records * frames + rest;
+        Passport passport;
+        passport.driver = "Simulator";
+        passport.start = kSecond;
+        passport.rate = {100.0, 100.0, 1, 100.0, false, {}, {}};
+        passport.sample = {2, true, 16, 0, 0xFFFF, -32768, 32767, 0, 0, 0, false};
+        passport.channels.push_back({0, "inlet", "V", 1, 5.0, -5.0, 1.0, 0.0});
+        passport.synchronisation = {"records", 10, frames - 10, false, {}};
+        passport.pieces.push_back({"signal.dat", count, 2 * count, static_cast<uint32_t>(records), ""});
+        folder_.write("signal.json", passportText(passport));
+        return recorded(count);
+    }
     LiveRecording live() {
         LiveRecording recording;
         recording.format = format16(2, 0);
@@ -178,16 +192,7 @@ TEST_F(ShowFormTime, AThresholdIsALineThatMovesTheSetting) {
 }
 
 TEST_F(ShowFormTime, RecordsLieOverEachOtherWithTheirTriggerAtOnePlace) {
-    const std::string name = recorded(4 * 50 + 20);
-    Passport passport;
-    passport.driver = "Simulator";
-    passport.start = kSecond;
-    passport.rate = {100.0, 100.0, 1, 100.0, false, {}, {}};
-    passport.sample = {2, true, 16, 0, 0xFFFF, -32768, 32767, 0, 0, 0, false};
-    passport.channels.push_back({0, "inlet", "V", 1, 5.0, -5.0, 1.0, 0.0});
-    passport.synchronisation = {"records", 10, 40, false, {}};
-    passport.pieces.push_back({"signal.dat", 220, 440, 4, ""});
-    folder_.write("signal.json", passportText(passport));
+    const std::string name = triggered(4, 50, 20);
     settings_.viewRecords = 10;
     T_ShowForm form(settings_, &scoper_);
     form.show();
@@ -204,6 +209,26 @@ TEST_F(ShowFormTime, RecordsLieOverEachOtherWithTheirTriggerAtOnePlace) {
     EXPECT_TRUE(scoper_.earlier.empty());
     form.RecordsClick(0);
     EXPECT_EQ(form.frameCount(), 220U);
+}
+
+// Another part is asked for, and the view closed, while those of the first one are read.
+TEST_F(ShowFormTime, LargeRecordsAreReadWithoutHoldingUpTheWindow) {
+    constexpr uint32_t kFrames = 2'000'000;
+    const std::string name = triggered(4, kFrames);
+    settings_.viewRecords = 10;
+    T_ShowForm form(settings_, &scoper_);
+    form.show();
+    ASSERT_TRUE(form.openRecording(name));
+    EXPECT_TRUE(scoper_.earlier.empty()) << "read meanwhile";
+    form.ZoomInClick();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return scoper_.earlier.size() == 3U; }, 60000));
+    const double middle = scoper_.earlier[0].m_fFirstX + 100.0;
+    EXPECT_NEAR(scoper_.earlier[0].m_fFirstX, scoper_.frames.m_fFirstX, 1e-9);
+    EXPECT_GT(middle, 4000.0) << "the part that was zoomed to";
+    form.FitClick();
+    EXPECT_EQ(scoper_.earlier.size(), 3U) << "those of before stay";
+    form.backToLive();
+    EXPECT_TRUE(scoper_.earlier.empty());
 }
 
 TEST_F(ShowFormTime, APartIsSavedByItsFramesAndChannels) {

@@ -310,6 +310,9 @@ bool RecordingControl::refuse(TextId id, const std::string& detail) {
 }
 
 void RecordingControl::freeSession() {
+    if (session_ && beforeSessionGoes_) {
+        beforeSessionGoes_();
+    }
     session_.reset();
     monitoring_ = false;
     monitoredUntold_ = false;

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "config/files/disk_info.h"
 #include "config/files/file_naming.h"
@@ -59,6 +61,8 @@ public:
     /// Gets the frames of the recordings from the next one on, for the signal view; null: nobody does. It outlives them
     /// and still holds the last frames of a recording when its session is gone.
     void setLiveTap(LiveTap* tap) { liveTap_ = tap; }
+    /// Called before a session goes, for who reads what it has recorded. Empty: nobody is.
+    void setBeforeSessionGoes(std::function<void()> told) { beforeSessionGoes_ = std::move(told); }
     /// Computes the checksums of the recordings from the next one on; null: nobody does. It outlives them.
     void setChecksums(ChecksumThread* checksums) { checksums_ = checksums; }
     /// How long a board may give no data event, milliseconds at least.
@@ -108,6 +112,7 @@ private:
     uint32_t sessionNumber_ = 0;
     std::set<uint32_t> refusedSessions_;  ///< shown as refused: what their threads still say is only logged
     uint32_t dataWaitMs_ = 10000;
+    std::function<void()> beforeSessionGoes_;
     LiveTap* liveTap_ = nullptr;
     ChecksumThread* checksums_ = nullptr;
     bool closing_ = false;
