@@ -39,12 +39,19 @@ void frameWindow(QDockWidget& dock, bool floating) {
     dock.show();
 }
 
+/// Asks for no more height than it can't do without: the settings scroll by themselves before all of the window does.
+class Center : public QWidget {
+public:
+    using QWidget::QWidget;
+    [[nodiscard]] int heightForWidth(int width) const override { return layout()->minimumHeightForWidth(width); }
+};
+
 }  // namespace
 
 // The strip above everything; below it the settings, the channel table and the signal; at the bottom the messages.
 // Where the screen is too small for it all, it scrolls.
 void T_MainForm::buildCenter() {
-    auto* center = new QWidget;
+    auto* center = new Center;
     auto* column = new QVBoxLayout(center);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);

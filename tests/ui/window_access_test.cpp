@@ -77,6 +77,7 @@ TEST_F(WindowAccess, EveryControlHasANameAndNoLetterIsTakenTwice) {
     for (const InterfaceLanguage language : {InterfaceLanguage::English, InterfaceLanguage::Russian}) {
         wanted_.language = language;
         wanted_.extendedChannelMode = true;
+        wanted_.showSettingMember = -1;
         wanted_.viewCursors = wanted_.viewSpectrum = true;
         open();
         for (int panel = 1; panel <= 5; ++panel) {

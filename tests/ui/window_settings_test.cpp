@@ -150,6 +150,7 @@ TEST_F(WindowSettings, NothingIsCutOnASmallScreen) {
         EXPECT_EQ(form().size(), QSize(1024, 700));
         const auto* area = qobject_cast<QScrollArea*>(form().centralWidget());
         EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << panel;
+        EXPECT_FALSE(area->verticalScrollBar()->isVisible()) << panel << ": it scrolls by itself";
     }
     form().resize(910, 480);
     QApplication::processEvents();

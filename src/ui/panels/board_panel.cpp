@@ -57,6 +57,9 @@ BoardPanel::BoardPanel(QWidget* parent)
         connect(box, &OptionBox::clicked, this, &SettingsPanel::changed);
     }
     layout->addRow(markLabel_, markLine_);
+    driverLabel_->setBuddy(driverBox_);
+    baseLabel_->setBuddy(baseBox_);
+    drqLabel_->setBuddy(drqBox_);
     connect(markLine_, &MarkLineRow::changed, this, &SettingsPanel::changed);
     for (QWidget* control : std::initializer_list<QWidget*>{markLine_, driverBox_, settings_, baseBox_, searchButton_,
                                                             drqBox_, differential_, digitalPort_, hardwareAverage_}) {

@@ -124,6 +124,7 @@ void FilePanel::layOut() {
     layout->addRow(warningLabel_);
     nameLabel_->setBuddy(nameEdit_);
     commentLabel_->setBuddy(commentEdit_);
+    stopLabel_->setBuddy(stopMode_);
 }
 
 void FilePanel::connectControls() {

@@ -66,6 +66,9 @@ void MarkLineRow::showLine() {
 }
 
 void MarkLineRow::retranslate() {
+    for (QComboBox* box : {lineBox_, edgeBox_}) {
+        box->setAccessibleName(uiText(TextId::MarkLineLabel));
+    }
     lineBox_->setItemText(0, uiText(TextId::MarkNoLine));
     for (int i = 1; i < lineBox_->count(); ++i) {
         lineBox_->setItemText(i, uiText(TextId::MarkLineNumber, {QString::number(i - 1)}));

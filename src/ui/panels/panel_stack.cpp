@@ -49,7 +49,7 @@ protected:
     }
 };
 
-// What the drawer keeps when several panels are open.
+// What the drawer keeps when the panels could do with all the height.
 constexpr int kDrawerLines = 10;
 
 // Of a picture on the rail.
@@ -121,6 +121,7 @@ void PanelStack::add(SettingsPanel* panel) {
 void PanelStack::setDrawer(QWidget* drawer, QToolButton* button) {
     drawer_ = drawer;
     drawerIcon_ = button;
+    drawer->setMinimumHeight(kDrawerLines * fontMetrics().height());
     sections_->insertWidget(static_cast<int>(members_.size()), drawer, 1);
     button->setIconSize(QSize(iconSide(*this), iconSide(*this)));
     rail_->insertSpacing(static_cast<int>(members_.size()), fontMetrics().height() / 2);
