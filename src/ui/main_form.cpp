@@ -133,6 +133,12 @@ void T_MainForm::connectPanels() {
     connect(boardPanel_, &BoardPanel::driverChosen, this, &T_MainForm::DriverBoxChange);
     connect(boardPanel_, &BoardPanel::baseChosen, this, &T_MainForm::BaseBoxChange);
     connect(boardPanel_, &BoardPanel::searchAsked, this, &T_MainForm::SearchAgainClick);
+    connect(boardPanel_, &BoardPanel::needChanged, &strip_->need(), &NeedLine::setNeed);
+    connect(&strip_->need(), &NeedLine::asked, this, [this] {
+        panels_->setFolded(false);
+        panels_->open(0);
+        boardPanel_->meetNeed();
+    });
     connect(&boardPanel_->driverSettings(), &DriverSettingsForm::edited, this, &T_MainForm::DriverSettingChange);
     connect(boardPanel_, &BoardPanel::drqChosen, this, &T_MainForm::DrqBoxChange);
     connect(boardPanel_, &BoardPanel::hardwareAverageChanged, this,

@@ -15,6 +15,7 @@
 #include "platform/paths.h"
 #include "ui/figure_cell.h"
 #include "ui/mark_controls.h"
+#include "ui/panels/board_need.h"
 #include "ui/text.h"
 #include "ui/trigger_button.h"
 #include "ui/view_icons.h"
@@ -93,6 +94,8 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
     column->addLayout(below);
     buildMore(below);
     buildChecksums(below);
+    need_ = new NeedLine(QStringLiteral("StripNeed"), false, this);
+    below->addWidget(need_);
     attention_ = new QLabel(this);
     attention_->setObjectName(QStringLiteral("AttentionLabel"));
     attention_->setTextFormat(Qt::PlainText);

@@ -20,6 +20,7 @@ namespace tarno2 {
 
 class FigureCell;
 class MarkControls;
+class NeedLine;
 class TriggerButton;
 
 /// The word for a state.
@@ -57,6 +58,8 @@ public:
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
     [[nodiscard]] MarkControls& marks() { return *marks_; }
+    /// What the chosen driver needs before a recording can start.
+    [[nodiscard]] NeedLine& need() { return *need_; }
     [[nodiscard]] QPushButton& noChecksumsButton() { return *noChecksums_; }
     [[nodiscard]] QToolButton& conditionsButton();
 
@@ -100,6 +103,7 @@ private:
     FigureCell* losses_ = nullptr;
     QLabel* checksums_ = nullptr;
     QPushButton* noChecksums_ = nullptr;
+    NeedLine* need_ = nullptr;
     QLabel* attention_ = nullptr;
     QString lossList_;
 };

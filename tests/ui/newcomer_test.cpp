@@ -44,13 +44,30 @@ TEST_F(NewcomersWindow, RecordsTheFileThatWasChosenByItsDialog) {
     EXPECT_FALSE(listHas("can not be loaded")) << "it is, and only wants to be told a file";
     std::string samples(40000, '\0');
     std::iota(samples.begin(), samples.end(), '\0');
-    chooseFile(form(), QString::fromStdString(folder_.write("speech.wav", std::string(kWavHeader) + samples)));
-    mouse("DriverSettingChoose_File");
+    EXPECT_TRUE(find("BoardNeedButton")->isVisible());
+    EXPECT_EQ(find<QLabel>("StripNeedLabel")->text().mid(2), "Replay has no file: choose one");
+    const std::string speech = folder_.write("speech.wav", std::string(kWavHeader) + samples);
+    folder_.write("empty.wav", "");
+    for (const std::string& chosen : {folder_.file("empty.wav"), speech}) {
+        press(Qt::Key_B, Qt::ControlModifier);
+        chooseFile(form(), QString::fromStdString(chosen));
+        mouse("StripNeedButton");
+        EXPECT_EQ(find("StripNeedButton")->isVisible(), chosen != speech);
+        EXPECT_EQ(find("BoardNeedButton")->isVisible(), chosen != speech);
+    }
+    EXPECT_TRUE(form().selection().driver().startAllowed());
     EXPECT_EQ(find<QComboBox>("BaseBox")->currentText(), "001 Replay of speech.wav");
     mouse("DriverSetting_RealTime");
     mouse("StartButton");
     ASSERT_TRUE(waitForState(TextId::StatusStopped)) << attention().toStdString();
     EXPECT_EQ(readFile(folder_.file("data/run.dat")), samples);
+}
+
+TEST_F(NewcomersWindow, IsLedToWhatADriverWantsToBeTold) {
+    open();
+    pick("DriverBox", "Network");
+    mouse("StripNeedButton");
+    EXPECT_EQ(QApplication::focusWidget(), find("DriverSetting_Address"));
 }
 
 TEST_F(NewcomersWindow, RecordsFromASoundCardInFiveClicks) {

@@ -40,7 +40,8 @@ BoardPanel::BoardPanel(QWidget* parent)
       hardwareAverage_(new OptionBox(this)),
       markLabel_(new QLabel(this)),
       markLine_(new MarkLineRow(this)),
-      factsLabel_(makeText(this, QStringLiteral("BoardFactsLabel"))) {
+      factsLabel_(makeText(this, QStringLiteral("BoardFactsLabel"))),
+      needLine_(new NeedLine(QStringLiteral("BoardNeed"), true, this)) {
     setObjectName(QStringLiteral("BoardPanel"));
     differential_->setObjectName(QStringLiteral("DiffModeBox"));
     digitalPort_->setObjectName(QStringLiteral("DigitalPortBox"));
@@ -51,6 +52,7 @@ BoardPanel::BoardPanel(QWidget* parent)
     layout->addRow(baseLabel_, baseBox_);
     layout->addRow(QString(), searchButton_);
     layout->addRow(drqLabel_, drqBox_);
+    layout->addRow(needLine_);
     layout->addRow(factsLabel_);
     for (OptionBox* box : {differential_, digitalPort_, hardwareAverage_}) {
         layout->addRow(box);
@@ -80,6 +82,7 @@ BoardPanel::BoardPanel(QWidget* parent)
     });
     connect(hardwareAverage_, &OptionBox::clicked, this, &BoardPanel::hardwareAverageChanged);
     connect(searchButton_, &QPushButton::clicked, this, &BoardPanel::searchAsked);
+    connect(needLine_, &NeedLine::asked, this, &BoardPanel::meetNeed);
     retranslate();
 }
 
@@ -139,6 +142,7 @@ void BoardPanel::retranslate() {
 }
 
 void BoardPanel::boardChanged(BoardSelection& selection) {
+    selection_ = &selection;
     facts_ = selection.driver().facts();
     boardUsable_ = selection.driver().startAllowed();
     driverLoaded_ = selection.driver().loaded();
@@ -156,6 +160,14 @@ void BoardPanel::boardChanged(BoardSelection& selection) {
 void BoardPanel::setLooking(bool looking) {
     looking_ = looking;
     showFacts();
+}
+
+void BoardPanel::meetNeed() {
+    if (need_.way == BoardNeed::Way::Search) {
+        emit searchAsked();
+    } else if (need_.way != BoardNeed::Way::None) {
+        settings_->askFirst();
+    }
 }
 
 void BoardPanel::showSearch(const BoardSelection& selection) {
@@ -243,6 +255,14 @@ void BoardPanel::showFacts() {
         const QString noBoard = uiText(TextId::PanelBoard) + QStringLiteral(": ") + uiText(TextId::UnknownBoard);
         showText(factsLabel_, problem_.isEmpty() ? noBoard : problem_, true);
     }
+    showNeed();
+}
+
+// The button that searches again is in the panel anyway.
+void BoardPanel::showNeed() {
+    need_ = looking_ || selection_ == nullptr ? BoardNeed() : boardNeed(*selection_);
+    needLine_->setNeed(need_.way == BoardNeed::Way::Search ? BoardNeed() : need_);
+    emit needChanged(need_);
 }
 
 }  // namespace tarno2

@@ -3,6 +3,7 @@
 #include <QString>
 #include <cstdint>
 
+#include "ui/panels/board_need.h"
 #include "ui/panels/settings_panel.h"
 
 class QComboBox;
@@ -17,7 +18,7 @@ class OptionBox;
 
 /// Driver and what it wants to be told, board, DRQ number, and what the board can switch: `DriverBox`,
 /// `DriverSettingsForm`, `BaseBox`, `SearchAgainButton`, `DrqBox`, `DiffModeBox`, `DigitalPortBox`,
-/// `HardwareAverageBox`, `BoardFactsLabel`.
+/// `HardwareAverageBox`, `BoardFactsLabel`, `BoardNeedButton`.
 class BoardPanel final : public SettingsPanel {
     Q_OBJECT
 
@@ -35,10 +36,14 @@ public:
     void showSearch(const BoardSelection& selection);
     /// Fields for what the driver is told: also what is being typed counts, and what was refused is shown.
     [[nodiscard]] DriverSettingsForm& driverSettings() { return *settings_; }
+    /// Does what the button beside the need says.
+    void meetNeed();
 
 signals:
     void driverChosen(const QString& name);
     void searchAsked();
+    /// The driver lacks something, or nothing any more.
+    void needChanged(const BoardNeed& need);
     void baseChosen(uint32_t number);
     void drqChosen(int number);
     void hardwareAverageChanged(bool on);
@@ -48,6 +53,7 @@ private:
     void fillBoards(const BoardSelection& selection);
     void fillDrqNumbers(BoardSelection& selection);
     void showFacts();
+    void showNeed();
 
     QLabel* driverLabel_;
     QLabel* baseLabel_;
@@ -63,6 +69,9 @@ private:
     QLabel* markLabel_;
     MarkLineRow* markLine_;
     QLabel* factsLabel_;
+    NeedLine* needLine_;
+    BoardSelection* selection_ = nullptr;  ///< shown last; not to be asked while it looks for a board
+    BoardNeed need_;
     BoardFacts facts_;
     QString driverName_;
     QString problem_;  ///< why there is no board; empty when there is one

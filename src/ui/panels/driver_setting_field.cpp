@@ -262,6 +262,13 @@ void DriverSettingField::showRefusal(const QString& why) {
     problem_->setPalette(palette);
 }
 
+void DriverSettingField::ask() {
+    editor_->setFocus();
+    if (chooseButton_ != nullptr) {
+        choosePath();
+    }
+}
+
 void DriverSettingField::finish() {
     if (!std::exchange(touched_, false)) {
         return;

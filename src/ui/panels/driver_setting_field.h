@@ -37,6 +37,10 @@ public:
     void showRefusal(const QString& why);
     /// It shows a value that the driver has refused.
     [[nodiscard]] bool refused() const { return refused_; }
+    /// The environment decides.
+    [[nodiscard]] bool fixed() const { return setting_.fixed; }
+    /// Has its file or folder chosen by a dialog; another field gets the keys.
+    void ask();
     /// Ends the edit as Enter would.
     void finish();
 

@@ -94,6 +94,13 @@ bool DriverSettingsForm::refused() const {
     return std::ranges::any_of(rows_, [](const Row& row) { return row.field->refused(); });
 }
 
+void DriverSettingsForm::askFirst() {
+    const auto first = std::ranges::find_if(rows_, [](const Row& row) { return !row.field->fixed(); });
+    if (first != rows_.end()) {
+        first->field->ask();
+    }
+}
+
 void DriverSettingsForm::finish() {
     const std::vector<Row> rows = rows_;
     for (const Row& row : rows) {

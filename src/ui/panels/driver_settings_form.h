@@ -28,6 +28,8 @@ public:
     void showRefusal(const QString& key, const QString& why);
     /// A field shows a value that the driver has refused.
     [[nodiscard]] bool refused() const;
+    /// Asks the operator for the first thing that he decides.
+    void askFirst();
     /// Ends the edit of a field as Enter would.
     void finish();
 
