@@ -154,6 +154,7 @@ void T_MainForm::connectPanels() {
     connect(&channelsPanel_->table(), &ChannelTable::channelMarked, this,
             [this](int channel) { showForm_->markChannel(channel); });
     connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
+        measuringPanel_->setActiveChannels(channelsPanel_->activeCount());
         storeControls();
         showForm_->settingsChanged();
     });

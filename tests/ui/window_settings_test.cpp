@@ -45,6 +45,7 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
     auto* channels = find<QTableView>("ChannelTable");
     EXPECT_EQ(channels->model()->rowCount(), 160);
     click("SelectAllButton");
+    EXPECT_EQ(find<QLabel>("FrequencyPerChannelLabel")->text(), "Per channel: 1562.5 Hz");
     click("ExtendedChannelModeBox");
     click("btnAutoStart");
     openPanel(5);
