@@ -16,7 +16,8 @@ python=/usr/bin/python3
 install_packages python3 python3-numpy python3-pytest python3-h5py python3-dask python3-distributed python3-xarray \
     python3-mne python3-matplotlib python3-jsonschema python3-soundfile python3-scipy sox sigrok-cli mypy black octave \
     r-base-core gcc
-[ -n "${TARNO2_PROGRAMS:-}" ] || build_targets tarno2-console tarno2-export tarno2-recover tarno2-measured simulator
+[ -n "${TARNO2_PROGRAMS:-}" ] || build_targets tarno2-console tarno2-export tarno2-recover tarno2-verify \
+    tarno2-measured simulator
 
 export PYTHONDONTWRITEBYTECODE=1 TARNO2_TEST_ALL=1
 passed=0 failed=0 skipped=0

@@ -190,6 +190,13 @@ TEST(AutoSettings, TellsEveryDefaultItTakes) {
          {"Parameter \"SizeNeedHight\" is absent - Use only SizeNeedLow", "Value SizeMode invalid... Use 0(Byte)"}},
         {{{"BoardMode", kAbsent}}, {"Parameter \"BoardMode\" is absent - Set to 0(Free mode)"}},
         {{{"Decimation", "0"}}, {"Decimation <1... Decimation disable"}},
+        {{{"WriteBuffer", "0"}, {"WriteAge", "9"}},
+         {"Value WriteBuffer invalid... Use 256", "Value WriteAge invalid... Use 1000"}},
+        {{{"WriteBuffer", "65537"}, {"WriteAge", "600001"}},
+         {"Value WriteBuffer invalid... Use 256", "Value WriteAge invalid... Use 1000"}},
+        {{{"MarkLine", "32"}, {"MarkEdge", "3"}, {"Passport", "2"}, {"Checksums", "-1"}},
+         {"Value Passport invalid... Use 1", "Value Checksums invalid... Use 1", "Value MarkLine invalid... Use -1",
+          "Value MarkEdge invalid... Use 0"}},
         {{{"BaseNumber", kAbsent},
           {"FileName", kAbsent},
           {"ChannelsGain", kAbsent},
@@ -209,6 +216,11 @@ TEST(AutoSettings, TellsEveryDefaultItTakes) {
         EXPECT_FALSE(load.settings->cut);
         EXPECT_EQ(load.settings->decimation, 1);
         EXPECT_EQ(load.settings->gains.size(), 2U);
+        EXPECT_EQ(load.settings->writeBufferMegabytes, 256);
+        EXPECT_EQ(load.settings->longestWriteWaitMs, 1000);
+        EXPECT_EQ(load.settings->markLine, -1);
+        EXPECT_EQ(load.settings->markEdge, 0);
+        EXPECT_TRUE(load.settings->passport && load.settings->checksums);
     }
 }
 

@@ -100,6 +100,8 @@ TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {
         {"run.TXT", NameProblem::EqualsDescription},
         {"run.Log", NameProblem::EqualsDescription},
         {"run.journal", NameProblem::EqualsDescription},
+        {"run.json", NameProblem::EqualsDescription},
+        {"run.Sha256", NameProblem::EqualsDescription},
         {"run.MARKS.csv", NameProblem::EqualsDescription},
         {"run.csv", NameProblem::None},
         {"a.Tarno2-Journal", NameProblem::EqualsDescription},

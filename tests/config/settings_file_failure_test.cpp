@@ -66,7 +66,13 @@ TEST_F(SettingsFile, HugeAndHostileFiles) {
     }
     EXPECT_EQ(loaded(oneKey).wish.base, 6U);
     EXPECT_EQ(loaded(tokens + "\r\n").channels[159].gain, 2);
-    EXPECT_EQ(loaded(files[3] + last).wish.driver.size(), CConfigWork::kTextRoom - 1);
+    EXPECT_EQ(loaded(files[3] + last).wish.driver.size(), 3999U);
+    for (const std::string key : {"DriverSettings", "Comment", "RecentRecordings"}) {
+        const ProgramSettings settings = loaded(key + " = " + longLine + longLine + last);
+        EXPECT_EQ(settings.driverSettings.size() + settings.wish.comment.size() + settings.recentRecordings.size(),
+                  2 * longLine.size())
+            << key;
+    }
 }
 
 TEST_F(SettingsFile, WithoutAFileNothingChanges) {
@@ -94,7 +100,7 @@ TEST_F(SettingsFile, OnesThatCouldNotBeReadAreKept) {
     EXPECT_EQ(readFile(folder_.file("Tarno2_old2.cfg")), "Frequency = 5\r\n");
     EXPECT_TRUE(LoadConfig(folder_.path(), settings).ok());
 
-    std::filesystem::resize_file(path, CConfigWork::kMaximumSize + 1);
+    std::filesystem::resize_file(path, (uint64_t{64} << 20U) + 1);
     EXPECT_EQ(LoadConfig(folder_.path(), settings).code(), OsError::tooLarge().code());
     ASSERT_TRUE(removeFile(path).ok());
     EXPECT_TRUE(WriteConfig(folder_.path(), {}, true)) << "what is gone need not be kept";

@@ -15,6 +15,7 @@ TEST(ChecksumList, IsReadBackAsItWasWritten) {
     const std::vector<Case> cases = {{"run.dat", kDigits + "  run.dat\n"},
                                      {"two words.dat", kDigits + "  two words.dat\n"},
                                      {"line\nend.dat", '\\' + kDigits + "  line\\nend.dat\n"},
+                                     {"a\rb.dat", '\\' + kDigits + "  a\\rb.dat\n"},
                                      {"back\\slash.dat", '\\' + kDigits + "  back\\\\slash.dat\n"}};
     std::vector<FileChecksum> files;
     std::string text;

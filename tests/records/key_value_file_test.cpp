@@ -254,7 +254,7 @@ TEST(KeyValueFileReader, RefusesWhatIsNoFileOrTooLarge) {
     EXPECT_FALSE(file.openForReading(folder.file("missing.txt")));
 
     EXPECT_TRUE(file.openForReading(folder.write("empty.txt", "")));
-    std::string large = "K = 7\r\n" + std::string(KeyValueFile::kMaximumSize - 7, ' ');
+    std::string large = "K = 7\r\n" + std::string(20'971'520 - 7, ' ');
     ASSERT_TRUE(file.openForReading(folder.write("largest.txt", large)));
     EXPECT_TRUE(file.readUInt32("K", value, 0));
     EXPECT_EQ(value, 7U);

@@ -47,6 +47,8 @@ TEST(MarkList, TellsWhatIsNoMark) {
         EXPECT_EQ(read.problem, "line 3 is no mark") << bad;
         EXPECT_EQ(read.marks.size(), 1U) << bad;
     }
+    EXPECT_EQ(readMarks(kHead + markLine({1'000'000, 1, 7, MarkSource::Line, ""})).problem, "");
+    EXPECT_NE(readMarks(kHead + markLine({1'000'001, 1, 7, MarkSource::Line, ""})).problem, "");
     EXPECT_NE(readMarks("a,b,c\r\n" + good).problem, "");
     EXPECT_NE(readMarks("notes of mine").problem, "");
 }
@@ -59,6 +61,7 @@ TEST(MarkList, MakesOneLineOfATextOfAnybody) {
         longText += "\xD0\xBD";
     }
     EXPECT_EQ(cleanMarkText(longText), longText.substr(0, kLongestMarkText));
+    EXPECT_EQ(kLongestMarkText, 1000U);
 }
 
 }  // namespace

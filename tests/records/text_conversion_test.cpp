@@ -201,6 +201,13 @@ TEST(TextConversion, TellsUnitsAndHeadings) {
     ASSERT_EQ(cut.run(std::string(101 * 6, '\0'), format, inputs), ConversionResult::Finished);
     const std::string headings = "Time [s],Channel 0,Channel 1,Channel 2,Line 0\r\n";
     EXPECT_EQ(cut.text("out_1.csv"), headings + "50.000000,0.000,0.000,0.000,0\r\n");
+    for (const auto& [column, over] : {std::pair(FirstColumn::Samples, "Frame,"), {FirstColumn::Clock, "Time,"}}) {
+        format.firstColumn = column;
+        Conversion other;
+        ASSERT_EQ(other.run(std::string(6, '\0'), format, inputs), ConversionResult::Finished);
+        EXPECT_EQ(other.text().substr(0, other.text().find("Channel")), over);
+    }
+    format.firstColumn = FirstColumn::Seconds;
     EXPECT_EQ(cut.progress.lines, 101U);
     ASSERT_EQ(cut.run("", format, inputs), ConversionResult::Finished);
     EXPECT_EQ(cut.text(), headings);
@@ -353,6 +360,9 @@ TEST(ConversionInputs, ComeFromTheDescriptionUnlessTheyAreKnown) {
     EXPECT_EQ(inputs.volts(1, -8192), -0.5);
     EXPECT_EQ(inputs.volts(0, 8191), 5.0);
     EXPECT_EQ(inputs.digitalLines, 2U);
+    RecordedKeys withoutLines = described;
+    withoutLines.layout->digitalBits = -1;
+    EXPECT_EQ(conversionInputs(withoutLines, {}).digitalLines, 0U);
     EXPECT_EQ(inputs.frequency, 1000.0);
     ExportFormat format;
     EXPECT_FALSE(lacksPacketFrequency(described, {}, format));
