@@ -173,6 +173,19 @@ def test_frequency_and_packets_of_a_description(recordings, tmp_path):
     assert text_of(data, tmp_path, "--first-column", "seconds", "--packet-frequency", 200)[500, 0] == 2.5
 
 
+def test_an_external_clock_and_a_comment_of_the_code_page(tmp_path):
+    wish = {"MeasureFileMode": 2, "SizeNeedLow": 4000, "BoardMode": 8, "Comment": '"насос; 2"'}
+    file = tmp_path / "auto.txt"
+    file.write_text(settings(tmp_path / "run.dat", 1, [1, 0], 20000, wish), "cp1251")
+    home = {"TARNO2_HOME": str(tmp_path), "TARNO2_SIMULATOR": "RealTime=0;ExternalClockRate=3000"}
+    run(PROGRAMS / "tarno2-console", "/c", file, **home)
+    told = described(tmp_path / "run.dat")
+    assert (told["ExternalFreqMode"], told["Frequency"]) == ("1", "10000.000000") and told["SynchronousChannels"] == "1"
+    passport = json.loads((tmp_path / "run.json").read_text("utf-8"))
+    assert passport["comment"] == "насос; 2" and passport["rate"]["externalClock"]
+    assert passport["rate"]["recorded"] == 10000  # what was expected of the clock
+
+
 def test_a_narrower_range_of_codes_is_told_by_the_passport_alone(recordings, tmp_path):
     for ending in (".dat", ".txt", ".json"):
         (tmp_path / f"run{ending}").write_bytes((recordings / f"board1{ending}").read_bytes())
@@ -198,6 +211,19 @@ def test_text_is_the_same_in_every_language(recordings):
     assert clock[1].startswith("0:0:0:0,010000\t")
 
 
+def test_a_part_keeps_its_times_and_marks(recordings):
+    """The driver marked frame 70000, which is not taken."""
+    data = recordings / "cut.dat"
+    part_of = ["--from", "69990", "--to", "70010", "--every", "3", "--marks", "--first-column", "seconds"]
+    rows = [line.split("\t") for line in exported(data, *part_of, "--channels", "5")]
+    assert [row[0] for row in rows] == [f"{frame / 100000:.6f}" for frame in range(69990, 70010, 3)]
+    marked = [row[0] for row in rows if "Mark 1" in row[-1].split("; ")]
+    assert marked == ["0.699990"] and {len(row) for row in rows} == {5}
+    command = [PROGRAMS / "tarno2-export", data, "-", "--format", "wav", "--every", "4", "--quiet"]
+    wav = subprocess.run(command, capture_output=True, check=True, timeout=GUARD).stdout
+    assert int.from_bytes(wav[24:28], "little") == 25000
+
+
 def test_time_of_triggered_records_runs_on(recordings, tmp_path):
     rec = tarno2.open(recordings / "triggered.dat")
     text = text_of(rec.pieces[0].path, tmp_path, "--first-column", "seconds")
@@ -210,3 +236,11 @@ def test_marks_of_an_analysis_have_no_place_in_the_text(tmp_path):
     assert data.with_suffix(".marks.csv").read_text("utf-8").count("driver") > 10
     lines = exported(data, "--marks", "--header")
     assert lines[0].endswith("\tMark") and all(line.endswith("\t") for line in lines[1:])
+
+
+def test_a_passport_that_can_not_be_written_ends_no_recording(tmp_path):
+    with running(tmp_path, settings(tmp_path / "run.dat", 1, [0, 1], 20000, {})) as data:
+        data.with_suffix(".json").unlink()
+        data.with_suffix(".json").mkdir()
+    assert described(data)["DataCountPerChannel"] == str(data.stat().st_size // 4)
+    assert "run.json" in (tmp_path / "AutoLog.txt").read_text("cp1251")

@@ -140,6 +140,7 @@ def test_a_recording_that_was_cut_off(tmp_path):
     recorder.kill()
     recorder.wait()
     run(PROGRAMS / "tarno2-recover", data, TARNO2_HOME=str(tmp_path))
+    assert subprocess.run(["sha256sum", "--status", "-c", "off.sha256"], cwd=tmp_path).returncode == 0
     rec = tarno2.open(data)
     assert rec.passport.state == "recovered" and rec.frames == data.stat().st_size // 4
     assert np.array_equal(rec.codes[: running.frames], running.codes[:]) and rec.utc[0] == rec.start

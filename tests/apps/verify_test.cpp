@@ -92,6 +92,7 @@ TEST(Verify, OnlyASizeLimitEndsWithinAFrame) {
     wish.bytes = 4001;
     rig.record(wish, "RealTime=0;Signal=Counter");
     ASSERT_EQ(readFile(rig.file("run.dat")).size(), 4001U);
+    EXPECT_THAT(readFile(rig.file("run.txt")), HasSubstr("\r\nDataCountPerChannel = 1000\r\n"));
     EXPECT_THAT(rig.run("tarno2-verify", {rig.file("run.dat")}), HasSubstr("run.dat ends within a frame"));
     change(rig, "run.json", "\"reason\": \"size\"", "\"reason\": \"user\"");
     EXPECT_THAT(rig.run("tarno2-verify", {rig.file("run.dat")}, 1), HasSubstr("run.dat ends with a torn frame"));

@@ -246,6 +246,7 @@ TEST(AutoSettings, StopRulesAreHeldInSecondsAndBytes) {
         uint64_t bytes;
     } const cases[] = {
         {{{"MeasureFileMode", "1"}, {"TimeNeed", "1.5"}, {"TimeMode", "0"}}, StopRule::Time, 1.5, 0},
+        {{{"MeasureFileMode", "1"}, {"TimeNeed", "1.5"}, {"TimeMode", "1"}}, StopRule::Time, 90.0, 0},
         {{{"MeasureFileMode", "1"}, {"TimeNeed", "1.5"}, {"TimeMode", "2"}}, StopRule::Time, 5400.0, 0},
         {{{"MeasureFileMode", "2"}, {"SizeNeedLow", "10"}, {"SizeMode", "2"}}, StopRule::Size, 0.0, 10485760},
         {{{"MeasureFileMode", "2"}, {"SizeNeedLow", "4000000000"}}, StopRule::Size, 0.0, 4000000000},

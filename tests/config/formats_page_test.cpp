@@ -122,10 +122,10 @@ TEST_F(SettingsFile, HasTheKeysOfThePageAndTheRareOnesOnlyWhenTheyAreSet) {
     KeySet told;
     for (const Cells& row : rowsOf(pagePart(kAutoTo, "**Example**, the beginning"))) {
         const std::string& meaning = row.back();
-        const bool rare = std::ranges::any_of(
-            std::initializer_list<const char*>{"ritten only", "only there when", "Only there when", "not written",
-                                               "no list when", "put in by hand"},
-            [&](const char* words) { return meaning.find(words) != std::string::npos; });
+        const bool rare =
+            std::ranges::any_of(std::initializer_list<const char*>{"ritten only", "only there when", "Only there when",
+                                                                   "not written", "no list when", "put in by hand"},
+                                [&](const char* words) { return meaning.find(words) != std::string::npos; });
         for (const std::string& key : keysIn(row[0], autoKeys())) {
             EXPECT_TRUE(told.insert(key).second) << key << " is told of twice";
             const bool partly = key == "FrequencyListCount";  // stands in one row with the list

@@ -159,6 +159,21 @@ TEST(Checksums, GiveWayToRecordingsThatRunAndLetGoOfTheirNames) {
     EXPECT_FALSE(fileExists(folder.file("other.sha256"))) << "it was never finished";
 }
 
+TEST(Checksums, OnesThatAreReadyStayWhenTheRestIsGivenUp) {
+    TemporaryFolder folder;
+    const std::string data = folder.write("run.dat", std::string(1000, 'x'));
+    std::vector<std::byte> buffer(1000);
+    RecordingChecksums checksums(data);
+    checksums.pieceBegins(data);
+    checksums.pieceEnds(1000);
+    checksums.pieceBegins(folder.write("run_1.dat", std::string(2000, 'y')));
+    checksums.pieceEnds(2000);
+    checksums.finish(std::nullopt);
+    ASSERT_TRUE(checksums.step(buffer) && checksums.step(buffer)) << "half of the second file is read";
+    EXPECT_NE(checksums.complete(), "");
+    EXPECT_EQ(listOf(data), (std::vector<FileChecksum>{{"run.dat", sha256Of(data)}}));
+}
+
 TEST(Checksums, ARecordingThatMadeWayKeepsNoneOfAnother) {
     TemporaryFolder folder;
     const std::string data = folder.write("run.dat", std::string(1000, 'x'));

@@ -39,7 +39,7 @@ TEST(ClockPairs, LayRecordingsOfTwoComputersOverEachOther) {
 TEST(ClockPairs, ThinOutEvenlyOverADay) {
     const ClockPairs clock = recorded(100.0, 0.0, 86400, 4);
     const auto pairs = clock.pairs();
-    ASSERT_LE(pairs.size(), ClockPairs::kMostPairs);
+    ASSERT_LE(pairs.size(), 1024U);
     EXPECT_GT(pairs.size(), ClockPairs::kMostPairs / 2);
     EXPECT_EQ(pairs.front().frame, 0U);
     for (size_t i = 2; i < pairs.size(); ++i) {
