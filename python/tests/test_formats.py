@@ -28,6 +28,10 @@ def described(data):
     return dict(re.findall(r"^(\w+) = (.*?) ?\r$", text, re.MULTILINE))
 
 
+def created(data):
+    return datetime.strptime(described(data)["CreateTime"], '"Время %H:%M:%S Дата %d.%m.%Y"')
+
+
 def exported(data, *options, **environment):
     """The lines of a data file as text."""
     command = [PROGRAMS / "tarno2-export", data, "-", "--quiet", *options]
@@ -75,7 +79,7 @@ def shapes():
 
 def test_a_recording_that_runs(tmp_path):
     wish = settings(tmp_path / "run.dat", 2, [0, 1], 2000000, {**TRIGGER, "CutMode": 1, "SynchroAllSize": 100000})
-    with running(tmp_path, wish, until="run_1.txt"):
+    with running(tmp_path, wish, until="run_6.txt"):
         with open(tmp_path / "run.tarno2-journal", "rb") as journal:
             with pytest.raises(BlockingIOError):
                 fcntl.flock(journal, fcntl.LOCK_SH | fcntl.LOCK_NB)
@@ -93,6 +97,9 @@ def test_a_recording_that_runs(tmp_path):
     sequences = [int(half[1].removeprefix("sequence ")) for half in lines]
     assert abs(sequences[0] - sequences[1]) == 1
     assert not list(tmp_path.glob("*journal"))
+    # Each file tells the time of its own first sample; six take 1.5 s at least.
+    times = [created(tmp_path / f"run{number}.dat") for number in ("", "_1", "_2", "_3", "_4", "_5", "_6")]
+    assert times == sorted(times) and times[0] < times[-1]
 
 
 def test_the_example_of_an_autosettings_file(tmp_path):
@@ -150,8 +157,7 @@ def test_a_recording_that_is_held_back_was_created_when_it_began(tmp_path):
     data = record(tmp_path, "run", 1, [0, 1], 20000, signal, MeasureFileMode=0, StopAfterTrigged=1, **port)
     told = json.loads(data.with_suffix(".json").read_text("utf-8"))
     begun = datetime.fromisoformat(told["start"]["local"]).replace(tzinfo=None)
-    created = datetime.strptime(described(data)["CreateTime"], '"Время %H:%M:%S Дата %d.%m.%Y"')
-    assert told["records"][0]["trigger"] == 25000 and 0 <= (begun - created).total_seconds() < 2
+    assert told["records"][0]["trigger"] == 25000 and 0 <= (begun - created(data)).total_seconds() < 2
 
 
 @pytest.mark.parametrize("edges", [0, 1, 2])

@@ -24,6 +24,27 @@ TEST(TextExport, PutsRightWhatIsOutOfRange) {
     EXPECT_EQ(exportFormat(wild).divider, "\t");
 }
 
+TEST(TextExport, HasTheMeaningsOfItsNumbers) {
+    for (const auto& [number, column] : {std::pair(0, FirstColumn::Absent),
+                                         {1, FirstColumn::Samples},
+                                         {2, FirstColumn::Seconds},
+                                         {3, FirstColumn::Clock}}) {
+        EXPECT_EQ(exportFormat({number, 0, 6, 6, 0, 0, ';', 1, 0}).firstColumn, column);
+    }
+    const ExportFormat codes = exportFormat({0, 0, 4, 5, 0, 0, ';', 2, 150});
+    EXPECT_FALSE(codes.volts || codes.units);
+    EXPECT_EQ(codes.timePrecision, 4);
+    EXPECT_EQ(codes.voltagePrecision, 5);
+    EXPECT_EQ(codes.decimal, '.');
+    EXPECT_EQ(codes.divider, "\t\t");
+    EXPECT_EQ(codes.maximumLines, 150U);
+    const ExportFormat volts = exportFormat({0, 1, 6, 6, 1, 1, ';', 2, 0});
+    EXPECT_TRUE(volts.volts && !volts.units);
+    EXPECT_EQ(volts.decimal, ',');
+    EXPECT_EQ(volts.divider, ";;");
+    EXPECT_TRUE(exportFormat({0, 2, 6, 6, 0, 0, ';', 1, 0}).units);
+}
+
 TEST(TextExport, TellsItsProgress) {
     languageTable().select(kLanguageEnglish);
     ConversionProgress progress;

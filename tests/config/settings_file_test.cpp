@@ -62,6 +62,10 @@ TEST_F(SettingsFile, StartValuesSurviveARoundTrip) {
     const std::string text = saved({});
     EXPECT_EQ(valuesOf(loaded(text)), valuesOf({}));
     EXPECT_THAT(text, Not(HasSubstr("\nFrequencyList = "))) << "a list without elements leaves no entry";
+    ProgramSettings third;
+    third.frequencyList = {100000.0 / 3.0};
+    EXPECT_THAT(saved(third), HasSubstr("\r\nFrequencyList = 33333.333333 \r\n"));
+    EXPECT_THAT(loaded(saved(third)).frequencyList, ElementsAre(double{100000.0F / 3.0F})) << "in single precision";
 }
 
 // Each value is invalid for its key: it leaves the start value, and what follows is read all the same.

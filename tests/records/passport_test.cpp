@@ -44,6 +44,13 @@ TEST(Passport, IsReadBackAsItWasWritten) {
         ASSERT_TRUE(read) << problem;
         EXPECT_EQ(read->state, state);
         EXPECT_EQ(passportText(*read), text);
+        // What a later version adds is passed over.
+        std::string later = text;
+        later.insert(later.find("\"rate\": {") + 9, R"("quality": [{"of": null}], )");
+        later.insert(1, R"("weather": {"wind": [1.5, "west"]},)");
+        const auto readAgain = readPassport(later, problem);
+        ASSERT_TRUE(readAgain) << problem;
+        EXPECT_EQ(passportText(*readAgain), text);
     }
     std::string problem;
     const Passport read = *readPassport(passportText(everything()), problem);

@@ -252,5 +252,23 @@ TEST_F(ViewMeasurement, SpectrumOfThePictureOrBetweenTheCursors) {
     EXPECT_EQ(settings_.spectrumWindow, static_cast<int>(SpectrumWindow::FlatTop)) << "the view took the letter";
 }
 
+// The numbers that the settings file keeps.
+TEST_F(ViewMeasurement, ChoicesOfTheSpectrumHaveTheirNumbers) {
+    settings_.viewSpectrum = true;
+    open();
+    const std::pair<const char*, QStringList> choices[] = {
+        {"SpectrumWindow", {"Hann", "Flat top", "Blackman-Harris", "Rectangular"}},
+        {"SpectrumScale", {"dBV", "dBFS", "V (RMS)", QStringLiteral("V²/Hz")}},
+        {"SpectrumLength", {"Auto", "1 024", "4 096", "16 384", "65 536", "262 144", "1 048 576"}}};
+    for (const auto& [name, wanted] : choices) {
+        const auto* box = findIn<QComboBox>(*form_, name);
+        QStringList offered;
+        for (int i = 0; i < box->count(); ++i) {
+            offered << box->itemText(i).replace(QChar::Nbsp, ' ');
+        }
+        EXPECT_EQ(offered, wanted) << offered.join(", ").toStdString();
+    }
+}
+
 }  // namespace
 }  // namespace tarno2::test

@@ -80,6 +80,22 @@ TEST_F(WindowSettings, AllThatTheOperatorSetIsThereAfterARestart) {
     EXPECT_EQ(form().height(), 640);
 }
 
+TEST_F(WindowSettings, TheSizeOfTheWindowIsKeptAsANumber) {
+    open();
+    form().showMaximized();
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().formVisible, 2);
+    openAgain();
+    EXPECT_TRUE(form().isMaximized());
+    form().showMinimized();
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().formVisible, 0);
+    openAgain();
+    EXPECT_FALSE(form().isMinimized()) << "who starts it wants to see it";
+    ASSERT_TRUE(close());
+    EXPECT_EQ(kept().formVisible, 1);
+}
+
 TEST_F(WindowSettings, ThePartsOfTheWindowAreAsTheyWere) {
     open();
     auto* view = find<T_ShowForm>("T_ShowForm");
