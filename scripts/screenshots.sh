@@ -137,17 +137,17 @@ take_pictures() {
     press alt+5
     keep program
     press alt+3
-    keep_window synchronisation F7
     keep_window export ctrl+t Return
     end_program
 
     write_settings 1 hits 'SynchroAnalyzeMode = 2' 'SynchroAnalogMode = 0' \
-        'SynchroAnalogValue = 4.5'
+        'SynchroAnalogValue = 4.5' 'SynchroAllSize = 5000' 'SynchroPrehistorySize = 1000'
     start_program
     press F5
     sleep 3
     keep waiting
     press F6
+    keep_window synchronisation F7
     end_program
 
     write_settings 1 pump 'ExtendedChannelMode = 1' 'PanelsOpen = 8'
@@ -158,11 +158,11 @@ take_pictures() {
     press F6
     end_program
 
-    write_settings 1 next 'ViewCursors = 1' 'ViewSpectrum = 1' 'SpectrumHeight = 200'
+    write_settings 1 next 'ViewSpectrum = 1' 'SpectrumHeight = 200'
     start_program --open "$home/Data/engine.dat"
     press ctrl+b
     xdotool mousemove 640 250 click 1
-    press Home plus plus plus
+    press plus plus plus c
     sleep 2
     keep opened
     end_program

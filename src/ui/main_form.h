@@ -148,6 +148,8 @@ private:
     void showTable(bool shown);
     void foldForRun(bool running);
     void placeColumns();
+    void placeColumns(int width);
+    void makeRoomForTable();
     void storePartPlaces();
 
     // The signal view (main_form_signal.cpp).

@@ -57,6 +57,7 @@ void T_MainForm::connectMenu() {
             [this] { menu_.showSignal->setChecked(!signalDock_->isHidden()); });
     connect(signalDock_, &QDockWidget::topLevelChanged, menu_.detachSignal, &QAction::setChecked);
     connect(menu_.extendedChannels, &QAction::toggled, this, [this](bool on) { channelsPanel_->setExtendedView(on); });
+    connect(menu_.extendedChannels, &QAction::triggered, this, &T_MainForm::makeRoomForTable);
 }
 
 void T_MainForm::SetCaptions() {

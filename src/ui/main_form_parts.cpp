@@ -4,6 +4,7 @@
 #include <QDockWidget>
 #include <QScrollArea>
 #include <QSplitter>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -128,6 +129,7 @@ void T_MainForm::connectParts() {
         fill();
     });
     connect(menu_.showSignal, &QAction::toggled, this, fill);
+    connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, this, &T_MainForm::makeRoomForTable);
 }
 
 void T_MainForm::showPanels(bool shown) {
@@ -161,8 +163,16 @@ void T_MainForm::foldForRun(bool running) {
 // What is unfolded comes back as wide as it was; the signal has the rest.
 void T_MainForm::placeColumns() {
     const int kept = panels_->unfolded() ? settings_.panelsWidth : settings_.tableWidth;
-    const int width = kept > 0 && !panels_->bare() ? kept : panels_->sizeHint().width();
+    placeColumns(kept > 0 && !panels_->bare() ? kept : panels_->sizeHint().width());
+}
+
+void T_MainForm::placeColumns(int width) {
     columns_->setSizes({width, std::max(columns_->width() - width, 1)});
+}
+
+// What the columns of the other view need is known when they were laid out.
+void T_MainForm::makeRoomForTable() {
+    QTimer::singleShot(0, this, [this] { placeColumns(panels_->sizeHint().width()); });
 }
 
 void T_MainForm::storePartPlaces() {

@@ -16,7 +16,9 @@ namespace {
 
 BoardNeed pathNeed(const DriverSetting& setting, const QString& driver) {
     const bool file = setting.type == DriverSetting::Type::File;
-    const TextId words = !setting.value.empty() ? TextId::NeedsOtherPath : file ? TextId::NeedsFile : TextId::NeedsFolder;
+    const TextId words = !setting.value.empty() ? TextId::NeedsOtherPath
+                         : file                 ? TextId::NeedsFile
+                                                : TextId::NeedsFolder;
     return {BoardNeed::Way::Path, uiText(words, {driver}), uiText(file ? TextId::ChooseFile : TextId::ChooseFolder)};
 }
 

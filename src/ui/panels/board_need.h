@@ -23,7 +23,8 @@ struct BoardNeed {
     QString button;
 };
 
-/// Of the driver that is chosen, in the language chosen last. What it wants to be told first tells where its boards are.
+/// Of the driver that is chosen, in the language chosen last. What it wants to be told first tells where its boards
+/// are.
 [[nodiscard]] BoardNeed boardNeed(BoardSelection& selection);
 
 /// These words and the button: `<name>Label`, `<name>Button`. Takes no room while nothing is needed. Window thread.
