@@ -1,6 +1,7 @@
 #include "scopera/clock_axis.h"
 
 #include <QDateTime>
+#include <QTimeZone>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -117,7 +118,7 @@ QVector<double> ClockTicker::createTickVector(double tickStep, const QCPRange& r
 QString ClockTicker::getTickLabel(double tick, const QLocale& /*locale*/, QChar /*formatChar*/, int /*precision*/) {
     const Moment moment = momentAt(clock_.start, tick * clock_.secondsPerUnit, 3);
     if (floorRest(moment.seconds, kDaySeconds) == 0 && moment.rest == 0 && seconds_ >= 1.0) {
-        return QDateTime::fromSecsSinceEpoch(moment.seconds, Qt::UTC).toString(QStringLiteral("yyyy-MM-dd"));
+        return QDateTime::fromSecsSinceEpoch(moment.seconds, QTimeZone::utc()).toString(QStringLiteral("yyyy-MM-dd"));
     }
     return clock_.timeAt(tick, decimalsOf(seconds_));
 }

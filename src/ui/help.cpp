@@ -27,6 +27,8 @@ constexpr HelpPlace kHelpPlaces[] = {
     {"T_SaveAsTextForm", "export#window"},
     {"MarkListWindow", "measuring#marks"},
     {"MarkEdit", "measuring#marks"},
+    {"MarkButton", "measuring#marks"},
+    {"SetupsWindow", "measuring#setups"},
     {"ScaleDialog", "channels#scale"},
     {"T_DigitalSignalSettings", "channels#lines"},
     {"MeasurementPanel", "view#cursors"},

@@ -17,6 +17,7 @@
 #include "ui/channel_table.h"
 #include "ui/color_scheme.h"
 #include "ui/mark_controls.h"
+#include "ui/message_bar.h"
 #include "ui/panels/board_panel.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/driver_settings_form.h"
@@ -110,7 +111,7 @@ void T_MainForm::connectStrip() {
     connect(&strip_->stopButton(), &QPushButton::clicked, this, &T_MainForm::StopButtonClick);
     connect(&strip_->cycleButton(), &QPushButton::toggled, this, &T_MainForm::btnAutoStartClick);
     connect(&strip_->conditionsButton(), &QToolButton::clicked, menu_.additional, &QAction::trigger);
-    connect(&strip_->marks().button(), &QPushButton::clicked, this, &T_MainForm::MarkClick);
+    connect(&messages_->marks().button(), &QPushButton::clicked, this, &T_MainForm::MarkClick);
     const auto tell = [this](void (MarkWriter::*told)(RecordingMark)) {
         return [this, told](const RecordingMark& mark) {
             if (T_BOARD* session = control().session(); session != nullptr) {
@@ -118,8 +119,8 @@ void T_MainForm::connectStrip() {
             }
         };
     };
-    connect(&strip_->marks(), &MarkControls::typed, this, tell(&MarkWriter::setDraft));
-    connect(&strip_->marks(), &MarkControls::taken, this, tell(&MarkWriter::setText));
+    connect(&messages_->marks(), &MarkControls::typed, this, tell(&MarkWriter::setDraft));
+    connect(&messages_->marks(), &MarkControls::taken, this, tell(&MarkWriter::setText));
 }
 
 void T_MainForm::connectPanels() {

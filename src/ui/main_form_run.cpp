@@ -35,7 +35,7 @@ void T_MainForm::MarkClick() {
             return;
         }
         if (const auto mark = session->mark()) {
-            strip_->marks().begin(*mark);
+            messages_->marks().begin(*mark);
         } else {
             messages_->add(MessageList::Kind::Attention, uiText(TextId::MarkRefused));
         }
@@ -62,8 +62,8 @@ void T_MainForm::runBegun() {
                                                        ? uiText(TextId::MonitoringStarted)
                                                        : uiText(TextId::RecordingStarted, {fromFileName(facts.file)}));
     showRunningSignal();
-    strip_->marks().end();
-    strip_->marks().setVisible(!facts.monitored);
+    messages_->marks().end();
+    messages_->marks().setVisible(!facts.monitored);
     const SettingsLock lock = facts.monitored ? SettingsLock::Board : SettingsLock::All;
     panels_->setLocked(lock);
     foldForRun(!facts.monitored);
@@ -78,8 +78,8 @@ void T_MainForm::runEnded() {
         return;
     }
     sleepInhibitor_.release();
-    strip_->marks().end();
-    strip_->marks().hide();
+    messages_->marks().end();
+    messages_->marks().hide();
     showForm_->recordingStopped();
     refreshTimer_.stop();
     panels_->setLocked(SettingsLock::None);

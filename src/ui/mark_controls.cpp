@@ -31,8 +31,8 @@ MarkControls::MarkControls(QWidget* parent)
     row->setContentsMargins(0, 0, 0, 0);
     row->addWidget(button_);
     row->addWidget(label_);
-    row->addWidget(edit_, 1);
-    row->addStretch(0);
+    row->addWidget(edit_);
+    edit_->setMinimumWidth(fontMetrics().averageCharWidth() * 24);
     connect(edit_, &QLineEdit::textEdited, this, [this](const QString& text) {
         if (mark_) {
             mark_->text = text.toStdString();

@@ -3,7 +3,9 @@
 #include <QHBoxLayout>
 #include <QToolButton>
 #include <QVBoxLayout>
+#include <algorithm>
 
+#include "ui/mark_controls.h"
 #include "ui/shortened_label.h"
 #include "ui/text.h"
 
@@ -13,6 +15,7 @@ MessageBar::MessageBar(QWidget* parent)
     : QWidget(parent),
       list_(new MessageList(this)),
       newest_(new ShortenedLabel(this)),
+      marks_(new MarkControls(this)),
       open_(new QToolButton(this)),
       folder_(new QToolButton(this)),
       text_(new QToolButton(this)),
@@ -26,6 +29,8 @@ MessageBar::MessageBar(QWidget* parent)
     auto* line = new QHBoxLayout;
     line->setContentsMargins(8, 0, 2, 0);
     line->addWidget(newest_, 1);
+    line->addWidget(marks_);
+    marks_->hide();
     const struct {
         QToolButton* button;
         const char* name;
@@ -82,7 +87,7 @@ void MessageBar::setUnfolded(bool unfolded) {
     unfold_->setChecked(unfolded);
     unfold_->setArrowType(unfolded ? Qt::DownArrow : Qt::UpArrow);
     list_->setVisible(unfolded);
-    setMaximumHeight(unfolded ? QWIDGETSIZE_MAX : open_->sizeHint().height());
+    setMaximumHeight(unfolded ? QWIDGETSIZE_MAX : std::max(open_->sizeHint().height(), marks_->sizeHint().height()));
     if (changed) {
         emit unfoldedChanged(unfolded);
     }
@@ -90,6 +95,7 @@ void MessageBar::setUnfolded(bool unfolded) {
 
 void MessageBar::retranslate() {
     list_->retranslate();
+    marks_->retranslate();
     open_->setText(uiText(TextId::EndOpen));
     folder_->setText(uiText(TextId::EndShowInFolder));
     text_->setText(uiText(TextId::EndSaveAsText));

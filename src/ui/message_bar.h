@@ -9,9 +9,11 @@ class QToolButton;
 
 namespace tarno2 {
 
+class MarkControls;
 class ShortenedLabel;
 
-/// The messages: one line with the newest, which unfolds to the list of all. Window thread.
+/// The messages: one line with the newest, which unfolds to the list of all; beside it what can be done with the
+/// running recording, or with the finished one. Window thread.
 class MessageBar : public QWidget {
     Q_OBJECT
 
@@ -22,6 +24,8 @@ public:
     /// A finished recording, with what can be done with it, until `clearEnd`.
     void showEnd(const QString& facts);
     void clearEnd();
+    /// Of the running recording; hidden until it is shown.
+    [[nodiscard]] MarkControls& marks() { return *marks_; }
     void setUnfolded(bool unfolded);
     [[nodiscard]] bool unfolded() const { return unfolded_; }
     void retranslate();
@@ -36,6 +40,7 @@ signals:
 private:
     MessageList* list_;
     ShortenedLabel* newest_;
+    MarkControls* marks_;
     QToolButton* open_;
     QToolButton* folder_;
     QToolButton* text_;

@@ -14,7 +14,6 @@
 #include "config/files/figure_text.h"
 #include "platform/paths.h"
 #include "ui/figure_cell.h"
-#include "ui/mark_controls.h"
 #include "ui/panels/board_need.h"
 #include "ui/text.h"
 #include "ui/trigger_button.h"
@@ -208,14 +207,8 @@ void StateStrip::buildMore(QVBoxLayout* column) {
     frames_ = cell("FramesCell", QStringLiteral("88 888 888 888"));
     files_ = cell("FilesCell", QStringLiteral("888"));
     events_ = cell("EventsCell", QStringLiteral("88 888"));
-    marks_ = new MarkControls(this);
-    marks_->hide();
-    auto* beside = new QHBoxLayout;
-    beside->setSpacing(16);
-    beside->addWidget(moreFigures_);
-    beside->addWidget(marks_, 1);
-    beside->addStretch(0);
-    column->addLayout(beside);
+    row->addStretch(0);
+    column->addWidget(moreFigures_);
     setMore(false);
 }
 
@@ -347,7 +340,6 @@ void StateStrip::retranslate() {
     files_->setCaption(uiText(TextId::RunFiles));
     events_->setCaption(uiText(TextId::RunEvents));
     losses_->setCaption(uiText(TextId::RunLosses));
-    marks_->retranslate();
     noChecksums_->setText(uiText(TextId::ChecksumsCancel));
     noChecksums_->setToolTip(uiText(TextId::ChecksumsCancelHint));
     unfold_->setToolTip(uiText(TextId::MoreFigures));

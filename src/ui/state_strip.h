@@ -19,7 +19,6 @@ class QVBoxLayout;
 namespace tarno2 {
 
 class FigureCell;
-class MarkControls;
 class NeedLine;
 class TriggerButton;
 
@@ -57,7 +56,6 @@ public:
     [[nodiscard]] QPushButton& monitorButton() { return *monitor_; }
     [[nodiscard]] QPushButton& stopButton() { return *stop_; }
     [[nodiscard]] QPushButton& cycleButton() { return *cycle_; }
-    [[nodiscard]] MarkControls& marks() { return *marks_; }
     /// What the chosen driver needs before a recording can start.
     [[nodiscard]] NeedLine& need() { return *need_; }
     [[nodiscard]] QPushButton& noChecksumsButton() { return *noChecksums_; }
@@ -84,7 +82,6 @@ private:
     QPushButton* start_ = nullptr;
     QPushButton* stop_ = nullptr;
     QPushButton* cycle_ = nullptr;
-    MarkControls* marks_ = nullptr;
     TriggerButton* trigger_ = nullptr;
     QToolButton* unfold_ = nullptr;
     QWidget* moreFigures_ = nullptr;

@@ -25,7 +25,7 @@ TEST_F(Help, ThePageIsThatOfThePartThatHasTheFocus) {
     EXPECT_EQ(manualPlace(find("SelectAllButton")), "channels#panel");
     EXPECT_EQ(manualPlace(find("StayOnTopBox")), "window#program");
     EXPECT_EQ(manualPlace(find("MessageList")), "messages#messages");
-    EXPECT_EQ(manualPlace(find("MarkButton")), "window#strip");
+    EXPECT_EQ(manualPlace(find("MarkButton")), "measuring#marks");
     EXPECT_EQ(manualPlace(find("MarkEdit")), "measuring#marks");
 }
 
