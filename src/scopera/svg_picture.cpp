@@ -209,8 +209,9 @@ int SvgPicture::metric(PaintDeviceMetric metric) const {
             return 1;
         case PdmDevicePixelRatioScaled:
             return static_cast<int>(devicePixelRatioFScale());
+        default:  // what newer toolkits ask besides
+            return QPaintDevice::metric(metric);
     }
-    return 0;
 }
 
 }  // namespace tarno2
