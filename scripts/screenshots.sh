@@ -162,7 +162,7 @@ take_pictures() {
     start_program --open "$home/Data/engine.dat"
     press ctrl+b
     xdotool mousemove 640 250 click 1
-    press plus plus plus c
+    press plus c
     sleep 2
     keep opened
     end_program
