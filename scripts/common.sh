@@ -131,7 +131,7 @@ build_targets() {
 # Builds what a user runs: the programs, the drivers and the signal view.
 build_programs() {
     build_targets Tarno2 tarno2-console tarno2-export tarno2-drivers tarno2-recover tarno2-verify \
-        tarno2-thumbnail simulator replay serial network sound iio sigrok comedi scopera manual
+        tarno2-thumbnail simulator replay serial network sound iio sigrok comedi scopera manual sample
 }
 
 # Counts the tests in the output of `ctest -V`: the cases of every GoogleTest program, and one for any other entry.

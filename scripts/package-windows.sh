@@ -24,6 +24,9 @@ for component in runtime drivers; do
     cmake --install "$build" --component "$component" --prefix "$folder"
 done
 mv "$folder/LICENSE" "$folder/LICENSE.txt"
+# A recording is the same on every system: this is the one that the native build has made.
+build_targets sample
+cp -r build/release/bin/sample "$folder/"
 find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-mingw32-strip {} +
 
 # What signs a file where it lies: "$TARNO2_SIGN FILE".

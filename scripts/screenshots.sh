@@ -18,6 +18,7 @@ home=/tmp/Tarno2
 [ ! -e "$home" ] || fail "$home is in the way"
 screen=
 program=
+locale=
 clean_up() {
     [ -z "$program" ] || kill "$program" 2>/dev/null || true
     [ -z "$screen" ] || kill "$screen" 2>/dev/null || true
@@ -53,7 +54,7 @@ write_settings() {
 }
 
 start_program() {
-    TARNO2_HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=C.UTF-8 "$bin/Tarno2" "$@" 2>"$home/output" &
+    TARNO2_HOME=$home XDG_RUNTIME_DIR=$home LC_ALL=${locale:-C.UTF-8} "$bin/Tarno2" "$@" 2>"$home/output" &
     program=$!
     main=$(timeout 30 xdotool search --sync --onlyvisible --name Tarno2 | head -n 1)
     focus "$main"
@@ -118,7 +119,20 @@ keep_window() {
     focus "$main"
 }
 
+# Without settings the language is the system's.
+keep_first_start() {
+    mkdir -p "$home"
+    locale=$([ "$language" = ru ] && echo ru_RU.UTF-8 || echo C.UTF-8)
+    start_program
+    keep first
+    end_program
+    rm "$home/Tarno2.cfg"
+    locale=
+}
+
 take_pictures() {
+    keep_first_start
+
     write_settings 1 engine 'ViewLanes = 1'
     start_program
     keep ready

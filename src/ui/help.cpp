@@ -36,6 +36,7 @@ constexpr HelpPlace kHelpPlaces[] = {
     {"GoToPlace", "view#places"},
     {"KeySheet", "view#keys"},
     {"T_ShowForm", "view#view"},
+    {"FirstPage", "first#in-window"},
     {"ChannelTable", "channels#table"},
     {"MessageList", "messages#messages"},
     {"DriverSettingsForm", "boards#settings"},

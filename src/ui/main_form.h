@@ -28,6 +28,7 @@ namespace tarno2 {
 class BoardPanel;
 class ChannelsPanel;
 class FilePanel;
+class FirstPage;
 struct FrameWish;
 class MainStatusBar;
 class MeasuringPanel;
@@ -161,6 +162,11 @@ private:
     void savePart(const std::string& dataFile, const FrameWish& wish);
     [[nodiscard]] std::string shownFile() const;
 
+    // The first start (main_form_first.cpp).
+    void showFirstPage();
+    void endFirstPage();
+    void tryBoard(int choice);
+
     // Setups (main_form_setups.cpp).
     void saveSetup(const QString& name);
     bool loadSetup(const QString& name);
@@ -236,6 +242,7 @@ private:
     QTimer checksumTimer_;
     QElapsedTimer diskClock_;      ///< since the free space was looked at
     bool settingsUnread_ = false;  ///< those of the last run are there, but could not be read
+    bool firstStart_ = false;      ///< there are no settings yet
     bool closed_ = false;
     bool displayGone_ = false;
     bool foldedForRun_ = false;  ///< the settings come back when the recording ends
@@ -253,6 +260,7 @@ private:
     QToolButton* tableButton_ = nullptr;
     QDockWidget* signalDock_ = nullptr;
     T_ShowForm* showForm_ = nullptr;
+    FirstPage* firstPage_ = nullptr;  ///< in its place; null: it is there itself
     MessageBar* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;
     T_AdditionalModeWindow* additionalWindow_ = nullptr;

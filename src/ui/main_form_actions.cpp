@@ -12,6 +12,7 @@
 #include "display/recorded.h"
 #include "ui/about_box.h"
 #include "ui/additional_mode_facts.h"
+#include "ui/first_page.h"
 #include "ui/help.h"
 #include "ui/main_form.h"
 #include "ui/main_status_bar.h"
@@ -66,6 +67,9 @@ void T_MainForm::SetCaptions() {
     menu_.retranslate();
     if (showForm_ != nullptr) {
         showForm_->retranslate();
+    }
+    if (firstPage_ != nullptr) {
+        firstPage_->retranslate();
     }
     if (textForm_ != nullptr) {
         textForm_->loadCaptions();

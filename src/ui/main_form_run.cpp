@@ -54,6 +54,7 @@ void T_MainForm::runBegun() {
         return;
     }
     rememberRecording();
+    endFirstPage();
     const RunFacts& facts = host_.watch().facts();
     messages_->clearEnd();
     strip_->setLosses(0);

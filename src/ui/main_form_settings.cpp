@@ -77,7 +77,8 @@ void T_MainForm::loadSettings() {
     settings_.wish.frequency = 0.0;        // the board's own, until one is chosen
     const OsError error = LoadConfig(programDirectory_, settings_);
     settings_.renewColors();
-    settingsUnread_ = !error.ok() && !error.notFound();
+    firstStart_ = error.notFound();
+    settingsUnread_ = !error.ok() && !firstStart_;
     if (settingsUnread_) {
         host_.showAttention(
             formatText(text(TextId::Attention).c_str(),

@@ -32,10 +32,14 @@ void T_MainForm::buildSignalView() {
     }
     makeSignalView();
     buildRecordingLists();
+    if (firstStart_) {
+        showFirstPage();
+    }
 }
 
 // The view takes the settings when it is made.
 void T_MainForm::renewSignalView() {
+    endFirstPage();
     std::string opened = showForm_->openedFile();
     if (const std::string& last = host_.watch().facts().file; opened.empty() && fileExists(last)) {
         opened = last;
@@ -129,6 +133,7 @@ void T_MainForm::OpenRecordingClick() {
 void T_MainForm::showRecording(const std::string& dataFile) {
     guarded("showRecording", [&] {
         const std::string file = isAbsolutePath(dataFile) ? dataFile : joinPath(currentFolder(), dataFile);
+        endFirstPage();
         signalDock_->show();
         if (showForm_->openRecording(file)) {
             settings_.recentRecordings = withRecent(settings_.recentRecordings, file);

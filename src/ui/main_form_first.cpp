@@ -1,0 +1,72 @@
+// The first start: what is offered before anything was chosen.
+
+#include <QDockWidget>
+
+#include "config/settings/settings_file.h"
+#include "ui/first_page.h"
+#include "ui/main_form.h"
+#include "ui/show_form.h"
+#include "ui/text.h"
+
+namespace tarno2 {
+
+void T_MainForm::showFirstPage() {
+    firstPage_ = new FirstPage(signalDock_);
+    connect(firstPage_, &FirstPage::skipped, this, &T_MainForm::endFirstPage);
+    connect(firstPage_, &FirstPage::chosen, this, [this](FirstPage::Choice choice) {
+        guarded("FirstChoice", [this, choice] {
+            if (choice == FirstPage::Sample) {
+                showRecording(sampleRecording());
+            } else {
+                tryBoard(choice);
+            }
+        });
+    });
+    signalDock_->setWidget(firstPage_);
+    signalDock_->show();
+}
+
+// The signal is in its place from now on, and the settings are kept at once: the page does not come a second time.
+void T_MainForm::endFirstPage() {
+    if (firstPage_ == nullptr) {
+        return;
+    }
+    firstPage_->disconnect(this);
+    firstPage_->deleteLater();
+    firstPage_ = nullptr;
+    signalDock_->setWidget(showForm_);
+    showForm_->show();
+    showForm_->setFocus();
+    guarded("FirstPage", [this] {
+        storeControls();
+        storePlaces();
+        static_cast<void>(WriteConfig(programDirectory_, settings_, settingsUnread_));
+    });
+}
+
+// Monitoring shows at once that there is a signal, and leaves no file behind.
+void T_MainForm::tryBoard(int choice) {
+    if (search_.busy() || control().running()) {
+        return;
+    }
+    const auto which = static_cast<FirstPage::Choice>(choice);
+    storeControls();
+    whenFound_ = &T_MainForm::startMonitoring;
+    lookForBoard([this, driver = std::string(FirstPage::driverOf(which))] { return selection().choose(driver); },
+                 [this, which](ApplyOutcome outcome) {
+                     showChosenBoard(outcome);
+                     host_.tellDriverSettings();
+                     if (outcome == ApplyOutcome::Done) {
+                         return;
+                     }
+                     whenFound_ = nullptr;
+                     if (firstPage_ != nullptr) {
+                         const QString driver = QLatin1String(FirstPage::driverOf(which));
+                         const QString why = fromMessage(selection().problem());
+                         firstPage_->showProblem(
+                             which, why.isEmpty() ? uiText(TextId::NeedsBoard, {driver}) : driver + QStringLiteral(": ") + why);
+                     }
+                 });
+}
+
+}  // namespace tarno2
