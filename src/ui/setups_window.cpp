@@ -70,6 +70,9 @@ SetupsWindow::SetupsWindow(std::string programDirectory, QWidget* parent)
     resize(fontMetrics().averageCharWidth() * 70, fontMetrics().height() * 22);
     connectButtons();
     list();
+    if (list_->count() == 0) {
+        name_->setFocus();
+    }
 }
 
 void SetupsWindow::connectButtons() {
