@@ -68,7 +68,9 @@ TEST_F(SettingsFile, HugeAndHostileFiles) {
     EXPECT_EQ(loaded(tokens + "\r\n").channels[159].gain, 2);
     EXPECT_EQ(loaded(files[3] + last).wish.driver.size(), 3999U);
     for (const std::string key : {"DriverSettings", "Comment", "RecentRecordings"}) {
-        const ProgramSettings settings = loaded(key + " = " + longLine + longLine + last);
+        std::string text = key;
+        text.append(" = ").append(longLine).append(longLine).append(last);
+        const ProgramSettings settings = loaded(text);
         EXPECT_EQ(settings.driverSettings.size() + settings.wish.comment.size() + settings.recentRecordings.size(),
                   2 * longLine.size())
             << key;

@@ -55,7 +55,7 @@ TEST(JournalText, HasALineForEachThingThatItKeeps) {
     // A reader knows every line, and the numbers in it, or leaves the journal alone.
     for (const char* line : {"colour red\n", "sequence\n", "width two\n", "packet 1\n", "layout 2 2 65532 14 0 3 2\n",
                              "range 5 -5 0\n", "created 2026 11 1\n", "record 1 2 3\n", "external  0\n", "\n"}) {
-        const auto other = sealedJournalHalf(begin + facts + pieces + line);
+        const auto other = sealedJournalHalf(std::string(begin).append(facts).append(pieces).append(line));
         EXPECT_FALSE(readJournal(*other + *other)) << line;
     }
 }
