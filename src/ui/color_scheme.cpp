@@ -1,8 +1,10 @@
 #include "ui/color_scheme.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
-#include <QStyle>
+#include <QProxyStyle>
+#include <QStyleOption>
 
 namespace tarno2 {
 
@@ -48,6 +50,33 @@ QPalette paletteOf(const Scheme& scheme) {
     return palette;
 }
 
+/// Draws the edges of boxes that are ticked: the style underneath makes them darker than their ground, which on a dark
+/// one nobody sees.
+class DarkStyle : public QProxyStyle {
+public:
+    DarkStyle() : QProxyStyle(QStringLiteral("fusion")) {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        const bool box = element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
+        if (!box && element != PE_IndicatorRadioButton) {
+            return;
+        }
+        painter->save();
+        painter->setPen(QColor(option->state.testFlag(State_Enabled) ? kDark.faint : kDark.button));
+        painter->setBrush(Qt::NoBrush);
+        const QRect edge = option->rect.adjusted(0, 0, -1, -1);
+        if (box) {
+            painter->drawRect(edge);
+        } else {
+            painter->setRenderHint(QPainter::Antialiasing);
+            painter->drawEllipse(edge);
+        }
+        painter->restore();
+    }
+};
+
 }  // namespace
 
 void applyColorScheme(int32_t scheme) {
@@ -58,7 +87,11 @@ void applyColorScheme(int32_t scheme) {
     }
     applied = scheme;
     // Not every system's own style can be given colours.
-    QApplication::setStyle(scheme == 0 ? kSystemStyle : QStringLiteral("fusion"));
+    if (scheme == 2) {
+        QApplication::setStyle(new DarkStyle);
+    } else {
+        QApplication::setStyle(scheme == 0 ? kSystemStyle : QStringLiteral("fusion"));
+    }
     QApplication::setPalette(scheme == 0 ? QPalette() : paletteOf(scheme == 1 ? kLight : kDark));
 }
 
