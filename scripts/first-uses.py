@@ -115,11 +115,9 @@ def beside(program, label):
 
 
 def choose_simulator(program):
-    if offered := program.seen("push button", ".*[Ss]imulat.*"):
-        program.click(offered)
-    else:
-        program.pick(beside(program, "Driver"), "Simulator")
-    program.cell("Channels", "1", "On")
+    """As the page of the first start offers it; its signal runs then."""
+    program.click(program.find("push button", "Try the simulated board"))
+    program.find("label", "◉ Monitoring")
 
 
 def recordings(home):
@@ -140,6 +138,9 @@ def highest(data, channel):
 
 def record_and_look(program):
     choose_simulator(program)
+    # Channels are chosen while the board stands still.
+    program.press("F6")
+    program.find("label", "[○■] .*")
     program.click(program.cell("Channels", "1", "On"))
     program.press("alt+3")
     program.pick(beside(program, "Stop of recording"), "After time")
