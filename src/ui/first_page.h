@@ -15,7 +15,8 @@ namespace tarno2 {
 [[nodiscard]] std::string sampleRecording();
 
 /// What somebody may begin with who starts the program for the first time; it stands where the signal will be. Each
-/// choice that can't be had says why. Buttons `FirstSound`, `FirstSimulator`, `FirstSample`, `FirstSkip`. Window thread.
+/// choice that can't be had says why. Buttons `FirstSound`, `FirstSimulator`, `FirstSample`, `FirstSkip`. Window
+/// thread.
 class FirstPage : public QWidget {
     Q_OBJECT
 

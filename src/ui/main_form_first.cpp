@@ -63,8 +63,8 @@ void T_MainForm::tryBoard(int choice) {
                      if (firstPage_ != nullptr) {
                          const QString driver = QLatin1String(FirstPage::driverOf(which));
                          const QString why = fromMessage(selection().problem());
-                         firstPage_->showProblem(
-                             which, why.isEmpty() ? uiText(TextId::NeedsBoard, {driver}) : driver + QStringLiteral(": ") + why);
+                         firstPage_->showProblem(which, why.isEmpty() ? uiText(TextId::NeedsBoard, {driver})
+                                                                      : driver + QStringLiteral(": ") + why);
                      }
                  });
 }

@@ -1,11 +1,12 @@
 // The first start of the window, without settings, and the next one.
 
+#include "ui/first_page.h"
+
 #include <QCommandLinkButton>
 
 #include "platform/file.h"
 #include "tests/core/settings_driver.h"
 #include "tests/ui/main_window.h"
-#include "ui/first_page.h"
 
 namespace tarno2::test {
 namespace {
