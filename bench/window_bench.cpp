@@ -34,7 +34,8 @@ namespace tarno2::bench {
 namespace {
 
 constexpr double kStallTarget = 0.1;
-constexpr double kStartTarget = 0.5;
+constexpr double kStartTarget = 0.1;
+constexpr double kOpenTarget = 0.05;
 constexpr int kStarts = 9;
 
 /// The longest time between two looks of the event loop at its timers.
@@ -87,6 +88,38 @@ ProgramSettings settingsIn(const ScratchFolder& folder) {
     settings.wish.fileName = folder.file("run.dat");
     settings.channels[0].active = true;
     return settings;
+}
+
+/// The longest time from the click that opens a part of the window until it is painted.
+double openTime(T_MainForm& form, const char* button) {
+    auto& opener = *form.findChild<QAbstractButton*>(QLatin1String(button));
+    double longest = 0.0;
+    for (int i = 0; i < kStarts; ++i) {
+        if (opener.isChecked()) {
+            opener.click();
+            QCoreApplication::processEvents();
+        }
+        const Stopwatch watch;
+        opener.click();
+        QCoreApplication::processEvents();
+        longest = std::max(longest, watch.seconds());
+    }
+    return longest;
+}
+
+bool measureOpening() {
+    const ScratchFolder folder;
+    if (!WriteConfig(folder.path(), settingsIn(folder))) {
+        return false;
+    }
+    T_MainForm form(folder.path(), std::nullopt);
+    form.present();
+    stallDuring(500, [] {});
+    const double panel = openTime(form, "PanelHeader4");
+    const double table = openTime(form, "ChannelTableButton");
+    std::printf("until a part of the window is open, 160 channels, longest of %d\n", kStarts);
+    std::printf("  the panel of the channels %26.1f ms\n  the channel table %34.1f ms\n", panel * 1e3, table * 1e3);
+    return std::max(panel, table) < kOpenTarget;
 }
 
 bool printStall(const char* what, double seconds) {
@@ -216,8 +249,9 @@ int main(int argc, char** argv) {
         return showMain(application);
     }
     bool good = measureStarts(QCoreApplication::applicationFilePath());
+    good &= measureOpening();
     good &= measureStalls();
-    std::printf("targets: stalls below %.0f ms, a usable window within %.1f s: %s\n", kStallTarget * 1e3, kStartTarget,
-                good ? "met" : "MISSED");
+    std::printf("targets: stalls below %.0f ms, a usable window within %.0f ms, a part of it within %.0f ms: %s\n",
+                kStallTarget * 1e3, kStartTarget * 1e3, kOpenTarget * 1e3, good ? "met" : "MISSED");
     return good ? 0 : 1;
 }

@@ -1,5 +1,6 @@
 #include "ui/view_icons.h"
 
+#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
@@ -9,7 +10,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr int kSize = 16;
+constexpr double kSize = 16.0;
 
 void drawCurve(QPainter& painter, double left, double right) {
     QPainterPath curve(QPointF(left, 8.0));
@@ -263,25 +264,42 @@ void drawView(QPainter& painter, ViewIcon command) {
     }
 }
 
+/// Drawn when it is seen, in the size that is wanted then: most icons are never asked for in most sizes.
+class DrawnIcon final : public QIconEngine {
+public:
+    DrawnIcon(const QPalette& palette, std::function<void(QPainter&)> draw)
+        : enabled_(palette.color(QPalette::Active, QPalette::ButtonText)),
+          disabled_(palette.color(QPalette::Disabled, QPalette::ButtonText)),
+          draw_(std::move(draw)) {}
+
+    void paint(QPainter* painter, const QRect& place, QIcon::Mode mode, QIcon::State /*state*/) override {
+        painter->save();
+        painter->translate(place.topLeft());
+        painter->scale(place.width() / kSize, place.height() / kSize);
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(QPen(mode == QIcon::Disabled ? disabled_ : enabled_, 1.4));
+        draw_(*painter);
+        painter->restore();
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(), size), mode, state);
+        return pixmap;
+    }
+    [[nodiscard]] QIconEngine* clone() const override { return new DrawnIcon(*this); }
+
+private:
+    QColor enabled_;
+    QColor disabled_;
+    std::function<void(QPainter&)> draw_;
+};
+
 }  // namespace
 
-QIcon drawnIcon(const QPalette& palette, const std::function<void(QPainter&)>& draw) {
-    QIcon icon;
-    for (const int scale : {1, 2, 3}) {
-        for (const auto& [mode, group] :
-             {std::pair{QIcon::Normal, QPalette::Active}, std::pair{QIcon::Disabled, QPalette::Disabled}}) {
-            QPixmap pixmap(kSize * scale, kSize * scale);
-            pixmap.setDevicePixelRatio(scale);
-            pixmap.fill(Qt::transparent);
-            QPainter painter(&pixmap);
-            painter.setRenderHint(QPainter::Antialiasing);
-            painter.setPen(QPen(palette.color(group, QPalette::ButtonText), 1.4));
-            draw(painter);
-            painter.end();
-            icon.addPixmap(pixmap, mode);
-        }
-    }
-    return icon;
+QIcon drawnIcon(const QPalette& palette, std::function<void(QPainter&)> draw) {
+    return QIcon(new DrawnIcon(palette, std::move(draw)));
 }
 
 QIcon followIcon(int mode, const QPalette& palette) {

@@ -40,7 +40,7 @@ enum class ViewIcon {
 };
 
 /// An icon that `draw` paints on 16 x 16 with a pen in the palette's colour for buttons; sharp at every scale.
-[[nodiscard]] QIcon drawnIcon(const QPalette& palette, const std::function<void(QPainter&)>& draw);
+[[nodiscard]] QIcon drawnIcon(const QPalette& palette, std::function<void(QPainter&)> draw);
 
 /// The picture of a command of the signal view, drawn likewise.
 [[nodiscard]] QIcon viewIcon(ViewIcon command, const QPalette& palette);
