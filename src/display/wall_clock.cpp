@@ -43,17 +43,17 @@ std::optional<WallClock> wallClockOf(const Passport& passport, uint64_t firstFra
     const auto first = static_cast<double>(firstFrame);
     const auto line = ClockLine::through(passport.end.clock);
     if (line && std::abs(line->frequency() - rate) <= rate * kClockReach) {
-        return WallClock{line->utcOf(first) + local, line->frequency()};
+        return WallClock{line->utcOf(first) + local, line->frequency(), local};
     }
     const int64_t begun = passport.end.begun != 0 ? passport.end.begun : passport.start;
-    WallClock clock{begun + local, rate};
+    WallClock clock{begun + local, rate, local};
     clock.start = clock.at(first);
     return begun != 0 ? std::optional(clock) : std::nullopt;
 }
 
 std::optional<WallClock> wallClockOf(const LocalTime& created, double rate) {
     const auto time = timeOf(created);
-    return time && rate > 0.0 ? std::optional(WallClock{*time, rate}) : std::nullopt;
+    return time && rate > 0.0 ? std::optional(WallClock{*time, rate, std::nullopt}) : std::nullopt;
 }
 
 std::optional<WallClock> wallClockNow(uint64_t frames, double rate) {
@@ -61,9 +61,15 @@ std::optional<WallClock> wallClockNow(uint64_t frames, double rate) {
         return std::nullopt;
     }
     const int64_t utc = utcMicroseconds();
-    WallClock clock{utc + utcOffsetMinutes(utc) * kMinute, rate};
+    const int64_t ahead = utcOffsetMinutes(utc) * kMinute;
+    WallClock clock{utc + ahead, rate, ahead};
     clock.start = clock.at(-static_cast<double>(frames));
     return clock;
+}
+
+int64_t timeBetween(const WallClock& from, const WallClock& to) {
+    const int64_t shown = to.start - from.start;
+    return from.ahead && to.ahead ? shown - (*to.ahead - *from.ahead) : shown;
 }
 
 std::optional<int64_t> timeOf(const LocalTime& time) {

@@ -14,6 +14,7 @@ namespace tarno2 {
 struct WallClock {
     int64_t start = 0;             ///< of frame 0
     double framesPerSecond = 0.0;  ///< above 0
+    std::optional<int64_t> ahead;  ///< of UTC, microseconds; nothing: nobody knows
 
     [[nodiscard]] int64_t at(double frame) const;
     [[nodiscard]] double frameAt(int64_t time) const;
@@ -27,6 +28,10 @@ struct WallClock {
 [[nodiscard]] std::optional<WallClock> wallClockOf(const LocalTime& created, double rate);
 /// Of a running one, whose newest frame of so many has come by now.
 [[nodiscard]] std::optional<WallClock> wallClockNow(uint64_t frames, double rate);
+
+/// Microseconds from the beginning of the one to that of the other: by UTC where both know it, so that summer time and
+/// places with another time don't matter, else as their clocks showed it.
+[[nodiscard]] int64_t timeBetween(const WallClock& from, const WallClock& to);
 
 /// The same moment as a time since 1970, by the calendar. Nothing when there is no such day or time.
 [[nodiscard]] std::optional<int64_t> timeOf(const LocalTime& time);

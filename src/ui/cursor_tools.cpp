@@ -59,6 +59,19 @@ std::optional<FrameSpan> CursorTools::between() const {
     return shown_ && signal_ != nullptr ? std::optional(places_.between(edges_, frames_)) : std::nullopt;
 }
 
+std::array<double, CursorPlaces::kCount> CursorTools::frames() const {
+    return {places_.frame(0, edges_), places_.frame(1, edges_)};
+}
+
+// They are where they belong, if that is beside the signal, too.
+void CursorTools::setFrames(const std::array<double, CursorPlaces::kCount>& frames) {
+    for (size_t i = 0; i < frames.size(); ++i) {
+        places_.place(i, frames[i], edges_);
+    }
+    shown_ = settings_.viewCursors;
+    newSignal_ = false;
+}
+
 void CursorTools::drawn(ShownSignal& signal, const ShownFrames& shown, const SignalDrawing& drawing, bool following) {
     const bool switchedOn = settings_.viewCursors && !shown_;
     shown_ = settings_.viewCursors;

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
+#include <array>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -47,6 +48,10 @@ public:
     void forget();
     void retranslate();
 
+    /// Frames at the cursors, as the picture has them.
+    [[nodiscard]] std::array<double, CursorPlaces::kCount> frames() const;
+    /// Puts the cursors there, with the next drawing.
+    void setFrames(const std::array<double, CursorPlaces::kCount>& frames);
     /// What lies between the cursors; nothing while they are not shown.
     [[nodiscard]] std::optional<FrameSpan> between() const;
 

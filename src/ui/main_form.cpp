@@ -26,6 +26,7 @@
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
 #include "ui/program_icon.h"
+#include "ui/recording_stack.h"
 #include "ui/show_form.h"
 #include "ui/state_strip.h"
 #include "ui/text.h"
@@ -87,7 +88,7 @@ T_MainForm::~T_MainForm() {
     control().setLiveTap(nullptr);
     control().setBeforeSessionGoes({});
     signalDock_->disconnect(this);
-    delete showForm_;
+    delete signalStack_;
     DEBUG_LOG("Destructor");
 }
 
@@ -157,7 +158,7 @@ void T_MainForm::connectPanels() {
     connect(&channelsPanel_->table(), &ChannelTable::changed, this, [this] {
         measuringPanel_->setActiveChannels(channelsPanel_->activeCount());
         storeControls();
-        showForm_->settingsChanged();
+        signalStack_->settingsChanged();
     });
 }
 
@@ -168,7 +169,7 @@ void T_MainForm::connectProgramPanel() {
     connect(programPanel_, &ProgramPanel::cycleStartChanged, this, &T_MainForm::btnAutoStartClick);
     connect(programPanel_, &ProgramPanel::axisFontChanged, this, [this] {
         storeControls();
-        showForm_->settingsChanged();
+        signalStack_->settingsChanged();
     });
     connect(programPanel_, &ProgramPanel::debugLogChanged, this, [this](bool on) {
         on ? debugLog().open(joinPath(programDirectory_, "Tarno2.cfg"), 1) : debugLog().close();

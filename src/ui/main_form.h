@@ -35,6 +35,7 @@ class MeasuringPanel;
 class MessageBar;
 class PanelStack;
 class ProgramPanel;
+class RecordingStack;
 class StateStrip;
 class T_AdditionalModeWindow;
 class T_SaveAsTextForm;
@@ -56,6 +57,8 @@ public:
     void present();
     /// Shows a finished recording in the signal view; one that can't be opened is told in a box.
     void showRecording(const std::string& dataFile);
+    /// Shows it below the one that is opened.
+    void compareRecording(const std::string& dataFile);
     /// The system or a signal asks the program to end: stops the recording without a question and closes.
     void requestEnd();
     /// To be called when the toolkit's display is gone: the recording in console mode goes on to its end, another one
@@ -93,6 +96,7 @@ public:
     void RussianChooseClick();
     void EnglishChooseClick();
     void OpenRecordingClick();
+    void CompareRecordingClick();
     void RecoverRecordingsClick();
     void DigitalSettingsClick();
     void SetupsClick();
@@ -161,6 +165,8 @@ private:
     void buildRecordingLists();
     void savePart(const std::string& dataFile, const FrameWish& wish);
     [[nodiscard]] std::string shownFile() const;
+    /// The data file that the user chooses.
+    [[nodiscard]] std::optional<std::string> askForRecording(TextId title);
 
     // The first start (main_form_first.cpp).
     void showFirstPage();
@@ -259,7 +265,8 @@ private:
     QMainWindow* right_ = nullptr;  ///< where the signal docks
     QToolButton* tableButton_ = nullptr;
     QDockWidget* signalDock_ = nullptr;
-    T_ShowForm* showForm_ = nullptr;
+    RecordingStack* signalStack_ = nullptr;
+    T_ShowForm* showForm_ = nullptr;  ///< the first one of the stack
     FirstPage* firstPage_ = nullptr;  ///< in its place; null: it is there itself
     MessageBar* messages_ = nullptr;
     MainStatusBar* statusLine_ = nullptr;

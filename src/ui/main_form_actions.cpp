@@ -21,6 +21,7 @@
 #include "ui/panels/file_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/panels/program_panel.h"
+#include "ui/recording_stack.h"
 #include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/state_strip.h"
@@ -42,6 +43,7 @@ void T_MainForm::connectMenu() {
     does(menu_.additional, &T_MainForm::AdditionalFileModeClick);
     does(menu_.saveAsText, &T_MainForm::SaveAsTextButtonClick);
     does(menu_.openRecording, &T_MainForm::OpenRecordingClick);
+    does(menu_.compareRecording, &T_MainForm::CompareRecordingClick);
     does(menu_.recover, &T_MainForm::RecoverRecordingsClick);
     does(menu_.setups, &T_MainForm::SetupsClick);
     does(menu_.autoSettings, &T_MainForm::AutoSettingsClick);
@@ -66,7 +68,7 @@ void T_MainForm::SetCaptions() {
     setWindowTitle(uiText(TextId::ProgramName));
     menu_.retranslate();
     if (showForm_ != nullptr) {
-        showForm_->retranslate();
+        signalStack_->retranslate();
     }
     if (firstPage_ != nullptr) {
         firstPage_->retranslate();

@@ -5,6 +5,7 @@
 #include "config/settings/settings_file.h"
 #include "ui/first_page.h"
 #include "ui/main_form.h"
+#include "ui/recording_stack.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
 
@@ -34,8 +35,8 @@ void T_MainForm::endFirstPage() {
     firstPage_->disconnect(this);
     firstPage_->deleteLater();
     firstPage_ = nullptr;
-    signalDock_->setWidget(showForm_);
-    showForm_->show();
+    signalDock_->setWidget(signalStack_);
+    signalStack_->show();
     showForm_->setFocus();
     guarded("FirstPage", [this] {
         storeControls();

@@ -18,6 +18,7 @@
 #include "ui/message_bar.h"
 #include "ui/panels/channels_panel.h"
 #include "ui/recent_recordings.h"
+#include "ui/recording_stack.h"
 #include "ui/save_as_text_form.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
@@ -46,7 +47,7 @@ void T_MainForm::renewSignalView() {
     }
     control().setLiveTap(nullptr);
     control().setBeforeSessionGoes({});
-    delete showForm_;
+    delete signalStack_;
     makeSignalView();
     if (!opened.empty()) {
         showForm_->openRecording(opened);
@@ -54,10 +55,13 @@ void T_MainForm::renewSignalView() {
 }
 
 void T_MainForm::makeSignalView() {
-    showForm_ = new T_ShowForm(settings_, scoper_.object(), signalDock_);
-    signalDock_->setWidget(showForm_);
-    connect(showForm_, &T_ShowForm::message, this,
-            [this](const QString& line) { messages_->add(MessageList::Kind::Attention, line); });
+    signalStack_ = new RecordingStack(settings_, scoper_.object(), signalDock_);
+    showForm_ = &signalStack_->first();
+    signalDock_->setWidget(signalStack_);
+    const auto tell = [this](const QString& line) { messages_->add(MessageList::Kind::Attention, line); };
+    connect(showForm_, &T_ShowForm::message, this, tell);
+    connect(signalStack_, &RecordingStack::message, this, tell);
+    connect(signalStack_, &RecordingStack::savePartWanted, this, &T_MainForm::savePart);
     connect(showForm_, &T_ShowForm::readings, this,
             [this](const std::vector<ChannelReading>& readings) { channelsPanel_->setLive(readings); });
     connect(showForm_, &T_ShowForm::channelShown, &channelsPanel_->table(), &ChannelTable::setShown);
@@ -66,7 +70,7 @@ void T_MainForm::makeSignalView() {
         additionalWindow_->ReloadControls();
         showConditions();
     });
-    connect(additionalWindow_, &QDialog::finished, showForm_, &T_ShowForm::settingsChanged);
+    connect(additionalWindow_, &QDialog::finished, signalStack_, &RecordingStack::settingsChanged);
     const auto lock = [this] { showForm_->setThresholdsLocked(!menu_.additional->isEnabled()); };
     connect(menu_.additional, &QAction::changed, showForm_, lock);
     lock();
@@ -119,14 +123,28 @@ void T_MainForm::showRunningSignal() {
 
 void T_MainForm::OpenRecordingClick() {
     guarded("OpenRecordingClick", [this] {
-        QFileDialog dialog(this, plainText(TextId::MenuOpenRecording), fromFileName(shownFile()));
-        dialog.setFileMode(QFileDialog::ExistingFile);
-        dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
-        if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
-            return;
+        if (const auto file = askForRecording(TextId::MenuOpenRecording)) {
+            showRecording(*file);
         }
-        showRecording(dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first()))));
     });
+}
+
+void T_MainForm::CompareRecordingClick() {
+    guarded("CompareRecordingClick", [this] {
+        if (const auto file = askForRecording(TextId::MenuCompareRecording)) {
+            compareRecording(*file);
+        }
+    });
+}
+
+std::optional<std::string> T_MainForm::askForRecording(TextId title) {
+    QFileDialog dialog(this, plainText(title), fromFileName(shownFile()));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+        return std::nullopt;
+    }
+    return dataFileOf(toFileName(QDir::toNativeSeparators(dialog.selectedFiles().first())));
 }
 
 // Listed by its whole name: the next start may have another folder.
@@ -136,6 +154,24 @@ void T_MainForm::showRecording(const std::string& dataFile) {
         endFirstPage();
         signalDock_->show();
         if (showForm_->openRecording(file)) {
+            settings_.recentRecordings = withRecent(settings_.recentRecordings, file);
+        }
+    });
+}
+
+// Below the one that is opened, or else the one that has just been made; where there is neither it is opened itself.
+void T_MainForm::compareRecording(const std::string& dataFile) {
+    guarded("compareRecording", [&] {
+        if (const std::string& last = host_.watch().facts().file; showForm_->openedFile().empty()) {
+            if (!fileExists(last)) {
+                showRecording(dataFile);
+                return;
+            }
+            showRecording(last);
+        }
+        const std::string file = isAbsolutePath(dataFile) ? dataFile : joinPath(currentFolder(), dataFile);
+        signalDock_->show();
+        if (signalStack_->add(file)) {
             settings_.recentRecordings = withRecent(settings_.recentRecordings, file);
         }
     });
@@ -152,11 +188,14 @@ void T_MainForm::buildRecordingLists() {
             }
         });
     });
-    new RecordingDrop(*this, [this](const std::string& file) {
-        if (menu_.openRecording->isEnabled()) {
-            showRecording(file);
-        }
-    });
+    // A dock that floats is a window of its own.
+    for (QWidget* window : {static_cast<QWidget*>(this), static_cast<QWidget*>(signalDock_)}) {
+        new RecordingDrop(*window, [this](const std::string& file, bool compare) {
+            if (menu_.openRecording->isEnabled()) {
+                compare ? compareRecording(file) : showRecording(file);
+            }
+        });
+    }
 }
 
 // A form that stands idle gives way; one that converts goes on.

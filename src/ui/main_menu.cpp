@@ -30,6 +30,7 @@ MainMenu::MainMenu(QMainWindow& window)
       showMessages(addToggle(TextId::MenuShowMessages, Qt::CTRL | Qt::Key_L)),
       extendedChannels(addToggle(TextId::MenuExtendedChannels)),
       openRecording(add(TextId::MenuOpenRecording, QKeySequence::Open)),
+      compareRecording(add(TextId::MenuCompareRecording, Qt::CTRL | Qt::SHIFT | Qt::Key_O)),
       digitalLines(add(TextId::DigitalLineSettings)),
       russian(addToggle(TextId::LanguageRussian)),
       english(addToggle(TextId::LanguageEnglish)),
@@ -77,7 +78,7 @@ QMenu* MainMenu::addMenu(TextId text) {
 
 void MainMenu::buildMenus() {
     QMenu* file = addMenu(TextId::MenuFile);
-    file->addAction(openRecording);
+    file->addActions({openRecording, compareRecording});
     recent = file->addMenu(QString());
     recent->setObjectName(QStringLiteral("RecentRecordings"));
     menus_.emplace_back(recent, TextId::RecentRecordings);
@@ -117,7 +118,7 @@ void MainMenu::retranslate() {
 }
 
 void MainMenu::setLocked(SettingsLock lock) {
-    for (QAction* action : {openRecording, setups, autoSettings}) {
+    for (QAction* action : {openRecording, compareRecording, setups, autoSettings}) {
         action->setEnabled(lock == SettingsLock::None);
     }
     for (QAction* action : {chooseFile, additional}) {

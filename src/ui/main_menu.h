@@ -50,6 +50,7 @@ public:
     QAction* const showMessages;
     QAction* const extendedChannels;
     QAction* const openRecording;
+    QAction* const compareRecording;
     QAction* const digitalLines;
     QAction* const russian;
     QAction* const english;

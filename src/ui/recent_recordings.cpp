@@ -64,8 +64,7 @@ void fillRecent(QMenu& menu, const std::string& list, const std::function<void(c
     }
 }
 
-RecordingDrop::RecordingDrop(QWidget& window, std::function<void(const std::string& dataFile)> open)
-    : QObject(&window), open_(std::move(open)) {
+RecordingDrop::RecordingDrop(QWidget& window, Open open) : QObject(&window), open_(std::move(open)) {
     window.setAcceptDrops(true);
     window.installEventFilter(this);
 }
@@ -81,7 +80,7 @@ bool RecordingDrop::eventFilter(QObject* watched, QEvent* event) {
     }
     drop->acceptProposedAction();
     if (event->type() == QEvent::Drop) {
-        open_(dataFileOf(toFileName(QDir::toNativeSeparators(file))));
+        open_(dataFileOf(toFileName(QDir::toNativeSeparators(file))), drop->modifiers().testFlag(Qt::ControlModifier));
     }
     return true;
 }

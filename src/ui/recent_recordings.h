@@ -15,16 +15,18 @@ namespace tarno2 {
 /// Puts the recordings of the list into a menu, without a look at the disk. Window thread.
 void fillRecent(QMenu& menu, const std::string& list, const std::function<void(const std::string& dataFile)>& open);
 
-/// Opens a recording whose data file or description is dropped on a window, which owns this.
+/// Opens a recording whose data file or description is dropped on a window, which owns this; dropped with Ctrl it is to
+/// be compared with the one that is opened.
 class RecordingDrop : public QObject {
 public:
-    RecordingDrop(QWidget& window, std::function<void(const std::string& dataFile)> open);
+    using Open = std::function<void(const std::string& dataFile, bool compare)>;
+    RecordingDrop(QWidget& window, Open open);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    std::function<void(const std::string& dataFile)> open_;
+    Open open_;
 };
 
 }  // namespace tarno2

@@ -30,7 +30,6 @@ namespace {
 
 constexpr uint64_t kReadingsPeriodMs = 200;
 constexpr double kUnknownRatePage = 1000.0;  ///< frames on screen when the rate, and so the time, is not known
-constexpr double kLeastSpan = 2.0;
 constexpr double kMostSpan = 1e15;
 constexpr int kScrollSteps = 1000000000;
 
@@ -125,6 +124,7 @@ void T_ShowForm::endWork() {
 }
 
 void T_ShowForm::leaveSignal(bool forFile) {
+    emit signalLeft();
     endWork();
     if (drawing_) {
         drawing_->clear();
@@ -167,11 +167,6 @@ AxisXUnit T_ShowForm::unitX() const {
     return known ? static_cast<AxisXUnit>(settings_.axisXUnit) : AxisXUnit::Samples;
 }
 
-void T_ShowForm::showWhole() {
-    position_ = 0.0;
-    fileSpan_ = std::max<double>(static_cast<double>(frameCount()), 1.0);
-}
-
 double T_ShowForm::span() const {
     if (fixed()) {
         return fileSpan_;
@@ -183,28 +178,15 @@ double T_ShowForm::span() const {
     return std::clamp(frameOfAxisX(settings_.axisXValue, wanted, live_->format().framesPerSecond), 1.0, kMostSpan);
 }
 
-void T_ShowForm::setSpan(double frames) {
-    frames = std::clamp(frames, kLeastSpan, kMostSpan);
-    if (fixed()) {
-        fileSpan_ = std::min(frames, std::max(kLeastSpan, static_cast<double>(frameCount())));
-    } else if (live_ && unitX() == static_cast<AxisXUnit>(settings_.axisXUnit)) {
-        settings_.axisXValue = axisXOfFrame(frames, unitX(), live_->format().framesPerSecond);
-    }
-}
-
-void T_ShowForm::setPosition(double frame) {
-    position_ = std::clamp(frame, 0.0, static_cast<double>(frameCount()));
-}
-
 ShownFrames T_ShowForm::shownFrames() const {
     ShownFrames shown;
     shown.clock = tellsClock() ? wallClock() : std::nullopt;
     if (stays()) {
         shown.low = position_;
         shown.high = position_ + span();
-        shown.first = static_cast<uint64_t>(shown.low);
-        shown.end = static_cast<uint64_t>(std::ceil(shown.high)) + 1;
-        shown.origin = records_ ? static_cast<double>(records_->prehistory()) : 0.0;
+        shown.first = static_cast<uint64_t>(std::max(shown.low, 0.0));
+        shown.end = shown.high > 0.0 ? static_cast<uint64_t>(std::ceil(shown.high)) + 1 : 0;
+        shown.origin = records_ ? static_cast<double>(records_->prehistory()) : file_ ? fileOrigin_ : 0.0;
         return shown;
     }
     const VisibleFrames visible =
@@ -227,12 +209,18 @@ void T_ShowForm::FormPaint() {
     guarded("FormPaint", [this] { paint(false); });
 }
 
-// What the user changed is drawn at once, from the data that are there; new ones come when they are due.
-void T_ShowForm::userChanged() {
-    guarded("userChanged", [this] {
+// At once, from the data that are there; new ones come when they are due.
+void T_ShowForm::redraw() {
+    guarded("redraw", [this] {
         showControls();
         paint(true);
     });
+}
+
+// Others that show the same are told.
+void T_ShowForm::userChanged() {
+    redraw();
+    guarded("userChanged", [this] { emit changed(); });
 }
 
 void T_ShowForm::paint(bool atOnce) {
@@ -311,7 +299,9 @@ void T_ShowForm::draw() {
     }
     showStatus();
     showHeld();
-    showStrip();
+    if (first_ == nullptr) {
+        showStrip();
+    }
 }
 
 void T_ShowForm::showControls() {
@@ -359,9 +349,8 @@ void T_ShowForm::showTitle() {
 
 // A recording may have more frames than a scroll bar has steps. Keys scroll further than the last whole screen.
 void T_ShowForm::showScrollBar() {
-    const auto frames = static_cast<double>(frameCount());
-    const double low = shownFrames().low;
-    const double end = std::max(frames - span(), low);
+    const double low = shownFrames().low - reach().low;
+    const double end = std::max(reach().width() - span(), low);
     scrollStep_ = std::max(1.0, end / kScrollSteps);
     const QSignalBlocker silence(scrollBar_);
     scrollBar_->setRange(0, static_cast<int>(end / scrollStep_));

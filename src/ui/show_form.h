@@ -24,6 +24,7 @@
 #include "display/shown_marks.h"
 #include "exports/frame_wish.h"
 #include "language/text_ids.h"
+#include "measure/cursor_places.h"
 #include "ui/records_signal.h"
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
@@ -32,6 +33,7 @@
 
 class QAction;
 class QActionGroup;
+class QHBoxLayout;
 class QLabel;
 class QMenu;
 class QScrollBar;
@@ -46,6 +48,14 @@ class OverviewStrip;
 class ShowTools;
 class SpectrumPane;
 class T_DigitalSignalSettings;
+
+/// What the views of several recordings show together, in frames of the one that is told.
+struct SharedPart {
+    PictureEdges edges;
+    double origin = 0.0;  ///< that the X axis counts from
+    bool clock = false;   ///< the axis tells the time of day
+    std::array<double, CursorPlaces::kCount> cursors{};
+};
 
 /// The signal view: the newest frames of the running recording, older ones by its scroll bar, or a recording that was
 /// opened. It sits in a dock of the main window, which is detached to be a window of its own.
@@ -131,6 +141,21 @@ public:
     /// What lies between the cursors, or what is in the picture, is to be saved: of an opened recording.
     void SavePartClick();
 
+    // One above the other with other recordings (show_form_compare.cpp).
+    /// This view lies below `first`, which outlives it, and shows another recording. It has no bars of its own, and
+    /// tells the place of the mouse in `head`.
+    void lieBelow(T_ShowForm& first, QHBoxLayout& head);
+    /// The recording that was opened, while it is shown in its course; null when there is none.
+    [[nodiscard]] const RecordedFrames* shownRecording() const;
+    [[nodiscard]] const QString& openedTitle() const { return openedTitle_; }
+    [[nodiscard]] SharedPart sharedPart() const;
+    void setSharedPart(const SharedPart& part);
+    /// Frames that can be gone to, also where another recording has some; nothing: its own.
+    void setReach(const std::optional<PictureEdges>& reach);
+    [[nodiscard]] bool showsWhole() const;
+    /// All of it on the X axis.
+    void fitTime();
+
     // Lanes (show_form_lanes.cpp).
     /// Curves in lanes, or one upon the other.
     void LanesClick(bool lanes);
@@ -176,6 +201,10 @@ public:
     void AxisYAutoClick(bool automatic);
 
 signals:
+    /// What is in the picture, or how, was changed.
+    void changed();
+    /// The signal is about to be another one.
+    void signalLeft();
     /// A text for the user's list of messages.
     void message(const QString& text);
     /// The user switched a channel on or off in the picture.
@@ -233,6 +262,8 @@ private:
     [[nodiscard]] double span() const;
     void setSpan(double frames);
     void setPosition(double frame);
+    /// Frames that can be gone to.
+    [[nodiscard]] PictureEdges reach() const;
     [[nodiscard]] ShownFrames shownFrames() const;
     [[nodiscard]] AxisXUnit unitX() const;
     [[nodiscard]] int digitalLines() const;
@@ -243,6 +274,7 @@ private:
     void fetch();
     void giveReadings();
     void draw();
+    void redraw();
     void userChanged();
     void showControls();
     void showScrollBar();
@@ -322,7 +354,10 @@ private:
     double position_ = 0.0;    ///< frame at the left edge while the picture stays
     double scrollStep_ = 1.0;  ///< frames in a step of the scroll bar
     double fileSpan_ = 1.0;    ///< frames on screen of an opened recording
-    bool fileClock_ = false;   ///< the axis of an opened recording tells the time of day
+    double fileOrigin_ = 0.0;  ///< its frame that the axis counts from
+    std::optional<PictureEdges> fileReach_;
+    T_ShowForm* first_ = nullptr;  ///< that this one lies below
+    bool fileClock_ = false;       ///< the axis of an opened recording tells the time of day
     std::optional<WallClock> liveClock_;
     bool held_ = false;                ///< the user holds the picture with the mouse, however it is followed
     std::optional<double> wholeSpan_;  ///< frames on screen before the user zoomed with the mouse

@@ -327,7 +327,7 @@ void T_ShowForm::retranslate() {
     if (markList_) {
         markList_->retranslate();
     }
-    userChanged();
+    redraw();
 }
 
 }  // namespace tarno2

@@ -24,6 +24,10 @@ void T_ShowForm::ClockClick(bool on) {
 }
 
 void T_ShowForm::GoToTimeClick() {
+    if (first_ != nullptr) {
+        first_->GoToTimeClick();
+        return;
+    }
     guarded("GoToTimeClick", [this] {
         if (shownSignal() != nullptr) {
             GoToDialog(

@@ -69,7 +69,7 @@ void T_ShowForm::closeEvent(QCloseEvent* event) {
 }
 
 void T_ShowForm::FormResize() {
-    userChanged();
+    redraw();
 }
 
 void T_ShowForm::FormShow() {
@@ -78,7 +78,7 @@ void T_ShowForm::FormShow() {
     if (drawing_) {
         drawing_->setEnabled(true);
     }
-    userChanged();
+    redraw();
 }
 
 void T_ShowForm::FormHide() {
@@ -107,17 +107,19 @@ void T_ShowForm::ScrollBar1Change(int value) {
     if (!stays()) {
         return;
     }
-    setPosition(value * scrollStep_);
+    setPosition(reach().low + value * scrollStep_);
     userChanged();
 }
 
 void T_ShowForm::ScrollBar1KeyDown(int key) {
-    const uint64_t frames = frameCount();
-    if (!stays() || frames == 0) {
+    if (!stays() || frameCount() == 0) {
         return;
     }
     const auto page = static_cast<uint64_t>(std::llround(span()));
-    setPosition(static_cast<double>(scrolledPosition(static_cast<uint64_t>(position_), key, page, frames)));
+    const PictureEdges all = reach();
+    const auto from = static_cast<uint64_t>(std::max(position_ - all.low, 0.0));
+    setPosition(all.low +
+                static_cast<double>(scrolledPosition(from, key, page, static_cast<uint64_t>(std::ceil(all.width())))));
     userChanged();
 }
 

@@ -85,6 +85,10 @@ void T_ShowForm::setThresholdsLocked(bool locked) {
 }
 
 void T_ShowForm::RecordsClick(int count) {
+    if (first_ != nullptr) {
+        first_->RecordsClick(count);
+        return;
+    }
     guarded("RecordsClick", [&] {
         settings_.viewRecords = count;
         layRecords();
@@ -104,7 +108,7 @@ void T_ShowForm::layRecords() {
         records_.reset();
     }
     ShownSignal* signal = shownSignal();
-    if (signal != nullptr && drawing_ && settings_.viewRecords > 0 && signal->records() &&
+    if (signal != nullptr && drawing_ && first_ == nullptr && settings_.viewRecords > 0 && signal->records() &&
         signal->recordFrames() != nullptr) {
         endWork();
         drawing_->clear();

@@ -25,8 +25,33 @@ constexpr int kCauseFit = 100;
 constexpr int kCauseStrip = 101;
 
 constexpr uint64_t kStripPeriodMs = 500;
+constexpr double kLeastSpan = 2.0;
+constexpr double kMostSpan = 1e15;
 
 }  // namespace
+
+void T_ShowForm::showWhole() {
+    position_ = reach().low;
+    fileSpan_ = std::max(reach().width(), 1.0);
+}
+
+void T_ShowForm::setSpan(double frames) {
+    frames = std::clamp(frames, kLeastSpan, kMostSpan);
+    if (fixed()) {
+        fileSpan_ = std::min(frames, std::max(kLeastSpan, reach().width()));
+    } else if (live_ && unitX() == static_cast<AxisXUnit>(settings_.axisXUnit)) {
+        settings_.axisXValue = axisXOfFrame(frames, unitX(), live_->format().framesPerSecond);
+    }
+}
+
+void T_ShowForm::setPosition(double frame) {
+    position_ = std::clamp(frame, reach().low, reach().high);
+}
+
+PictureEdges T_ShowForm::reach() const {
+    return fileReach_ && shownRecording() != nullptr ? *fileReach_
+                                                     : PictureEdges{0.0, static_cast<double>(frameCount())};
+}
 
 ShownPart T_ShowForm::shownPart() const {
     ShownPart part;
@@ -44,13 +69,19 @@ ShownPart T_ShowForm::shownPart() const {
 }
 
 void T_ShowForm::leavePart(int cause) {
-    if (shownSignal() != nullptr) {
+    if (first_ != nullptr) {
+        first_->leavePart(cause);
+    } else if (shownSignal() != nullptr) {
         zooms_.leave(shownPart(), cause, static_cast<uint64_t>(clock_.elapsed()));
         zoomBack_->setEnabled(true);
     }
 }
 
 void T_ShowForm::ZoomBackClick() {
+    if (first_ != nullptr) {
+        first_->ZoomBackClick();
+        return;
+    }
     const auto part = zooms_.back();
     zoomBack_->setEnabled(!zooms_.empty());
     if (!part || shownSignal() == nullptr) {
@@ -75,6 +106,12 @@ void T_ShowForm::ZoomBackClick() {
 void T_ShowForm::FitClick() {
     leavePart(kCauseFit);
     PaintBox1DblClick();
+}
+
+void T_ShowForm::fitTime() {
+    leavePart(kCauseFit);
+    showWhole();
+    userChanged();
 }
 
 // About the middle of the picture; of a running signal that is followed its newest end stays.
@@ -110,7 +147,7 @@ void T_ShowForm::FirstFrameClick() {
     if (shownSignal() != nullptr) {
         leavePart(kScoperaCauseKey);
         held_ = held_ || !stays();
-        setPosition(0.0);
+        setPosition(reach().low);
         userChanged();
     }
 }
@@ -118,7 +155,7 @@ void T_ShowForm::FirstFrameClick() {
 void T_ShowForm::NewestFrameClick() {
     if (shownSignal() != nullptr) {
         held_ = false;
-        setPosition(std::max(static_cast<double>(frameCount()) - span(), 0.0));
+        setPosition(std::max(reach().high - span(), reach().low));
         userChanged();
     }
 }

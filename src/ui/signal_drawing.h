@@ -78,6 +78,9 @@ public:
     [[nodiscard]] AxisYUnit unitY() const { return unitY_; }
     /// Its text: of the units of the channels, those that are shown.
     [[nodiscard]] const std::string& unitTextY() const { return unitTextY_; }
+    /// Where the settings leave it to the number of channels, curves lie in lanes when they do so there. It outlives
+    /// this one.
+    void setLanesLike(const SignalDrawing& other) { lanesLike_ = &other; }
     /// Units of Y in a volt where the user gives the scale: what `axisYValue` is in. 1 for codes.
     [[nodiscard]] double userUnitsPerVolt(const SignalFormat& format) const;
     /// The automatic scale has not settled yet: draw again soon.
@@ -162,6 +165,7 @@ private:
     std::string unitTextY_;
     AutomaticScaleY scale_;  ///< volts, or codes, or units
     LaneLayout layout_;
+    const SignalDrawing* lanesLike_ = nullptr;
     std::vector<DrawnLane> lanes_;  ///< none: one upon the other
     int32_t marked_ = -1;
     std::vector<ChannelValues> values_;  ///< newest ones, for the heads

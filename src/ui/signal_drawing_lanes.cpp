@@ -19,7 +19,10 @@ constexpr double kLineMargin = 0.15;  // of the height between 0 and 1, above an
 }  // namespace
 
 bool SignalDrawing::lanesWanted(const SignalFormat& format) const {
-    return settings_.viewLanes >= 0 ? settings_.viewLanes == 1 : analogColumns(format) > kMostOnOneAxis;
+    if (settings_.viewLanes >= 0) {
+        return settings_.viewLanes == 1;
+    }
+    return lanesLike_ != nullptr ? lanesLike_->inLanes() : analogColumns(format) > kMostOnOneAxis;
 }
 
 void SignalDrawing::scaleLanes(const ShownSignal& signal, uint64_t nowMs) {
