@@ -31,6 +31,8 @@ struct AdditionalModeFacts {
 ///
 /// Show it with `open()`; `setFacts` before. Its controls keep their state while it is hidden.
 class T_AdditionalModeWindow : public QDialog {
+    Q_OBJECT
+
 public:
     /// Both outlive the window.
     T_AdditionalModeWindow(SynchroSettings& settings, SynchroSizes& sizes, QWidget* parent = nullptr);

@@ -20,6 +20,8 @@ namespace tarno2 {
 /// A button that shows what was chosen in its popup menu. Items carry their tags as data; several buttons may share a
 /// popup.
 class TaggedButton : public QPushButton {
+    Q_OBJECT
+
 public:
     TaggedButton(const char* name, QMenu* popup, QWidget* parent);
 

@@ -21,6 +21,8 @@ namespace tarno2 {
 /// colour. Every
 /// change goes into the settings at once and is drawn at once.
 class T_DigitalSignalSettings : public QDialog {
+    Q_OBJECT
+
 public:
     /// `lines`: the lines that the view draws now, and `names` of those that have one; they belong to the view's
     /// settings and outlive the window. `repaint` draws the view.

@@ -9,6 +9,8 @@ namespace tarno2 {
 /// A small picture of what the synchronisation settings let through: an invented signal with the levels, the edge and
 /// the record, and what is kept of it drawn strong. Colours follow the palette.
 class SynchroPicture : public QWidget {
+    Q_OBJECT
+
 public:
     explicit SynchroPicture(QWidget* parent = nullptr);
 
