@@ -110,8 +110,8 @@ StateStrip::StateStrip(QWidget* parent) : QWidget(parent) {
 
 void StateStrip::buildRow(QVBoxLayout* column) {
     auto* row = new QHBoxLayout;
-    row->setContentsMargins(6, 5, 6, 5);
-    row->setSpacing(6);
+    row->setContentsMargins(4, 5, 4, 5);
+    row->setSpacing(4);
     column->addLayout(row);
     buildButtons(row);
     word_ = new QLabel(this);
