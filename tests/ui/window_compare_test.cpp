@@ -117,7 +117,7 @@ TEST_F(WindowCompare, AlignedAtTheStartOrByTheTimeOfDay) {
     EXPECT_NEAR(row.view()->sharedPart().edges.low, -2.5 * 250.0, 1e-6) << "nothing of it for 2.5 s";
 
     // What is done in one picture is done in the other, and gone back in both.
-    QWidget* below = row.view()->findChild<QWidget*>("PaintBox1");
+    auto* below = row.view()->findChild<QWidget*>("PaintBox1");
     form().activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&form()));
     below->setFocus();
