@@ -161,6 +161,7 @@ private:
     void buildSignalView();
     void renewSignalView();
     void makeSignalView();
+    void orderTabs();
     void showRunningSignal();
     void buildRecordingLists();
     void savePart(const std::string& dataFile, const FrameWish& wish);

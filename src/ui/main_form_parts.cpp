@@ -17,6 +17,7 @@
 #include "ui/panels/channels_panel.h"
 #include "ui/panels/panel_stack.h"
 #include "ui/part_icons.h"
+#include "ui/recording_stack.h"
 #include "ui/state_strip.h"
 #include "ui/text.h"
 
@@ -181,6 +182,22 @@ void T_MainForm::storePartPlaces() {
     }
     if (messages_->isVisible() && messages_->unfolded()) {
         settings_.messagesHeight = messages_->height();
+    }
+}
+
+// Tab goes from the settings to the table, the signal and then the messages. The signal is made last, and anew.
+void T_MainForm::orderTabs() {
+    QWidget* before = &channelsPanel_->table();
+    setTabOrder(tableButton_, before);
+    QList<QWidget*> stops;
+    for (QWidget* next = signalStack_->nextInFocusChain(); next != signalStack_; next = next->nextInFocusChain()) {
+        if (signalStack_->isAncestorOf(next) && next->focusPolicy() != Qt::NoFocus && next->focusProxy() == nullptr) {
+            stops << next;
+        }
+    }
+    for (QWidget* stop : stops) {
+        setTabOrder(before, stop);
+        before = stop;
     }
 }
 

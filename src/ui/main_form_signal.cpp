@@ -85,6 +85,7 @@ void T_MainForm::makeSignalView() {
     }
     menu_.showSignal->setChecked(settings_.showFormVisible);
     signalDock_->setVisible(settings_.showFormVisible);
+    orderTabs();
 }
 
 void T_MainForm::showRunningSignal() {

@@ -4,6 +4,7 @@
 #include <QMap>
 #include <QMenuBar>
 #include <QScrollBar>
+#include <QStatusBar>
 
 #include "tests/ui/main_window.h"
 #include "ui/save_as_text_form.h"
@@ -104,6 +105,32 @@ TEST_F(WindowAccess, EveryControlHasANameAndNoLetterIsTakenTwice) {
         }
         ASSERT_TRUE(close());
     }
+}
+
+// The start, the settings, the channels, the signal, the messages.
+TEST_F(WindowAccess, TabGoesThroughTheWindowInTheOrderOfTheWork) {
+    wanted_.showSettingMember = 1;
+    open();
+    const QList<QWidget*> parts = {
+        find("StateStrip"), find("PanelHeader1")->parentWidget(),         find("ChannelTable"),
+        find("T_ShowForm"), find("UnfoldMessagesButton")->parentWidget(), form().statusBar()};
+    QList<qsizetype> walked;
+    for (QWidget* stop = find("StartButton"); walked.size() < 100;) {
+        qsizetype part = -1;
+        for (qsizetype i = 0; i < parts.size(); ++i) {
+            part = parts[i] == stop || parts[i]->isAncestorOf(stop) ? i : part;
+        }
+        if (walked.isEmpty() || walked.last() != part) {
+            walked << part;
+        }
+        stop->setFocus();
+        QTest::keyClick(stop, Qt::Key_Tab);
+        stop = QApplication::focusWidget();
+        if (stop == nullptr || stop == find("MonitorButton")) {
+            break;
+        }
+    }
+    EXPECT_EQ(walked, (QList<qsizetype>{0, 1, 2, 3, 4, 5}));
 }
 
 }  // namespace
