@@ -120,6 +120,9 @@ void T_DigitalSignalSettings::loadCaptions() {
     lineNumberBox_->setTitle(uiText(TextId::DigitalLineNumber));
     nameBox_->setTitle(uiText(TextId::LineName));
     nameEdit_->setAccessibleName(uiText(TextId::LineName));
+    lineList_->setAccessibleName(uiText(TextId::DigitalLineNumber));
+    zeroLevelTrack_->setAccessibleName(uiText(TextId::DigitalZeroLevelCaption));
+    ampLevelTrack_->setAccessibleName(uiText(TextId::DigitalSignalLevel));
     zeroLevelBox_->setTitle(uiText(TextId::DigitalZeroLevelCaption));
     ampLevelBox_->setTitle(uiText(TextId::DigitalSignalLevel));
     colorBox_->setTitle(uiText(TextId::ColorCaption));

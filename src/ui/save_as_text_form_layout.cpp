@@ -260,6 +260,9 @@ void T_SaveAsTextForm::loadNewCaptions() {
     everyLabel_->setText(uiText(TextId::ExportEvery));
     channelsLabel_->setText(uiText(TextId::ExportChannels));
     previewBox_->setTitle(uiText(TextId::ExportPreview));
+    preview_->setAccessibleName(uiText(TextId::ExportPreview));
+    symbol_->setAccessibleName(uiText(TextId::ExportDividerSymbol));
+    maximumLines_->setAccessibleName(uiText(TextId::ExportMaxLines));
     from_->setToolTip(uiText(TextId::ExportPlaceHint));
     to_->setToolTip(uiText(TextId::ExportPlaceHint));
     every_->setToolTip(uiText(TextId::ExportEveryHint));

@@ -7,7 +7,12 @@
 #include <QStatusBar>
 
 #include "tests/ui/main_window.h"
+#include "ui/about_box.h"
+#include "ui/digital_signal_settings.h"
+#include "ui/go_to_dialog.h"
+#include "ui/mark_list_window.h"
 #include "ui/save_as_text_form.h"
+#include "ui/scale_dialog.h"
 #include "ui/setups_window.h"
 
 namespace tarno2::test {
@@ -102,6 +107,29 @@ TEST_F(WindowAccess, EveryControlHasANameAndNoLetterIsTakenTwice) {
                 EXPECT_TRUE(letter.isEmpty() || !letters.contains(letter)) << action->text().toStdString();
                 letters.insert(letter);
             }
+        }
+        ASSERT_TRUE(close());
+    }
+}
+
+TEST_F(WindowAccess, DialogsNameTheirControls) {
+    std::array<DigitalLineSettings, 2> lines;
+    std::vector<std::string> names;
+    TextExportSettings text;
+    for (const InterfaceLanguage language : {InterfaceLanguage::English, InterfaceLanguage::Russian}) {
+        wanted_.language = language;
+        open();
+        T_DigitalSignalSettings digital(lines, names, [] {});
+        T_SaveAsTextForm save(text, {});
+        MarkListWindow marks(nullptr);
+        ScaleDialog scale(1, {}, nullptr);
+        AboutBox about({"Simulator", 1, "."}, nullptr);
+        GoToDialog place(
+            "Go to", "seconds", [](const QString&) { return QString(); }, nullptr);
+        for (QWidget* window : std::initializer_list<QWidget*>{&digital, &save, &marks, &scale, &about, &place}) {
+            window->show();
+            EXPECT_EQ(nameless(*window).join('\n').toStdString(), "") << window->metaObject()->className();
+            EXPECT_EQ(takenTwice(*window).join('\n').toStdString(), "") << window->metaObject()->className();
         }
         ASSERT_TRUE(close());
     }
