@@ -183,7 +183,10 @@ TEST(Monitor, TellsOfALossInItsOwnCountAndInThatOfTheRecording) {
         EXPECT_EQ(result.code, StopCode::Error);
         EXPECT_EQ(result.detail, ErrorDetail::Overflow);
         EXPECT_EQ(result.monitored, !recorded);
-        EXPECT_EQ(result.overflowPosition, recorded ? kHalf : 2 * kHalf);
+        // Until the reader has asked the board once more, what it has read last may have been overwritten meanwhile.
+        const uint64_t read = recorded ? kHalf : 2 * kHalf;
+        EXPECT_TRUE(result.overflowPosition == read || result.overflowPosition == read - kHalf)
+            << result.overflowPosition;
         ASSERT_EQ(result.losses.size(), 1U);
         EXPECT_EQ(result.losses[0].sample, result.overflowPosition);
         EXPECT_TRUE(rig.shell.hasShown("Attention"));
