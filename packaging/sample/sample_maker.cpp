@@ -105,6 +105,7 @@ std::string waveFile() {
 
 std::vector<RecordingMark> marks() {
     std::vector<RecordingMark> made;
+    made.reserve(kBlows.size());
     for (const Blow& blow : kBlows) {
         made.push_back({made.size() + 1, blow.frame, kStart + int64_t{blow.frame} * 1'000'000 / kRate,
                         MarkSource::Operator, blow.text});

@@ -59,7 +59,7 @@ bool isInstalled(const char* driver) {
 
 std::string sampleRecording() {
     for (const char* folder : {"sample", TARNO2_SAMPLE_FROM_PROGRAM}) {
-        const std::string file = joinPath(joinPath(executableFolder(), folder), "sample.dat");
+        std::string file = joinPath(joinPath(executableFolder(), folder), "sample.dat");
         if (fileExists(file)) {
             return file;
         }

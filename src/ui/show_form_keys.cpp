@@ -48,7 +48,7 @@ void T_ShowForm::fillMenu(QMenu& menu) {
 // From the actions themselves; arrows and pages mean something else in fields and lists, and are no actions.
 void T_ShowForm::KeysClick() {
     guarded("KeysClick", [this] {
-        const auto keys = [](QKeySequence first, QKeySequence second) {
+        const auto keys = [](const QKeySequence& first, const QKeySequence& second) {
             return first.toString(QKeySequence::NativeText) + QStringLiteral(", ") +
                    second.toString(QKeySequence::NativeText);
         };

@@ -49,14 +49,15 @@ QString bitText(int32_t mode, int32_t bit, const std::vector<std::string>& names
 
 QString analysisText(const RecordingWish& wish, const std::function<ChannelLabel(int32_t)>& labelOf) {
     const SynchroSettings& s = wish.synchro;
-    const std::array words = {TextId::TriggerStart, TextId::TriggerWrite, TextId::TriggerStop};
-    const Level levels[] = {
-        {s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartChannel, s.AnalyzeAnalogStartValue, s.AnalyzeAnalogStartUnit},
-        {s.AnalyzeAnalogWriteMode, s.AnalyzeAnalogWriteChannel, s.AnalyzeAnalogWriteValue, s.AnalyzeAnalogWriteUnit},
-        {s.AnalyzeAnalogStopMode, s.AnalyzeAnalogStopChannel, s.AnalyzeAnalogStopValue, s.AnalyzeAnalogStopUnit}};
-    const std::pair<int32_t, int32_t> bits[] = {{s.AnalyzePortStartMode, s.AnalyzePortStartBit},
-                                                {s.AnalyzePortWriteMode, s.AnalyzePortWriteBit},
-                                                {s.AnalyzePortStopMode, s.AnalyzePortStopBit}};
+    constexpr std::array words = {TextId::TriggerStart, TextId::TriggerWrite, TextId::TriggerStop};
+    const std::array<Level, words.size()> levels = {
+        {{s.AnalyzeAnalogStartMode, s.AnalyzeAnalogStartChannel, s.AnalyzeAnalogStartValue, s.AnalyzeAnalogStartUnit},
+         {s.AnalyzeAnalogWriteMode, s.AnalyzeAnalogWriteChannel, s.AnalyzeAnalogWriteValue, s.AnalyzeAnalogWriteUnit},
+         {s.AnalyzeAnalogStopMode, s.AnalyzeAnalogStopChannel, s.AnalyzeAnalogStopValue, s.AnalyzeAnalogStopUnit}}};
+    const std::array<std::pair<int32_t, int32_t>, words.size()> bits = {
+        {{s.AnalyzePortStartMode, s.AnalyzePortStartBit},
+         {s.AnalyzePortWriteMode, s.AnalyzePortWriteBit},
+         {s.AnalyzePortStopMode, s.AnalyzePortStopBit}}};
     QStringList parts;
     for (size_t i = 0; i < words.size(); ++i) {
         const int32_t mode = s.analysisOnPort ? bits[i].first : levels[i].mode;
