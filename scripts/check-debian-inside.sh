@@ -56,6 +56,7 @@ check_inside "bash completes" '. /usr/share/bash-completion/completions/tarno2-e
     _tarno2 tarno2-export && [ "${COMPREPLY[*]}" = wav ]'
 check_inside "a picture of a recording is drawn without a display" 'tarno2-thumbnail --size 128 /srv/root/first.txt /tmp/a.png && head -c 4 /tmp/a.png | grep -q PNG'
 check_inside "the manual is there in both languages" '[ -f /usr/share/doc/tarno2/manual/en/index.html ] && [ -f /usr/share/doc/tarno2/manual/ru/index.html ]'
+check_inside "the sample recording is right" 'tarno2-verify --quiet /usr/share/tarno2/sample/sample.dat'
 check_inside "the group for real time is there" 'getent group tarno2 >/dev/null && grep -q "@tarno2.*rtprio" /etc/security/limits.d/tarno2.conf'
 
 check "everything is installed" install_inside './packages/*.deb' man-db libglib2.0-bin shared-mime-info g++ cmake make

@@ -138,6 +138,7 @@ opens_recordings() {
 check "recordings are offered to the program" opens_recordings
 rm "$installed/Tarno2.cfg"
 check "programs are installed" test -f "$installed/Tarno2.exe" -a -f "$installed/tarno2-console.exe"
+check "the sample recording is installed" test -s "$installed/sample/sample.dat"
 check "registry.d is left to the real registry" not test -e "$installed/registry.d"
 check "the simulator is registered" has_value "$catalogue\\Simulator" path "$program\\simulator.dll"
 check "the replay driver is registered" has_value "$catalogue\\Replay" path "$program\\replay.dll"

@@ -170,7 +170,7 @@ def set_trigger(program):
 def check_trigger(program):
     program.use_window("Tarno2")
     program.press("F5")
-    time.sleep(2)
+    wait_for(lambda: recordings(program.home) and recordings(program.home)[0].stat().st_size, "a record")
     program.press("F6")
     program.find("label", "■ Stopped")
     data, = recordings(program.home)

@@ -29,4 +29,5 @@ done
 [ -s "$home/display" ] || fail "No screen"
 DISPLAY=:$(cat "$home/display")
 export DISPLAY XDG_RUNTIME_DIR=$home HOME=$home TARNO2_BIN=$PWD/build/release/bin
+unset TARNO2_REGISTRY TARNO2_SIMULATOR XDG_CONFIG_HOME XDG_DATA_HOME
 dbus-run-session -- /usr/bin/python3 scripts/first-uses.py ${folder:+"$folder"} 2> >(grep -v -e dbus-daemon -e SpiRegistry -e "X connection" >&2)

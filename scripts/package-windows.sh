@@ -5,6 +5,7 @@
 #
 # Leaves BUILD/packages/Tarno2-VERSION-windows.zip and Tarno2-VERSION-setup.exe. Of a build without windows they are good
 # for trying the installer alone, and are named Tarno2-VERSION-without-windows-...
+# The sample recording is that of the native build, which is made when it is not there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -31,7 +32,7 @@ find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -exec x86_64-w64-min
 
 # What signs a file where it lies: "$TARNO2_SIGN FILE".
 if [ -n "${TARNO2_SIGN:-}" ]; then
-    find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -print0 | xargs -0 -n 1 $TARNO2_SIGN
+    find "$folder" -type f \( -name '*.exe' -o -name '*.dll' \) -print0 | xargs -0 -r -n 1 $TARNO2_SIGN
 fi
 
 (cd "$packages" && zip -q -9 -r "$name-windows.zip" Tarno2)

@@ -9,12 +9,15 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/codepage1251.h"
 #include "platform/file.h"
+#include "platform/sha256.h"
+#include "records/checksum_list.h"
 #include "records/mark_list.h"
 #include "records/passport.h"
 
@@ -156,6 +159,14 @@ void settleDescription(const std::string& name) {
     write(name, text);
 }
 
+/// The marks come after the checksums were taken.
+void addChecksum(const std::string& list, const std::string& file, const std::string& text) {
+    Sha256 sum;
+    sum.add(std::as_bytes(std::span(text)));
+    const FileChecksum line{file, sum.take()};
+    write(list, read(list) + checksumListText(std::span(&line, 1)));
+}
+
 int run(const std::string& what, const std::string& name) {
     try {
         if (what == "signal") {
@@ -165,6 +176,7 @@ int run(const std::string& what, const std::string& name) {
             settlePassport(name + ".json", base + ".marks.csv");
             settleDescription(name + ".txt");
             write(name + ".marks.csv", marksText(marks()));
+            addChecksum(name + ".sha256", base + ".marks.csv", marksText(marks()));
         }
     } catch (const std::string& why) {
         std::fprintf(stderr, "%s\n", why.c_str());

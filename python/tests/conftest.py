@@ -3,6 +3,7 @@
 import importlib
 import os
 import subprocess
+import time
 from pathlib import Path
 
 import numpy as np
@@ -33,6 +34,15 @@ def run(program, *arguments, **environment):
     )
     assert done.returncode == 0, f"{program}: {done.stdout}{done.stderr}"
     return done.stdout
+
+
+def wait_for_bytes(recorder, file, count=1):
+    """Until a running recorder has so many bytes in a file."""
+    end = time.monotonic() + GUARD
+    while not (file.exists() and file.stat().st_size >= count):
+        assert recorder.poll() is None, f"the recorder ended without {file.name}"
+        assert time.monotonic() < end, f"{file.name} does not come"
+        time.sleep(0.01)
 
 
 def settings(data, board, channels, frequency, more):

@@ -6,7 +6,7 @@ import subprocess
 
 import numpy as np
 import pytest
-from conftest import PROGRAMS, record, run, settings
+from conftest import PROGRAMS, record, run, settings, wait_for_bytes
 
 import tarno2
 
@@ -131,8 +131,7 @@ def test_a_recording_that_was_cut_off(tmp_path):
         stdin=subprocess.DEVNULL,
     )
     data = tmp_path / "off.dat"
-    while recorder.poll() is None and not (data.exists() and data.stat().st_size > 20000):
-        pass
+    wait_for_bytes(recorder, data, 20001)
     # What runs may be looked at by its first passport.
     with pytest.warns(tarno2.RecordingWarning, match="there is no description"):
         running = tarno2.open(data)

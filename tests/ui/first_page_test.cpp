@@ -63,15 +63,16 @@ TEST_F(FirstStart, ShowsTheSignalOfTheSimulatedBoard) {
 TEST_F(FirstStart, OpensTheSample) {
     openAgain();
     auto* sample = find<QCommandLinkButton>("FirstSample");
-    ASSERT_EQ(sample->isEnabled(), !sampleRecording().empty());
-    if (!sample->isEnabled()) {
-        EXPECT_EQ(sample->description(), uiText(TextId::FirstNoSampleHint));
-        return;
-    }
+#ifdef TARNO2_HAS_SAMPLE
+    ASSERT_TRUE(sample->isEnabled());
     click("FirstSample");
     ASSERT_TRUE(waitForSignal());
     EXPECT_TRUE(find("T_ShowForm")->windowTitle().contains("sample"));
     expectNeverAgain();
+#else
+    EXPECT_FALSE(sample->isEnabled());
+    EXPECT_EQ(sample->description(), uiText(TextId::FirstNoSampleHint));
+#endif
 }
 
 TEST_F(FirstStart, TellsWhyThereIsNoSoundCard) {

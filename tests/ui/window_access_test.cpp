@@ -143,7 +143,9 @@ TEST_F(WindowAccess, TabGoesThroughTheWindowInTheOrderOfTheWork) {
         find("StateStrip"), find("PanelHeader1")->parentWidget(),         find("ChannelTable"),
         find("T_ShowForm"), find("UnfoldMessagesButton")->parentWidget(), form().statusBar()};
     QList<qsizetype> walked;
-    for (QWidget* stop = find("StartButton"); walked.size() < 100;) {
+    constexpr int kMostPresses = 500;
+    QWidget* stop = find("StartButton");
+    for (int presses = 0; presses < kMostPresses; ++presses) {
         qsizetype part = -1;
         for (qsizetype i = 0; i < parts.size(); ++i) {
             part = parts[i] == stop || parts[i]->isAncestorOf(stop) ? i : part;

@@ -59,7 +59,7 @@ protected:
         first_ = find<T_ShowForm>("T_ShowForm");
     }
     /// Drops the file where the mouse would over that widget.
-    void drop(QWidget& over, const std::string& file, Qt::KeyboardModifiers keys = Qt::NoModifier) {
+    void dropFile(QWidget& over, const std::string& file, Qt::KeyboardModifiers keys = Qt::NoModifier) {
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(fromFileName(file))});
         const QPoint place = over.mapTo(over.window(), over.rect().center());
@@ -71,9 +71,7 @@ protected:
         QCoreApplication::sendEvent(window, &event);
         QCoreApplication::processEvents();
     }
-    [[nodiscard]] QList<ComparedRecording*> rows() {
-        return form().findChildren<ComparedRecording*>(QString(), Qt::FindChildrenRecursively);
-    }
+    [[nodiscard]] QList<ComparedRecording*> rows() { return form().findChildren<ComparedRecording*>(); }
     /// Seconds from one edge of the first picture to the other, counted from its recording's beginning.
     [[nodiscard]] PictureEdges shown(const T_ShowForm& view, double rate) const {
         const SharedPart part = view.sharedPart();
@@ -98,7 +96,7 @@ TEST_F(WindowCompare, AlignedAtTheStartOrByTheTimeOfDay) {
     const std::string first = recorded("first", 1000.0, 4.0, 10.0);
     const std::string second = recorded("second", 250.0, 6.0, 12.5, 120);
     open();
-    drop(*find("PaintBox1"), first);
+    dropFile(*find("PaintBox1"), first);
     EXPECT_EQ(first_->openedFile(), first);
     inDialog<QFileDialog>(form(), [&](QFileDialog& dialog) {
         dialog.selectFile(fromFileName(second));
@@ -143,14 +141,14 @@ TEST_F(WindowCompare, DroppedRecordingsAreOpenedAddedOrRefused) {
     const std::string noClock = recorded("noclock", 1000.0, 4.0, -1.0);
     const std::string bare = folder_.write("bare.dat", "1234");
     open();
-    drop(*form().menuBar(), first, Qt::ControlModifier);
+    dropFile(*form().menuBar(), first, Qt::ControlModifier);
     EXPECT_EQ(first_->openedFile(), first) << "nothing was opened before";
     EXPECT_TRUE(rows().empty());
-    drop(*find("PaintBox1"), bare, Qt::ControlModifier);
+    dropFile(*find("PaintBox1"), bare, Qt::ControlModifier);
     EXPECT_TRUE(rows().empty());
     EXPECT_TRUE(listHas("has no description"));
     for (int i = 0; i < 4; ++i) {
-        drop(*find("PaintBox1"), noClock, Qt::ControlModifier);
+        dropFile(*find("PaintBox1"), noClock, Qt::ControlModifier);
     }
     ASSERT_EQ(rows().size(), 3);
     EXPECT_TRUE(listHas("No more than 4 recordings"));
@@ -158,7 +156,7 @@ TEST_F(WindowCompare, DroppedRecordingsAreOpenedAddedOrRefused) {
     EXPECT_EQ(rows().front()->findChild<QComboBox*>("Alignment")->currentIndex(), 0) << "no time of day is known";
     // A view of its own window takes drops as well.
     find<QDockWidget>("SignalDock")->setFloating(true);
-    drop(*find("PaintBox1"), noClock);
+    dropFile(*find("PaintBox1"), noClock);
     EXPECT_EQ(first_->openedFile(), noClock);
     EXPECT_TRUE(rows().empty()) << "they belonged to the one before";
 }
