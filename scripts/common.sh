@@ -89,6 +89,22 @@ apt-get update && apt-get install -y --no-install-recommends ${missing[*]}"
 # Whether a build for Windows has the windows in it.
 has_windows() { grep -q '^TARNO2_GUI:.*=ON$' "$1/CMakeCache.txt"; }
 
+# A screen of its own, of 1280 x 900: its process is $screen, which the caller ends.
+start_screen() {
+    local number
+    number=$(mktemp)
+    Xvfb -displayfd 1 -noreset -screen 0 1280x900x24 >"$number" 2>/dev/null &
+    screen=$!
+    for _ in $(seq 100); do
+        [ ! -s "$number" ] || break
+        sleep 0.1
+    done
+    [ -s "$number" ] || fail "No screen"
+    DISPLAY=:$(cat "$number")
+    export DISPLAY
+    rm "$number"
+}
+
 # A Wine of its own, thrown away afterwards: no setting of the user's plays a part, and none is changed.
 start_wine() {
     unset DISPLAY

@@ -20,14 +20,7 @@ clean_up() {
     rm -rf "$home"
 }
 trap clean_up EXIT
-Xvfb -displayfd 1 -noreset -screen 0 1280x900x24 >"$home/display" 2>/dev/null &
-screen=$!
-for _ in $(seq 100); do
-    [ ! -s "$home/display" ] || break
-    sleep 0.1
-done
-[ -s "$home/display" ] || fail "No screen"
-DISPLAY=:$(cat "$home/display")
-export DISPLAY XDG_RUNTIME_DIR=$home HOME=$home TARNO2_BIN=$PWD/build/release/bin
+start_screen
+export XDG_RUNTIME_DIR=$home HOME=$home TARNO2_BIN=$PWD/build/release/bin
 unset TARNO2_REGISTRY TARNO2_SIMULATOR XDG_CONFIG_HOME XDG_DATA_HOME
 dbus-run-session -- /usr/bin/python3 scripts/first-uses.py ${folder:+"$folder"} 2> >(grep -v -e dbus-daemon -e SpiRegistry -e "X connection" >&2)

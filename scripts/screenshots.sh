@@ -26,21 +26,6 @@ clean_up() {
 }
 trap clean_up EXIT
 
-start_screen() {
-    local number=$home.display
-    Xvfb -displayfd 1 -screen 0 1280x900x24 >"$number" 2>/dev/null &
-    screen=$!
-    local i
-    for i in $(seq 100); do
-        [ -s "$number" ] && break
-        sleep 0.1
-    done
-    [ -s "$number" ] || fail "No screen"
-    DISPLAY=:$(cat "$number")
-    export DISPLAY
-    rm "$number"
-}
-
 # The settings of an operator: four channels of the simulated board, ten minutes; light (1)
 # or dark (2), the data file, and further lines.
 write_settings() {

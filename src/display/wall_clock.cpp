@@ -67,7 +67,7 @@ std::optional<WallClock> wallClockNow(uint64_t frames, double rate) {
     return clock;
 }
 
-int64_t timeBetween(const WallClock& from, const WallClock& to) {
+int64_t microsecondsBetween(const WallClock& from, const WallClock& to) {
     const int64_t shown = to.start - from.start;
     return from.ahead && to.ahead ? shown - (*to.ahead - *from.ahead) : shown;
 }

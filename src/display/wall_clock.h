@@ -29,9 +29,9 @@ struct WallClock {
 /// Of a running one, whose newest frame of so many has come by now.
 [[nodiscard]] std::optional<WallClock> wallClockNow(uint64_t frames, double rate);
 
-/// Microseconds from the beginning of the one to that of the other: by UTC where both know it, so that summer time and
+/// From the beginning of the one to that of the other: by UTC where both know it, so that summer time and
 /// places with another time don't matter, else as their clocks showed it.
-[[nodiscard]] int64_t timeBetween(const WallClock& from, const WallClock& to);
+[[nodiscard]] int64_t microsecondsBetween(const WallClock& from, const WallClock& to);
 
 /// The same moment as a time since 1970, by the calendar. Nothing when there is no such day or time.
 [[nodiscard]] std::optional<int64_t> timeOf(const LocalTime& time);

@@ -78,6 +78,11 @@ bool ComparedRecording::open(const std::string& dataFile) {
     if (!view_->openRecording(dataFile)) {
         return false;
     }
+    const auto& from = first_.shownRecording()->wallClock();
+    const auto& to = view_->shownRecording()->wallClock();
+    later_ = from && to ? std::optional(microsecondsBetween(*from, *to)) : std::nullopt;
+    auto* items = static_cast<QStandardItemModel*>(alignment_->model());
+    items->item(static_cast<int>(Alignment::TimeOfDay))->setEnabled(later_.has_value());
     align(Alignment::Start);
     retranslate();
     return true;
@@ -88,7 +93,6 @@ void ComparedRecording::align(Alignment alignment) {
 }
 
 void ComparedRecording::retranslate() {
-    const RecordedFrames* first = first_.shownRecording();
     title_->setText(view_->openedTitle());
     title_->setToolTip(fromFileName(view_->openedFile()));
     remove_->setToolTip(uiText(TextId::CompareRemove));
@@ -96,18 +100,11 @@ void ComparedRecording::retranslate() {
     alignment_->setToolTip(uiText(TextId::AlignHint));
     alignment_->setAccessibleName(uiText(TextId::AlignHint));
     alignment_->setItemText(static_cast<int>(Alignment::Start), uiText(TextId::AlignStart));
-    QString byTime = uiText(TextId::AlignTimeOfDay);
-    if (first != nullptr) {
-        const auto& from = first->wallClock();
-        const auto& to = view_->shownRecording()->wallClock();
-        const bool known = from && to;
-        byTime += known ? QStringLiteral(" (%1)").arg(laterText(timeBetween(*from, *to))) : QString();
-        auto* items = static_cast<QStandardItemModel*>(alignment_->model());
-        items->item(static_cast<int>(Alignment::TimeOfDay))->setEnabled(known);
-        items->item(static_cast<int>(Alignment::TimeOfDay))
-            ->setToolTip(known ? QString() : uiText(TextId::AlignNoClock));
-    }
-    alignment_->setItemText(static_cast<int>(Alignment::TimeOfDay), byTime);
+    alignment_->setItemText(
+        static_cast<int>(Alignment::TimeOfDay),
+        uiText(TextId::AlignTimeOfDay) + (later_ ? QStringLiteral(" (%1)").arg(laterText(*later_)) : QString()));
+    alignment_->setItemData(static_cast<int>(Alignment::TimeOfDay), later_ ? QString() : uiText(TextId::AlignNoClock),
+                            Qt::ToolTipRole);
     view_->retranslate();
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QWidget>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "core/devices/scoper_library.h"
@@ -51,6 +53,7 @@ private:
     QComboBox* alignment_;
     QToolButton* remove_;
     T_ShowForm* view_ = nullptr;
+    std::optional<int64_t> later_;  ///< than the first one it began, microseconds; nothing: nobody knows
     FrameLine line_;
 };
 

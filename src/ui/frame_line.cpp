@@ -22,7 +22,7 @@ std::optional<FrameLine> frameLine(const RecordedFrames& first, const RecordedFr
     if (!from || !to) {
         return std::nullopt;
     }
-    const double later = static_cast<double>(timeBetween(*from, *to)) / kMicroseconds;
+    const double later = static_cast<double>(microsecondsBetween(*from, *to)) / kMicroseconds;
     return FrameLine{-later * to->framesPerSecond, to->framesPerSecond / from->framesPerSecond};
 }
 

@@ -194,6 +194,9 @@ private:
     void applyBoard(ApplyOutcome outcome);
     void showDriverNotLoaded();
     void lookForBoard(std::function<ApplyOutcome()> search, std::function<void(ApplyOutcome)> found);
+    /// Looks for the driver's board, tells of it, then `chosen`; `whenFound` as `whenFound_`.
+    void chooseDriver(const QString& name, void (T_MainForm::*whenFound)(),
+                      const std::function<void(ApplyOutcome)>& chosen);
     void followSearch();
     void showLooking(bool looking);
     void showChosenBoard(ApplyOutcome outcome);

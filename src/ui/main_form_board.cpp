@@ -112,15 +112,19 @@ void T_MainForm::showBoard() {
 }
 
 void T_MainForm::DriverBoxChange(const QString& name) {
-    guarded("DriverBoxChange", [this, &name] {
-        storeControls();
-        whenFound_ = nullptr;
-        lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
-                     [this](ApplyOutcome outcome) {
-                         showChosenBoard(outcome);
-                         host_.tellDriverSettings();
-                     });
-    });
+    guarded("DriverBoxChange", [this, &name] { chooseDriver(name, nullptr, [](ApplyOutcome /*outcome*/) {}); });
+}
+
+void T_MainForm::chooseDriver(const QString& name, void (T_MainForm::*whenFound)(),
+                              const std::function<void(ApplyOutcome)>& chosen) {
+    storeControls();
+    whenFound_ = whenFound;
+    lookForBoard([this, driver = toFileName(name)] { return selection().choose(driver); },
+                 [this, chosen](ApplyOutcome outcome) {
+                     showChosenBoard(outcome);
+                     host_.tellDriverSettings();
+                     chosen(outcome);
+                 });
 }
 
 void T_MainForm::BaseBoxChange(uint32_t number) {

@@ -5,6 +5,7 @@
 #include "config/settings/settings_file.h"
 #include "ui/first_page.h"
 #include "ui/main_form.h"
+#include "ui/message_bar.h"
 #include "ui/recording_stack.h"
 #include "ui/show_form.h"
 #include "ui/text.h"
@@ -38,6 +39,10 @@ void T_MainForm::endFirstPage() {
     signalDock_->setWidget(signalStack_);
     signalStack_->show();
     showForm_->setFocus();
+    // Before the board was found the settings name none yet.
+    if (search_.busy()) {
+        return;
+    }
     guarded("FirstPage", [this] {
         storeControls();
         storePlaces();
@@ -47,27 +52,26 @@ void T_MainForm::endFirstPage() {
 
 // Monitoring shows at once that there is a signal, and leaves no file behind.
 void T_MainForm::tryBoard(int choice) {
-    if (search_.busy() || control().running()) {
+    if (control().running()) {
+        return;
+    }
+    if (search_.busy()) {
+        messages_->add(MessageList::Kind::Information, uiText(TextId::LookingForBoard));
         return;
     }
     const auto which = static_cast<FirstPage::Choice>(choice);
-    storeControls();
-    whenFound_ = &T_MainForm::startMonitoring;
-    lookForBoard([this, driver = std::string(FirstPage::driverOf(which))] { return selection().choose(driver); },
-                 [this, which](ApplyOutcome outcome) {
-                     showChosenBoard(outcome);
-                     host_.tellDriverSettings();
-                     if (outcome == ApplyOutcome::Done) {
-                         return;
-                     }
-                     whenFound_ = nullptr;
-                     if (firstPage_ != nullptr) {
-                         const QString driver = QLatin1String(FirstPage::driverOf(which));
-                         const QString why = fromMessage(selection().problem());
-                         firstPage_->showProblem(which, why.isEmpty() ? uiText(TextId::NeedsBoard, {driver})
-                                                                      : driver + QStringLiteral(": ") + why);
-                     }
-                 });
+    const QString driver = QLatin1String(FirstPage::driverOf(which));
+    chooseDriver(driver, &T_MainForm::startMonitoring, [this, which, driver](ApplyOutcome outcome) {
+        if (outcome == ApplyOutcome::Done) {
+            return;
+        }
+        whenFound_ = nullptr;
+        if (firstPage_ != nullptr) {
+            const QString why = fromMessage(selection().problem());
+            firstPage_->showProblem(
+                which, why.isEmpty() ? uiText(TextId::NeedsBoard, {driver}) : driver + QStringLiteral(": ") + why);
+        }
+    });
 }
 
 }  // namespace tarno2

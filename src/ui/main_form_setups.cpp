@@ -56,6 +56,7 @@ bool T_MainForm::loadSetup(const QString& name) {
         tell(uiText(TextId::SetupNotNow));
         return false;
     }
+    endFirstPage();
     storeControls();
     OsError why;
     const SetupRead read = readSetup(setupPath(programDirectory_, toFileName(name)), settings_, why);

@@ -40,7 +40,6 @@ void T_MainForm::buildSignalView() {
 
 // The view takes the settings when it is made.
 void T_MainForm::renewSignalView() {
-    endFirstPage();
     std::string opened = showForm_->openedFile();
     if (const std::string& last = host_.watch().facts().file; opened.empty() && fileExists(last)) {
         opened = last;
@@ -169,6 +168,9 @@ void T_MainForm::compareRecording(const std::string& dataFile) {
                 return;
             }
             showRecording(last);
+            if (showForm_->openedFile().empty()) {
+                return;  // told already
+            }
         }
         const std::string file = isAbsolutePath(dataFile) ? dataFile : joinPath(currentFolder(), dataFile);
         signalDock_->show();

@@ -8,6 +8,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPointer>
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QTableView>
@@ -131,9 +132,11 @@ void MeasurementPanel::copy() {
 }
 
 void MeasurementPanel::save() {
+    // A recording that begins meanwhile may take the panel away.
+    const QPointer<MeasurementPanel> here(this);
     const QString name =
-        QFileDialog::getSaveFileName(this, plainText(TextId::SaveMeasurements), {}, QStringLiteral("CSV (*.csv)"));
-    if (name.isEmpty()) {
+        QFileDialog::getSaveFileName(window(), plainText(TextId::SaveMeasurements), {}, QStringLiteral("CSV (*.csv)"));
+    if (!here || name.isEmpty()) {
         return;
     }
     QSaveFile file(QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".csv") : name);

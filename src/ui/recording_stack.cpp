@@ -72,6 +72,7 @@ void RecordingStack::retranslate() {
 }
 
 void RecordingStack::settingsChanged() {
+    const QScopedValueRollback sharing(sharing_, true);
     first_->settingsChanged();
     for (ComparedRecording* row : rows_) {
         row->view()->settingsChanged();

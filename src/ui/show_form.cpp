@@ -30,7 +30,6 @@ namespace {
 
 constexpr uint64_t kReadingsPeriodMs = 200;
 constexpr double kUnknownRatePage = 1000.0;  ///< frames on screen when the rate, and so the time, is not known
-constexpr double kMostSpan = 1e15;
 constexpr int kScrollSteps = 1000000000;
 
 TextId unitText(AxisXUnit unit) {
@@ -332,7 +331,7 @@ void T_ShowForm::showParts() {
     }
     cursorKeys_[1]->setEnabled(settings_.viewCursors);
     cursors_->setChecked(settings_.viewCursors);
-    spectrumShown_->setChecked(settings_.viewSpectrum && spectrum_ != nullptr);
+    spectrumShown_->setChecked(settings_.viewSpectrum && spectrumShown_->isEnabled());
     if (spectrum_ != nullptr) {
         spectrum_->setVisible(settings_.viewSpectrum);
     }

@@ -1,5 +1,7 @@
 // The time of what is in the signal view.
 
+#include <algorithm>
+
 #include "display/place_text.h"
 #include "ui/go_to_dialog.h"
 #include "ui/show_form.h"
@@ -43,8 +45,8 @@ QString T_ShowForm::goTo(const QString& place) {
     if (signal == nullptr) {
         return uiText(TextId::ViewNoData);
     }
-    const PlaceTerms terms{signal->format().framesPerSecond, frameCount(), wallClock(),
-                           unitX() == AxisXUnit::Samples && !tellsClock(), tellsClock()};
+    const PlaceTerms terms{signal->format().framesPerSecond, static_cast<uint64_t>(std::max(reach().high, 0.0)),
+                           wallClock(), unitX() == AxisXUnit::Samples && !tellsClock(), tellsClock()};
     PlaceProblem problem = PlaceProblem::None;
     if (const auto frame = parsePlace(place.toStdString(), terms, problem)) {
         leavePart(kScoperaCauseKey);

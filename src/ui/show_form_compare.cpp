@@ -52,8 +52,9 @@ void T_ShowForm::setSharedPart(const SharedPart& part) {
     if (cursorTools_ && settings_.viewCursors) {
         cursorTools_->setFrames(part.cursors);
     }
-    // The zooms before are the first one's.
-    zoomBack_->setEnabled(first_ != nullptr || zoomBack_->isEnabled());
+    if (first_ != nullptr) {
+        zoomBack_->setEnabled(first_->zoomBack_->isEnabled());
+    }
     redraw();
 }
 
@@ -62,7 +63,7 @@ void T_ShowForm::setReach(const std::optional<PictureEdges>& reach) {
     fileReach_ = reach;
     if (fixed()) {
         setSpan(fileSpan_);
-        setPosition(std::min(position_, std::max(this->reach().high - fileSpan_, this->reach().low)));
+        comeBack();
     }
 }
 

@@ -115,7 +115,7 @@ void T_ShowForm::ScrollBar1KeyDown(int key) {
     if (!stays() || frameCount() == 0) {
         return;
     }
-    const auto page = static_cast<uint64_t>(std::llround(span()));
+    const auto page = static_cast<uint64_t>(std::max(std::llround(span()), 1LL));
     const PictureEdges all = reach();
     const auto from = static_cast<uint64_t>(std::max(position_ - all.low, 0.0));
     setPosition(all.low +
@@ -281,9 +281,11 @@ void T_ShowForm::DigitalSignalSettingsClick() {
     digitalSettings_->show();
 }
 
-// The dialog knows the whole name when it asks about a file that is there.
+// The dialog knows the whole name when it asks about a file that is there. A recording that begins meanwhile takes away
+// the views below the first one.
 void T_ShowForm::savePicture() {
-    QFileDialog dialog(this, plainText(TextId::SavePicture),
+    const QPointer<T_ShowForm> here(this);
+    QFileDialog dialog(window(), plainText(TextId::SavePicture),
                        QFileInfo(fromFileName(settings_.wish.fileName)).absolutePath());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setNameFilters({QStringLiteral("PNG (*.png)"), QStringLiteral("SVG (*.svg)")});
@@ -292,7 +294,7 @@ void T_ShowForm::savePicture() {
         dialog.setDefaultSuffix(filter.startsWith(QStringLiteral("SVG")) ? QStringLiteral("svg")
                                                                          : QStringLiteral("png"));
     });
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {
+    if (dialog.exec() != QDialog::Accepted || !here || dialog.selectedFiles().isEmpty()) {
         return;
     }
     const QString file = dialog.selectedFiles().first();

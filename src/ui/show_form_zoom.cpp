@@ -26,7 +26,6 @@ constexpr int kCauseStrip = 101;
 
 constexpr uint64_t kStripPeriodMs = 500;
 constexpr double kLeastSpan = 2.0;
-constexpr double kMostSpan = 1e15;
 
 }  // namespace
 
@@ -36,9 +35,11 @@ void T_ShowForm::showWhole() {
 }
 
 void T_ShowForm::setSpan(double frames) {
-    frames = std::clamp(frames, kLeastSpan, kMostSpan);
+    // Below a recording with more frames a second there may be less than that already.
+    const double least = first_ != nullptr ? std::min(kLeastSpan, fileSpan_) : kLeastSpan;
+    frames = std::clamp(frames, least, kMostSpan);
     if (fixed()) {
-        fileSpan_ = std::min(frames, std::max(kLeastSpan, reach().width()));
+        fileSpan_ = std::min(frames, std::max(least, reach().width()));
     } else if (live_ && unitX() == static_cast<AxisXUnit>(settings_.axisXUnit)) {
         settings_.axisXValue = axisXOfFrame(frames, unitX(), live_->format().framesPerSecond);
     }
@@ -46,6 +47,10 @@ void T_ShowForm::setSpan(double frames) {
 
 void T_ShowForm::setPosition(double frame) {
     position_ = std::clamp(frame, reach().low, reach().high);
+}
+
+void T_ShowForm::comeBack() {
+    setPosition(std::min(position_, std::max(reach().high - fileSpan_, reach().low)));
 }
 
 PictureEdges T_ShowForm::reach() const {
@@ -89,6 +94,9 @@ void T_ShowForm::ZoomBackClick() {
     }
     setSpan(part->span);
     setPosition(part->position);
+    if (fixed() && part->position > reach().high) {
+        comeBack();
+    }
     held_ = part->held && liveRuns();
     settings_.axisYAutoMode = part->yAutomatic;
     settings_.axisYLower = part->yLower;

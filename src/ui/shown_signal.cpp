@@ -131,7 +131,6 @@ void WrittenRecords::close(const std::string& fileName) {
 }
 
 uint64_t WrittenRecords::frameCount() const {
-    const std::lock_guard lock(mutex_);
     return file_ ? file_->frameCount() : writer_ != nullptr ? writer_->totalBytes() / frameBytes_ : 0;
 }
 

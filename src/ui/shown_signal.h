@@ -83,6 +83,7 @@ public:
     void close(const std::string& fileName);
 
     [[nodiscard]] size_t frameBytes() const override { return frameBytes_; }
+    /// Window thread, as what changes the source; it waits for no reader.
     [[nodiscard]] uint64_t frameCount() const override;
     [[nodiscard]] uint64_t read(uint64_t firstFrame, uint64_t count, std::byte* out) override;
 
@@ -90,7 +91,7 @@ private:
     DataWriter* writer_;  ///< null once it is gone
     size_t frameBytes_;
     std::unique_ptr<RecordedFrames> file_;
-    mutable std::mutex mutex_;  ///< readers take turns
+    std::mutex mutex_;  ///< readers take turns
 };
 
 /// The running recording: its newest frames from memory, older ones from its file. When it is over the file is read as

@@ -8,6 +8,7 @@
 #include "platform/paths.h"
 #include "tests/core/settings_driver.h"
 #include "tests/ui/main_window.h"
+#include "ui/setups_window.h"
 
 namespace tarno2::test {
 namespace {
@@ -58,6 +59,24 @@ TEST_F(FirstStart, ShowsTheSignalOfTheSimulatedBoard) {
     ASSERT_TRUE(QTest::qWaitFor([this] { return !form().control().running(); }));
     EXPECT_TRUE(recordings().empty());
     expectNeverAgain();
+}
+
+TEST_F(FirstStart, ASetupThatIsLoadedInsteadCounts) {
+    ASSERT_TRUE(createFolders(folder_.file("Setups")).ok());
+    folder_.write("Setups/own.setup", "//\r\nDriver = Replay\r\n\r\n");
+    openAgain();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !form().looksForBoard(); }, 30000));
+    EXPECT_NE(form().selection().driverName(), "Replay");
+    inDialog<SetupsWindow>(form(), [](SetupsWindow& window) {
+        window.list("own");
+        clickIn(window, "LoadSetupButton");
+        window.reject();
+    });
+    form().SetupsClick();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !form().looksForBoard(); }, 30000));
+    ASSERT_TRUE(waitForSignal());
+    EXPECT_EQ(form().selection().driverName(), "Replay");
+    EXPECT_EQ(find<QComboBox>("DriverBox")->currentText(), "Replay");
 }
 
 TEST_F(FirstStart, OpensTheSample) {
