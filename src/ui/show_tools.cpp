@@ -101,6 +101,7 @@ void ShowTools::build() {
         items_.back().first->setIcon(followIcon(tag, palette()));
     }
     axisYAuto_->setObjectName("AxisYAuto");
+    fileStatus_->setObjectName("FileStatus");
     // A long line gives way to the controls.
     fileStatus_->setMinimumWidth(0);
     fileStatus_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
