@@ -201,21 +201,27 @@ TEST(Monitor, HandsOverWholeOrNotAtAll) {
     for (uint32_t i = 0; i < 40; ++i) {
         SCOPED_TRACE(i);
         const bool ends = i % 2 == 1;
-        MonitorRig rig(0, [i, ends](ControlRig& r) {
+        const bool whole = i % 4 == 2;
+        MonitorRig rig(0, [i, ends, whole](ControlRig& r) {
+            r.shell.wanted.stopRule = whole ? StopRule::Size : StopRule::Manual;
+            r.shell.wanted.stopBytes = 4000;
             r.device.readerPaced = uint64_t{1} << 40;
             r.device.failingRead = ends ? 1 + i * i % 1000 : FakeDevice::kNever;
         });
         const bool started = rig.control.StartButtonClick();
-        if (!ends) {
+        if (!ends && !whole) {
             rig.control.StopButtonClick();
         }
         const RecordingResult result = rig.pump().result;
         EXPECT_FALSE(rig.control.running());
         EXPECT_EQ(result.monitored, !started);
+        EXPECT_TRUE(!whole || result.bytes == 4000) << result.bytes;
         const std::string data = rig.folder.file("run.dat");
         EXPECT_EQ(fileExists(data), result.bytes > 0);
-        EXPECT_EQ(rig.files().empty(), result.bytes == 0);
-        if (result.bytes > 0) {
+        if (result.bytes == 0) {
+            const bool lost = started && !result.losses.empty();
+            EXPECT_EQ(rig.files(), lost ? std::vector<std::string>{"run.log"} : std::vector<std::string>{});
+        } else {
             ASSERT_TRUE(result.monitoredFrames);
             EXPECT_TRUE(readFile(data) == streamBytes(*result.monitoredFrames * 2, result.bytes / 2, 2));
             ++kept;
