@@ -49,7 +49,9 @@ TEST(FileNaming, NewNamesMeetNoLeftovers) {
     ASSERT_GE(start, 0) << first;
 
     folder.write(fileNameOf(first), "recorded");
+    EXPECT_TRUE(naming.isNewest(first));
     const std::string second = naming.GenerateFileName(first, {});
+    EXPECT_FALSE(naming.isNewest(first));
     EXPECT_EQ(numberOf(second), start + 1);
     folder.write(fileNameOf(second).replace(fileNameOf(second).size() - 3, 3, "txt"), "a description alone");
     EXPECT_EQ(numberOf(naming.GenerateFileName(first, {})), start + 2);

@@ -259,6 +259,32 @@ TEST(RecordingControl, SaysWhereAnEarlierRecordingWent) {
     EXPECT_EQ(readFile(rig.folder.file(base + "_old1.dat")), "earlier");
 }
 
+// Several programs may choose the same free name at once: the last one finds the recording of the first.
+TEST(RecordingControl, AGeneratedNameGivesWayToARecordingThatCameMeanwhile) {
+    ControlRig rig;
+    rig.attach();
+    rig.device.readerPaced = 100000;
+    rig.shell.wanted.stopRule = StopRule::Size;
+    rig.shell.wanted.stopBytes = 4000;
+    rig.control.GenerateFileName();
+    const std::string chosen = rig.shell.name;
+    const std::string other = fileNameOf(chosen);
+    rig.folder.write(other, "another program's");
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    const std::string recorded = rig.shell.name;
+    EXPECT_NE(recorded, chosen);
+    EXPECT_EQ(rig.pump().result.bytes, 4000U);
+    EXPECT_EQ(readFile(chosen), "another program's");
+    EXPECT_TRUE(readFile(recorded) == streamBytes(0, 2000, 2));
+
+    // Who types the name means it.
+    rig.shell.name = chosen;
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    EXPECT_EQ(rig.pump().result.bytes, 4000U);
+    EXPECT_EQ(plainFileSize(chosen), 4000U);
+    EXPECT_EQ(readFile(chosen.substr(0, chosen.size() - 4) + "_old1.dat"), "another program's");
+}
+
 TEST(RecordingControl, TellsWhatTheBoardTakesInPlaceOfTheWishes) {
     ControlRig rig;
     rig.device.numbers[kADCGetBoardModes] = kADCModePacket;

@@ -40,7 +40,8 @@ std::string FileNaming::GenerateFileName(const std::string& currentName, const s
         name = RecordingName::generated(folder, today, ++runningNumber_);
     }
     DEBUG_LOG("New file = \"%s\"", name.data().c_str());
-    return name.data();
+    newest_ = name.data();
+    return newest_;
 }
 
 std::string FileNaming::NameAtStart(const std::string& savedName) {

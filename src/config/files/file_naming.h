@@ -23,7 +23,11 @@ public:
     /// recorded under it, else a generated one.
     [[nodiscard]] std::string NameAtStart(const std::string& savedName);
 
+    /// Whether this is the newest name that was made here. It was free then: what stands there now is somebody else's.
+    [[nodiscard]] bool isNewest(const std::string& name) const { return !newest_.empty() && name == newest_; }
+
 private:
+    std::string newest_;
     uint32_t runningNumber_ = 0;
 };
 

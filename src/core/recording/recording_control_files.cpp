@@ -111,6 +111,7 @@ void RecordingControl::warnOfFreeSpace() {
 bool RecordingControl::createFiles() {
     WriterSetup setup;
     setup.fileName = fileName_;
+    setup.freeName = naming_.isNewest(fileName_);
     setup.sampleWidth = driver_.facts().sampleWidth();
     setup.channelCount = session_->settings.channelCount();
     setup.limitBytes = settings_.stopRule == StopRule::Size ? settings_.stopBytes : 0;
@@ -140,6 +141,7 @@ bool RecordingControl::createFiles() {
     for (int i = 0; i < kNameAttempts && code == kNameInUse && RecordingName(fileName_).isGenerated(); ++i) {
         GenerateFileName();
         fileName_ = setup.fileName = RecordingName::typed(shell_.fileName()).data();
+        setup.freeName = naming_.isNewest(fileName_);
         code = open();
     }
     for (const std::string& name : session_->writer().movedAside()) {

@@ -150,6 +150,9 @@ private:
     /// Moves an earlier recording out of the way. The journal tells of it, so that a move that is cut off is finished
     /// by who finds the journal.
     bool makeRoom() {
+        if (setup_.freeName && hasFilesToMove(name_)) {
+            return refuse(TextId::FileInUse, setup_.fileName, "!!!!! \"%s\" was taken by another program");
+        }
         const uint32_t n = freeOldNumber(name_);
         const bool marked = isNew_ && hasFilesToMove(name_);
         if (marked) {

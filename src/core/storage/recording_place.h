@@ -17,10 +17,11 @@ struct PlaceFindings {
 
 /// Makes the place for a recording ready: makes the folders, takes the journal, finishes a recording of that name that
 /// was cut off, and moves what an earlier one has left out of the way. A name is refused when another program records
-/// under it or under one that may lead to the same files, when a journal of another user's is there, and when something
-/// stands in the place of its journal that is none. Recordings that were cut off and may have files of the same names
-/// are finished first. From then on no other program makes or moves files of that name, or of its pieces. Without a
-/// journal, where none can be made, the recording goes on and the debug log says so. Window thread.
+/// under it or under one that may lead to the same files, when a journal of another user's is there, when something
+/// stands in the place of its journal that is none, and when it had to be free and is not. Recordings that were cut off
+/// and may have files of the same names are finished first. From then on no other program makes or moves files of that
+/// name, or of its pieces. Without a journal, where none can be made, the recording goes on and the debug log says so.
+/// Window thread.
 [[nodiscard]] PlaceFindings preparePlace(const WriterSetup& setup, RecordingJournal& journal);
 
 }  // namespace tarno2
