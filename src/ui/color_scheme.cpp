@@ -1,10 +1,9 @@
 #include "ui/color_scheme.h"
 
 #include <QApplication>
-#include <QPainter>
 #include <QPalette>
-#include <QProxyStyle>
-#include <QStyleOption>
+
+#include "ui/window_style.h"
 
 namespace tarno2 {
 
@@ -50,47 +49,20 @@ QPalette paletteOf(const Scheme& scheme) {
     return palette;
 }
 
-/// Draws the edges of boxes that are ticked: the style underneath makes them darker than their ground, which on a dark
-/// one nobody sees.
-class DarkStyle : public QProxyStyle {
-public:
-    DarkStyle() : QProxyStyle(QStringLiteral("fusion")) {}
-
-    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
-                       const QWidget* widget) const override {
-        QProxyStyle::drawPrimitive(element, option, painter, widget);
-        const bool box = element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck;
-        if (!box && element != PE_IndicatorRadioButton) {
-            return;
-        }
-        painter->save();
-        painter->setPen(QColor(option->state.testFlag(State_Enabled) ? kDark.faint : kDark.button));
-        painter->setBrush(Qt::NoBrush);
-        const QRect edge = option->rect.adjusted(0, 0, -1, -1);
-        if (box) {
-            painter->drawRect(edge);
-        } else {
-            painter->setRenderHint(QPainter::Antialiasing);
-            painter->drawEllipse(edge);
-        }
-        painter->restore();
-    }
-};
-
 }  // namespace
 
 void applyColorScheme(int32_t scheme) {
     static const QString kSystemStyle = QApplication::style()->objectName();
-    static int32_t applied = 0;
+    static int32_t applied = -1;
     if (scheme == applied) {
         return;
     }
     applied = scheme;
     // Not every system's own style can be given colours.
-    if (scheme == 2) {
-        QApplication::setStyle(new DarkStyle);
+    if (scheme != 0 || kSystemStyle == QLatin1String("fusion")) {
+        QApplication::setStyle(new WindowStyle);
     } else {
-        QApplication::setStyle(scheme == 0 ? kSystemStyle : QStringLiteral("fusion"));
+        QApplication::setStyle(kSystemStyle);
     }
     QApplication::setPalette(scheme == 0 ? QPalette() : paletteOf(scheme == 1 ? kLight : kDark));
 }

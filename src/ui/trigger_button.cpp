@@ -32,8 +32,11 @@ void TriggerButton::setState(const QString& text, bool active) {
     setToolTip(active ? text + QLatin1Char('\n') + uiText(TextId::ConditionsBadgeHint) : text);
     if (active != active_) {
         active_ = active;
-        setStyleSheet(active ? QStringLiteral("background: #ffb300; color: #000000; border-radius: 4px; padding: 2px;")
-                             : QString());
+        setStyleSheet(
+            active ? QStringLiteral("QToolButton { background: #ffb300; color: #000000; border: 2px solid #ffb300; "
+                                    "border-radius: 4px; }"
+                                    "QToolButton:focus { border-color: #000000; }")
+                   : QString());
         drawIcon();
     }
     updateGeometry();

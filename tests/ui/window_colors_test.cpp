@@ -50,6 +50,22 @@ double paintedContrast(QWidget& widget) {
     return most;
 }
 
+/// How far the picture of a control that takes the keys stands out from that of one that doesn't.
+double focusContrast(QWidget& widget, QWidget& other) {
+    other.setFocus(Qt::TabFocusReason);
+    widget.window()->setAttribute(Qt::WA_KeyboardFocusChange);  // as pressing Tab does
+    const QImage before = widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    widget.setFocus(Qt::TabFocusReason);
+    const QImage after = widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    double most = 1.0;
+    for (int y = 0; y < before.height(); ++y) {
+        for (int x = 0; x < before.width(); ++x) {
+            most = std::max(most, contrast(before.pixel(x, y), after.pixel(x, y)));
+        }
+    }
+    return most;
+}
+
 /// It paints letters, not a picture or dots.
 bool hasLetters(const QWidget& widget, const QString& text) {
     const auto* button = qobject_cast<const QToolButton*>(&widget);
@@ -61,8 +77,11 @@ template <typename Widget>
 QStringList faint(QWidget& window) {
     QStringList found;
     for (auto* widget : window.findChildren<Widget*>()) {
-        if (widget->isVisible() && widget->isEnabled() && hasLetters(*widget, widget->text())) {
-            if (const double is = paintedContrast(*widget); is < 4.5) {
+        const bool letters = hasLetters(*widget, widget->text());
+        const auto* button = qobject_cast<const QToolButton*>(widget);
+        const bool icon = !letters && button != nullptr && !button->icon().isNull();
+        if (widget->isVisible() && widget->isEnabled() && (letters || icon)) {
+            if (const double is = paintedContrast(*widget); is < (letters ? 4.5 : 3.0)) {
                 found << QStringLiteral("%1 \"%2\": %3").arg(widget->objectName(), widget->text()).arg(is);
             }
         }
@@ -70,7 +89,37 @@ QStringList faint(QWidget& window) {
     return found;
 }
 
-TEST_F(WindowColors, LettersStandOutInBothSchemes) {
+/// Controls on which nobody sees that they take the keys.
+QStringList unseenFocus(QWidget& window, QWidget& other, QWidget& another) {
+    QStringList found;
+    for (auto* widget : window.findChildren<QWidget*>()) {
+        const bool inside = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
+                            qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr;
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !inside && widget->isVisible() && widget->isEnabled()) {
+            if (const double is = focusContrast(*widget, widget == &other ? another : other); is < 3.0) {
+                found << QStringLiteral("%1: %2").arg(widget->objectName()).arg(is);
+            }
+        }
+    }
+    return found;
+}
+
+TEST_F(WindowColors, FocusIsSeenOnEveryControl) {
+    wanted_.wish.synchro.SynchroAnalyzeMode = kModeSynchronisation;
+    wanted_.viewCursors = wanted_.viewSpectrum = true;
+    for (const int scheme : {0, 1, 2}) {
+        wanted_.colorScheme = scheme;
+        open();
+        for (int panel = 1; panel <= 5; ++panel) {
+            openPanel(panel);
+            EXPECT_EQ(unseenFocus(form(), *find("StartButton"), *find("MonitorButton")).join('\n').toStdString(), "")
+                << "scheme " << scheme << ", panel " << panel;
+        }
+        ASSERT_TRUE(close());
+    }
+}
+
+TEST_F(WindowColors, LettersAndIconsStandOutInBothSchemes) {
     wanted_.wish.synchro.SynchroAnalyzeMode = kModeSynchronisation;
     for (const int scheme : {1, 2}) {
         wanted_.colorScheme = scheme;
