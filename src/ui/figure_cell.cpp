@@ -34,10 +34,8 @@ void FigureCell::setCaption(const QString& caption) {
     setAccessibleName(caption);
 }
 
-void FigureCell::setHint(const QString& hint) {
-    caption_->hide();
-    setToolTip(hint);
-    setAccessibleName(hint);
+void FigureCell::setCaptionShown(bool shown) {
+    caption_->setVisible(shown);
 }
 
 void FigureCell::setScale(double scale) {

@@ -15,8 +15,8 @@ public:
     FigureCell(Shape shape, QString widest, QWidget* parent);
 
     void setCaption(const QString& caption);
-    /// In place of a caption, for a figure whose unit says what it is.
-    void setHint(const QString& hint);
+    /// A figure may go without it when its unit says what it is.
+    void setCaptionShown(bool shown);
     void setValue(const QString& value);
     /// Bold, with a sign before it: it needs attention.
     void setWarning(bool warning);

@@ -60,6 +60,8 @@ constexpr double kStateFont = 1.3;    // times the window's font
 constexpr double kStateRoomy = 2.2;   // the same where there is room
 constexpr double kStateSmall = 1.05;  // for words that need two lines
 constexpr int kRoomyLetters = 190;    // width of a window with room
+constexpr int kCaptionLetters = 205;  // the same with room for captions of all figures
+constexpr int kGap = 10;              // pixels between the figures there
 
 QFont scaled(QFont font, double factor, bool bold) {
     font.setPointSizeF(font.pointSizeF() * factor);
@@ -329,10 +331,11 @@ void StateStrip::retranslate() {
     cycle_->setToolTip(cycle + QStringLiteral(". ") + uiText(TextId::CycleStartHint));
     elapsed_->setCaption(uiText(TextId::RunElapsed));
     remaining_->setCaption(uiText(TextId::RunRemaining));
-    // Their units say what they are.
-    written_->setHint(uiText(TextId::RunWritten) + QStringLiteral(". ") + uiText(TextId::SizeHint));
+    written_->setCaption(uiText(TextId::RunWritten));
+    written_->setToolTip(uiText(TextId::RunWritten) + QStringLiteral(". ") + uiText(TextId::SizeHint));
     written_->setWidest(widestBytes());
-    rate_->setHint(uiText(TextId::RunRate));
+    rate_->setCaption(uiText(TextId::RunRate));
+    rate_->setToolTip(uiText(TextId::RunRate));
     rate_->setWidest(fromCodePage(formatRate(88.8 * 1024 * 1024)));
     frames_->setCaption(uiText(TextId::RunFrames));
     load_->setCaption(uiText(TextId::RunLoad));
@@ -363,11 +366,21 @@ void StateStrip::fitState() {
 
 void StateStrip::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const bool roomy = width() >= fontMetrics().averageCharWidth() * kRoomyLetters;
-    if (roomy != roomy_) {
+    const int letters = width() / fontMetrics().averageCharWidth();
+    showCaptions(letters >= kCaptionLetters);
+    if (const bool roomy = letters >= kRoomyLetters; roomy != roomy_) {
         roomy_ = roomy;
         fitState();
     }
+}
+
+// Without them their units say what they are.
+void StateStrip::showCaptions(bool shown) {
+    for (FigureCell* cell : {written_, rate_, load_, losses_}) {
+        cell->setContentsMargins(shown ? kGap : 0, 0, 0, 0);
+    }
+    written_->setCaptionShown(shown);
+    rate_->setCaptionShown(shown);
 }
 
 void StateStrip::changeEvent(QEvent* event) {

@@ -73,6 +73,7 @@ private:
     void buildChecksums(QVBoxLayout* column);
     void drawIcons();
     void fitState();
+    void showCaptions(bool shown);
     void showState();
     void showFigures();
 

@@ -160,12 +160,18 @@ TEST_F(WindowSettings, TheSettingsMakeRoomWhileItRecords) {
 TEST_F(WindowSettings, NothingIsCutOnASmallScreen) {
     wanted_.language = InterfaceLanguage::Russian;
     open();
+    const auto* area = qobject_cast<QScrollArea*>(form().centralWidget());
+    // Words and figures grow where there is room for them.
+    for (int width = 1400; width >= 1024; width -= 10) {
+        form().resize(width, 700);
+        QApplication::processEvents();
+        EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << width;
+    }
     form().resize(1024, 700);
     for (int panel = 1; panel <= 5; ++panel) {
         openPanel(panel);
         QApplication::processEvents();
         EXPECT_EQ(form().size(), QSize(1024, 700));
-        const auto* area = qobject_cast<QScrollArea*>(form().centralWidget());
         EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << panel;
         EXPECT_FALSE(area->verticalScrollBar()->isVisible()) << panel << ": it scrolls by itself";
     }
