@@ -12,6 +12,7 @@ namespace {
 
 constexpr double kLeastPart = 3.0;  // pixels, so that it can be seen and taken
 constexpr int kMarkHeight = 5;
+constexpr double kEdge = 3.0;  // pixels that stay free above and below the signal
 
 }  // namespace
 
@@ -92,14 +93,15 @@ void OverviewStrip::paintCourse(QPainter& painter) const {
         }
     }
     const double span = std::max(static_cast<double>(all.high) - all.low, 1.0);
-    const double rows = height() - 3.0;
+    const double rows = height() - 2.0 * kEdge - 1.0;
     const double step = width() / static_cast<double>(std::max<size_t>(course_.size(), 1));
     painter.setPen(QPen(color_, 0));
     for (size_t i = 0; i < course_.size(); ++i) {
         if (course_[i].known) {
             const double x = (static_cast<double>(i) + 0.5) * step;
-            painter.drawLine(QPointF(x, 1.0 + (all.high - static_cast<double>(course_[i].high)) / span * rows),
-                             QPointF(x, 1.0 + (all.high - static_cast<double>(course_[i].low)) / span * rows));
+            const double top = kEdge + (all.high - static_cast<double>(course_[i].high)) / span * rows;
+            const double bottom = kEdge + (all.high - static_cast<double>(course_[i].low)) / span * rows;
+            painter.drawLine(QPointF(x, top), QPointF(x, std::max(bottom, top + 1.0)));
         }
     }
 }

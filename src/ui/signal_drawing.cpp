@@ -430,7 +430,8 @@ void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX, const S
     unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal), unitOf({}).toStdString())
                                             : uiText(textOf(unitY_)).toStdString();
     const std::string date = shown.clock ? dateText(shown.clock->at(shown.low)) : std::string();
-    const std::tuple labels{unitX, unitY_, unitTextY_, date};
+    const std::string cursorUnit = lanes_.empty() ? unitTextY_ : commonUnitOfLanes();
+    const std::tuple labels{unitX, unitY_, unitTextY_, cursorUnit, date};
     if (labels_ == labels) {
         return;
     }
@@ -441,7 +442,7 @@ void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX, const S
                     (day.isEmpty() ? unit : uiText(TextId::AxisXClock, {day})).toUtf8().constData());
     scoper_.SetText(kScoperaTextUnitX, (day.isEmpty() ? unit : day).toUtf8().constData());
     scoper_.SetText(kScoperaTextLabelY, unitTextY_.c_str());
-    scoper_.SetText(kScoperaTextUnitY, unitTextY_.c_str());
+    scoper_.SetText(kScoperaTextUnitY, cursorUnit.c_str());
 }
 
 }  // namespace tarno2

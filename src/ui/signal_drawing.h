@@ -141,6 +141,8 @@ private:
     [[nodiscard]] std::string channelName(const ShownSignal& signal, size_t column) const;
     [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
     void tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX);
+    /// Empty when they differ.
+    [[nodiscard]] std::string commonUnitOfLanes() const;
     void setTexts(const ShownSignal& signal, AxisXUnit unitX, const ShownFrames& shown);
 
     ISCOPERA& scoper_;
@@ -170,7 +172,7 @@ private:
     int32_t marked_ = -1;
     std::vector<ChannelValues> values_;  ///< newest ones, for the heads
     AxisRange codes_;                    ///< that can come
-    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string, std::string>> labels_;
+    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string, std::string, std::string>> labels_;
 };
 
 }  // namespace tarno2

@@ -94,8 +94,8 @@ void SpectrumPane::build() {
     whole_ = checkedAction("SpectrumWhole", menu);
     more_->setObjectName(QStringLiteral("SpectrumMore"));
     more_->setText(QStringLiteral("…"));
-    more_->setMenu(menu);
-    more_->setPopupMode(QToolButton::InstantPopup);
+    connect(more_, &QToolButton::clicked, menu,
+            [this, menu] { menu->popup(more_->mapToGlobal(more_->rect().bottomLeft())); });
     more_->setFocusPolicy(Qt::StrongFocus);
     length_->addItem(QString());
     for (int i = 1; i <= kLengths; ++i) {
@@ -118,6 +118,7 @@ void SpectrumPane::build() {
                             static_cast<QWidget*>(length_), static_cast<QWidget*>(more_)}) {
         head->addWidget(widget);
     }
+    head->addSpacing(8);
     head->addWidget(facts_, 1);
     auto* beside = new QVBoxLayout;
     beside->setContentsMargins(0, 0, 0, 0);
