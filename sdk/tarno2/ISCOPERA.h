@@ -61,7 +61,8 @@ enum {
     kScoperaOptionGrid = 2,     // 1: grid lines; 1
     kScoperaOptionLegend = 3,   // 1: the legend is shown; 0
     kScoperaOptionCursors = 4,  // 1: both cursors and their values are shown; 0. Cursors that lie outside the picture
-                                // or upon each other when they are switched on come to a third and two thirds of it.
+                                // or upon each other when they are switched on come to a third and two thirds of it;
+                                // their heights stay there, whatever range of Y comes, until one is placed.
     kScoperaOptionDigitsX = 5,  // decimals of the cursors' values; -1: as many as the picture's resolution needs; -1
     kScoperaOptionDigitsY = 6
 };

@@ -63,11 +63,35 @@ void Cursors::setDigits(int x, int y) {
 void Cursors::bringIntoView() {
     // Copies, because the fields are packed.
     double x[] = {places_.m_fX[0], places_.m_fX[1]};
-    double y[] = {places_.m_fY[0], places_.m_fY[1]};
+    const double y[] = {yOf(0), yOf(1)};
+    double seen[] = {y[0], y[1]};
     const auto first = static_cast<uint32_t>(laneOf(0));
     bringIntoRange(x[0], x[1], xAxis_->range());
-    bringIntoRange(y[0], y[1], lanes_.range(first));
-    places_ = {{x[0], x[1]}, {y[0], y[1]}, {first, first}};
+    bringIntoRange(seen[0], seen[1], lanes_.range(first));
+    heightsFollow_ = heightsFollow_ || (seen[0] != y[0] && seen[1] != y[1]);
+    places_ = {{x[0], x[1]}, {seen[0], seen[1]}, {first, first}};
+}
+
+SCOPERACursors Cursors::places() const {
+    SCOPERACursors places = places_;
+    places.m_fY[0] = yOf(0);
+    places.m_fY[1] = yOf(1);
+    return places;
+}
+
+void Cursors::setPlaces(const SCOPERACursors& places) {
+    const bool sameHeights = places.m_fY[0] == yOf(0) && places.m_fY[1] == yOf(1) &&
+                             places.m_nLane[0] == places_.m_nLane[0] && places.m_nLane[1] == places_.m_nLane[1];
+    heightsFollow_ = heightsFollow_ && sameHeights;
+    places_ = places;
+}
+
+double Cursors::yOf(size_t cursor) const {
+    if (!heightsFollow_) {
+        return places_.m_fY[cursor];
+    }
+    const QCPRange range = lanes_.range(laneOf(cursor));
+    return range.lower + range.size() * static_cast<double>(cursor + 1) / 3.0;
 }
 
 std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
@@ -76,7 +100,7 @@ std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
     }
     for (size_t i = 0; i < 2; ++i) {
         const bool vertical = std::abs(xAxis_->coordToPixel(places_.m_fX[i]) - place.x()) <= kReach;
-        const bool horizontal = std::abs(lanes_.pixelOf(laneOf(i), places_.m_fY[i]) - place.y()) <= kReach;
+        const bool horizontal = std::abs(lanes_.pixelOf(laneOf(i), yOf(i)) - place.y()) <= kReach;
         if (vertical || horizontal) {
             return Grip{i, vertical, horizontal};
         }
@@ -90,6 +114,8 @@ void Cursors::move(const Grip& grip, const QPointF& place) {
         places_.m_fX[grip.cursor] = std::clamp(xAxis_->pixelToCoord(place.x()), range.lower, range.upper);
     }
     if (grip.horizontal) {
+        places_ = places();
+        heightsFollow_ = false;
         // Dragged from lane to lane.
         const size_t lane = lanes_.laneAt(place.y());
         const QCPRange range = lanes_.range(lane);
@@ -115,10 +141,9 @@ QVector<QStringList> Cursors::table() const {
     if (!unitX_.isEmpty() || !unitY_.isEmpty()) {
         rows.append({QString(), unitX_, unitY_});
     }
-    rows.append(row(QStringLiteral("1"), textOfX(places_.m_fX[0], false), places_.m_fY[0], laneOf(0)));
-    rows.append(row(QStringLiteral("2"), textOfX(places_.m_fX[1], false), places_.m_fY[1], laneOf(1)));
-    rows.append(row(difference_, textOfX(places_.m_fX[1] - places_.m_fX[0], true), places_.m_fY[1] - places_.m_fY[0],
-                    laneOf(0)));
+    rows.append(row(QStringLiteral("1"), textOfX(places_.m_fX[0], false), yOf(0), laneOf(0)));
+    rows.append(row(QStringLiteral("2"), textOfX(places_.m_fX[1], false), yOf(1), laneOf(1)));
+    rows.append(row(difference_, textOfX(places_.m_fX[1] - places_.m_fX[0], true), yOf(1) - yOf(0), laneOf(0)));
     if (laneOf(0) != laneOf(1)) {
         rows.back().back() = QStringLiteral("-");  // values of two scales have no difference
     }
@@ -144,10 +169,10 @@ void Cursors::drawLines(QCPPainter* painter) const {
     const int height = QFontMetrics(font_).height();
     for (size_t i = 0; i < 2; ++i) {
         const double x = xAxis_->coordToPixel(places_.m_fX[i]);
-        const double y = lanes_.pixelOf(laneOf(i), places_.m_fY[i]);
+        const double y = lanes_.pixelOf(laneOf(i), yOf(i));
         // Places far outside would overflow the painter's coordinates.
         const bool seenX = xAxis_->range().contains(places_.m_fX[i]);
-        const bool seenY = lanes_.range(laneOf(i)).contains(places_.m_fY[i]);
+        const bool seenY = lanes_.range(laneOf(i)).contains(yOf(i));
         painter->setPen(QPen(lineColor_, 0, i == 0 ? Qt::SolidLine : Qt::DashLine));
         const QString name = QString::number(i + 1);
         if (seenX) {

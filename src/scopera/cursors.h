@@ -26,9 +26,10 @@ public:
 
     Cursors(QCPAxis* xAxis, const Lanes& lanes);
 
-    [[nodiscard]] const SCOPERACursors& places() const { return places_; }
-    void setPlaces(const SCOPERACursors& places) { places_ = places; }
-    /// Cursors that can't be seen come to a third and two thirds of the picture.
+    [[nodiscard]] SCOPERACursors places() const;
+    void setPlaces(const SCOPERACursors& places);
+    /// Cursors that can't be seen come to a third and two thirds of the picture. Their heights stay there, whatever
+    /// signal comes, until one is placed.
     void bringIntoView();
     [[nodiscard]] std::optional<Grip> gripAt(const QPointF& place) const;
     void move(const Grip& grip, const QPointF& place);
@@ -50,6 +51,7 @@ protected:
 
 private:
     [[nodiscard]] size_t laneOf(size_t cursor) const;
+    [[nodiscard]] double yOf(size_t cursor) const;
     [[nodiscard]] QString textOfX(double x, bool difference) const;
     void drawLines(QCPPainter* painter) const;
     void drawTable(QCPPainter* painter) const;
@@ -57,6 +59,7 @@ private:
     QCPAxis* xAxis_;
     const Lanes& lanes_;
     SCOPERACursors places_{};
+    bool heightsFollow_ = false;  ///< the picture's range: nobody has placed them yet
     QFont font_;
     QColor lineColor_;
     QColor textColor_;

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] bool setText(uint32_t code, const QString& text);
     void setPlotFont(const QString& family, int32_t points);
     void setCursors(const SCOPERACursors& places);
-    [[nodiscard]] const SCOPERACursors& cursors() const { return cursors_->places(); }
+    [[nodiscard]] SCOPERACursors cursors() const { return cursors_->places(); }
     [[nodiscard]] uint32_t pixelWidth();
     void render();
     /// As it is shown, with what has changed since.

@@ -127,6 +127,12 @@ TEST_F(PlotMouseTest, CursorsAreDraggedAndDrawn) {
     SCOPERACursors cursors{};
     ASSERT_EQ(scoper_->GetCursors(&cursors), 1);
     EXPECT_NEAR(cursors.m_fX[1] - cursors.m_fX[0], 100.0 / 3, 1e-9);
+    ASSERT_EQ(scoper_->SetRange(kScoperaAxisY, 0, 300), 1);
+    ASSERT_EQ(scoper_->GetCursors(&cursors), 1);
+    EXPECT_NEAR(cursors.m_fY[0], 100, 1e-9) << "nobody has placed it yet";
+    EXPECT_NEAR(cursors.m_fY[1], 200, 1e-9);
+    ASSERT_EQ(scoper_->SetRange(kScoperaAxisY, -10, 10), 1);
+    ASSERT_EQ(scoper_->GetCursors(&cursors), 1);
     EXPECT_NE(picture(), without);
     // A vertical line alone, then the crossing of the second cursor's lines.
     drag(pixelOf(cursors.m_fX[0], 8), pixelOf(10, 8));
@@ -137,6 +143,10 @@ TEST_F(PlotMouseTest, CursorsAreDraggedAndDrawn) {
     ASSERT_EQ(scoper_->GetCursors(&cursors), 1);
     EXPECT_NEAR(cursors.m_fX[1], 80, kPixelX);
     EXPECT_NEAR(cursors.m_fY[1], -4, kPixelY);
+    ASSERT_EQ(scoper_->SetRange(kScoperaAxisY, -100, 100), 1);
+    ASSERT_EQ(scoper_->GetCursors(&cursors), 1);
+    EXPECT_NEAR(cursors.m_fY[1], -4, kPixelY) << "one that was placed stays, whatever signal comes";
+    ASSERT_EQ(scoper_->SetRange(kScoperaAxisY, -10, 10), 1);
     EXPECT_EQ(told_.rangeCalls[kScoperaAxisX], 0) << "a drag of a cursor moves no axis";
     const SCOPERACursors set{{30, 60}, {1, 2}, {0, 0}};
     ASSERT_EQ(scoper_->SetCursors(&set), 1);
