@@ -100,7 +100,9 @@ size_t findEdge(const FrameBlock<typename Width::Word>& block, FrameRange range,
     return withStride(block.channels, [&](auto stride) {
         return condition.with([&](auto met) {
             return findIndex<Word>(range.first + 1, range.end, [=](size_t i) {
-                return static_cast<bool>(met(words[i * stride]) & !met(words[(i - 1) * stride]));
+                const auto is = static_cast<int>(met(words[i * stride]));
+                const auto wasNot = static_cast<int>(!met(words[(i - 1) * stride]));
+                return (is & wasNot) != 0;
             });
         });
     });

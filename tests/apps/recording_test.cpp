@@ -159,7 +159,7 @@ TEST(Recording, RunsFollowEachOtherInTheLogAndKeepTheFilesBefore) {
     const RecordingRig rig;
     Wish wish;
     wish.fileName = "run";  // the extension is added
-    for (const uint64_t bytes : {4000, 8000, 12000}) {
+    for (const uint64_t bytes : std::initializer_list<uint64_t>{4000, 8000, 12000}) {
         wish.bytes = bytes;
         rig.record(wish);
     }

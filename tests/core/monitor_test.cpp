@@ -119,7 +119,8 @@ TEST(Monitor, RecordsFromTheRunningSignalWithoutAGap) {
         EXPECT_EQ(passport.end.clock[0].frame, 4 * kHalf / 2 / static_cast<uint64_t>(decimation) - first)
             << "that had come by then";
         EXPECT_EQ(passport.marks->count, 1U);
-        EXPECT_NE(readFile(rig.folder.file("run.marks.csv")).find(std::to_string(2 * kHalf / 2 / decimation)),
+        EXPECT_NE(readFile(rig.folder.file("run.marks.csv"))
+                      .find(std::to_string(2 * kHalf / 2 / static_cast<uint32_t>(decimation))),
                   std::string::npos)
             << "counted from the recording's first frame";
     }

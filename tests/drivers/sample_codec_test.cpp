@@ -161,7 +161,7 @@ TEST(FrameAssembler, MakesWholeFramesOfAnyPieces) {
         some.insert(some.end(), {frame * 3 + 2, frame * 3});
     }
     wire += "zz";
-    for (const size_t piece : {1, 2, 3, 4, 7, 100}) {
+    for (const size_t piece : std::initializer_list<size_t>{1, 2, 3, 4, 7, 100}) {
         size_t begun = 0;
         EXPECT_EQ(assembled(wire, piece, {0, 1, 2}, begun), all) << piece;
         EXPECT_EQ(begun, 2U) << "what is left is no frame";

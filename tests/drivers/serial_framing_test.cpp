@@ -137,7 +137,7 @@ TEST(MarkedFrames, LeavesOutWhatIsDamagedAndCountsIt) {
                  {{1, 2, 4, 5}, counter ? uint64_t{1} : uint64_t{0}}},
             };
             for (const auto& row : table) {
-                for (const size_t piece : {1, 5, 1000}) {
+                for (const size_t piece : std::initializer_list<size_t>{1, 5, 1000}) {
                     MarkedFrames parser(layout, kDecoder, kChannels);
                     EXPECT_EQ(parsed(parser, row.wire, piece), row.expected)
                         << row.what << ", check " << static_cast<int>(check) << ", counter " << counter << ", piece "
@@ -188,7 +188,8 @@ TEST(MarkedFrames, FindsExactlyTheGoodOnesOfALongDamagedStream) {
                         one.erase(place, 1 + below(one.size() - place - (place == 0 ? 1 : 0)));
                         break;
                     default:
-                        one.insert(2 + place % (one.size() - 2), 1, static_cast<char>(one[place] + 1 + below(100)));
+                        one.insert(2 + place % (one.size() - 2), 1,
+                                   static_cast<char>(static_cast<unsigned char>(one[place]) + 1 + below(100)));
                 }
                 ++expected.lost;
             } else {
@@ -233,7 +234,7 @@ TEST(TextFrames, TakesLinesOfNumbersAndCountsTheOthers) {
         {"an endless line", ',', std::string(40000, '1') + "\n1,2\n", {{1}, 1}},
     };
     for (const auto& row : table) {
-        for (const size_t piece : {7, 1000}) {
+        for (const size_t piece : std::initializer_list<size_t>{7, 1000}) {
             TextFrames parser({row.delimiter, false}, kDecoder, kChannels);
             EXPECT_EQ(parsed(parser, "2,3\n" + row.wire, piece), row.expected) << row.what;
         }

@@ -31,9 +31,9 @@ public:
     bool ask(Request request);
 
 private:
-    long id_ = -1;            ///< POSIX: the process
-    int watch_ = -1;          ///< POSIX: becomes readable when it ends
-    void* handle_ = nullptr;  ///< Windows
+    long id_ = -1;                             ///< POSIX: the process
+    int watch_ = -1;                           ///< POSIX: becomes readable when it ends
+    [[maybe_unused]] void* handle_ = nullptr;  ///< Windows
     std::optional<int> status_;
 };
 
