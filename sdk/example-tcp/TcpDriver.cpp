@@ -95,7 +95,7 @@ private:
         int16_t words[20 * kChannels];  // 20 ms
         std::vector<int16_t> samples;
         while (const size_t room = waitForRoom()) {  // without it the connection holds what comes
-            const int most = static_cast<int>(std::min<size_t>(room / channels_.size(), 20)) * kFrameBytes;
+            const auto most = static_cast<uint16_t>(std::min<size_t>(room / channels_.size(), 20) * kFrameBytes);
             const int got = static_cast<int>(recv(socket_, reinterpret_cast<char*>(words), most, MSG_WAITALL));
             samples.clear();
             for (int frame = 0; (frame + 1) * kFrameBytes <= got; ++frame) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -40,25 +41,24 @@ constexpr FormatOfWidth kFormats[] = {{SND_PCM_FORMAT_S16_LE, 16},
                                       {SND_PCM_FORMAT_S32_LE, 32}};
 
 /// The library writes its complaints to the standard error, as if the program had failed. Here they are kept, and the
-/// last one explains an error number.
-thread_local std::string lastComplaint;
+/// last one explains an error number. No object: one that waits for its destruction would keep the driver loaded until
+/// the program ends, when the library unloads its plugins, and with them whatever nobody needs any more: this code.
+thread_local std::array<char, 256> lastComplaint{};
 
 void keepComplaint(const char*, int, const char*, int, const char* format, va_list arguments) {
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    lastComplaint = text;
+    std::vsnprintf(lastComplaint.data(), lastComplaint.size(), format, arguments);
 }
 
 class Complaints {
 public:
-    Complaints() : before_(snd_lib_error_set_local(keepComplaint)) { lastComplaint.clear(); }
+    Complaints() : before_(snd_lib_error_set_local(keepComplaint)) { lastComplaint[0] = 0; }
     ~Complaints() { snd_lib_error_set_local(before_); }
     Complaints(const Complaints&) = delete;
     Complaints& operator=(const Complaints&) = delete;
 
     [[nodiscard]] static std::string explain(int error) {
         std::string text = error == -EBUSY ? "another program uses it" : snd_strerror(error);
-        return lastComplaint.empty() || error == -EBUSY ? text : text + " (" + lastComplaint + ")";
+        return lastComplaint[0] == 0 || error == -EBUSY ? text : text + " (" + lastComplaint.data() + ")";
     }
 
 private:
