@@ -4,14 +4,20 @@
     "use strict";
     var field = document.getElementById("search");
     var list = document.getElementById("found");
+
+    // Case makes no difference, nor do the dots of ё, which many leave out. The length stays.
+    function folded(text) {
+        return text.toLowerCase().replace(/ё/g, "е");
+    }
+
     var entries = (window.tarno2Index || []).map(function (entry) {
-        return { place: entry[0], heading: entry[1], words: entry[2], low: (entry[1] + " " + entry[2]).toLowerCase() };
+        return { place: entry[0], heading: entry[1], words: entry[2], low: folded(entry[1] + " " + entry[2]) };
     });
 
     // Long words are looked for without their endings, which change with the case in Russian.
     function stems(text) {
-        return text.toLowerCase().split(/\s+/).filter(Boolean).map(function (word) {
-            return /^[а-яё]{5,}$/.test(word) ? word.slice(0, word.length > 6 ? -2 : -1) : word;
+        return folded(text).split(/\s+/).filter(Boolean).map(function (word) {
+            return /^[а-я]{5,}$/.test(word) ? word.slice(0, word.length > 6 ? -2 : -1) : word;
         });
     }
 
@@ -19,14 +25,14 @@
         return entries.filter(function (entry) {
             return words.every(function (word) { return entry.low.indexOf(word) >= 0; });
         }).map(function (entry) {
-            var heading = entry.heading.toLowerCase();
+            var heading = folded(entry.heading);
             var inHeading = words.filter(function (word) { return heading.indexOf(word) >= 0; }).length;
             return { entry: entry, rank: inHeading };
         }).sort(function (a, b) { return b.rank - a.rank; }).slice(0, 30);
     }
 
     function surroundings(entry, word) {
-        var at = entry.words.toLowerCase().indexOf(word);
+        var at = folded(entry.words).indexOf(word);
         var from = Math.max(0, at - 40);
         return (from > 0 ? "…" : "") + entry.words.slice(from, from + 110) + "…";
     }
