@@ -79,7 +79,7 @@ private:
         QPointF begin;
         QCPRange x;
         size_t lane;
-        QCPRange y;
+        double movedY;  ///< pixels that Y has gone already: its unit may change on the way
         bool movesX;
         bool movesY;
     };

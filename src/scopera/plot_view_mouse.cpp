@@ -85,7 +85,7 @@ PlotView::Held PlotView::holdAt(const QPointF& place) {
         return HeldLevel{*level};
     }
     const size_t lane = lanes_.laneAt(place.y());
-    return Pan{place, xAxis->range(), lane, lanes_.range(lane), false, false};
+    return Pan{place, xAxis->range(), lane, 0.0, false, false};
 }
 
 void PlotView::mousePressEvent(QMouseEvent* event) {
@@ -224,13 +224,15 @@ void PlotView::dragPicture(Pan& held, const QPointF& place) {
     setCursor(Qt::ClosedHandCursor);
     // A call back may end the drag or the view's range may be another by then: work with a copy.
     const Pan pan = held;
+    held.movedY = pan.movesY ? way.y() : 0.0;
     if (pan.movesX) {
         const double shift = -way.x() * pan.x.size() / axisRect()->width();
         changeRange(kScoperaAxisX, pan.x.lower + shift, pan.x.upper + shift, kScoperaCauseDrag);
     }
     if (pan.movesY && pan.lane < lanes_.count()) {
-        const double shift = way.y() * pan.y.size() / lanes_.rows(pan.lane).height();
-        changeLaneRange(pan.lane, pan.y.lower + shift, pan.y.upper + shift, kScoperaCauseDrag);
+        const QCPRange range = lanes_.range(pan.lane);
+        const double shift = (way.y() - pan.movedY) * range.size() / lanes_.rows(pan.lane).height();
+        changeLaneRange(pan.lane, range.lower + shift, range.upper + shift, kScoperaCauseDrag);
     }
 }
 
