@@ -254,6 +254,7 @@ private:
     bool settingsUnread_ = false;  ///< those of the last run are there, but could not be read
     bool firstStart_ = false;      ///< there are no settings yet
     bool closed_ = false;
+    std::string recorded_;  ///< first data file of what the end line tells of
     bool displayGone_ = false;
     bool foldedForRun_ = false;  ///< the settings come back when the recording ends
     bool begun_ = false;         ///< looks for unfinished recordings, and has started what starts by itself

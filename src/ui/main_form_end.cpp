@@ -21,17 +21,17 @@ namespace tarno2 {
 
 void T_MainForm::connectEnd() {
     connect(messages_, &MessageBar::openAsked, this, [this] {
-        const std::string file = host_.watch().facts().file;
+        const std::string file = recorded_;
         showRecording(file);
     });
     connect(messages_, &MessageBar::folderAsked, this, [this] {
         guarded("ShowInFolder", [this] {
-            const QString folder = fromFileName(parentFolder(host_.watch().facts().file));
+            const QString folder = fromFileName(parentFolder(recorded_));
             QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
         });
     });
     connect(messages_, &MessageBar::textAsked, this,
-            [this] { guarded("SaveRecordedAsText", [this] { saveAsText(host_.watch().facts().file, {}); }); });
+            [this] { guarded("SaveRecordedAsText", [this] { saveAsText(recorded_, {}); }); });
 }
 
 void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
@@ -49,8 +49,9 @@ void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
                                 ? uiText(end.summary, {frames, QString::number(result.files)})
                                 : uiText(end.summary);
     messages_->add(Kind::Information, summary);
-    const std::string& file = host_.watch().facts().file;
-    if (result.bytes > 0 && !file.empty() && !displayGone_) {
+    // In a cycle the next one runs already.
+    if (result.bytes > 0 && !displayGone_) {
+        recorded_ = result.fileName;
         messages_->showEnd(endFacts(result));
     }
     notice(end.state == RunState::Error && end.message ? fromMessage(text(*end.message)) : summary);
@@ -63,7 +64,7 @@ QString T_MainForm::endFacts(const RecordingResult& result) {
     const double seconds = need.known() ? static_cast<double>(result.bytes) / need.bytesPerSecond
                                         : static_cast<double>(figures.elapsedSeconds);
     QString facts =
-        uiText(TextId::EndFacts, {fromFileName(fileNameOf(host_.watch().facts().file)),
+        uiText(TextId::EndFacts, {fromFileName(fileNameOf(result.fileName)),
                                   fromCodePage(formatCount(host_.watch().frames(result.bytes))),
                                   QString::number(seconds, 'f', 3), fromCodePage(formatSize(result.bytes))});
     if (host_.watch().facts().conditions) {

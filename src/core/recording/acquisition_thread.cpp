@@ -233,6 +233,7 @@ void AcquisitionThread::tellPassport() {
 }
 
 void AcquisitionThread::completeReport(bool saved) {
+    report_.fileName = board_.writer().fileName();
     report_.bytes = board_.writer().savedBytes();
     report_.files = board_.writer().savedFiles();
     report_.events = link_.eventCount();

@@ -57,6 +57,7 @@ struct RecordingResult {
     bool monitored = false;     ///< nothing was to be kept: nobody has begun a recording
     std::optional<uint64_t> monitoredFrames;  ///< before the first one that is kept, of a session that was monitored
     std::vector<Loss> losses;                 ///< samples that the host knows to be lost
+    std::string fileName;                     ///< its first data file, once it is over
     std::string problem;                      ///< what exactly went wrong, in English; empty when nothing is known
 
     /// More than progress, which may be looked up at any time.
