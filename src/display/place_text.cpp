@@ -98,8 +98,10 @@ double parseFrame(std::string_view text, const PlaceTerms& terms, PlaceProblem& 
         problem = frame ? PlaceProblem::None : PlaceProblem::NotUnderstood;
         return static_cast<double>(frame.value_or(0));
     }
-    const bool seconds = text.ends_with('s');
-    const auto number = parseNumberField(seconds ? text.substr(0, text.size() - 1) : text);
+    constexpr std::string_view kSeconds[] = {"s", "\xD1\x81"};  // the latter as it is abbreviated in Russian
+    const auto* unit = std::ranges::find_if(kSeconds, [text](std::string_view one) { return text.ends_with(one); });
+    const bool seconds = unit != std::end(kSeconds);
+    const auto number = parseNumberField(seconds ? text.substr(0, text.size() - unit->size()) : text);
     if (!number) {
         problem = PlaceProblem::NotUnderstood;
     } else if (terms.countsFrames && !seconds) {

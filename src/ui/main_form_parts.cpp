@@ -119,6 +119,12 @@ void T_MainForm::connectParts() {
         menu_.showPanels->setChecked(unfolded);
         placeColumns();
     });
+    // The keys of the commands hold in the signal's own window, too.
+    for (QAction* action : findChildren<QAction*>()) {
+        if (!action->shortcuts().isEmpty()) {
+            signalDock_->addAction(action);
+        }
+    }
     connect(menu_.showMessages, &QAction::toggled, this, &T_MainForm::showMessageList);
     connect(messages_, &MessageBar::unfoldedChanged, menu_.showMessages, &QAction::setChecked);
     connect(menu_.channelTable, &QAction::toggled, this, &T_MainForm::showTable);
@@ -144,6 +150,8 @@ void T_MainForm::showMessageList(bool shown) {
     if (shown) {
         const int height = settings_.messagesHeight > 0 ? settings_.messagesHeight : fontMetrics().lineSpacing() * 6;
         rows_->setSizes({std::max(rows_->height() - height, 1), height});
+    } else {
+        rows_->setSizes({rows_->height(), 1});
     }
 }
 

@@ -111,9 +111,17 @@ void T_ShowForm::ScrollBar1Change(int value) {
     userChanged();
 }
 
+// Who moves along a running signal wants to look at that place, so it no longer slides away.
 void T_ShowForm::ScrollBar1KeyDown(int key) {
-    if (!stays() || frameCount() == 0) {
+    if (frameCount() == 0) {
         return;
+    }
+    if (!stays()) {
+        if (key == static_cast<int>(ScrollKey::PageDown) || key == static_cast<int>(ScrollKey::Right)) {
+            return;
+        }
+        setPosition(shownFrames().low);
+        held_ = true;
     }
     const auto page = static_cast<uint64_t>(std::max(std::llround(span()), 1LL));
     const PictureEdges all = reach();

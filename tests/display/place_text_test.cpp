@@ -28,6 +28,7 @@ TEST(PlaceText, TakesSecondsFramesTimesAndDates) {
         double frame;
     } cases[] = {{"12.5", plain, 12'500},
                  {" 12,5 s ", plain, 12'500},
+                 {"12,5 \xD1\x81", plain, 12'500},
                  {"12", counting, 12},
                  {"12s", counting, 12'000},
                  {"#48000", plain, 48'000},
