@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QResizeEvent>
 #include <QScrollArea>
 #include <QStyle>
 #include <QToolButton>
@@ -46,6 +47,13 @@ protected:
             updateGeometry();
         }
         return QScrollArea::eventFilter(object, event);
+    }
+    void resizeEvent(QResizeEvent* event) override {
+        QScrollArea::resizeEvent(event);
+        if (widget() != nullptr && event->size().width() != event->oldSize().width()) {
+            // It keeps heights that it computed for the width before.
+            widget()->layout()->invalidate();
+        }
     }
 };
 
