@@ -91,6 +91,13 @@ TEST_F(ShowForm, FollowsTheNewestFramesOrStaysAndScrolls) {
     EXPECT_FALSE(bar->isEnabled());
     EXPECT_EQ(scoper_.samples.front(), scoper_.frames.m_fFirstX) << "frame i shows code i at its millisecond i";
     EXPECT_EQ(scoper_.frames.m_fStepX, 1.0);
+    QTest::keyClick(&form, Qt::Key_PageDown);
+    expectX(70.0, 120.0);
+    QTest::keyClick(&form, Qt::Key_PageUp);
+    expectX(20.0, 70.0);
+    EXPECT_TRUE(bar->isEnabled()) << "who looks back has held it";
+    QTest::keyClick(&form, Qt::Key_End);
+    expectX(70.0, 120.0);
 
     form.DoNotFolowForDataClick(2);
     expectX(0.0, 50.0);

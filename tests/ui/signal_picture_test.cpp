@@ -214,6 +214,21 @@ TEST_F(SignalPicture, TheMouseZoomsMovesAndGoesBack) {
     EXPECT_TRUE(settings_.axisYAutoMode);
 }
 
+TEST_F(SignalPicture, ADragOfMillivoltsStaysOneOfMillivolts) {
+    std::vector<int16_t> words(1000);
+    for (size_t i = 0; i < words.size(); ++i) {
+        words[i] = static_cast<int16_t>((i % 100) * 4);  // 0 to 60 mV
+    }
+    open(words, true);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return range(kScoperaAxisY).second > 10.0; }));
+    const auto before = range(kScoperaAxisY);
+    const QPoint middle = view()->rect().center();
+    drag(middle, middle - QPoint(0, 50), Qt::NoModifier);
+    EXPECT_FALSE(settings_.axisYAutoMode);
+    EXPECT_NEAR(settings_.axisYUpper - settings_.axisYLower, (before.second - before.first) * 1e3, 1.0) << "microvolts";
+    EXPECT_LT(settings_.axisYUpper, before.second * 1e3);
+}
+
 // Whoever lets Shift go a moment before the button still wants to look at what was marked.
 TEST_F(SignalPicture, ARectangleOfARunningSignalIsHeldWhateverKeyIsDown) {
     settings_.axisXValue = 50.0;

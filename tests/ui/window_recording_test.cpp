@@ -4,6 +4,7 @@
 #include "platform/file.h"
 #include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
+#include "ui/show_form.h"
 
 namespace tarno2::test {
 namespace {
@@ -166,6 +167,27 @@ TEST_F(WindowRecording, TheCycleMakesRecordingsWithNamesOfTheirOwn) {
         EXPECT_EQ(described(base), 102400) << name;
     }
     EXPECT_TRUE(listHas("The stop condition was met or the size was reached."));
+}
+
+// What is told, and offered, is the recording that ended: the next one runs already.
+TEST_F(WindowRecording, TheCycleByTimeTellsOfTheRecordingThatEnded) {
+    wanted_.wish.stopRule = StopRule::Time;
+    wanted_.wish.cycleStart = true;
+    wanted_.stopValue = 1;
+    wanted_.stopPower = 0;
+    open();
+    const QString first = fromFileName(fileNameOf(nameField()));
+    press(Qt::Key_F5);
+    const auto* newest = find<QLabel>("NewestMessage");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return newest->text().contains(uiText(TextId::EndLosses, {"0"})); }, 30000));
+    EXPECT_TRUE(newest->text().contains(first)) << newest->text().toStdString();
+    EXPECT_TRUE(form().control().running());
+    click("OpenRecordedButton");
+    EXPECT_TRUE(find<T_ShowForm>("T_ShowForm")->openedTitle().startsWith(first));
+    EXPECT_TRUE(form().control().running());
+    click("btnAutoStart");
+    press(Qt::Key_F6);
+    ASSERT_TRUE(waitForState(TextId::StatusStopped));
 }
 
 TEST_F(WindowRecording, TheLanguageChangesWhileItRuns) {

@@ -323,6 +323,11 @@ TEST_F(WindowSettings, APlaceOffEveryScreenIsCorrected) {
     auto* signal = find<QDockWidget>("SignalDock");
     ASSERT_TRUE(signal->isFloating());
     EXPECT_TRUE(screen.contains(signal->geometry().topLeft()));
+    record();
+    signal->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(signal));
+    QTest::keyClick(signal, Qt::Key_F6);
+    EXPECT_TRUE(waitForState(TextId::StatusStopped)) << "keys of commands hold there, too";
     find<QAction>("RussianChoose")->trigger();
     ASSERT_TRUE(close());
     EXPECT_TRUE(screen.contains(QPoint(kept().mainFormPos.left, kept().mainFormPos.top)));
