@@ -64,7 +64,7 @@ focus() {
 
 # Keeps the picture of the screen, or of a window on it, under a name.
 keep() {
-    import -window "${2:-root}" -strip +dither -colors 64 "png8:$folder/${language}_$1.png"
+    import -window "${2:-root}" -strip +dither -colors 256 "png8:$folder/${language}_$1.png"
     echo "$folder/${language}_$1.png"
 }
 
@@ -109,7 +109,7 @@ keep_first_start() {
     mkdir -p "$home"
     locale=$([ "$language" = ru ] && echo ru_RU.UTF-8 || echo C.UTF-8)
     start_program
-    keep first
+    keep first "$main"
     end_program
     rm "$home/Tarno2.cfg"
     locale=
@@ -157,7 +157,7 @@ take_pictures() {
     press F6
     end_program
 
-    write_settings 1 next 'ViewSpectrum = 1' 'SpectrumHeight = 200'
+    write_settings 1 next 'ViewLanes = 1' 'ViewSpectrum = 1' 'SpectrumHeight = 200'
     start_program --open "$home/Data/engine.dat"
     press ctrl+b
     xdotool mousemove 640 250 click 1
