@@ -277,6 +277,13 @@ TEST(RecordingControl, AGeneratedNameGivesWayToARecordingThatCameMeanwhile) {
     EXPECT_EQ(readFile(chosen), "another program's");
     EXPECT_TRUE(readFile(recorded) == streamBytes(0, 2000, 2));
 
+    // What a recording without a frame has left keeps no name from being used.
+    rig.folder.write(fileNameOf(rig.shell.name.substr(0, rig.shell.name.size() - 4) + ".log"), "lost");
+    const std::string next = rig.shell.name;
+    ASSERT_TRUE(rig.control.StartButtonClick());
+    EXPECT_EQ(rig.shell.name, next);
+    EXPECT_EQ(rig.pump().result.bytes, 4000U);
+
     // Who types the name means it.
     rig.shell.name = chosen;
     ASSERT_TRUE(rig.control.StartButtonClick());

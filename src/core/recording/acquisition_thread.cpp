@@ -233,7 +233,6 @@ void AcquisitionThread::tellPassport() {
 }
 
 void AcquisitionThread::completeReport(bool saved) {
-    report_.fileName = board_.writer().fileName();
     report_.bytes = board_.writer().savedBytes();
     report_.files = board_.writer().savedFiles();
     report_.events = link_.eventCount();
@@ -255,6 +254,7 @@ void AcquisitionThread::completeReport(bool saved) {
     if (!report_.losses.empty() && !writeLossLedger(board_.writer().fileName(), report_.losses)) {
         DEBUG_LOG("!!!!! The list of losses could not be written");
     }
+    report_.fileName = board_.writer().fileName();  // last: without memory for it the rest is told
 }
 
 void AcquisitionThread::finish() {

@@ -150,7 +150,8 @@ private:
     /// Moves an earlier recording out of the way. The journal tells of it, so that a move that is cut off is finished
     /// by who finds the journal.
     bool makeRoom() {
-        if (setup_.freeName && hasFilesToMove(name_)) {
+        // What else an earlier recording may have left is moved as ever.
+        if (setup_.freeName && (fileExists(name_.data()) || fileExists(name_.description()))) {
             return refuse(TextId::FileInUse, setup_.fileName, "!!!!! \"%s\" was taken by another program");
         }
         const uint32_t n = freeOldNumber(name_);

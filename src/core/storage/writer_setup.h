@@ -18,7 +18,7 @@ namespace tarno2 {
 /// Where and how a recording is written.
 struct WriterSetup {
     std::string fileName;      ///< of the first piece
-    bool freeName = false;     ///< the name must be free: whatever has come there is left, and the name refused
+    bool freeName = false;     ///< a data file or description that has come there is left, and the name refused
     uint32_t sampleWidth = 2;  ///< bytes
     uint32_t channelCount = 1;
     uint64_t limitBytes = 0;      ///< size limit of all pieces together; 0: none
