@@ -39,7 +39,10 @@ void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
     if (end.message && end.kind == MessageKind::Information) {
         messages_->add(Kind::Information, uiText(*end.message));
     }
-    strip_->setLosses(result.losses.size());
+    // In a cycle the next one runs already.
+    if (!control().running() || result.fileName == host_.watch().facts().file) {
+        strip_->setLosses(result.losses.size());
+    }
     if (result.monitored) {
         messages_->add(Kind::Information, uiText(TextId::MonitoringEnded));
         return;
@@ -49,8 +52,7 @@ void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
                                 ? uiText(end.summary, {frames, QString::number(result.files)})
                                 : uiText(end.summary);
     messages_->add(Kind::Information, summary);
-    // In a cycle the next one runs already.
-    if (result.bytes > 0 && !displayGone_) {
+    if (result.bytes > 0 && !result.fileName.empty() && !displayGone_) {
         recorded_ = result.fileName;
         messages_->showEnd(endFacts(result));
     }
@@ -59,16 +61,15 @@ void T_MainForm::showEnd(const RecordingResult& result, const RunEnd& end) {
 
 // "engine.dat: 62 000 000 frames, 12.5 s, 1.25 GB, losses: 0"; seconds of the signal, not of the clock.
 QString T_MainForm::endFacts(const RecordingResult& result) {
-    const RunFigures& figures = host_.watch().figures();
     const RecordingNeed need = recordingNeed(host_.settings(), selection().driver().facts(), findings_.disk);
     const double seconds = need.known() ? static_cast<double>(result.bytes) / need.bytesPerSecond
-                                        : static_cast<double>(figures.elapsedSeconds);
+                                        : static_cast<double>(host_.watch().figures().elapsedSeconds);
     QString facts =
         uiText(TextId::EndFacts, {fromFileName(fileNameOf(result.fileName)),
                                   fromCodePage(formatCount(host_.watch().frames(result.bytes))),
                                   QString::number(seconds, 'f', 3), fromCodePage(formatSize(result.bytes))});
     if (host_.watch().facts().conditions) {
-        facts += uiText(TextId::EndEvents, {fromCodePage(formatCount(figures.events))});
+        facts += uiText(TextId::EndEvents, {fromCodePage(formatCount(result.events))});
     }
     return facts + uiText(TextId::EndLosses, {QString::number(result.losses.size())});
 }

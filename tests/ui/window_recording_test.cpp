@@ -2,6 +2,7 @@
 
 #include "platform/event.h"
 #include "platform/file.h"
+#include "platform/paths.h"
 #include "tests/core/fake_device.h"
 #include "tests/ui/main_window.h"
 #include "ui/show_form.h"
@@ -173,14 +174,16 @@ TEST_F(WindowRecording, TheCycleMakesRecordingsWithNamesOfTheirOwn) {
 TEST_F(WindowRecording, TheCycleByTimeTellsOfTheRecordingThatEnded) {
     wanted_.wish.stopRule = StopRule::Time;
     wanted_.wish.cycleStart = true;
-    wanted_.stopValue = 1;
+    wanted_.stopValue = 2;
     wanted_.stopPower = 0;
     open();
     const QString first = fromFileName(fileNameOf(nameField()));
     press(Qt::Key_F5);
     const auto* newest = find<QLabel>("NewestMessage");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return newest->text().contains(uiText(TextId::EndLosses, {"0"})); }, 30000));
-    EXPECT_TRUE(newest->text().contains(first)) << newest->text().toStdString();
+    const auto tellsEnd = [&] {
+        return newest->text().contains(first) && newest->text().contains(uiText(TextId::EndLosses, {"0"}));
+    };
+    ASSERT_TRUE(QTest::qWaitFor(tellsEnd, 30000)) << newest->text().toStdString();
     EXPECT_TRUE(form().control().running());
     click("OpenRecordedButton");
     EXPECT_TRUE(find<T_ShowForm>("T_ShowForm")->openedTitle().startsWith(first));
