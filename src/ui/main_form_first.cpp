@@ -28,7 +28,8 @@ void T_MainForm::showFirstPage() {
     signalDock_->show();
 }
 
-// The signal is in its place from now on, and the settings are kept at once: the page does not come a second time.
+// The signal is in its place from now on, and the settings are kept at once, or with the end of the program while a
+// board is looked for: the page does not come a second time.
 void T_MainForm::endFirstPage() {
     if (firstPage_ == nullptr) {
         return;

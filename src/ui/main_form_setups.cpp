@@ -56,15 +56,17 @@ bool T_MainForm::loadSetup(const QString& name) {
         tell(uiText(TextId::SetupNotNow));
         return false;
     }
-    endFirstPage();
     storeControls();
+    ProgramSettings loaded = settings_;
     OsError why;
-    const SetupRead read = readSetup(setupPath(programDirectory_, toFileName(name)), settings_, why);
+    const SetupRead read = readSetup(setupPath(programDirectory_, toFileName(name)), loaded, why);
     if (read != SetupRead::Done) {
         tell(uiText(TextId::SetupNotRead,
                     {name, read == SetupRead::NoSetup ? uiText(TextId::SetupNoSettings) : fromMessage(why.text())}));
         return false;
     }
+    endFirstPage();
+    settings_ = std::move(loaded);
     showLoaded();
     messages_->add(MessageList::Kind::Information, uiText(TextId::SetupLoaded, {name}));
     return true;

@@ -353,8 +353,8 @@ private:
     bool marksToList_ = false;  ///< the list of marks is older than they are
     uint64_t marksListedAt_ = 0;
 
-    double position_ = 0.0;  ///< frame at the left edge while the picture stays
     static constexpr double kMostSpan = 1e15;
+    double position_ = 0.0;    ///< frame at the left edge while the picture stays
     double scrollStep_ = 1.0;  ///< frames in a step of the scroll bar
     double fileSpan_ = 1.0;    ///< frames on screen of an opened recording
     double fileOrigin_ = 0.0;  ///< its frame that the axis counts from

@@ -76,6 +76,7 @@ ShownPart T_ShowForm::shownPart() const {
 void T_ShowForm::leavePart(int cause) {
     if (first_ != nullptr) {
         first_->leavePart(cause);
+        zoomBack_->setEnabled(first_->zoomBack_->isEnabled());
     } else if (shownSignal() != nullptr) {
         zooms_.leave(shownPart(), cause, static_cast<uint64_t>(clock_.elapsed()));
         zoomBack_->setEnabled(true);
