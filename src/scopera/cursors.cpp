@@ -24,14 +24,18 @@ QString valueText(double value, const QCPRange& range, int pixels, int digits) {
     return plainNumber(value, digits < 0 ? decimalsFor(range.size(), pixels) : digits);
 }
 
-void bringIntoRange(double& first, double& second, const QCPRange& range) {
+/// Whether both have got a place.
+bool bringIntoRange(double& first, double& second, const QCPRange& range) {
     const bool together = first == second;
-    if (together || !range.contains(first)) {
+    const bool moveFirst = together || !range.contains(first);
+    const bool moveSecond = together || !range.contains(second);
+    if (moveFirst) {
         first = range.lower + range.size() / 3.0;
     }
-    if (together || !range.contains(second)) {
+    if (moveSecond) {
         second = range.lower + range.size() * 2.0 / 3.0;
     }
+    return moveFirst && moveSecond;
 }
 
 }  // namespace
@@ -63,13 +67,11 @@ void Cursors::setDigits(int x, int y) {
 void Cursors::bringIntoView() {
     // Copies, because the fields are packed.
     double x[] = {places_.m_fX[0], places_.m_fX[1]};
-    const double y[] = {yOf(0), yOf(1)};
-    double seen[] = {y[0], y[1]};
+    double y[] = {yOf(0), yOf(1)};
     const auto first = static_cast<uint32_t>(laneOf(0));
     bringIntoRange(x[0], x[1], xAxis_->range());
-    bringIntoRange(seen[0], seen[1], lanes_.range(first));
-    heightsFollow_ = heightsFollow_ || (seen[0] != y[0] && seen[1] != y[1]);
-    places_ = {{x[0], x[1]}, {seen[0], seen[1]}, {first, first}};
+    heightsFollow_ = bringIntoRange(y[0], y[1], lanes_.range(first)) || heightsFollow_;
+    places_ = {{x[0], x[1]}, {y[0], y[1]}, {first, first}};
 }
 
 SCOPERACursors Cursors::places() const {

@@ -94,8 +94,8 @@ void SpectrumPane::build() {
     whole_ = checkedAction("SpectrumWhole", menu);
     more_->setObjectName(QStringLiteral("SpectrumMore"));
     more_->setText(QStringLiteral("…"));
-    connect(more_, &QToolButton::clicked, menu,
-            [this, menu] { menu->popup(more_->mapToGlobal(more_->rect().bottomLeft())); });
+    more_->setMenu(menu);
+    more_->setPopupMode(QToolButton::InstantPopup);
     more_->setFocusPolicy(Qt::StrongFocus);
     length_->addItem(QString());
     for (int i = 1; i <= kLengths; ++i) {

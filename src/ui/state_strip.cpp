@@ -366,9 +366,9 @@ void StateStrip::fitState() {
 
 void StateStrip::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const int letters = width() / fontMetrics().averageCharWidth();
-    showCaptions(letters >= kCaptionLetters);
-    if (const bool roomy = letters >= kRoomyLetters; roomy != roomy_) {
+    const int letter = fontMetrics().averageCharWidth();
+    showCaptions(width() >= letter * kCaptionLetters);
+    if (const bool roomy = width() >= letter * kRoomyLetters; roomy != roomy_) {
         roomy_ = roomy;
         fitState();
     }

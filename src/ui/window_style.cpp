@@ -2,6 +2,7 @@
 
 #include <QAbstractScrollArea>
 #include <QPainter>
+#include <QPushButton>
 #include <QStyleOption>
 
 namespace tarno2 {
@@ -53,7 +54,8 @@ WindowStyle::WindowStyle() : QProxyStyle(QStringLiteral("fusion")) {}
 void WindowStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                 const QWidget* widget) const {
     if (element == PE_FrameFocusRect) {
-        if (option->state.testFlag(State_KeyboardFocusChange)) {
+        // A push button has its ring around all of it.
+        if (option->state.testFlag(State_KeyboardFocusChange) && qobject_cast<const QPushButton*>(widget) == nullptr) {
             drawRing(*option, *painter);
         }
         return;
@@ -79,6 +81,14 @@ void WindowStyle::drawControl(ControlElement element, const QStyleOption* option
 
 void WindowStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
                                      const QWidget* widget) const {
+    if (const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option);
+        button != nullptr && !button->features.testFlag(QStyleOptionToolButton::MenuButtonPopup)) {
+        // The arrow of a menu would lie upon the button's text.
+        QStyleOptionToolButton plain = *button;
+        plain.features.setFlag(QStyleOptionToolButton::HasMenu, false);
+        QProxyStyle::drawComplexControl(control, &plain, painter, widget);
+        return;
+    }
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if ((control == CC_ComboBox || control == CC_SpinBox) && hasKeys(*option)) {
         drawRing(*option, *painter);

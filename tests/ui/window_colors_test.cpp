@@ -60,10 +60,12 @@ double focusContrast(QWidget& widget, QWidget& other) {
     double most = 1.0;
     for (int y = 0; y < before.height(); ++y) {
         for (int x = 0; x < before.width(); ++x) {
-            most = std::max(most, contrast(before.pixel(x, y), after.pixel(x, y)));
+            if (before.pixel(x, y) != after.pixel(x, y)) {
+                most = std::max(most, contrast(before.pixel(x, y), after.pixel(x, y)));
+            }
         }
     }
-    return most;
+    return widget.hasFocus() ? most : 0.0;
 }
 
 /// It paints letters, not a picture or dots.
