@@ -24,16 +24,21 @@ QString valueText(double value, const QCPRange& range, int pixels, int digits) {
     return plainNumber(value, digits < 0 ? decimalsFor(range.size(), pixels) : digits);
 }
 
+/// Where a cursor lies that nobody has placed.
+double thirdOf(const QCPRange& range, size_t cursor) {
+    return range.lower + range.size() * static_cast<double>(cursor + 1) / 3.0;
+}
+
 /// Whether both have got a place.
 bool bringIntoRange(double& first, double& second, const QCPRange& range) {
     const bool together = first == second;
     const bool moveFirst = together || !range.contains(first);
     const bool moveSecond = together || !range.contains(second);
     if (moveFirst) {
-        first = range.lower + range.size() / 3.0;
+        first = thirdOf(range, 0);
     }
     if (moveSecond) {
-        second = range.lower + range.size() * 2.0 / 3.0;
+        second = thirdOf(range, 1);
     }
     return moveFirst && moveSecond;
 }
@@ -89,11 +94,7 @@ void Cursors::setPlaces(const SCOPERACursors& places) {
 }
 
 double Cursors::yOf(size_t cursor) const {
-    if (!heightsFollow_) {
-        return places_.m_fY[cursor];
-    }
-    const QCPRange range = lanes_.range(laneOf(cursor));
-    return range.lower + range.size() * static_cast<double>(cursor + 1) / 3.0;
+    return heightsFollow_ ? thirdOf(lanes_.range(laneOf(cursor)), cursor) : places_.m_fY[cursor];
 }
 
 std::optional<Cursors::Grip> Cursors::gripAt(const QPointF& place) const {
