@@ -110,8 +110,6 @@ void RecordingControl::warnOfFreeSpace() {
 
 bool RecordingControl::createFiles() {
     WriterSetup setup;
-    setup.fileName = fileName_;
-    setup.freeName = naming_.isNewest(fileName_);
     setup.sampleWidth = driver_.facts().sampleWidth();
     setup.channelCount = session_->settings.channelCount();
     setup.limitBytes = settings_.stopRule == StopRule::Size ? settings_.stopBytes : 0;
@@ -130,6 +128,8 @@ bool RecordingControl::createFiles() {
     setup.longestWaitMs = static_cast<uint32_t>(settings_.longestWriteWaitMs);
     setup.keepDiskMargin = true;
     const auto open = [&] {
+        setup.fileName = fileName_;
+        setup.freeName = naming_.isNewest(fileName_);
         // An earlier recording of this name is moved aside, and nobody may go on writing beside it.
         if (checksums_ != nullptr) {
             checksums_->release(fileName_);
@@ -140,8 +140,7 @@ bool RecordingControl::createFiles() {
     // Two programs may have come to the same free name: a generated one stands for any other.
     for (int i = 0; i < kNameAttempts && code == kNameInUse && RecordingName(fileName_).isGenerated(); ++i) {
         GenerateFileName();
-        fileName_ = setup.fileName = RecordingName::typed(shell_.fileName()).data();
-        setup.freeName = naming_.isNewest(fileName_);
+        fileName_ = RecordingName::typed(shell_.fileName()).data();
         code = open();
     }
     for (const std::string& name : session_->writer().movedAside()) {
