@@ -35,6 +35,13 @@ Widget* findIn(QWidget& window, const char* name) {
     return widget;
 }
 
+/// Whether Tab comes to it: not to the field of a box, which is the box's own.
+inline bool takesTab(const QWidget& widget) {
+    return (widget.focusPolicy() & Qt::TabFocus) != 0 &&
+           qobject_cast<QAbstractSpinBox*>(widget.parentWidget()) == nullptr &&
+           qobject_cast<QComboBox*>(widget.parentWidget()) == nullptr;
+}
+
 /// Clicks on a control where it hears clicks.
 void clickIn(QWidget& window, const char* name);
 

@@ -40,10 +40,7 @@ QString spoken(const QWidget& widget) {
 QStringList nameless(QWidget& window) {
     QStringList found;
     for (const auto* widget : window.findChildren<QWidget*>()) {
-        const bool inside = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
-                            qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr;
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !inside && widget->isVisibleTo(&window) &&
-            spoken(*widget).isEmpty()) {
+        if (takesTab(*widget) && widget->isVisibleTo(&window) && spoken(*widget).isEmpty()) {
             found << QLatin1String(widget->metaObject()->className()) + QLatin1Char(' ') + widget->objectName();
         }
     }

@@ -95,9 +95,7 @@ QStringList faint(QWidget& window) {
 QStringList unseenFocus(QWidget& window, QWidget& other, QWidget& another) {
     QStringList found;
     for (auto* widget : window.findChildren<QWidget*>()) {
-        const bool inside = qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) != nullptr ||
-                            qobject_cast<QComboBox*>(widget->parentWidget()) != nullptr;
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !inside && widget->isVisible() && widget->isEnabled()) {
+        if (takesTab(*widget) && widget->isVisible() && widget->isEnabled()) {
             if (const double is = focusContrast(*widget, widget == &other ? another : other); is < 3.0) {
                 found << QStringLiteral("%1: %2").arg(widget->objectName()).arg(is);
             }
