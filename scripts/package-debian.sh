@@ -3,7 +3,8 @@
 #
 #   scripts/package-debian.sh [FOLDER]     FOLDER gets the packages, build/debian without one
 #
-# The same tree, by its last commit, gives the same bytes. TARNO2_BUILD_DEBIAN names another folder to build in.
+# The same tree, by its last commit, gives the same bytes, in any folder, with ccache or without it (CCACHE_DISABLE=1), but
+# not those of the other. TARNO2_BUILD_DEBIAN names another folder to build in.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh

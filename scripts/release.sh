@@ -5,7 +5,7 @@
 #   scripts/release.sh [--again] [FOLDER]     FOLDER: build/releases/VERSION without one
 #
 # The tag is v and the version of CMakeLists.txt. The same tag gives the same source archive and Debian packages to the
-# byte; with --again they are made a second time, in another folder and without ccache, and compared with what FOLDER has.
+# byte; with --again they are made a second time, in another folder, and compared with what FOLDER has.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/common.sh
@@ -28,7 +28,8 @@ SOURCE_DATE_EPOCH=$(tree_time)
 export SOURCE_DATE_EPOCH
 git archive --format tar --prefix "$name/" "$tag" | xz -9 --threads 1 >"$work/$name.tar.xz"
 tar -xf "$work/$name.tar.xz" -C "$work"
-[ -z "$again" ] || export CCACHE_DISABLE=1
+# What ccache gives names its sources in another way, and so has other bytes.
+export CCACHE_DISABLE=1
 (cd "$work/$name" && scripts/package-debian.sh "$work/debian") >&2
 
 if [ -n "$again" ]; then
