@@ -24,6 +24,7 @@ RecordingStack::RecordingStack(ProgramSettings& settings, ISCOPERA* scoper, QWid
     setChildrenCollapsible(false);
     addWidget(first_);
     connect(first_, &T_ShowForm::changed, this, [this] { share(*first_); });
+    first_->setPictures([this] { return pictures(); });
     connect(first_, &T_ShowForm::signalLeft, this, &RecordingStack::clear);
 }
 
@@ -84,6 +85,16 @@ void RecordingStack::clear() {
         delete row;
     }
     first_->setReach(std::nullopt);
+}
+
+std::vector<ViewPicture> RecordingStack::pictures() const {
+    std::vector<ViewPicture> all{first_->picture()};
+    for (ComparedRecording* row : rows_) {
+        if (!row->isHidden()) {
+            all.push_back(row->view()->picture());
+        }
+    }
+    return all;
 }
 
 // It is the row's own button that asks for it.

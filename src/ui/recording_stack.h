@@ -40,6 +40,8 @@ private:
     void remove(ComparedRecording& row);
     void setReaches();
     void share(const T_ShowForm& from);
+    /// Of all that is shown, the first one at the top.
+    [[nodiscard]] std::vector<ViewPicture> pictures() const;
 
     ProgramSettings& settings_;
     T_ShowForm* first_;

@@ -29,6 +29,7 @@
 #include "ui/shown_signal.h"
 #include "ui/signal_drawing.h"
 #include "ui/view_icons.h"
+#include "ui/view_pictures.h"
 #include "ui/zoom_history.h"
 
 class QAction;
@@ -155,6 +156,10 @@ public:
     [[nodiscard]] bool showsWhole() const;
     /// All of it on the X axis.
     void fitTime();
+    /// What *Save picture* takes: asked each time. Without it this view alone.
+    void setPictures(std::function<std::vector<ViewPicture>()> pictures) { pictures_ = std::move(pictures); }
+    /// This view alone.
+    [[nodiscard]] ViewPicture picture() const { return {openedTitle_, scoper_}; }
 
     // Lanes (show_form_lanes.cpp).
     /// Curves in lanes, or one upon the other.
@@ -289,6 +294,8 @@ private:
     void setShowMode(int mode);
     void zoomedY(double lower, double upper);
     void savePicture();
+    void copyPicture();
+    [[nodiscard]] std::vector<ViewPicture> pictures() const;
     [[nodiscard]] bool canSavePart() const { return file_ && !records_ && frameCount() > 0; }
     void rangeChanged(int axis, double lower, double upper, int cause);
     void zoomedX(double lower, double upper, int cause);
@@ -360,7 +367,8 @@ private:
     double fileOrigin_ = 0.0;  ///< its frame that the axis counts from
     std::optional<PictureEdges> fileReach_;
     T_ShowForm* first_ = nullptr;  ///< that this one lies below
-    bool fileClock_ = false;       ///< the axis of an opened recording tells the time of day
+    std::function<std::vector<ViewPicture>()> pictures_;
+    bool fileClock_ = false;  ///< the axis of an opened recording tells the time of day
     std::optional<WallClock> liveClock_;
     bool held_ = false;                ///< the user holds the picture with the mouse, however it is followed
     std::optional<double> wholeSpan_;  ///< frames on screen before the user zoomed with the mouse

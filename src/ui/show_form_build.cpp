@@ -195,7 +195,7 @@ void T_ShowForm::buildActions() {
     marksAction_ = addAction(TextId::MenuMarks, [this] { MarksClick(); });
     digitalLines_ = addAction(TextId::DigitalLineSettings, [this] { DigitalSignalSettingsClick(); });
     savePicture_ = addAction(TextId::SavePicture, [this] { savePicture(); });
-    copyPicture_ = addAction(TextId::CopyPicture, [this] { scoper_->CopyPicture(); });
+    copyPicture_ = addAction(TextId::CopyPicture, [this] { copyPicture(); });
     savePart_ = addAction(TextId::SavePart, [this] { SavePartClick(); });
     savePicture_->setEnabled(scoper_ != nullptr);
     copyPicture_->setEnabled(scoper_ != nullptr);

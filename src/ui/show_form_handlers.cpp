@@ -311,11 +311,22 @@ void T_ShowForm::savePicture() {
         emit message(uiText(TextId::PictureNoName, {QFileInfo(file).fileName()}));
         return;
     }
-    if (scoper_->SavePicture(file.toUtf8().constData()) == 0) {
+    if (!savePictures(pictures(), file)) {
         QFile again(file);
         static_cast<void>(again.open(QIODevice::Append));
         emit message(uiText(TextId::FileNotWritten, {file, again.errorString()}));
     }
+}
+
+void T_ShowForm::copyPicture() {
+    copyPictures(pictures());
+}
+
+std::vector<ViewPicture> T_ShowForm::pictures() const {
+    if (first_ != nullptr) {
+        return first_->pictures();
+    }
+    return pictures_ ? pictures_() : std::vector{picture()};
 }
 
 // In numbers of the file that it begins in; what lies in a later one is left out.

@@ -1,9 +1,12 @@
 // Recordings one above the other in the main window, by menu, keys, mouse and drops.
 
+#include <QAction>
 #include <QDockWidget>
 #include <QDropEvent>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QRegularExpression>
+#include <QSet>
 #include <QUrl>
 #include <QWindow>
 #include <cmath>
@@ -134,6 +137,50 @@ TEST_F(WindowCompare, AlignedAtTheStartOrByTheTimeOfDay) {
     expectShown(*first_, 1000.0, 0.0, 4.0);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(rows().empty());
+}
+
+// A report of a comparison has all that is compared.
+TEST_F(WindowCompare, PicturesAreSavedTogether) {
+    open();
+    dropFile(*find("PaintBox1"), recorded("first", 1000.0, 4.0, 10.0));
+    dropFile(*find("PaintBox1"), recorded("second", 1000.0, 4.0, 12.0), Qt::ControlModifier);
+    ASSERT_EQ(rows().size(), 1);
+    const auto pixels = [](const QWidget& view) {
+        return view.findChild<QWidget*>("PaintBox1")->size() * view.devicePixelRatio();
+    };
+    const QSize upper = pixels(*first_);
+    const QSize lower = pixels(*rows().front()->view());
+    const QString file = fromFileName(folder_.file("both"));
+    const auto save = [&](const QString& ending) {
+        chooseFile(*first_, file + ending);
+        for (QAction* action : first_->findChildren<QAction*>()) {
+            if (action->text() == uiText(TextId::SavePicture)) {
+                action->trigger();
+            }
+        }
+    };
+    save(".png");
+    const QImage both(file + ".png");
+    EXPECT_EQ(both.width(), std::max(upper.width(), lower.width()));
+    EXPECT_GT(both.height(), upper.height() + lower.height());
+    EXPECT_LT(both.height(), upper.height() + lower.height() + 100);
+
+    save(".svg");
+    QFile drawn(file + ".svg");
+    ASSERT_TRUE(drawn.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(drawn.readAll());
+    EXPECT_EQ(text.count("<svg "), 3);
+    EXPECT_TRUE(text.contains(">first") && text.contains(">second"));
+    QSet<QString> clips;
+    QRegularExpressionMatchIterator match = QRegularExpression("<clipPath id=\"([^\"]+)\"").globalMatch(text);
+    while (match.hasNext()) {
+        const QString clip = match.next().captured(1);
+        EXPECT_FALSE(clips.contains(clip)) << qPrintable(clip);
+        clips.insert(clip);
+    }
+    for (const QString& part : text.split("url(#").mid(1)) {
+        EXPECT_TRUE(clips.contains(part.section(')', 0, 0)));
+    }
 }
 
 TEST_F(WindowCompare, DroppedRecordingsAreOpenedAddedOrRefused) {
