@@ -59,12 +59,14 @@ bool RecordsSignal::update() {
     return true;
 }
 
-// A copy: the worker reads it while the next record may have come.
-std::shared_ptr<FrameSource> RecordsSignal::rawFrames(FrameSpan span) {
-    const size_t frame = format().frameBytes();
-    std::vector<std::byte> frames(static_cast<size_t>(span.count()) * frame);
-    const uint64_t read = newest_.read(span.first, span.count(), frames.data());
-    return read == span.count() ? std::make_shared<FramesInMemory>(std::move(frames), frame, span.first) : nullptr;
+// Its own: it stays at this record when the next one comes.
+std::shared_ptr<FrameSource> RecordsSignal::rawFrames(FrameSpan /*span*/) {
+    if (count_ == 0) {
+        return nullptr;
+    }
+    auto record = std::make_shared<RecordFrames>(frames_, stack_.records().frames);
+    record->moveTo(count_ - 1);
+    return record;
 }
 
 // What was asked for and could not be read is not asked for again. Records that come while the worker reads the same

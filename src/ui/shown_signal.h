@@ -38,7 +38,7 @@ public:
     /// What gives the course of the whole signal without reading a file.
     [[nodiscard]] virtual ScreenSource& wholeCourse() = 0;
     /// Frames as they were recorded, for a worker on another thread; null when some of them are gone. Those of a file
-    /// stay the signal's and go with it, others are copied. Throws std::bad_alloc.
+    /// stay the signal's and go with it, those in memory are copied. Throws std::bad_alloc.
     [[nodiscard]] virtual std::shared_ptr<FrameSource> rawFrames(FrameSpan span) = 0;
     /// The oldest frame that `rawFrames` can give.
     [[nodiscard]] virtual uint64_t firstRawFrame() const = 0;
