@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "config/files/documents_folder.h"
 #include "config/files/file_name_check.h"
 #include "config/files/move_aside.h"
 #include "config/files/recording_name.h"
@@ -82,6 +83,27 @@ TEST(FileNaming, FolderComesFromTheFirstNameThatHasOne) {
                         "Shell Folders]\r\n\"Personal\"=\"/home/of/documents\"\r\n");
         EXPECT_EQ(documentsFolder(), "/home/of/documents");
     }
+}
+
+// A desktop tells programs by a file alone where documents are, by their name in the user's language.
+TEST(FileNaming, DocumentsAreWhereTheDesktopKeepsThem) {
+    if (kPathSeparator != '/') {
+        GTEST_SKIP() << "Windows has a registry";
+    }
+    const TemporaryFolder home;
+    const ScopedEnvironment noRegistry("TARNO2_REGISTRY", home.path());
+    const ScopedEnvironment unset("XDG_DOCUMENTS_DIR", "");
+    const ScopedEnvironment user("HOME", home.path());
+    const ScopedEnvironment settings("XDG_CONFIG_HOME", home.path());
+    EXPECT_EQ(documentsFolder(), home.file("Documents"));
+    const auto withLines = [&](const std::string& lines) {
+        home.write("user-dirs.dirs", lines);
+        return documentsFolder();
+    };
+    EXPECT_EQ(withLines("# a note\nXDG_MUSIC_DIR=\"$HOME/Music\"\nXDG_DOCUMENTS_DIR=\"$HOME/Документы\"\n"),
+              home.file("Документы"));
+    EXPECT_EQ(withLines("XDG_DOCUMENTS_DIR=\"/data/of \\\"lab\\\"\""), "/data/of \"lab\"");
+    EXPECT_EQ(withLines("#XDG_DOCUMENTS_DIR=\"/data\"\nXDG_DOCUMENTS_DIR=\"data\"\n"), home.file("Documents"));
 }
 
 TEST(FileNaming, NamesThatCannotBeRecordedAreRefused) {

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "config/files/documents_folder.h"
 #include "config/files/file_name_check.h"
 #include "config/files/recording_name.h"
 #include "config/logs/debug_log.h"
 #include "platform/clock.h"
 #include "platform/file.h"
 #include "platform/paths.h"
-#include "platform/registry.h"
 
 namespace tarno2 {
 
@@ -50,19 +50,6 @@ std::string FileNaming::NameAtStart(const std::string& savedName) {
         return savedName;
     }
     return GenerateFileName({}, savedName);
-}
-
-std::string documentsFolder() {
-    const auto personal = registryValue(
-        RegistryRoot::CurrentUser, "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders", "Personal");
-    if (personal && personal->type == kRegistryString && !personal->data.empty()) {
-        return personal->data;
-    }
-    if (const auto documents = environmentVariable("XDG_DOCUMENTS_DIR"); documents && !documents->empty()) {
-        return *documents;
-    }
-    const auto home = environmentVariable("HOME");
-    return home && !home->empty() ? joinPath(*home, "Documents") : std::string();
 }
 
 std::string shownName(std::string name) {

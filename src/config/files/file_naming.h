@@ -31,10 +31,6 @@ private:
     uint32_t runningNumber_ = 0;
 };
 
-/// The user's documents folder: the registry's "Personal", else $XDG_DOCUMENTS_DIR, else ~/Documents. Empty when
-/// there is none.
-[[nodiscard]] std::string documentsFolder();
-
 /// The name as a line of a log may hold it: with "?" in the place of control characters.
 [[nodiscard]] std::string shownName(std::string name);
 
