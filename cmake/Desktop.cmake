@@ -18,7 +18,10 @@ install(FILES ${linux}/_tarno2 DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-fun
 install(FILES ${linux}/tarno2.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT desktop)
 install(FILES ${linux}/tarno2.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT desktop)
 install(FILES ${linux}/tarno2.thumbnailer DESTINATION ${CMAKE_INSTALL_DATADIR}/thumbnailers COMPONENT desktop)
-install(FILES ${linux}/tarno2.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT desktop)
+set(PICTURES_URL ${TARNO2_PICTURES_URL})
+set(METAINFO ${PROJECT_BINARY_DIR}/generated/tarno2.metainfo.xml)
+include(cmake/Metainfo.cmake)
+install(FILES ${METAINFO} DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT desktop)
 install(DIRECTORY ${linux}/icons/hicolor DESTINATION ${CMAKE_INSTALL_DATADIR}/icons COMPONENT desktop)
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/tarno2.svg
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT desktop)

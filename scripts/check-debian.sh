@@ -32,6 +32,16 @@ pages_are_right() {
     [ -z "$said" ]
 }
 
+# With an address the pictures are there that it tells of.
+centres_are_told() {
+    local file=$PWD/build/tarno2.metainfo.xml picture
+    cmake ${1:+-D PICTURES_URL="$1"} -D METAINFO="$file" -P cmake/Metainfo.cmake && appstreamcli validate --no-net "$file" || return 1
+    [ "$(grep -c '<image' "$file")" -eq $((${1:+6} + 0)) ] || return 1
+    for picture in $(sed -n "s|.*<image.*>${1:-none}/\(.*\)</image>|\1|p" "$file"); do
+        [ -s "docs/pictures/$picture" ] || { echo "there is no $picture" && return 1; }
+    done
+}
+
 echo "== the packages"
 packages=$PWD/build/debian
 mkdir -p build
@@ -39,7 +49,8 @@ scripts/package-debian.sh "$packages" >build/package-debian.log 2>&1 || { tail -
 ls -l "$packages"
 check "lintian" silent lintian --allow-root --fail-on error,warning "$packages"/*.changes
 check "the desktop file" silent desktop-file-validate packaging/linux/tarno2.desktop
-check "the data for software centres" appstreamcli validate --no-net packaging/linux/tarno2.metainfo.xml
+check "the data for software centres" centres_are_told
+check "the data for software centres, with pictures" centres_are_told https://example.org/pictures
 check "the manual pages" pages_are_right
 check "the completion of bash and zsh" silent eval 'bash -n packaging/linux/tarno2.bash && zsh -n packaging/linux/_tarno2'
 
