@@ -32,7 +32,8 @@ VIAddVersionKey "LegalCopyright" "GPL-3.0-or-later"
 !insertmacro MUI_PAGE_LICENSE "${LICENSE}"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
-!define MUI_FINISHPAGE_RUN "$INSTDIR\Tarno2.exe"
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_FUNCTION RunAsUser
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
@@ -104,6 +105,12 @@ Function RemoveOlder
         Delete "$R0\uninstall.exe"
         RMDir "$R0"
     ${EndIf}
+FunctionEnd
+
+; By the Explorer, which belongs to the user: started from here the program would be an administrator's, and keep its
+; settings where the user's next start does not look.
+Function RunAsUser
+    Exec '"$WINDIR\explorer.exe" "$INSTDIR\Tarno2.exe"'
 FunctionEnd
 
 Function un.onInit
