@@ -37,7 +37,9 @@ struct MeasuredCodes {
 #if defined(__SSE2__)
     /// Eight words at once.
     [[nodiscard]] __m128i ofEight(const Word* words) const requires(sizeof(Word) == 2) {
-        __m128i value = _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));
+        return ofEight(_mm_loadu_si128(reinterpret_cast<const __m128i*>(words)));
+    }
+    [[nodiscard]] __m128i ofEight(__m128i value) const requires(sizeof(Word) == 2) {
         value = _mm_sll_epi16(value, _mm_cvtsi32_si128(static_cast<int>(left)));
         const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(right));
         return isSigned ? _mm_sra_epi16(value, shift)

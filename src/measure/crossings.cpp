@@ -8,12 +8,18 @@
 #include <utility>
 
 #include "measure/codes.h"
+#include "measure/edge_lanes.h"
 
 namespace tarno2 {
 
 namespace {
 
 constexpr double kBand = 0.1;  // of the signal's height, on each side of the middle
+
+constexpr uint64_t kDense = 32;     // words an edge, below which eight lanes are faster than one edge after the other
+constexpr uint64_t kLeadIn = 4;     // frames at the start of a block after which a dense signal is on a side
+constexpr uint64_t kLeastLane = 8;  // frames of a lane below which it does not pay
+constexpr uint64_t kLookBack = 64;  // frames before a lane in which a dense signal was on a side
 
 enum class Side : int8_t { Unknown, Low, High };
 
@@ -50,6 +56,7 @@ public:
         : code_(format.word),
           channels_(format.channelCount()),
           row_(rowWords(channels_)),
+          stretches_(channels_ < 8 ? 8 : 1),
           origin_(origin),
           found_(std::move(found)),
           watched_(channels_),
@@ -67,33 +74,9 @@ public:
     }
 
     void add(uint64_t firstFrame, const std::byte* frames, uint64_t count) override {
-        if (count == 0) {
-            return;
-        }
-        words_ = reinterpret_cast<const Word*>(frames);
-        firstTime_ = static_cast<double>(firstFrame - origin_);
-        for (size_t i = 0; i < channels_; ++i) {
-            if (!watched_[i].first) {
-                watched_[i].first = codeAt(i, 0);
-                watched_[i].start = firstTime_;
-            }
-        }
-        uint64_t frame = 0;
-#if defined(__SSE2__)
-        if constexpr (sizeof(Word) == 2) {
-            const uint64_t rowFrames = lanes_.back().frame + 1;
-            for (; frame + rowFrames <= count; frame += rowFrames) {
-                lookAtRow(frame);
-            }
-        }
-#endif
-        for (; frame < count; ++frame) {
-            for (size_t i = 0; i < channels_; ++i) {
-                lookAt(i, frame);
-            }
-        }
-        for (size_t i = 0; i < channels_; ++i) {
-            endBlock(i, count);
+        const uint64_t most = kMostLane * stretches_;
+        for (uint64_t done = 0; done < count; done += most) {
+            addBlock(firstFrame + done, frames + done * channels_ * sizeof(Word), std::min(most, count - done));
         }
     }
 
@@ -109,6 +92,39 @@ public:
     }
 
 private:
+    static constexpr uint64_t kMostLane = uint64_t{1} << 14;  ///< frames, that have numbers of 16 bits
+
+    void addBlock(uint64_t firstFrame, const std::byte* frames, uint64_t count) {
+        words_ = reinterpret_cast<const Word*>(frames);
+        firstTime_ = static_cast<double>(firstFrame - origin_);
+        for (size_t i = 0; i < channels_; ++i) {
+            if (!watched_[i].first) {
+                watched_[i].first = codeAt(i, 0);
+                watched_[i].start = firstTime_;
+            }
+        }
+        uint64_t frame = 0;
+        edgesInBlock_ = 0;
+#if defined(__SSE2__)
+        if constexpr (sizeof(Word) == 2) {
+            frame = dense_ && !found_ ? lookAtLanes(count) : lookAtRows(count);
+        }
+#endif
+        lookAtAll(frame, count);
+        for (size_t i = 0; i < channels_; ++i) {
+            endBlock(i, count);
+        }
+        dense_ = edgesInBlock_ * kDense > count * channels_;
+    }
+
+    void lookAtAll(uint64_t frame, uint64_t end) {
+        for (; frame < end; ++frame) {
+            for (size_t i = 0; i < channels_; ++i) {
+                lookAt(i, frame);
+            }
+        }
+    }
+
     void takeLevels(size_t channel, const CrossingLevels& levels) {
         const auto bias = static_cast<double>(code_.bias());
         // Levels beyond the codes are never reached.
@@ -134,6 +150,16 @@ private:
     }
 
 #if defined(__SSE2__)
+    // Returns the frames looked at, like lookAtLanes.
+    uint64_t lookAtRows(uint64_t count) requires(sizeof(Word) == 2) {
+        const uint64_t rowFrames = lanes_.back().frame + 1;
+        uint64_t frame = 0;
+        for (; frame + rowFrames <= count; frame += rowFrames) {
+            lookAtRow(frame);
+        }
+        return frame;
+    }
+
     // Where no two of the eight words are of one channel, those that have reached their level are known at once.
     void lookAtRow(uint64_t frame) requires(sizeof(Word) == 2) {
         const Word* words = words_ + frame * channels_;
@@ -158,6 +184,138 @@ private:
             }
         }
     }
+
+    // Edges that are too many to look at one by one: of eight channels at once, or of eight stretches of each channel.
+    uint64_t lookAtLanes(uint64_t count) requires(sizeof(Word) == 2) {
+        if (count < kLeadIn + stretches_ * kLeastLane) {
+            return 0;
+        }
+        lookAtAll(0, kLeadIn);
+        const uint64_t frames = (count - kLeadIn) / stretches_;
+        if (stretches_ == 1) {
+            for (size_t done = 0; done < channels_; done += 8) {
+                // The last eight overlap those before.
+                const size_t first = std::min(done, channels_ - 8);
+                lookAtEight(first, done - first, frames);
+            }
+        } else {
+            for (size_t i = 0; i < channels_; ++i) {
+                lookAtStretches(i, frames);
+            }
+        }
+        return kLeadIn + frames * stretches_;
+    }
+
+    // Channels from `first` on, of which so many are known already.
+    void lookAtEight(size_t first, size_t known, uint64_t frames) requires(sizeof(Word) == 2) {
+        EdgeLanes lanes;
+        bool begun[8] = {};
+        for (size_t i = known; i < 8; ++i) {
+            begun[i] = begin(lanes, i, first + i, kLeadIn, watched_[first + i].side);
+        }
+        const Word* words = words_ + kLeadIn * channels_ + first;
+        lanes.run(frames, [&, code = code_](size_t frame) { return code.ofEight(words + frame * channels_); });
+        for (size_t i = known; i < 8; ++i) {
+            if (begun[i]) {
+                take(lanes.edges(i), first + i, kLeadIn);
+            } else {
+                lookAtOne(first + i, kLeadIn, kLeadIn + frames);
+            }
+        }
+    }
+
+    void lookAtStretches(size_t channel, uint64_t frames) requires(sizeof(Word) == 2) {
+        EdgeLanes lanes;
+        Side side = watched_[channel].side;
+        for (size_t i = 0; i < 8; ++i) {
+            const uint64_t start = kLeadIn + i * frames;
+            if (!begin(lanes, i, channel, start, i == 0 ? side : sideBefore(channel, start))) {
+                lookAtOne(channel, kLeadIn, kLeadIn + frames * 8);
+                return;
+            }
+        }
+        const Word* words = words_ + kLeadIn * channels_ + channel;
+        const size_t stretch = frames * channels_;
+        lanes.run(frames, [&, code = code_](size_t frame) {
+            const Word* at = words + frame * channels_;
+            return code.ofEight(_mm_setr_epi16(at[0], at[stretch], at[stretch * 2], at[stretch * 3], at[stretch * 4],
+                                               at[stretch * 5], at[stretch * 6], at[stretch * 7]));
+        });
+        for (size_t i = 0; i < 8; ++i) {
+            take(lanes.edges(i), channel, kLeadIn + i * frames);
+        }
+    }
+
+    // False when too little is known of the channel at that frame.
+    [[nodiscard]] bool begin(EdgeLanes& lanes, size_t lane, size_t channel, uint64_t frame, Side side) const
+        requires(sizeof(Word) == 2) {
+        const Watched& watched = watched_[channel];
+        if (side == Side::Unknown || watched.edges.rises() == 0) {
+            return false;
+        }
+        LaneStart start{.middle = watched.middle,
+                        .belowUpper = static_cast<int16_t>(watched.upperHalf - 1),
+                        .belowHigh = highs_[channel],
+                        .aboveLow = lows_[channel],
+                        .high = side == Side::High,
+                        .previous = static_cast<int16_t>(codeAt(channel, frame - 1))};
+        const Side towards = other(side);
+        if (beyond(start.previous, watched, towards)) {
+            uint64_t crossed = frame - 1;
+            while (crossed > 0 && frame - crossed < kLookBack && beyond(codeAt(channel, crossed - 1), watched, towards)) {
+                --crossed;
+            }
+            if (crossed == 0 || beyond(codeAt(channel, crossed - 1), watched, towards)) {
+                return false;
+            }
+            start.crossed = static_cast<int16_t>(static_cast<int64_t>(crossed) - static_cast<int64_t>(frame));
+            start.before = static_cast<int16_t>(codeAt(channel, crossed - 1));
+            start.after = static_cast<int16_t>(codeAt(channel, crossed));
+        }
+        lanes.begin(lane, start);
+        return true;
+    }
+
+    [[nodiscard]] Side sideBefore(size_t channel, uint64_t frame) const {
+        const Watched& watched = watched_[channel];
+        for (uint64_t back = 1; back <= std::min(frame, kLookBack); ++back) {
+            const int64_t code = codeAt(channel, frame - back);
+            if (code >= watched.high || code <= watched.low) {
+                return code >= watched.high ? Side::High : Side::Low;
+            }
+        }
+        return Side::Unknown;
+    }
+
+    // Edges of a lane that began with that frame.
+    void take(const LaneEdges& found, size_t channel, uint64_t start) {
+        if (found.count == 0) {
+            return;
+        }
+        const auto time = [&](int16_t crossed) {
+            const uint64_t frame = start + static_cast<uint64_t>(int64_t{crossed});
+            return crossing(firstTime_ + static_cast<double>(frame), codeAt(channel, frame - 1),
+                            codeAt(channel, frame), watched_[channel].middle);
+        };
+        EdgeRun run{.count = found.count, .rising = found.high, .last = time(found.last), .balance = found.balance};
+        if (found.count > 1) {
+            run.earlier = time(found.earlier);
+        }
+        if (found.count % 2 != 0) {
+            const double shift = firstTime_ + static_cast<double>(start) - 1.0;
+            run.balance += found.high ? -shift : shift;
+        }
+        watched_[channel].edges.add(run);
+        edgesInBlock_ += found.count;
+        setSide(channel, found.high ? Side::High : Side::Low);
+        watched_[channel].pending.reset();
+    }
+
+    void lookAtOne(size_t channel, uint64_t frame, uint64_t end) {
+        for (; frame < end; ++frame) {
+            lookAt(channel, frame);
+        }
+    }
 #endif
 
     void lookAt(size_t channel, uint64_t frame) {
@@ -172,6 +330,7 @@ private:
 
     void reach(size_t channel, Side side, uint64_t frame) {
         Watched& watched = watched_[channel];
+        ++edgesInBlock_;
         const std::optional<double> time = crossingBefore(channel, side, frame);
         if (watched.side == Side::Unknown) {
             watched.firstSide = side;
@@ -264,10 +423,13 @@ private:
     MeasuredCodes<Word> code_;
     size_t channels_;
     size_t row_;
+    size_t stretches_;  ///< of a channel, in lanes
     uint64_t origin_;
     Found found_;
     const Word* words_ = nullptr;  ///< the block that is looked at
     double firstTime_ = 0.0;       ///< of its first frame
+    uint64_t edgesInBlock_ = 0;
+    bool dense_ = false;  ///< the last block had many edges
     std::vector<Watched> watched_;
     // For eight words at once.
     std::vector<int16_t> lows_;

@@ -2,6 +2,24 @@
 
 namespace tarno2 {
 
+void EdgeTimes::add(const EdgeRun& run) {
+    if (run.count == 0) {
+        return;
+    }
+    // The balance of all edges is the time high, but for those of the last period.
+    high_ += lastFall_.value_or(0.0) - lastRise_ + run.balance;
+    if (run.rising) {
+        lastRise_ = run.last;
+        lastFall_.reset();
+    } else {
+        lastRise_ = run.count > 1 ? run.earlier : lastRise_;
+        lastFall_ = run.last;
+    }
+    high_ -= lastFall_.value_or(0.0) - lastRise_;
+    rises_ += (run.count + (run.rising ? 1 : 0)) / 2;
+    falls_ += (run.count + (run.rising ? 0 : 1)) / 2;
+}
+
 void EdgeTimes::join(const EdgeTimes& next) {
     const uint64_t falls = falls_ + next.falls_;
     if (next.firstFall_) {

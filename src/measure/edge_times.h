@@ -5,6 +5,15 @@
 
 namespace tarno2 {
 
+/// Edges of one signal that follow each other, in turns.
+struct EdgeRun {
+    uint64_t count = 0;
+    bool rising = false;   ///< the last one
+    double last = 0.0;     ///< its time
+    double earlier = 0.0;  ///< of the one before, if there are two
+    double balance = 0.0;  ///< times of the falling ones less those of the rising ones
+};
+
 /// Rising and falling edges of one signal, summed up as they come, in turns. Times are frames, broken ones too.
 class EdgeTimes {
 public:
@@ -22,9 +31,12 @@ public:
         (rises_ > 0 ? lastFall_ : firstFall_) = time;
         ++falls_;
     }
+    /// Takes over edges that followed a rising one, which is known, and perhaps others.
+    void add(const EdgeRun& run);
     /// Takes over the edges that followed, of a stretch that begins where this one ends.
     void join(const EdgeTimes& next);
 
+    [[nodiscard]] uint64_t rises() const { return rises_; }
     [[nodiscard]] uint64_t count() const { return rises_ + falls_; }
     /// Of the whole periods from the first rising edge to the last, frames. Nothing with fewer than two.
     [[nodiscard]] std::optional<double> period() const;
