@@ -16,10 +16,10 @@ namespace {
 
 constexpr double kBand = 0.1;  // of the signal's height, on each side of the middle
 
-constexpr uint64_t kDense = 32;     // words an edge, below which eight lanes are faster than one edge after the other
-constexpr uint64_t kLeadIn = 4;     // frames at the start of a block after which a dense signal is on a side
-constexpr uint64_t kLeastLane = 8;  // frames of a lane below which it does not pay
-constexpr uint64_t kLookBack = 64;  // frames before a lane in which a dense signal was on a side
+#if defined(__SSE2__)
+constexpr uint64_t kLeadIn = 4;  // frames of a block before its lanes: noise has crossed the middle, or is on its side
+constexpr uint64_t kLeastLane = 8;  // frames; shorter ones do not pay
+#endif
 
 enum class Side : int8_t { Unknown, Low, High };
 
@@ -39,12 +39,6 @@ struct Watched {
     EdgeTimes edges;
 };
 
-/// A word of a row.
-struct Lane {
-    uint32_t channel = 0;
-    uint32_t frame = 0;  ///< of the row
-};
-
 double crossing(double frame, int64_t before, int64_t after, double middle) {
     return frame - 1.0 + (middle - static_cast<double>(before)) / static_cast<double>(after - before);
 }
@@ -55,26 +49,17 @@ public:
     CrossingsOf(const SignalFormat& format, const std::vector<CrossingLevels>& levels, uint64_t origin, Found found)
         : code_(format.word),
           channels_(format.channelCount()),
-          row_(rowWords(channels_)),
-          stretches_(channels_ < 8 ? 8 : 1),
+          stretches_(channels_ < kEdgeLanes ? kEdgeLanes : 1),
           origin_(origin),
           found_(std::move(found)),
-          watched_(channels_),
-          lows_(row_),
-          highs_(row_),
-          mayFall_(row_, -1),
-          mayRise_(row_, -1),
-          lanes_(row_) {
-        for (size_t i = 0; i < row_; ++i) {
-            lanes_[i] = {static_cast<uint32_t>(i % channels_), static_cast<uint32_t>(i / channels_)};
-        }
+          watched_(channels_) {
         for (size_t i = 0; i < channels_; ++i) {
             takeLevels(i, levels[i]);
         }
     }
 
     void add(uint64_t firstFrame, const std::byte* frames, uint64_t count) override {
-        const uint64_t most = kMostLane * stretches_;
+        const uint64_t most = kMostLaneFrames * stretches_;
         for (uint64_t done = 0; done < count; done += most) {
             addBlock(firstFrame + done, frames + done * channels_ * sizeof(Word), std::min(most, count - done));
         }
@@ -87,13 +72,9 @@ public:
         }
     }
 
-    [[nodiscard]] const EdgeTimes& edges(size_t channel) const override {
-        return watched_[channel].edges;
-    }
+    [[nodiscard]] const EdgeTimes& edges(size_t channel) const override { return watched_[channel].edges; }
 
 private:
-    static constexpr uint64_t kMostLane = uint64_t{1} << 14;  ///< frames, that have numbers of 16 bits
-
     void addBlock(uint64_t firstFrame, const std::byte* frames, uint64_t count) {
         words_ = reinterpret_cast<const Word*>(frames);
         firstTime_ = static_cast<double>(firstFrame - origin_);
@@ -104,24 +85,14 @@ private:
             }
         }
         uint64_t frame = 0;
-        edgesInBlock_ = 0;
 #if defined(__SSE2__)
         if constexpr (sizeof(Word) == 2) {
-            frame = dense_ && !found_ ? lookAtLanes(count) : lookAtRows(count);
+            frame = lookAtLanes(count);
         }
 #endif
         lookAtAll(frame, count);
         for (size_t i = 0; i < channels_; ++i) {
             endBlock(i, count);
-        }
-        dense_ = edgesInBlock_ * kDense > count * channels_;
-    }
-
-    void lookAtAll(uint64_t frame, uint64_t end) {
-        for (; frame < end; ++frame) {
-            for (size_t i = 0; i < channels_; ++i) {
-                lookAt(i, frame);
-            }
         }
     }
 
@@ -134,15 +105,6 @@ private:
         watched.upperHalf = whole(std::ceil(levels.middle));
         watched.low = whole(std::floor(levels.low));
         watched.high = whole(std::ceil(levels.high));
-        if constexpr (sizeof(Word) == 2) {
-            constexpr int64_t kLeast = std::numeric_limits<int16_t>::min();
-            constexpr int64_t kMost = std::numeric_limits<int16_t>::max();
-            for (size_t lane = channel; lane < row_; lane += channels_) {
-                // Compared with < and >, so each is one further.
-                lows_[lane] = static_cast<int16_t>(std::clamp(watched.low + 1, kLeast, kMost));
-                highs_[lane] = static_cast<int16_t>(std::clamp(watched.high - 1, kLeast, kMost));
-            }
-        }
     }
 
     [[nodiscard]] int64_t codeAt(size_t channel, uint64_t frame) const {
@@ -150,89 +112,48 @@ private:
     }
 
 #if defined(__SSE2__)
-    // Returns the frames looked at, like lookAtLanes.
-    uint64_t lookAtRows(uint64_t count) requires(sizeof(Word) == 2) {
-        const uint64_t rowFrames = lanes_.back().frame + 1;
-        uint64_t frame = 0;
-        for (; frame + rowFrames <= count; frame += rowFrames) {
-            lookAtRow(frame);
-        }
-        return frame;
-    }
-
-    // Where no two of the eight words are of one channel, those that have reached their level are known at once.
-    void lookAtRow(uint64_t frame) requires(sizeof(Word) == 2) {
-        const Word* words = words_ + frame * channels_;
-        const bool distinct = channels_ >= 8;
-        const auto load = [](const int16_t* from) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from)); };
-        for (size_t lane = 0; lane < row_; lane += 8) {
-            const __m128i codes = code_.ofEight(words + lane);
-            const __m128i rises = _mm_and_si128(_mm_cmpgt_epi16(codes, load(&highs_[lane])), load(&mayRise_[lane]));
-            const __m128i falls = _mm_and_si128(_mm_cmplt_epi16(codes, load(&lows_[lane])), load(&mayFall_[lane]));
-            auto reached = static_cast<uint32_t>(_mm_movemask_epi8(_mm_or_si128(rises, falls)));
-            if (distinct) {
-                const auto risen = static_cast<uint32_t>(_mm_movemask_epi8(rises));
-                for (; reached != 0; reached &= reached - 1, reached &= reached - 1) {
-                    const auto bit = static_cast<size_t>(std::countr_zero(reached));
-                    reach(lanes_[lane + bit / 2].channel, (risen >> bit & 1U) != 0 ? Side::High : Side::Low,
-                          frame + lanes_[lane + bit / 2].frame);
-                }
-            } else if (reached != 0) {
-                for (size_t i = lane; i < lane + 8; ++i) {
-                    lookAt(lanes_[i].channel, frame + lanes_[i].frame);
-                }
-            }
-        }
-    }
-
-    // Edges that are too many to look at one by one: of eight channels at once, or of eight stretches of each channel.
+    // Eight channels side by side, or with fewer eight stretches of each, one after the other. Returns the frames
+    // looked at.
     uint64_t lookAtLanes(uint64_t count) requires(sizeof(Word) == 2) {
         if (count < kLeadIn + stretches_ * kLeastLane) {
             return 0;
         }
         lookAtAll(0, kLeadIn);
         const uint64_t frames = (count - kLeadIn) / stretches_;
-        if (stretches_ == 1) {
-            for (size_t done = 0; done < channels_; done += 8) {
-                // The last eight overlap those before.
-                const size_t first = std::min(done, channels_ - 8);
-                lookAtEight(first, done - first, frames);
-            }
-        } else {
+        if (stretches_ > 1) {
             for (size_t i = 0; i < channels_; ++i) {
                 lookAtStretches(i, frames);
+            }
+        } else {
+            for (size_t i = 0; i < channels_; i += kEdgeLanes) {
+                lookAtEight(i, frames);
             }
         }
         return kLeadIn + frames * stretches_;
     }
 
-    // Channels from `first` on, of which so many are known already.
-    void lookAtEight(size_t first, size_t known, uint64_t frames) requires(sizeof(Word) == 2) {
+    // The last eight channels overlap those before.
+    void lookAtEight(size_t channel, uint64_t frames) requires(sizeof(Word) == 2) {
+        const size_t first = std::min(channel, channels_ - kEdgeLanes);
         EdgeLanes lanes;
-        bool begun[8] = {};
-        for (size_t i = known; i < 8; ++i) {
-            begun[i] = begin(lanes, i, first + i, kLeadIn, watched_[first + i].side);
+        for (size_t i = channel - first; i < kEdgeLanes; ++i) {
+            lanes.begin(i, laneStart(first + i, 0, kLeadIn, watched_[first + i].side));
         }
         const Word* words = words_ + kLeadIn * channels_ + first;
         lanes.run(frames, [&, code = code_](size_t frame) { return code.ofEight(words + frame * channels_); });
-        for (size_t i = known; i < 8; ++i) {
-            if (begun[i]) {
-                take(lanes.edges(i), first + i, kLeadIn);
-            } else {
-                lookAtOne(first + i, kLeadIn, kLeadIn + frames);
-            }
+        for (size_t i = channel - first; i < kEdgeLanes; ++i) {
+            takeLanes(lanes, i, i + 1, first + i, frames);
         }
     }
 
     void lookAtStretches(size_t channel, uint64_t frames) requires(sizeof(Word) == 2) {
         EdgeLanes lanes;
         Side side = watched_[channel].side;
-        for (size_t i = 0; i < 8; ++i) {
+        for (size_t i = 0; i < kEdgeLanes; ++i) {
             const uint64_t start = kLeadIn + i * frames;
-            if (!begin(lanes, i, channel, start, i == 0 ? side : sideBefore(channel, start))) {
-                lookAtOne(channel, kLeadIn, kLeadIn + frames * 8);
-                return;
-            }
+            const uint64_t before = i == 0 ? 0 : start - frames;
+            side = sideBefore(channel, before, start, side);
+            lanes.begin(i, laneStart(channel, before, start, side));
         }
         const Word* words = words_ + kLeadIn * channels_ + channel;
         const size_t stretch = frames * channels_;
@@ -241,61 +162,80 @@ private:
             return code.ofEight(_mm_setr_epi16(at[0], at[stretch], at[stretch * 2], at[stretch * 3], at[stretch * 4],
                                                at[stretch * 5], at[stretch * 6], at[stretch * 7]));
         });
-        for (size_t i = 0; i < 8; ++i) {
-            take(lanes.edges(i), channel, kLeadIn + i * frames);
-        }
+        takeLanes(lanes, 0, kEdgeLanes, channel, frames);
     }
 
-    // False when too little is known of the channel at that frame.
-    [[nodiscard]] bool begin(EdgeLanes& lanes, size_t lane, size_t channel, uint64_t frame, Side side) const
-        requires(sizeof(Word) == 2) {
+    // The side that a channel is on before a frame, which was `side` before the frame `from`.
+    [[nodiscard]] Side sideBefore(size_t channel, uint64_t from, uint64_t frame, Side side) const {
         const Watched& watched = watched_[channel];
-        if (side == Side::Unknown || watched.edges.rises() == 0) {
-            return false;
-        }
-        LaneStart start{.middle = watched.middle,
-                        .belowUpper = static_cast<int16_t>(watched.upperHalf - 1),
-                        .belowHigh = highs_[channel],
-                        .aboveLow = lows_[channel],
-                        .high = side == Side::High,
-                        .previous = static_cast<int16_t>(codeAt(channel, frame - 1))};
-        const Side towards = other(side);
-        if (beyond(start.previous, watched, towards)) {
-            uint64_t crossed = frame - 1;
-            while (crossed > 0 && frame - crossed < kLookBack && beyond(codeAt(channel, crossed - 1), watched, towards)) {
-                --crossed;
-            }
-            if (crossed == 0 || beyond(codeAt(channel, crossed - 1), watched, towards)) {
-                return false;
-            }
-            start.crossed = static_cast<int16_t>(static_cast<int64_t>(crossed) - static_cast<int64_t>(frame));
-            start.before = static_cast<int16_t>(codeAt(channel, crossed - 1));
-            start.after = static_cast<int16_t>(codeAt(channel, crossed));
-        }
-        lanes.begin(lane, start);
-        return true;
-    }
-
-    [[nodiscard]] Side sideBefore(size_t channel, uint64_t frame) const {
-        const Watched& watched = watched_[channel];
-        for (uint64_t back = 1; back <= std::min(frame, kLookBack); ++back) {
-            const int64_t code = codeAt(channel, frame - back);
+        while (frame > from) {
+            const int64_t code = codeAt(channel, --frame);
             if (code >= watched.high || code <= watched.low) {
                 return code >= watched.high ? Side::High : Side::Low;
             }
         }
-        return Side::Unknown;
+        return side;
     }
 
-    // Edges of a lane that began with that frame.
+    // Of a lane that begins with `frame`; frames before `from` are not looked at.
+    [[nodiscard]] LaneStart laneStart(size_t channel, uint64_t from, uint64_t frame, Side side) const {
+        const auto within = [](int64_t level) {
+            return static_cast<int16_t>(
+                std::clamp<int64_t>(level, std::numeric_limits<int16_t>::min(), std::numeric_limits<int16_t>::max()));
+        };
+        const Watched& watched = watched_[channel];
+        LaneStart start{.middle = watched.middle,
+                        .belowUpper = within(watched.upperHalf - 1),
+                        .belowHigh = within(watched.high - 1),
+                        .aboveLow = within(watched.low + 1),
+                        .high = side == Side::High,
+                        .previous = static_cast<int16_t>(codeAt(channel, frame - 1))};
+        if (beyond(start.previous, watched, other(side))) {
+            uint64_t crossed = frame - 1;
+            while (crossed > from && beyond(codeAt(channel, crossed - 1), watched, other(side))) {
+                --crossed;
+            }
+            start.crossingKnown = crossed > from;
+            if (start.crossingKnown) {
+                start.crossed = static_cast<int16_t>(static_cast<int64_t>(crossed) - static_cast<int64_t>(frame));
+                start.before = static_cast<int16_t>(codeAt(channel, crossed - 1));
+                start.after = static_cast<int16_t>(codeAt(channel, crossed));
+            }
+        }
+        return start;
+    }
+
+    // Takes the edges of a channel's lanes when all is known that they are to be added to, else looks for each.
+    void takeLanes(const EdgeLanes& lanes, size_t lane, size_t end, size_t channel, uint64_t frames) {
+        const Watched& watched = watched_[channel];
+        const bool canBeReached =
+            watched.low >= std::numeric_limits<Word>::min() || watched.high <= std::numeric_limits<Word>::max();
+        const bool summed = watched.edges.rises() > 0 && !found_;
+        bool oneByOne = watched.side == Side::Unknown && canBeReached;
+        for (size_t i = lane; i < end; ++i) {
+            oneByOne = oneByOne || (lanes.edges(i).count > 0 && !(summed && lanes.edges(i).certain));
+        }
+        if (oneByOne) {
+            for (uint64_t i = 0; i < frames * (end - lane); ++i) {
+                lookAt(channel, kLeadIn + i);
+            }
+            return;
+        }
+        for (size_t i = lane; i < end; ++i) {
+            take(lanes.edges(i), channel, kLeadIn + (i - lane) * frames);
+        }
+    }
+
+    // Edges of a lane that began with `start`.
     void take(const LaneEdges& found, size_t channel, uint64_t start) {
         if (found.count == 0) {
             return;
         }
+        Watched& watched = watched_[channel];
         const auto time = [&](int16_t crossed) {
             const uint64_t frame = start + static_cast<uint64_t>(int64_t{crossed});
-            return crossing(firstTime_ + static_cast<double>(frame), codeAt(channel, frame - 1),
-                            codeAt(channel, frame), watched_[channel].middle);
+            return crossing(firstTime_ + static_cast<double>(frame), codeAt(channel, frame - 1), codeAt(channel, frame),
+                            watched.middle);
         };
         EdgeRun run{.count = found.count, .rising = found.high, .last = time(found.last), .balance = found.balance};
         if (found.count > 1) {
@@ -305,18 +245,19 @@ private:
             const double shift = firstTime_ + static_cast<double>(start) - 1.0;
             run.balance += found.high ? -shift : shift;
         }
-        watched_[channel].edges.add(run);
-        edgesInBlock_ += found.count;
-        setSide(channel, found.high ? Side::High : Side::Low);
-        watched_[channel].pending.reset();
-    }
-
-    void lookAtOne(size_t channel, uint64_t frame, uint64_t end) {
-        for (; frame < end; ++frame) {
-            lookAt(channel, frame);
-        }
+        watched.edges.add(run);
+        watched.side = found.high ? Side::High : Side::Low;
+        watched.pending.reset();
     }
 #endif
+
+    void lookAtAll(uint64_t frame, uint64_t end) {
+        for (; frame < end; ++frame) {
+            for (size_t i = 0; i < channels_; ++i) {
+                lookAt(i, frame);
+            }
+        }
+    }
 
     void lookAt(size_t channel, uint64_t frame) {
         const int64_t code = codeAt(channel, frame);
@@ -330,7 +271,6 @@ private:
 
     void reach(size_t channel, Side side, uint64_t frame) {
         Watched& watched = watched_[channel];
-        ++edgesInBlock_;
         const std::optional<double> time = crossingBefore(channel, side, frame);
         if (watched.side == Side::Unknown) {
             watched.firstSide = side;
@@ -338,7 +278,7 @@ private:
         } else if (time) {
             edge(watched, channel, side, *time);
         }
-        setSide(channel, side);
+        watched.side = side;
         watched.pending.reset();
     }
 
@@ -350,14 +290,6 @@ private:
         }
         if (found_) {
             found_(channel, side == Side::High, time);
-        }
-    }
-
-    void setSide(size_t channel, Side side) {
-        watched_[channel].side = side;
-        for (size_t lane = channel; lane < row_; lane += channels_) {
-            mayRise_[lane] = side == Side::High ? 0 : -1;
-            mayFall_[lane] = side == Side::Low ? 0 : -1;
         }
     }
 
@@ -422,21 +354,12 @@ private:
 
     MeasuredCodes<Word> code_;
     size_t channels_;
-    size_t row_;
     size_t stretches_;  ///< of a channel, in lanes
     uint64_t origin_;
     Found found_;
     const Word* words_ = nullptr;  ///< the block that is looked at
     double firstTime_ = 0.0;       ///< of its first frame
-    uint64_t edgesInBlock_ = 0;
-    bool dense_ = false;  ///< the last block had many edges
     std::vector<Watched> watched_;
-    // For eight words at once.
-    std::vector<int16_t> lows_;
-    std::vector<int16_t> highs_;
-    std::vector<int16_t> mayFall_;
-    std::vector<int16_t> mayRise_;
-    std::vector<Lane> lanes_;
 };
 
 }  // namespace

@@ -1,12 +1,19 @@
 #pragma once
 
-#if defined(__SSE2__)
-
 #include <cstddef>
 #include <cstdint>
+
+#if defined(__SSE2__)
 #include <emmintrin.h>
+#endif
 
 namespace tarno2 {
+
+inline constexpr size_t kEdgeLanes = 8;
+/// Frame numbers and alternating sums of them have 16 bits.
+inline constexpr uint64_t kMostLaneFrames = uint64_t{1} << 14;
+
+#if defined(__SSE2__)
 
 /// Where a lane of `EdgeLanes` begins. Frames are counted from there.
 struct LaneStart {
@@ -17,6 +24,7 @@ struct LaneStart {
     bool high = false;       ///< the side it is on
     int16_t previous = 0;    ///< code of the frame before
     // The last crossing of the middle, when it is beyond it already: the frame after it, and the codes about it.
+    bool crossingKnown = true;
     int16_t crossed = 0;
     int16_t before = 0;
     int16_t after = 1;
@@ -25,9 +33,10 @@ struct LaneStart {
 /// What was found in a lane.
 struct LaneEdges {
     uint16_t count = 0;
-    bool high = false;   ///< the side it is on at the end
-    int16_t last = 0;    ///< the frame after the last edge
-    int16_t earlier = 0; ///< the frame after the edge before that one, if there are two
+    bool certain = false;  ///< their times are known; false when the first one's crossing was not
+    bool high = false;     ///< the side it is on at the end
+    int16_t last = 0;      ///< the frame after the last edge
+    int16_t earlier = 0;   ///< the frame after the edge before that one, if there are two
     double balance = 0.0;  ///< times of falling edges less those of rising ones, as though each were a frame later
 };
 
@@ -35,10 +44,6 @@ struct LaneEdges {
 /// instructions, however many there are, but nothing is known of each one afterwards. One thread.
 class EdgeLanes {
 public:
-    static constexpr size_t kLanes = 8;
-    /// Frame numbers and alternating sums of them have 16 bits.
-    static constexpr size_t kMostFrames = size_t{1} << 14;
-
     void begin(size_t lane, const LaneStart& start) {
         middle_[lane] = start.middle;
         upper_[lane] = start.belowUpper;
@@ -48,22 +53,23 @@ public:
         level_[lane] = start.high ? inverted : start.belowHigh;
         invert_[lane] = start.high ? -1 : 0;
         previous_[lane] = start.previous;
+        certain_[lane] = start.crossingKnown;
         crossed_[lane] = start.crossed;
         before_[lane] = start.before;
         after_[lane] = start.after;
     }
 
-    /// Looks at frames, at most `kMostFrames`; `row(frame)` gives the codes of all lanes.
+    /// Looks at frames, at most `kMostLaneFrames`; `row(frame)` gives the codes of all lanes.
     template <typename Row>
     void run(size_t frames, Row row);
 
     [[nodiscard]] LaneEdges edges(size_t lane) const {
-        return {static_cast<uint16_t>(count_[lane]), invert_[lane] != 0, last_[lane], earlier_[lane],
+        return {static_cast<uint16_t>(count_[lane]), certain_[lane], invert_[lane] != 0, last_[lane], earlier_[lane],
                 frameSum_[lane] + partSum_[lane]};
     }
 
 private:
-    using Codes = int16_t[kLanes];
+    using Codes = int16_t[kEdgeLanes];
 
     static __m128i load(const Codes& from) { return _mm_load_si128(reinterpret_cast<const __m128i*>(from)); }
     static void store(Codes& to, __m128i value) { _mm_store_si128(reinterpret_cast<__m128i*>(to), value); }
@@ -72,8 +78,9 @@ private:
     }
     inline void addParts(__m128i before, __m128i after, __m128i chosen);
 
-    alignas(16) double middle_[kLanes] = {};
-    alignas(16) double partSum_[kLanes] = {};
+    bool certain_[kEdgeLanes] = {};
+    alignas(16) double middle_[kEdgeLanes] = {};
+    alignas(16) double partSum_[kEdgeLanes] = {};
     alignas(16) Codes upper_ = {};
     alignas(16) Codes turn_ = {};    ///< the bits in which the two levels differ
     alignas(16) Codes level_ = {};   ///< that the code, or the inverted one, has to exceed next
@@ -103,8 +110,10 @@ void EdgeLanes::addParts(__m128i before, __m128i after, __m128i chosen) {
         add(lane, from, over, _mm_unpacklo_epi32(mask, mask));
         add(lane + 2, _mm_unpackhi_epi64(from, from), _mm_unpackhi_epi64(over, over), _mm_unpackhi_epi32(mask, mask));
     };
-    addFour(0, _mm_unpacklo_epi16(before, before), _mm_unpacklo_epi16(height, zero), _mm_unpacklo_epi16(chosen, chosen));
-    addFour(4, _mm_unpackhi_epi16(before, before), _mm_unpackhi_epi16(height, zero), _mm_unpackhi_epi16(chosen, chosen));
+    addFour(0, _mm_unpacklo_epi16(before, before), _mm_unpacklo_epi16(height, zero),
+            _mm_unpacklo_epi16(chosen, chosen));
+    addFour(4, _mm_unpackhi_epi16(before, before), _mm_unpackhi_epi16(height, zero),
+            _mm_unpackhi_epi16(chosen, chosen));
 }
 
 template <typename Row>
@@ -151,6 +160,6 @@ void EdgeLanes::run(size_t frames, Row row) {
     store(frameSum_, frameSum);
 }
 
-}  // namespace tarno2
-
 #endif
+
+}  // namespace tarno2
