@@ -112,7 +112,7 @@ int run() {
     for (const size_t channels : {size_t{1}, size_t{16}, size_t{160}}) {
         fast = compare("edges every 10000 frames", channels, 10000) && fast;
     }
-    // For information: an edge every third frame is looked at one by one.
+
     for (const size_t channels : {size_t{1}, size_t{160}}) {
         static_cast<void>(compare("noise over the whole range", channels, 0));
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <utility>
@@ -19,6 +20,19 @@ constexpr double kBand = 0.1;  // of the signal's height, on each side of the mi
 #if defined(__SSE2__)
 constexpr uint64_t kLeadIn = 4;  // frames of a block before its lanes: noise has crossed the middle, or is on its side
 constexpr uint64_t kLeastLane = 8;  // frames; shorter ones do not pay
+
+// Eight words, each so many after the other. Loads each with the word before it, which need not be put in its place.
+inline __m128i eightWords(const int16_t* words, size_t step) {
+    const auto two = [words, step](size_t i) {
+        int32_t pair = 0;
+        std::memcpy(&pair, words + i * step - 1, sizeof(pair));
+        return _mm_cvtsi32_si128(pair);
+    };
+    const auto four = [&two](size_t i) {
+        return _mm_unpacklo_epi32(_mm_unpacklo_epi16(two(i), two(i + 1)), _mm_unpacklo_epi16(two(i + 2), two(i + 3)));
+    };
+    return _mm_unpackhi_epi64(four(0), four(4));
+}
 #endif
 
 enum class Side : int8_t { Unknown, Low, High };
@@ -158,9 +172,7 @@ private:
         const Word* words = words_ + kLeadIn * channels_ + channel;
         const size_t stretch = frames * channels_;
         lanes.run(frames, [&, code = code_](size_t frame) {
-            const Word* at = words + frame * channels_;
-            return code.ofEight(_mm_setr_epi16(at[0], at[stretch], at[stretch * 2], at[stretch * 3], at[stretch * 4],
-                                               at[stretch * 5], at[stretch * 6], at[stretch * 7]));
+            return code.ofEight(eightWords(words + frame * channels_, stretch));
         });
         takeLanes(lanes, 0, kEdgeLanes, channel, frames);
     }
