@@ -59,8 +59,8 @@ constexpr uint64_t kBytesWorthShowing = uint64_t{64} << 20U;
 constexpr double kStateFont = 1.3;    // times the window's font
 constexpr double kStateRoomy = 2.2;   // the same where there is room
 constexpr double kStateSmall = 1.05;  // for words that need two lines
-constexpr int kRoomyLetters = 190;    // width of a window with room
-constexpr int kCaptionLetters = 205;  // the same with room for captions of all figures
+constexpr int kRoomyLetters = 196;    // width of a window with room
+constexpr int kCaptionLetters = 210;  // the same with room for captions of all figures
 constexpr int kGap = 10;              // pixels between the figures there
 
 QFont scaled(QFont font, double factor, bool bold) {
@@ -324,7 +324,7 @@ void StateStrip::retranslate() {
     // A style gives buttons more room than words of this row can have.
     for (QPushButton* button : {start_, stop_}) {
         const QSize words = fontMetrics().size(Qt::TextShowMnemonic, button->text());
-        button->setFixedWidth(words.width() + button->iconSize().width() + 2 * fontMetrics().height());
+        button->setFixedWidth(words.width() + button->iconSize().width() + 3 * fontMetrics().height() / 2);
     }
     const QString cycle = plainText(TextId::CommandCycleStart);
     cycle_->setAccessibleName(cycle);

@@ -49,9 +49,10 @@ QSize TriggerButton::sizeHint() const {
 }
 
 QSize TriggerButton::minimumSizeHint() const {
-    return {std::min(fontMetrics().averageCharWidth() * kLeastLetters + iconSize().width() + fontMetrics().height(),
-                     sizeHint().width()),
-            sizeHint().height()};
+    // What it is for is always told; the condition may be long.
+    const int caption = fontMetrics().horizontalAdvance(caption_);
+    const int least = std::max(fontMetrics().averageCharWidth() * kLeastLetters, caption);
+    return {least + iconSize().width() + fontMetrics().height() / 2 + 1, sizeHint().height()};
 }
 
 void TriggerButton::resizeEvent(QResizeEvent* event) {

@@ -166,6 +166,7 @@ TEST_F(WindowSettings, NothingIsCutOnASmallScreen) {
         form().resize(width, 700);
         QApplication::processEvents();
         EXPECT_FALSE(area->horizontalScrollBar()->isVisible()) << width;
+        EXPECT_TRUE(find<QAbstractButton>("ConditionsButton")->text().startsWith("Синхронизация\n")) << width;
     }
     form().resize(1024, 700);
     for (int panel = 1; panel <= 5; ++panel) {
