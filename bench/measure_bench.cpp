@@ -20,6 +20,7 @@ namespace {
 constexpr uint64_t kBytes = uint64_t{1} << 30;
 constexpr double kMostSeconds = 1.0;
 constexpr double kLeastRatio = 0.5;
+constexpr double kLeastNoiseRatio = 0.25;  // an edge every second or third sample
 
 /// Frames that lie in memory as they are: a source that hands them out by copying, as a cached file does.
 class Cached final : public FrameSource {
@@ -102,7 +103,7 @@ bool compare(const char* name, size_t channels, size_t half) {
         statistics, [&] { return sumSeconds(samples); }, 5);
     std::printf("statistics / sum of 1 GiB, %3zu channels, %-28s %6.3f   (%.3f to %.3f)   slowest %.3f s\n", channels,
                 name, ratio.median, ratio.lowest, ratio.highest, slowest);
-    return ratio.median >= kLeastRatio && slowest < kMostSeconds;
+    return ratio.median >= (half == 0 ? kLeastNoiseRatio : kLeastRatio) && slowest < kMostSeconds;
 }
 
 }  // namespace
@@ -111,12 +112,8 @@ int run() {
     bool fast = true;
     for (const size_t channels : {size_t{1}, size_t{16}, size_t{160}}) {
         fast = compare("edges every 10000 frames", channels, 10000) && fast;
+        fast = compare("noise over the whole range", channels, 0) && fast;
     }
-
-    for (const size_t channels : {size_t{1}, size_t{160}}) {
-        static_cast<void>(compare("noise over the whole range", channels, 0));
-    }
-    static_cast<void>(compare("noise over the whole range", 16, 0));
     std::printf("%s\n", fast ? "fast enough" : "TOO SLOW");
     return fast ? 0 : 1;
 }

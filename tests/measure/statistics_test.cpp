@@ -123,55 +123,6 @@ TEST(Statistics, EveryFormatAddsUpLikeThePlainLoop) {
     }
 }
 
-// The same edges, whether the frames come at once, in crumbs, or by two threads that are joined; of words of any
-// layout.
-TEST(Crossings, AreTheSameHoweverTheFramesAreDivided) {
-    for (const bool wide : {false, true}) {
-        const SignalFormat format = madeFormat(3, {wide ? 4U : 2U, 1, 0, 16, true});
-        Noise noise;
-        const auto signal = [&noise](size_t channel, size_t frame) {
-            const double height[] = {12000.0, 300.0, 0.0};
-            return height[channel] * std::sin(kTurn * double(frame) / 97.3) + double(noise.next() % 40);
-        };
-        const std::vector<std::byte> frames =
-            wide ? madeFrames<int32_t>(3, 5000, signal) : madeFrames<int16_t>(3, 5000, signal);
-        const std::vector<CrossingLevels> levels = {CrossingLevels::between(-12000, 12040),
-                                                    CrossingLevels::between(-300, 340), CrossingLevels::between(0, 39)};
-        using Edge = std::tuple<size_t, bool, double>;
-        const auto edgesOf = [&](size_t step) {
-            std::vector<Edge> edges;
-            const auto crossings = Crossings::create(format, levels, 0, [&](size_t channel, bool rising, double time) {
-                edges.emplace_back(channel, rising, time);
-            });
-            for (size_t i = 0; i < 5000; i += step) {
-                crossings->add(i, frames.data() + i * format.frameBytes(), std::min(step, 5000 - i));
-            }
-            std::ranges::sort(edges);
-            return edges;
-        };
-        const std::vector<Edge> whole = edgesOf(5000);
-        EXPECT_GT(whole.size(), 200U);
-        EXPECT_EQ(edgesOf(1), whole);
-        EXPECT_EQ(edgesOf(7), whole);
-        EXPECT_EQ(edgesOf(129), whole);
-        const auto at = [&](size_t first, size_t end) {
-            auto crossings = Crossings::create(format, levels, 0);
-            crossings->add(first, frames.data() + first * format.frameBytes(), end - first);
-            return crossings;
-        };
-        const auto once = at(0, 5000);
-        for (size_t middle = 1000; middle < 1100; ++middle) {
-            const auto before = at(0, middle);
-            before->join(*at(middle, 5000));
-            for (size_t channel = 0; channel < 3; ++channel) {
-                EXPECT_EQ(before->edges(channel).count(), once->edges(channel).count()) << middle;
-                EXPECT_DOUBLE_EQ(*before->edges(channel).period(), *once->edges(channel).period()) << middle;
-                EXPECT_NEAR(*before->edges(channel).duty(), *once->edges(channel).duty(), 1e-12) << middle;
-            }
-        }
-    }
-}
-
 TEST(Crossings, NoiseAtTheMiddleIsNoEdge) {
     const SignalFormat format = madeFormat(1);
     Noise noise;
