@@ -104,7 +104,7 @@ TEST_F(DriversProgram, ShowsWhatADriverCanBeTold) {
                       HasSubstr("  1000.5        Sample rate of a channel, Hz\n"),
                       HasSubstr("\nFormat    choice   u8, s16le, f32le                  s16le "),
                       HasSubstr("\nPort      choice   /dev/ttyS0, /dev/ttyUSB0, others "), HasSubstr("*.wav, *.dat "),
-                      HasSubstr("lab           Host (fixed by the environment)\n")));
+                      HasSubstr("lab           Host (fixed by the environment or the driver)\n")));
     rig.run("tarno2-drivers", {"remove", "TestDriver"});
     rig.run("tarno2-drivers", {"settings", "TestDriver"}, 1);
 }

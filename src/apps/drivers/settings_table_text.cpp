@@ -63,7 +63,7 @@ std::string settingsTableText(const std::vector<DriverSetting>& settings) {
     for (const DriverSetting& setting : settings) {
         const std::vector<std::string> lines = takes(setting);
         rows.push_back({setting.key, typeWord(setting.type), lines.front(), setting.value,
-                        setting.caption + (setting.fixed ? " (fixed by the environment)" : "")});
+                        setting.caption + (setting.fixed ? " (fixed by the environment or the driver)" : "")});
         for (size_t i = 1; i < lines.size(); ++i) {
             rows.push_back({"", "", lines[i], "", ""});
         }

@@ -86,7 +86,7 @@ bool openData(const std::string& path, Recording& recording, std::string& reason
     std::string missing;
     OsError why;
     if (!readRecordedFormat(description, format, missing, &why)) {
-        reason = missing.empty() ? description + " can't be read: " + why.text()
+        reason = missing.empty() ? path + " is no .wav file, and " + description + " can't be read: " + why.text()
                                  : description + " can't be used: " + missing + " is missing or makes no sense.";
         return false;
     }
