@@ -1,7 +1,6 @@
 #include "measure/crossings.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>

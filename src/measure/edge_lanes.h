@@ -59,7 +59,8 @@ public:
         after_[lane] = start.after;
     }
 
-    /// Looks at frames, at most `kMostLaneFrames`; `row(frame)` gives the codes of all lanes.
+    /// Looks at the frames, at most `kMostLaneFrames`, once all lanes have begun. `row(frame)` gives the codes of all
+    /// lanes.
     template <typename Row>
     void run(size_t frames, Row row);
 

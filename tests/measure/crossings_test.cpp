@@ -113,7 +113,8 @@ TEST(Crossings, AreThoseOfThePlainLoop) {
     for (const size_t channels : {1U, 3U, 7U, 8U, 12U, 16U, 17U, 160U}) {
         for (size_t turn = 0; turn < (channels < 6 ? 6 : 1); ++turn) {
             const std::vector<std::byte> frames = mixedFrames(channels, channels > 17 ? 3001 : 18013, turn);
-            for (const size_t step : {size_t{1}, size_t{13}, size_t{71}, size_t{129}, size_t{777}, size_t{4093}, size_t{17001}}) {
+            for (const size_t step :
+                 {size_t{1}, size_t{13}, size_t{71}, size_t{129}, size_t{777}, size_t{4093}, size_t{17001}}) {
                 compareWithPlain(madeFormat(channels), frames, step);
             }
             compareWithPlain(madeFormat(channels, {2, 0, 3, 0, false}), frames, 501);
