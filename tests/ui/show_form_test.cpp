@@ -279,6 +279,7 @@ TEST_F(ShowForm, ThePlaceOfTheMouseFollowsThePictureWithItsUnitAndItsDigits) {
     EXPECT_TRUE(status->text().startsWith("X 75.0 ms  Y ")) << status->text().toStdString();
     EXPECT_TRUE(status->text().endsWith(" mV"));
     feed(form, 100, 40);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return scoper_.range[kScoperaAxisX].second == 140.0; })) << "glides there";
     EXPECT_TRUE(status->text().startsWith("X 115.0 ms  Y ")) << status->text().toStdString();
     zoom(kScoperaAxisX, 139.95, 140.0);
     languageTable().select(kLanguageRussian);
