@@ -54,18 +54,14 @@ std::optional<double> nearestEdge(FrameSource& source, const SignalFormat& forma
         !readAll(source, span, [&](uint64_t, const std::byte* frames, uint64_t count) { sums->add(frames, count); })) {
         return std::nullopt;
     }
-    std::vector<CrossingLevels> levels;
-    for (size_t i = 0; i < format.channelCount(); ++i) {
-        const CodeMoments moments = sums->moments(i);
-        levels.push_back(CrossingLevels::between(moments.minimum, moments.maximum));
-    }
+    // Nobody asks for edges of the others.
+    std::vector<CrossingLevels> levels(format.channelCount(), CrossingLevels::between(0.0, 0.0));
+    const CodeMoments moments = sums->moments(channel);
+    levels[channel] = CrossingLevels::between(moments.minimum, moments.maximum);
     const auto origin = static_cast<double>(span.first);
     Nearest nearest{.wanted = place};
-    const auto crossings = Crossings::create(format, levels, span.first, [&](size_t of, bool, double time) {
-        if (of == channel) {
-            nearest.take(origin + time);
-        }
-    });
+    const auto crossings =
+        Crossings::create(format, levels, span.first, [&](size_t, bool, double time) { nearest.take(origin + time); });
     const bool whole = readAll(source, span, [&](uint64_t first, const std::byte* frames, uint64_t count) {
         crossings->add(first, frames, count);
     });
