@@ -77,8 +77,24 @@ private:
     size_t lobe_;
 };
 
+enum Kind : uint8_t { Noise, Line, Harmonic, Constant };
+
+// Beside its main lobe a line falls further by the window's own side lobes, down to the noise: what falls without a
+// rise is not the signal's, and counts for nothing, as the constant part does.
+void leaveOutSkirts(const Bins& bins, std::vector<Kind>& kinds) {
+    for (size_t i = 1; i < kinds.size(); ++i) {
+        if (kinds[i] == Noise && kinds[i - 1] != Noise && bins.of(i) < bins.of(i - 1)) {
+            kinds[i] = Constant;
+        }
+    }
+    for (size_t i = kinds.size() - 1; i-- > 0;) {
+        if (kinds[i] == Noise && kinds[i + 1] != Noise && bins.of(i) < bins.of(i + 1)) {
+            kinds[i] = Constant;
+        }
+    }
+}
+
 void takeRatios(const Bins& bins, double place, size_t strongest, SpectrumFigures& out) {
-    enum Kind : uint8_t { Noise, Line, Harmonic, Constant };
     std::vector<Kind> kinds(bins.size(), Noise);
     const auto mark = [&](size_t bin, Kind kind) {
         for (size_t i = bins.from(bin); i < bins.upTo(bin); ++i) {
@@ -93,6 +109,7 @@ void takeRatios(const Bins& bins, double place, size_t strongest, SpectrumFigure
     }
     mark(0, Constant);
     mark(strongest, Line);
+    leaveOutSkirts(bins, kinds);
     double sums[4] = {};
     size_t counts[4] = {};
     double spurious = 0.0;

@@ -15,7 +15,7 @@ struct SpectrumPeak {
 };
 
 /// What is read from the spectrum of a channel. A bin belongs to a line as far as the window's main lobe reaches; the
-/// bins about the constant part count for nothing.
+/// bins about the constant part, and those to which a line falls beyond its lobe, count for nothing.
 struct SpectrumFigures {
     std::vector<SpectrumPeak> peaks;  ///< the strongest first, of those 12 dB and more above the median bin
     /// Of the strongest line. Missing when there is none, it is so near 0 Hz that its harmonics run together, or

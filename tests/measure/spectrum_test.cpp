@@ -99,6 +99,16 @@ TEST_F(SpectrumOf, DistortionNoiseAndSpuriousLines) {
     EXPECT_FALSE(constant.distortion);
 }
 
+TEST_F(SpectrumOf, SideLobesOfTheWindowAreNoNoise) {
+    Noise noise;
+    const auto signal = [&noise](size_t, size_t i) {
+        return 20000.0 * std::sin(kTurn * 327.43 * double(i) / 65536.0) + double(noise.next() % 2001) / 100.0 - 10.0;
+    };
+    const SpectrumFigures figures = figuresOf(of(signal, 65536, {.length = 65536}), 0, 3);
+    EXPECT_NEAR(*figures.signalToNoiseDb, 20.0 * std::log10(20000.0 / std::sqrt(2.0) / 5.77), 0.2);
+    EXPECT_GT(*figures.spuriousFreeDb, 85.0);
+}
+
 TEST_F(SpectrumOf, FiguresAreMissingWhereTheLineIsNotToldFromTheConstantPart) {
     Noise noise;
     const auto slow = [&noise](size_t, size_t i) {
