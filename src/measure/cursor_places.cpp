@@ -30,9 +30,15 @@ bool CursorPlaces::lost(const PictureEdges& picture) const {
 
 void CursorPlaces::fixOnScreen(bool onScreen, const PictureEdges& picture) {
     const double frames[kCount] = {frame(0, picture), frame(1, picture)};
+    if (onScreen_ && !onScreen) {
+        screen_ = places_;
+    }
     onScreen_ = onScreen;
     for (size_t i = 0; i < kCount; ++i) {
         place(i, frames[i], picture);
+    }
+    if (onScreen_ && std::ranges::any_of(places_, [](double part) { return !(part >= 0.0 && part <= 1.0); })) {
+        places_ = screen_;
     }
 }
 

@@ -25,7 +25,8 @@ public:
     void begin(const PictureEdges& picture);
     /// Whether both are outside the picture or upon each other, so that `begin` would help.
     [[nodiscard]] bool lost(const PictureEdges& picture) const;
-    /// Keeps them where they are seen, from now on fixed on the screen, or on the signal.
+    /// Keeps them where they are seen, from now on fixed on the screen, or on the signal. On the screen they come back
+    /// to where they were on it before when one of them is outside the picture.
     void fixOnScreen(bool onScreen, const PictureEdges& picture);
     [[nodiscard]] bool onScreen() const { return onScreen_; }
 
@@ -47,6 +48,8 @@ public:
 
 private:
     std::array<double, kCount> places_{};  ///< frames, or parts of the picture's width
+    std::array<double, kCount> screen_{1.0 / 3.0,
+                                       2.0 / 3.0};  ///< parts of the width, when they were on the screen last
     bool onScreen_ = false;
     size_t active_ = 0;
 };

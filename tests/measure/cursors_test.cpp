@@ -24,6 +24,9 @@ TEST(CursorPlaces, StayOnTheSignalOrOnTheScreen) {
     EXPECT_EQ(places.between(later, 3500), (FrameSpan{3000, 3500})) << "the rest has not come yet";
     places.fixOnScreen(false, later);
     EXPECT_EQ(places.frame(0, first), 3000.0);
+    CursorPlaces held = places;
+    held.fixOnScreen(true, {90000.0, 93000.0});
+    EXPECT_EQ(held.frame(1, {90000.0, 93000.0}), 92000.0) << "they are not left behind";
 
     places.place(1, 3000.4, first);
     EXPECT_EQ(places.between(first, 10000), (FrameSpan{3000, 3001})) << "a frame at least";
