@@ -59,6 +59,10 @@ Moment momentAt(int64_t start, double seconds, int decimals) {
     return {(start - rest) / kMicroseconds + static_cast<int64_t>(whole) + rounded / unit, rounded % unit};
 }
 
+QString dateText(int64_t seconds) {
+    return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc()).toString(QStringLiteral("yyyy-MM-dd"));
+}
+
 QString timeText(int64_t hours, int64_t inHour, int64_t rest, int decimals, int hourDigits) {
     QString text = QStringLiteral("%1:%2:%3")
                        .arg(hours, hourDigits, 10, QLatin1Char('0'))
@@ -70,13 +74,21 @@ QString timeText(int64_t hours, int64_t inHour, int64_t rest, int decimals, int 
 constexpr double kMostSeconds = 1e12;
 constexpr int kMostDecimals = 9;
 
+Moment momentAt(const ClockAxis& clock, double x, int decimals) {
+    return momentAt(clock.start, std::clamp(x * clock.secondsPerUnit, -kMostSeconds, kMostSeconds), decimals);
+}
+
 }  // namespace
 
 QString ClockAxis::timeAt(double x, int decimals) const {
     decimals = std::clamp(decimals, 0, kMostDecimals);
-    const Moment moment = momentAt(start, std::clamp(x * secondsPerUnit, -kMostSeconds, kMostSeconds), decimals);
+    const Moment moment = momentAt(*this, x, decimals);
     const int64_t inDay = floorRest(moment.seconds, kDaySeconds);
     return timeText(inDay / 3600, inDay % 3600, moment.rest, decimals, 2);
+}
+
+QString ClockAxis::dateAt(double x, int decimals) const {
+    return dateText(momentAt(*this, x, std::clamp(decimals, 0, kMostDecimals)).seconds);
 }
 
 QString ClockAxis::length(double x, int decimals) const {
@@ -118,7 +130,7 @@ QVector<double> ClockTicker::createTickVector(double tickStep, const QCPRange& r
 QString ClockTicker::getTickLabel(double tick, const QLocale& /*locale*/, QChar /*formatChar*/, int /*precision*/) {
     const Moment moment = momentAt(clock_.start, tick * clock_.secondsPerUnit, 3);
     if (floorRest(moment.seconds, kDaySeconds) == 0 && moment.rest == 0 && seconds_ >= 1.0) {
-        return QDateTime::fromSecsSinceEpoch(moment.seconds, QTimeZone::utc()).toString(QStringLiteral("yyyy-MM-dd"));
+        return dateText(moment.seconds);
     }
     return clock_.timeAt(tick, decimalsOf(seconds_));
 }

@@ -14,7 +14,9 @@ struct ClockAxis {
     [[nodiscard]] bool shown() const { return secondsPerUnit > 0.0; }
     /// "14:05:30.250" with so many decimals of a second.
     [[nodiscard]] QString timeAt(double x, int decimals) const;
-    /// The same of a length of the axis: "-0:00:01.500".
+    /// "2026-11-23", of the day that such a time is in.
+    [[nodiscard]] QString dateAt(double x, int decimals) const;
+    /// A length of the axis: "-0:00:01.500".
     [[nodiscard]] QString length(double x, int decimals) const;
 
     friend bool operator==(const ClockAxis&, const ClockAxis&) = default;

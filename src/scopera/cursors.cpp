@@ -131,22 +131,46 @@ QString Cursors::textOfX(double x, bool difference) const {
     if (!clock_.shown()) {
         return valueText(x, xAxis_->range(), clipRect().width(), digitsX_);
     }
-    const int decimals =
-        digitsX_ < 0 ? decimalsFor(xAxis_->range().size() * clock_.secondsPerUnit, clipRect().width()) : digitsX_;
-    return difference ? clock_.length(x, decimals) : clock_.timeAt(x, decimals);
+    if (difference) {
+        return clock_.length(x, clockDecimals());
+    }
+    const QString time = clock_.timeAt(x, clockDecimals());
+    return onOneDay() ? time : clock_.dateAt(x, clockDecimals()) + QLatin1Char(' ') + time;
 }
 
+int Cursors::clockDecimals() const {
+    return digitsX_ < 0 ? decimalsFor(xAxis_->range().size() * clock_.secondsPerUnit, clipRect().width()) : digitsX_;
+}
+
+bool Cursors::onOneDay() const {
+    return clock_.dateAt(places_.m_fX[0], clockDecimals()) == clock_.dateAt(places_.m_fX[1], clockDecimals());
+}
+
+QString Cursors::unitOf(size_t cursor) const {
+    const size_t lane = laneOf(cursor);
+    return !lanes_.shown() ? unitY_ : lane < laneUnits_.size() ? laneUnits_[lane] : QString();
+}
+
+// Where the values have one unit, or the times one date, it stands above, else with each.
 QVector<QStringList> Cursors::table() const {
-    const auto row = [this](const QString& head, const QString& x, double y, size_t lane) {
-        return QStringList{head, x, valueText(y, lanes_.range(lane), lanes_.rows(lane).height(), digitsY_)};
+    const bool oneUnit = unitOf(0) == unitOf(1);
+    const auto row = [this, oneUnit](const QString& head, const QString& x, double y, size_t cursor) {
+        const size_t lane = laneOf(cursor);
+        const QString value = valueText(y, lanes_.range(lane), lanes_.rows(lane).height(), digitsY_);
+        return QStringList{head, x, oneUnit ? value : (value + QLatin1Char(' ') + unitOf(cursor)).trimmed()};
     };
     QVector<QStringList> rows;
-    if (!unitX_.isEmpty() || !unitY_.isEmpty()) {
-        rows.append({QString(), unitX_, unitY_});
+    const QString unitY = oneUnit ? unitOf(0) : QString();
+    QString unitX = unitX_;
+    if (clock_.shown()) {
+        unitX = onOneDay() ? clock_.dateAt(places_.m_fX[0], clockDecimals()) : QString();
     }
-    rows.append(row(QStringLiteral("1"), textOfX(places_.m_fX[0], false), yOf(0), laneOf(0)));
-    rows.append(row(QStringLiteral("2"), textOfX(places_.m_fX[1], false), yOf(1), laneOf(1)));
-    rows.append(row(difference_, textOfX(places_.m_fX[1] - places_.m_fX[0], true), yOf(1) - yOf(0), laneOf(0)));
+    if (!unitX.isEmpty() || !unitY.isEmpty()) {
+        rows.append({QString(), unitX, unitY});
+    }
+    rows.append(row(QStringLiteral("1"), textOfX(places_.m_fX[0], false), yOf(0), 0));
+    rows.append(row(QStringLiteral("2"), textOfX(places_.m_fX[1], false), yOf(1), 1));
+    rows.append(row(difference_, textOfX(places_.m_fX[1] - places_.m_fX[0], true), yOf(1) - yOf(0), 0));
     if (laneOf(0) != laneOf(1)) {
         rows.back().back() = QStringLiteral("-");  // values of two scales have no difference
     }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <optional>
 #include <qcustomplot.h>
+#include <vector>
 
 #include <tarno2/ISCOPERA.h>
 
@@ -37,6 +38,8 @@ public:
     void setFont(const QFont& font) { font_ = font; }
     void setColors(const QColor& line, const QColor& text, const QColor& background);
     void setTexts(const QString& unitX, const QString& unitY, const QString& difference);
+    /// What the values of each lane are told in, in place of the Y axis's unit.
+    void setLaneUnits(const std::vector<QString>& units) { laneUnits_ = units; }
     /// Decimals of the values; negative: as many as the picture's resolution needs.
     void setDigits(int x, int y);
     /// The values of X are times of day, or numbers again.
@@ -52,6 +55,9 @@ protected:
 private:
     [[nodiscard]] size_t laneOf(size_t cursor) const;
     [[nodiscard]] double yOf(size_t cursor) const;
+    [[nodiscard]] QString unitOf(size_t cursor) const;
+    [[nodiscard]] int clockDecimals() const;
+    [[nodiscard]] bool onOneDay() const;
     [[nodiscard]] QString textOfX(double x, bool difference) const;
     void drawLines(QCPPainter* painter) const;
     void drawTable(QCPPainter* painter) const;
@@ -66,6 +72,7 @@ private:
     QColor backgroundColor_;
     QString unitX_;
     QString unitY_;
+    std::vector<QString> laneUnits_;
     QString difference_;
     ClockAxis clock_;
     int digitsX_ = -1;

@@ -117,17 +117,22 @@ void PlotView::applyColumns() {
     std::vector<Legend::Entry> entries;
     std::vector<LaneHeads::Entry> heads;
     std::vector<LevelLines::Column> levels;
+    std::vector<QString> units(columns_.size());
     for (const Column& column : columns_) {
         const size_t lane = lanes_.placeOf(column.lane);
         styles.push_back({column.color.rgba(), column.visible, column.marked, column.scale, column.offset, lane});
         entries.push_back({column.name, column.color, column.visible});
         heads.push_back({column.name, column.unit, column.color, column.visible, column.marked, lane});
         levels.push_back({lane, column.color, column.visible});
+        if (lane < units.size() && units[lane].isEmpty()) {
+            units[lane] = column.unit;
+        }
     }
     curves_->setStyles(std::move(styles));
     legend_->setEntries(std::move(entries));
     heads_->setEntries(std::move(heads));
     levels_->setColumns(std::move(levels));
+    cursors_->setLaneUnits(units);
     makeStale();
 }
 

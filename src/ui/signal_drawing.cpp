@@ -430,8 +430,7 @@ void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX, const S
     unitTextY_ = unitY_ == AxisYUnit::Units ? unitsOf(signal.format(), shownChannels(signal), unitOf({}).toStdString())
                                             : uiText(textOf(unitY_)).toStdString();
     const std::string date = shown.clock ? dateText(shown.clock->at(shown.low)) : std::string();
-    const std::string cursorUnit = lanes_.empty() ? unitTextY_ : commonUnitOfLanes();
-    const std::tuple labels{unitX, unitY_, unitTextY_, cursorUnit, date};
+    const std::tuple labels{unitX, unitY_, unitTextY_, date};
     if (labels_ == labels) {
         return;
     }
@@ -442,7 +441,7 @@ void SignalDrawing::setTexts(const ShownSignal& signal, AxisXUnit unitX, const S
                     (day.isEmpty() ? unit : uiText(TextId::AxisXClock, {day})).toUtf8().constData());
     scoper_.SetText(kScoperaTextUnitX, (day.isEmpty() ? unit : day).toUtf8().constData());
     scoper_.SetText(kScoperaTextLabelY, unitTextY_.c_str());
-    scoper_.SetText(kScoperaTextUnitY, cursorUnit.c_str());
+    scoper_.SetText(kScoperaTextUnitY, unitTextY_.c_str());
 }
 
 }  // namespace tarno2

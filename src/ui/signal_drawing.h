@@ -101,7 +101,8 @@ public:
 
     // Lanes (signal_drawing_lanes.cpp).
     [[nodiscard]] const LaneLayout& laneLayout() const { return layout_; }
-    void setLaneLayout(LaneLayout layout) { layout_ = std::move(layout); }
+    /// The zoom of each lane is that of an earlier layout again.
+    void takeLaneRanges(const LaneLayout& earlier) { layout_.takeRanges(earlier); }
     [[nodiscard]] bool inLanes() const { return !lanes_.empty(); }
     /// The unit's text of values in that lane.
     [[nodiscard]] std::string unitTextOf(uint32_t lane) const;
@@ -142,7 +143,6 @@ private:
     [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
     void tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX);
     /// Empty when they differ.
-    [[nodiscard]] std::string commonUnitOfLanes() const;
     void setTexts(const ShownSignal& signal, AxisXUnit unitX, const ShownFrames& shown);
 
     ISCOPERA& scoper_;
@@ -172,7 +172,7 @@ private:
     int32_t marked_ = -1;
     std::vector<ChannelValues> values_;  ///< newest ones, for the heads
     AxisRange codes_;                    ///< that can come
-    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string, std::string, std::string>> labels_;
+    std::optional<std::tuple<AxisXUnit, AxisYUnit, std::string, std::string>> labels_;
 };
 
 }  // namespace tarno2

@@ -122,19 +122,6 @@ std::string SignalDrawing::unitTextOf(uint32_t lane) const {
     return column < columns_.size() ? columns_[column].unitText : std::string();
 }
 
-// Digital lines have none.
-std::string SignalDrawing::commonUnitOfLanes() const {
-    std::string common;
-    for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
-        const std::string unit = unitTextOf(lane);
-        if (!unit.empty() && !common.empty() && unit != common) {
-            return {};
-        }
-        common = unit.empty() ? common : unit;
-    }
-    return common;
-}
-
 AxisRange SignalDrawing::rangeOf(uint32_t lane) const {
     if (lane >= lanes_.size()) {
         return {};

@@ -61,6 +61,14 @@ TEST_F(PlotExtras, TheAxisTellsTheTimeOfDayAtRoundSteps) {
             EXPECT_TRUE(shown.contains(label)) << label.toStdString() << " in " << shown.join(' ').toStdString();
         }
     }
+    ASSERT_EQ(scoper_->SetClockX(cases[0].start, 1.0), 1);
+    ASSERT_EQ(scoper_->SetOption(kScoperaOptionCursors, 1), 1);
+    for (const double second : {80.0, 20.0}) {
+        const SCOPERACursors places{{10.0, second}, {1, 2}, {0, 0}};
+        ASSERT_EQ(scoper_->SetCursors(&places), 1);
+        const QString first = second > 30.0 ? "2026-11-23 23:59:10.0" : "23:59:10.0";
+        EXPECT_TRUE(texts().contains(first)) << texts().join(' ').toStdString();
+    }
     EXPECT_EQ(scoper_->SetClockX(0, -1.0), 0);
     ASSERT_EQ(scoper_->SetClockX(0, 0.0), 1);
     EXPECT_TRUE(texts().contains("50"));
