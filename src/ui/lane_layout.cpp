@@ -49,6 +49,12 @@ std::optional<AxisRange> LaneLayout::chosenRange(int32_t lane) const {
     return found != lanes_.end() ? found->second.chosen : std::nullopt;
 }
 
+void LaneLayout::takeRanges(const LaneLayout& earlier) {
+    for (auto& [key, lane] : lanes_) {
+        lane.chosen = earlier.chosenRange(key);
+    }
+}
+
 AxisRange LaneLayout::automaticRange(int32_t lane, AxisRange visible, uint64_t nowMs) {
     return lanes_[lane].scale.update(visible, nowMs);
 }

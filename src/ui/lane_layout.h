@@ -42,6 +42,8 @@ public:
     /// Volts, codes or units: a range that the operator zoomed to.
     [[nodiscard]] std::optional<AxisRange> chosenRange(int32_t lane) const;
     void setRange(int32_t lane, AxisRange range) { lanes_[lane].chosen = range; }
+    /// The ranges that were zoomed to are those of an earlier layout; what shares a lane, and heights, stay.
+    void takeRanges(const LaneLayout& earlier);
     /// The automatic range of a lane whose curves reach so far.
     [[nodiscard]] AxisRange automaticRange(int32_t lane, AxisRange visible, uint64_t nowMs);
     /// All ranges are automatic, and begin anew.

@@ -104,7 +104,7 @@ void T_ShowForm::ZoomBackClick() {
     settings_.axisYUpper = part->yUpper;
     settings_.axisYValue = part->yValue;
     if (drawing_) {
-        drawing_->setLaneLayout(part->lanes);
+        drawing_->takeLaneRanges(part->lanes);
         if (part->yAutomatic) {
             drawing_->resetScale();
         }

@@ -80,8 +80,10 @@ TEST_F(ShowFormLanes, ManyChannelsLieInLanesOfTheirOwnScale) {
     tell(scoper_.events.m_pLaneRangeChanged, 0U, 5.0, 25.0, static_cast<int32_t>(kScoperaCauseWheel));
     EXPECT_EQ(scoper_.lanes[0].m_nHeight, 90U);
     EXPECT_EQ(scoper_.lanes[0].m_fUpper, 25.0);
+    tell(scoper_.events.m_pLaneResized, 0U, 80U);
     form_.ZoomBackClick();
     EXPECT_NEAR(scoper_.lanes[0].m_fUpper, 220.0, 1e-9);
+    EXPECT_EQ(scoper_.lanes[0].m_nHeight, 80U) << "is no zoom";
     form_.ShowDigitalClick(true);
     EXPECT_EQ(scoper_.lanes.back().m_nLow, 1U);
     form_.LanesClick(false);
