@@ -113,6 +113,11 @@ void RecordedFrames::takePassport(const FoundLabels& found) {
         if (recorded_.even && recorded_.created) {
             wallClock_ = wallClockOf(*recorded_.created, recorded_.frequencyPerChannel);
         }
+        const auto whole = RecordingName(pieces_.front().name).whole();
+        if (recorded_.record && !(whole && fileExists(whole->data()))) {
+            const auto [before, after] = *recorded_.record;
+            records_ = {uint64_t{before} + after, before};
+        }
         return;
     }
     const auto& pieces = found.passport->pieces;

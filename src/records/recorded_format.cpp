@@ -87,6 +87,18 @@ std::optional<LocalTime> timeIn(std::string_view text) {
     return LocalTime{year, month, 0, day, hour, minute, second, 0};
 }
 
+// All records of a recording have one length, so that the first one tells it.
+std::optional<std::pair<uint32_t, uint32_t>> readRecord(const KeyValueFile& file) {
+    int32_t before = 0;
+    int32_t after = 0;
+    uint32_t count = 0;
+    if (!file.readInt32Array("SynchroListPrehistory", std::span(&before, 1), count) || count == 0 || before < 0 ||
+        !file.readInt32Array("SynchroListHistory", std::span(&after, 1), count) || count == 0 || after <= 0) {
+        return std::nullopt;
+    }
+    return std::pair(static_cast<uint32_t>(before), static_cast<uint32_t>(after));
+}
+
 }  // namespace
 
 RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
@@ -126,6 +138,7 @@ RecordedKeys readRecordedKeys(const std::string& descriptionFile) {
     keys.backwardOrder = file.readInt32("BackwardOrder", backward, 0) && backward == 1;
     int32_t synchro = 0;
     keys.triggered = file.readInt32("SynchroEnable", synchro, 0) && synchro == 1;
+    keys.record = keys.triggered ? readRecord(file) : std::nullopt;
     return keys;
 }
 
@@ -158,7 +171,8 @@ bool readRecordedFormat(const std::string& descriptionFile, RecordedFormat& form
                   keys.backwardOrder,
                   std::move(keys.driverName),
                   keys.created,
-                  !keys.triggered && !keys.packetMode};
+                  !keys.triggered && !keys.packetMode,
+                  keys.record};
         return true;
     }
     return false;

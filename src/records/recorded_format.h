@@ -25,6 +25,8 @@ struct RecordedFormat {
     std::string driverName;                         ///< empty when the description names none
     std::optional<LocalTime> created;               ///< when it began, to the second
     bool even = true;  ///< frames follow each other by the frequency: no records, no packets
+    /// Frames of each record of synchronisation before its trigger, and from it on; not there without records.
+    std::optional<std::pair<uint32_t, uint32_t>> record;
 };
 
 /// Each key of a description by itself: what is missing or makes no sense is not there.
@@ -45,6 +47,8 @@ struct RecordedKeys {
     std::optional<int8_t> synchronousChannels;  ///< 1: the samples of a frame were taken at once, -1: unknown
     bool backwardOrder = false;                 ///< frames hold the channels in reverse order
     bool triggered = false;                     ///< it holds records of synchronisation, one behind the other
+    /// Frames of each of them before its trigger, and from it on.
+    std::optional<std::pair<uint32_t, uint32_t>> record;
 };
 
 /// Reads what can be read of a description, which may be damaged or missing.

@@ -92,6 +92,23 @@ TEST(RecordedFrames, TakeNamesAndUnitsFromThePassport) {
     EXPECT_THAT(RecordedFrames::open(name, problem)->numbers(), ElementsAre()) << "it is of other data";
 }
 
+TEST(RecordedFrames, RecordsAreToldByTheDescriptionToo) {
+    const TemporaryFolder folder;
+    const std::string description = std::string(kDescription) +
+                                    "SynchroEnable = 1\r\nSynchroListPrehistory = 2 , 2 \r\n"
+                                    "SynchroListHistory = 3 , 3 \r\n";
+    folder.write("r.txt", description);
+    folder.write("r_1.txt", description);
+    const std::string data = text(std::vector<int16_t>(20));
+    OpenProblem problem;
+    const auto whole = RecordedFrames::open(folder.write("r.dat", data), problem);
+    ASSERT_TRUE(whole && whole->records());
+    EXPECT_EQ(whole->records()->frames, 5U);
+    EXPECT_EQ(whole->records()->prehistory, 2U);
+    const auto piece = RecordedFrames::open(folder.write("r_1.dat", data), problem);
+    EXPECT_FALSE(piece->records()) << "it may begin in the middle of one";
+}
+
 TEST(RecordedFrames, SayWhyTheyCannotBeOpened) {
     const TemporaryFolder folder;
     const std::string name = folder.file("r.dat");
