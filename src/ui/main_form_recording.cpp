@@ -25,6 +25,7 @@
 #include "ui/panels/file_panel.h"
 #include "ui/panels/measuring_panel.h"
 #include "ui/panels/program_panel.h"
+#include "ui/recording_stack.h"
 #include "ui/save_as_text_form.h"
 #include "ui/state_strip.h"
 #include "ui/text.h"
@@ -168,7 +169,9 @@ void T_MainForm::startRecording() {
     }
     host_.start();
     guarded("StartButtonClick", [this] {
-        if (control().running()) {
+        // Who works in the signal goes on there.
+        const QWidget* focused = focusWidget();
+        if (control().running() && !(focused != nullptr && signalStack_->isAncestorOf(focused))) {
             strip_->stopButton().setFocus();
         }
     });
