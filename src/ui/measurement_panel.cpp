@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
 #include <QPointer>
 #include <QSaveFile>
 #include <QScrollBar>
@@ -16,6 +15,7 @@
 #include <algorithm>
 
 #include "ui/measurement_model.h"
+#include "ui/shortened_label.h"
 #include "ui/text.h"
 #include "ui/typed_keys.h"
 
@@ -40,8 +40,8 @@ MeasurementPanel::MeasurementPanel(QWidget* parent)
       model_(new MeasurementModel(this)),
       table_(new QTableView(this)),
       fold_(toolButton("FoldMeasurements", this)),
-      time_(new QLabel(this)),
-      state_(new QLabel(this)),
+      time_(new ShortenedLabel(this)),
+      state_(new ShortenedLabel(this)),
       onScreen_(new QCheckBox(this)),
       snap_(toolButton("SnapToEdge", this)),
       copy_(toolButton("CopyMeasurements", this)),
@@ -63,8 +63,6 @@ MeasurementPanel::MeasurementPanel(QWidget* parent)
     fold_->setToolButtonStyle(Qt::ToolButtonIconOnly);
     // Texts give way to the controls.
     time_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    time_->setMinimumWidth(1);
-    state_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* head = new QHBoxLayout;
     head->setContentsMargins(4, 1, 4, 1);
     head->addWidget(fold_);
@@ -101,9 +99,8 @@ void MeasurementPanel::showFold(bool folded) {
 }
 
 void MeasurementPanel::setTexts(const QString& time, const QString& state) {
-    time_->setText(time);
-    state_->setText(state);
-    state_->setToolTip(state);
+    time_->setWhole(time);
+    state_->setWhole(state);
 }
 
 void MeasurementPanel::setActive(size_t cursor) {
@@ -127,7 +124,7 @@ void MeasurementPanel::fitRows() {
 }
 
 void MeasurementPanel::copy() {
-    const QString time = time_->text();
+    const QString& time = time_->whole();
     QApplication::clipboard()->setText(time.isEmpty() ? model_->asText() : time + QLatin1Char('\n') + model_->asText());
 }
 
@@ -140,7 +137,8 @@ void MeasurementPanel::save() {
         return;
     }
     QSaveFile file(QFileInfo(name).suffix().isEmpty() ? name + QStringLiteral(".csv") : name);
-    const QByteArray text = model_->asCsv().toUtf8();
+    // By the mark in front spreadsheets know that it is UTF-8.
+    const QByteArray text = "\xEF\xBB\xBF" + model_->asCsv().toUtf8();
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit()) {
         emit message(uiText(TextId::FileNotWritten, {file.fileName(), file.errorString()}));
     }

@@ -3,13 +3,13 @@
 #include <QWidget>
 
 class QCheckBox;
-class QLabel;
 class QTableView;
 class QToolButton;
 
 namespace tarno2 {
 
 class MeasurementModel;
+class ShortenedLabel;
 
 /// What stands below the picture while the cursors are shown: the time between them, buttons, and the table, which
 /// can be folded away. Window thread.
@@ -46,8 +46,8 @@ private:
     MeasurementModel* model_;
     QTableView* table_;
     QToolButton* fold_;
-    QLabel* time_;
-    QLabel* state_;
+    ShortenedLabel* time_;
+    ShortenedLabel* state_;
     QCheckBox* onScreen_;
     QToolButton* snap_;
     QToolButton* copy_;

@@ -11,6 +11,7 @@ public:
     explicit ShortenedLabel(QWidget* parent);
 
     void setWhole(const QString& text);
+    [[nodiscard]] const QString& whole() const { return whole_; }
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;

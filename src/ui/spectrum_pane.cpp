@@ -17,6 +17,7 @@
 #include "config/files/figure_text.h"
 #include "measure/spectrum_figures.h"
 #include "ui/measured_text.h"
+#include "ui/shortened_label.h"
 #include "ui/spectrum_picture.h"
 #include "ui/text.h"
 #include "ui/typed_keys.h"
@@ -71,7 +72,7 @@ SpectrumPane::SpectrumPane(ProgramSettings& settings, QWidget* parent)
       scale_(comboBox("SpectrumScale", this)),
       length_(comboBox("SpectrumLength", this)),
       more_(new QToolButton(this)),
-      facts_(new QLabel(this)),
+      facts_(new ShortenedLabel(this)),
       channel_(comboBox("SpectrumChannel", this)),
       peaks_(new QTableWidget(0, 2, this)),
       figures_(new QLabel(this)),
@@ -101,8 +102,6 @@ void SpectrumPane::build() {
     for (int i = 1; i <= kLengths; ++i) {
         length_->addItem(fromCodePage(formatCount(lengthOf(i))));
     }
-    // What is told gives way to the controls.
-    facts_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     facts_->setObjectName(QStringLiteral("SpectrumFacts"));
     figures_->setObjectName(QStringLiteral("SpectrumFigures"));
     figures_->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -319,7 +318,7 @@ QString SpectrumPane::unit() const {
 // Channels that were switched since are left out until their spectrum comes.
 void SpectrumPane::showSpectrum() {
     if (spectrum_.powers.empty()) {
-        facts_->clear();
+        facts_->setWhole({});
         if (!picture_->curves().curves.empty()) {
             picture_->setNotice({});
         }
@@ -345,9 +344,9 @@ void SpectrumPane::showSpectrum() {
         }
         curves.curves.push_back(std::move(curve));
     }
-    facts_->setText(uiText(TextId::SpectrumBlocks,
-                           {fromCodePage(formatCount(spectrum_.length)), fromCodePage(formatCount(spectrum_.blocks)),
-                            frequencyWithUnit(spectrum_.binWidth, 4)}));
+    facts_->setWhole(uiText(TextId::SpectrumBlocks,
+                            {fromCodePage(formatCount(spectrum_.length)), fromCodePage(formatCount(spectrum_.blocks)),
+                             frequencyWithUnit(spectrum_.binWidth, 4)}));
     picture_->setCurves(std::move(curves));
     showFigures();
 }

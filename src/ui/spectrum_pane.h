@@ -20,6 +20,7 @@ class QToolButton;
 
 namespace tarno2 {
 
+class ShortenedLabel;
 class SpectrumPicture;
 
 /// The spectrum of the channels that are shown: over the picture, or between the cursors. With a table of the strongest
@@ -77,7 +78,7 @@ private:
     QAction* averaged_ = nullptr;
     QAction* logarithmic_ = nullptr;
     QAction* whole_ = nullptr;
-    QLabel* facts_;
+    ShortenedLabel* facts_;
     QComboBox* channel_;
     QTableWidget* peaks_;
     QLabel* figures_;

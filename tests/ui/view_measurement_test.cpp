@@ -171,7 +171,7 @@ TEST_F(ViewMeasurement, TableIsCopiedSavedAndFolded) {
     QFile saved(QString::fromStdString(file + ".csv"));
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
     const QList<QByteArray> rows = saved.readAll().split('\n');
-    EXPECT_TRUE(rows[0].startsWith("\"Signal\",\"Unit\",\"Cursor 1\","));
+    EXPECT_TRUE(rows[0].startsWith("\xEF\xBB\xBF\"Signal\",\"Unit\",\"Cursor 1\","));
     EXPECT_EQ(rows[1].split(',').at(0), "\"Channel 0\"");
     EXPECT_EQ(rows[1].split(',').at(10).toDouble(), 10000.0);
 
