@@ -11,7 +11,8 @@
 
 namespace tarno2 {
 
-/// Lines at values of columns, thresholds for example, which can be dragged up and down.
+/// Lines at values of columns, thresholds for example, which can be dragged up and down. Of one beyond what is shown an
+/// arrow points to it, by which it is dragged back.
 class LevelLines : public QCPLayerable {
 public:
     struct Level {
@@ -49,8 +50,12 @@ protected:
     void draw(QCPPainter* painter) override;
 
 private:
-    /// The height at which it is drawn; nothing outside of its lane's range, or while its column is not drawn.
+    /// The height at which it is drawn, at the end of its lane's range when it lies beyond; nothing while its column is
+    /// not drawn.
     [[nodiscard]] std::optional<double> pixelOf(const Level& level) const;
+    /// 1 above the range, -1 below it.
+    [[nodiscard]] int sideOf(const Level& level) const;
+    void drawHandle(QCPPainter& painter, double row, int side) const;
 
     QCPAxis* xAxis_;
     const Lanes& lanes_;

@@ -124,10 +124,19 @@ TEST_F(LanesTest, ALevelIsDraggedInItsLane) {
     EXPECT_EQ(told_.level.identity, 7U);
     EXPECT_NEAR(told_.level.y, -1.0, 0.1);
     EXPECT_EQ(told_.level.done, 1);
+    // Beyond the range it is an arrow at the end of the picture, by which it comes back.
+    const SCOPERALevel beyond[] = {{1, 1, 90.0, "beyond", 9}};
+    ASSERT_EQ(scoper_->SetLevels(beyond, 1), 1);
+    QPoint arrow = pixelOf(50, 1, 5.0) + QPoint(0, 4);
+    arrow.setX(pictureArea().right() - 3);
+    drag(arrow, arrow + (pixelOf(50, 1, 3.0) - pixelOf(50, 1, 5.0)));
+    EXPECT_EQ(told_.level.identity, 9U);
+    EXPECT_NEAR(told_.level.y, 3.0, 0.5);
+    ASSERT_EQ(scoper_->SetLevels(levels, 2), 1);
     // One that can't be moved leaves the drag to the picture.
     const QPoint fixed = pixelOf(50, 0, 1.0);
     drag(fixed, fixed + QPoint(0, 30));
-    EXPECT_EQ(told_.level.identity, 7U);
+    EXPECT_EQ(told_.level.identity, 9U);
     EXPECT_EQ(told_.lane.lane, 0U);
 }
 
