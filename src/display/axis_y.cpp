@@ -8,6 +8,7 @@ namespace tarno2 {
 namespace {
 
 constexpr double kMargin = 0.1;          ///< of the visible span, on each side
+constexpr double kRim = 0.02;            ///< of the shown span: nearer to an end a curve is not told from the frame
 constexpr double kRoomy = 0.3;           ///< of the shown span may stay empty on a side before it shrinks
 constexpr uint64_t kHoldMs = 1000;       ///< how long it has to be
 constexpr double kShrinkMs = 700.0;      ///< in which two thirds of the way are gone
@@ -125,9 +126,13 @@ AxisRange AutomaticScaleY::update(AxisRange visible, uint64_t nowMs) {
         roomy_ = false;
         return shown_ = wanted;
     }
-    // A value that leaves the scale takes its side along at once, with a new margin.
-    shown_.low = visible.low < shown_.low ? wanted.low : shown_.low;
-    shown_.high = visible.high > shown_.high ? wanted.high : shown_.high;
+    // A value that leaves the scale takes its side along at once, with a new margin; so does the other side where its
+    // margin is none of the new span.
+    if (visible.low < shown_.low || visible.high > shown_.high) {
+        const double rim = (std::max(shown_.high, wanted.high) - std::min(shown_.low, wanted.low)) * kRim;
+        shown_.low = visible.low < shown_.low + rim ? std::min(wanted.low, shown_.low) : shown_.low;
+        shown_.high = visible.high > shown_.high - rim ? std::max(wanted.high, shown_.high) : shown_.high;
+    }
     if (!moving_ && !isRoomy(shown_, visible)) {
         roomy_ = false;
         return shown_;

@@ -143,6 +143,10 @@ TEST(AutomaticScaleY, GrowsAtOnce) {
     EXPECT_EQ(scale.update({-1.0, 3.0}, 120), (AxisRange{-1.2, 3.4}));
     // Nothing visible keeps it.
     EXPECT_EQ(scale.update({1.0, -1.0}, 160), (AxisRange{-1.2, 3.4}));
+    // The line that a spike rises from does not end in the frame.
+    scale.reset();
+    EXPECT_LT(scale.update({0.0, 0.001}, 200).high, 0.002);
+    EXPECT_NEAR(scale.update({0.0, 4.0}, 240).low, -0.4, 1e-9);
 }
 
 TEST(AutomaticScaleY, ShrinksSlowlyAfterASecond) {
