@@ -134,6 +134,10 @@ void T_MainForm::connectParts() {
     connect(signalDock_, &QDockWidget::topLevelChanged, this, [this, fill](bool floating) {
         frameWindow(*signalDock_, floating);
         fill();
+        // The keys go with it: else those of the view would be typed into the first field of its window.
+        if (!signalDock_->isHidden()) {
+            showForm_->setFocus();
+        }
     });
     connect(menu_.showSignal, &QAction::toggled, this, fill);
     connect(channelsPanel_, &ChannelsPanel::extendedViewChanged, this, &T_MainForm::makeRoomForTable);
