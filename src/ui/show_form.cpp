@@ -401,11 +401,10 @@ QString T_ShowForm::mousePlace() const {
 
 QString T_ShowForm::fileFacts() const {
     const double rate = file_->format().framesPerSecond;
-    const auto frames = static_cast<double>(frameCount());
-    const uint64_t seconds = rate > 0.0 ? static_cast<uint64_t>(std::llround(frames / rate)) : 0;
-    return uiText(TextId::RecordingFacts,
-                  {QString::number(file_->frames().pieceCount()), fromCodePage(formatCount(frameCount())),
-                   fromCodePage(formatDuration(seconds))});
+    const uint64_t frames = file_->frames().frameCount();
+    const uint64_t seconds = rate > 0.0 ? static_cast<uint64_t>(std::llround(static_cast<double>(frames) / rate)) : 0;
+    return uiText(TextId::RecordingFacts, {QString::number(file_->frames().pieceCount()),
+                                           fromCodePage(formatCount(frames)), fromCodePage(formatDuration(seconds))});
 }
 
 void T_ShowForm::setDigitalLines(uint32_t lines) {

@@ -27,9 +27,9 @@ constexpr std::pair<TextId, int> kUnitsY[] = {{TextId::AxisYAuto, -1}, {TextId::
 constexpr std::pair<TextId, int> kFollowModes[] = {
     {TextId::FollowNone, 0}, {TextId::FollowRecorder, 1}, {TextId::FollowZeroing, 2}};
 
-// Six digits, of which the first ones are seen in any case. Returns what the field shows.
+// Six digits, and whole numbers beyond them; the first ones are seen in any case. Returns what the field shows.
 QString showNumber(QLineEdit& edit, double value) {
-    QString text = QString::number(value, 'g', 6);
+    QString text = value >= 1e6 && value < 1e15 ? QString::number(value, 'f', 0) : QString::number(value, 'g', 6);
     if (edit.text() != text) {
         edit.setText(text);
     }
