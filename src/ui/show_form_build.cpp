@@ -79,7 +79,8 @@ void T_ShowForm::buildPicture() {
         listenToScoper();
     }
     picture_->setObjectName(QStringLiteral("PaintBox1"));
-    picture_->setMinimumSize(fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * 5);
+    // The axis below it takes three lines.
+    picture_->setMinimumSize(fontMetrics().averageCharWidth() * 20, fontMetrics().lineSpacing() * 9);
     splitter_->addWidget(picture_);
     heldChip_ = new QLabel(this);
     heldChip_->setObjectName(QStringLiteral("HeldChip"));

@@ -110,7 +110,8 @@ void SpectrumPane::build() {
     peaks_->setSelectionBehavior(QAbstractItemView::SelectRows);
     peaks_->verticalHeader()->hide();
     peaks_->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 4);
-    peaks_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    peaks_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    peaks_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     auto* head = new QHBoxLayout;
     head->setContentsMargins(4, 1, 4, 1);
     for (QWidget* widget : {static_cast<QWidget*>(window_), static_cast<QWidget*>(scale_),
@@ -127,7 +128,7 @@ void SpectrumPane::build() {
     beside->addWidget(figures_);
     auto* side = new QWidget(this);
     side->setLayout(beside);
-    side->setFixedWidth(fontMetrics().averageCharWidth() * 30);
+    side->setFixedWidth(fontMetrics().averageCharWidth() * 34);
     auto* body = new QHBoxLayout;
     body->setSpacing(2);
     body->addWidget(picture_, 1);
