@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <utility>
 
+#include "measure/code_ranges.h"
 #include "measure/codes.h"
 #include "measure/edge_lanes.h"
 
@@ -19,19 +19,6 @@ constexpr double kBand = 0.1;  // of the signal's height, on each side of the mi
 #if defined(__SSE2__)
 constexpr uint64_t kLeadIn = 4;  // frames of a block before its lanes: noise has crossed the middle, or is on its side
 constexpr uint64_t kLeastLane = 8;  // frames; shorter ones do not pay
-
-// Eight words, each so many after the other. Loads each with the word before it, which need not be put in its place.
-inline __m128i eightWords(const int16_t* words, size_t step) {
-    const auto two = [words, step](size_t i) {
-        int32_t pair = 0;
-        std::memcpy(&pair, words + i * step - 1, sizeof(pair));
-        return _mm_cvtsi32_si128(pair);
-    };
-    const auto four = [&two](size_t i) {
-        return _mm_unpacklo_epi32(_mm_unpacklo_epi16(two(i), two(i + 1)), _mm_unpacklo_epi16(two(i + 2), two(i + 3)));
-    };
-    return _mm_unpackhi_epi64(four(0), four(4));
-}
 #endif
 
 enum class Side : int8_t { Unknown, Low, High };
@@ -66,6 +53,11 @@ public:
           origin_(origin),
           found_(std::move(found)),
           watched_(channels_) {
+#if defined(__SSE2__)
+        if constexpr (sizeof(Word) == 2) {
+            ranges_.assign(stretches_, CodeRanges(code_, channels_));
+        }
+#endif
         for (size_t i = 0; i < channels_; ++i) {
             takeLevels(i, levels[i]);
         }
@@ -85,7 +77,9 @@ public:
         }
     }
 
-    [[nodiscard]] const EdgeTimes& edges(size_t channel) const override { return watched_[channel].edges; }
+    [[nodiscard]] const EdgeTimes& edges(size_t channel) const override {
+        return watched_[channel].edges;
+    }
 
 private:
     void addBlock(uint64_t firstFrame, const std::byte* frames, uint64_t count) {
@@ -133,6 +127,9 @@ private:
         }
         lookAtAll(0, kLeadIn);
         const uint64_t frames = (count - kLeadIn) / stretches_;
+        for (size_t i = 0; i < stretches_; ++i) {
+            ranges_[i].look(words_ + (kLeadIn + i * frames) * channels_, frames);
+        }
         if (stretches_ > 1) {
             for (size_t i = 0; i < channels_; ++i) {
                 lookAtStretches(i, frames);
@@ -145,28 +142,71 @@ private:
         return kLeadIn + frames * stretches_;
     }
 
+    [[nodiscard]] bool reaches(size_t channel, size_t stretch, Side side) const {
+        const Watched& watched = watched_[channel];
+        return side == Side::High ? ranges_[stretch].most(channel) >= watched.high
+                                  : ranges_[stretch].least(channel) <= watched.low;
+    }
+    /// From that side.
+    [[nodiscard]] bool turns(size_t channel, size_t stretch, Side side) const {
+        return (side != Side::High && reaches(channel, stretch, Side::High)) ||
+               (side != Side::Low && reaches(channel, stretch, Side::Low));
+    }
+    /// Edges can be added together: none has to be told, and there is one before them.
+    [[nodiscard]] bool canBeSummed(size_t channel) const {
+        const Watched& watched = watched_[channel];
+        return watched.side != Side::Unknown && watched.edges.rises() > 0 && !found_;
+    }
+
     // The last eight channels overlap those before.
     void lookAtEight(size_t channel, uint64_t frames) requires(sizeof(Word) == 2) {
         const size_t first = std::min(channel, channels_ - kEdgeLanes);
         EdgeLanes lanes;
+        bool summed[kEdgeLanes] = {};
+        bool any = false;
         for (size_t i = channel - first; i < kEdgeLanes; ++i) {
-            lanes.begin(i, laneStart(first + i, 0, kLeadIn, watched_[first + i].side));
+            if (!turns(first + i, 0, watched_[first + i].side)) {
+                continue;
+            }
+            if (canBeSummed(first + i)) {
+                any = summed[i] = true;
+                lanes.begin(i, laneStart(first + i, 0, kLeadIn, watched_[first + i].side));
+            } else {
+                lookAtEach(first + i, frames);
+            }
+        }
+        if (!any) {
+            return;
         }
         const Word* words = words_ + kLeadIn * channels_ + first;
         lanes.run(frames, [&, code = code_](size_t frame) { return code.ofEight(words + frame * channels_); });
-        for (size_t i = channel - first; i < kEdgeLanes; ++i) {
-            takeLanes(lanes, i, i + 1, first + i, frames);
+        for (size_t i = 0; i < kEdgeLanes; ++i) {
+            if (summed[i]) {
+                takeLanes(lanes, i, i + 1, first + i, frames);
+            }
         }
     }
 
     void lookAtStretches(size_t channel, uint64_t frames) requires(sizeof(Word) == 2) {
-        EdgeLanes lanes;
+        Side sides[kEdgeLanes];
         Side side = watched_[channel].side;
+        bool turning = false;
+        for (size_t i = 0; i < kEdgeLanes; ++i) {
+            sides[i] = side;
+            turning = turning || turns(channel, i, side);
+            side = sideAfter(channel, i, frames, side);
+        }
+        if (!turning) {
+            return;
+        }
+        if (!canBeSummed(channel)) {
+            lookAtEach(channel, frames * kEdgeLanes);
+            return;
+        }
+        EdgeLanes lanes;
         for (size_t i = 0; i < kEdgeLanes; ++i) {
             const uint64_t start = kLeadIn + i * frames;
-            const uint64_t before = i == 0 ? 0 : start - frames;
-            side = sideBefore(channel, before, start, side);
-            lanes.begin(i, laneStart(channel, before, start, side));
+            lanes.begin(i, laneStart(channel, i == 0 ? 0 : start - frames, start, sides[i]));
         }
         const Word* words = words_ + kLeadIn * channels_ + channel;
         const size_t stretch = frames * channels_;
@@ -176,16 +216,20 @@ private:
         takeLanes(lanes, 0, kEdgeLanes, channel, frames);
     }
 
-    // The side that a channel is on before a frame, which was `side` before the frame `from`.
-    [[nodiscard]] Side sideBefore(size_t channel, uint64_t from, uint64_t frame, Side side) const {
-        const Watched& watched = watched_[channel];
-        while (frame > from) {
-            const int64_t code = codeAt(channel, --frame);
-            if (code >= watched.high || code <= watched.low) {
-                return code >= watched.high ? Side::High : Side::Low;
-            }
+    // The side that a channel is on after a stretch, which was `side` before it.
+    [[nodiscard]] Side sideAfter(size_t channel, size_t stretch, uint64_t frames, Side side) const {
+        const bool high = reaches(channel, stretch, Side::High);
+        const bool low = reaches(channel, stretch, Side::Low);
+        if (!(high && low)) {
+            return high ? Side::High : low ? Side::Low : side;
         }
-        return side;
+        const Watched& watched = watched_[channel];
+        uint64_t frame = kLeadIn + (stretch + 1) * frames - 1;
+        int64_t code = codeAt(channel, frame);
+        while (code < watched.high && code > watched.low) {
+            code = codeAt(channel, --frame);
+        }
+        return code >= watched.high ? Side::High : Side::Low;
     }
 
     // Of a lane that begins with `frame`; frames before `from` are not looked at.
@@ -216,24 +260,22 @@ private:
         return start;
     }
 
-    // Takes the edges of a channel's lanes when all is known that they are to be added to, else looks for each.
+    // Takes the edges of a channel's lanes when all is known of them, else looks for each.
     void takeLanes(const EdgeLanes& lanes, size_t lane, size_t end, size_t channel, uint64_t frames) {
-        const Watched& watched = watched_[channel];
-        const bool canBeReached =
-            watched.low >= std::numeric_limits<Word>::min() || watched.high <= std::numeric_limits<Word>::max();
-        const bool summed = watched.edges.rises() > 0 && !found_;
-        bool oneByOne = watched.side == Side::Unknown && canBeReached;
         for (size_t i = lane; i < end; ++i) {
-            oneByOne = oneByOne || (lanes.edges(i).count > 0 && !(summed && lanes.edges(i).certain));
-        }
-        if (oneByOne) {
-            for (uint64_t i = 0; i < frames * (end - lane); ++i) {
-                lookAt(channel, kLeadIn + i);
+            if (lanes.edges(i).count > 0 && !lanes.edges(i).certain) {
+                lookAtEach(channel, frames * (end - lane));
+                return;
             }
-            return;
         }
         for (size_t i = lane; i < end; ++i) {
             take(lanes.edges(i), channel, kLeadIn + (i - lane) * frames);
+        }
+    }
+
+    void lookAtEach(size_t channel, uint64_t frames) {
+        for (uint64_t i = 0; i < frames; ++i) {
+            lookAt(channel, kLeadIn + i);
         }
     }
 
@@ -371,6 +413,9 @@ private:
     const Word* words_ = nullptr;  ///< the block that is looked at
     double firstTime_ = 0.0;       ///< of its first frame
     std::vector<Watched> watched_;
+#if defined(__SSE2__)
+    std::vector<CodeRanges> ranges_;  ///< of the stretches of the block
+#endif
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -14,6 +15,20 @@ inline constexpr size_t kEdgeLanes = 8;
 inline constexpr uint64_t kMostLaneFrames = uint64_t{1} << 14;
 
 #if defined(__SSE2__)
+
+/// Eight words, each `step` after the other, for eight stretches of one signal. Loads each with the word before it,
+/// which need not be put in its place.
+inline __m128i eightWords(const int16_t* words, size_t step) {
+    const auto two = [words, step](size_t i) {
+        int32_t pair = 0;
+        std::memcpy(&pair, words + i * step - 1, sizeof(pair));
+        return _mm_cvtsi32_si128(pair);
+    };
+    const auto four = [&two](size_t i) {
+        return _mm_unpacklo_epi32(_mm_unpacklo_epi16(two(i), two(i + 1)), _mm_unpacklo_epi16(two(i + 2), two(i + 3)));
+    };
+    return _mm_unpackhi_epi64(four(0), four(4));
+}
 
 /// Where a lane of `EdgeLanes` begins. Frames are counted from there.
 struct LaneStart {
@@ -59,8 +74,8 @@ public:
         after_[lane] = start.after;
     }
 
-    /// Looks at the frames, at most `kMostLaneFrames`, once all lanes have begun. `row(frame)` gives the codes of all
-    /// lanes.
+    /// Looks at the frames, at most `kMostLaneFrames`, once its lanes have begun; others find nothing. `row(frame)`
+    /// gives the codes of all lanes.
     template <typename Row>
     void run(size_t frames, Row row);
 
@@ -83,8 +98,9 @@ private:
     alignas(16) double middle_[kEdgeLanes] = {};
     alignas(16) double partSum_[kEdgeLanes] = {};
     alignas(16) Codes upper_ = {};
-    alignas(16) Codes turn_ = {};    ///< the bits in which the two levels differ
-    alignas(16) Codes level_ = {};   ///< that the code, or the inverted one, has to exceed next
+    alignas(16) Codes turn_ = {};  ///< the bits in which the two levels differ
+    /// That the code, or the inverted one, has to exceed next. A lane that has not begun never does.
+    alignas(16) Codes level_ = {32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767};
     alignas(16) Codes invert_ = {};  ///< all bits on the high side
     alignas(16) Codes previous_ = {};
     alignas(16) Codes crossed_ = {};
