@@ -11,8 +11,7 @@ int32_t millisecondsBetween(const LocalTime& from, const LocalTime& to) {
 
 bool RepaintRate::due(const LocalTime& now) {
     const int32_t elapsed = begun_ ? millisecondsBetween(last_, now) : -1;
-    const int32_t late = elapsed - (kPeriodMs - late_);
-    if (elapsed >= 0 && late < 0) {
+    if (elapsed >= 0 && elapsed < kPeriodMs) {
         return false;
     }
     ++counter_;
@@ -21,15 +20,13 @@ bool RepaintRate::due(const LocalTime& now) {
     }
     counter_ = 0;
     last_ = now;
-    late_ = elapsed >= 0 && late <= kMadeUpMs ? late : 0;
     begun_ = true;
     return true;
 }
 
 int32_t RepaintRate::waitMs(const LocalTime& now) const {
-    const int32_t period = kPeriodMs - late_;
-    const int32_t elapsed = begun_ ? millisecondsBetween(last_, now) : period;
-    return elapsed < 0 ? 0 : std::max(period - elapsed, 0);
+    const int32_t elapsed = begun_ ? millisecondsBetween(last_, now) : kPeriodMs;
+    return elapsed < 0 ? 0 : std::max(kPeriodMs - elapsed, 0);
 }
 
 }  // namespace tarno2

@@ -14,8 +14,6 @@ namespace tarno2 {
 class RepaintRate {
 public:
     static constexpr int32_t kPeriodMs = 40;
-    /// Timers come a little late. So much of it is made up for by the next paint, so that 25 pictures a second are 25.
-    static constexpr int32_t kMadeUpMs = 3;
 
     /// Asked by each paint. True when new data are due; the time then counts from `now`. A clock that went back
     /// (midnight, or it was set) makes them due.
@@ -28,7 +26,6 @@ public:
 private:
     bool begun_ = false;
     LocalTime last_;
-    int32_t late_ = 0;     ///< milliseconds that the last drawn paint came after its time
     int32_t counter_ = 0;  ///< paints since the last drawn one
     int32_t rate_ = 0;
 };

@@ -70,19 +70,6 @@ TEST(Repaint, IsDueAfterFortyMilliseconds) {
     EXPECT_EQ(repaint.rate(), 10);
 }
 
-TEST(Repaint, MakesUpForALittleLateness) {
-    RepaintRate repaint;
-    EXPECT_TRUE(repaint.due(at(0, 0, 0, 0)));
-    EXPECT_TRUE(repaint.due(at(0, 0, 0, 42)));
-    EXPECT_FALSE(repaint.due(at(0, 0, 0, 79)));
-    EXPECT_EQ(repaint.waitMs(at(0, 0, 0, 79)), 1);
-    EXPECT_TRUE(repaint.due(at(0, 0, 0, 83)));
-    EXPECT_EQ(repaint.waitMs(at(0, 0, 0, 83)), 37);
-    // Not for a machine that has no time: the whole period is free again after that.
-    EXPECT_TRUE(repaint.due(at(0, 0, 0, 124)));
-    EXPECT_EQ(repaint.waitMs(at(0, 0, 0, 124)), 40);
-}
-
 TEST(Repaint, ClockThatWentBackMakesItDue) {
     RepaintRate repaint;
     EXPECT_TRUE(repaint.due(at(23, 59, 59, 990)));
