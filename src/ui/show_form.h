@@ -295,6 +295,7 @@ private:
     void zoomedY(double lower, double upper);
     void savePicture();
     void copyPicture();
+    void tell(const std::optional<PictureProblem>& problem);
     [[nodiscard]] std::vector<ViewPicture> pictures() const;
     [[nodiscard]] bool canSavePart() const { return file_ && !records_ && frameCount() > 0; }
     void rangeChanged(int axis, double lower, double upper, int cause);

@@ -3,7 +3,6 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QCursor>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -311,15 +310,17 @@ void T_ShowForm::savePicture() {
         emit message(uiText(TextId::PictureNoName, {QFileInfo(file).fileName()}));
         return;
     }
-    if (!savePictures(pictures(), file)) {
-        QFile again(file);
-        static_cast<void>(again.open(QIODevice::Append));
-        emit message(uiText(TextId::FileNotWritten, {file, again.errorString()}));
-    }
+    tell(savePictures(pictures(), file));
 }
 
 void T_ShowForm::copyPicture() {
-    copyPictures(pictures());
+    tell(copyPictures(pictures()));
+}
+
+void T_ShowForm::tell(const std::optional<PictureProblem>& problem) {
+    if (problem) {
+        emit message(uiText(TextId::FileNotWritten, {problem->file, problem->why}));
+    }
 }
 
 std::vector<ViewPicture> T_ShowForm::pictures() const {

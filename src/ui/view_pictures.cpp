@@ -2,15 +2,18 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFile>
 #include <QFontMetrics>
 #include <QImage>
 #include <QMimeData>
 #include <QPainter>
 #include <QPalette>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <utility>
 
 namespace tarno2 {
 
@@ -27,8 +30,8 @@ public:
         }
     }
 
-    /// Every picture could be taken.
-    [[nodiscard]] bool whole() const { return whole_; }
+    /// Of a picture that could not be taken.
+    [[nodiscard]] const std::optional<PictureProblem>& problem() const { return problem_; }
     [[nodiscard]] QImage image() const;
     [[nodiscard]] QByteArray svg() const;
 
@@ -36,41 +39,55 @@ private:
     struct Part {
         QString title;
         QImage image;
-        QByteArray svg;
+        QString svg;  ///< from its root element on
+        QSize size;   ///< logical pixels
     };
 
     void take(const ViewPicture& picture);
     [[nodiscard]] QSize size() const;
 
     std::vector<Part> parts_;
-    bool whole_ = true;
-    double ratio_ = qApp->devicePixelRatio();
+    std::optional<PictureProblem> problem_;
+    double ratio_ = 1.0;  ///< of the screen's pixels to logical ones
     QFont font_ = QApplication::font();
     int line_ = QFontMetrics(font_).height() + 2 * kTitleMargin;
     QPalette colors_ = QApplication::palette();
 };
 
-// By files, as the plotting library gives its pictures.
+// By files, as the plotting library gives its pictures. The one with lines tells how large it is on the screen.
 void PictureSheet::take(const ViewPicture& picture) {
-    const QTemporaryDir folder;
+    QTemporaryDir folder;
     const QString pixels = folder.filePath(QStringLiteral("picture.png"));
     QFile drawn(folder.filePath(QStringLiteral("picture.svg")));
-    Part part{picture.title, {}, {}};
-    if (folder.isValid() && picture.scoper->SavePicture(pixels.toUtf8().constData()) != 0 &&
-        picture.scoper->SavePicture(drawn.fileName().toUtf8().constData()) != 0 && drawn.open(QIODevice::ReadOnly)) {
-        part.image.load(pixels);
-        part.svg = drawn.readAll();
+    if (!folder.isValid()) {
+        problem_ = {QDir::tempPath(), folder.errorString()};
+        return;
     }
-    part.image.setDevicePixelRatio(ratio_);
-    whole_ = whole_ && !part.image.isNull() && !part.svg.isEmpty();
+    const bool saved = picture.scoper->SavePicture(pixels.toUtf8().constData()) != 0 &&
+                       picture.scoper->SavePicture(drawn.fileName().toUtf8().constData()) != 0;
+    static const QRegularExpression root(QStringLiteral("<svg [^>]*width=\"(\\d+)\" height=\"(\\d+)\""));
+    const QString text = saved && drawn.open(QIODevice::ReadOnly) ? QString::fromUtf8(drawn.readAll()) : QString();
+    const QRegularExpressionMatch found = root.match(text);
+    Part part{picture.title,
+              QImage(pixels),
+              text.mid(found.capturedStart()),
+              {found.captured(1).toInt(), found.captured(2).toInt()}};
+    if (part.size.isEmpty() || part.image.isNull()) {
+        problem_ = {folder.path(), drawn.errorString()};
+        return;
+    }
+    // A title may have been a file's name.
+    static const QRegularExpression control(QStringLiteral("[\\x00-\\x1f\\x7f]"));
+    part.title.replace(control, QStringLiteral("?"));
+    part.image.setDevicePixelRatio(static_cast<double>(part.image.width()) / part.size.width());
+    ratio_ = std::max(ratio_, part.image.devicePixelRatio());
     parts_.push_back(std::move(part));
 }
 
 QSize PictureSheet::size() const {
     QSize all(0, 0);
     for (const Part& part : parts_) {
-        const QSize own = part.image.deviceIndependentSize().toSize();
-        all = {std::max(all.width(), own.width()), all.height() + line_ + own.height()};
+        all = {std::max(all.width(), part.size.width()), all.height() + line_ + part.size.height()};
     }
     return all;
 }
@@ -87,7 +104,7 @@ QImage PictureSheet::image() const {
         const QRect title(kTitleMargin, top, size().width() - kTitleMargin, line_);
         painter.drawText(title, Qt::AlignVCenter | Qt::TextSingleLine, part.title);
         painter.drawImage(0, top + line_, part.image);
-        top += line_ + part.image.deviceIndependentSize().toSize().height();
+        top += line_ + part.size.height();
     }
     return sheet;
 }
@@ -109,46 +126,54 @@ QByteArray PictureSheet::svg() const {
                     .arg(QString::number(kTitleMargin), QString::number(top + kTitleMargin + metrics.ascent()),
                          font_.family().toHtmlEscaped(), QString::number(QFontInfo(font_).pixelSize()),
                          colors_.color(QPalette::WindowText).name(), parts_[i].title.toHtmlEscaped());
-        QString part = QString::fromUtf8(parts_[i].svg);
-        part.remove(0, part.indexOf(QLatin1String("<svg ")));
+        QString part = parts_[i].svg;
         const QString clip = QStringLiteral("p%1c").arg(i);
         part.replace(QLatin1String("<clipPath id=\"c"), QLatin1String("<clipPath id=\"") + clip);
         part.replace(QLatin1String("clip-path=\"url(#c"), QLatin1String("clip-path=\"url(#") + clip);
         text += QStringLiteral("<svg y=\"%1\" ").arg(top + line_) + part.mid(5);
-        top += line_ + parts_[i].image.deviceIndependentSize().toSize().height();
+        top += line_ + parts_[i].size.height();
     }
     return (text + QStringLiteral("</svg>\n")).toUtf8();
 }
 
 }  // namespace
 
-bool savePictures(const std::vector<ViewPicture>& pictures, const QString& file) {
+std::optional<PictureProblem> savePictures(const std::vector<ViewPicture>& pictures, const QString& file) {
     if (pictures.size() == 1) {
-        return pictures.front().scoper->SavePicture(file.toUtf8().constData()) != 0;
+        if (pictures.front().scoper->SavePicture(file.toUtf8().constData()) != 0) {
+            return std::nullopt;
+        }
+        // The plotting library tells no reason.
+        QFile again(file);
+        static_cast<void>(again.open(QIODevice::Append));
+        return PictureProblem{file, again.errorString()};
     }
     const PictureSheet sheet(pictures);
-    QSaveFile output(file);
-    if (!sheet.whole() || !output.open(QIODevice::WriteOnly)) {
-        return false;
+    if (sheet.problem()) {
+        return sheet.problem();
     }
+    QSaveFile output(file);
     const bool drawn = file.endsWith(QStringLiteral(".svg"), Qt::CaseInsensitive);
     const QByteArray text = drawn ? sheet.svg() : QByteArray();
-    return (drawn ? output.write(text) == text.size() : sheet.image().save(&output, "PNG")) && output.commit();
+    const bool written = output.open(QIODevice::WriteOnly) &&
+                         (drawn ? output.write(text) == text.size() : sheet.image().save(&output, "PNG")) &&
+                         output.commit();
+    return written ? std::nullopt : std::optional(PictureProblem{file, output.errorString()});
 }
 
-bool copyPictures(const std::vector<ViewPicture>& pictures) {
+std::optional<PictureProblem> copyPictures(const std::vector<ViewPicture>& pictures) {
     if (pictures.size() == 1) {
-        return pictures.front().scoper->CopyPicture() != 0;
+        static_cast<void>(pictures.front().scoper->CopyPicture());
+        return std::nullopt;
     }
     const PictureSheet sheet(pictures);
-    if (!sheet.whole()) {
-        return false;
+    if (!sheet.problem()) {
+        auto* both = new QMimeData;
+        both->setImageData(sheet.image());
+        both->setData(QStringLiteral("image/svg+xml"), sheet.svg());
+        QApplication::clipboard()->setMimeData(both);
     }
-    auto* both = new QMimeData;
-    both->setImageData(sheet.image());
-    both->setData(QStringLiteral("image/svg+xml"), sheet.svg());
-    QApplication::clipboard()->setMimeData(both);
-    return true;
+    return sheet.problem();
 }
 
 }  // namespace tarno2

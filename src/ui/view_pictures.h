@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 #include <vector>
 
 #include <tarno2/ISCOPERA.h>
@@ -13,10 +14,16 @@ struct ViewPicture {
     ISCOPERA* scoper;
 };
 
+/// A file or folder that can't be written, and why in the system's words.
+struct PictureProblem {
+    QString file;
+    QString why;
+};
+
 /// Saves what is shown as one picture, the first at the top: SVG when the name ends in ".svg", else PNG. One alone has
-/// no title. False when the file can't be written, and what was there stays. Window thread.
-[[nodiscard]] bool savePictures(const std::vector<ViewPicture>& pictures, const QString& file);
-/// Puts it on the clipboard, as pixels and as SVG. False when that can't be done. Window thread.
-bool copyPictures(const std::vector<ViewPicture>& pictures);
+/// no title. When that can't be done, what was there stays. Window thread.
+[[nodiscard]] std::optional<PictureProblem> savePictures(const std::vector<ViewPicture>& pictures, const QString& file);
+/// Puts it on the clipboard, as pixels and as SVG. Window thread.
+[[nodiscard]] std::optional<PictureProblem> copyPictures(const std::vector<ViewPicture>& pictures);
 
 }  // namespace tarno2

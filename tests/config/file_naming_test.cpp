@@ -103,6 +103,7 @@ TEST(FileNaming, DocumentsAreWhereTheDesktopKeepsThem) {
     EXPECT_EQ(withLines("# a note\nXDG_MUSIC_DIR=\"$HOME/Music\"\nXDG_DOCUMENTS_DIR=\"$HOME/Документы\"\n"),
               home.file("Документы"));
     EXPECT_EQ(withLines("XDG_DOCUMENTS_DIR=\"/data/of \\\"lab\\\"\""), "/data/of \"lab\"");
+    EXPECT_EQ(withLines(" XDG_DOCUMENTS_DIR=\"$HOME/\"\n"), home.file("Documents")) << "the desktop has none";
     EXPECT_EQ(withLines("#XDG_DOCUMENTS_DIR=\"/data\"\nXDG_DOCUMENTS_DIR=\"data\"\n"), home.file("Documents"));
 }
 

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+#include "platform/paths.h"
 #include "records/passport.h"
 #include "records/record_description.h"
 #include "tests/ui/main_window.h"
@@ -180,6 +181,14 @@ TEST_F(WindowCompare, PicturesAreSavedTogether) {
     }
     for (const QString& part : text.split("url(#").mid(1)) {
         EXPECT_TRUE(clips.contains(part.section(')', 0, 0)));
+    }
+
+    if (kPathSeparator == '/') {
+        const ScopedEnvironment noFolder("TMPDIR", "/dev/null");
+        QFile::remove(file + ".png");
+        save(".png");
+        EXPECT_FALSE(QFile::exists(file + ".png"));
+        EXPECT_TRUE(listHas("/dev/null")) << "why there is no picture";
     }
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint64_t kMostBytes = 64 << 10;
 constexpr std::string_view kKey = "XDG_DOCUMENTS_DIR=\"";
-constexpr std::string_view kHome = "$HOME";
+constexpr std::string_view kHome = "$HOME/";
 
 /// What stands between the quotes, as a shell takes it.
 std::string unquoted(std::string_view text) {
@@ -26,7 +26,7 @@ std::string unquoted(std::string_view text) {
     return result;
 }
 
-/// From a line such as XDG_DOCUMENTS_DIR="$HOME/Documents"; the last one counts.
+/// From a line such as XDG_DOCUMENTS_DIR="$HOME/Documents"; the last one counts. The home itself stands for none.
 std::string documentsOfDesktop(const std::string& home) {
     const std::string own = environmentVariable("XDG_CONFIG_HOME").value_or("");
     std::string text;
@@ -37,12 +37,14 @@ std::string documentsOfDesktop(const std::string& home) {
     }
     std::string folder;
     for (std::string_view rest = text; !rest.empty();) {
-        const std::string_view line = rest.substr(0, rest.find('\n'));
+        std::string_view line = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
         if (line.starts_with(kKey)) {
-            const std::string_view value = line.substr(kKey.size());
-            const bool atHome = value.starts_with(kHome);
-            folder = atHome ? home + unquoted(value.substr(kHome.size())) : unquoted(value);
+            folder = unquoted(line.substr(kKey.size()));
+            if (folder.starts_with(kHome)) {
+                folder = folder.size() > kHome.size() ? joinPath(home, folder.substr(kHome.size())) : std::string();
+            }
         }
     }
     return folder.starts_with('/') ? folder : std::string();
