@@ -13,6 +13,7 @@ namespace tarno2 {
 
 namespace {
 
+constexpr qsizetype kStroke = 8;  // steps of a line that are drawn at once
 constexpr int kTextMargin = 6;
 constexpr double kZoomStep = 0.8;  // a notch of the wheel
 
@@ -170,7 +171,10 @@ void SpectrumPicture::drawCurve(QPainter& painter, const QRect& area, const Plot
         }
     }
     painter.setPen(QPen(curve.color, 1.2));
-    painter.drawPolyline(line);
+    // The time for one stroke grows with the square of its ups and downs.
+    for (qsizetype i = 0; i + 1 < line.size(); i += kStroke) {
+        painter.drawPolyline(line.constData() + i, static_cast<int>(std::min(kStroke + 1, line.size() - i)));
+    }
 }
 
 // What the first curve is at the mouse.
