@@ -86,7 +86,7 @@ ShowMode showMode(const ProgramSettings& settings) {
 }  // namespace
 
 bool SignalDrawing::Column::operator==(const Column& other) const {
-    return key == other.key && color == other.color && visible == other.visible && name == other.name &&
+    return key == other.key && color == other.color && visible == other.visible && legend == other.legend &&
            scale.factor == other.scale.factor && scale.offset == other.scale.offset && unitText == other.unitText &&
            lane == other.lane && marked == other.marked;
 }
@@ -241,6 +241,7 @@ bool SignalDrawing::convert(const ShownSignal& signal, const Screen& screen, SCO
 std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& signal) const {
     const SignalFormat& format = signal.format();
     const size_t analog = analogColumns(format);
+    const bool withUnits = unitsDiffer(format);
     std::vector<Column> columns(columnCount_);
     std::ranges::for_each(columns, [this](Column& column) { column.unit = unitY_; });
     for (uint32_t lane = 0; lane < lanes_.size(); ++lane) {
@@ -256,16 +257,19 @@ std::vector<SignalDrawing::Column> SignalDrawing::columnsOf(const ShownSignal& s
         Column& column = columns[i];
         if (i < analog) {
             column.key = signal.channelNumber(i);
-            column.name = channelName(signal, i);
+            const ChannelLabel& label = format.channels[i].label;
+            column.name = label.name.empty() ? numbered(TextId::ChannelName, column.key) : label.name;
             column.scale = axisYScale(format, i, column.unit);
             column.marked = column.key == marked_;
-            column.unitText = shortUnit(column.unit, format.channels[i].label).toStdString();
+            column.unitText = shortUnit(column.unit, label).toStdString();
+            column.legend = withUnits ? column.name + " [" + column.unitText + "]" : column.name;
         } else {
             const auto line = static_cast<int32_t>(i - analog);
             column.key = -1 - line;
             const auto& names = format.lineNames;
             const bool named = static_cast<size_t>(line) < names.size() && !names[static_cast<size_t>(line)].empty();
             column.name = named ? names[static_cast<size_t>(line)] : numbered(TextId::DigitalLineName, line);
+            column.legend = column.name;
             column.scale = digitalAxisYScale(format, column.unit);
         }
         column.color = i < columnColors_.size() ? static_cast<uint32_t>(columnColors_[i]) : 0;
@@ -278,16 +282,13 @@ size_t SignalDrawing::analogColumns(const SignalFormat& format) const {
     return showMode(settings_) == ShowMode::Digital ? 0 : format.channelCount();
 }
 
-// Where channels have different units of their own, each is told with its name.
-std::string SignalDrawing::channelName(const ShownSignal& signal, size_t column) const {
-    const SignalFormat& format = signal.format();
-    const ChannelLabel& label = format.channels[column].label;
-    const std::string name =
-        label.name.empty() ? numbered(TextId::ChannelName, signal.channelNumber(column)) : label.name;
-    const bool differ = std::ranges::any_of(
-        format.channels, [&](const SignalFormat::Channel& other) { return other.label.unit != label.unit; });
-    return unitY_ == AxisYUnit::Units && differ && lanes_.empty() ? name + " [" + unitOf(label).toStdString() + "]"
-                                                                  : name;
+// Those of one axis, where channels have units of their own.
+bool SignalDrawing::unitsDiffer(const SignalFormat& format) const {
+    const auto& channels = format.channels;
+    return unitY_ == AxisYUnit::Units && lanes_.empty() &&
+           std::ranges::any_of(channels, [&](const SignalFormat::Channel& channel) {
+               return channel.label.unit != channels.front().label.unit;
+           });
 }
 
 std::vector<size_t> SignalDrawing::shownChannels(const ShownSignal& signal) const {
@@ -308,7 +309,7 @@ void SignalDrawing::setColumns(std::vector<Column> columns) {
     std::vector<SCOPERAColumn> handed;
     handed.reserve(columns_.size());
     for (const Column& column : columns_) {
-        handed.push_back({column.name.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor,
+        handed.push_back({column.legend.c_str(), column.color, column.visible ? 1U : 0U, column.scale.factor,
                           column.scale.offset, column.unitText.c_str(), column.lane, column.marked ? 1U : 0U});
     }
     scoper_.SetColumns(handed.data(), static_cast<uint32_t>(handed.size()));

@@ -41,6 +41,7 @@ public:
     /// A curve as it was handed to the picture last, in the order of a display frame.
     struct Column {
         std::string name;
+        std::string legend;  ///< the name, with the unit where those on one axis differ
         uint32_t color = 0;
         bool visible = true;
         LinearScale scale;
@@ -139,7 +140,7 @@ private:
     void scaleY(const ShownSignal& signal, uint64_t nowMs);
     [[nodiscard]] AxisRange userRange(const SignalFormat& format) const;
     [[nodiscard]] AxisRange digitalRange(const SignalFormat& format) const;
-    [[nodiscard]] std::string channelName(const ShownSignal& signal, size_t column) const;
+    [[nodiscard]] bool unitsDiffer(const SignalFormat& format) const;
     [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
     void tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX);
     /// Empty when they differ.
