@@ -58,7 +58,7 @@ void T_MainForm::begin() {
 
 void T_MainForm::RecoverRecordingsClick() {
     guarded("RecoverRecordingsClick", [this] {
-        const QString folder = QFileDialog::getExistingDirectory(this, plainText(TextId::MenuRecover),
+        const QString folder = QFileDialog::getExistingDirectory(this, titleText(TextId::MenuRecover),
                                                                  fromFileName(parentFolder(fileName())));
         if (folder.isEmpty()) {
             return;

@@ -103,7 +103,7 @@ void T_MainForm::AutoSettingsClick() {
         if (!boardTellsAll()) {
             return;
         }
-        QFileDialog dialog(this, plainText(TextId::MenuAutoSettings));
+        QFileDialog dialog(this, titleText(TextId::MenuAutoSettings));
         dialog.setAcceptMode(QFileDialog::AcceptSave);
         dialog.setNameFilters({uiText(TextId::AutoSettingsFilter), uiText(TextId::AllFilesFilter)});
         dialog.setDefaultSuffix(QStringLiteral("txt"));

@@ -138,7 +138,7 @@ void T_MainForm::CompareRecordingClick() {
 }
 
 std::optional<std::string> T_MainForm::askForRecording(TextId title) {
-    QFileDialog dialog(this, plainText(title), fromFileName(shownFile()));
+    QFileDialog dialog(this, titleText(title), fromFileName(shownFile()));
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setNameFilters({uiText(TextId::DataFileFilter), uiText(TextId::AllFilesFilter)});
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) {

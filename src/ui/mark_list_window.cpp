@@ -134,7 +134,7 @@ void MarkListWindow::choose(uint64_t number) {
 }
 
 void MarkListWindow::retranslate() {
-    setWindowTitle(plainText(TextId::MenuMarks));
+    setWindowTitle(titleText(TextId::MenuMarks));
     hint_->setText(uiText(TextId::MarkListHint));
     table_->setAccessibleName(windowTitle());
     emit model_->headerDataChanged(Qt::Horizontal, 0, kTextColumn);

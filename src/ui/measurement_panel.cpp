@@ -132,7 +132,7 @@ void MeasurementPanel::save() {
     // A recording that begins meanwhile may take the panel away.
     const QPointer<MeasurementPanel> here(this);
     const QString name =
-        QFileDialog::getSaveFileName(window(), plainText(TextId::SaveMeasurements), {}, QStringLiteral("CSV (*.csv)"));
+        QFileDialog::getSaveFileName(window(), titleText(TextId::SaveMeasurements), {}, QStringLiteral("CSV (*.csv)"));
     if (!here || name.isEmpty()) {
         return;
     }

@@ -147,7 +147,7 @@ void SetupsWindow::remove() {
 // What is no setup is told now, not when it is to be loaded.
 void SetupsWindow::importFile() {
     const QString chosen =
-        QFileDialog::getOpenFileName(this, plainText(TextId::SetupImport), {}, uiText(TextId::SetupFilter));
+        QFileDialog::getOpenFileName(this, titleText(TextId::SetupImport), {}, uiText(TextId::SetupFilter));
     if (chosen.isEmpty()) {
         return;
     }
@@ -180,7 +180,7 @@ void SetupsWindow::importFile() {
 }
 
 void SetupsWindow::exportFile() {
-    QFileDialog dialog(this, plainText(TextId::SetupExport), marked() + QString::fromUtf8(kSetupEnding.data()));
+    QFileDialog dialog(this, titleText(TextId::SetupExport), marked() + QString::fromUtf8(kSetupEnding.data()));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setNameFilter(uiText(TextId::SetupFilter));
     dialog.setDefaultSuffix(QStringLiteral("setup"));

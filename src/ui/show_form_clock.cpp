@@ -33,7 +33,7 @@ void T_ShowForm::GoToTimeClick() {
     guarded("GoToTimeClick", [this] {
         if (shownSignal() != nullptr) {
             GoToDialog(
-                plainText(TextId::GoToTime), uiText(TextId::GoToTimeHint),
+                titleText(TextId::GoToTime), uiText(TextId::GoToTimeHint),
                 [this](const QString& place) { return goTo(place); }, this)
                 .exec();
         }

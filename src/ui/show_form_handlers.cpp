@@ -292,7 +292,7 @@ void T_ShowForm::DigitalSignalSettingsClick() {
 // the views below the first one.
 void T_ShowForm::savePicture() {
     const QPointer<T_ShowForm> here(this);
-    QFileDialog dialog(window(), plainText(TextId::SavePicture),
+    QFileDialog dialog(window(), titleText(TextId::SavePicture),
                        QFileInfo(fromFileName(settings_.wish.fileName)).absolutePath());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setNameFilters({QStringLiteral("PNG (*.png)"), QStringLiteral("SVG (*.svg)")});

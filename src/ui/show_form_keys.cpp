@@ -60,7 +60,7 @@ void T_ShowForm::KeysClick() {
         for (const QWidget* above = parentWidget(); above != nullptr; above = above->parentWidget()) {
             program.add(above->actions());
         }
-        auto* sheet = new KeySheet(plainText(TextId::ViewKeys), {view, program}, this);
+        auto* sheet = new KeySheet(titleText(TextId::ViewKeys), {view, program}, this);
         sheet->setAttribute(Qt::WA_DeleteOnClose);
         sheet->show();
     });

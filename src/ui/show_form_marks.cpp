@@ -81,6 +81,7 @@ void T_ShowForm::MarksClick() {
         }
         markList_->show();
         markList_->raise();
+        markList_->activateWindow();
     });
 }
 

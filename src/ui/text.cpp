@@ -16,6 +16,14 @@ QString plainText(TextId id) {
     return uiText(id).remove(QLatin1Char('&'));
 }
 
+QString titleText(TextId id) {
+    QString text = plainText(id);
+    while (text.endsWith(QLatin1Char('.')) || text.endsWith(QChar(0x2026))) {
+        text.chop(1);
+    }
+    return text;
+}
+
 QString uiText(TextId id, const QStringList& values) {
     const QString text = uiText(id);
     QString filled;

@@ -12,6 +12,8 @@ namespace tarno2 {
 [[nodiscard]] QString uiText(TextId id);
 /// The same without the "&" that marks a mnemonic, for places that are no menu or label.
 [[nodiscard]] QString plainText(TextId id);
+/// The same without the dots of a command that opens a window: that window's title.
+[[nodiscard]] QString titleText(TextId id);
 
 /// A text with its conversions (%s, %d) replaced by the values, in order, and %% by a percent sign.
 [[nodiscard]] QString uiText(TextId id, const QStringList& values);
