@@ -13,7 +13,8 @@ namespace tarno2 {
 
 namespace {
 
-constexpr qsizetype kStroke = 8;  // steps of a line that are drawn at once
+constexpr qsizetype kStroke = 8;    // steps of a line that are drawn at once
+constexpr size_t kMostSmooth = 32;  // curves: among more of them nobody sees the smooth ones
 constexpr int kTextMargin = 6;
 constexpr double kZoomStep = 0.8;  // a notch of the wheel
 
@@ -105,12 +106,13 @@ void SpectrumPicture::paintEvent(QPaintEvent* /*event*/) {
     const PlotScale y = scaleY();
     drawAxes(painter, inside, x, y);
     painter.setClipRect(inside);
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, curves_.curves.size() <= kMostSmooth);
     // As in the picture of the signal, the first lies in front.
     for (size_t i = curves_.curves.size(); i-- > 0;) {
         drawCurve(painter, inside, x, y, curves_.curves[i]);
     }
     painter.setClipping(false);
+    painter.setRenderHint(QPainter::Antialiasing);
     drawMouse(painter, inside, x, y);
 }
 
@@ -170,7 +172,7 @@ void SpectrumPicture::drawCurve(QPainter& painter, const QRect& area, const Plot
             line.append(pointOf(place, best));
         }
     }
-    painter.setPen(QPen(curve.color, 1.2));
+    painter.setPen(QPen(curve.color, painter.testRenderHint(QPainter::Antialiasing) ? 1.2 : 0.0));
     // The time for one stroke grows with the square of its ups and downs.
     for (qsizetype i = 0; i + 1 < line.size(); i += kStroke) {
         painter.drawPolyline(line.constData() + i, static_cast<int>(std::min(kStroke + 1, line.size() - i)));
