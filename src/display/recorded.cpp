@@ -113,8 +113,7 @@ void RecordedFrames::takePassport(const FoundLabels& found) {
         if (recorded_.even && recorded_.created) {
             wallClock_ = wallClockOf(*recorded_.created, recorded_.frequencyPerChannel);
         }
-        const auto whole = RecordingName(pieces_.front().name).whole();
-        if (recorded_.record && !(whole && fileExists(whole->data()))) {
+        if (recorded_.record && !RecordingName(pieces_.front().name).whole()) {
             const auto [before, after] = *recorded_.record;
             records_ = {uint64_t{before} + after, before};
         }
