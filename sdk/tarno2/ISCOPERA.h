@@ -71,8 +71,8 @@ enum {
 enum {
     kScoperaTextLabelX = 1,     // below the X axis: "Milisecond"
     kScoperaTextLabelY = 2,     // beside the Y axis: "Volts"
-    kScoperaTextUnitX = 3,      // above the cursors' values: "ms"
-    kScoperaTextUnitY = 4,      // "V"
+    kScoperaTextUnitX = 3,      // above the cursors' values: "ms"; unless the axis tells the time of day
+    kScoperaTextUnitY = 4,      // "V"; unless there are lanes, which have units of their own
     kScoperaTextDifference = 5  // before the differences of the cursors: "Difference"
 };
 
@@ -101,7 +101,7 @@ struct SCOPERAColumn {
     uint32_t m_nVisible;  // 0: neither drawn nor counted in the extremes; dimmed in the legend
     double m_fScale;
     double m_fOffset;
-    const char* m_sUnit;  // of its values, in the head of its lane
+    const char* m_sUnit;  // of its values, in the head of its lane and beside the cursors
     uint32_t m_nLane;     // the lane that it lies in; without lanes it counts for nothing
     uint32_t m_nMarked;   // 1: drawn in front of the others, and thicker
 };

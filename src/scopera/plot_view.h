@@ -90,6 +90,8 @@ private:
     };
     struct HeldLevel {
         size_t level;
+        QPointF begin;
+        bool moved;
     };
     struct HeldHead {
         size_t column;
@@ -120,7 +122,7 @@ private:
     void applyColumns();
     // Lanes (plot_view_lanes.cpp).
     void arrangeLanes();
-    void holdLevel(uint64_t identity);
+    void holdLevel(uint64_t identity, const HeldLevel& held);
     void scrollLanes(int pixels);
     /// Arranges the view anew when its size has changed since it was drawn.
     void fitViewport();
@@ -140,7 +142,7 @@ private:
     [[nodiscard]] Held holdAt(const QPointF& place);
     void press(const LaneHeads::Place& head, const QPointF& place);
     void dragBorder(const HeldBorder& held, const QPointF& place);
-    void dragLevel(const HeldLevel& held, const QPointF& place, bool done);
+    void dragLevel(HeldLevel& held, const QPointF& place, bool done);
     void dragHead(HeldHead& held, const QPointF& place);
     void dropHead(const HeldHead& held, const QPointF& place);
     void switchColumn(size_t column);

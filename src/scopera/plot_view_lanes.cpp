@@ -1,9 +1,17 @@
 #include <QFontMetrics>
 #include <QScrollBar>
+#include <cmath>
+#include <optional>
 
 #include "scopera/plot_view.h"
 
 namespace tarno2 {
+
+namespace {
+
+constexpr double kLeastDrag = 3.0;  // pixels; less is a click
+
+}  // namespace
 
 void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
     const bool before = lanes_.shown();
@@ -24,9 +32,9 @@ void PlotView::setLanes(const SCOPERALane* lanes, uint32_t count) {
 }
 
 // The host may tell the levels anew while one of them is dragged: that one stays held.
-void PlotView::holdLevel(uint64_t identity) {
+void PlotView::holdLevel(uint64_t identity, const HeldLevel& held) {
     const auto place = levels_->placeOf(identity);
-    held_ = place ? Held(HeldLevel{*place}) : Held();
+    held_ = place ? Held(HeldLevel{*place, held.begin, held.moved}) : Held();
 }
 
 void PlotView::setReadings(const SCOPERAReading* readings, uint32_t count) {
@@ -48,11 +56,11 @@ void PlotView::setLevels(const SCOPERALevel* levels, uint32_t count) {
             {level.m_nColumn, level.m_fY, QString::fromUtf8(level.m_sText), level.m_nIdentity, level.m_nMovable != 0});
     }
     const auto* held = std::get_if<HeldLevel>(&held_);
-    const bool holds = held != nullptr;
-    const auto identity = holds ? levels_->identityOf(held->level) : 0;
+    const std::optional<HeldLevel> before = held != nullptr ? std::optional(*held) : std::nullopt;
+    const auto identity = before ? levels_->identityOf(before->level) : 0;
     levels_->setLevels(std::move(taken));
-    if (holds) {
-        holdLevel(identity);
+    if (before) {
+        holdLevel(identity, *before);
     }
     makeStale();
 }
@@ -140,7 +148,12 @@ void PlotView::dragBorder(const HeldBorder& held, const QPointF& place) {
     tell(events_.m_pLaneResized, static_cast<uint32_t>(lane), static_cast<uint32_t>(lanes_.heightOf(lane)));
 }
 
-void PlotView::dragLevel(const HeldLevel& held, const QPointF& place, bool done) {
+// A click changes nothing, least of all a threshold far beyond the picture.
+void PlotView::dragLevel(HeldLevel& held, const QPointF& place, bool done) {
+    held.moved = held.moved || std::abs(place.y() - held.begin.y()) >= kLeastDrag;
+    if (!held.moved) {
+        return;
+    }
     const LevelLines::Level level = levels_->move(held.level, place.y());
     makeStale();
     tell(events_.m_pLevelMoved, level.identity, level.y, done ? 1 : 0);

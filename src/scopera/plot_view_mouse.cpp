@@ -82,7 +82,7 @@ PlotView::Held PlotView::holdAt(const QPointF& place) {
         return *grip;
     }
     if (const auto level = levels_->levelAt(place)) {
-        return HeldLevel{*level};
+        return HeldLevel{*level, place, false};
     }
     const size_t lane = lanes_.laneAt(place.y());
     return Pan{place, xAxis->range(), lane, 0.0, false, false};
@@ -122,7 +122,7 @@ void PlotView::mouseMoveEvent(QMouseEvent* event) {
         dragCursor(*grip, place);
     } else if (const auto* border = std::get_if<HeldBorder>(&held_)) {
         dragBorder(*border, place);
-    } else if (const auto* level = std::get_if<HeldLevel>(&held_)) {
+    } else if (auto* level = std::get_if<HeldLevel>(&held_)) {
         dragLevel(*level, place, false);
     } else if (auto* head = std::get_if<HeldHead>(&held_)) {
         dragHead(*head, place);
@@ -143,8 +143,8 @@ void PlotView::mouseReleaseEvent(QMouseEvent* event) {
     if (selectionRect()->isActive()) {
         QCustomPlot::mouseReleaseEvent(event);
     }
-    const Held held = std::exchange(held_, {});
-    if (const auto* level = std::get_if<HeldLevel>(&held)) {
+    Held held = std::exchange(held_, {});
+    if (auto* level = std::get_if<HeldLevel>(&held)) {
         dragLevel(*level, event->position(), true);
     } else if (const auto* head = std::get_if<HeldHead>(&held)) {
         dropHead(*head, event->position());

@@ -166,12 +166,11 @@ public:
     int32_t TARNO2_CALL SavePicture(const char* file) override {
         return withView([&](PlotView& view) {
             const QString name = QString::fromUtf8(file);
-            if (!name.endsWith(QStringLiteral(".svg"), Qt::CaseInsensitive)) {
-                return view.picture().save(name, "PNG");
-            }
-            const QByteArray text = view.svg();
+            const bool drawn = name.endsWith(QStringLiteral(".svg"), Qt::CaseInsensitive);
+            const QByteArray text = drawn ? view.svg() : QByteArray();
             QSaveFile output(name);
-            return output.open(QIODevice::WriteOnly) && output.write(text) == text.size() && output.commit();
+            return output.open(QIODevice::WriteOnly) &&
+                   (drawn ? output.write(text) == text.size() : view.picture().save(&output, "PNG")) && output.commit();
         });
     }
 

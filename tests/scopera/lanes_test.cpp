@@ -129,6 +129,8 @@ TEST_F(LanesTest, ALevelIsDraggedInItsLane) {
     ASSERT_EQ(scoper_->SetLevels(beyond, 1), 1);
     QPoint arrow = pixelOf(50, 1, 5.0) + QPoint(0, 4);
     arrow.setX(pictureArea().right() - 3);
+    drag(arrow, arrow);
+    EXPECT_EQ(told_.level.identity, 7U) << "a click moves nothing";
     drag(arrow, arrow + (pixelOf(50, 1, 3.0) - pixelOf(50, 1, 5.0)));
     EXPECT_EQ(told_.level.identity, 9U);
     EXPECT_NEAR(told_.level.y, 3.0, 0.5);
