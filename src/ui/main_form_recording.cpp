@@ -167,11 +167,20 @@ void T_MainForm::startRecording() {
     if (!goes) {
         return;
     }
-    host_.start();
-    guarded("StartButtonClick", [this] {
-        // Who works in the signal goes on there.
+    const auto inSignal = [this] {
         const QWidget* focused = focusWidget();
-        if (control().running() && !(focused != nullptr && signalStack_->isAncestorOf(focused))) {
+        return focused != nullptr && signalStack_->isAncestorOf(focused);
+    };
+    const bool wasInSignal = inSignal();
+    host_.start();
+    guarded("StartButtonClick", [&] {
+        if (!control().running() || inSignal()) {
+            return;
+        }
+        // Who works in the signal goes on there, also when a recording that was compared has made way.
+        if (wasInSignal) {
+            showForm_->setFocus();
+        } else {
             strip_->stopButton().setFocus();
         }
     });

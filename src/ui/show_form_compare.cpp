@@ -24,6 +24,8 @@ void T_ShowForm::lieBelow(T_ShowForm& first, QHBoxLayout& head) {
     }
     delete spectrum_;
     spectrum_ = nullptr;
+    // Several share the height of the window.
+    picture_->setMinimumHeight(fontMetrics().lineSpacing() * 5);
     // The name of the recording has the room while the mouse is elsewhere.
     status_->setMinimumWidth(0);
     head.addWidget(status_);

@@ -29,7 +29,7 @@ constexpr std::pair<TextId, int> kFollowModes[] = {
 
 // Six digits, and whole numbers beyond them; the first ones are seen in any case. Returns what the field shows.
 QString showNumber(QLineEdit& edit, double value) {
-    QString text = value >= 1e6 && value < 1e15 ? QString::number(value, 'f', 0) : QString::number(value, 'g', 6);
+    QString text = value >= 999999.5 && value < 1e15 ? QString::number(value, 'f', 0) : QString::number(value, 'g', 6);
     if (edit.text() != text) {
         edit.setText(text);
     }

@@ -143,7 +143,6 @@ private:
     [[nodiscard]] bool unitsDiffer(const SignalFormat& format) const;
     [[nodiscard]] std::vector<size_t> shownChannels(const ShownSignal& signal) const;
     void tellClock(const ShownSignal& signal, const ShownFrames& shown, AxisXUnit unitX);
-    /// Empty when they differ.
     void setTexts(const ShownSignal& signal, AxisXUnit unitX, const ShownFrames& shown);
 
     ISCOPERA& scoper_;

@@ -21,12 +21,22 @@ namespace {
 
 constexpr int kTitleMargin = 3;  // pixels above and below
 
+// The plotting library tells no reason, so the same is tried once more.
+PictureProblem whyNot(const QString& file) {
+    QSaveFile again(file);
+    const QByteArray much(1 << 20, '\0');
+    if (again.open(QIODevice::WriteOnly)) {
+        static_cast<void>(again.write(much) == much.size() && again.flush());
+    }
+    return {file, again.errorString()};
+}
+
 /// Pictures with a line for the title above each, from the top down. Pixels of the screen.
 class PictureSheet {
 public:
     explicit PictureSheet(const std::vector<ViewPicture>& pictures) {
-        for (const ViewPicture& picture : pictures) {
-            take(picture);
+        for (size_t i = 0; i < pictures.size() && !problem_; ++i) {
+            take(pictures[i]);
         }
     }
 
@@ -73,7 +83,7 @@ void PictureSheet::take(const ViewPicture& picture) {
               text.mid(found.capturedStart()),
               {found.captured(1).toInt(), found.captured(2).toInt()}};
     if (part.size.isEmpty() || part.image.isNull()) {
-        problem_ = {folder.path(), drawn.errorString()};
+        problem_ = whyNot(folder.filePath(QStringLiteral("again")));
         return;
     }
     // A title may have been a file's name.
@@ -143,10 +153,7 @@ std::optional<PictureProblem> savePictures(const std::vector<ViewPicture>& pictu
         if (pictures.front().scoper->SavePicture(file.toUtf8().constData()) != 0) {
             return std::nullopt;
         }
-        // The plotting library tells no reason.
-        QFile again(file);
-        static_cast<void>(again.open(QIODevice::Append));
-        return PictureProblem{file, again.errorString()};
+        return whyNot(file);
     }
     const PictureSheet sheet(pictures);
     if (sheet.problem()) {
