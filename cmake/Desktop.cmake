@@ -18,7 +18,7 @@ install(FILES ${linux}/_tarno2 DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-fun
 install(FILES ${linux}/tarno2.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT desktop)
 install(FILES ${linux}/tarno2.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT desktop)
 install(FILES ${linux}/tarno2.thumbnailer DESTINATION ${CMAKE_INSTALL_DATADIR}/thumbnailers COMPONENT desktop)
-set(PICTURES_URL ${TARNO2_PICTURES_URL})
+set(PICTURES_URL "${TARNO2_PICTURES_URL}")
 set(METAINFO ${PROJECT_BINARY_DIR}/generated/tarno2.metainfo.xml)
 include(cmake/Metainfo.cmake)
 install(FILES ${METAINFO} DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT desktop)

@@ -7,6 +7,8 @@ namespace tarno2 {
 
 namespace {
 
+constexpr double kRounding = 1e-9;  // of the picture's width
+
 uint64_t wholeFrame(double frame) {
     return frame > 0.0 ? static_cast<uint64_t>(std::llround(frame)) : 0;
 }
@@ -37,7 +39,8 @@ void CursorPlaces::fixOnScreen(bool onScreen, const PictureEdges& picture) {
     for (size_t i = 0; i < kCount; ++i) {
         place(i, frames[i], picture);
     }
-    if (onScreen_ && std::ranges::any_of(places_, [](double part) { return !(part >= 0.0 && part <= 1.0); })) {
+    const auto isOutside = [](double part) { return !(part >= -kRounding && part <= 1.0 + kRounding); };
+    if (onScreen_ && std::ranges::any_of(places_, isOutside)) {
         places_ = screen_;
     }
 }

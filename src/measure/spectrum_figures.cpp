@@ -79,8 +79,9 @@ private:
 
 enum Kind : uint8_t { Noise, Line, Harmonic, Constant };
 
-// Beside its main lobe a line falls further by the window's own side lobes, down to the noise: what falls without a
-// rise is not the signal's, and counts for nothing, as the constant part does.
+// Beside its main lobe a line falls further by the window's own side lobes, down to the noise. What falls without a
+// rise is taken for that and counts for nothing, as the constant part does; so does noise close about a line that is as
+// smooth as they are.
 void leaveOutSkirts(const Bins& bins, std::vector<Kind>& kinds) {
     for (size_t i = 1; i < kinds.size(); ++i) {
         if (kinds[i] == Noise && kinds[i - 1] != Noise && bins.of(i) < bins.of(i - 1)) {

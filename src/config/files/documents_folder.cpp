@@ -47,7 +47,7 @@ std::string documentsOfDesktop(const std::string& home) {
             }
         }
     }
-    return folder.starts_with('/') ? folder : std::string();
+    return folder.starts_with('/') && folder != home ? folder : std::string();
 }
 
 }  // namespace
