@@ -28,7 +28,7 @@ namespace {
 constexpr double kSamplesPerSecond = 10e6;
 constexpr double kSeconds = 10.0;
 constexpr uint32_t kMostChannels = 160;
-constexpr double kTarget = 0.4;
+constexpr double kTarget = 0.25;
 constexpr double kGapTarget = 0.08;  ///< s, on a quiet machine
 constexpr double kOpeningTarget = 2.0;
 constexpr int kSlowest = 20;  ///< paints a second that still count as 25, for a machine that does other work
