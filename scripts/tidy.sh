@@ -19,7 +19,7 @@ source_of() {
     case $1 in
     *.cpp) echo "$1" ;;
     *.h) if [ -f "${1%.h}.cpp" ]; then echo "${1%.h}.cpp"; else
-        git grep -lF "#include \"${1#src/}\"" -- '*.cpp' | sed -n 1p
+        git grep -lF "#include \"${1#src/}\"" -- '*.cpp' | sed -n 1p || true
     fi ;;
     esac
 }

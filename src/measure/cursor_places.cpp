@@ -7,7 +7,7 @@ namespace tarno2 {
 
 namespace {
 
-constexpr double kRounding = 1e-9;  // of the picture's width
+constexpr double kEdgeRounding = 1e-9;  // of the picture's width
 
 uint64_t wholeFrame(double frame) {
     return frame > 0.0 ? static_cast<uint64_t>(std::llround(frame)) : 0;
@@ -39,7 +39,7 @@ void CursorPlaces::fixOnScreen(bool onScreen, const PictureEdges& picture) {
     for (size_t i = 0; i < kCount; ++i) {
         place(i, frames[i], picture);
     }
-    const auto isOutside = [](double part) { return !(part >= -kRounding && part <= 1.0 + kRounding); };
+    const auto isOutside = [](double part) { return !(part >= -kEdgeRounding && part <= 1.0 + kEdgeRounding); };
     if (onScreen_ && std::ranges::any_of(places_, isOutside)) {
         places_ = screen_;
     }
