@@ -34,9 +34,9 @@ pages_are_right() {
 
 # With an address the pictures are there that it tells of.
 centres_are_told() {
-    local file=$PWD/build/tarno2.metainfo.xml picture
+    local file=$PWD/build/tarno2.metainfo.xml pictures=${1:+6} picture
     cmake ${1:+-D PICTURES_URL="$1"} -D METAINFO="$file" -P cmake/Metainfo.cmake && appstreamcli validate --no-net "$file" || return 1
-    [ "$(grep -c '<image' "$file")" -eq $((${1:+6} + 0)) ] || return 1
+    [ "$(grep -c '<image' "$file")" -eq "${pictures:-0}" ] || return 1
     for picture in $(sed -n "s|.*<image.*>${1:-none}/\(.*\)</image>|\1|p" "$file"); do
         [ -s "docs/pictures/$picture" ] || { echo "there is no $picture" && return 1; }
     done

@@ -28,11 +28,9 @@ std::string unquoted(std::string_view text) {
 
 /// From a line such as XDG_DOCUMENTS_DIR="$HOME/Documents"; the last one counts. The home itself stands for none.
 std::string documentsOfDesktop(const std::string& home) {
-    const std::string own = environmentVariable("XDG_CONFIG_HOME").value_or("");
+    const std::string settings = parentFolder(userSettingsFolder());
     std::string text;
-    if (!readWholeFile(joinPath(own.empty() ? joinPath(home, ".config") : own, "user-dirs.dirs"), kMostBytes,
-                       FileShare::ReadWrite, text)
-             .ok()) {
+    if (!readWholeFile(joinPath(settings, "user-dirs.dirs"), kMostBytes, FileShare::ReadWrite, text).ok()) {
         return {};
     }
     std::string folder;
